@@ -1,0 +1,35 @@
+#pragma once
+
+#include "model/AITool.h"
+#include "model/ActivityStep.h"
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+
+namespace morvane {
+
+/// The activity log of the open conversation: grows without limit, is never stored. Main thread.
+class ActivityLog : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    const QList<ActivityStep> &steps() const { return m_steps; }
+
+    void log(const QString &text, ActivityStep::Kind kind);
+    /// The line that closes a tool call; `prefix` ("Subagent" or empty) stands before the tool's name.
+    void logResult(const AIToolCall &call, const QString &result, const QString &prefix);
+    /// The last line of a normal run; `ranTools` in order of first use.
+    void logFinished(const QStringList &ranTools);
+    void clear();
+
+Q_SIGNALS:
+    void stepAppended(qsizetype index);
+    void cleared();
+
+private:
+    QList<ActivityStep> m_steps;
+};
+
+} // namespace morvane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QUuid>
+
+namespace morvane {
+
+/// One line of the activity log.
+struct ActivityStep {
+    enum class Kind { info, tool, success, error };
+
+    QUuid id;
+    QString text;
+    Kind kind = Kind::info;
+    QDateTime date;
+
+    bool operator==(const ActivityStep &) const = default;
+};
+
+} // namespace morvane

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "async/Task.h"
+#include "model/AITool.h"
+#include "tools/TodoList.h"
+
+#include <QList>
+#include <QString>
+
+namespace morvane {
+
+/// Whether the built-in tools are offered to the model at all.
+enum class UseTools { no, yes };
+
+/// The fixed table of built-in tools and the one entry through which a call is carried out.
+class BuiltinTools {
+public:
+    /// The 41 declarations in table order, or nothing. Any thread.
+    static QList<AITool> all(UseTools useTools);
+
+    /// Whether the call is a shell command that may delete data or is hard to undo: declared so by the
+    /// model, or hit by one of the patterns in tools/DestructiveCommands.h. Any thread.
+    static bool isDestructive(const AIToolCall &call);
+
+    /// Carries out one call and returns what the model is told. Never throws: a failure is a text that
+    /// begins with "Error". Arguments of the wrong type read as their defaults. Main thread.
+    Task<QString> execute(AIToolCall call);
+
+private:
+    TodoList m_todos;
+};
+
+} // namespace morvane
