@@ -6,7 +6,6 @@
 #include "model/PendingToolCall.h"
 
 #include <QObject>
-#include <memory>
 #include <optional>
 
 namespace morvane {
@@ -21,7 +20,8 @@ public:
 
     bool requiresApproval(const AIToolCall &call) const;
 
-    /// Shows the request and waits, without a time limit, for resolvePermission. Cancellation does not end it.
+    /// Shows the request and waits, without a time limit, for resolvePermission. Cancellation does not end
+    /// it.
     Task<bool> requestPermission(AIToolCall call);
 
     /// Answers the pending request, if any. With `alwaysAllow` the tool's name is remembered, unless the
@@ -36,7 +36,7 @@ Q_SIGNALS:
 private:
     SettingsStore &m_settings;
     std::optional<PendingToolCall> m_pending;
-    std::shared_ptr<OneShot<bool>> m_permissionContinuation;
+    std::optional<OneShot<bool>> m_permissionContinuation;
 };
 
 } // namespace morvane

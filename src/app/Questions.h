@@ -5,7 +5,6 @@
 #include "model/PendingQuestion.h"
 
 #include <QObject>
-#include <memory>
 #include <optional>
 
 namespace morvane {
@@ -33,7 +32,7 @@ Q_SIGNALS:
 private:
     Announcer &m_announcer;
     std::optional<PendingQuestion> m_pending;
-    std::shared_ptr<OneShot<QString>> m_questionContinuation;
+    std::optional<OneShot<QString>> m_questionContinuation;
 };
 
 } // namespace morvane

@@ -12,7 +12,9 @@ class SharedJsonObject {
 public:
     SharedJsonObject() = default;
     SharedJsonObject(boost::json::object object)
-        : m_object(std::make_shared<const boost::json::object>(std::move(object))) {}
+        : m_object(std::make_shared<const boost::json::object>(std::move(object)))
+    {
+    }
 
     /// The object; the empty object for a default-constructed value.
     const boost::json::object &get() const

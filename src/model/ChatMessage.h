@@ -17,8 +17,8 @@ struct ChatMessage {
     QUuid id;
     Role role = Role::user;
     QString text;
-    bool isStreaming = false;             ///< True while the agent still works on this message.
-    std::optional<QString> errorMessage;  ///< The friendly error that ended the request.
+    bool isStreaming = false;            ///< True while the agent still works on this message.
+    std::optional<QString> errorMessage; ///< The friendly error that ended the request.
     QList<ChatAttachment> attachments;
     double date = 0; ///< Creation, in seconds since 2001-01-01T00:00:00Z (base/ReferenceDate.h).
 

@@ -7,7 +7,7 @@ namespace morvane {
 
 /// The state of the local model as the windows show it.
 struct LocalModelInfo {
-    bool running = false;    ///< The server answers and the selected model is installed.
+    bool running = false; ///< The server answers and the selected model is installed.
     bool installing = false;
     QString progress;
     std::optional<double> progressFraction; ///< 0 to 1; absent means indeterminate.

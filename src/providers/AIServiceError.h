@@ -41,7 +41,8 @@ private:
     QByteArray m_what;
 };
 
-/// What a provider's error body says in words: its `error.message` or `message`, else its first 300 characters.
+/// What a provider's error body says in words: its `error.message` or `message`, else its first 300
+/// characters.
 QString friendlyDetail(const QString &body);
 
 } // namespace morvane

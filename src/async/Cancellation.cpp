@@ -1,0 +1,46 @@
+#include "async/Cancellation.h"
+
+#include <utility>
+
+namespace morvane {
+
+Cancellation::Callback::Callback(Cancellation &owner, std::function<void()> function)
+    : m_owner(&owner), m_entry(owner.m_callbacks.insert(owner.m_callbacks.end(), std::move(function)))
+{
+}
+
+Cancellation::Callback::~Callback()
+{
+    if (m_owner)
+        m_owner->m_callbacks.erase(m_entry);
+}
+
+Cancellation::Callback::Callback(Callback &&other) noexcept
+    : m_owner(std::exchange(other.m_owner, nullptr)), m_entry(other.m_entry)
+{
+}
+
+Cancellation::Callback &Cancellation::Callback::operator=(Callback &&other) noexcept
+{
+    if (this != &other) {
+        if (m_owner)
+            m_owner->m_callbacks.erase(m_entry);
+        m_owner = std::exchange(other.m_owner, nullptr);
+        m_entry = other.m_entry;
+    }
+    return *this;
+}
+
+void Cancellation::cancel()
+{
+    if (m_cancelled)
+        return;
+    m_cancelled = true;
+    // Entries stay in the list, emptied, so that each Callback can still remove its own.
+    for (auto entry = m_callbacks.begin(); entry != m_callbacks.end(); ++entry) {
+        if (auto function = std::exchange(*entry, nullptr))
+            function();
+    }
+}
+
+} // namespace morvane
