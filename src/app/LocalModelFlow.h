@@ -1,32 +1,65 @@
 #pragma once
 
+#include "app/AppServices.h"
+#include "app/Workspace.h"
+#include "async/TaskHandle.h"
+#include "model/AIConfiguration.h"
 #include "model/LocalModelInfo.h"
 
 #include <QObject>
 #include <QStringList>
+#include <exception>
+#include <functional>
+#include <optional>
 
 namespace morvane {
 
-class AppModel;
+class TurnRunner;
 
-/// Ties the local model to the application: what the windows show of it. Main thread.
+/// Ties the local model's runtime to the application: what the windows show of it, its first installation,
+/// and the message that waits for it. Main thread.
 class LocalModelFlow : public QObject {
     Q_OBJECT
 public:
-    explicit LocalModelFlow(AppModel &model);
+    /// The model that the first installation brings.
+    static constexpr auto standardModel = "qwen2.5";
+
+    LocalModelFlow(const AppServices &services, Workspace &workspace, TurnRunner &turns);
 
     const LocalModelInfo &info() const { return m_info; }
-    QString pullingModel() const { return m_pullingModel; } ///< Empty while nothing is pulled.
+    const QString &pullingModel() const { return m_pullingModel; } ///< Empty while nothing is pulled.
+    const QStringList &installedModels() const { return m_installedModels; }
 
+    /// Reads the state of the runtime anew, in the background.
+    void refreshLocalModel();
+    /// Starts the installation unless it runs, is done, or another model is being pulled.
     void installLocalModelIfNeeded();
+    /// Starts the installation for a message that waits; the handle ends both.
+    TaskHandle<void> startInstallThenRespond();
+    /// Cancels installation and pull.
+    void cancelTasks();
 
 Q_SIGNALS:
     void changed();
+    /// An installation has ended, with or without a model; a message may have waited for it.
+    void installationEnded();
 
 private:
-    AppModel &m_model;
+    Task<void> refresh();
+    Task<void> installLocalModel();
+    Task<void> installSteps();
+    Task<void> warmUpLocalModel();
+    void reportFailure(const std::exception_ptr &failure);
+    void setProgress(const QString &label, std::optional<double> fraction);
+    void log(const QString &text, ActivityStep::Kind kind) { m_workspace.activity.log(text, kind); }
+
+    const AppServices &m_services;
+    Workspace &m_workspace;
+    TurnRunner &m_turns;
     LocalModelInfo m_info;
     QString m_pullingModel;
+    QStringList m_installedModels;
+    std::optional<TaskHandle<void>> m_installTask;
 };
 
 } // namespace morvane

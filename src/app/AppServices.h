@@ -1,0 +1,40 @@
+#pragma once
+
+#include "async/Task.h"
+#include "model/AITool.h"
+
+#include <QString>
+#include <functional>
+
+namespace morvane {
+
+class AIService;
+class Announcer;
+class BrowserWindowPort;
+class ConversationStore;
+class LocalModelPort;
+class NotificationPort;
+class Scheduler;
+class SettingsStore;
+class ToolServerPort;
+class UpdatePort;
+
+/// Everything that the application model works with; all of it outlives the model.
+struct AppServices {
+    Scheduler &scheduler;
+    SettingsStore &settings;
+    ConversationStore &conversations;
+    AIService &service;
+    Announcer &announcer;
+    NotificationPort &notifications;
+    ToolServerPort &toolServers;
+    BrowserWindowPort &browserWindow;
+    UpdatePort &updates;
+    LocalModelPort &localModel;
+    /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
+    std::function<Task<QString>(AIToolCall)> executeTool;
+    /// One sentence on the machine, for the system prompt.
+    std::function<QString()> machineSummary;
+};
+
+} // namespace morvane

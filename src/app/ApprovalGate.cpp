@@ -1,0 +1,49 @@
+#include "app/ApprovalGate.h"
+
+#include "app/ToolDescription.h"
+#include "store/SettingsStore.h"
+#include "tools/BuiltinTools.h"
+
+#include <utility>
+
+namespace morvane {
+
+ApprovalGate::ApprovalGate(SettingsStore &settings, QObject *parent) : QObject(parent), m_settings(settings)
+{
+}
+
+bool ApprovalGate::requiresApproval(const AIToolCall &call) const
+{
+    if (call.name == QLatin1String("run_shell_command"))
+        return BuiltinTools::isDestructive(call);
+    if (call.name.startsWith(QLatin1String("mcp_")) || call.name == QLatin1String("write_file") ||
+        call.name == QLatin1String("edit_file"))
+        return !m_settings.alwaysAllowedTools().contains(call.name);
+    return false;
+}
+
+Task<bool> ApprovalGate::requestPermission(AIToolCall call)
+{
+    m_pending =
+        PendingToolCall{QUuid::createUuid(), call.name, describe(call), BuiltinTools::isDestructive(call)};
+    const OneShot<bool> answer;
+    m_permissionContinuation = answer;
+    Q_EMIT pendingToolCallChanged();
+    co_return co_await answer.wait();
+}
+
+void ApprovalGate::resolvePermission(bool allowed, bool alwaysAllow)
+{
+    if (allowed && alwaysAllow && m_pending && !m_pending->destructive) {
+        auto names = m_settings.alwaysAllowedTools();
+        names.insert(m_pending->toolName);
+        m_settings.setAlwaysAllowedTools(names);
+    }
+    auto continuation = std::exchange(m_permissionContinuation, std::nullopt);
+    if (continuation)
+        continuation->resume(allowed);
+    if (std::exchange(m_pending, std::nullopt))
+        Q_EMIT pendingToolCallChanged();
+}
+
+} // namespace morvane

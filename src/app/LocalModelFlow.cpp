@@ -1,0 +1,167 @@
+#include "app/LocalModelFlow.h"
+
+#include "app/FriendlyError.h"
+#include "app/LocalModelPort.h"
+#include "app/TurnRunner.h"
+#include "async/Cancelled.h"
+#include "async/Scheduler.h"
+#include "base/Text.h"
+#include "store/SettingsStore.h"
+#include "tools/BuiltinTools.h"
+
+namespace morvane {
+
+LocalModelFlow::LocalModelFlow(const AppServices &services, Workspace &workspace, TurnRunner &turns)
+    : m_services(services), m_workspace(workspace), m_turns(turns)
+{
+}
+
+void LocalModelFlow::setProgress(const QString &label, std::optional<double> fraction)
+{
+    m_info.progress = label;
+    m_info.progressFraction = fraction;
+    Q_EMIT changed();
+}
+
+void LocalModelFlow::refreshLocalModel()
+{
+    m_services.scheduler.spawn(refresh());
+}
+
+Task<void> LocalModelFlow::refresh()
+{
+    const QString model = trimmed(m_services.settings.model());
+    const bool serverRunning = co_await m_services.localModel.isServerRunning();
+    if (!serverRunning) {
+        m_info.running = false;
+        setProgress(m_services.localModel.isBinaryInstalled()
+                        ? QStringLiteral("Ollama is not running.")
+                        : QStringLiteral("Ollama is not installed yet."),
+                    m_info.progressFraction);
+        co_return;
+    }
+    m_installedModels = co_await m_services.localModel.installedModels();
+    const QString name = model.isEmpty() ? QString::fromLatin1(standardModel) : model;
+    m_info.running =
+        m_installedModels.contains(name) || m_installedModels.contains(name + QStringLiteral(":latest"));
+    if (m_info.running) {
+        m_info.error.clear();
+        setProgress(QStringLiteral("The %1 model is ready.").arg(name), m_info.progressFraction);
+        co_await warmUpLocalModel();
+    } else {
+        setProgress(QStringLiteral("Ollama is running, but the %1 model is not downloaded yet.").arg(name),
+                    m_info.progressFraction);
+    }
+}
+
+void LocalModelFlow::installLocalModelIfNeeded()
+{
+    if ((m_installTask && !m_installTask->done()) || m_info.installing || m_info.running ||
+        !m_pullingModel.isEmpty())
+        return;
+    m_installTask = m_services.scheduler.spawn(installLocalModel());
+}
+
+TaskHandle<void> LocalModelFlow::startInstallThenRespond()
+{
+    m_workspace.status.setStatusText(QStringLiteral("Setting up local model…"));
+    m_workspace.status.announce(
+        QStringLiteral("Setting up the local model first. This is a one-time download of a few gigabytes and "
+                       "will be ready automatically."));
+    log(QStringLiteral("Setting up the local model before sending."), ActivityStep::Kind::info);
+    m_installTask = m_services.scheduler.spawn(installLocalModel());
+    return *m_installTask;
+}
+
+void LocalModelFlow::cancelTasks()
+{
+    if (m_installTask)
+        m_installTask->cancel();
+    m_installTask.reset();
+}
+
+Task<void> LocalModelFlow::installLocalModel()
+{
+    if (m_info.installing || m_info.running || !m_pullingModel.isEmpty())
+        co_return;
+    std::exception_ptr failure;
+    try {
+        co_await installSteps();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (failure)
+        reportFailure(failure);
+    Q_EMIT installationEnded();
+    m_info.installing = false;
+    setProgress(m_info.progress, std::nullopt);
+    m_workspace.status.setStatusText(m_info.running ? QStringLiteral("Ready")
+                                                    : QStringLiteral("Local model not ready"));
+    if (!failure)
+        co_await warmUpLocalModel();
+}
+
+Task<void> LocalModelFlow::installSteps()
+{
+    const QString model = QString::fromLatin1(standardModel);
+    const auto onProgress = [this](const QString &label, std::optional<double> fraction) {
+        setProgress(label, fraction);
+    };
+    const QString opening =
+        QStringLiteral("Setting up the local model. This is a one-time download of a few gigabytes.");
+    m_info.installing = true;
+    setProgress(QStringLiteral("Starting…"), std::nullopt);
+    log(opening, ActivityStep::Kind::info);
+    m_workspace.status.announce(opening);
+    co_await m_services.localModel.ensureRunning(onProgress);
+    setProgress(QStringLiteral("Downloading the qwen2.5 model (about 5 GB)…"), std::nullopt);
+    co_await m_services.localModel.pull(model, onProgress);
+    m_info.running = true;
+    m_info.error.clear();
+    setProgress(QStringLiteral("The qwen2.5 model is ready."), m_info.progressFraction);
+    m_installedModels = co_await m_services.localModel.installedModels();
+    log(QStringLiteral("The local model is ready. No limits, everything stays on this Mac."),
+        ActivityStep::Kind::success);
+    m_workspace.status.announce(QStringLiteral("The local model is ready. You can start chatting."));
+}
+
+void LocalModelFlow::reportFailure(const std::exception_ptr &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Cancelled &) {
+        m_info.error.clear();
+        log(QStringLiteral("Local model setup was cancelled."), ActivityStep::Kind::info);
+        return;
+    } catch (const InstallError &error) {
+        m_info.error = error.message();
+    } catch (...) {
+        m_info.error = friendlyError(failure);
+    }
+    log(QStringLiteral("Local model setup failed: ") + m_info.error, ActivityStep::Kind::error);
+    const QString line = QStringLiteral("Local model setup failed. ") + m_info.error;
+    setProgress(line, m_info.progressFraction);
+    m_workspace.status.announce(line);
+}
+
+Task<void> LocalModelFlow::warmUpLocalModel()
+{
+    const SettingsStore &settings = m_services.settings;
+    if (settings.providerID() != ProviderID::ollama || !m_info.running)
+        co_return;
+    AIConfiguration config;
+    config.provider = ProviderID::ollama;
+    config.model = trimmed(settings.model());
+    config.systemPrompt =
+        settings.systemPrompt() + QStringLiteral("\n\nYou are running on: ") + m_services.machineSummary();
+    config.temperature = settings.temperature();
+    config.tools = BuiltinTools::all(settings.useTools() ? UseTools::yes : UseTools::no);
+    try {
+        co_await m_turns.runTurn({{APIMessage::User{QStringLiteral("Say OK."), {}}}}, config,
+                                 [](const QString &) {});
+    } catch (...) {
+        // Only speeds up the first answer; that answer tells what is wrong.
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/Workspace.h"
+#include "async/Task.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace morvane {
+
+/// Carries out one tool call: approval, narration, execution. Shared by the main loop and subagents, which
+/// differ only in their words. Main thread.
+class ToolCallRunner {
+public:
+    /// Who makes the call.
+    enum class Caller { mainLoop, subagent };
+
+    struct Result {
+        QString text;     ///< What the model is told.
+        bool ran = false; ///< False when the user denied the call.
+    };
+
+    ToolCallRunner(const AppServices &services, Workspace &workspace);
+
+    /// A tool of a server ("mcp_…") or a built-in tool. Never throws for a failing or denied tool.
+    Task<Result> run(AIToolCall call, Caller caller);
+
+    /// The `ask_user` tool: shows the question and gives the answer as the user typed it.
+    Task<QString> askUser(AIToolCall call, Caller caller);
+
+private:
+    Task<bool> approve(AIToolCall call, Caller caller);
+    void narrateStart(const AIToolCall &call, Caller caller);
+
+    const AppServices &m_services;
+    Workspace &m_workspace;
+};
+
+} // namespace morvane
