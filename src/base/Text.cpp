@@ -1,0 +1,147 @@
+#include "base/Text.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <unicode/ubrk.h>
+
+namespace morvane {
+
+namespace {
+
+struct CloseIterator {
+    void operator()(UBreakIterator *iterator) const { ubrk_close(iterator); }
+};
+using Boundaries = std::unique_ptr<UBreakIterator, CloseIterator>;
+
+/// ICU addresses text with 32 bits; what is longer goes to it in pieces of this many UTF-16 units.
+constexpr qsizetype largestPiece = std::numeric_limits<int32_t>::max() / 2;
+
+Boundaries characterBoundaries(QStringView piece)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    Boundaries iterator(
+        ubrk_open(UBRK_CHARACTER, "", piece.utf16(), static_cast<int32_t>(piece.size()), &status));
+    return U_SUCCESS(status) ? std::move(iterator) : nullptr;
+}
+
+/// Length of the leading part in which every unit but a CR before LF is a character by itself. The last ASCII
+/// unit before other text stays out, since what follows may combine with it.
+qsizetype simplePrefix(QStringView text)
+{
+    const auto *const begin = text.utf16();
+    const auto *const end = begin + text.size();
+    constexpr std::ptrdiff_t block = 64;
+    const auto *unit = begin;
+    while (end - unit >= block) {
+        char16_t seen = 0;
+        for (std::ptrdiff_t i = 0; i < block; ++i)
+            seen |= unit[i];
+        if (seen > 0x7f)
+            break;
+        unit += block;
+    }
+    unit = std::find_if(unit, end, [](char16_t c) { return c > 0x7f; });
+    if (unit == end || unit == begin)
+        return unit - begin;
+    // Nothing combines with a control character, and a LF must not be parted from its CR.
+    return unit[-1] < 0x20 ? unit - begin : unit - begin - 1;
+}
+
+qsizetype lineEndPairs(QStringView ascii)
+{
+    const auto *const units = ascii.utf16();
+    qsizetype pairs = 0;
+    for (qsizetype i = 1; i < ascii.size(); ++i)
+        pairs += (units[i - 1] == u'\r') & (units[i] == u'\n');
+    return pairs;
+}
+
+/// Walks over at most `limit` characters; answers how many there were and where the last one ended.
+struct Walk {
+    qsizetype characters = 0;
+    qsizetype offset = 0;
+};
+
+Walk walk(QStringView text, qsizetype limit)
+{
+    Walk walked;
+    if (limit <= 0 || text.isEmpty())
+        return walked;
+
+    const qsizetype prefix = simplePrefix(text);
+    const qsizetype pairs = lineEndPairs(text.first(prefix));
+    if (prefix - pairs > limit) {
+        const auto *const units = text.utf16();
+        for (; walked.characters < limit; ++walked.characters) {
+            const bool pair = units[walked.offset] == u'\r' && units[walked.offset + 1] == u'\n';
+            walked.offset += pair ? 2 : 1;
+        }
+        return walked;
+    }
+    walked = {prefix - pairs, prefix};
+
+    while (walked.characters < limit && walked.offset < text.size()) {
+        const QStringView piece =
+            text.sliced(walked.offset, std::min(largestPiece, text.size() - walked.offset));
+        const Boundaries boundaries = characterBoundaries(piece);
+        if (!boundaries) { // Out of memory in ICU: units are the next best measure.
+            const qsizetype units = std::min(limit - walked.characters, piece.size());
+            walked.characters += units;
+            walked.offset += units;
+            continue;
+        }
+        int32_t end = 0;
+        int32_t next = 0;
+        while (walked.characters < limit && (next = ubrk_next(boundaries.get())) != UBRK_DONE) {
+            end = next;
+            ++walked.characters;
+        }
+        walked.offset += end;
+    }
+    return walked;
+}
+
+bool isLineEnd(QChar unit)
+{
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' || unit == u'\u2029';
+}
+
+} // namespace
+
+qsizetype characterCount(QStringView text)
+{
+    return walk(text, std::numeric_limits<qsizetype>::max()).characters;
+}
+
+qsizetype characterOffset(QStringView text, qsizetype count)
+{
+    return text.size() <= count ? text.size() : walk(text, count).offset;
+}
+
+QString firstCharacters(const QString &text, qsizetype count)
+{
+    const qsizetype offset = characterOffset(text, count);
+    return offset == text.size() ? text : text.first(offset);
+}
+
+QString trimmed(QStringView text)
+{
+    return text.trimmed().toString();
+}
+
+QString flattened(QStringView text, qsizetype limit)
+{
+    QString line;
+    line.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool pair = text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n';
+        line += isLineEnd(text[i]) ? QChar(u' ') : text[i];
+        i += pair ? 1 : 0;
+    }
+    line = line.trimmed();
+    const qsizetype offset = characterOffset(line, limit);
+    return offset == line.size() ? line : line.first(offset) + u'…';
+}
+
+} // namespace morvane

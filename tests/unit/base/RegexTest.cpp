@@ -1,0 +1,134 @@
+#include "base/Regex.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace morvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+Regex compiled(QStringView pattern, Regex::Options options = {})
+{
+    auto regex = Regex::compile(pattern, options);
+    if (!regex)
+        throw std::runtime_error(regex.error().toStdString());
+    return *regex;
+}
+
+TEST(RegexTest, FindsAnywhere)
+{
+    EXPECT_TRUE(*compiled(u"\\bsudo\\b").contains(u"echo sudo"));
+    EXPECT_FALSE(*compiled(u"\\bsudo\\b").contains(u"pseudosudoku"));
+    EXPECT_FALSE(*compiled(u"x").contains(QString()));
+    EXPECT_TRUE(*compiled(u"").contains(QString()));
+}
+
+TEST(RegexTest, DefaultsAreCaseSensitiveAndLineBound)
+{
+    EXPECT_FALSE(*compiled(u"abc").contains(u"ABC"));
+    EXPECT_FALSE(*compiled(u"a.b").contains(u"a\nb"));
+    EXPECT_FALSE(*compiled(u"^b").contains(u"a\nb"));
+}
+
+TEST(RegexTest, OptionsChangeTheMeaning)
+{
+    EXPECT_TRUE(*compiled(u"äbc", Regex::Option::caseInsensitive).contains(u"ÄBC"));
+    EXPECT_TRUE(*compiled(u"a.b", Regex::Option::dotMatchesLineEnds).contains(u"a\nb"));
+    EXPECT_TRUE(*compiled(u"^b", Regex::Option::anchorsMatchLines).contains(u"a\nb"));
+}
+
+TEST(RegexTest, GivesGroupsInUtf16Offsets)
+{
+    const QString text = QStringLiteral("🙂 42% of x");
+    const auto match = compiled(u"(\\d+)%( off)?").find(text);
+    ASSERT_TRUE(match.has_value());
+    ASSERT_TRUE(match->has_value());
+    EXPECT_EQ((*match)->start(), 3);
+    EXPECT_EQ((*match)->end(), 6);
+    EXPECT_EQ((*match)->groupCount(), 2);
+    EXPECT_EQ((*match)->captured(text, 1), u"42");
+    EXPECT_EQ((*match)->range(2).start, -1);
+    EXPECT_TRUE((*match)->captured(text, 2).isNull());
+}
+
+TEST(RegexTest, SearchFromAnOffsetSeesWhatIsBefore)
+{
+    const QString text = QStringLiteral("ab ab");
+    EXPECT_EQ((*compiled(u"ab").find(text, 1))->start(), 3);
+    EXPECT_EQ((*compiled(u"(?<=a)b").find(text, 1))->start(), 1);
+    EXPECT_FALSE((*compiled(u"^ab").find(text, 1)).has_value());
+    EXPECT_FALSE((*compiled(u"ab").find(text, 99)).has_value());
+}
+
+TEST(RegexTest, FindsAllUpToTheMaximum)
+{
+    const QString text = QStringLiteral("a1 b2 c3");
+    const auto all = compiled(u"[a-z](\\d)").findAll(text, 100);
+    ASSERT_TRUE(all.has_value());
+    ASSERT_EQ(all->size(), 3);
+    EXPECT_EQ(all->at(2).captured(text, 1), u"3");
+    EXPECT_EQ(compiled(u"[a-z](\\d)").findAll(text, 2)->size(), 2);
+    EXPECT_EQ(compiled(u"x*").findAll(u"abc", 100)->size(), 4);
+}
+
+TEST(RegexTest, ReplacesWithPlainText)
+{
+    EXPECT_EQ(compiled(u"<[^>]+>").replaced(u"a<b>c</b>d", u"$0\\"), QStringLiteral("a$0\\c$0\\d"));
+    EXPECT_EQ(compiled(u"x").replaced(u"abc", u"y"), QStringLiteral("abc"));
+    EXPECT_EQ(compiled(u"b").replaced(QString(), u"y"), QString());
+}
+
+TEST(RegexTest, SaysWhatIsWrongWithAPattern)
+{
+    const auto regex = Regex::compile(u"a(b");
+    ASSERT_FALSE(regex.has_value());
+    EXPECT_EQ(regex.error(), QStringLiteral("unbalanced parenthesis at character 3"));
+    for (const QStringView pattern :
+         {u"[a", u"*a", u"a{2,1}", u"\\p{nope}", u"(?<=a*)b", u"\\1", u"a{", u"(?z)"})
+        EXPECT_FALSE(Regex::compile(pattern).has_value()) << pattern.toString().toStdString();
+}
+
+TEST(RegexTest, RefusesAPatternThatWouldTakeLongToCompile)
+{
+    EXPECT_TRUE(Regex::compile(QString(Regex::maximumPatternLength, u'a')).has_value());
+    EXPECT_EQ(Regex::compile(QString(Regex::maximumPatternLength + 1, u'a')).error(),
+              QStringLiteral("pattern too large at character 0"));
+}
+
+TEST(RegexTest, EndsABacktrackingPatternAtTheTimeLimit)
+{
+    const auto result = compiled(u"(a+)+$").contains(QString(60, u'a') + u'b', 50ms);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), RegexFailure::timeout);
+}
+
+TEST(RegexTest, EndsAPatternThatIsSlowFromEveryPositionAtTheTimeLimit)
+{
+    const auto result = compiled(u"a*b").contains(QString(200'000, u'a'), 50ms);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), RegexFailure::timeout);
+}
+
+TEST(RegexTest, ReportsExhaustedBacktrackingMemory)
+{
+    const auto result = compiled(u"(?:a|b)*c").contains(QString(20'000'000, u'a'), 60s);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), RegexFailure::tooComplex);
+}
+
+TEST(RegexTest, HostilePatternsNeverCrashTheCompiler)
+{
+    for (const QString &pattern :
+         {QString(100'000, u'('), QString(100'000, u'['), QStringLiteral("a{1000}").repeated(2'800),
+          QStringLiteral("(").repeated(5'000) + QStringLiteral(")*").repeated(5'000),
+          QStringLiteral("(?<=").repeated(2'000) + u'a' + QString(2'000, u')'),
+          QStringLiteral("[^").repeated(20'000) + QString(20'000, u']')}) {
+        const auto regex = Regex::compile(pattern);
+        if (regex)
+            static_cast<void>(regex->contains(u"aaaaaaaa", 50ms));
+    }
+}
+
+} // namespace
+} // namespace morvane

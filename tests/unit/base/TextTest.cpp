@@ -1,0 +1,109 @@
+#include "base/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+namespace {
+
+TEST(TextTest, CountsAsciiUnits)
+{
+    EXPECT_EQ(characterCount(u""), 0);
+    EXPECT_EQ(characterCount(QString()), 0);
+    EXPECT_EQ(characterCount(u"a"), 1);
+    EXPECT_EQ(characterCount(QString(1000, u'x')), 1000);
+}
+
+TEST(TextTest, CountsCarriageReturnLineFeedAsOne)
+{
+    EXPECT_EQ(characterCount(u"\r\n"), 1);
+    EXPECT_EQ(characterCount(u"a\r\nb"), 3);
+    EXPECT_EQ(characterCount(u"\r\r\n\n"), 3);
+    EXPECT_EQ(characterCount(u"\n\r"), 2);
+    EXPECT_EQ(characterCount(QStringLiteral("\r\n").repeated(500)), 500);
+}
+
+TEST(TextTest, CountsCarriageReturnLineFeedAsOneBeforeOtherText)
+{
+    EXPECT_EQ(characterCount(u"ab\r\né"), 4);
+    EXPECT_EQ(characterCount(u"\r\n\u0301"), 2);
+}
+
+TEST(TextTest, CountsWhatAUserPerceivesAsOne)
+{
+    EXPECT_EQ(characterCount(u"e\u0301"), 1);
+    EXPECT_EQ(characterCount(u"👩‍👩‍👧‍👦"), 1);
+    EXPECT_EQ(characterCount(u"🇩🇪🇫🇷"), 2);
+    EXPECT_EQ(characterCount(u"👍🏽"), 1);
+    EXPECT_EQ(characterCount(u"각"), 1);
+    EXPECT_EQ(characterCount(u"नि"), 1);
+}
+
+TEST(TextTest, AsciiCharacterJoinsTheMarkBehindIt)
+{
+    EXPECT_EQ(characterCount(u"abcde\u0301"), 5);
+    EXPECT_EQ(characterOffset(u"abcde\u0301fg", 5), 6);
+    EXPECT_EQ(characterOffset(u"abcde\u0301fg", 4), 4);
+}
+
+TEST(TextTest, CountsAsciiBehindOtherText)
+{
+    EXPECT_EQ(characterCount(u'ä' + QString(300, u'b')), 301);
+    EXPECT_EQ(characterCount(QString(300, u'b') + u'ä'), 301);
+}
+
+TEST(TextTest, CountsSurrogatesWithoutPartner)
+{
+    EXPECT_EQ(characterCount(QString(QChar(0xd800)) + QChar(u'a')), 2);
+    EXPECT_EQ(characterCount(QString(QChar(0xdc00))), 1);
+}
+
+TEST(TextTest, OffsetStopsAtTheEndOfTheText)
+{
+    EXPECT_EQ(characterOffset(u"abc", 0), 0);
+    EXPECT_EQ(characterOffset(u"abc", -1), 0);
+    EXPECT_EQ(characterOffset(u"abc", 2), 2);
+    EXPECT_EQ(characterOffset(u"abc", 3), 3);
+    EXPECT_EQ(characterOffset(u"abc", 99), 3);
+    EXPECT_EQ(characterOffset(u"é👍🏽x", 2), 5);
+    EXPECT_EQ(characterOffset(u"é👍🏽x", 99), 6);
+}
+
+TEST(TextTest, OffsetNeverPartsALineEnd)
+{
+    EXPECT_EQ(characterOffset(u"a\r\nb", 2), 3);
+    EXPECT_EQ(characterOffset(u"\r\n\r\n\r\n", 2), 4);
+    EXPECT_EQ(characterOffset(u"a\r\n", 1), 1);
+}
+
+TEST(TextTest, FirstCharactersKeepsAWholeTextAsItIs)
+{
+    const QString text = QStringLiteral("grüße");
+    EXPECT_EQ(firstCharacters(text, 5), text);
+    EXPECT_EQ(firstCharacters(text, 4), QStringLiteral("grüß"));
+    EXPECT_EQ(firstCharacters(text, 0), QString());
+    EXPECT_EQ(firstCharacters(QStringLiteral("0123456789"), 4), QStringLiteral("0123"));
+}
+
+TEST(TextTest, TrimsUnicodeWhiteSpaceAndLineEnds)
+{
+    EXPECT_EQ(trimmed(u" \t\r\n\u00a0\u3000\u2028\u0085x y\u2029\u000b "), QStringLiteral("x y"));
+    EXPECT_EQ(trimmed(u" \n "), QString());
+}
+
+TEST(TextTest, FlattensEveryLineEndToOneBlank)
+{
+    EXPECT_EQ(flattened(u"a\r\nb\nc\rd\u2028e\u2029f\u0085g", 140), QStringLiteral("a b c d e f g"));
+    EXPECT_EQ(flattened(u"a\n\nb", 140), QStringLiteral("a  b"));
+    EXPECT_EQ(flattened(u"\n a \r\n", 140), QStringLiteral("a"));
+}
+
+TEST(TextTest, FlattensToTheLimitAndAnEllipsis)
+{
+    EXPECT_EQ(flattened(QString(140, u'x'), 140), QString(140, u'x'));
+    EXPECT_EQ(flattened(QString(141, u'x'), 140), QString(140, u'x') + u'…');
+    EXPECT_EQ(flattened(QStringLiteral("👍🏽").repeated(4), 3),
+              QStringLiteral("👍🏽").repeated(3) + u'…');
+}
+
+} // namespace
+} // namespace morvane
