@@ -1,0 +1,78 @@
+#include "net/Redirect.h"
+
+#include <algorithm>
+#include <array>
+
+namespace morvane {
+
+namespace {
+
+/// What says nothing about the user, and may go to any origin.
+constexpr std::array<QByteArrayView, 5> harmlessHeaders{"Accept", "Accept-Language", "Content-Type",
+                                                        "User-Agent", "Range"};
+
+bool isRedirect(int status)
+{
+    return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+bool keepsMethod(int status)
+{
+    return status == 307 || status == 308;
+}
+
+int portOf(const QUrl &url)
+{
+    return url.port(url.scheme() == QLatin1String("https") ? 443 : 80);
+}
+
+bool isSameOrigin(const QUrl &one, const QUrl &other)
+{
+    return one.scheme() == other.scheme() && one.host() == other.host() && portOf(one) == portOf(other);
+}
+
+bool isHarmless(const HttpHeaders::Field &field)
+{
+    return std::any_of(harmlessHeaders.begin(), harmlessHeaders.end(), [&field](QByteArrayView name) {
+        return field.name.compare(name, Qt::CaseInsensitive) == 0;
+    });
+}
+
+HttpHeaders harmlessOnly(const HttpHeaders &headers)
+{
+    HttpHeaders kept;
+    for (const HttpHeaders::Field &field : headers.fields()) {
+        if (isHarmless(field))
+            kept.add(field.name, field.value);
+    }
+    return kept;
+}
+
+} // namespace
+
+std::optional<HttpRequest> redirected(const HttpRequest &request, int status, const HttpHeaders &headers)
+{
+    const auto location = headers.value("Location");
+    if (request.redirects == RedirectRule::None || !isRedirect(status) || !location || location->isEmpty())
+        return std::nullopt;
+
+    HttpRequest next = request;
+    next.url = request.url.resolved(QUrl::fromEncoded(*location));
+    const bool isPlainRead = request.method == "GET" || request.method == "HEAD";
+    if (!isPlainRead && !keepsMethod(status)) {
+        if (request.redirects != RedirectRule::AllowGet)
+            return std::nullopt;
+        next.method = "GET";
+        next.body.clear();
+        next.headers.remove("Content-Type");
+    }
+    const bool losesEncryption =
+        request.url.scheme() == QLatin1String("https") && next.url.scheme() != QLatin1String("https");
+    if (losesEncryption && !next.body.isEmpty())
+        return std::nullopt;
+    if (!isSameOrigin(request.url, next.url))
+        next.headers = harmlessOnly(next.headers);
+    return next;
+}
+
+} // namespace morvane
