@@ -1,0 +1,59 @@
+#include "providers/AIServiceError.h"
+
+#include "base/Json.h"
+#include "base/Text.h"
+
+namespace morvane {
+namespace {
+
+template <class... Functions> struct Overloaded : Functions... {
+    using Functions::operator()...;
+};
+
+constexpr qsizetype longestDetail = 300; // characters of a body that explains itself in no known form
+
+} // namespace
+
+AIServiceError::AIServiceError(Reason reason)
+    : m_reason(std::move(reason)), m_what(errorDescription().toUtf8())
+{
+}
+
+QString AIServiceError::errorDescription() const
+{
+    return std::visit(
+        Overloaded{
+            [](const Http &http) {
+                return QStringLiteral("The AI provider returned an error (HTTP ") +
+                       QString::number(http.status) + QStringLiteral("). ") + friendlyDetail(http.body);
+            },
+            [](const Api &api) {
+                return api.message.isEmpty() ? QStringLiteral("The AI provider returned an error.")
+                                             : api.message;
+            },
+            [](const RateLimited &limit) {
+                return QStringLiteral("You reached the free limit for this provider for now. ") +
+                       limit.resets;
+            },
+            [](const Blocked &) {
+                return QStringLiteral("Morvane did not respond because the request was blocked by the "
+                                      "provider's content safety filter.");
+            },
+        },
+        m_reason);
+}
+
+QString friendlyDetail(const QString &body)
+{
+    if (const auto object = parseJsonObject(body.toUtf8())) {
+        if (const auto *error = objectMember(*object, "error")) {
+            if (auto message = stringMember(*error, "message"))
+                return *message;
+        }
+        if (auto message = stringMember(*object, "message"))
+            return *message;
+    }
+    return firstCharacters(body, longestDetail);
+}
+
+} // namespace morvane

@@ -1,0 +1,112 @@
+#include "providers/OpenAIStreamParser.h"
+
+#include "base/Json.h"
+#include "providers/AIServiceError.h"
+#include "providers/EmptyResponse.h"
+
+namespace morvane {
+namespace {
+
+namespace json = boost::json;
+
+QByteArrayView withoutBlanks(QByteArrayView text)
+{
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+    while (!text.isEmpty() && isBlank(text.front()))
+        text = text.sliced(1);
+    while (!text.isEmpty() && isBlank(text.back()))
+        text.chop(1);
+    return text;
+}
+
+/// The string under a key; null if it is missing, empty or of another type.
+const json::string *nonEmptyString(const json::object &object, std::string_view key)
+{
+    const json::value *value = object.if_contains(key);
+    const json::string *string = value ? value->if_string() : nullptr;
+    return string && !string->empty() ? string : nullptr;
+}
+
+} // namespace
+
+StreamParser::Progress OpenAIStreamParser::feed(QByteArrayView line, QStringList &pieces)
+{
+    const auto payload = StreamChunk::payload(line);
+    if (!payload)
+        return Progress::goesOn;
+    const QByteArrayView data = withoutBlanks(*payload);
+    if (data == QByteArrayView("[DONE]"))
+        return Progress::ended;
+    const json::object *chunk = m_chunk.parse(data);
+    if (!chunk)
+        return Progress::goesOn;
+    StreamChunk::throwIfError(*chunk, QStringLiteral("Unknown provider error."));
+
+    const json::array *choices = StreamChunk::objects(*chunk, "choices");
+    if (!choices || choices->empty())
+        return Progress::goesOn;
+    const json::object &choice = choices->front().get_object();
+    const json::object *delta = objectMember(choice, "delta");
+    if (!delta)
+        return Progress::goesOn;
+    if (const json::string *reason = nonEmptyString(choice, "finish_reason"))
+        m_finishReason = *reason;
+    if (const json::string *content = nonEmptyString(*delta, "content")) {
+        pieces.append(textFromJson(*content));
+        m_text += pieces.back();
+    }
+    if (const json::array *calls = StreamChunk::objects(*delta, "tool_calls"))
+        takeCalls(*calls);
+    return Progress::goesOn;
+}
+
+void OpenAIStreamParser::takeCalls(const json::array &elements)
+{
+    for (const json::value &value : elements) {
+        const json::object &element = value.get_object();
+        PendingCall &call = m_pendingCalls[integerMember(element, "index").value_or(0)];
+        if (auto id = stringMember(element, "id"))
+            call.id = std::move(*id);
+        const json::object *function = objectMember(element, "function");
+        if (!function)
+            continue;
+        // Some servers split even the name.
+        if (const json::string *name = nonEmptyString(*function, "name"))
+            call.name += textFromJson(*name);
+        if (const json::string *arguments = nonEmptyString(*function, "arguments"))
+            call.arguments += std::string_view(*arguments);
+    }
+}
+
+AITurnResult OpenAIStreamParser::finish()
+{
+    // A truncated turn is never passed on, not even when its calls look complete.
+    if (m_finishReason == "length")
+        throw AIServiceError(AIServiceError::Api{
+            QStringLiteral("The response was cut off because it reached the maximum token limit. Increase "
+                           "Max tokens in Settings and try again.")});
+    if (m_finishReason == "content_filter")
+        throw AIServiceError(AIServiceError::Blocked{});
+
+    AITurnResult result;
+    result.text = std::move(m_text);
+    for (auto &[index, call] : m_pendingCalls) {
+        if (call.name.isEmpty())
+            continue;
+        json::object arguments;
+        if (!call.arguments.empty()) {
+            auto parsed = parseJsonObject(call.arguments);
+            if (!parsed)
+                throw AIServiceError(AIServiceError::Api{
+                    QStringLiteral("The AI provider returned a malformed tool call for ") + call.name +
+                    QStringLiteral(". Please try again.")});
+            arguments = std::move(*parsed);
+        }
+        result.toolCalls.append(
+            AIToolCall{std::move(call.name), std::move(arguments), std::move(call.id), std::nullopt});
+    }
+    throwIfEmpty(result);
+    return result;
+}
+
+} // namespace morvane
