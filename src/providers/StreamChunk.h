@@ -5,7 +5,6 @@
 #include <array>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/value.hpp>
-#include <cstddef>
 #include <optional>
 
 namespace morvane {
@@ -31,7 +30,7 @@ public:
     static const boost::json::array *objects(const boost::json::object &object, std::string_view key);
 
 private:
-    std::array<std::byte, 16 * 1024> m_buffer;
+    std::array<unsigned char, 16 * 1024> m_buffer;
     boost::json::monotonic_resource m_memory;
     std::optional<boost::json::value> m_value;
 };
