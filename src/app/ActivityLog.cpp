@@ -9,7 +9,7 @@ namespace morvane {
 
 void ActivityLog::log(const QString &text, ActivityStep::Kind kind)
 {
-    m_steps.append({QUuid::createUuid(), text, kind, QDateTime::currentDateTimeUtc()});
+    m_steps.append({newUuid(), text, kind, QDateTime::currentDateTimeUtc()});
     Q_EMIT stepAppended(m_steps.size() - 1);
 }
 

@@ -87,7 +87,7 @@ Task<AITurnResult> AgentLoop::streamTurn(Run &run)
 Task<AgentLoop::CallsEnd> AgentLoop::runToolCalls(Run &run, QList<AIToolCall> calls)
 {
     for (const AIToolCall &call : calls) {
-        const QString id = uuidText(QUuid::createUuid());
+        const QString id = uuidText(newUuid());
         run.context.append({APIMessage::FunctionCall{id, call.name, call.arguments, call.thoughtSignature}});
         if (repeats(run, call))
             co_return CallsEnd::repeated;
@@ -127,7 +127,7 @@ Task<QString> AgentLoop::launchSubagent(AIToolCall call, AIConfiguration config)
 
 bool AgentLoop::repeats(Run &run, const AIToolCall &call) const
 {
-    QByteArray signature = call.name.toUtf8() + '|' + serialized(call.arguments.get());
+    QByteArray signature = call.name.toUtf8() + '|' + serializeJson(call.arguments.get());
     if (run.lastSignature == signature) {
         ++run.repeatCount;
     } else {

@@ -27,7 +27,7 @@ const QString onboardingKey = QStringLiteral("hasCompletedOnboarding");
 ChatMessage newMessage(Role role, const QString &text, const QList<ChatAttachment> &attachments)
 {
     ChatMessage message;
-    message.id = QUuid::createUuid();
+    message.id = newUuid();
     message.role = role;
     message.text = text;
     message.isStreaming = role == Role::assistant;

@@ -69,7 +69,7 @@ void AppModel::saveCurrentConversation()
     if (messages().isEmpty())
         return;
     if (!m_currentConversationID) {
-        m_currentConversationID = QUuid::createUuid();
+        m_currentConversationID = newUuid();
         settings().setValue(sessionKey, uuidText(*m_currentConversationID));
         Q_EMIT currentConversationChanged();
     }

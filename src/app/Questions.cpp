@@ -10,7 +10,7 @@ Questions::Questions(Announcer &announcer, QObject *parent) : QObject(parent), m
 
 Task<QString> Questions::askUserQuestion(QString question, QStringList options)
 {
-    m_pending = PendingQuestion{QUuid::createUuid(), question, options};
+    m_pending = PendingQuestion{newUuid(), question, options};
     const OneShot<QString> answer;
     m_questionContinuation = answer;
     Q_EMIT pendingQuestionChanged();

@@ -91,7 +91,7 @@ Task<QString> SubagentRunner::runSubagentLoop(QList<APIMessage> context, AIConfi
         if (!turn.text.isEmpty())
             context.append({APIMessage::Assistant{turn.text}});
         for (const AIToolCall &call : turn.toolCalls) {
-            const QString id = uuidText(QUuid::createUuid());
+            const QString id = uuidText(newUuid());
             context.append({APIMessage::FunctionCall{id, call.name, call.arguments, call.thoughtSignature}});
             const QString result = co_await runToolCall(call);
             context.append({APIMessage::FunctionResponse{id, call.name, result}});

@@ -2,8 +2,6 @@
 
 #include "base/Text.h"
 
-#include <QRegularExpression>
-
 namespace morvane {
 
 namespace {
@@ -15,7 +13,7 @@ QString cleanedTitle(const QString &reply)
 {
     QString title = trimmed(reply);
     title.remove(QLatin1Char('"'));
-    return firstCharacters(withoutLineEnds(title), titleLength);
+    return firstCharacters(singleLine(title), titleLength);
 }
 
 } // namespace

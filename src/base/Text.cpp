@@ -130,7 +130,7 @@ QString trimmed(QStringView text)
     return text.trimmed().toString();
 }
 
-QString flattened(QStringView text, qsizetype limit)
+QString singleLine(QStringView text)
 {
     QString line;
     line.reserve(text.size());
@@ -139,7 +139,12 @@ QString flattened(QStringView text, qsizetype limit)
         line += isLineEnd(text[i]) ? QChar(u' ') : text[i];
         i += pair ? 1 : 0;
     }
-    line = line.trimmed();
+    return line;
+}
+
+QString flattened(QStringView text, qsizetype limit)
+{
+    const QString line = singleLine(text).trimmed();
     const qsizetype offset = characterOffset(line, limit);
     return offset == line.size() ? line : line.first(offset) + u'…';
 }

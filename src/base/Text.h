@@ -20,6 +20,9 @@ QString firstCharacters(const QString &text, qsizetype count);
 /// Without Unicode white space and line ends at both ends.
 QString trimmed(QStringView text);
 
+/// The text with every line end replaced by one blank (CR LF counts as one line end).
+QString singleLine(QStringView text);
+
 /// One line for a log or for speech: every line end becomes one blank (CR LF counts as one line end), the
 /// result is trimmed, and if it then has more than `limit` characters it is its first `limit` and "…".
 QString flattened(QStringView text, qsizetype limit);

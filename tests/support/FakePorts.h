@@ -1,0 +1,89 @@
+#pragma once
+
+#include "app/BrowserWindowPort.h"
+#include "app/LocalModelPort.h"
+#include "app/NotificationPort.h"
+#include "app/ToolServerPort.h"
+#include "app/UpdatePort.h"
+#include "async/Sleep.h"
+
+#include <QStringList>
+#include <utility>
+
+namespace morvane {
+
+/// Remembers notifications and sounds.
+class FakeNotifications final : public NotificationPort {
+public:
+    void notify(const QString &response, Outcome outcome) override { notified.append({response, outcome}); }
+    void playSound(const QString &name) override { sounds.append(name); }
+
+    QList<std::pair<QString, Outcome>> notified;
+    QStringList sounds;
+};
+
+/// One connected tool server whose tools answer with `result`.
+class FakeToolServers final : public ToolServerPort {
+public:
+    QList<AITool> exposedAITools() const override { return tools; }
+    Task<QString> execute(QString exposedName, SharedJsonObject) override
+    {
+        executed.append(exposedName);
+        co_return result;
+    }
+
+    QList<AITool> tools;
+    QString result = QStringLiteral("server result");
+    QStringList executed;
+};
+
+class FakeBrowserWindow final : public BrowserWindowPort {
+public:
+    bool isAvailable() const override { return true; }
+    bool isVisible() const override { return visible; }
+    void show() override { visible = true; }
+
+    bool visible = false;
+};
+
+class FakeUpdates final : public UpdatePort {
+public:
+    bool isAvailable() const override { return true; }
+    std::optional<UpdateInfo> availableUpdate() const override { return update; }
+    bool isUpdateRequired() const override { return update.has_value() && required; }
+
+    std::optional<UpdateInfo> update;
+    bool required = false;
+};
+
+/// A local model runtime whose state and installation a test decides.
+class FakeLocalModel final : public LocalModelPort {
+public:
+    bool isBinaryInstalled() const override { return binaryInstalled; }
+    Task<bool> isServerRunning() override { co_return serverRunning; }
+    Task<QStringList> installedModels() override { co_return models; }
+    Task<void> ensureRunning(ProgressCallback onProgress) override
+    {
+        ++installations;
+        onProgress(QStringLiteral("Starting Ollama…"), std::nullopt);
+        if (installationTime.count() > 0)
+            co_await sleepFor(installationTime);
+        if (!failure.isEmpty())
+            throw InstallError(failure);
+        serverRunning = true;
+    }
+    Task<void> pull(QString model, ProgressCallback) override
+    {
+        models.append(model);
+        co_return;
+    }
+
+    bool binaryInstalled = false;
+    bool serverRunning = false;
+    QStringList models;
+    QString failure;
+    Clock::Duration installationTime{};
+    int installations = 0;
+};
+
+} // namespace morvane

@@ -1,0 +1,64 @@
+#include "AppFixture.h"
+
+#include "async/Sleep.h"
+
+namespace morvane {
+
+AppFixture::AppFixture()
+{
+    settings =
+        std::make_unique<SettingsStore>(home.path() + QStringLiteral("/config/Morvane.conf"), keychain);
+    settings->setProviderID(ProviderID::custom);
+    settings->setModel(QStringLiteral("scripted"));
+    store = std::make_unique<ConversationStore>(home.path() + QStringLiteral("/data/Conversations"));
+    services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
+                                   toolServers, browserWindow, updates, localModel,
+                                   [this](AIToolCall call) { return executeTool(std::move(call)); },
+                                   [] { return QStringLiteral("Test machine."); }});
+    start();
+}
+
+AppFixture::~AppFixture()
+{
+    scheduler.shutdown(std::chrono::seconds(5));
+}
+
+void AppFixture::start()
+{
+    model = std::make_unique<AppModel>(*services);
+    bool restored = false;
+    QObject::connect(model.get(), &AppModel::restored, model.get(), [&restored] { restored = true; });
+    EXPECT_TRUE(waitUntil([&restored] { return restored; }));
+    QObject::disconnect(model.get(), &AppModel::restored, nullptr, nullptr);
+}
+
+void AppFixture::finishRun()
+{
+    settle();
+    EXPECT_TRUE(waitUntil([this] { return !model->isBusy(); }));
+    settle();
+}
+
+void AppFixture::sendAndFinish(const QString &text)
+{
+    EXPECT_TRUE(model->send(text, {}));
+    finishRun();
+}
+
+QStringList AppFixture::activityTexts() const
+{
+    QStringList texts;
+    for (const ActivityStep &step : model->activity().steps())
+        texts.append(step.text);
+    return texts;
+}
+
+Task<QString> AppFixture::executeTool(AIToolCall call)
+{
+    executed.append(call.name);
+    if (toolTime.count() > 0)
+        co_await sleepFor(toolTime);
+    co_return toolResults.isEmpty() ? QStringLiteral("tool result") : toolResults.takeFirst();
+}
+
+} // namespace morvane

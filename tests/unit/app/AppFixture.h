@@ -1,0 +1,62 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "app/AppServices.h"
+#include "async/Scheduler.h"
+#include "store/ConversationStore.h"
+#include "store/SettingsStore.h"
+#include "support/FakeAIService.h"
+#include "support/FakeAnnouncer.h"
+#include "support/FakeClock.h"
+#include "support/FakeKeychain.h"
+#include "support/FakePorts.h"
+#include "support/RunTask.h"
+#include "support/TemporaryHome.h"
+
+#include <gmock/gmock.h>
+#include <memory>
+
+namespace morvane {
+
+/// An application model on a temporary home, with a scripted model and recorded surroundings.
+class AppFixture : public testing::Test {
+protected:
+    AppFixture();
+    ~AppFixture() override;
+
+    /// Builds the model anew from what is on disk, as a start of the program does.
+    void start();
+    /// Lets the program run until nothing is under way any more.
+    void finishRun();
+    void sendAndFinish(const QString &text);
+
+    QStringList activityTexts() const;
+    ActivityStep lastStep() const { return model->activity().steps().constLast(); }
+    const ChatMessage &lastMessage() const { return model->messages().constLast(); }
+    /// The tools that really ran, in order.
+    QStringList executed;
+    /// What the next tools answer; "tool result" when empty.
+    QStringList toolResults;
+    Clock::Duration toolTime{};
+
+    TemporaryHome home;
+    FakeClock clock;
+    Scheduler scheduler{clock};
+    FakeKeychain keychain;
+    std::unique_ptr<SettingsStore> settings;
+    std::unique_ptr<ConversationStore> store;
+    FakeAIService service;
+    FakeAnnouncer announcer;
+    FakeNotifications notifications;
+    FakeToolServers toolServers;
+    FakeBrowserWindow browserWindow;
+    FakeUpdates updates;
+    FakeLocalModel localModel;
+    std::unique_ptr<AppServices> services;
+    std::unique_ptr<AppModel> model;
+
+private:
+    Task<QString> executeTool(AIToolCall call);
+};
+
+} // namespace morvane

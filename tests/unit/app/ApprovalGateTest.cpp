@@ -1,0 +1,108 @@
+#include "AppFixture.h"
+
+#include "app/ApprovalGate.h"
+
+namespace morvane {
+namespace {
+
+class ApprovalGateTest : public AppFixture {
+protected:
+    ApprovalGate &gate() { return model->gate(); }
+
+    TaskHandle<bool> request(const AIToolCall &call)
+    {
+        auto handle = scheduler.spawn(gate().requestPermission(call));
+        settle();
+        return handle;
+    }
+};
+
+AIToolCall shell(const char *arguments)
+{
+    return toolCall(QStringLiteral("run_shell_command"), arguments);
+}
+
+TEST_F(ApprovalGateTest, OnlyDestructiveShellCommandsAsk)
+{
+    EXPECT_TRUE(gate().requiresApproval(shell(R"({"command":"rm -rf /tmp/x"})")));
+    EXPECT_FALSE(gate().requiresApproval(shell(R"({"command":"ls"})")));
+    EXPECT_TRUE(gate().requiresApproval(shell(R"({"command":"ls","destructive":true})")));
+}
+
+TEST_F(ApprovalGateTest, AlwaysAllowedListPlaysNoPartForTheShell)
+{
+    settings->setAlwaysAllowedTools({QStringLiteral("run_shell_command")});
+    EXPECT_TRUE(gate().requiresApproval(shell(R"({"command":"sudo ls"})")));
+}
+
+TEST_F(ApprovalGateTest, FileChangesAskUnlessAlwaysAllowed)
+{
+    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("write_file"))));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("edit_file"))));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("mcp_a_b"))));
+    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("mcp_a_b")});
+    EXPECT_FALSE(gate().requiresApproval(toolCall(QStringLiteral("write_file"))));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("edit_file"))));
+    EXPECT_FALSE(gate().requiresApproval(toolCall(QStringLiteral("mcp_a_b"))));
+}
+
+TEST_F(ApprovalGateTest, EverythingElseRunsWithoutAsking)
+{
+    for (const char *name : {"read_file", "web_fetch", "click_at", "capture_screen", "browser_open"})
+        EXPECT_FALSE(gate().requiresApproval(toolCall(QString::fromLatin1(name)))) << name;
+}
+
+TEST_F(ApprovalGateTest, PendingRequestDescribesTheCall)
+{
+    auto handle = request(shell(R"({"command":"ls","destructive":true})"));
+    ASSERT_TRUE(gate().pendingToolCall().has_value());
+    EXPECT_EQ(
+        gate().pendingToolCall()->summary,
+        QStringLiteral("run the command: ls. Warning: this is a destructive action that may delete data "
+                       "or be hard to undo"));
+    EXPECT_TRUE(gate().pendingToolCall()->destructive);
+    gate().resolvePermission(true, true);
+    settle();
+    ASSERT_TRUE(handle.done());
+    EXPECT_TRUE(handle.result());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(ApprovalGateTest, SecondAnswerIsHarmless)
+{
+    auto handle = request(toolCall(QStringLiteral("write_file")));
+    gate().resolvePermission(false, false);
+    gate().resolvePermission(true, true);
+    settle();
+    ASSERT_TRUE(handle.done());
+    EXPECT_FALSE(handle.result());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(ApprovalGateTest, DenialIsNotRememberedEvenWithTheFlag)
+{
+    auto handle = request(toolCall(QStringLiteral("write_file")));
+    gate().resolvePermission(false, true);
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(ApprovalGateTest, AnswerWithNothingPendingChangesNothing)
+{
+    int changes = 0;
+    QObject::connect(&gate(), &ApprovalGate::pendingToolCallChanged, &gate(), [&changes] { ++changes; });
+    gate().resolvePermission(true, true);
+    EXPECT_EQ(changes, 0);
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(ApprovalGateTest, QuestionAnswerWithNothingPendingChangesNothing)
+{
+    int changes = 0;
+    QObject::connect(&model->questions(), &Questions::pendingQuestionChanged, &gate(),
+                     [&changes] { ++changes; });
+    model->questions().resolveQuestion(QStringLiteral("x"));
+    EXPECT_EQ(changes, 0);
+}
+
+} // namespace
+} // namespace morvane
