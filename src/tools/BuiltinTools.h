@@ -2,7 +2,7 @@
 
 #include "async/Task.h"
 #include "model/AITool.h"
-#include "tools/TodoList.h"
+#include "tools/ToolHandlers.h"
 
 #include <QList>
 #include <QString>
@@ -15,6 +15,8 @@ enum class UseTools { no, yes };
 /// The fixed table of built-in tools and the one entry through which a call is carried out.
 class BuiltinTools {
 public:
+    BuiltinTools();
+
     /// The 41 declarations in table order, or nothing. Any thread.
     static QList<AITool> all(UseTools useTools);
 
@@ -23,11 +25,12 @@ public:
     static bool isDestructive(const AIToolCall &call);
 
     /// Carries out one call and returns what the model is told. Never throws: a failure is a text that
-    /// begins with "Error". Arguments of the wrong type read as their defaults. Main thread.
+    /// begins with "Error". Arguments of the wrong type read as their defaults. Main thread; must outlive
+    /// the task.
     Task<QString> execute(AIToolCall call);
 
 private:
-    TodoList m_todos;
+    ToolHandlers m_handlers;
 };
 
 } // namespace morvane

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "model/AITool.h"
+
+#include <QString>
+
+namespace morvane {
+
+/// What a tool call does, in plain words that go on after "Morvane wants to …": for approvals, status, log
+/// and speech. Arguments of the wrong type read as their defaults; a destructive call carries a warning. The
+/// text may be as long as the argument it quotes. Any thread.
+QString describe(const AIToolCall &call);
+
+} // namespace morvane
