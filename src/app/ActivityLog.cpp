@@ -2,6 +2,7 @@
 
 #include "app/LogText.h"
 #include "base/Text.h"
+#include "base/Uuid.h"
 
 #include <QDateTime>
 

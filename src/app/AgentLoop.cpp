@@ -42,7 +42,9 @@ AgentLoop::AgentLoop(const AppServices &services, Workspace &workspace, TurnRunn
 
 Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<APIMessage> initialContext)
 {
-    Run run{.config = std::move(config), .context = std::move(initialContext)};
+    Run run;
+    run.config = std::move(config);
+    run.context = std::move(initialContext);
     while (!stepLimitReached(run)) {
         const qsizetype startLength = m_workspace.transcript.currentAssistantTextLength();
         const AITurnResult turn = co_await streamTurn(run);

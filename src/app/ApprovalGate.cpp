@@ -1,6 +1,7 @@
 #include "app/ApprovalGate.h"
 
 #include "app/ToolDescription.h"
+#include "base/Uuid.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 

@@ -1,5 +1,6 @@
 #include "app/Questions.h"
 
+#include "base/Uuid.h"
 #include "platform/Announcer.h"
 
 #include <utility>
