@@ -12,7 +12,7 @@ class AIService;
 class Announcer;
 class BrowserWindowPort;
 class ConversationStore;
-class LocalModelPort;
+class LocalModelRuntime;
 class NotificationPort;
 class Scheduler;
 class SettingsStore;
@@ -30,7 +30,7 @@ struct AppServices {
     ToolServerPort &toolServers;
     BrowserWindowPort &browserWindow;
     UpdatePort &updates;
-    LocalModelPort &localModel;
+    LocalModelRuntime &localModel;
     /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
     std::function<Task<QString>(AIToolCall)> executeTool;
     /// One sentence on the machine, for the system prompt.

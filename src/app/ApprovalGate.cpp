@@ -25,8 +25,7 @@ bool ApprovalGate::requiresApproval(const AIToolCall &call) const
 
 Task<bool> ApprovalGate::requestPermission(AIToolCall call)
 {
-    m_pending =
-        PendingToolCall{newUuid(), call.name, describe(call), BuiltinTools::isDestructive(call)};
+    m_pending = PendingToolCall{newUuid(), call.name, describe(call), BuiltinTools::isDestructive(call)};
     const OneShot<bool> answer;
     m_permissionContinuation = answer;
     Q_EMIT pendingToolCallChanged();

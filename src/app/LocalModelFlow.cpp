@@ -1,11 +1,12 @@
 #include "app/LocalModelFlow.h"
 
 #include "app/FriendlyError.h"
-#include "app/LocalModelPort.h"
 #include "app/TurnRunner.h"
 #include "async/Cancelled.h"
 #include "async/Scheduler.h"
 #include "base/Text.h"
+#include "localmodel/InstallError.h"
+#include "localmodel/LocalModelRuntime.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "app/BrowserWindowPort.h"
-#include "app/LocalModelPort.h"
 #include "app/NotificationPort.h"
 #include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Sleep.h"
+#include "localmodel/InstallError.h"
+#include "localmodel/LocalModelRuntime.h"
 
 #include <QStringList>
 #include <utility>
@@ -57,7 +58,7 @@ public:
 };
 
 /// A local model runtime whose state and installation a test decides.
-class FakeLocalModel final : public LocalModelPort {
+class FakeLocalModel final : public LocalModelRuntime {
 public:
     bool isBinaryInstalled() const override { return binaryInstalled; }
     Task<bool> isServerRunning() override { co_return serverRunning; }

@@ -1,0 +1,107 @@
+#include "localmodel/OllamaRuntime.h"
+
+#include "base/Json.h"
+#include "localmodel/InstallError.h"
+#include "net/HttpClient.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace morvane {
+
+namespace {
+
+constexpr auto probeLimit = 2s;
+/// A list of models is a few kilobytes; a server that sends more is none of Ollama's.
+constexpr qint64 maximumListBytes = 4 * 1024 * 1024;
+
+} // namespace
+
+OllamaRuntime::OllamaRuntime(HttpClient &http, QString serverBase, QString dataFolder)
+    : m_http(http), m_serverBase(std::move(serverBase)), m_dataFolder(std::move(dataFolder))
+{
+}
+
+QStringList OllamaRuntime::binaryCandidates() const
+{
+    return {QStringLiteral("/Applications/Ollama.app/Contents/Resources/ollama"),
+            m_dataFolder + QStringLiteral("/ollama"), QStringLiteral("/opt/homebrew/bin/ollama"),
+            QStringLiteral("/usr/local/bin/ollama"), QDir::homePath() + QStringLiteral("/.local/bin/ollama")};
+}
+
+bool OllamaRuntime::isBinaryInstalled() const
+{
+    const QStringList candidates = binaryCandidates();
+    return std::any_of(candidates.begin(), candidates.end(), [](const QString &path) {
+        const QFileInfo file(path);
+        return file.isFile() && file.isExecutable();
+    });
+}
+
+Task<std::optional<QByteArray>> OllamaRuntime::get(QString path)
+{
+    HttpRequest request;
+    request.url = QUrl(m_serverBase + path);
+    request.silenceLimit = probeLimit;
+    request.connectLimit = probeLimit;
+    try {
+        const FetchResult result = co_await m_http.fetch(request, maximumListBytes);
+        if (result.status == 200)
+            co_return result.body;
+    } catch (const TransportError &) {
+        // A server that does not answer is not there.
+    }
+    co_return std::nullopt;
+}
+
+Task<bool> OllamaRuntime::isServerRunning()
+{
+    const auto version = co_await get(QStringLiteral("/api/version"));
+    co_return version.has_value();
+}
+
+Task<QStringList> OllamaRuntime::installedModels()
+{
+    QStringList names;
+    const auto body = co_await get(QStringLiteral("/api/tags"));
+    const auto reply = parseJsonObject(body.value_or(QByteArray()));
+    const boost::json::array *models = reply ? arrayMember(*reply, "models") : nullptr;
+    if (!models)
+        co_return names;
+    for (const boost::json::value &model : *models) {
+        if (!model.is_object())
+            continue;
+        if (auto name = stringMember(model.as_object(), "name"))
+            names.append(name->remove(QStringLiteral(":latest")));
+    }
+    co_return names;
+}
+
+Task<void> OllamaRuntime::ensureRunning(ProgressCallback onProgress)
+{
+    const bool running = co_await isServerRunning();
+    if (!running) {
+        throw InstallError(
+            QStringLiteral("Ollama is not running on this computer. Install and start Ollama, or "
+                           "choose another provider in Settings, then try again."));
+    }
+    onProgress(QStringLiteral("Ollama is already running."), std::nullopt);
+}
+
+Task<void> OllamaRuntime::pull(QString model, ProgressCallback)
+{
+    const QStringList models = co_await installedModels();
+    if (!models.contains(model)) {
+        throw InstallError(
+            QStringLiteral("The %1 model is not installed in Ollama. Download it with the command "
+                           "“ollama pull %1”, then try again.")
+                .arg(model));
+    }
+}
+
+} // namespace morvane

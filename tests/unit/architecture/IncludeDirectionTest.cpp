@@ -1,0 +1,109 @@
+#include <QDirIterator>
+#include <QFile>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <string>
+
+namespace {
+
+using Folders = std::set<std::string>;
+
+/// Which folders the files of a folder may include, besides their own. The arrows of docs/architecture.md.
+const std::map<std::string, Folders> allowed = {
+    {"base", {}},
+    {"async", {"base"}},
+    {"net", {"base", "async"}},
+    {"model", {"base"}},
+    {"platform", {"base", "async", "model"}},
+    {"platform/linux", {"base", "async", "model", "platform"}},
+    {"store", {"base", "async", "model", "platform"}},
+    {"providers", {"base", "async", "net", "model", "platform"}},
+    {"tools", {"base", "async", "net", "model", "platform"}},
+    {"localmodel", {"base", "async", "net", "model", "platform"}},
+    {"app", {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel"}},
+    {"ui", {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel", "app"}},
+};
+
+/// Libraries that only the folders with windows may include.
+const Folders windowFolders = {"ui", "platform/linux"};
+
+std::string folderOf(const QString &path)
+{
+    const QString folder = path.section(QLatin1Char('/'), 0, -2);
+    return folder.toStdString();
+}
+
+struct Include {
+    std::string file;
+    std::string folder;
+    QString target;
+    bool quoted = false;
+};
+
+std::vector<Include> includesOfSources()
+{
+    const QString root = QStringLiteral(MORVANE_SOURCE_DIR "/src/");
+    static const QRegularExpression line(QStringLiteral(R"(^\s*#\s*include\s*(["<])([^">]+)[">])"),
+                                         QRegularExpression::MultilineOption);
+    std::vector<Include> includes;
+    QDirIterator files(root, {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QString path = file.fileName().mid(root.size());
+        auto matches = line.globalMatch(QString::fromUtf8(file.readAll()));
+        while (matches.hasNext()) {
+            const auto match = matches.next();
+            includes.push_back({path.toStdString(), folderOf(path), match.captured(2),
+                                match.captured(1) == QLatin1String("\"")});
+        }
+    }
+    return includes;
+}
+
+TEST(IncludeDirectionTest, FoldersIncludeOnlyWhatLiesBelowThem)
+{
+    const auto includes = includesOfSources();
+    ASSERT_GT(includes.size(), 100u);
+    for (const Include &include : includes) {
+        if (!include.quoted || include.file == "main.cpp")
+            continue;
+        const auto rule = allowed.find(include.folder);
+        ASSERT_NE(rule, allowed.end()) << include.file << ": the folder has no rule";
+        const std::string target = folderOf(include.target);
+        EXPECT_TRUE(target == include.folder || rule->second.contains(target))
+            << include.file << " includes " << include.target.toStdString();
+    }
+}
+
+TEST(IncludeDirectionTest, OnlyFoldersWithWindowsIncludeWidgets)
+{
+    static const QRegularExpression widget(
+        QStringLiteral("^(QtWidgets|QtWebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|"
+                       "QMenu|QPushButton|QDialog|QAccessible|QScreen|QWindow|QPainter|QGuiApplication)"));
+    for (const Include &include : includesOfSources()) {
+        if (windowFolders.contains(include.folder) || include.file == "main.cpp")
+            continue;
+        EXPECT_FALSE(widget.match(include.target).hasMatch())
+            << include.file << " includes " << include.target.toStdString();
+    }
+}
+
+TEST(IncludeDirectionTest, FilesKeepToTheirSize)
+{
+    QDirIterator files(QStringLiteral(MORVANE_SOURCE_DIR "/src/"),
+                       {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const auto lines = file.readAll().count('\n');
+        EXPECT_LE(lines, file.fileName().endsWith(QLatin1String(".h")) ? 160 : 400)
+            << file.fileName().toStdString();
+    }
+}
+
+} // namespace
