@@ -1,0 +1,300 @@
+#include "integration/net/NetFixture.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace morvane {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = TransportError::Kind;
+
+class TransportFailureTest : public NetTest {
+protected:
+    /// Sends `bytes` after the request and then ends the connection in order.
+    static RawHttpServer::Script sendAndClose(const QByteArray &bytes)
+    {
+        return [bytes](RawHttpConnection &connection) {
+            connection.readRequest();
+            connection.send(bytes);
+        };
+    }
+    /// Sends `bytes` after the request and then nothing more.
+    static RawHttpServer::Script sendAndStall(const QByteArray &bytes)
+    {
+        return [bytes](RawHttpConnection &connection) {
+            connection.readRequest();
+            connection.send(bytes);
+            connection.waitUntilClosedByPeer();
+        };
+    }
+    HttpRequest impatient(const QUrl &url)
+    {
+        HttpRequest request = get(url);
+        request.silenceLimit = 150ms;
+        return request;
+    }
+    static quint16 portWithoutListener()
+    {
+        const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr *>(&address), size), 0);
+        EXPECT_EQ(::getsockname(socket, reinterpret_cast<sockaddr *>(&address), &size), 0);
+        ::close(socket);
+        return ntohs(address.sin_port);
+    }
+};
+
+TEST_F(TransportFailureTest, RefusedPort)
+{
+    const QUrl url(QStringLiteral("http://127.0.0.1:%1/").arg(portWithoutListener()));
+    EXPECT_EQ(fetchFailure(get(url)), Kind::CannotConnectToHost);
+    EXPECT_EQ(failureOf(client.open(get(url))), Kind::CannotConnectToHost);
+}
+
+TEST_F(TransportFailureTest, UnresolvedHostIsAConnectionFailure)
+{
+    // ".invalid" never resolves; without any network that is the reason that is told.
+    const auto kind = fetchFailure(get(QUrl(QStringLiteral("http://morvane-test.invalid/"))));
+    EXPECT_TRUE(kind == Kind::UnresolvedHost || kind == Kind::NotConnectedToInternet);
+    EXPECT_TRUE(TransportError(*kind).isConnectionFailure());
+}
+
+TEST_F(TransportFailureTest, ContentLengthThatIsNotReachedIsALostConnection)
+{
+    RawHttpServer server(sendAndClose(rawHttpHead(200, {{"Content-Length", "100"}}) + "one\ntwo\nthr"));
+    const Lines result = linesOf(get(server.url()));
+    EXPECT_EQ(result.lines, (QList<QByteArray>{"one", "two"}));
+    EXPECT_EQ(result.error, Kind::NetworkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost);
+}
+
+TEST_F(TransportFailureTest, ChunkedBodyWithoutItsEndIsALostConnection)
+{
+    const QByteArray head = rawHttpHead(200, {{"Transfer-Encoding", "chunked"}});
+    for (const char *body : {"4\r\none\n\r\n", "4\r\none\n\r\n5\r\ntw", "4\r\none\n\r\n0", "4\r\none\n"}) {
+        RawHttpServer server(sendAndClose(head + body));
+        const Lines result = linesOf(get(server.url()));
+        EXPECT_EQ(result.lines, QList<QByteArray>{"one"}) << body;
+        EXPECT_EQ(result.error, Kind::NetworkConnectionLost) << body;
+    }
+}
+
+TEST_F(TransportFailureTest, TruncationIsSeenEveryTime)
+{
+    RawHttpServer server(
+        sendAndClose(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}) + "6\r\nhello\n\r\n"));
+    for (int i = 0; i < 100; ++i)
+        ASSERT_EQ(linesOf(get(server.url())).error, Kind::NetworkConnectionLost) << i;
+}
+
+TEST_F(TransportFailureTest, BodyWithoutLengthEndsWithTheConnection)
+{
+    RawHttpServer server(sendAndClose(rawHttpHead(200, {}) + "one\ntwo"));
+    const Lines result = linesOf(get(server.url()));
+    EXPECT_EQ(result.lines, (QList<QByteArray>{"one", "two"}));
+    EXPECT_EQ(result.error, std::nullopt);
+}
+
+TEST_F(TransportFailureTest, ResetInMidStreamIsALostConnection)
+{
+    Gate read = false;
+    RawHttpServer server([&read](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {}) + "one\ntwo\n");
+        if (connection.waitUntil([&read] { return read.load(); }))
+            connection.reset();
+    });
+    auto opening = scheduler.spawn(client.open(get(server.url())));
+    ASSERT_TRUE(waitUntil([&opening] { return opening.done(); }));
+    HttpResponse response = opening.result();
+    LineReader reader = response.lines();
+    const auto next = [](LineReader *from) -> Task<std::optional<QByteArray>> {
+        co_return co_await from->next();
+    };
+    EXPECT_EQ(runTask(scheduler, next(&reader)), "one");
+    EXPECT_EQ(runTask(scheduler, next(&reader)), "two");
+    read = true;
+    EXPECT_EQ(failureOf(next(&reader)), Kind::NetworkConnectionLost);
+    EXPECT_EQ(failureOf(next(&reader)), Kind::NetworkConnectionLost);
+}
+
+TEST_F(TransportFailureTest, ConnectionEndedWithoutAnAnswerIsLost)
+{
+    RawHttpServer closing([](RawHttpConnection &connection) { connection.readRequest(); });
+    EXPECT_EQ(fetchFailure(get(closing.url())), Kind::NetworkConnectionLost);
+    RawHttpServer resetting([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.reset();
+    });
+    EXPECT_EQ(fetchFailure(get(resetting.url())), Kind::NetworkConnectionLost);
+}
+
+TEST_F(TransportFailureTest, HeadThatBreaksOffIsALostConnection)
+{
+    for (const char *head : {"HTTP/1.1 200 OK\r\nContent-Le", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n",
+                             "HTTP/1.1 200 OK\r\n", "HTTP/1.1 20"}) {
+        RawHttpServer server(sendAndClose(head));
+        EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost) << head;
+        EXPECT_EQ(failureOf(client.open(get(server.url()))), Kind::NetworkConnectionLost) << head;
+    }
+}
+
+TEST_F(TransportFailureTest, WhatIsNoHttpIsMalformed)
+{
+    RawHttpServer other(sendAndClose("220 mail.example ESMTP ready\r\n"));
+    EXPECT_EQ(fetchFailure(get(other.url())), Kind::MalformedResponse);
+    RawHttpServer binary(sendAndClose(QByteArray(1000, '\0')));
+    EXPECT_EQ(fetchFailure(get(binary.url())), Kind::MalformedResponse);
+}
+
+TEST_F(TransportFailureTest, BrokenChunksAndCompressionAreMalformed)
+{
+    RawHttpServer chunks(
+        sendAndClose(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}) + "zz\r\nhello\r\n0\r\n\r\n"));
+    EXPECT_EQ(fetchFailure(get(chunks.url())), Kind::MalformedResponse);
+    RawHttpServer compressed(
+        sendAndClose(rawHttpResponse(200, "this is no gzip", {{"Content-Encoding", "gzip"}})));
+    EXPECT_EQ(fetchFailure(get(compressed.url())), Kind::MalformedResponse);
+}
+
+TEST_F(TransportFailureTest, HeadersAboveTheLimitAreTooLarge)
+{
+    RawHttpServer oneLine(sendAndStall("HTTP/1.1 200 OK\r\nX: " + QByteArray(1000 * 1000, 'x')));
+    EXPECT_EQ(fetchFailure(get(oneLine.url())), Kind::TooLarge);
+    RawHttpServer manyLines(
+        sendAndStall("HTTP/1.1 200 OK\r\n" + QByteArray("X: 0123456789\r\n").repeated(100000)));
+    EXPECT_EQ(fetchFailure(get(manyLines.url())), Kind::TooLarge);
+    RawHttpServer interim([](RawHttpConnection &connection) {
+        connection.readRequest();
+        while (connection.send("HTTP/1.1 100 Continue\r\n\r\n")) {
+        }
+    });
+    EXPECT_EQ(fetchFailure(get(interim.url())), Kind::TooLarge);
+}
+
+TEST_F(TransportFailureTest, ManyHeadersBelowTheLimitAreRead)
+{
+    RawHttpServer server(sendAndStall("HTTP/1.1 200 OK\r\n" + QByteArray("X: 0123456789\r\n").repeated(5000) +
+                                      "Content-Length: 2\r\n\r\nok"));
+    const FetchResult result = fetch(get(server.url()));
+    EXPECT_EQ(result.headers.fields().size(), 5001);
+    EXPECT_EQ(result.body, "ok");
+}
+
+TEST_F(TransportFailureTest, LineEndsInRequestHeadersAreRefused)
+{
+    RawHttpServer server(
+        RawHttpServer::answering([](const RawHttpRequest &) { return rawHttpResponse(200, "ok"); }));
+    for (const char *value : {"a\r\nX-Injected: 1", "a\nb", "a\rb", "key\n"}) {
+        HttpRequest request = get(server.url());
+        request.headers.set("Authorization", value);
+        EXPECT_EQ(fetchFailure(request), Kind::InvalidRequest) << value;
+        EXPECT_EQ(failureOf(client.open(request)), Kind::InvalidRequest) << value;
+    }
+    HttpRequest named = get(server.url());
+    named.headers.set("X-A: b\r\nX-Injected", "1");
+    EXPECT_EQ(fetchFailure(named), Kind::InvalidRequest);
+    HttpRequest method = get(server.url());
+    method.method = "GET / HTTP/1.1\r\nX-Injected: 1\r\n";
+    EXPECT_EQ(fetchFailure(method), Kind::InvalidRequest);
+    EXPECT_EQ(server.acceptedConnections(), 0);
+}
+
+TEST_F(TransportFailureTest, AddressesThatAreNoHttpAreRefused)
+{
+    for (const char *url : {"", "no scheme", "ftp://127.0.0.1/", "file:///etc/passwd", "http://", "http:///x",
+                            "dict://127.0.0.1:1/"}) {
+        EXPECT_EQ(fetchFailure(get(QUrl(QString::fromLatin1(url)))), Kind::InvalidUrl) << url;
+    }
+}
+
+TEST_F(TransportFailureTest, SilenceBeforeTheHeadTimesOut)
+{
+    RawHttpServer server(sendAndStall(""));
+    EXPECT_EQ(failureOf(client.open(impatient(server.url()))), Kind::TimedOut);
+    EXPECT_TRUE(waitUntil([&server] { return server.connectionsClosedByPeer() == 1; }));
+}
+
+TEST_F(TransportFailureTest, SilenceInTheBodyTimesOut)
+{
+    RawHttpServer server(sendAndStall(rawHttpHead(200, {{"Content-Length", "50000000"}}) + "one\ntw"));
+    const Lines result = linesOf(impatient(server.url()));
+    EXPECT_EQ(result.lines, QList<QByteArray>{"one"});
+    EXPECT_EQ(result.error, Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::TimedOut);
+}
+
+TEST_F(TransportFailureTest, LargeBodyThatStallsTimesOut)
+{
+    RawHttpServer server(
+        sendAndStall(rawHttpHead(200, {{"Content-Length", "50000000"}}) + QByteArray(30 * 1000 * 1000, 'x')));
+    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::TimedOut);
+}
+
+TEST_F(TransportFailureTest, LargeBodyThatEndsEarlyIsALostConnection)
+{
+    RawHttpServer server(
+        sendAndClose(rawHttpHead(200, {{"Content-Length", "50000000"}}) + QByteArray(49 * 1000 * 1000, 'x')));
+    EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost);
+}
+
+TEST_F(TransportFailureTest, ServerThatDoesNotTakeTheUploadTimesOut)
+{
+    RawHttpServer server([](RawHttpConnection &connection) { connection.waitUntil([] { return false; }); });
+    HttpRequest request = impatient(server.url());
+    request.method = "POST";
+    request.body = QByteArray(50 * 1000 * 1000, 'x');
+    EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
+}
+
+TEST_F(TransportFailureTest, TrickleIsNoSilence)
+{
+    // Ten pieces with pauses of half the limit: several limits in all.
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Content-Length", "10"}}));
+        for (int i = 0; i < 10; ++i) {
+            const auto next = std::chrono::steady_clock::now() + 100ms;
+            if (!connection.waitUntil([next] { return std::chrono::steady_clock::now() >= next; }))
+                return;
+            connection.send("x");
+        }
+        connection.waitUntilClosedByPeer();
+    });
+    HttpRequest request = get(server.url());
+    request.silenceLimit = 500ms;
+    EXPECT_EQ(fetch(request).body, "xxxxxxxxxx");
+}
+
+TEST_F(TransportFailureTest, ConnectionThatNobodyAcceptsTimesOut)
+{
+    // A full backlog: the system drops what knocks.
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto *const generic = reinterpret_cast<sockaddr *>(&address);
+    ASSERT_EQ(::bind(listener, generic, size), 0);
+    ASSERT_EQ(::listen(listener, 0), 0);
+    ASSERT_EQ(::getsockname(listener, generic, &size), 0);
+    std::vector<int> fillers;
+    for (int i = 0; i < 4; ++i) {
+        fillers.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+        ::connect(fillers.back(), generic, size);
+    }
+    HttpRequest request = get(QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(ntohs(address.sin_port))));
+    request.connectLimit = 200ms;
+    EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
+    for (const int filler : fillers)
+        ::close(filler);
+    ::close(listener);
+}
+
+} // namespace
+} // namespace morvane
