@@ -47,7 +47,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
     run.context = std::move(initialContext);
     while (!stepLimitReached(run)) {
         const qsizetype startLength = m_workspace.transcript.currentAssistantTextLength();
-        const AITurnResult turn = co_await streamTurn(run);
+        const AITurnResult turn = co_await streamTurn(&run);
         if (turn.toolCalls.isEmpty()) {
             if (!run.sawToken)
                 m_workspace.transcript.appendToken(turn.text);
@@ -56,7 +56,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
         moveTurnNarrationToActivity(startLength);
         if (!turn.text.isEmpty())
             run.context.append({APIMessage::Assistant{turn.text}});
-        const CallsEnd end = co_await runToolCalls(run, turn.toolCalls);
+        const CallsEnd end = co_await runToolCalls(&run, turn.toolCalls);
         if (end == CallsEnd::repeated) {
             addNote(repetitionNote);
             m_workspace.activity.log(QStringLiteral("Stopped: the same action repeated without progress."),
@@ -73,42 +73,42 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
     co_return std::move(run.context);
 }
 
-Task<AITurnResult> AgentLoop::streamTurn(Run &run)
+Task<AITurnResult> AgentLoop::streamTurn(Run *run)
 {
     const auto batch = std::make_shared<TokenBatch>(m_workspace.transcript);
-    auto onToken = [batch, &run](const QString &token) {
-        run.sawToken = true;
+    auto onToken = [batch, run](const QString &token) {
+        run->sawToken = true;
         batch->add(token);
     };
-    AITurnResult turn = co_await m_turns.runTurn(trimmedAPIContext(run.context, run.config.provider),
-                                                 run.config, std::move(onToken));
+    AITurnResult turn = co_await m_turns.runTurn(trimmedAPIContext(run->context, run->config.provider),
+                                                 run->config, std::move(onToken));
     batch->flush();
     co_return turn;
 }
 
-Task<AgentLoop::CallsEnd> AgentLoop::runToolCalls(Run &run, QList<AIToolCall> calls)
+Task<AgentLoop::CallsEnd> AgentLoop::runToolCalls(Run *run, QList<AIToolCall> calls)
 {
     for (const AIToolCall &call : calls) {
         const QString id = uuidText(newUuid());
-        run.context.append({APIMessage::FunctionCall{id, call.name, call.arguments, call.thoughtSignature}});
-        if (repeats(run, call))
+        run->context.append({APIMessage::FunctionCall{id, call.name, call.arguments, call.thoughtSignature}});
+        if (repeats(*run, call))
             co_return CallsEnd::repeated;
         const QString result = co_await runToolCall(run, call);
-        run.context.append({APIMessage::FunctionResponse{id, call.name, result}});
+        run->context.append({APIMessage::FunctionResponse{id, call.name, result}});
     }
     co_return CallsEnd::finished;
 }
 
-Task<QString> AgentLoop::runToolCall(Run &run, AIToolCall call)
+Task<QString> AgentLoop::runToolCall(Run *run, AIToolCall call)
 {
     // These two come first, so that no tool of a server can shadow them.
     if (call.name == QLatin1String("ask_user"))
         co_return co_await m_tools.askUser(call, ToolCallRunner::Caller::mainLoop);
     if (call.name == QLatin1String("task"))
-        co_return co_await launchSubagent(call, run.config);
+        co_return co_await launchSubagent(call, run->config);
     const ToolCallRunner::Result result = co_await m_tools.run(call, ToolCallRunner::Caller::mainLoop);
-    if (result.ran && !run.ranTools.contains(call.name))
-        run.ranTools.append(call.name);
+    if (result.ran && !run->ranTools.contains(call.name))
+        run->ranTools.append(call.name);
     co_return result.text;
 }
 

@@ -39,9 +39,10 @@ private:
     };
     enum class CallsEnd { finished, repeated };
 
-    Task<AITurnResult> streamTurn(Run &run);
-    Task<CallsEnd> runToolCalls(Run &run, QList<AIToolCall> calls);
-    Task<QString> runToolCall(Run &run, AIToolCall call);
+    // These run within runAgentLoop, whose frame holds the run.
+    Task<AITurnResult> streamTurn(Run *run);
+    Task<CallsEnd> runToolCalls(Run *run, QList<AIToolCall> calls);
+    Task<QString> runToolCall(Run *run, AIToolCall call);
     Task<QString> launchSubagent(AIToolCall call, AIConfiguration config);
     bool repeats(Run &run, const AIToolCall &call) const;
     bool stepLimitReached(const Run &run) const;
