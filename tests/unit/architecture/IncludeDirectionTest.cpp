@@ -29,10 +29,11 @@ const std::map<std::string, Folders> allowed = {
 /// Libraries that only the folders with windows may include.
 const Folders windowFolders = {"ui", "platform/linux"};
 
+/// Subfolders belong to the room that they lie in; only the Linux half of platform/ is a room of its own.
 std::string folderOf(const QString &path)
 {
-    const QString folder = path.section(QLatin1Char('/'), 0, -2);
-    return folder.toStdString();
+    const bool isLinux = path.startsWith(QLatin1String("platform/linux/"));
+    return isLinux ? "platform/linux" : path.section(QLatin1Char('/'), 0, 0).toStdString();
 }
 
 struct Include {
