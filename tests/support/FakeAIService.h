@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Clock.h"
 #include "providers/AIService.h"
 
 #include <QList>
