@@ -1,0 +1,106 @@
+#include "platform/linux/LinuxAnnouncer.h"
+
+#include "platform/linux/AnnouncementNotice.h"
+#include "platform/linux/SpokenText.h"
+
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QGuiApplication>
+#include <QWindow>
+#include <chrono>
+
+namespace morvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// ATSPI_LIVE_POLITE: what is being spoken is finished first, so that a burst is heard whole.
+constexpr int polite = 1;
+
+/// What was said at start before the accessibility bus answered is still worth hearing for so long.
+constexpr auto holdingTime = 5s;
+constexpr size_t maximumHeld = 64;
+
+/// A busy reader asks for the text of a notice long after it was told of it, so the newest stay alive.
+constexpr size_t maximumNotices = 64;
+
+/// The object that the event comes from: the window that the user works in, or else the program.
+QString sourcePath()
+{
+    const QString folder = QStringLiteral("/org/a11y/atspi/accessible/");
+    const QWindow *window = QGuiApplication::focusWindow();
+    if (window == nullptr && !QGuiApplication::topLevelWindows().isEmpty()) {
+        window = QGuiApplication::topLevelWindows().constFirst();
+    }
+    QAccessibleInterface *accessible = window != nullptr ? window->accessibleRoot() : nullptr;
+    return folder + (accessible != nullptr ? QString::number(QAccessible::uniqueId(accessible))
+                                           : QStringLiteral("root"));
+}
+
+} // namespace
+
+LinuxAnnouncer::LinuxAnnouncer(QObject *parent) : QObject(parent)
+{
+    AnnouncementNotice::installAccessibility();
+    connect(&m_readers, &ScreenReaderWatch::needsChanged, this, &LinuxAnnouncer::deliverHeld);
+}
+
+LinuxAnnouncer::~LinuxAnnouncer() = default;
+
+void LinuxAnnouncer::announce(const QString &text)
+{
+    if (const auto &needs = m_readers.needs()) {
+        deliver(text, *needs);
+        return;
+    }
+    if (m_held.size() == maximumHeld) {
+        m_held.pop_front();
+    }
+    m_held.push_back({text, QDeadlineTimer(holdingTime)});
+}
+
+void LinuxAnnouncer::deliverHeld()
+{
+    if (const auto &needs = m_readers.needs()) {
+        for (const Held &held : std::exchange(m_held, {})) {
+            if (!held.untilStale.hasExpired()) {
+                deliver(held.text, *needs);
+            }
+        }
+    }
+}
+
+void LinuxAnnouncer::deliver(const QString &text, const ScreenReaderNeeds &needs)
+{
+    if (!needs.announcements && !needs.notifications) {
+        return;
+    }
+    for (const QString &piece : spokenPieces(text)) {
+        if (needs.announcements) {
+            sendAnnouncement(piece);
+        }
+        if (needs.notifications) {
+            showNotice(piece);
+        }
+    }
+}
+
+void LinuxAnnouncer::sendAnnouncement(const QString &text)
+{
+    QDBusMessage event = QDBusMessage::createSignal(
+        sourcePath(), QStringLiteral("org.a11y.atspi.Event.Object"), QStringLiteral("Announcement"));
+    event << QString() << polite << 0 << QVariant::fromValue(QDBusVariant(text)) << QVariantMap();
+    ScreenReaderWatch::bus().send(event);
+}
+
+void LinuxAnnouncer::showNotice(const QString &text)
+{
+    if (m_notices.size() == maximumNotices) {
+        m_notices.pop_front();
+    }
+    m_notices.push_back(std::make_unique<AnnouncementNotice>(text));
+    m_notices.back()->show();
+}
+
+} // namespace morvane
