@@ -1,30 +1,13 @@
 #pragma once
 
 #include "async/Scheduler.h"
+#include "support/WaitUntil.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
-#include <QTimer>
 #include <chrono>
-#include <functional>
 #include <stdexcept>
 
 namespace morvane {
-
-/// Turns the test's event loop until `condition` holds; false if it does not within `limit`.
-inline bool waitUntil(const std::function<bool()> &condition,
-                      std::chrono::milliseconds limit = std::chrono::seconds(20))
-{
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    QTimer heartbeat; // wakes the loop so that conditions fed by other threads are seen
-    heartbeat.start(5);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
 
 /// Lets everything that is ready now run.
 inline void settle()

@@ -1,0 +1,15 @@
+#include "support/PrivateDesktop.h"
+
+#include <QApplication>
+#include <gmock/gmock.h>
+
+/// The windows of these tests stand on a desktop of their own, which must be there before the application.
+int main(int argc, char **argv)
+{
+    const morvane::PrivateDesktop desktop;
+    desktop.adopt();
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,124 @@
+#include "platform/linux/LinuxWindowRaiser.h"
+
+#include "support/WaitUntil.h"
+#include "support/XConnection.h"
+
+#include <QWidget>
+#include <QWindow>
+#include <gtest/gtest.h>
+
+namespace morvane {
+namespace {
+
+/// A window of another program that covers ours.
+class ForeignWindow {
+public:
+    explicit ForeignWindow(const XConnection &connection)
+        : m_connection(connection), m_window(xcb_generate_id(connection.handle()))
+    {
+        xcb_create_window(connection.handle(), XCB_COPY_FROM_PARENT, m_window, connection.root(), 50, 50, 400,
+                          300, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_map_window(connection.handle(), m_window);
+        xcb_flush(connection.handle());
+    }
+    ~ForeignWindow()
+    {
+        xcb_destroy_window(m_connection.handle(), m_window);
+        xcb_flush(m_connection.handle());
+    }
+    xcb_window_t id() const { return m_window; }
+
+private:
+    const XConnection &m_connection;
+    xcb_window_t m_window;
+};
+
+class LinuxWindowRaiserTest : public testing::Test {
+protected:
+    LinuxWindowRaiserTest()
+    {
+        m_window.resize(300, 200);
+        m_window.show();
+        EXPECT_TRUE(waitUntil([&] { return isActive(id()); }));
+    }
+
+    xcb_window_t id() const { return xcb_window_t(m_window.winId()); }
+    bool isActive(xcb_window_t window) const { return m_connection.activeWindow() == window; }
+
+    /// Whether the window is the last of the stacking order, which lists the topmost last.
+    bool isOnTop(xcb_window_t window) const
+    {
+        const auto order = m_connection.property(m_connection.root(), "_NET_CLIENT_LIST_STACKING");
+        return !order.isEmpty() && order.last() == window;
+    }
+
+    const XConnection m_connection{qEnvironmentVariable("DISPLAY")};
+    QWidget m_window;
+    LinuxWindowRaiser m_raiser;
+};
+
+TEST_F(LinuxWindowRaiserTest, ActivatingBringsACoveredWindowUpWithTheFocus)
+{
+    const ForeignWindow other(m_connection);
+    ASSERT_TRUE(waitUntil([&] { return isOnTop(other.id()); }));
+    m_raiser.activate(*m_window.windowHandle(), {});
+    EXPECT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
+}
+
+TEST_F(LinuxWindowRaiserTest, ActivatingBringsAMinimizedWindowBack)
+{
+    const ForeignWindow other(m_connection);
+    m_window.showMinimized();
+    ASSERT_TRUE(waitUntil([&] { return !isActive(id()) && m_window.isMinimized(); }));
+    m_raiser.activate(*m_window.windowHandle(), {"launcher_TIME0", {}});
+    EXPECT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
+    EXPECT_TRUE(waitUntil([&] { return !m_window.isMinimized(); }));
+}
+
+TEST_F(LinuxWindowRaiserTest, ActivatingShowsAHiddenWindow)
+{
+    m_window.hide();
+    m_raiser.activate(*m_window.windowHandle(), {});
+    EXPECT_TRUE(waitUntil([&] { return m_window.isVisible() && isActive(id()); }));
+}
+
+TEST_F(LinuxWindowRaiserTest, RaisingLeavesTheFocusWhereItIs)
+{
+    QWidget browser;
+    browser.setAttribute(Qt::WA_ShowWithoutActivating);
+    browser.show();
+    const ForeignWindow other(m_connection);
+    ASSERT_TRUE(waitUntil([&] { return isOnTop(other.id()); }));
+    m_raiser.activate(*m_window.windowHandle(), {});
+    ASSERT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
+    m_raiser.raiseWithoutFocus(*browser.windowHandle());
+    EXPECT_TRUE(waitUntil([&] { return isOnTop(xcb_window_t(browser.winId())); }));
+    EXPECT_TRUE(isActive(id()));
+}
+
+TEST_F(LinuxWindowRaiserTest, TheStartThatAskedIsReportedAsAnswered)
+{
+    const XConnection watcher(qEnvironmentVariable("DISPLAY"));
+    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(watcher.handle(), watcher.root(), XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(watcher.handle());
+    const xcb_atom_t begin = watcher.atom("_NET_STARTUP_INFO_BEGIN");
+    const xcb_atom_t more = watcher.atom("_NET_STARTUP_INFO");
+    m_raiser.activate(*m_window.windowHandle(), {"a \"quoted\" launcher/id_TIME77", {}});
+    QByteArray text;
+    ASSERT_TRUE(waitUntil([&] {
+        while (xcb_generic_event_t *event = xcb_poll_for_event(watcher.handle())) {
+            const auto *message = reinterpret_cast<const xcb_client_message_event_t *>(event);
+            if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE &&
+                (message->type == begin || message->type == more)) {
+                text.append(reinterpret_cast<const char *>(message->data.data8), 20);
+            }
+            std::free(event);
+        }
+        return text.contains('\0');
+    }));
+    EXPECT_EQ(QByteArray(text.constData()), "remove: ID=\"a \\\"quoted\\\" launcher/id_TIME77\"");
+}
+
+} // namespace
+} // namespace morvane

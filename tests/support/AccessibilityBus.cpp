@@ -1,0 +1,136 @@
+#include "support/AccessibilityBus.h"
+
+#include "support/WaitUntil.h"
+
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QUuid>
+
+namespace morvane {
+
+namespace {
+
+const auto registryService = QStringLiteral("org.a11y.atspi.Registry");
+const auto registryPath = QStringLiteral("/org/a11y/atspi/registry");
+const auto rootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
+const auto accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+
+QDBusConnection connectToAccessibilityBus(const QString &sessionBusAddress, const QString &name)
+{
+    const QString sessionName = name + QStringLiteral("-session");
+    QDBusConnection session = QDBusConnection::connectToBus(sessionBusAddress, sessionName);
+    const QDBusReply<QString> address = session.call(
+        QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                       QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+    QDBusConnection::disconnectFromBus(sessionName);
+    if (!address.isValid()) {
+        throw AccessibilityError(QStringLiteral("no accessibility bus: ") + address.error().message());
+    }
+    return QDBusConnection::connectToBus(address.value(), name);
+}
+
+} // namespace
+
+AccessibilityBus::AccessibilityBus(const QString &sessionBusAddress)
+    : m_name(QStringLiteral("reader-") + QUuid::createUuid().toString()),
+      m_connection(connectToAccessibilityBus(sessionBusAddress, m_name))
+{
+    if (!m_connection.isConnected()) {
+        throw AccessibilityError(QStringLiteral("cannot join the accessibility bus: ") +
+                                 m_connection.lastError().message());
+    }
+    for (const auto *interface : {"Object", "Focus", "Window"}) {
+        m_connection.connect(QString(), QString(),
+                             QStringLiteral("org.a11y.atspi.Event.") + QString::fromLatin1(interface),
+                             QString(), this, SLOT(receive(QDBusMessage)));
+    }
+}
+
+AccessibilityBus::~AccessibilityBus()
+{
+    QDBusConnection::disconnectFromBus(m_name);
+}
+
+void AccessibilityBus::receive(const QDBusMessage &event)
+{
+    Q_EMIT eventReceived(event);
+}
+
+void AccessibilityBus::registerEvent(const QString &event)
+{
+    auto call = QDBusMessage::createMethodCall(registryService, registryPath, registryService,
+                                               QStringLiteral("RegisterEvent"));
+    call << event << QStringList() << QString();
+    answer(m_connection.asyncCall(call));
+    m_registered.append(event);
+}
+
+void AccessibilityBus::deregisterEvents()
+{
+    for (const QString &event : std::exchange(m_registered, {})) {
+        auto call = QDBusMessage::createMethodCall(registryService, registryPath, registryService,
+                                                   QStringLiteral("DeregisterEvent"));
+        call << event;
+        answer(m_connection.asyncCall(call));
+    }
+}
+
+AccessibleElement AccessibilityBus::application(qint64 pid)
+{
+    const AccessibleElement desktop(*this, registryService, rootPath);
+    std::optional<AccessibleElement> found;
+    waitUntil([&] {
+        for (const AccessibleElement &program : desktop.children()) {
+            const QDBusReply<uint> owner = m_connection.interface()->servicePid(program.service());
+            if (owner.isValid() && owner.value() == pid) {
+                found = program;
+            }
+        }
+        return found.has_value();
+    });
+    if (!found) {
+        throw AccessibilityError(QStringLiteral("no accessible program with process identifier %1").arg(pid));
+    }
+    return *found;
+}
+
+QDBusPendingCall AccessibilityBus::ask(const AccessibleElement &element, const QString &interface,
+                                       const QString &method, const QVariantList &arguments) const
+{
+    auto call = QDBusMessage::createMethodCall(element.service(), element.path(), interface, method);
+    call.setArguments(arguments);
+    return m_connection.asyncCall(call);
+}
+
+QVariantList AccessibilityBus::answer(const QDBusPendingCall &call) const
+{
+    QDBusPendingCallWatcher watcher(call);
+    if (!waitUntil([&] { return watcher.isFinished(); })) {
+        throw AccessibilityError(QStringLiteral("no answer in time"));
+    }
+    if (watcher.isError()) {
+        throw AccessibilityError(watcher.error().name() + QStringLiteral(": ") + watcher.error().message());
+    }
+    return watcher.reply().arguments();
+}
+
+QList<AccessibleElement> readReferences(AccessibilityBus &bus, const QVariant &array)
+{
+    QList<AccessibleElement> elements;
+    const auto references = array.value<QDBusArgument>();
+    references.beginArray();
+    while (!references.atEnd()) {
+        QString service;
+        QDBusObjectPath path;
+        references.beginStructure();
+        references >> service >> path;
+        references.endStructure();
+        elements.append(AccessibleElement(bus, service, path.path()));
+    }
+    references.endArray();
+    return elements;
+}
+
+} // namespace morvane

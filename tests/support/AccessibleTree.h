@@ -1,0 +1,34 @@
+#pragma once
+
+#include "support/AccessibilityBus.h"
+#include "support/AccessibleElement.h"
+
+#include <QList>
+#include <QString>
+#include <functional>
+#include <optional>
+
+namespace morvane {
+
+/// What a program's accessibility tree was when it was read.
+struct AccessibleNode {
+    AccessibleElement element = {};
+    QString name = {};
+    AccessibleRole role = AccessibleRole::invalid;
+    uint64_t states = 0;
+    QList<AccessibleNode> children = {};
+
+    bool has(AccessibleState state) const { return (states >> uint32_t(state) & 1) != 0; }
+
+    /// The node and everything below it, in the order in which a reader meets it.
+    void visit(const std::function<void(const AccessibleNode &)> &visitor) const;
+    std::optional<AccessibleNode> first(const std::function<bool(const AccessibleNode &)> &wanted) const;
+    /// One indented line for each object, for people.
+    QString description() const;
+};
+
+/// Reads the tree below `root`, level by level with all questions of a level under way at once. What
+/// disappears meanwhile is left out.
+AccessibleNode readTree(const AccessibleElement &root);
+
+} // namespace morvane

@@ -1,0 +1,77 @@
+#include "support/ChildProcess.h"
+
+#include "support/WaitUntil.h"
+
+#include <QFile>
+#include <csignal>
+#include <optional>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace morvane {
+
+ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
+                           const QProcessEnvironment &environment, QString logPath)
+    : m_logPath(std::move(logPath))
+{
+    m_process.setProcessEnvironment(environment);
+    m_process.setStandardInputFile(QProcess::nullDevice());
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.setStandardOutputFile(m_logPath, QIODevice::Append);
+    m_process.setChildProcessModifier([] {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::setpgid(0, 0);
+    });
+    m_process.start(program, arguments);
+    if (!m_process.waitForStarted()) {
+        throw std::runtime_error("cannot start " + program.toStdString() + ": " +
+                                 m_process.errorString().toStdString());
+    }
+    m_pid = m_process.processId();
+}
+
+ChildProcess::~ChildProcess()
+{
+    end();
+}
+
+bool ChildProcess::isRunning()
+{
+    // Looks by itself, so that it is right also where no event loop runs.
+    return m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(0);
+}
+
+void ChildProcess::end()
+{
+    if (isRunning()) {
+        m_process.terminate();
+        if (!m_process.waitForFinished(3000)) {
+            kill();
+        }
+    }
+}
+
+void ChildProcess::kill()
+{
+    if (isRunning()) {
+        ::kill(-pid_t(m_pid), SIGKILL);
+        m_process.waitForFinished();
+    }
+}
+
+std::optional<int> ChildProcess::waitForExit()
+{
+    if (!waitUntil([this] { return !isRunning(); }) || m_process.exitStatus() != QProcess::NormalExit) {
+        return std::nullopt;
+    }
+    return m_process.exitCode();
+}
+
+QString ChildProcess::log() const
+{
+    QFile file(m_logPath);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace morvane

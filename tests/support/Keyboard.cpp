@@ -1,0 +1,92 @@
+#include "support/Keyboard.h"
+
+#include <QHash>
+#include <QStringList>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <xcb/xtest.h>
+
+namespace morvane {
+
+namespace {
+
+/// Key symbols of the X protocol; printable characters of Latin-1 are their own symbols.
+uint32_t symbolFor(const QString &key)
+{
+    static const QHash<QString, uint32_t> named{
+        {QStringLiteral("Return"), 0xff0d}, {QStringLiteral("Tab"), 0xff09},
+        {QStringLiteral("Escape"), 0xff1b}, {QStringLiteral("Space"), 0x20},
+        {QStringLiteral("Up"), 0xff52},     {QStringLiteral("Down"), 0xff54},
+        {QStringLiteral("Left"), 0xff51},   {QStringLiteral("Right"), 0xff53},
+        {QStringLiteral("Home"), 0xff50},   {QStringLiteral("End"), 0xff57},
+        {QStringLiteral("F6"), 0xffc3},     {QStringLiteral("F10"), 0xffc7},
+        {QStringLiteral("Ctrl"), 0xffe3},   {QStringLiteral("Shift"), 0xffe1},
+        {QStringLiteral("Alt"), 0xffe9},    {QStringLiteral("Menu"), 0xff67},
+        {QStringLiteral("Delete"), 0xffff}};
+    if (const auto found = named.constFind(key); found != named.constEnd()) {
+        return *found;
+    }
+    return key.size() == 1 ? key.toLower().at(0).unicode() : 0;
+}
+
+} // namespace
+
+Keyboard::Keyboard(const XConnection &connection) : m_connection(connection) {}
+
+Keyboard::Key Keyboard::keyFor(uint32_t symbol) const
+{
+    xcb_connection_t *const connection = m_connection.handle();
+    const xcb_setup_t *setup = xcb_get_setup(connection);
+    const auto first = setup->min_keycode;
+    const auto count = uint8_t(setup->max_keycode - first + 1);
+    const std::unique_ptr<xcb_get_keyboard_mapping_reply_t, decltype(&std::free)> mapping(
+        xcb_get_keyboard_mapping_reply(connection, xcb_get_keyboard_mapping(connection, first, count),
+                                       nullptr),
+        &std::free);
+    const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    for (int level = 0; level < 2; ++level) {
+        for (int key = 0; key < count; ++key) {
+            if (symbols[key * mapping->keysyms_per_keycode + level] == symbol) {
+                return {uint8_t(first + key), level == 1};
+            }
+        }
+    }
+    throw std::runtime_error("the keyboard has no key for symbol " + std::to_string(symbol));
+}
+
+void Keyboard::send(uint8_t type, uint8_t code) const
+{
+    xcb_test_fake_input(m_connection.handle(), type, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+}
+
+void Keyboard::press(const QString &keys) const
+{
+    const QStringList parts = keys.split(u'+');
+    for (const QString &part : parts) {
+        send(XCB_KEY_PRESS, keyFor(symbolFor(part)).code);
+    }
+    for (auto part = parts.crbegin(); part != parts.crend(); ++part) {
+        send(XCB_KEY_RELEASE, keyFor(symbolFor(*part)).code);
+    }
+    xcb_flush(m_connection.handle());
+}
+
+void Keyboard::type(const QString &text) const
+{
+    const uint8_t shift = keyFor(symbolFor(QStringLiteral("Shift"))).code;
+    for (const QChar character : text) {
+        const Key key = keyFor(character.unicode());
+        if (key.shifted) {
+            send(XCB_KEY_PRESS, shift);
+        }
+        send(XCB_KEY_PRESS, key.code);
+        send(XCB_KEY_RELEASE, key.code);
+        if (key.shifted) {
+            send(XCB_KEY_RELEASE, shift);
+        }
+    }
+    xcb_flush(m_connection.handle());
+}
+
+} // namespace morvane
