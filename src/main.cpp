@@ -1,1 +1,124 @@
-int main() { return 0; }
+#include "app/AppModel.h"
+#include "app/BrowserWindowPort.h"
+#include "app/NotificationPort.h"
+#include "app/ToolServerPort.h"
+#include "app/UpdatePort.h"
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "base/DataFolders.h"
+#include "localmodel/MacInfo.h"
+#include "localmodel/OllamaRuntime.h"
+#include "net/HttpClient.h"
+#include "platform/NoKeychain.h"
+#include "platform/linux/LinuxAnnouncer.h"
+#include "platform/linux/LinuxColorScheme.h"
+#include "platform/linux/LinuxMachineFacts.h"
+#include "platform/linux/LinuxSingleInstance.h"
+#include "platform/linux/LinuxWindowRaiser.h"
+#include "platform/linux/TerminationSignals.h"
+#include "providers/Endpoints.h"
+#include "providers/HttpAIService.h"
+#include "store/ConversationStore.h"
+#include "store/SettingsStore.h"
+#include "tools/BuiltinTools.h"
+#include "ui/MainWindow.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <cstdio>
+#include <optional>
+
+using namespace morvane;
+
+namespace {
+
+/// How long tasks may take to end with the program; what is slower is dropped.
+constexpr std::chrono::milliseconds shutdownLimit{1000};
+
+/// What the desktop left in the environment for the window of this start. Taken out, so that programs which
+/// Morvane starts do not use it a second time.
+ActivationToken takeActivationToken()
+{
+    ActivationToken token{qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
+    return token;
+}
+
+int runProgram(QApplication &application, LinuxSingleInstance &instance)
+{
+    const TerminationSignals terminationSignals;
+    const Endpoints endpoints;
+    SystemClock clock;
+    Scheduler scheduler(clock);
+    HttpClient http;
+    NoKeychain keychain;
+    SettingsStore settings(settingsFile(), keychain);
+    ConversationStore conversations(dataFolder() + QStringLiteral("/Conversations"));
+    HttpAIService service(http, endpoints);
+    BuiltinTools tools;
+    LinuxAnnouncer announcer;
+    NoNotifications notifications;
+    NoToolServers toolServers;
+    NoBrowserWindow browserWindow;
+    NoUpdates updates;
+    OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
+    const LinuxMachineFacts machineFacts;
+    std::optional<MacInfo> machine;
+
+    const AppServices services{
+        scheduler,
+        settings,
+        conversations,
+        service,
+        announcer,
+        notifications,
+        toolServers,
+        browserWindow,
+        updates,
+        localModel,
+        [&tools](AIToolCall call) { return tools.execute(std::move(call)); },
+        [&machine, &machineFacts] {
+            if (!machine)
+                machine = MacInfo::read(machineFacts);
+            return machine->summary();
+        },
+    };
+    AppModel model(services);
+    LinuxColorScheme colorScheme;
+    LinuxWindowRaiser raiser;
+    MainWindow window(model, colorScheme);
+    window.show();
+
+    instance.listen(
+        [&window, &raiser](const ActivationToken &token) { raiser.activate(*window.windowHandle(), token); });
+    // The window comes first; what it does not need to be usable waits for its first turn.
+    QTimer::singleShot(0, &model, [&model] { model.localModel().refreshLocalModel(); });
+
+    const int status = application.exec();
+    scheduler.shutdown(shutdownLimit);
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // A screen reader that is started later never sees a program that was silent at its start.
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+
+    LinuxSingleInstance instance(dataFolder());
+    switch (instance.claim(takeActivationToken())) {
+    case SingleInstance::Claim::first:
+        break;
+    case SingleInstance::Claim::handedOver:
+        return 0;
+    case SingleInstance::Claim::unanswered:
+        std::fputs("Morvane is already running but does not answer.\n", stderr);
+        return 1;
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Morvane"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Morvane"));
+    QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("morvane"));
+    return runProgram(application, instance);
+}
