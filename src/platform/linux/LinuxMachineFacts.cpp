@@ -21,7 +21,7 @@ QString orUnknown(const QString &text)
 /// Text up to the first NUL, which ends a device tree's strings.
 QString plainText(const QByteArray &bytes)
 {
-    return QString::fromUtf8(bytes.left(bytes.indexOf('\0'))).simplified();
+    return QString::fromUtf8(bytes.constData()).simplified();
 }
 
 /// A value as a shell would read it: the rules of os-release files.

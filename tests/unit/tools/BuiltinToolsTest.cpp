@@ -1,0 +1,116 @@
+#include "tools/BuiltinTools.h"
+
+#include "base/Json.h"
+#include "support/FakeClock.h"
+#include "support/RunTask.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+namespace {
+
+AIToolCall call(const QString &name, const char *arguments = "{}")
+{
+    return {name, parseJsonObject(arguments).value(), {}, {}};
+}
+
+class BuiltinToolsTest : public testing::Test {
+protected:
+    QString execute(const QString &name, const char *arguments = "{}")
+    {
+        return runTask(scheduler, tools.execute(call(name, arguments)));
+    }
+
+    FakeClock clock;
+    Scheduler scheduler{clock};
+    BuiltinTools tools;
+};
+
+TEST_F(BuiltinToolsTest, OffersNothingWhenToolsAreOff)
+{
+    EXPECT_TRUE(BuiltinTools::all(UseTools::no).isEmpty());
+}
+
+TEST_F(BuiltinToolsTest, OffersFortyOneToolsWhenToolsAreOn)
+{
+    EXPECT_EQ(BuiltinTools::all(UseTools::yes).size(), 41);
+}
+
+TEST_F(BuiltinToolsTest, CarriesOutTheCalculator)
+{
+    EXPECT_EQ(execute("calculate", R"({"expression": "6*7"})"), "The result is 42.");
+}
+
+TEST_F(BuiltinToolsTest, CalculateWithoutATextSaysWhatItNeeds)
+{
+    const QString expected = "Error: the calculate tool needs an expression argument.";
+    EXPECT_EQ(execute("calculate"), expected);
+    EXPECT_EQ(execute("calculate", R"({"expression": 5})"), expected);
+    EXPECT_EQ(execute("calculate", R"({"expression": null})"), expected);
+    EXPECT_EQ(execute("calculate", R"({"expression": ""})"), "Error: empty expression.");
+}
+
+TEST_F(BuiltinToolsTest, TellsTheTime)
+{
+    EXPECT_TRUE(
+        execute("get_current_datetime", R"({"unasked": 1})").startsWith("The current date and time is "));
+}
+
+TEST_F(BuiltinToolsTest, KeepsTheTodoList)
+{
+    EXPECT_EQ(execute("todo_list", R"({"items": ["a", "b"]})"), "Todo list:\n1. a\n2. b");
+    EXPECT_EQ(execute("todo_list", R"({"items": []})"), "Todo list cleared.");
+    EXPECT_EQ(execute("todo_list"), "Todo list cleared.");
+    EXPECT_EQ(execute("todo_list", R"({"items": "a"})"), "Todo list cleared.");
+}
+
+TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)
+{
+    EXPECT_EQ(execute("fly"), "Error: unknown tool fly.");
+    EXPECT_EQ(execute(""), "Error: unknown tool .");
+    EXPECT_EQ(execute("Read_File", R"({"path": "/etc/hostname"})"), "Error: unknown tool Read_File.");
+    EXPECT_EQ(execute("Calculate", R"({"expression": "1"})"), "Error: unknown tool Calculate.");
+}
+
+TEST_F(BuiltinToolsTest, ToolsOfTheAgentLoopAreUnknownHere)
+{
+    EXPECT_EQ(execute("task", R"({"description": "x"})"), "Error: unknown tool task.");
+    EXPECT_EQ(execute("ask_user", R"({"question": "x"})"), "Error: unknown tool ask_user.");
+}
+
+TEST_F(BuiltinToolsTest, CancellationDoesNotStopWork)
+{
+    auto handle = scheduler.spawn(tools.execute(call("todo_list", R"({"items": ["a"]})")));
+    handle.cancel();
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    EXPECT_EQ(handle.result(), "Todo list:\n1. a");
+}
+
+TEST_F(BuiltinToolsTest, OnlyShellCommandsAreDestructive)
+{
+    EXPECT_FALSE(
+        BuiltinTools::isDestructive(call("write_file", R"({"command": "rm -rf /", "destructive": true})")));
+    EXPECT_FALSE(BuiltinTools::isDestructive(call("run_shell_command")));
+    EXPECT_TRUE(BuiltinTools::isDestructive(call("run_shell_command", R"({"command": "rm -rf /"})")));
+}
+
+TEST_F(BuiltinToolsTest, AModelCanDeclareACommandDestructiveButNotHarmless)
+{
+    EXPECT_TRUE(
+        BuiltinTools::isDestructive(call("run_shell_command", R"({"command": "ls", "destructive": true})")));
+    EXPECT_TRUE(BuiltinTools::isDestructive(
+        call("run_shell_command", R"({"command": "rm -rf /", "destructive": false})")));
+    EXPECT_FALSE(BuiltinTools::isDestructive(
+        call("run_shell_command", R"({"command": "ls", "destructive": "true"})")));
+    EXPECT_FALSE(
+        BuiltinTools::isDestructive(call("run_shell_command", R"({"command": "ls", "destructive": 1})")));
+}
+
+TEST_F(BuiltinToolsTest, ACommandThatIsNoTextIsNotDestructive)
+{
+    EXPECT_FALSE(
+        BuiltinTools::isDestructive(call("run_shell_command", R"({"command": ["rm", "-rf", "/"]})")));
+}
+
+} // namespace
+} // namespace morvane
