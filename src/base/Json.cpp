@@ -134,8 +134,8 @@ json::parse_options jsonParseOptions()
 
 std::expected<json::value, QString> parseJson(QByteArrayView text, json::storage_ptr storage)
 {
-    constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
-    const QByteArrayView body = text.startsWith(byteOrderMark) ? text.sliced(byteOrderMark.size()) : text;
+    const QByteArrayView body =
+        text.startsWith(utf8ByteOrderMark) ? text.sliced(utf8ByteOrderMark.size()) : text;
 
     json::basic_parser<ValueBuilder> parser(jsonParseOptions());
     parser.handler().reset(std::move(storage));

@@ -15,6 +15,9 @@ namespace morvane {
 /// exhaust a thread's stack when the value is copied or destroyed.
 inline constexpr std::size_t maximumJsonDepth = 512;
 
+/// What may stand in front of a JSON text in a file and is passed over.
+inline constexpr QByteArrayView utf8ByteOrderMark("\xEF\xBB\xBF", 3);
+
 /// What every reader of JSON here accepts: RFC 8259, valid UTF-8, `maximumJsonDepth`.
 boost::json::parse_options jsonParseOptions();
 

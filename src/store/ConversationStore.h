@@ -1,37 +1,30 @@
 #pragma once
 
 #include "async/Task.h"
-#include "model/ChatMessage.h"
 #include "model/ConversationMeta.h"
+#include "store/ConversationFile.h"
 
 #include <QList>
 #include <QString>
+#include <QThreadPool>
 #include <QUuid>
 #include <memory>
 #include <optional>
 
 namespace morvane {
 
-/// The content of a conversation file.
-struct ConversationFile {
-    QUuid id;
-    QString title;
-    double createdAt = 0; ///< Seconds since 2001-01-01T00:00:00Z, as updatedAt.
-    double updatedAt = 0;
-    QList<ChatMessage> messages;
+class ConversationFiles;
 
-    bool operator==(const ConversationFile &) const = default;
-};
-
-/// Keeps each conversation in a JSON file of its own, `{directory}/{ID}.json`.
+/// Keeps each conversation in a JSON file of its own, `{folder}/{ID}.json`.
 ///
-/// The disk is touched on one worker thread only, in the order of the calls, so that a list or a load sees
-/// every save made before it and the main thread never waits. No operation reports a failure; damaged files
-/// are skipped and stay on disk. The destructor finishes every write that is still waiting. Main thread.
+/// The disk is touched on one thread of the store's own, in the order of the calls, so that a list or a load
+/// sees every save made before it and the main thread never waits. No operation reports a failure; damaged
+/// files are passed over and stay on disk. The destructor finishes every write that is still waiting. Main
+/// thread.
 class ConversationStore {
 public:
     /// Creates the folder (0700) if it can; a failure shows as an empty list and saves without effect.
-    explicit ConversationStore(QString directory);
+    explicit ConversationStore(QString folder);
     ~ConversationStore();
 
     /// Every readable conversation, newest first (stable).
@@ -47,8 +40,8 @@ public:
     Task<std::optional<ConversationFile>> load(QUuid id);
 
 private:
-    class Worker;
-    std::unique_ptr<Worker> m_worker;
+    std::unique_ptr<ConversationFiles> m_files; ///< Used by the thread of `m_disk` alone.
+    QThreadPool m_disk;
 };
 
 } // namespace morvane

@@ -1,24 +1,28 @@
 #pragma once
 
 #include "model/ProviderID.h"
+#include "store/UserDefaults.h"
 
 #include <QObject>
 #include <QSet>
-#include <QSettings>
 #include <QString>
-#include <memory>
+#include <QThreadPool>
+#include <QVariant>
 
 namespace morvane {
 
 class KeychainStore;
 
-/// What the user has chosen. Every change is written through at once and announced by `changed`. Main thread.
+/// What the user has chosen. Every change is written through before its setter returns (see UserDefaults) and
+/// announced by `changed`; setting what is already set does neither. Main thread.
 class SettingsStore : public QObject {
     Q_OBJECT
 public:
-    /// Opens the user defaults at `path` (INI, 0600), reads them and carries older versions forward.
-    /// `keychain` must outlive the store; it is asked once, off the main thread, for keys of old versions.
+    /// Opens the user defaults at `path`, reads them and carries older versions forward. `keychain` must
+    /// outlive the store; it is asked once, on another thread, for the keys that old versions kept there.
     SettingsStore(const QString &path, KeychainStore &keychain, QObject *parent = nullptr);
+
+    /// Waits for the keychain's answer and until everything is on the disk.
     ~SettingsStore() override;
 
     ProviderID providerID() const { return m_providerID; }
@@ -45,23 +49,32 @@ public:
 
     /// The key of the current provider, in the clear; empty if none is stored.
     QString apiKey() const;
-    /// Stores the trimmed key for the current provider at once.
+
+    /// Stores the key of the current provider at once, trimmed of white space and line ends.
     void setApiKey(const QString &key);
 
-    /// Raw access for the few keys that belong to other parts of the program ("currentConversationID", …).
-    QVariant value(const QString &key) const;
+    /// The few keys that belong to other parts of the program ("currentConversationID", …): texts, lists of
+    /// texts, bytes, numbers and booleans. What UserDefaults::value says of types holds here.
+    QVariant value(const QString &key) const { return m_defaults.value(key); }
     void setValue(const QString &key, const QVariant &value);
     void removeValue(const QString &key);
 
 Q_SIGNALS:
-    /// Any property changed.
+    /// Any property changed, or an API key of an old version was found.
     void changed();
     void providerIDChanged(morvane::ProviderID provider);
 
 private:
+    template <class Value> void change(Value &property, const Value &value);
     void persist();
+    void read();
+    void migrateModelDefaults();
+    void askKeychain();
+    void adoptKeychainKeys(const QMap<ProviderID, QString> &keys);
 
-    std::unique_ptr<QSettings> m_defaults;
+    UserDefaults m_defaults;
+    QString m_path;
+    KeychainStore &m_keychain;
     ProviderID m_providerID = ProviderID::ollama;
     QString m_model;
     QString m_customBaseURL;
@@ -72,6 +85,7 @@ private:
     bool m_announceResponses = true;
     bool m_useTools = true;
     QSet<QString> m_alwaysAllowedTools;
+    QThreadPool m_keychainThread;
 };
 
 } // namespace morvane

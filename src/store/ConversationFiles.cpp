@@ -1,0 +1,218 @@
+#include "store/ConversationFiles.h"
+
+#include "base/AtomicFile.h"
+#include "base/FileDescriptor.h"
+#include "base/Uuid.h"
+#include "store/ConversationScanner.h"
+
+#include <QFile>
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <exception>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <sys/stat.h>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace morvane {
+
+namespace {
+
+QByteArray fileName(QUuid id)
+{
+    return uuidText(id).toLatin1() + ".json";
+}
+
+/// Opens a regular file of a size that can be read; a pipe or a device with a file's name is never waited
+/// for.
+FileDescriptor openForReading(const QString &path)
+{
+    const auto identity = FileIdentity::ofPath(path);
+    if (!identity || identity->size > ConversationFiles::maximumFileBytes)
+        return {};
+    return FileDescriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+}
+
+/// Reads up to `size` bytes; -1 on an error, 0 at the end.
+ssize_t readSome(const FileDescriptor &file, char *buffer, std::size_t size)
+{
+    ssize_t count = 0;
+    do
+        count = ::read(file.get(), buffer, size);
+    while (count < 0 && errno == EINTR);
+    return count;
+}
+
+void narrow(const FileDescriptor &file)
+{
+    struct stat status {};
+    if (::fstat(file.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        ::fchmod(file.get(), S_IRUSR | S_IWUSR);
+}
+
+/// Runs `work` on this thread and, for more than a handful of items, on a second one at once. The work is
+/// complete when the two have returned, or the first one alone.
+template <class Work> void runOnTwoThreads(const Work &work, qsizetype items)
+{
+    constexpr qsizetype worthAThread = 8;
+    std::jthread second;
+    try {
+        if (items >= worthAThread)
+            second = std::jthread(work);
+    } catch (const std::system_error &) { // No thread to be had.
+    }
+    work();
+}
+
+QList<QByteArray> jsonNames(const QString &folder)
+{
+    QList<QByteArray> names;
+    std::error_code error;
+    const std::filesystem::path path(QFile::encodeName(folder).toStdString());
+    for (auto entry = std::filesystem::directory_iterator(path, error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        if (entry->path().extension() == ".json")
+            names.append(QByteArray::fromStdString(entry->path().filename().string()));
+    return names;
+}
+
+} // namespace
+
+QString ConversationFiles::path(const QByteArray &name) const
+{
+    return m_folder + u'/' + QFile::decodeName(name);
+}
+
+void ConversationFiles::prepareFolder()
+{
+    static_cast<void>(ensurePrivateFolder(m_folder));
+    removeAbandonedTemporaryFiles(m_folder);
+}
+
+QList<ConversationMeta> ConversationFiles::list()
+{
+    const QList<QByteArray> names = jsonNames(m_folder);
+    scanChanged(names);
+
+    std::multimap<double, ConversationMeta, std::greater<>> newestFirst; // Equal keys keep their order.
+    for (const QByteArray &name : names) {
+        const auto scanned = m_scanned.constFind(name);
+        if (scanned == m_scanned.cend() || !scanned->summary)
+            continue;
+        const ConversationSummary &summary = *scanned->summary;
+        newestFirst.insert({summary.updatedAt,
+                            {.id = summary.id,
+                             .title = summary.title.isEmpty() ? QStringLiteral("Untitled") : summary.title,
+                             .updatedAt = summary.updatedAt,
+                             .messageCount = summary.messageCount}});
+    }
+    QList<ConversationMeta> conversations;
+    conversations.reserve(static_cast<qsizetype>(newestFirst.size()));
+    for (auto &[date, conversation] : newestFirst)
+        conversations.append(std::move(conversation));
+    return conversations;
+}
+
+void ConversationFiles::scanChanged(const QList<QByteArray> &names)
+{
+    QHash<QByteArray, Scanned> known;
+    QList<QByteArray> changed;
+    for (const QByteArray &name : names) {
+        const auto before = m_scanned.constFind(name);
+        if (before != m_scanned.cend() && FileIdentity::ofPath(path(name)) == before->identity)
+            known.insert(name, *before);
+        else
+            changed.append(name);
+    }
+
+    std::vector<std::optional<Scanned>> results(static_cast<std::size_t>(changed.size()));
+    std::atomic<qsizetype> next = 0;
+    const auto scanAll = [this, &changed, &results, &next] {
+        for (qsizetype i = next++; i < changed.size(); i = next++)
+            results[static_cast<std::size_t>(i)] = scan(changed.at(i));
+    };
+    runOnTwoThreads(scanAll, changed.size());
+    for (qsizetype i = 0; i < changed.size(); ++i)
+        if (const auto &result = results[static_cast<std::size_t>(i)])
+            known.insert(changed.at(i), *result);
+    m_scanned = std::move(known);
+}
+
+std::optional<ConversationFiles::Scanned> ConversationFiles::scan(const QByteArray &name) const
+try {
+    const FileDescriptor file = openForReading(path(name));
+    if (!file.isOpen())
+        return std::nullopt;
+    narrow(file);
+    const auto identity = FileIdentity::ofDescriptor(file.get());
+    if (!identity)
+        return std::nullopt;
+
+    constexpr std::size_t pieceSize = 256 * 1024;
+    std::vector<char> buffer(std::min(pieceSize, static_cast<std::size_t>(identity->size) + 1));
+    ConversationScanner scanner;
+    ssize_t count = 0;
+    while ((count = readSome(file, buffer.data(), buffer.size())) > 0)
+        if (!scanner.feed(QByteArrayView(buffer.data(), count)))
+            return Scanned{*identity, std::nullopt};
+    if (count < 0)
+        return std::nullopt;
+    return Scanned{*identity, scanner.finish()};
+} catch (const std::exception &) { // Out of memory.
+    return std::nullopt;
+}
+
+std::optional<ConversationFile> ConversationFiles::load(QUuid id) const
+try {
+    const FileDescriptor descriptor = openForReading(path(fileName(id)));
+    QFile file;
+    if (!descriptor.isOpen() || !file.open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return std::nullopt;
+    return decodeConversation(file.read(maximumFileBytes));
+} catch (const std::exception &) { // Out of memory.
+    return std::nullopt;
+}
+
+std::optional<double> ConversationFiles::creationDate(const QByteArray &name)
+{
+    const auto known = m_scanned.constFind(name);
+    const auto scanned = known != m_scanned.cend() && FileIdentity::ofPath(path(name)) == known->identity
+                             ? std::optional(*known)
+                             : scan(name);
+    return scanned && scanned->summary ? std::optional(scanned->summary->createdAt) : std::nullopt;
+}
+
+void ConversationFiles::save(QUuid id, const QString &title, const QList<ChatMessage> &messages, double now)
+try {
+    const QByteArray name = fileName(id);
+    const ConversationFile file{.id = id,
+                                .title = title,
+                                .createdAt = creationDate(name).value_or(now),
+                                .updatedAt = now,
+                                .messages = messages};
+    static_cast<void>(ensurePrivateFolder(m_folder)); // The user may have removed it in the meantime.
+    m_scanned.remove(name);
+    if (!writeFileAtomically(path(name), encodeConversation(file)))
+        return;
+    if (const auto identity = FileIdentity::ofPath(path(name)))
+        m_scanned.insert(name, {*identity, ConversationSummary{.id = id,
+                                                               .title = title,
+                                                               .createdAt = file.createdAt,
+                                                               .updatedAt = now,
+                                                               .messageCount = messages.size()}});
+} catch (const std::exception &) { // Out of memory: the older file stands.
+}
+
+void ConversationFiles::remove(QUuid id)
+{
+    const QByteArray name = fileName(id);
+    m_scanned.remove(name);
+    QFile::remove(path(name));
+}
+
+} // namespace morvane

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/FileIdentity.h"
+
+#include <QMap>
+#include <QString>
+#include <QThreadPool>
+#include <QVariantMap>
+#include <atomic>
+#include <optional>
+
+namespace morvane {
+
+/// The key-value file behind the settings: an INI file as QSettings reads it (0600, its folder 0700).
+///
+/// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing;
+/// a thread of its own then brings it to the disk, so that the main thread never waits for it. A change that
+/// another program made to the file in the meantime is kept. A file that cannot be read or has lines that
+/// cannot be understood is set aside as "{path}.damaged". Main thread.
+class UserDefaults {
+public:
+    /// Reads the file; a missing one has no values.
+    explicit UserDefaults(QString path);
+
+    /// Waits until what was written is on the disk.
+    ~UserDefaults();
+
+    /// Whether the key has a value, be it an empty one.
+    bool contains(const QString &key) const { return m_values.contains(key); }
+
+    /// The value: text, list of texts or bytes; numbers and booleans come back as text that converts. A list
+    /// of one comes back as a text and an empty list as an invalid value, both of which convert to the list.
+    QVariant value(const QString &key) const { return m_values.value(key); }
+
+    /// Changes a value in memory.
+    void set(const QString &key, const QVariant &value);
+    void remove(const QString &key);
+
+    /// Writes what changed since the last time, nothing if nothing did. False if the file could not be
+    /// written; the changes then go with the next write.
+    bool write();
+
+private:
+    void read();
+    void syncLater();
+
+    QString m_path;
+    QVariantMap m_values;
+    QMap<QString, std::optional<QVariant>> m_changes; ///< Not yet written; nothing for a removed key.
+    std::optional<FileIdentity> m_identity;           ///< Of the file as we last read or wrote it.
+    std::atomic<bool> m_syncWaits = false;
+    QThreadPool m_disk;
+};
+
+} // namespace morvane
