@@ -10,14 +10,16 @@ namespace {
 
 using Kind = TransportError::Kind;
 
-bool isConnectionEnd(int systemError)
-{
-    return systemError == ECONNRESET || systemError == EPIPE || systemError == ECONNABORTED;
-}
-
 bool isNoRoute(int systemError)
 {
     return systemError == ENETUNREACH || systemError == ENETDOWN;
+}
+
+/// Whether a handshake failed only because the connection ended, for which libcurl has no code of its own.
+bool isConnectionEnd(QByteArrayView text)
+{
+    return text.startsWith("Recv failure") || text.startsWith("Send failure") ||
+           text.contains(" in connection to ");
 }
 
 Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
@@ -42,7 +44,7 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
     case CURLE_HTTP2_STREAM:
         return Kind::NetworkConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
-        return isConnectionEnd(systemError) ? Kind::NetworkConnectionLost : Kind::TlsFailure;
+        return isConnectionEnd(text) ? Kind::NetworkConnectionLost : Kind::TlsFailure;
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ENGINE_NOTFOUND:
     case CURLE_SSL_ENGINE_SETFAILED:

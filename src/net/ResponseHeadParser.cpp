@@ -7,7 +7,7 @@ namespace {
 int statusOf(QByteArrayView line)
 {
     const qsizetype blank = line.indexOf(' ');
-    return blank < 0 ? 0 : line.sliced(blank + 1).trimmed().first(3).toByteArray().toInt();
+    return blank < 0 ? 0 : line.sliced(blank + 1).trimmed().toByteArray().left(3).toInt();
 }
 
 bool isInterim(int status)

@@ -53,6 +53,11 @@ std::optional<RawHttpRequest> RawHttpConnection::readRequest()
     return request;
 }
 
+bool RawHttpConnection::waitForBytes()
+{
+    return !m_received.isEmpty() || receive();
+}
+
 bool RawHttpConnection::send(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {

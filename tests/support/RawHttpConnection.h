@@ -28,6 +28,9 @@ public:
     /// other side closes first.
     std::optional<RawHttpRequest> readRequest();
 
+    /// Blocks until the other side has sent anything; false if it closes first.
+    bool waitForBytes();
+
     /// Sends all bytes as they stand; false once the other side is gone.
     bool send(QByteArrayView bytes);
     /// Sends pieces of `pieceSize` bytes, each in a segment of its own as far as the system allows.
