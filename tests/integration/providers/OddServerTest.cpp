@@ -1,0 +1,161 @@
+#include "TurnFixture.h"
+#include "support/RawHttpServer.h"
+
+#include <QProcess>
+
+namespace morvane {
+namespace {
+
+QByteArray event(const QByteArray &text)
+{
+    return R"(data: {"choices":[{"delta":{"content":")" + text + "\"}}]}\n\n";
+}
+
+/// Servers of which every byte is written by the test.
+class OddServerTest : public testing::Test {
+protected:
+    SystemClock clock;
+    Scheduler scheduler{clock};
+    HttpClient client;
+
+    TurnOutcome turn(const RawHttpServer &server)
+    {
+        HttpAIService service(client, endpointsAt(QStringLiteral("http://127.0.0.1:%1").arg(server.port())));
+        return RunningTurn(scheduler, service, contextSaying("Hi"), configurationFor(ProviderID::openai))
+            .wait();
+    }
+
+    static RawHttpServer::Script sending(const QByteArray &response)
+    {
+        return [response](RawHttpConnection &connection) {
+            connection.readRequest();
+            connection.send(response);
+        };
+    }
+
+    static QByteArray output(const QString &program, const QStringList &arguments, const QByteArray &input)
+    {
+        QProcess process;
+        process.start(program, arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        EXPECT_TRUE(process.waitForFinished(30'000));
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+        return process.readAllStandardOutput();
+    }
+};
+
+TEST_F(OddServerTest, CompressedStreamIsRead)
+{
+    const QByteArray stream = event("compressed") + event(" text") + "data: [DONE]\n\n";
+    const QByteArray gzip = output("gzip", {"-c"}, stream);
+    RawHttpServer server(RawHttpServer::answering([&](const RawHttpRequest &) {
+        return rawHttpResponse(200, gzip,
+                               {{"Content-Encoding", "gzip"}, {"Content-Type", "text/event-stream"}});
+    }));
+    EXPECT_EQ(turn(server).text(), "compressed text");
+}
+
+TEST_F(OddServerTest, BodyThatEndsWithTheConnectionIsWhole)
+{
+    RawHttpServer server(sending("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + event("a") + event("b")));
+    EXPECT_EQ(turn(server).text(), "ab");
+}
+
+TEST_F(OddServerTest, LastLineNeedsNoEnd)
+{
+    RawHttpServer server(sending("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + event("a").trimmed()));
+    EXPECT_EQ(turn(server).text(), "a");
+}
+
+TEST_F(OddServerTest, TruncatedChunkedBodyIsATransportError)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}));
+        connection.sendChunk(event("a"));
+        connection.close();
+    });
+    const TurnOutcome outcome = turn(server);
+    EXPECT_EQ(outcome.pieces, QStringList("a"));
+    EXPECT_EQ(outcome.transportError, TransportError::Kind::NetworkConnectionLost);
+}
+
+TEST_F(OddServerTest, EndMarkerEndsTheTurnThoughTheConnectionStaysOpen)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}));
+        connection.sendChunk(event("a") + "data: [DONE]\n\n" + event("late"));
+        connection.waitUntilClosedByPeer();
+    });
+    const TurnOutcome outcome = turn(server);
+    EXPECT_EQ(outcome.text(), "a");
+    EXPECT_EQ(outcome.pieces, QStringList("a"));
+}
+
+TEST_F(OddServerTest, ConnectionServesTheNextTurn)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        while (connection.readRequest()) {
+            connection.send(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}));
+            connection.sendChunk(event("a") + "data: [DONE]\n\n");
+            connection.sendChunk("\n");
+            connection.send("0\r\n\r\n");
+        }
+    });
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(turn(server).text(), "a");
+        settle();
+    }
+    EXPECT_EQ(server.acceptedConnections(), 1);
+}
+
+TEST_F(OddServerTest, WhatIsNoHttpIsATransportError)
+{
+    RawHttpServer server(sending("220 mail ready\r\n"));
+    EXPECT_TRUE(turn(server).transportError.has_value());
+}
+
+TEST_F(OddServerTest, LineAboveTheLimitIsATransportError)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Connection", "close"}}));
+        while (connection.send(QByteArray(1024 * 1024, 'x'))) {
+        }
+    });
+    EXPECT_EQ(turn(server).transportError, TransportError::Kind::TooLarge);
+}
+
+TEST_F(OddServerTest, AnotherReaderOfJsonUnderstandsEveryNumberInABody)
+{
+    RawHttpServer server(RawHttpServer::answering(
+        [](const RawHttpRequest &) { return rawHttpResponse(200, event("ok") + "data: [DONE]\n\n"); }));
+    const boost::json::object numbers{{"tenths", 0.7},
+                                      {"large", 1e300},
+                                      {"small", 5e-324},
+                                      {"integer", 9007199254740993},
+                                      {"negative", -2.5}};
+    AIConfiguration config = configurationFor(ProviderID::openai);
+    config.temperature = 0.1 + 0.2;
+    config.tools = {AITool{"t", "d", SharedJsonObject(boost::json::object{{"maximum", 0.1}})}};
+    const QList<APIMessage> context{
+        APIMessage{APIMessage::FunctionCall{"c", "f", SharedJsonObject(numbers), {}}}};
+    HttpAIService service(client, endpointsAt(QStringLiteral("http://127.0.0.1:%1").arg(server.port())));
+    EXPECT_EQ(RunningTurn(scheduler, service, context, config).wait().text(), "ok");
+
+    const QByteArray check = "import json, sys\n"
+                             "body = json.load(sys.stdin)\n"
+                             "a = json.loads(body['messages'][0]['tool_calls'][0]['function']['arguments'])\n"
+                             "assert a == {'tenths': 0.7, 'large': 1e300, 'small': 5e-324,\n"
+                             "             'integer': 9007199254740993, 'negative': -2.5}, a\n"
+                             "assert type(a['integer']) is int\n"
+                             "assert body['temperature'] == 0.1 + 0.2\n"
+                             "assert body['tools'][0]['function']['parameters']['maximum'] == 0.1\n"
+                             "print('understood')\n";
+    EXPECT_EQ(output("python3", {"-c", check}, server.requests().value(0).body), "understood\n");
+}
+
+} // namespace
+} // namespace morvane
