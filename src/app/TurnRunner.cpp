@@ -1,5 +1,6 @@
 #include "app/TurnRunner.h"
 
+#include "async/CheckCancelled.h"
 #include "async/CurrentContext.h"
 #include "async/Race.h"
 #include "async/Sleep.h"
@@ -51,6 +52,7 @@ Task<AITurnResult> watchdog(std::shared_ptr<const ActivityClock> activity, Stall
 Task<AITurnResult> TurnRunner::runTurn(QList<APIMessage> context, AIConfiguration config,
                                        AIService::TokenCallback onToken)
 {
+    co_await checkCancelled();
     const Clock &clock = (co_await currentContext()).scheduler->clock();
     const auto activity = std::make_shared<ActivityClock>(ActivityClock{clock.now()});
     const ProviderID provider = config.provider;
