@@ -1,0 +1,147 @@
+#pragma once
+
+#include "ui/conversation/CodeButtons.h"
+#include "ui/conversation/ConversationLayout.h"
+#include "ui/conversation/NearBottomTracker.h"
+#include "ui/conversation/RowActions.h"
+#include "ui/conversation/ScrollAnchor.h"
+#include "ui/conversation/TextSelection.h"
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QVariantAnimation>
+#include <functional>
+#include <optional>
+
+class QUrl;
+
+namespace morvane {
+
+class ActivityLog;
+class Announcer;
+class Transcript;
+
+/// Shows the messages, the activity of the current request and the answer that grows, and keeps the newest
+/// text in sight without fighting a user who scrolled up. It draws only what is in sight; assistive
+/// technology finds every row through ChatScrollViewAccessible. Main thread.
+class ChatScrollView : public QAbstractScrollArea {
+    Q_OBJECT
+public:
+    /// All must outlive the view.
+    ChatScrollView(const Transcript &transcript, const ActivityLog &activity, Announcer &announcer,
+                   QWidget *parent = nullptr);
+
+    const ConversationContent &content() const { return m_content; }
+    const ConversationLayout &rows() const { return m_layout; }
+    const RowActions &actions() const { return m_actions; }
+    bool isNearBottom() const { return m_tracker.isNearBottom(); }
+    QString selectedText() { return m_selection.text(m_layout); }
+    QList<QToolButton *> codeButtons() const { return m_codeButtons.visibleButtons(); }
+
+    /// The row that the keyboard is on, or -1.
+    qsizetype currentRow() const;
+    /// Moves the keyboard to a row and brings it into sight.
+    void setCurrentRow(qsizetype row);
+    /// Where a row stands in the viewport; may lie outside it.
+    QRect rowRect(qsizetype row) const;
+    /// The row at a place of the viewport, or -1.
+    qsizetype rowAt(const QPoint &position) const;
+
+    /// Replaces what opens an address that the user pressed; by default the desktop does.
+    void setLinkOpener(std::function<void(const QUrl &)> opener) { m_openLink = std::move(opener); }
+
+public Q_SLOTS:
+    /// The selected text, or the text of the current row.
+    void copy();
+    /// Selects the whole current row.
+    void selectAll();
+
+Q_SIGNALS:
+    /// For assistive technology: rows were replaced, added at their places, or one changed its words.
+    void rowsReset();
+    void rowsAdded();
+    void rowChanged(qsizetype row);
+    void currentRowChanged(qsizetype row);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    enum class Keep { anchor, bottom };
+    enum class Travel { atOnce, animated };
+
+    void rebuild();
+    void takeMessageChange(qsizetype row);
+    void takeGrowth(qsizetype row, qsizetype from);
+    void takeRows();
+    void schedule();
+    void flush();
+    void relayout(Keep keep);
+    void scrollToBottom(Travel travel);
+    void advanceScroll(const QVariant &progress);
+    void endScroll();
+    void setOffset(int offset);
+    int maximumOffset() const;
+    int anchoredOffset(const ScrollAnchor &anchor);
+    ScrollAnchor anchorAt(int offset);
+    void updateStyle();
+    void showRow(const ConversationItem &item);
+    void movePage(int direction);
+
+    struct Hit {
+        ConversationItem item;
+        TextPosition position;
+        QString link;
+    };
+    std::optional<Hit> hitTest(const QPoint &position, const std::optional<ConversationItem> &within);
+    void extendSelection(const QPoint &position);
+    void openMenu(const ConversationItem &item, const QPoint &globalPosition);
+    void openLink(const QString &address);
+
+    ConversationContent m_content;
+    ConversationLayout m_layout;
+    RowActions m_actions;
+    CodeButtons m_codeButtons;
+    TextSelection m_selection;
+    NearBottomTracker m_tracker;
+    std::function<void(const QUrl &)> m_openLink;
+
+    int m_offset = 0;
+    ScrollAnchor m_anchor;
+    bool m_isAdjusting = false; ///< The scroll bar moves because of us, not of the user.
+    bool m_isDirty = false;
+    bool m_opensAtBottom = true; ///< The conversation was just replaced.
+    std::optional<qsizetype> m_grownMessage;
+    QTimer m_frameTimer;
+    QTimer m_followTimer;
+    QElapsedTimer m_clock;
+    QVariantAnimation m_scrolling;
+    int m_scrollStart = 0;
+
+    std::optional<ConversationItem> m_current;
+    bool m_showsFocus = false; ///< The keyboard, not the mouse, brought the focus.
+    QBasicTimer m_dragTimer;
+    QBasicTimer m_tripleClickTimer;
+    QPoint m_pressedAt;
+    QString m_pressedLink;
+    bool m_isDragging = false;
+};
+
+} // namespace morvane

@@ -1,0 +1,133 @@
+#include "ui/conversation/ConversationLayout.h"
+
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+constexpr int narrowestText = 48;
+constexpr double bubbleShare = 0.82;
+constexpr int columnsPerIndent = 3;
+
+} // namespace
+
+int ConversationLayout::columnWidth() const
+{
+    const int limit = m_style.columnLimit + m_style.markSize + m_style.markGap;
+    return qMax(narrowestText, qMin(m_width - 2 * m_style.margin, limit));
+}
+
+bool ConversationLayout::isUser(const ConversationItem &item) const
+{
+    return item.kind == ConversationItem::Kind::message && m_content.message(item).role == Role::user;
+}
+
+int ConversationLayout::bubbleLimit() const
+{
+    return qMax(narrowestText, qRound(columnWidth() * bubbleShare) - 2 * m_style.bubblePadding);
+}
+
+int ConversationLayout::bubbleWidth(const ConversationItem &item) const
+{
+    const RowLayout &row = rowLayout(item);
+    int width = row.isSplit() ? 1 : bubbleLimit();
+    for (const SegmentLayout &segment : row.segments) {
+        width = qMax(width, segment.isMeasured ? segment.naturalWidth : bubbleLimit());
+    }
+    return qMin(width, bubbleLimit());
+}
+
+RowFrame ConversationLayout::rowFrame(const ConversationItem &item) const
+{
+    const int half = m_style.rowGap / 2;
+    const int leading = m_style.markSize + m_style.markGap;
+    RowFrame frame{
+        .left = columnLeft() + leading, .top = half, .width = columnWidth() - leading, .bottom = half};
+    switch (item.kind) {
+    case ConversationItem::Kind::message:
+        if (isUser(item)) {
+            frame.width = bubbleWidth(item);
+            frame.left = columnLeft() + columnWidth() - m_style.bubblePadding - frame.width;
+            frame.top += m_style.bubblePadding;
+            frame.bottom += m_style.bubblePadding;
+        }
+        break;
+    case ConversationItem::Kind::activityHeader:
+        frame.bottom = m_style.rowGap / 6;
+        [[fallthrough]];
+    case ConversationItem::Kind::activityStep: {
+        const int symbol = m_style.symbolSize + m_style.markGap / 2;
+        frame.left += symbol;
+        frame.width -= symbol;
+        if (item.kind == ConversationItem::Kind::activityStep) {
+            frame.top = frame.bottom = qMax(2, m_style.rowGap / 8);
+            frame.width -= m_style.timeWidth + m_style.markGap;
+        }
+        break;
+    }
+    }
+    return frame;
+}
+
+SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsizetype index) const
+{
+    const TextSegment &segment = rowLayout(item).segments.at(index).segment;
+    SegmentFrame frame;
+    frame.width = isUser(item) ? bubbleLimit() : rowFrame(item).width;
+    const int indent = (segment.indent + columnsPerIndent - 1) / columnsPerIndent;
+    frame.left = qMin(indent * m_style.indentWidth, frame.width / 3);
+    const int gap = index > 0 ? m_style.segmentGap : 0;
+    switch (segment.kind) {
+    case TextSegment::Kind::plain:
+        break;
+    case TextSegment::Kind::markdown:
+        frame.gap = gap;
+        break;
+    case TextSegment::Kind::note:
+        frame.gap = gap / 2;
+        break;
+    case TextSegment::Kind::code:
+        frame.gap = segment.startsBlock ? gap : 0;
+        frame.header = segment.startsBlock ? m_style.codeHeaderHeight : 0;
+        frame.footer = segment.endsBlock ? m_style.codePadding : 0;
+        frame.left += m_style.codePadding;
+        frame.width -= m_style.codePadding;
+        break;
+    }
+    frame.width = qMax(narrowestText, frame.width - frame.left);
+    return frame;
+}
+
+int ConversationLayout::estimatedLines(QStringView text, double characterWidth, int width) const
+{
+    const double perLine = qMax(1.0, width / qMax(1.0, characterWidth));
+    const auto lineEnds = std::count(text.begin(), text.end(), u'\n');
+    // Some of the lines wrap once more than their length tells.
+    return static_cast<int>(static_cast<double>(lineEnds) * 0.7 +
+                            static_cast<double>(text.size()) / perLine) +
+           1;
+}
+
+int ConversationLayout::estimatedRowHeight(const ConversationItem &item) const
+{
+    const RowFrame frame = rowFrame(item);
+    const bool isMessage = item.kind == ConversationItem::Kind::message;
+    const int line = isMessage ? m_style.lineHeight : m_style.captionLineHeight;
+    return frame.top + frame.bottom +
+           estimatedLines(m_content.text(item), m_style.averageCharacter, frame.width) * line;
+}
+
+int ConversationLayout::estimatedHeight(const ConversationItem &item, qsizetype index) const
+{
+    const SegmentLayout &segment = rowLayout(item).segments.at(index);
+    const SegmentFrame frame = segmentFrame(item, index);
+    const double character =
+        segment.segment.kind == TextSegment::Kind::code ? m_style.codeCharacter : m_style.averageCharacter;
+    const int line =
+        item.kind == ConversationItem::Kind::message ? m_style.lineHeight : m_style.captionLineHeight;
+    return frame.gap + frame.header + frame.footer +
+           estimatedLines(m_texts.text(item, segment), character, frame.width) * line;
+}
+
+} // namespace morvane

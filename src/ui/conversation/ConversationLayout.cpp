@@ -1,0 +1,363 @@
+#include "ui/conversation/ConversationLayout.h"
+
+#include "ui/conversation/DocumentBuilder.h"
+#include "ui/markdown/MarkdownSegmenter.h"
+#include "ui/markdown/PlainTextSegmenter.h"
+
+#include <QTextFormat>
+
+namespace morvane {
+
+namespace {
+
+using Kind = ConversationItem::Kind;
+
+qsizetype indexOf(const ConversationItem &item)
+{
+    return item.kind == Kind::activityStep ? item.index + 1 : item.index;
+}
+
+bool isMessage(const ConversationItem &item)
+{
+    return item.kind == Kind::message;
+}
+
+} // namespace
+
+HeightIndex &ConversationLayout::heights(const ConversationItem &item)
+{
+    return isMessage(item) ? m_messageHeights : m_activityHeights;
+}
+
+const HeightIndex &ConversationLayout::heights(const ConversationItem &item) const
+{
+    return isMessage(item) ? m_messageHeights : m_activityHeights;
+}
+
+RowLayout &ConversationLayout::rowLayout(const ConversationItem &item)
+{
+    return isMessage(item) ? m_messages[item.index] : m_activity[indexOf(item)];
+}
+
+const RowLayout &ConversationLayout::rowLayout(const ConversationItem &item) const
+{
+    return isMessage(item) ? m_messages.at(item.index) : m_activity.at(indexOf(item));
+}
+
+void ConversationLayout::setStyle(const ConversationStyle &style)
+{
+    m_style = style;
+    reset();
+}
+
+void ConversationLayout::setWidth(int width)
+{
+    if (width == m_width) {
+        return;
+    }
+    m_width = width;
+    for (qsizetype row = 0; row < m_content.count(); ++row) {
+        const ConversationItem item = m_content.item(row);
+        RowLayout &layout = rowLayout(item);
+        for (qsizetype i = 0; i < layout.segments.size(); ++i) {
+            layout.segments[i].isMeasured = false;
+            layout.segments[i].height = estimatedHeight(item, i);
+        }
+        updateRowHeight(item);
+    }
+}
+
+void ConversationLayout::reset()
+{
+    m_documents.clear();
+    m_messages.clear();
+    m_activity.clear();
+    m_messageHeights.clear();
+    m_activityHeights.clear();
+    update();
+}
+
+void ConversationLayout::update()
+{
+    while (m_messages.size() < m_content.messageCount()) {
+        const ConversationItem item{.kind = Kind::message, .index = m_messages.size()};
+        m_messages.emplaceBack();
+        m_messageHeights.append(estimatedRowHeight(item));
+    }
+    while (m_activity.size() < m_content.activityCount()) {
+        const bool isHeader = m_activity.isEmpty();
+        const ConversationItem item{.kind = isHeader ? Kind::activityHeader : Kind::activityStep,
+                                    .index = isHeader ? 0 : m_activity.size() - 1};
+        m_activity.emplaceBack();
+        m_activityHeights.append(estimatedRowHeight(item));
+    }
+}
+
+void ConversationLayout::grow(const ConversationItem &item)
+{
+    RowLayout &row = rowLayout(item);
+    if (!row.isSplit()) {
+        updateRowHeight(item);
+        return;
+    }
+    while (row.segments.last().segment.kind == TextSegment::Kind::note) {
+        row.segments.removeLast();
+    }
+    const SegmentLayout last = row.segments.takeLast();
+    const qsizetype first = row.segments.size();
+    QList<TextSegment> tail{last.segment};
+    extendPlainSegments(tail, m_content.text(item));
+    for (const TextSegment &segment : tail) {
+        row.segments.append({.segment = segment});
+        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
+    }
+    // While a segment is in sight its measured height is closer to the next one than any estimate.
+    if (last.isMeasured && row.segments.at(first).segment.length >= last.segment.length) {
+        row.segments[first].height = qMax(last.height, row.segments.at(first).height);
+    }
+    addNotes(item, row);
+    updateRowHeight(item);
+}
+
+void ConversationLayout::invalidate(const ConversationItem &item)
+{
+    m_documents.removeRow(item);
+    rowLayout(item) = RowLayout();
+    updateRowHeight(item);
+}
+
+int ConversationLayout::height() const
+{
+    return top(m_content.count()) + m_style.endGap;
+}
+
+int ConversationLayout::top(qsizetype row) const
+{
+    const qsizetype completed = m_content.completedCount();
+    if (row <= completed) {
+        return m_style.endGap + m_messageHeights.top(row);
+    }
+    const qsizetype activity = m_content.activityCount();
+    const qsizetype inActivity = row - completed;
+    const int above =
+        m_style.endGap + m_messageHeights.top(completed) + m_activityHeights.top(qMin(inActivity, activity));
+    return inActivity <= activity ? above : above + m_messageHeights.height(completed);
+}
+
+int ConversationLayout::rowHeight(const ConversationItem &item) const
+{
+    return heights(item).height(indexOf(item));
+}
+
+qsizetype ConversationLayout::rowAt(int y) const
+{
+    if (m_content.count() == 0) {
+        return -1;
+    }
+    const qsizetype completed = m_content.completedCount();
+    const int completedBottom = top(completed);
+    if (y < completedBottom || m_content.count() == completed) {
+        return qMin(m_messageHeights.rowAt(y - m_style.endGap), completed - 1);
+    }
+    const qsizetype activity = m_content.activityCount();
+    if (activity > 0 && (y < completedBottom + m_activityHeights.total() || !m_content.hasActiveResponse())) {
+        return completed + m_activityHeights.rowAt(y - completedBottom);
+    }
+    return m_content.count() - 1;
+}
+
+bool ConversationLayout::prepare(int top, int bottom)
+{
+    bool hasChanged = false;
+    for (qsizetype row = qMax<qsizetype>(0, rowAt(top)); row < m_content.count(); ++row) {
+        const int rowTop = this->top(row);
+        if (rowTop >= bottom) {
+            break;
+        }
+        hasChanged |= prepareRow(m_content.item(row), top - rowTop, bottom - rowTop);
+    }
+    return hasChanged;
+}
+
+bool ConversationLayout::prepareRow(const ConversationItem &item, int top, int bottom)
+{
+    const int heightBefore = rowHeight(item);
+    split(item);
+    RowLayout &row = rowLayout(item);
+    int y = rowFrame(item).top;
+    for (qsizetype i = 0; i < row.segments.size() && y < bottom; ++i) {
+        SegmentLayout &segment = row.segments[i];
+        if (y + segment.height > top) {
+            if (segment.isMeasured) {
+                document(item, i);
+            } else {
+                measure(item, i);
+            }
+        }
+        y += segment.height;
+    }
+    updateRowHeight(item);
+    return rowHeight(item) != heightBefore;
+}
+
+void ConversationLayout::measure(const ConversationItem &item, qsizetype index)
+{
+    QTextDocument &laidOut = document(item, index);
+    const SegmentFrame frame = segmentFrame(item, index);
+    SegmentLayout &segment = rowLayout(item).segments[index];
+    segment.naturalWidth = qCeil(laidOut.idealWidth());
+    segment.height = frame.gap + frame.header + qCeil(laidOut.size().height()) + frame.footer;
+    segment.isMeasured = true;
+}
+
+void ConversationLayout::updateRowHeight(const ConversationItem &item)
+{
+    const RowLayout &row = rowLayout(item);
+    int height = 0;
+    if (row.isSplit()) {
+        const RowFrame frame = rowFrame(item);
+        height = frame.top + frame.bottom;
+        for (const SegmentLayout &segment : row.segments) {
+            height += segment.height;
+        }
+    } else {
+        height = estimatedRowHeight(item);
+    }
+    heights(item).setHeight(indexOf(item), height);
+}
+
+const RowLayout &ConversationLayout::row(const ConversationItem &item)
+{
+    split(item);
+    return rowLayout(item);
+}
+
+void ConversationLayout::split(const ConversationItem &item)
+{
+    RowLayout &row = rowLayout(item);
+    if (row.isSplit()) {
+        return;
+    }
+    const QString text = m_content.text(item);
+    QList<TextSegment> segments;
+    if (m_content.isFormatted(item)) {
+        MarkdownSegments markdown = MarkdownSegmenter::segments(text);
+        segments = std::move(markdown.segments);
+        row.references = std::move(markdown.references);
+    } else {
+        extendPlainSegments(segments, text);
+    }
+    row.segments.reserve(segments.size() + 1);
+    for (const TextSegment &segment : segments) {
+        row.segments.append({.segment = segment});
+        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
+    }
+    if (isMessage(item)) {
+        addNotes(item, row);
+    }
+    updateRowHeight(item);
+}
+
+void ConversationLayout::addNotes(const ConversationItem &item, RowLayout &row) const
+{
+    const auto add = [&](SegmentLayout::Note note) {
+        row.segments.append({.segment = {.kind = TextSegment::Kind::note}, .note = note});
+        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
+    };
+    const ChatMessage &message = m_content.message(item);
+    if (!message.text.isEmpty() && !message.attachments.isEmpty()) {
+        add(SegmentLayout::Note::attachments);
+    }
+    if (message.isStreaming) {
+        add(SegmentLayout::Note::responding);
+    }
+    if (message.errorMessage) {
+        add(SegmentLayout::Note::error);
+    }
+}
+
+qsizetype ConversationLayout::segmentAt(const ConversationItem &item, int y)
+{
+    const RowLayout &layout = row(item);
+    int bottom = rowFrame(item).top;
+    for (qsizetype i = 0; i < layout.segments.size(); ++i) {
+        bottom += layout.segments.at(i).height;
+        if (y < bottom) {
+            return i;
+        }
+    }
+    return layout.segments.size() - 1;
+}
+
+int ConversationLayout::segmentTop(const ConversationItem &item, qsizetype segment) const
+{
+    int y = rowFrame(item).top;
+    const RowLayout &row = rowLayout(item);
+    for (qsizetype i = 0; i < segment; ++i) {
+        y += row.segments.at(i).height;
+    }
+    return y;
+}
+
+QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizetype index)
+{
+    const SegmentLayout segment = rowLayout(item).segments.at(index);
+    const SegmentKey key{.item = item, .segment = index};
+    SegmentDocuments::Entry *entry = m_documents.find(key);
+    const bool isPlain = segment.segment.kind == TextSegment::Kind::plain;
+    if (isPlain && entry != nullptr) {
+        const QString text = m_texts.text(item, segment);
+        if (text.size() > entry->shownLength) {
+            appendPlainText(*entry->document, text.sliced(entry->shownLength));
+            entry->shownLength = text.size();
+        } else if (text.size() < entry->shownLength) {
+            entry = nullptr;
+        }
+    }
+    if (entry == nullptr) {
+        entry = &m_documents.insert(key, m_texts.makeDocument(item, rowLayout(item), index));
+        entry->shownLength = isPlain ? m_texts.text(item, segment).size() : segment.segment.length;
+    }
+    const int width = segmentFrame(item, index).width;
+    if (entry->width != width) {
+        entry->width = width;
+        entry->document->setTextWidth(width);
+        // A short message gets a narrow bubble, in which text from right to left must find its edge.
+        if (isUser(item)) {
+            entry->document->setTextWidth(qMin(width, qCeil(entry->document->idealWidth())));
+        }
+    }
+    return *entry->document;
+}
+
+QString ConversationLayout::plainText(const ConversationItem &item, qsizetype segment) const
+{
+    return m_texts.plainText(item, rowLayout(item), segment);
+}
+
+bool ConversationLayout::endsLine(const ConversationItem &item, qsizetype segment) const
+{
+    return m_texts.endsLine(item, rowLayout(item).segments.at(segment));
+}
+
+QStringList ConversationLayout::links(const ConversationItem &item)
+{
+    constexpr qsizetype limit = 10;
+    QStringList links;
+    const qsizetype count = rowLayout(item).segments.size();
+    for (qsizetype i = 0; i < count; ++i) {
+        const SegmentDocuments::Entry *entry = m_documents.find({.item = item, .segment = i});
+        if (entry == nullptr) {
+            continue;
+        }
+        for (const QTextFormat &format : entry->document->allFormats()) {
+            const QString address = format.toCharFormat().anchorHref();
+            if (!address.isEmpty() && !links.contains(address) && links.size() < limit) {
+                links += address;
+            }
+        }
+    }
+    return links;
+}
+
+} // namespace morvane

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "ui/conversation/ConversationContent.h"
+#include "ui/conversation/ConversationStyle.h"
+#include "ui/conversation/HeightIndex.h"
+#include "ui/conversation/RowLayout.h"
+#include "ui/conversation/SegmentContent.h"
+#include "ui/conversation/SegmentDocuments.h"
+
+#include <QList>
+#include <QStringList>
+
+namespace morvane {
+
+/// Where every row and segment of the conversation stands. Only what comes near the viewport is cut into
+/// segments and laid out; the rest has estimated heights. All measures are logical pixels; `y` counts from
+/// the top of the first row unless said otherwise.
+class ConversationLayout {
+public:
+    /// `content` must outlive the layout.
+    explicit ConversationLayout(const ConversationContent &content)
+        : m_content(content), m_texts(content, m_style)
+    {
+    }
+
+    void setStyle(const ConversationStyle &style);
+    void setWidth(int width);
+    const ConversationStyle &style() const { return m_style; }
+    const ConversationContent &content() const { return m_content; }
+
+    /// Forgets everything and takes the rows as they are now.
+    void reset();
+    /// Takes the rows that were added since.
+    void update();
+    /// The text of a streaming message grew.
+    void grow(const ConversationItem &item);
+    /// Anything else about a row changed.
+    void invalidate(const ConversationItem &item);
+
+    int height() const;
+    /// `row` may equal the number of rows.
+    int top(qsizetype row) const;
+    int rowHeight(const ConversationItem &item) const;
+    /// The row that covers `y`, or the nearest; -1 without rows.
+    qsizetype rowAt(int y) const;
+
+    /// Cuts and lays out what stands between `top` and `bottom`. True if any height changed by that.
+    bool prepare(int top, int bottom);
+    /// Starts a pass of prepare calls; documents that the last passes did not need are dropped.
+    void beginPass() { m_documents.beginPass(); }
+
+    /// The parts of a row, cut if they were not.
+    const RowLayout &row(const ConversationItem &item);
+    /// The parts as far as they are known.
+    const RowLayout &peek(const ConversationItem &item) const { return rowLayout(item); }
+    /// The segment that covers `y`, counted from the row's top, or the nearest.
+    qsizetype segmentAt(const ConversationItem &item, int y);
+    /// From the row's top to the gap above a segment.
+    int segmentTop(const ConversationItem &item, qsizetype segment) const;
+    /// The document of a segment, laid out; made if it is not kept.
+    QTextDocument &document(const ConversationItem &item, qsizetype segment);
+    /// What a segment shows, without formatting.
+    QString plainText(const ConversationItem &item, qsizetype segment) const;
+    /// Whether a line ends with the segment; false where a long line was cut.
+    bool endsLine(const ConversationItem &item, qsizetype segment) const;
+
+    /// The addresses in the parts of a row that are laid out, each once, at most ten.
+    QStringList links(const ConversationItem &item);
+
+    RowFrame rowFrame(const ConversationItem &item) const;
+    SegmentFrame segmentFrame(const ConversationItem &item, qsizetype segment) const;
+    int columnLeft() const { return (m_width - columnWidth()) / 2; }
+    int columnWidth() const;
+    bool isUser(const ConversationItem &item) const;
+
+    qsizetype documentCount() const { return m_documents.count(); }
+
+private:
+    HeightIndex &heights(const ConversationItem &item);
+    const HeightIndex &heights(const ConversationItem &item) const;
+    RowLayout &rowLayout(const ConversationItem &item);
+    const RowLayout &rowLayout(const ConversationItem &item) const;
+    void split(const ConversationItem &item);
+    void addNotes(const ConversationItem &item, RowLayout &row) const;
+    bool prepareRow(const ConversationItem &item, int top, int bottom);
+    void measure(const ConversationItem &item, qsizetype segment);
+    void updateRowHeight(const ConversationItem &item);
+    int estimatedRowHeight(const ConversationItem &item) const;
+    int estimatedHeight(const ConversationItem &item, qsizetype segment) const;
+    int estimatedLines(QStringView text, double characterWidth, int width) const;
+    int bubbleWidth(const ConversationItem &item) const;
+    int bubbleLimit() const;
+
+    const ConversationContent &m_content;
+    ConversationStyle m_style;
+    int m_width = 0;
+    QList<RowLayout> m_messages;
+    QList<RowLayout> m_activity; ///< The header, then the steps.
+    HeightIndex m_messageHeights;
+    HeightIndex m_activityHeights;
+    SegmentDocuments m_documents;
+    SegmentContent m_texts;
+};
+
+} // namespace morvane

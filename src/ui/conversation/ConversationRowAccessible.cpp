@@ -1,0 +1,93 @@
+#include "ui/conversation/ConversationRowAccessible.h"
+
+#include "ui/conversation/ChatScrollView.h"
+
+#include <QWindow>
+
+namespace morvane {
+
+qsizetype ConversationRowAccessible::row() const
+{
+    return m_view ? m_view->content().position(m_item) : -1;
+}
+
+bool ConversationRowAccessible::isValid() const
+{
+    return row() >= 0;
+}
+
+QWindow *ConversationRowAccessible::window() const
+{
+    return m_view ? m_view->window()->windowHandle() : nullptr;
+}
+
+QAccessibleInterface *ConversationRowAccessible::parent() const
+{
+    return m_view ? QAccessible::queryAccessibleInterface(m_view) : nullptr;
+}
+
+QString ConversationRowAccessible::text(QAccessible::Text text) const
+{
+    if (!isValid()) {
+        return {};
+    }
+    switch (text) {
+    case QAccessible::Name:
+        return m_view->content().accessibleName(m_item);
+    case QAccessible::Description:
+        return m_view->actions().hint(m_item);
+    default:
+        return {};
+    }
+}
+
+QRect ConversationRowAccessible::rect() const
+{
+    if (!isValid()) {
+        return {};
+    }
+    const QRect rect = m_view->rowRect(row());
+    return {m_view->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+}
+
+QAccessible::Role ConversationRowAccessible::role() const
+{
+    return m_item.kind == ConversationItem::Kind::activityHeader ? QAccessible::Heading
+                                                                 : QAccessible::ListItem;
+}
+
+QAccessible::State ConversationRowAccessible::state() const
+{
+    QAccessible::State state;
+    if (!isValid()) {
+        state.invalid = true;
+        return state;
+    }
+    const QRect rect = m_view->rowRect(row());
+    state.focusable = true;
+    state.readOnly = true;
+    state.focused = m_view->hasFocus() && m_view->currentRow() == row();
+    state.offscreen = !rect.intersects(m_view->viewport()->rect());
+    state.invisible = !m_view->isVisible();
+    return state;
+}
+
+void *ConversationRowAccessible::interface_cast(QAccessible::InterfaceType type)
+{
+    const bool hasActions = type == QAccessible::ActionInterface && !actionNames().isEmpty();
+    return hasActions ? static_cast<QAccessibleActionInterface *>(this) : nullptr;
+}
+
+QStringList ConversationRowAccessible::actionNames() const
+{
+    return isValid() ? m_view->actions().names(m_item) : QStringList();
+}
+
+void ConversationRowAccessible::doAction(const QString &name)
+{
+    if (isValid()) {
+        m_view->actions().perform(name, m_item);
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ui/conversation/ConversationStyle.h"
+#include "ui/markdown/MarkdownBlock.h"
+
+#include <QColor>
+#include <QFont>
+#include <QList>
+#include <QString>
+#include <QTextDocument>
+#include <memory>
+
+namespace morvane {
+
+/// A document with `text` as it stands, a block for each line; a single line end at the close is left out.
+/// Documents have no margin and no undo, and load nothing from anywhere.
+std::unique_ptr<QTextDocument> plainDocument(const QString &text, const QFont &font, const QColor &color);
+
+/// A document with formatted text.
+std::unique_ptr<QTextDocument> markdownDocument(const QList<MarkdownBlock> &blocks,
+                                                const ConversationStyle &style);
+
+/// Adds to the end of a plain document what its text grew by.
+void appendPlainText(QTextDocument &document, const QString &text);
+
+} // namespace morvane

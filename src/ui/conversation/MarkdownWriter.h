@@ -1,0 +1,37 @@
+#pragma once
+
+#include "ui/conversation/ConversationStyle.h"
+#include "ui/markdown/MarkdownBlock.h"
+
+#include <QTextBlockFormat>
+#include <QTextCharFormat>
+#include <QTextCursor>
+#include <QTextDocument>
+
+namespace morvane {
+
+/// Writes blocks of Markdown into an empty document.
+class MarkdownWriter {
+public:
+    /// Both must outlive the writer.
+    MarkdownWriter(QTextDocument &document, const ConversationStyle &style);
+
+    void write(const QList<MarkdownBlock> &blocks);
+
+private:
+    void writeText(const MarkdownBlock &block);
+    void writeRuns(QTextCursor &cursor, const QList<MarkdownRun> &runs, const QTextCharFormat &base) const;
+    void writeRule();
+    void writeTable(const MarkdownBlock &block);
+    void writeTableAsText(const MarkdownBlock &block);
+    void startBlock(const QTextBlockFormat &format, const QTextCharFormat &characters);
+    QTextBlockFormat blockFormat(const MarkdownBlock &block) const;
+    QTextCharFormat textFormat(const MarkdownBlock &block) const;
+
+    const ConversationStyle &m_style;
+    QTextCursor m_cursor;
+    bool m_isBlockUsed = false; ///< Whether the block at the cursor holds something.
+    bool m_isFirst = true;
+};
+
+} // namespace morvane

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "ui/conversation/ConversationContent.h"
+#include "ui/conversation/ConversationStyle.h"
+#include "ui/conversation/RowLayout.h"
+
+#include <QString>
+#include <QTextDocument>
+#include <memory>
+
+namespace morvane {
+
+/// What stands in a segment: its text, and the document that shows it.
+class SegmentContent {
+public:
+    /// Both must outlive this.
+    SegmentContent(const ConversationContent &content, const ConversationStyle &style)
+        : m_content(content), m_style(style)
+    {
+    }
+
+    /// What a segment covers of its row's text, without the line end that closes it, or the words of a note.
+    QString text(const ConversationItem &item, const SegmentLayout &segment) const;
+    /// What a segment shows, without formatting.
+    QString plainText(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
+    /// Whether a line ends with the segment; false where a long line was cut.
+    bool endsLine(const ConversationItem &item, const SegmentLayout &segment) const;
+    /// A document that is not laid out yet.
+    std::unique_ptr<QTextDocument> makeDocument(const ConversationItem &item, const RowLayout &row,
+                                                qsizetype segment) const;
+
+private:
+    QString noteText(const ChatMessage &message, SegmentLayout::Note note) const;
+    QString source(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
+
+    const ConversationContent &m_content;
+    const ConversationStyle &m_style;
+};
+
+} // namespace morvane

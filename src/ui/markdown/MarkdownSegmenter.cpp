@@ -1,0 +1,253 @@
+#include "ui/markdown/MarkdownSegmenter.h"
+
+#include "ui/markdown/PlainTextSegmenter.h"
+
+namespace morvane {
+
+namespace {
+
+constexpr int codeIndent = 4;
+/// More than this many characters of link definitions would be parsed again for every segment.
+constexpr qsizetype referencesLimit = 16'000;
+
+/// A fence may also open right behind the marker of a list item.
+std::optional<CodeFence> fenceOpenedBy(const MarkdownLine &line)
+{
+    if (!line.isListItem()) {
+        return CodeFence::opening(line);
+    }
+    const qsizetype markerEnd = line.trimmed.indexOf(u' ');
+    if (markerEnd < 0) {
+        return std::nullopt;
+    }
+    auto fence = CodeFence::opening(MarkdownLine(line.trimmed.sliced(markerEnd)));
+    if (fence) {
+        fence->indent += line.indent + static_cast<int>(markerEnd);
+    }
+    return fence;
+}
+
+} // namespace
+
+MarkdownSegments MarkdownSegmenter::segments(QStringView text)
+{
+    MarkdownSegmenter segmenter(text);
+    segmenter.run();
+    return std::move(segmenter.m_result);
+}
+
+void MarkdownSegmenter::run()
+{
+    qsizetype at = 0;
+    while (at < m_text.size()) {
+        const qsizetype lineEnd = m_text.indexOf(u'\n', at);
+        const qsizetype end = lineEnd < 0 ? m_text.size() : lineEnd;
+        addLine(MarkdownLine(m_text.sliced(at, end - at)), at, end);
+        m_previousLine = at;
+        at = end + 1;
+        ++m_line;
+    }
+    if (m_fence || m_inIndentedCode) {
+        closeCode();
+    } else {
+        flushText();
+    }
+    if (m_result.segments.isEmpty()) {
+        m_result.segments.append({.kind = TextSegment::Kind::markdown});
+    }
+}
+
+void MarkdownSegmenter::addLine(const MarkdownLine &line, qsizetype from, qsizetype end)
+{
+    if (m_fence) {
+        if (m_fence->isClosedBy(line)) {
+            closeCode();
+        } else {
+            addCodeLine(from, end);
+        }
+        return;
+    }
+    if (m_inIndentedCode) {
+        if (line.isBlank()) {
+            return;
+        }
+        if (line.indent >= codeIndent) {
+            addCodeLine(from, end);
+            return;
+        }
+        closeCode();
+    }
+    if (auto fence = fenceOpenedBy(line)) {
+        flushText();
+        m_inList = m_inList || line.isListItem();
+        m_fence = std::move(fence);
+        m_opening = from;
+        m_firstCode = m_result.segments.size();
+        return;
+    }
+    if (opensIndentedCode(line)) {
+        flushText();
+        m_inIndentedCode = true;
+        m_firstCode = m_result.segments.size();
+        addCodeLine(from, end);
+        return;
+    }
+    addTextLine(line, from, end);
+}
+
+bool MarkdownSegmenter::opensIndentedCode(const MarkdownLine &line) const
+{
+    return m_afterBlank && !m_inList && m_indent == 0 && line.indent >= codeIndent && !line.isBlank();
+}
+
+void MarkdownSegmenter::addCodeLine(qsizetype from, qsizetype end)
+{
+    if (m_from < 0) {
+        m_from = from;
+        m_firstLine = m_line;
+    } else if (isFull(end)) {
+        append(m_from, m_end, TextSegment::Kind::code);
+        m_from = from;
+        m_firstLine = m_line;
+    }
+    while (end - m_from > segmentLimit) {
+        const qsizetype length = cutPosition(m_text.sliced(m_from, segmentLimit), segmentLimit);
+        append(m_from, m_from + length, TextSegment::Kind::code);
+        m_from += length;
+    }
+    m_end = end;
+}
+
+void MarkdownSegmenter::closeCode()
+{
+    if (m_from >= 0) {
+        append(m_from, m_end, TextSegment::Kind::code);
+    }
+    auto &segments = m_result.segments;
+    for (qsizetype i = m_firstCode; i < segments.size(); ++i) {
+        segments[i].startsBlock = i == m_firstCode;
+        segments[i].endsBlock = i == segments.size() - 1;
+    }
+    m_indent = m_fence && m_inList ? m_fence->indent : 0;
+    m_from = -1;
+    m_opening = -1;
+    m_fence.reset();
+    m_inIndentedCode = false;
+    m_afterBlank = true;
+}
+
+void MarkdownSegmenter::addTextLine(const MarkdownLine &line, qsizetype from, qsizetype end)
+{
+    if (line.isBlank()) {
+        m_afterBlank = true;
+        m_tableHead = -1;
+        return;
+    }
+    if (m_indent > 0 && line.indent < m_indent) {
+        flushText();
+        m_indent = 0;
+    }
+    noteReference(line);
+    noteTable(line, from);
+    if (m_from < 0) {
+        m_from = from;
+        m_firstLine = m_line;
+    } else {
+        const bool isTableBody = m_tableHead >= 0 && from > m_tableDelimiter;
+        m_cuts[rankBefore(line)] = {.at = from, .line = m_line, .tableHead = isTableBody ? m_tableHead : -1};
+    }
+    if (line.isListItem()) {
+        m_inList = true;
+    } else if (line.isHeading() || (m_afterBlank && line.indent == 0)) {
+        m_inList = false;
+    }
+    m_afterBlank = false;
+    m_afterHeading = line.isHeading();
+    while (isFull(end)) {
+        cut();
+    }
+    m_end = end;
+}
+
+void MarkdownSegmenter::noteTable(const MarkdownLine &line, qsizetype from)
+{
+    if (m_tableHead < 0) {
+        if (line.isTableDelimiter() && !m_afterBlank && m_previousLine >= 0) {
+            m_tableHead = m_previousLine;
+            m_tableDelimiter = from;
+        }
+    } else if (!line.trimmed.contains(u'|')) {
+        m_tableHead = -1;
+    }
+}
+
+void MarkdownSegmenter::noteReference(const MarkdownLine &line)
+{
+    const bool isDefinition =
+        line.indent < codeIndent && line.trimmed.startsWith(u'[') && line.trimmed.indexOf(u"]:") > 1;
+    if (isDefinition && m_result.references.size() + line.trimmed.size() < referencesLimit) {
+        m_result.references += line.trimmed;
+        m_result.references += u'\n';
+    }
+}
+
+MarkdownSegmenter::Rank MarkdownSegmenter::rankBefore(const MarkdownLine &line) const
+{
+    const int indent = line.indent - m_indent;
+    if (m_inList) {
+        if (line.isListItem()) {
+            return indent <= 1 ? betweenItems : betweenLines;
+        }
+        return line.isHeading() || (m_afterBlank && indent <= 0) ? betweenBlocks : betweenLines;
+    }
+    return m_afterBlank || m_afterHeading || line.isHeading() ? betweenBlocks : betweenLines;
+}
+
+bool MarkdownSegmenter::isFull(qsizetype end) const
+{
+    return end - m_from > segmentLimit || m_line - m_firstLine >= segmentLineLimit;
+}
+
+void MarkdownSegmenter::cut()
+{
+    for (int rank = betweenBlocks; rank >= betweenLines; --rank) {
+        const Cut best = m_cuts[static_cast<std::size_t>(rank)];
+        if (best.at > m_from) {
+            append(m_from, best.at, TextSegment::Kind::markdown);
+            m_from = best.at;
+            m_firstLine = best.line;
+            m_opening = best.tableHead;
+            return;
+        }
+    }
+    const qsizetype length = cutPosition(m_text.sliced(m_from, segmentLimit), segmentLimit);
+    append(m_from, m_from + length, TextSegment::Kind::markdown);
+    m_from += length;
+}
+
+void MarkdownSegmenter::flushText()
+{
+    if (m_from >= 0) {
+        append(m_from, m_end, TextSegment::Kind::markdown);
+    }
+    m_from = -1;
+    m_opening = -1;
+    m_cuts = {};
+}
+
+void MarkdownSegmenter::append(qsizetype from, qsizetype end, TextSegment::Kind kind)
+{
+    if (kind == TextSegment::Kind::markdown) {
+        while (end > from && m_text.at(end - 1).isSpace()) {
+            --end;
+        }
+    }
+    const int indent = kind != TextSegment::Kind::code ? m_indent : m_fence ? m_fence->indent : codeIndent;
+    m_result.segments.append({.from = from,
+                              .length = end - from,
+                              .opening = m_opening,
+                              .kind = kind,
+                              .indent = static_cast<quint8>(qMin(indent, 255))});
+}
+
+} // namespace morvane

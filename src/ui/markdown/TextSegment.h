@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace morvane {
+
+/// A piece of a message's text that is laid out and drawn on its own, so that no text, however long, is ever
+/// laid out in one go. The ranges are UTF-16 indices into the message's text.
+struct TextSegment {
+    enum class Kind : quint8 {
+        plain,    ///< Shown as it stands.
+        markdown, ///< Formatted on its own.
+        code,     ///< Lines of a code block.
+        note      ///< A line that belongs to the row but not to the message's text.
+    };
+
+    qsizetype from = 0;
+    qsizetype length = 0;
+    /// Start of the line that opens a code block, or of the table's heading that is repeated above `from`;
+    /// -1 without one.
+    qsizetype opening = -1;
+    Kind kind = Kind::plain;
+    quint8 indent = 0;       ///< Columns of leading white space that are shown as a margin instead.
+    bool startsBlock = true; ///< False for the later pieces of one code block.
+    bool endsBlock = true;
+
+    qsizetype end() const { return from + length; }
+    bool operator==(const TextSegment &) const = default;
+};
+
+/// Longest segment in UTF-16 units: short enough to be laid out well within a frame.
+inline constexpr qsizetype segmentLimit = 4000;
+/// Most lines of a segment, since a line costs as much as some fifty characters.
+inline constexpr qsizetype segmentLineLimit = 80;
+
+} // namespace morvane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPixmap>
+#include <QString>
+
+namespace morvane {
+
+/// The drawn symbols of the program, each one SVG under resources/icons in a single colour.
+enum class Symbol {
+    arrowRight,
+    arrowUp,
+    check,
+    checkCircle,
+    compose,
+    copy,
+    cross,
+    crossCircle,
+    gear,
+    globe,
+    list,
+    paperclip,
+    question,
+    shieldExclamation,
+    stop,
+    trash,
+    triangleExclamation,
+    wrench
+};
+
+/// The symbol as an icon in the text colour of buttons; follows the palette by itself. Cheap: nothing is
+/// read before the icon is first painted.
+QIcon symbolIcon(Symbol symbol);
+
+/// The same in the text colour of default buttons (`QPalette::HighlightedText`).
+QIcon symbolIconOnAccent(Symbol symbol);
+
+/// The symbol drawn at `size` logical pixels in `color`; kept in QPixmapCache.
+QPixmap symbolPixmap(Symbol symbol, int size, const QColor &color, qreal devicePixelRatio);
+
+} // namespace morvane

@@ -1,0 +1,198 @@
+#include "ui/theme/MorvaneStyle.h"
+
+#include "ui/theme/Contrast.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QPainter>
+#include <QStyleFactory>
+#include <QStyleOption>
+
+namespace morvane {
+
+namespace {
+
+constexpr qreal cornerRadius = 7;
+constexpr int scrollBarExtent = 12;
+constexpr int minimumScrollHandle = 32;
+
+/// Deriving the colours takes some thirty contrast computations, too many for each painted button.
+const ThemeColors &colorsOf(const QPalette &palette)
+{
+    thread_local qint64 key = 0;
+    thread_local ThemeColors colors;
+    if (key != palette.cacheKey()) {
+        key = palette.cacheKey();
+        colors = ThemeColors::fromPalette(palette);
+    }
+    return colors;
+}
+
+void drawRounded(QPainter &painter, const QRectF &rect, const QColor &fill, const QColor &border)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(border.isValid() ? QPen(border, 1) : QPen(Qt::NoPen));
+    painter.setBrush(fill.isValid() ? QBrush(fill) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    painter.restore();
+}
+
+} // namespace
+
+MorvaneStyle::MorvaneStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("fusion"))) {}
+
+void MorvaneStyle::drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const QPalette &palette)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colorsOf(palette).focusRing, 2));
+    painter.drawRoundedRect(rect.adjusted(1, 1, -1, -1), radius, radius);
+    painter.restore();
+}
+
+void MorvaneStyle::drawButton(const QStyleOption &option, QPainter &painter) const
+{
+    const ThemeColors &colors = colorsOf(option.palette);
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(&option);
+    const bool isEnabled = option.state.testFlag(State_Enabled);
+    const bool isPressed = option.state.testFlag(State_Sunken) || option.state.testFlag(State_On);
+    const bool isHovered = isEnabled && option.state.testFlag(State_MouseOver);
+    const bool isDefault =
+        isEnabled && button != nullptr && button->features.testFlag(QStyleOptionButton::DefaultButton);
+
+    if (isDefault) {
+        const double shift = isPressed ? 0.2 : isHovered ? 0.1 : 0;
+        drawRounded(painter, option.rect, blended(colors.accent, colors.text, shift), QColor());
+    } else {
+        QColor fill = option.palette.color(QPalette::Button);
+        fill = blended(fill, colors.text, isPressed ? 0.14 : isHovered ? 0.07 : 0);
+        drawRounded(painter, option.rect, fill, isEnabled ? colors.controlBorder : colors.border);
+    }
+}
+
+void MorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                                 const QWidget *widget) const
+{
+    switch (element) {
+    case PE_PanelButtonCommand:
+        drawButton(*option, *painter);
+        return;
+    case PE_PanelButtonTool: {
+        const bool isPressed = option->state.testFlag(State_Sunken) || option->state.testFlag(State_On);
+        const bool isHovered =
+            option->state.testFlag(State_MouseOver) && option->state.testFlag(State_Enabled);
+        if (isPressed || isHovered) {
+            const ThemeColors &colors = colorsOf(option->palette);
+            drawRounded(*painter, option->rect, blended(colors.window, colors.text, isPressed ? 0.16 : 0.08),
+                        QColor());
+        }
+        return;
+    }
+    case PE_FrameFocusRect:
+        drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
+        return;
+    case PE_PanelLineEdit:
+    case PE_FrameLineEdit: {
+        const ThemeColors &colors = colorsOf(option->palette);
+        const bool isEnabled = option->state.testFlag(State_Enabled);
+        drawRounded(*painter, option->rect, option->palette.color(QPalette::Base),
+                    isEnabled ? colors.controlBorder : colors.border);
+        if (option->state.testFlag(State_HasFocus)) {
+            drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
+        }
+        return;
+    }
+    default:
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
+void MorvaneStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                               const QWidget *widget) const
+{
+    if (element == CE_PushButtonLabel) {
+        if (const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+            button != nullptr && button->features.testFlag(QStyleOptionButton::DefaultButton) &&
+            button->state.testFlag(State_Enabled)) {
+            QStyleOptionButton copy = *button;
+            copy.palette.setColor(QPalette::ButtonText, colorsOf(option->palette).onAccent);
+            QProxyStyle::drawControl(element, &copy, painter, widget);
+            return;
+        }
+    }
+    QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void MorvaneStyle::drawScrollBar(const QStyleOptionComplex &option, QPainter &painter,
+                                 const QWidget *widget) const
+{
+    const ThemeColors &colors = colorsOf(option.palette);
+    QRectF handle = subControlRect(CC_ScrollBar, &option, SC_ScrollBarSlider, widget);
+    const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(&option);
+    if (slider == nullptr || slider->maximum <= slider->minimum) {
+        return;
+    }
+    const bool isActive = option.state.testFlag(State_MouseOver) || option.state.testFlag(State_Sunken);
+    const qreal inset = isActive ? 2 : 3;
+    if (slider->orientation == Qt::Vertical) {
+        handle.adjust(inset, 1, -inset, -1);
+    } else {
+        handle.adjust(1, inset, -1, -inset);
+    }
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isActive ? colors.secondaryText : colors.controlBorder);
+    const qreal radius = qMin(handle.width(), handle.height()) / 2;
+    painter.drawRoundedRect(handle, radius, radius);
+    painter.restore();
+}
+
+void MorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option,
+                                      QPainter *painter, const QWidget *widget) const
+{
+    if (control == CC_ScrollBar) {
+        drawScrollBar(*option, *painter, widget);
+        return;
+    }
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+QRect MorvaneStyle::subElementRect(SubElement element, const QStyleOption *option,
+                                   const QWidget *widget) const
+{
+    if (element == SE_PushButtonFocusRect) {
+        return option->rect;
+    }
+    return QProxyStyle::subElementRect(element, option, widget);
+}
+
+QSize MorvaneStyle::sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
+                                     const QWidget *widget) const
+{
+    QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+    if (type == CT_PushButton) {
+        result = QSize(qMax(result.width(), size.width() + 28), qMax(result.height(), size.height() + 14));
+    } else if (type == CT_LineEdit) {
+        result += QSize(8, 8);
+    }
+    return result;
+}
+
+int MorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    switch (metric) {
+    case PM_ScrollBarExtent:
+        return scrollBarExtent;
+    case PM_ScrollBarSliderMin:
+        return minimumScrollHandle;
+    case PM_ButtonShiftHorizontal:
+    case PM_ButtonShiftVertical:
+        return 0;
+    default:
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+} // namespace morvane

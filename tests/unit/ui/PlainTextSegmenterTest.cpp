@@ -1,0 +1,103 @@
+#include "ui/markdown/PlainTextSegmenter.h"
+
+#include <QString>
+#include <gtest/gtest.h>
+
+namespace morvane {
+namespace {
+
+QList<TextSegment> cut(const QString &text)
+{
+    QList<TextSegment> segments;
+    extendPlainSegments(segments, text);
+    return segments;
+}
+
+/// Fails unless the segments cover the text without gaps and none is too long.
+void expectCovers(const QList<TextSegment> &segments, const QString &text)
+{
+    qsizetype at = 0;
+    for (const TextSegment &segment : segments) {
+        EXPECT_EQ(segment.from, at);
+        EXPECT_LE(segment.length, segmentLimit);
+        EXPECT_LE(text.sliced(segment.from, segment.length).count(u'\n'), segmentLineLimit);
+        at = segment.end();
+    }
+    EXPECT_EQ(at, text.size());
+}
+
+TEST(PlainTextSegmenterTest, AShortTextIsOneSegment)
+{
+    EXPECT_EQ(cut(QStringLiteral("Hello\nyou")), (QList<TextSegment>{{.from = 0, .length = 9}}));
+}
+
+TEST(PlainTextSegmenterTest, AnEmptyTextIsOneEmptySegment)
+{
+    EXPECT_EQ(cut({}), (QList<TextSegment>{{.from = 0, .length = 0}}));
+}
+
+TEST(PlainTextSegmenterTest, LongTextsAreCutAtLineEnds)
+{
+    QString text;
+    for (int i = 0; i < 400; ++i) {
+        text += QString(60, u'x') + u'\n';
+    }
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    for (const TextSegment &segment : segments) {
+        EXPECT_EQ(text.at(segment.end() - 1), u'\n');
+    }
+}
+
+TEST(PlainTextSegmenterTest, ManyShortLinesDoNotMakeOneHugeSegment)
+{
+    const QString text(100'000, u'\n');
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    EXPECT_EQ(segments.size(), 100'000 / segmentLineLimit);
+}
+
+TEST(PlainTextSegmenterTest, AParagraphWithoutLineEndsIsCutBetweenWords)
+{
+    const QString text = QStringLiteral("token ").repeated(100'000);
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    for (const TextSegment &segment : segments) {
+        EXPECT_EQ(text.at(segment.from), u't');
+    }
+}
+
+TEST(PlainTextSegmenterTest, AWordWithoutEndIsCutWhereItMust)
+{
+    const QString text(10'000, u'a');
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    EXPECT_EQ(segments.size(), 3);
+}
+
+TEST(PlainTextSegmenterTest, ACutNeverSplitsASurrogatePair)
+{
+    const QString text = QStringLiteral("a") + QStringLiteral("😀").repeated(4000);
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    for (const TextSegment &segment : segments) {
+        EXPECT_FALSE(text.at(segment.from).isLowSurrogate());
+    }
+}
+
+TEST(PlainTextSegmenterTest, AGrowingTextEndsUpCutLikeTheWholeOne)
+{
+    QString text;
+    QList<TextSegment> segments;
+    for (int i = 0; i < 3000; ++i) {
+        text += i % 40 == 0 ? QStringLiteral("word\n") : QStringLiteral("word ");
+        const qsizetype countBefore = segments.size();
+        const qsizetype first = extendPlainSegments(segments, text);
+        EXPECT_GE(first, countBefore - 1);
+    }
+    expectCovers(segments, text);
+    EXPECT_EQ(segments, cut(text));
+}
+
+} // namespace
+} // namespace morvane
