@@ -48,7 +48,7 @@ Task<void> LocalModelFlow::refresh()
     if (m_info.running) {
         m_info.error.clear();
         setProgress(QStringLiteral("The %1 model is ready.").arg(name), m_info.progressFraction);
-        co_await warmUpLocalModel();
+        m_services.scheduler.spawn(warmUpLocalModel());
     } else {
         setProgress(QStringLiteral("Ollama is running, but the %1 model is not downloaded yet.").arg(name),
                     m_info.progressFraction);
@@ -98,8 +98,6 @@ Task<void> LocalModelFlow::installLocalModel()
     setProgress(m_info.progress, std::nullopt);
     m_workspace.status.setStatusText(m_info.running ? QStringLiteral("Ready")
                                                     : QStringLiteral("Local model not ready"));
-    if (!failure)
-        co_await warmUpLocalModel();
 }
 
 Task<void> LocalModelFlow::installSteps()
@@ -124,6 +122,7 @@ Task<void> LocalModelFlow::installSteps()
     log(QStringLiteral("The local model is ready. No limits, everything stays on this Mac."),
         ActivityStep::Kind::success);
     m_workspace.status.announce(QStringLiteral("The local model is ready. You can start chatting."));
+    m_services.scheduler.spawn(warmUpLocalModel());
 }
 
 void LocalModelFlow::reportFailure(const std::exception_ptr &failure)

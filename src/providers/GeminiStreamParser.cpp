@@ -43,8 +43,8 @@ void GeminiStreamParser::takePart(const json::object &part, QStringList &pieces)
     const auto name = function ? stringMember(*function, "name") : std::nullopt;
     if (!name || name->isEmpty())
         return;
-    const auto id = stringMember(*function, "id");
-    const QString key = id.value_or(*name);
+    const QString id = stringMember(*function, "id").value_or(QString());
+    const QString key = id.isEmpty() ? *name : id;
     auto found = m_callByKey.constFind(key);
     if (found == m_callByKey.cend()) {
         found = m_callByKey.insert(key, m_calls.size());

@@ -20,8 +20,8 @@ namespace {
 /// Enough for every error that a provider explains.
 constexpr qsizetype maximumErrorBytes = 1024 * 1024;
 
-/// No honest answer comes near: some two million tokens.
-constexpr qint64 maximumStreamBytes = 512 * 1024 * 1024;
+/// No honest answer comes near: some half a million tokens with the wordiest of frames.
+constexpr qint64 maximumStreamBytes = 256 * 1024 * 1024;
 
 /// From this size on, parsing takes too long for the main thread.
 constexpr qsizetype offMainBytes = 128 * 1024;

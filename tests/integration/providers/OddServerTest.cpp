@@ -128,6 +128,19 @@ TEST_F(OddServerTest, LineAboveTheLimitIsATransportError)
     EXPECT_EQ(turn(server).transportError, TransportError::Kind::TooLarge);
 }
 
+TEST_F(OddServerTest, StreamWithoutEndIsGivenUpAboveTheLimit)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Connection", "close"}}));
+        const QByteArray comment = ": " + QByteArray(1024 * 1024, 'x') + "\n";
+        while (connection.send(comment)) {
+        }
+    });
+    EXPECT_EQ(turn(server).transportError, TransportError::Kind::TooLarge);
+    EXPECT_LT(server.sentBytes(), 300 * 1024 * 1024);
+}
+
 TEST_F(OddServerTest, AnotherReaderOfJsonUnderstandsEveryNumberInABody)
 {
     RawHttpServer server(RawHttpServer::answering(

@@ -375,13 +375,24 @@ TEST_F(AppModelTest, KeyOfAVanishedConversationIsIgnoredAndStays)
 
 TEST_F(AppModelTest, MessageSavedWhileStreamingComesBackAsItWas)
 {
+    const QUuid id = savedConversation(QStringLiteral("Trip"), {message(Role::user, QStringLiteral("hi")),
+                                                                message(Role::assistant, {}, true)});
+    settings->setValue(QStringLiteral("currentConversationID"), uuidText(id));
+    start();
+    ASSERT_EQ(model->currentConversationID(), id);
+    EXPECT_TRUE(lastMessage().isStreaming);
+    EXPECT_EQ(lastMessage().displayText(), QStringLiteral("Thinking…"));
+}
+
+TEST_F(AppModelTest, LeavingTheWindowSavesARunningRequest)
+{
     neverAnswer();
     ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
     settle();
     model->saveCurrentConversation();
-    start();
-    EXPECT_TRUE(lastMessage().isStreaming);
-    EXPECT_EQ(lastMessage().displayText(), QStringLiteral("Thinking…"));
+    const auto file = runTask(scheduler, store->load(*model->currentConversationID()));
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(file->messages.last().isStreaming);
 }
 
 TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)

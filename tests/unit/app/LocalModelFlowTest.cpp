@@ -58,6 +58,7 @@ TEST_F(LocalModelFlowTest, MessageWaitsForTheInstallationAndGetsItsAnswer)
     EXPECT_EQ(model->status().statusText(), QStringLiteral("Setting up local model…"));
     EXPECT_FALSE(model->send(QStringLiteral("second"), {}));
     EXPECT_EQ(model->messages().size(), 2);
+    service.willTurn(Service::Turn{}); // the request that loads the model
     service.willTurn(Service::answer(QStringLiteral("Hi.")));
     clock.advance(1min);
     ASSERT_TRUE(waitUntil([this] { return lastMessage().text == QLatin1String("Hi."); }));
@@ -77,6 +78,7 @@ TEST_F(LocalModelFlowTest, MessageSentDuringAnInstallationWaitsForIt)
     EXPECT_EQ(model->status().statusText(), QStringLiteral("Waiting for the local model setup to finish…"));
     EXPECT_THAT(announcer.spoken,
                 Contains(QStringLiteral("Waiting for the local model setup before sending.")));
+    service.willTurn(Service::Turn{}); // the request that loads the model
     service.willTurn(Service::answer(QStringLiteral("Hi.")));
     clock.advance(1min);
     ASSERT_TRUE(waitUntil([this] { return lastMessage().text == QLatin1String("Hi."); }));

@@ -82,6 +82,14 @@ TEST(GeminiStreamParser, CallWithoutIdHasNoneInTheResult)
     EXPECT_EQ(result.toolCalls[1].id, std::nullopt);
 }
 
+TEST(GeminiStreamParser, EmptyIdCountsAsNone)
+{
+    const AITurnResult result =
+        turnOf({parts(R"({"functionCall":{"name":"f","id":""}},{"functionCall":{"name":"g","id":""}})")});
+    ASSERT_EQ(result.toolCalls.size(), 2);
+    EXPECT_EQ(result.toolCalls[1], (AIToolCall{"g", {}, {}, {}}));
+}
+
 TEST(GeminiStreamParser, SameIdMergesArgumentsAndKeepsTheFirstSignature)
 {
     const AITurnResult result = turnOf({

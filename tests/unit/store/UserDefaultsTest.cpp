@@ -1,0 +1,253 @@
+#include "store/UserDefaults.h"
+
+#include "support/FileSizeLimit.h"
+#include "support/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace morvane {
+namespace {
+
+class UserDefaultsTest : public testing::Test {
+protected:
+    QStringList entries() const
+    {
+        return QDir(home.path("Morvane")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    TemporaryHome home;
+    const QString path = home.path("Morvane/Morvane.conf");
+};
+
+TEST_F(UserDefaultsTest, MissingFileHasNoValuesAndIsNotCreated)
+{
+    UserDefaults defaults(path);
+    EXPECT_FALSE(defaults.contains("model"));
+    EXPECT_FALSE(defaults.value("model").isValid());
+    EXPECT_TRUE(defaults.write());
+    EXPECT_FALSE(QFileInfo::exists(path));
+    EXPECT_EQ(permissionBits(home.path("Morvane")), 0700U);
+}
+
+TEST_F(UserDefaultsTest, WriteHandsTheValuesOverAtOnce)
+{
+    UserDefaults defaults(path);
+    defaults.set("model", "a");
+    defaults.set("list", QStringList{"x", "y"});
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nlist=x, y\nmodel=a\n"));
+    EXPECT_EQ(permissionBits(path), 0600U);
+    EXPECT_EQ(entries(), QStringList{"Morvane.conf"});
+}
+
+TEST_F(UserDefaultsTest, ValuesAreThereAfterTheNextStart)
+{
+    {
+        UserDefaults defaults(path);
+        defaults.set("text", "a, \"b\"\n🙂");
+        defaults.set("bytes", QByteArray("\x00\xff", 2));
+        defaults.set("number", 0.0);
+        defaults.set("flag", false);
+        defaults.set("one", QStringList{"a,b"});
+        defaults.set("none", QStringList{});
+        defaults.write();
+    }
+    UserDefaults defaults(path);
+    EXPECT_EQ(defaults.value("text"), QVariant("a, \"b\"\n🙂"));
+    EXPECT_EQ(defaults.value("bytes"), QVariant(QByteArray("\x00\xff", 2)));
+    EXPECT_TRUE(defaults.contains("number"));
+    EXPECT_EQ(defaults.value("number").toDouble(), 0.0);
+    EXPECT_TRUE(defaults.contains("flag"));
+    EXPECT_FALSE(defaults.value("flag").toBool());
+    EXPECT_EQ(defaults.value("one").toStringList(), QStringList{"a,b"});
+    EXPECT_TRUE(defaults.value("none").toStringList().isEmpty());
+    EXPECT_TRUE(defaults.contains("none"));
+}
+
+TEST_F(UserDefaultsTest, ValuesReadTheSameBeforeAndAfterTheyAreWritten)
+{
+    const QVariantMap values{
+        {"a", true}, {"b", 3}, {"c", 0.5}, {"d", QStringList{"x"}}, {"e", QStringList{}}};
+    QVariantMap before;
+    {
+        UserDefaults defaults(path);
+        for (auto value = values.cbegin(); value != values.cend(); ++value)
+            defaults.set(value.key(), *value);
+        for (const QString &key : values.keys())
+            before.insert(key, defaults.value(key));
+        defaults.write();
+    }
+    UserDefaults defaults(path);
+    for (const QString &key : values.keys())
+        EXPECT_EQ(defaults.value(key), before.value(key)) << key.toStdString();
+}
+
+TEST_F(UserDefaultsTest, RemovedKeyIsGone)
+{
+    {
+        UserDefaults defaults(path);
+        defaults.set("a", "1");
+        defaults.set("b", "2");
+        defaults.write();
+        defaults.remove("a");
+        defaults.remove("never");
+        EXPECT_FALSE(defaults.contains("a"));
+        defaults.write();
+    }
+    UserDefaults defaults(path);
+    EXPECT_FALSE(defaults.contains("a"));
+    EXPECT_EQ(defaults.value("b"), QVariant("2"));
+}
+
+TEST_F(UserDefaultsTest, NothingIsWrittenWhereNothingChanged)
+{
+    UserDefaults defaults(path);
+    defaults.set("a", "1");
+    defaults.write();
+    ASSERT_TRUE(QFile::remove(path));
+    defaults.set("a", "1");
+    defaults.write();
+    EXPECT_FALSE(QFileInfo::exists(path));
+}
+
+TEST_F(UserDefaultsTest, WiderPermissionsOfOldAreNarrowed)
+{
+    home.write("Morvane/Morvane.conf", "[General]\na=1\n");
+    ASSERT_EQ(::chmod(QFile::encodeName(home.path("Morvane")).constData(), 0755), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(path).constData(), 0644), 0);
+    const UserDefaults defaults(path);
+    EXPECT_EQ(defaults.value("a"), QVariant("1"));
+    EXPECT_EQ(permissionBits(home.path("Morvane")), 0700U);
+    EXPECT_EQ(permissionBits(path), 0600U);
+}
+
+TEST_F(UserDefaultsTest, ChangeByAnotherProgramIsKept)
+{
+    UserDefaults defaults(path);
+    defaults.set("ours", "1");
+    defaults.set("both", "1");
+    defaults.set("removed", "1");
+    defaults.write();
+    home.write("Morvane/Morvane.conf", "[General]\nboth=theirs\nours=1\ntheirs=2\nremoved=1\n");
+    defaults.set("both", "ours");
+    defaults.remove("removed");
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nboth=ours\nours=1\ntheirs=2\n"));
+    EXPECT_EQ(defaults.value("theirs"), QVariant("2"));
+}
+
+TEST_F(UserDefaultsTest, TwoProgramsKeepEachOthersKeys)
+{
+    UserDefaults first(path);
+    UserDefaults second(path);
+    first.set("first", "1");
+    first.write();
+    second.set("second", "2");
+    second.write();
+    first.set("third", "3");
+    first.write();
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nfirst=1\nsecond=2\nthird=3\n"));
+}
+
+TEST_F(UserDefaultsTest, FullDiskKeepsTheOldFileAndTheChangesForTheNextWrite)
+{
+    UserDefaults defaults(path);
+    defaults.set("a", "old");
+    defaults.write();
+    {
+        const FileSizeLimit full(10);
+        defaults.set("a", QString(1000, u'x'));
+        EXPECT_FALSE(defaults.write());
+    }
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=old\n"));
+    EXPECT_EQ(entries(), QStringList{"Morvane.conf"});
+    EXPECT_EQ(defaults.value("a").toString().size(), 1000);
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(home.read("Morvane/Morvane.conf").size(), 1000 + 13);
+}
+
+TEST_F(UserDefaultsTest, FolderThatVanishedIsCreatedAnew)
+{
+    UserDefaults defaults(path);
+    ASSERT_TRUE(QDir(home.path("Morvane")).removeRecursively());
+    defaults.set("a", "1");
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(permissionBits(home.path("Morvane")), 0700U);
+}
+
+TEST_F(UserDefaultsTest, FolderThatCannotBeMadeLeavesTheValuesInMemory)
+{
+    home.write("file", "x");
+    UserDefaults defaults(home.path("file/Morvane.conf"));
+    defaults.set("a", "1");
+    EXPECT_FALSE(defaults.write());
+    EXPECT_EQ(defaults.value("a"), QVariant("1"));
+    EXPECT_EQ(home.read("file"), QByteArray("x"));
+}
+
+TEST_F(UserDefaultsTest, DamagedFileIsSetAsideAndWhatCanBeReadStays)
+{
+    const QByteArray damaged = "[General]\nmodel=m\nthis line is nothing\napiKey_groq=secret\n";
+    home.write("Morvane/Morvane.conf", damaged);
+    UserDefaults defaults(path);
+    EXPECT_EQ(defaults.value("model"), QVariant("m"));
+    EXPECT_EQ(defaults.value("apiKey_groq"), QVariant("secret"));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), damaged);
+    EXPECT_EQ(permissionBits(home.path("Morvane/Morvane.conf.damaged")), 0600U);
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\napiKey_groq=secret\nmodel=m\n"));
+}
+
+TEST_F(UserDefaultsTest, FileOfAnotherKindIsSetAside)
+{
+    for (const QByteArray &foreign : {QByteArray(4096, '\0'), QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16),
+                                      QByteArray("{\"model\":1}")}) {
+        home.write("Morvane/Morvane.conf", foreign);
+        UserDefaults defaults(path);
+        EXPECT_FALSE(defaults.contains("model"));
+        EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), foreign);
+        defaults.set("model", "m");
+        EXPECT_TRUE(defaults.write());
+        EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nmodel=m\n"));
+    }
+}
+
+TEST_F(UserDefaultsTest, EmptyFileHasNothingToSetAside)
+{
+    home.write("Morvane/Morvane.conf", "");
+    UserDefaults defaults(path);
+    EXPECT_EQ(entries(), QStringList{"Morvane.conf"});
+    defaults.set("a", "1");
+    EXPECT_TRUE(defaults.write());
+}
+
+TEST_F(UserDefaultsTest, FolderInTheFilesPlaceIsLeftAlone)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane/Morvane.conf/inside"));
+    UserDefaults defaults(path);
+    defaults.set("a", "1");
+    EXPECT_FALSE(defaults.write());
+    EXPECT_TRUE(QFileInfo(home.path("Morvane/Morvane.conf/inside")).isDir());
+    EXPECT_EQ(defaults.value("a"), QVariant("1"));
+}
+
+TEST_F(UserDefaultsTest, LinkedFileStaysLinked)
+{
+    home.write("dotfiles/morvane.conf", "[General]\na=1\n");
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    ASSERT_TRUE(QFile::link(home.path("dotfiles/morvane.conf"), path));
+    UserDefaults defaults(path);
+    EXPECT_EQ(defaults.value("a"), QVariant("1"));
+    defaults.set("a", "2");
+    EXPECT_TRUE(defaults.write());
+    EXPECT_TRUE(QFileInfo(path).isSymLink());
+    EXPECT_EQ(home.read("dotfiles/morvane.conf"), QByteArray("[General]\na=2\n"));
+}
+
+} // namespace
+} // namespace morvane
