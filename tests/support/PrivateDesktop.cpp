@@ -15,9 +15,10 @@ namespace morvane {
 namespace {
 
 /// Works without an event loop, since the desktop comes before the application object of a test.
-bool becomesTrue(const std::function<bool()> &condition)
+bool becomesTrue(const std::function<bool()> &condition,
+                 std::chrono::milliseconds limit = std::chrono::seconds(30))
 {
-    const QDeadlineTimer deadline(std::chrono::seconds(30));
+    const QDeadlineTimer deadline(limit);
     while (!condition()) {
         if (deadline.hasExpired()) {
             return false;
@@ -173,10 +174,14 @@ void PrivateDesktop::startWindowManager()
 {
     m_windowManager = std::make_unique<ChildProcess>(QStringLiteral("openbox"), QStringList{}, m_environment,
                                                      logPath(QStringLiteral("openbox.log")));
-    const XConnection connection(display());
+    // It announces itself before it takes windows, and loses those that come in between.
     const bool serves = becomesTrue([&] {
-        return !connection.property(connection.root(), "_NET_SUPPORTING_WM_CHECK").isEmpty() ||
-               !m_windowManager->isRunning();
+        const XConnection probe(display());
+        const xcb_window_t window = probe.openWindow();
+        const auto isManaged = [&] {
+            return probe.property(probe.root(), "_NET_CLIENT_LIST").contains(window);
+        };
+        return becomesTrue(isManaged, std::chrono::milliseconds(200)) || !m_windowManager->isRunning();
     });
     if (!serves || !m_windowManager->isRunning()) {
         fail(QStringLiteral("The window manager"), *m_windowManager);

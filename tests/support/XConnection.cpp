@@ -54,6 +54,16 @@ QList<uint32_t> XConnection::property(xcb_window_t window, std::string_view name
     return QList<uint32_t>(values, values + reply->value_len);
 }
 
+xcb_window_t XConnection::openWindow() const
+{
+    const xcb_window_t window = xcb_generate_id(m_connection);
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, 50, 50, 400, 300, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(m_connection, window);
+    xcb_flush(m_connection);
+    return window;
+}
+
 QImage XConnection::screenshot() const
 {
     const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,

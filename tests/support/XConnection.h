@@ -28,6 +28,9 @@ public:
     /// The window that has the focus by the window manager's word, 0 if none.
     xcb_window_t activeWindow() const { return property(m_root, "_NET_ACTIVE_WINDOW").value(0); }
 
+    /// A plain window of another program; it lasts as long as the connection.
+    xcb_window_t openWindow() const;
+
     QImage screenshot() const;
 
     /// The clipboard's text, from whoever owns it; nothing without an owner or an answer in time.

@@ -6,10 +6,13 @@
 /// The windows of these tests stand on a desktop of their own, which must be there before the application.
 int main(int argc, char **argv)
 {
+    testing::InitGoogleMock(&argc, argv);
+    if (testing::GTEST_FLAG(list_tests)) {
+        return RUN_ALL_TESTS();
+    }
     const morvane::PrivateDesktop desktop;
     desktop.adopt();
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -10,36 +10,13 @@
 namespace morvane {
 namespace {
 
-/// A window of another program that covers ours.
-class ForeignWindow {
-public:
-    explicit ForeignWindow(const XConnection &connection)
-        : m_connection(connection), m_window(xcb_generate_id(connection.handle()))
-    {
-        xcb_create_window(connection.handle(), XCB_COPY_FROM_PARENT, m_window, connection.root(), 50, 50, 400,
-                          300, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_map_window(connection.handle(), m_window);
-        xcb_flush(connection.handle());
-    }
-    ~ForeignWindow()
-    {
-        xcb_destroy_window(m_connection.handle(), m_window);
-        xcb_flush(m_connection.handle());
-    }
-    xcb_window_t id() const { return m_window; }
-
-private:
-    const XConnection &m_connection;
-    xcb_window_t m_window;
-};
-
 class LinuxWindowRaiserTest : public testing::Test {
 protected:
     LinuxWindowRaiserTest()
     {
         m_window.resize(300, 200);
         m_window.show();
-        EXPECT_TRUE(waitUntil([&] { return isActive(id()); }));
+        EXPECT_TRUE(waitUntil([&] { return isOnTop(id()); }));
     }
 
     xcb_window_t id() const { return xcb_window_t(m_window.winId()); }
@@ -52,6 +29,13 @@ protected:
         return !order.isEmpty() && order.last() == window;
     }
 
+    /// A window of another program that covers ours and has the focus.
+    void cover(const XConnection &foreign) const
+    {
+        const xcb_window_t other = foreign.openWindow();
+        ASSERT_TRUE(waitUntil([&] { return isActive(other) && isOnTop(other); }));
+    }
+
     const XConnection m_connection{qEnvironmentVariable("DISPLAY")};
     QWidget m_window;
     LinuxWindowRaiser m_raiser;
@@ -59,27 +43,31 @@ protected:
 
 TEST_F(LinuxWindowRaiserTest, ActivatingBringsACoveredWindowUpWithTheFocus)
 {
-    const ForeignWindow other(m_connection);
-    ASSERT_TRUE(waitUntil([&] { return isOnTop(other.id()); }));
+    const XConnection foreign(qEnvironmentVariable("DISPLAY"));
+    cover(foreign);
     m_raiser.activate(*m_window.windowHandle(), {});
     EXPECT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
 }
 
 TEST_F(LinuxWindowRaiserTest, ActivatingBringsAMinimizedWindowBack)
 {
-    const ForeignWindow other(m_connection);
+    constexpr uint32_t normal = 1;
+    constexpr uint32_t iconic = 3;
+    const auto state = [this] { return m_connection.property(id(), "WM_STATE").value(0); };
+    ASSERT_TRUE(waitUntil([&] { return state() == normal; }));
     m_window.showMinimized();
-    ASSERT_TRUE(waitUntil([&] { return !isActive(id()) && m_window.isMinimized(); }));
+    ASSERT_TRUE(waitUntil([&] { return state() == iconic && !m_window.windowHandle()->isExposed(); }));
     m_raiser.activate(*m_window.windowHandle(), {"launcher_TIME0", {}});
     EXPECT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
-    EXPECT_TRUE(waitUntil([&] { return !m_window.isMinimized(); }));
+    EXPECT_TRUE(waitUntil([&] { return state() == normal && m_window.windowHandle()->isExposed(); }));
 }
 
-TEST_F(LinuxWindowRaiserTest, ActivatingShowsAHiddenWindow)
+TEST_F(LinuxWindowRaiserTest, ActivatingShowsAWindowThatWasNeverShown)
 {
-    m_window.hide();
-    m_raiser.activate(*m_window.windowHandle(), {});
-    EXPECT_TRUE(waitUntil([&] { return m_window.isVisible() && isActive(id()); }));
+    QWidget late;
+    late.winId();
+    m_raiser.activate(*late.windowHandle(), {});
+    EXPECT_TRUE(waitUntil([&] { return late.isVisible() && isActive(xcb_window_t(late.winId())); }));
 }
 
 TEST_F(LinuxWindowRaiserTest, RaisingLeavesTheFocusWhereItIs)
@@ -87,8 +75,8 @@ TEST_F(LinuxWindowRaiserTest, RaisingLeavesTheFocusWhereItIs)
     QWidget browser;
     browser.setAttribute(Qt::WA_ShowWithoutActivating);
     browser.show();
-    const ForeignWindow other(m_connection);
-    ASSERT_TRUE(waitUntil([&] { return isOnTop(other.id()); }));
+    const XConnection foreign(qEnvironmentVariable("DISPLAY"));
+    cover(foreign);
     m_raiser.activate(*m_window.windowHandle(), {});
     ASSERT_TRUE(waitUntil([&] { return isActive(id()) && isOnTop(id()); }));
     m_raiser.raiseWithoutFocus(*browser.windowHandle());
