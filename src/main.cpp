@@ -21,7 +21,8 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
-#include "ui/MainWindow.h"
+#include "ui/theme/Theme.h"
+#include "ui/window/MainWindow.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -84,8 +85,9 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     };
     AppModel model(services);
     LinuxColorScheme colorScheme;
+    const Theme theme(colorScheme);
     LinuxWindowRaiser raiser;
-    MainWindow window(model, colorScheme);
+    MainWindow window(model);
     window.show();
 
     instance.listen(

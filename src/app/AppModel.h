@@ -66,6 +66,9 @@ public:
     void deleteConversation(QUuid id);
     void saveCurrentConversation();
 
+    /// Ends the local model's setup, and with it a message that waits for it.
+    void cancelLocalModelWork();
+
     void completeOnboarding();
     void skipOnboarding();
 
@@ -91,7 +94,6 @@ private:
     void appendRequest(const QString &text, const QList<ChatAttachment> &attachments);
     void waitForLocalModel();
     void continueAfterInstallation();
-    void cancelLocalModelWork();
     void beginAgentLoop();
     AIConfiguration configuration() const;
     QString fullSystemPrompt() const;

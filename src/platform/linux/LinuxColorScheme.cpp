@@ -1,0 +1,65 @@
+#include "platform/linux/LinuxColorScheme.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+
+namespace morvane {
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString settingGroup = QStringLiteral("org.freedesktop.appearance");
+const QString settingKey = QStringLiteral("color-scheme");
+
+/// Old portals wrap the value in one variant more.
+QVariant unwrapped(QVariant value)
+{
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+} // namespace
+
+LinuxColorScheme::LinuxColorScheme(QObject *parent) : ColorScheme(parent)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    call.setArguments({settingGroup, settingKey});
+    auto *reply = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply] {
+        reply->deleteLater();
+        const QDBusPendingReply<QDBusVariant> answer = *reply;
+        if (!answer.isError())
+            take(answer.value().variant());
+    });
+}
+
+void LinuxColorScheme::settingChanged(const QString &group, const QString &key, const QDBusVariant &value)
+{
+    if (group == settingGroup && key == settingKey)
+        take(value.variant());
+}
+
+void LinuxColorScheme::take(const QVariant &value)
+{
+    const uint number = unwrapped(value).toUInt();
+    const Preference preference = number == 1   ? Preference::dark
+                                  : number == 2 ? Preference::light
+                                                : Preference::none;
+    if (preference == m_preference)
+        return;
+    m_preference = preference;
+    Q_EMIT preferenceChanged();
+}
+
+} // namespace morvane

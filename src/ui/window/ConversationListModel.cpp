@@ -1,0 +1,72 @@
+#include "ui/window/ConversationListModel.h"
+
+#include "app/AppModel.h"
+#include "base/ReferenceDate.h"
+
+#include <QLocale>
+
+namespace morvane {
+
+namespace {
+
+QString dateText(const ConversationMeta &meta)
+{
+    return QLocale().toString(dateTimeFromReferenceDate(meta.updatedAt).toLocalTime(),
+                              QStringLiteral("MMM d, h:mm AP"));
+}
+
+QString countText(const ConversationMeta &meta)
+{
+    return QStringLiteral("%1 messages").arg(meta.messageCount);
+}
+
+} // namespace
+
+ConversationListModel::ConversationListModel(AppModel &model, QObject *parent)
+    : QAbstractListModel(parent), m_model(model)
+{
+    connect(&model, &AppModel::conversationsChanged, this, [this] {
+        beginResetModel();
+        endResetModel();
+    });
+}
+
+int ConversationListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_model.conversations().size());
+}
+
+const ConversationMeta &ConversationListModel::conversation(int row) const
+{
+    return m_model.conversations().at(row);
+}
+
+int ConversationListModel::currentRow() const
+{
+    const auto &conversations = m_model.conversations();
+    for (qsizetype row = 0; row < conversations.size(); ++row) {
+        if (conversations.at(row).id == m_model.currentConversationID())
+            return static_cast<int>(row);
+    }
+    return -1;
+}
+
+QVariant ConversationListModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= rowCount())
+        return {};
+    const ConversationMeta &meta = conversation(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+        return meta.title;
+    case DetailRole:
+        return QString(dateText(meta) + QStringLiteral(" · ") + countText(meta));
+    case Qt::AccessibleTextRole:
+        return QStringLiteral("Open %1, updated %2, %3").arg(meta.title, dateText(meta), countText(meta));
+    default:
+        return {};
+    }
+}
+
+} // namespace morvane

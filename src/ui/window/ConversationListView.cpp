@@ -1,0 +1,176 @@
+#include "ui/window/ConversationListView.h"
+
+#include "app/AppModel.h"
+#include "ui/theme/Icons.h"
+#include "ui/theme/ThemeColors.h"
+#include "ui/window/ConversationDelegate.h"
+#include "ui/window/ConversationListModel.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QPainter>
+#include <QScrollBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace morvane {
+
+ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
+    : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model, this)), m_list(new QListView),
+      m_empty(new QLabel(QStringLiteral("No saved conversations yet."))),
+      m_delete(new QToolButton(m_list->viewport()))
+{
+    auto *title = new QLabel(QStringLiteral("Conversations"));
+    QFont bold = title->font();
+    bold.setBold(true);
+    title->setFont(bold);
+    title->setContentsMargins(14, 12, 8, 4);
+    title->setBuddy(m_list);
+
+    m_list->setModel(m_rows);
+    m_list->setItemDelegate(new ConversationDelegate(m_list));
+    m_list->setAccessibleName(QStringLiteral("Conversations"));
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setUniformItemSizes(true);
+    m_list->setMouseTracking(true);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_list->setTabKeyNavigation(false);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->installEventFilter(this);
+    m_list->viewport()->installEventFilter(this);
+
+    m_empty->setAccessibleName(QStringLiteral("No saved conversations yet. They are saved automatically."));
+    m_empty->setWordWrap(true);
+    m_empty->setAlignment(Qt::AlignTop);
+    m_empty->setContentsMargins(14, 4, 8, 4);
+
+    m_delete->setIcon(symbolIcon(Symbol::trash));
+    m_delete->setAutoRaise(true);
+    m_delete->setFocusPolicy(Qt::TabFocus);
+    m_delete->hide();
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(title);
+    column->addWidget(m_empty, 1);
+    column->addWidget(m_list, 1);
+
+    connect(m_list, &QListView::clicked, this, &ConversationListView::openRow);
+    connect(m_list, &QListView::activated, this, &ConversationListView::openRow);
+    connect(m_list, &QListView::entered, this, &ConversationListView::moveButton);
+    connect(m_list, &QListView::customContextMenuRequested, this, &ConversationListView::openMenu);
+    connect(m_list->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this] { moveButton(m_list->currentIndex()); });
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &ConversationListView::moveButton);
+    connect(m_delete, &QToolButton::clicked, this,
+            [this] { deleteRow(m_list->indexAt(m_delete->geometry().center())); });
+    connect(m_rows, &QAbstractItemModel::modelReset, this, &ConversationListView::takeList);
+    connect(&model, &AppModel::currentConversationChanged, this,
+            &ConversationListView::selectOpenConversation);
+    takeList();
+}
+
+QSize ConversationListView::sizeHint() const
+{
+    return {fontMetrics().averageCharWidth() * 28, 400};
+}
+
+void ConversationListView::takeList()
+{
+    const bool hasFocus = m_list->hasFocus() || m_delete->hasFocus();
+    const bool empty = m_rows->rowCount() == 0;
+    m_empty->setVisible(empty);
+    m_list->setVisible(!empty);
+    m_delete->hide();
+    selectOpenConversation();
+    if (hasFocus && !empty && !m_list->currentIndex().isValid())
+        m_list->setCurrentIndex(m_rows->index(0, 0));
+    if (hasFocus)
+        m_list->setFocus();
+}
+
+void ConversationListView::selectOpenConversation()
+{
+    const int row = m_rows->currentRow();
+    if (row >= 0)
+        m_list->setCurrentIndex(m_rows->index(row, 0));
+    else
+        m_list->selectionModel()->clear();
+}
+
+void ConversationListView::openRow(const QModelIndex &index)
+{
+    if (index.isValid())
+        m_model.openConversation(m_rows->conversation(index.row()).id);
+}
+
+void ConversationListView::deleteRow(const QModelIndex &index)
+{
+    if (index.isValid())
+        m_model.deleteConversation(m_rows->conversation(index.row()).id);
+}
+
+void ConversationListView::openMenu(const QPoint &position)
+{
+    const QModelIndex index = m_list->indexAt(position);
+    if (!index.isValid())
+        return;
+    const QUuid id = m_rows->conversation(index.row()).id;
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(QStringLiteral("Open"), this, [this, id] { m_model.openConversation(id); });
+    menu->addAction(symbolIcon(Symbol::trash), QStringLiteral("Delete"), this,
+                    [this, id] { m_model.deleteConversation(id); });
+    menu->popup(m_list->viewport()->mapToGlobal(position));
+}
+
+void ConversationListView::moveButton(const QModelIndex &index)
+{
+    const QRect row = index.isValid() ? m_list->visualRect(index) : QRect();
+    if (!row.isValid() || !m_list->viewport()->rect().intersects(row)) {
+        m_delete->hide();
+        return;
+    }
+    const QString label = QStringLiteral("Delete ") + m_rows->conversation(index.row()).title;
+    m_delete->setAccessibleName(label);
+    m_delete->setToolTip(label);
+    const int side = ConversationDelegate::buttonPlace - 4;
+    m_delete->setGeometry(row.right() - side - 6, row.center().y() - side / 2, side, side);
+    m_delete->show();
+}
+
+bool ConversationListView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Delete || key->key() == Qt::Key_Backspace) {
+            deleteRow(m_list->currentIndex());
+            return true;
+        }
+        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter || key->key() == Qt::Key_Space) {
+            openRow(m_list->currentIndex());
+            return true;
+        }
+    }
+    if (watched == m_list && event->type() == QEvent::FocusIn && !m_list->currentIndex().isValid() &&
+        m_rows->rowCount() > 0)
+        m_list->setCurrentIndex(m_rows->index(0, 0));
+    if (watched == m_list->viewport() && (event->type() == QEvent::Leave || event->type() == QEvent::Resize))
+        moveButton(m_list->currentIndex());
+    return QWidget::eventFilter(watched, event);
+}
+
+void ConversationListView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setPen(ThemeColors::fromPalette(palette()).border);
+    painter.drawLine(width() - 1, 0, width() - 1, height());
+}
+
+} // namespace morvane

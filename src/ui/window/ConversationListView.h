@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QListView;
+class QModelIndex;
+class QToolButton;
+
+namespace morvane {
+
+class AppModel;
+class ConversationListModel;
+
+/// The sidebar: the saved conversations, to open and to delete. One real button for deleting stands on the
+/// row that the keyboard or the pointer is on, so that a list of thousands stays cheap.
+class ConversationListView : public QWidget {
+    Q_OBJECT
+public:
+    explicit ConversationListView(AppModel &model, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void openRow(const QModelIndex &index);
+    void deleteRow(const QModelIndex &index);
+    void openMenu(const QPoint &position);
+    void moveButton(const QModelIndex &index);
+    void takeList();
+    void selectOpenConversation();
+
+    AppModel &m_model;
+    ConversationListModel *m_rows;
+    QListView *m_list;
+    QLabel *m_empty;
+    QToolButton *m_delete;
+};
+
+} // namespace morvane

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QToolButton;
+
+namespace morvane {
+
+class AppModel;
+
+/// The top of the main window: the mark, the provider in use, the subagent at work, and the toolbar's
+/// buttons.
+class HeaderView : public QWidget {
+    Q_OBJECT
+public:
+    explicit HeaderView(AppModel &model, QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    void settingsRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void updateProvider();
+    void updateSubagent();
+    QToolButton *addButton(const QIcon &icon, const QString &text);
+
+    AppModel &m_model;
+    QLabel *m_title;
+    QLabel *m_subagent;
+};
+
+} // namespace morvane

@@ -1,0 +1,49 @@
+#include "ui/window/LocalModelBanner.h"
+
+#include "app/AppModel.h"
+#include "ui/theme/Icons.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QToolButton>
+
+namespace morvane {
+
+LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
+    : QFrame(parent), m_model(model), m_text(new QLabel), m_progress(new QProgressBar)
+{
+    setFrameShape(QFrame::StyledPanel);
+    m_text->setTextFormat(Qt::PlainText);
+    m_text->setWordWrap(true);
+    m_progress->setTextVisible(false);
+    m_progress->setMaximumWidth(160);
+    auto *cancel = new QToolButton;
+    cancel->setIcon(symbolIcon(Symbol::cross));
+    cancel->setAutoRaise(true);
+    cancel->setFocusPolicy(Qt::TabFocus);
+    cancel->setAccessibleName(QStringLiteral("Cancel the local model setup"));
+    cancel->setToolTip(cancel->accessibleName());
+    connect(cancel, &QToolButton::clicked, &model, &AppModel::cancelLocalModelWork);
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(12, 6, 8, 6);
+    row->addWidget(m_text, 1);
+    row->addWidget(m_progress);
+    row->addWidget(cancel);
+    connect(&model.localModel(), &LocalModelFlow::changed, this, &LocalModelBanner::updateState);
+    updateState();
+}
+
+void LocalModelBanner::updateState()
+{
+    const LocalModelInfo &info = m_model.localModel().info();
+    setVisible(info.installing);
+    m_text->setText(QStringLiteral("Setting up the local model…\n") + info.progress);
+    m_progress->setRange(0, info.progressFraction ? 100 : 0);
+    m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
+    m_progress->setAccessibleName(QStringLiteral("Download progress %1").arg(m_progress->value()) +
+                                  QLatin1Char('%'));
+}
+
+} // namespace morvane

@@ -1,0 +1,66 @@
+#include "ui/window/LocalModelCard.h"
+
+#include "app/AppModel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace morvane {
+
+LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
+    : QFrame(parent), m_model(model), m_text(new QLabel), m_progress(new QProgressBar), m_buttons(new QWidget)
+{
+    setFrameShape(QFrame::StyledPanel);
+    m_text->setTextFormat(Qt::PlainText);
+    m_text->setWordWrap(true);
+    m_progress->setTextVisible(false);
+    m_progress->setAccessibleName(QStringLiteral("Download progress"));
+
+    auto *install = new QPushButton(QStringLiteral("Install the built-in local model"));
+    auto *connectProvider = new QPushButton(QStringLiteral("Connect a free AI provider"));
+    connect(install, &QPushButton::clicked, &model.localModel(), &LocalModelFlow::installLocalModelIfNeeded);
+    connect(connectProvider, &QPushButton::clicked, this, &LocalModelCard::settingsRequested);
+    auto *row = new QVBoxLayout(m_buttons);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(install);
+    row->addWidget(connectProvider);
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(14, 12, 14, 12);
+    column->addWidget(m_text);
+    column->addWidget(m_progress);
+    column->addWidget(m_buttons);
+
+    connect(&model.localModel(), &LocalModelFlow::changed, this, &LocalModelCard::updateState);
+    updateState();
+}
+
+void LocalModelCard::updateState()
+{
+    const LocalModelInfo &info = m_model.localModel().info();
+    const QString pulling = m_model.localModel().pullingModel();
+    const bool working = info.installing || !pulling.isEmpty();
+    if (info.running)
+        m_text->setText(QStringLiteral("Local model is ready — no limits, nothing leaves this Mac."));
+    else if (info.installing)
+        m_text->setText(QStringLiteral("Installing the local model…\n") + info.progress);
+    else if (working)
+        m_text->setText(QStringLiteral("Downloading ") + pulling);
+    else {
+        QString text =
+            QStringLiteral("No setup needed. Install the free local model that runs inside this app — "
+                           "no rate limits, and your data stays on your Mac.");
+        if (!info.error.isEmpty())
+            text += QStringLiteral("\n\nLocal model error: ") + info.error;
+        m_text->setText(text);
+    }
+    m_progress->setVisible(working && info.progressFraction.has_value());
+    m_progress->setRange(0, 100);
+    m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
+    m_buttons->setVisible(!info.running && !working);
+}
+
+} // namespace morvane

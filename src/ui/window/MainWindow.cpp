@@ -1,0 +1,218 @@
+#include "ui/window/MainWindow.h"
+
+#include "app/AppModel.h"
+#include "app/UpdatePort.h"
+#include "ui/conversation/ChatScrollView.h"
+#include "ui/window/ComposerView.h"
+#include "ui/window/ConversationListView.h"
+#include "ui/window/HeaderView.h"
+#include "ui/window/LocalModelBanner.h"
+#include "ui/window/StatusBarView.h"
+#include "ui/window/WelcomeView.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace morvane {
+
+namespace {
+
+constexpr QSize standardSize{760, 720};
+constexpr QSize smallestSize{600, 640};
+constexpr int smallestSidebar = 160;
+constexpr int smallestDetail = 400;
+
+} // namespace
+
+MainWindow::MainWindow(AppModel &model) : m_model(model)
+{
+    setWindowTitle(QStringLiteral("Morvane"));
+    setMinimumSize(smallestSize);
+    resize(standardSize);
+
+    auto *sidebar = new ConversationListView(model);
+    sidebar->setMinimumWidth(smallestSidebar);
+    QWidget *detail = makeDetail();
+    detail->setMinimumWidth(smallestDetail);
+    auto *split = new QSplitter;
+    split->setChildrenCollapsible(false);
+    split->setHandleWidth(1);
+    split->addWidget(sidebar);
+    split->addWidget(detail);
+    split->setStretchFactor(0, 0);
+    split->setStretchFactor(1, 1);
+    setCentralWidget(split);
+    addMenus();
+
+    connect(&model.transcript(), &Transcript::messagesReset, this, &MainWindow::updateConversationRegion);
+    connect(&model.transcript(), &Transcript::messageAppended, this, &MainWindow::updateConversationRegion);
+    connect(&model.gate(), &ApprovalGate::pendingToolCallChanged, this, &MainWindow::showPendingCall);
+    connect(&model.questions(), &Questions::pendingQuestionChanged, this, &MainWindow::showPendingQuestion);
+    updateConversationRegion();
+    m_composer->focusDraft();
+}
+
+QWidget *MainWindow::makeDetail()
+{
+    auto *header = new HeaderView(m_model);
+    connect(header, &HeaderView::settingsRequested, this, &MainWindow::showSettings);
+    auto *welcome = new WelcomeView(m_model);
+    connect(welcome, &WelcomeView::settingsRequested, this, &MainWindow::showSettings);
+    m_welcome = welcome;
+    m_conversation = new ChatScrollView(m_model.transcript(), m_model.activity(), m_model.announcer());
+    m_region = new QStackedWidget;
+    m_region->addWidget(m_welcome);
+    m_region->addWidget(m_conversation);
+    m_composer = new ComposerView(m_model);
+
+    auto *detail = new QWidget;
+    auto *column = new QVBoxLayout(detail);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(header);
+    column->addWidget(new LocalModelBanner(m_model));
+    column->addWidget(m_region, 1);
+    column->addWidget(m_composer);
+    column->addWidget(new StatusBarView(m_model));
+    return detail;
+}
+
+void MainWindow::updateConversationRegion()
+{
+    QWidget *wanted = m_model.messages().isEmpty() ? m_welcome : static_cast<QWidget *>(m_conversation);
+    if (m_region->currentWidget() == wanted)
+        return;
+    const bool hadFocus = m_region->isAncestorOf(QApplication::focusWidget());
+    m_region->setCurrentWidget(wanted);
+    if (hadFocus)
+        m_composer->focusDraft();
+}
+
+void MainWindow::addMenus()
+{
+    addApplicationMenu();
+    addEditMenu();
+    addConversationMenu();
+}
+
+void MainWindow::addApplicationMenu()
+{
+    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Morvane"));
+    menu->addAction(QStringLiteral("About Morvane"), this, &MainWindow::showAbout);
+    QAction *updates = menu->addAction(QStringLiteral("Check for Updates…"));
+    updates->setShortcut(Qt::CTRL | Qt::Key_U);
+    updates->setEnabled(m_model.updates().isAvailable());
+    menu->addSeparator();
+    QAction *settings = menu->addAction(QStringLiteral("Settings…"), this, &MainWindow::showSettings);
+    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    menu->addSeparator();
+    QAction *quit = menu->addAction(QStringLiteral("Quit Morvane"), qApp, &QApplication::quit);
+    quit->setShortcut(QKeySequence::Quit);
+}
+
+void MainWindow::addEditMenu()
+{
+    struct Entry {
+        const char *text;
+        QKeySequence::StandardKey key;
+        const char *slot;
+    };
+    // The shortcuts are shown for orientation; the focused field handles its own keys.
+    constexpr Entry entries[] = {
+        {"Undo", QKeySequence::Undo, "undo"},    {"Redo", QKeySequence::Redo, "redo"},
+        {"Cut", QKeySequence::Cut, "cut"},       {"Copy", QKeySequence::Copy, "copy"},
+        {"Paste", QKeySequence::Paste, "paste"}, {"Select All", QKeySequence::SelectAll, "selectAll"}};
+    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Edit"));
+    for (const Entry &entry : entries) {
+        QAction *action = menu->addAction(QString::fromLatin1(entry.text), this,
+                                          [this, slot = entry.slot] { applyToFocus(slot); });
+        action->setShortcut(entry.key);
+        action->setShortcutContext(Qt::WidgetShortcut);
+    }
+}
+
+void MainWindow::applyToFocus(const char *slot)
+{
+    QWidget *focus = focusWidget();
+    if (focus && focus->metaObject()->indexOfSlot((QByteArray(slot) + "()").constData()) >= 0)
+        QMetaObject::invokeMethod(focus, slot);
+}
+
+void MainWindow::addConversationMenu()
+{
+    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Conversation"));
+    QAction *compose =
+        menu->addAction(QStringLiteral("New Conversation"), &m_model, &AppModel::newConversation);
+    compose->setShortcut(QKeySequence::New);
+    QMenu *conversations = menu->addMenu(QStringLiteral("Conversations"));
+    connect(conversations, &QMenu::aboutToShow, this,
+            [this, conversations] { fillConversations(conversations); });
+    menu->addSeparator();
+    QAction *stop = menu->addAction(QStringLiteral("Stop Generating"), &m_model, &AppModel::cancel);
+    stop->setShortcut(Qt::Key_Escape);
+    stop->setEnabled(false);
+    // While a sheet asks something, Escape belongs to it.
+    const auto update = [this, stop] {
+        stop->setEnabled(m_model.isBusy() && !m_model.gate().pendingToolCall() &&
+                         !m_model.questions().pendingQuestion());
+    };
+    connect(&m_model, &AppModel::isBusyChanged, stop, update);
+    connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, stop, update);
+    connect(&m_model.questions(), &Questions::pendingQuestionChanged, stop, update);
+}
+
+void MainWindow::fillConversations(QMenu *menu)
+{
+    menu->clear();
+    const QList<ConversationMeta> &conversations = m_model.conversations();
+    if (conversations.isEmpty()) {
+        menu->addAction(QStringLiteral("No saved conversations"))->setEnabled(false);
+        return;
+    }
+    for (const ConversationMeta &meta : conversations) {
+        QString title = meta.title.simplified();
+        title.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        menu->addAction(fontMetrics().elidedText(title, Qt::ElideRight, standardSize.width() / 2), this,
+                        [this, id = meta.id] { m_model.openConversation(id); });
+    }
+}
+
+void MainWindow::showSettings() {}
+
+void MainWindow::showAbout()
+{
+    auto *box =
+        new QMessageBox(QMessageBox::NoIcon, QStringLiteral("About Morvane"),
+                        QStringLiteral("Morvane %1\n\nA desktop AI agent for one person on one computer.")
+                            .arg(QApplication::applicationVersion()),
+                        QMessageBox::Close, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setIconPixmap(windowIcon().pixmap(64, 64));
+    box->open();
+}
+
+void MainWindow::showPendingCall()
+{
+    if (!m_permission)
+        (void)0;
+}
+
+void MainWindow::showPendingQuestion()
+{
+    if (!m_question)
+        (void)0;
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
+        m_model.saveCurrentConversation();
+}
+
+} // namespace morvane
