@@ -1,4 +1,4 @@
-#include "AppFixture.h"
+#include "support/AppFixture.h"
 
 #include "base/Uuid.h"
 #include "net/TransportError.h"

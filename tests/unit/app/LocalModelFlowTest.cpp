@@ -1,4 +1,4 @@
-#include "AppFixture.h"
+#include "support/AppFixture.h"
 
 using namespace std::chrono_literals;
 using testing::Contains;
