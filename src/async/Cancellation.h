@@ -19,8 +19,10 @@ public:
         Callback &operator=(Callback &&other) noexcept;
 
     private:
+        using Entry = std::list<std::function<void()>>::iterator;
+
         Cancellation *m_owner = nullptr;
-        std::list<std::function<void()>>::iterator m_entry;
+        Entry m_entry;
     };
 
     Cancellation() = default;
@@ -29,18 +31,12 @@ public:
 
     bool isCancelled() const { return m_cancelled; }
 
-    /// Runs every callback once; callbacks never resume a coroutine inline. A callback may take back itself
-    /// and others.
+    /// Runs every callback once; callbacks never resume a coroutine inline.
     void cancel();
 
 private:
-    using Entry = std::list<std::function<void()>>::iterator;
-
-    void remove(Entry entry);
-
     bool m_cancelled = false;
     std::list<std::function<void()>> m_callbacks;
-    Entry m_next = m_callbacks.end(); ///< The callback that cancel() runs next.
 };
 
 } // namespace morvane

@@ -1,0 +1,87 @@
+#include "ui/controls/WrappedText.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <QTextLayout>
+#include <QtMath>
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+/// Far more than a few lines can show; keeps the cost of laying out a huge text bounded.
+constexpr qsizetype longestLaidOut = 4000;
+
+struct Lines {
+    QStringList texts;
+    int width = 0;
+    bool isCut = false;
+};
+
+Lines linesOf(const WrappedText &wrapped, int width)
+{
+    QString text = wrapped.text.left(longestLaidOut);
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(text, wrapped.font);
+    layout.setTextOption(option);
+
+    const QFontMetrics metrics(wrapped.font);
+    Lines lines;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        lines.width = std::max(lines.width, qCeil(line.naturalTextWidth()));
+        if (lines.texts.size() + 1 == wrapped.maximumLines &&
+            line.textStart() + line.textLength() < wrapped.text.size()) {
+            QString rest = text.mid(line.textStart());
+            rest.replace(QChar::LineSeparator, QLatin1Char(' '));
+            lines.texts.append(metrics.elidedText(rest, Qt::ElideRight, width));
+            lines.width = width;
+            lines.isCut = true;
+            break;
+        }
+        QString shown = text.mid(line.textStart(), line.textLength());
+        if (shown.endsWith(QChar::LineSeparator))
+            shown.chop(1);
+        lines.texts.append(shown);
+    }
+    layout.endLayout();
+    return lines;
+}
+
+} // namespace
+
+QSize WrappedText::size(int width) const
+{
+    const Lines lines = linesOf(*this, std::max(width, 1));
+    const int rows = std::max(1, static_cast<int>(lines.texts.size()));
+    return {std::min(lines.width, width), rows * QFontMetrics(font).lineSpacing()};
+}
+
+int WrappedText::naturalWidth() const
+{
+    return QFontMetrics(font).horizontalAdvance(text.left(longestLaidOut)) + 1;
+}
+
+bool WrappedText::isElided(int width) const
+{
+    return linesOf(*this, std::max(width, 1)).isCut;
+}
+
+void WrappedText::draw(QPainter &painter, const QRect &rect, Qt::Alignment alignment) const
+{
+    const Lines lines = linesOf(*this, std::max(rect.width(), 1));
+    const int lineHeight = QFontMetrics(font).lineSpacing();
+    const int height = static_cast<int>(lines.texts.size()) * lineHeight;
+    QRect line(rect.left(), rect.top() + std::max(0, rect.height() - height) / 2, rect.width(), lineHeight);
+    painter.setFont(font);
+    for (const QString &shown : lines.texts) {
+        painter.drawText(line, static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine, shown);
+        line.translate(0, lineHeight);
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,97 @@
+#include "ui/controls/WrappingButton.h"
+
+#include "ui/controls/WrappedText.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QStyleOptionButton>
+#include <QStylePainter>
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+constexpr int maximumLines = 4;
+constexpr int horizontalPadding = 14;
+constexpr int verticalPadding = 8;
+/// Room for some words on a line before the layout has to give way.
+constexpr int leastCharacters = 12;
+
+} // namespace
+
+WrappingButton::WrappingButton(const QString &label, Alignment alignment, QWidget *parent)
+    : QPushButton(parent), m_alignment(alignment)
+{
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+    setLabel(label);
+}
+
+void WrappingButton::setLabel(const QString &label)
+{
+    m_label = label;
+    setAccessibleName(label);
+    updateToolTip();
+    updateGeometry();
+    update();
+}
+
+QSize WrappingButton::sizeHint() const
+{
+    const WrappedText text{m_label, font(), maximumLines};
+    const int width = text.naturalWidth();
+    return {width + 2 * horizontalPadding, text.size(width).height() + 2 * verticalPadding};
+}
+
+QSize WrappingButton::minimumSizeHint() const
+{
+    const int least = leastCharacters * fontMetrics().averageCharWidth() + 2 * horizontalPadding;
+    const QSize natural = sizeHint();
+    return {std::min(natural.width(), least), fontMetrics().lineSpacing() + 2 * verticalPadding};
+}
+
+int WrappingButton::heightForWidth(int width) const
+{
+    const WrappedText text{m_label, font(), maximumLines};
+    return text.size(width - 2 * horizontalPadding).height() + 2 * verticalPadding;
+}
+
+void WrappingButton::paintEvent(QPaintEvent *)
+{
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    painter.drawControl(QStyle::CE_PushButton, option);
+
+    const bool isProminent = isEnabled() && option.features.testFlag(QStyleOptionButton::DefaultButton);
+    painter.setPen(isProminent ? ThemeColors::fromPalette(palette()).onAccent
+                               : palette().color(QPalette::ButtonText));
+    const auto alignment = m_alignment == Alignment::leading ? Qt::AlignLeft : Qt::AlignHCenter;
+    WrappedText{m_label, font(), maximumLines}.draw(
+        painter, rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0), alignment);
+}
+
+void WrappingButton::resizeEvent(QResizeEvent *event)
+{
+    QPushButton::resizeEvent(event);
+    updateToolTip();
+}
+
+void WrappingButton::changeEvent(QEvent *event)
+{
+    QPushButton::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateToolTip();
+}
+
+void WrappingButton::updateToolTip()
+{
+    const bool isCut = WrappedText{m_label, font(), maximumLines}.isElided(width() - 2 * horizontalPadding);
+    // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
+    setToolTip(isCut ? QStringLiteral("<qt>%1</qt>").arg(m_label.toHtmlEscaped()) : QString());
+}
+
+} // namespace morvane

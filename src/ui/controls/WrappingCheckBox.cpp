@@ -1,0 +1,80 @@
+#include "ui/controls/WrappingCheckBox.h"
+
+#include "ui/controls/WrappedText.h"
+#include "ui/theme/MorvaneStyle.h"
+
+#include <QPainter>
+#include <QStyleOptionButton>
+#include <QStylePainter>
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+constexpr int maximumLines = 8;
+constexpr int padding = 4;
+constexpr int spacing = 8;
+constexpr int leastCharacters = 12;
+constexpr qreal focusRadius = 5;
+
+} // namespace
+
+WrappingCheckBox::WrappingCheckBox(const QString &text, QWidget *parent) : QCheckBox(text, parent)
+{
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+}
+
+int WrappingCheckBox::boxSide() const
+{
+    return std::max(style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this), fontMetrics().ascent());
+}
+
+int WrappingCheckBox::textOffset() const
+{
+    return padding + boxSide() + spacing;
+}
+
+QSize WrappingCheckBox::sizeHint() const
+{
+    const int width = WrappedText{text(), font(), maximumLines}.naturalWidth();
+    return {textOffset() + width + padding, std::max(boxSide(), fontMetrics().lineSpacing()) + 2 * padding};
+}
+
+QSize WrappingCheckBox::minimumSizeHint() const
+{
+    const QSize natural = sizeHint();
+    const int least = textOffset() + leastCharacters * fontMetrics().averageCharWidth() + padding;
+    return {std::min(natural.width(), least), natural.height()};
+}
+
+int WrappingCheckBox::heightForWidth(int width) const
+{
+    const int textWidth = width - textOffset() - padding;
+    return std::max(boxSide(), WrappedText{text(), font(), maximumLines}.size(textWidth).height()) +
+           2 * padding;
+}
+
+void WrappingCheckBox::paintEvent(QPaintEvent *)
+{
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+
+    const int side = boxSide();
+    const int lineHeight = fontMetrics().lineSpacing();
+    QRect box(padding, padding + std::max(0, lineHeight - side) / 2, side, side);
+    QRect label = rect().adjusted(textOffset(), padding, -padding, -padding);
+    option.rect = QStyle::visualRect(layoutDirection(), rect(), box);
+    painter.drawPrimitive(QStyle::PE_IndicatorCheckBox, option);
+
+    painter.setPen(palette().color(QPalette::WindowText));
+    WrappedText{text(), font(), maximumLines}.draw(
+        painter, QStyle::visualRect(layoutDirection(), rect(), label), Qt::AlignLeft);
+    if (hasFocus())
+        MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
+}
+
+} // namespace morvane

@@ -1,0 +1,101 @@
+#include "ui/sheets/QuestionView.h"
+
+#include "app/Questions.h"
+#include "base/Text.h"
+#include "ui/controls/HeadingLabel.h"
+#include "ui/controls/WrappingButton.h"
+#include "ui/sheets/ScrollingText.h"
+#include "ui/sheets/SheetCard.h"
+#include "ui/sheets/SheetHeader.h"
+#include "ui/sheets/VisibleText.h"
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
+
+namespace morvane {
+
+QuestionView::QuestionView(Questions &questions, QWidget *window, SteadyNow now)
+    : Sheet(window, std::move(now)), m_questions(questions), m_header(new SheetHeader),
+      m_question(new ScrollingText(QStringLiteral("Question"))),
+      m_optionsHeading(new HeadingLabel(QStringLiteral("Choose an answer:"), HeadingLabel::Level::section)),
+      m_options(new QWidget), m_customHeading(new HeadingLabel(QStringLiteral("Or type your own answer:"),
+                                                               HeadingLabel::Level::section)),
+      m_custom(new QLineEdit)
+{
+    m_header->setContent(Symbol::question, SheetHeader::Tone::neutral,
+                         QStringLiteral("Morvane has a question"));
+    m_custom->setAccessibleName(QStringLiteral("Your answer"));
+    m_custom->setPlaceholderText(QStringLiteral("Custom answer"));
+    auto *send = new WrappingButton(QStringLiteral("Send Answer"));
+    send->setAccessibleName(QStringLiteral("Send your custom answer"));
+    send->setDefault(true);
+
+    auto *optionsLayout = new QVBoxLayout(m_options);
+    optionsLayout->setContentsMargins(0, 0, 0, 0);
+    optionsLayout->setSpacing(8);
+    for (QWidget *part : std::initializer_list<QWidget *>{m_header, m_question, m_optionsHeading, m_options,
+                                                          m_customHeading, m_custom})
+        card()->content()->addWidget(part);
+    card()->setYieldingText(m_question);
+    card()->buttons()->addStretch();
+    card()->buttons()->addWidget(send);
+
+    connect(send, &QPushButton::clicked, this, &QuestionView::sendCustom);
+    connect(&m_questions, &Questions::pendingQuestionChanged, this, &QuestionView::showPending);
+    showPending();
+}
+
+void QuestionView::showPending()
+{
+    const auto &question = m_questions.pendingQuestion();
+    if (!question) {
+        m_shown = QUuid();
+        closeSheet();
+        return;
+    }
+    if (question->id == m_shown)
+        return;
+    m_shown = question->id;
+
+    card()->setAccessibleName(QStringLiteral("Morvane asks: ") + question->question);
+    m_question->setContent({question->question, {}}, ScrollingText::Style::prose);
+    m_custom->clear();
+    showOptions(question->options);
+    const auto buttons = m_options->findChildren<WrappingButton *>(Qt::FindDirectChildrenOnly);
+    openSheet(buttons.isEmpty() ? static_cast<QWidget *>(m_custom) : buttons.first());
+}
+
+void QuestionView::showOptions(const QStringList &options)
+{
+    qDeleteAll(m_options->findChildren<WrappingButton *>(Qt::FindDirectChildrenOnly));
+    QWidget *previous = m_question->field();
+    for (const QString &option : options) {
+        auto *button = new WrappingButton(option, WrappingButton::Alignment::leading, m_options);
+        button->setAccessibleName(QStringLiteral("Answer: ") + option);
+        connect(button, &QPushButton::clicked, this, [this, option] { m_questions.resolveQuestion(option); });
+        m_options->layout()->addWidget(button);
+        // New widgets come last in the order of the Tab key otherwise.
+        setTabOrder(previous, button);
+        previous = button;
+    }
+    m_optionsHeading->setVisible(!options.isEmpty());
+    m_options->setVisible(!options.isEmpty());
+    m_customHeading->setVisible(!options.isEmpty());
+}
+
+void QuestionView::sendCustom()
+{
+    const QString answer = trimmed(m_custom->text());
+    if (!answer.isEmpty())
+        m_questions.resolveQuestion(answer);
+}
+
+void QuestionView::returnPressed()
+{
+    if (m_custom->hasFocus())
+        sendCustom();
+}
+
+} // namespace morvane

@@ -1,0 +1,236 @@
+#include "ui/sheets/ScrollingText.h"
+
+#include "base/Text.h"
+#include "ui/controls/NoteLabel.h"
+#include "ui/theme/MorvaneStyle.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QLocale>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+constexpr int frame = 3;
+constexpr int documentMargin = 6;
+constexpr int spacing = 4;
+constexpr int leastRows = 3;
+/// More rows than a screen holds; what lies beyond needs no exact height.
+constexpr int mostRows = 200;
+constexpr qsizetype longestMeasured = 40000;
+/// Marking is paid for with each painting; a text with more escapes than that shows what it is anyway.
+constexpr qsizetype mostMarked = 500;
+constexpr qreal radius = 7;
+
+QFont fontOf(ScrollingText::Style style)
+{
+    QFont font = QApplication::font();
+    if (style == ScrollingText::Style::prose)
+        return font;
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    fixed.setPointSizeF(font.pointSizeF());
+    return fixed;
+}
+
+} // namespace
+
+ScrollingText::ScrollingText(const QString &accessibleName, QWidget *parent)
+    : QWidget(parent), m_field(new QPlainTextEdit(this)), m_extent(new NoteLabel(QString()))
+{
+    m_extent->setParent(this);
+    m_extent->hide();
+    m_field->setAccessibleName(accessibleName);
+    m_field->setReadOnly(true);
+    m_field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_field->setUndoRedoEnabled(false);
+    m_field->setTabChangesFocus(true);
+    m_field->setFrameShape(QFrame::NoFrame);
+    m_field->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    m_field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_field->document()->setDocumentMargin(documentMargin);
+    m_field->installEventFilter(this);
+    setFocusProxy(m_field);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+}
+
+void ScrollingText::setContent(const VisibleText &content, Style style)
+{
+    m_style = style;
+    m_escapes = content.escapes;
+    QTextOption option = m_field->document()->defaultTextOption();
+    option.setFlags(style == Style::command ? QTextOption::ShowLineAndParagraphSeparators
+                                            : QTextOption::Flags());
+    // The words around a command are English, whichever script its first letter belongs to.
+    option.setTextDirection(style == Style::command ? Qt::LeftToRight : Qt::LayoutDirectionAuto);
+    m_field->document()->setDefaultTextOption(option);
+    m_field->setPlainText(content.text);
+    m_field->moveCursor(QTextCursor::Start);
+    updateFont();
+    markEscapes();
+    updateGeometry();
+    arrange();
+}
+
+QString ScrollingText::extent() const
+{
+    return m_extent->isHidden() ? QString() : m_extent->text();
+}
+
+int ScrollingText::leastHeight(int width) const
+{
+    const QFontMetrics metrics(fontOf(m_style));
+    return leastRows * metrics.lineSpacing() + 2 * (frame + documentMargin) + extentHeight(width);
+}
+
+void ScrollingText::setHeightLimit(int height)
+{
+    if (m_heightLimit == height)
+        return;
+    m_heightLimit = height;
+    updateGeometry();
+    arrange();
+}
+
+int ScrollingText::naturalHeight(int width) const
+{
+    if (m_measuredWidth == width)
+        return m_measuredHeight;
+    const QFont font = fontOf(m_style);
+    const int room = std::max(1, width - 2 * (frame + documentMargin));
+    int rows = 0;
+    for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
+         block = block.next()) {
+        QTextLayout layout(block.text().left(longestMeasured), font);
+        layout.setTextOption(m_field->document()->defaultTextOption());
+        layout.beginLayout();
+        int lines = 0;
+        for (QTextLine line = layout.createLine(); line.isValid() && rows + lines < mostRows;
+             line = layout.createLine()) {
+            line.setLineWidth(room);
+            ++lines;
+        }
+        layout.endLayout();
+        rows += std::max(1, lines);
+    }
+    m_measuredWidth = width;
+    m_measuredHeight = rows * QFontMetrics(font).lineSpacing() + 2 * (frame + documentMargin);
+    return m_measuredHeight;
+}
+
+bool ScrollingText::isLimited(int width) const
+{
+    return m_heightLimit >= 0 && naturalHeight(width) > m_heightLimit;
+}
+
+int ScrollingText::extentHeight(int width) const
+{
+    return m_extent->heightForWidth(std::max(1, width)) + spacing;
+}
+
+int ScrollingText::heightForWidth(int width) const
+{
+    return isLimited(width) ? m_heightLimit : naturalHeight(width);
+}
+
+QSize ScrollingText::sizeHint() const
+{
+    const int width = 40 * fontMetrics().averageCharWidth();
+    return {width, heightForWidth(width)};
+}
+
+QSize ScrollingText::minimumSizeHint() const
+{
+    const QFontMetrics metrics(fontOf(m_style));
+    return {16 * metrics.averageCharWidth(), metrics.lineSpacing() + 2 * (frame + documentMargin)};
+}
+
+void ScrollingText::arrange()
+{
+    const bool overflows = isLimited(width());
+    if (overflows) {
+        const auto lines = m_field->document()->blockCount();
+        const auto characters = characterCount(m_field->toPlainText());
+        const QLocale english(QLocale::English, QLocale::UnitedStates);
+        m_extent->setText(QStringLiteral("%1, %2 in all. Scroll to read the rest.")
+                              .arg(lines == 1 ? QStringLiteral("1 line")
+                                              : QStringLiteral("%1 lines").arg(english.toString(lines)),
+                                   QStringLiteral("%1 characters").arg(english.toString(characters))));
+    }
+    m_extent->setVisible(overflows);
+    m_field->setAccessibleDescription(overflows ? m_extent->text() : QString());
+
+    const int below = overflows ? extentHeight(width()) : 0;
+    m_field->setGeometry(rect().adjusted(frame, frame, -frame, -frame - below));
+    m_extent->setGeometry(0, height() - below + spacing, width(), std::max(0, below - spacing));
+    m_field->setVerticalScrollBarPolicy(overflows ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded);
+}
+
+void ScrollingText::resizeEvent(QResizeEvent *)
+{
+    arrange();
+}
+
+void ScrollingText::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ApplicationFontChange) {
+        updateFont();
+        updateGeometry();
+    } else if (event->type() == QEvent::PaletteChange) {
+        markEscapes();
+    }
+}
+
+void ScrollingText::updateFont()
+{
+    m_field->setFont(fontOf(m_style));
+    m_measuredWidth = -1;
+}
+
+void ScrollingText::markEscapes()
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    QTextCharFormat format;
+    format.setForeground(colors.surface);
+    format.setBackground(colors.error);
+    QList<QTextEdit::ExtraSelection> marks;
+    for (const VisibleText::Range &escape : m_escapes.first(std::min(m_escapes.size(), mostMarked))) {
+        QTextCursor cursor(m_field->document());
+        cursor.setPosition(static_cast<int>(escape.start));
+        cursor.setPosition(static_cast<int>(escape.start + escape.length), QTextCursor::KeepAnchor);
+        marks.append({cursor, format});
+    }
+    m_field->setExtraSelections(marks);
+}
+
+bool ScrollingText::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        update();
+    return QWidget::eventFilter(watched, event);
+}
+
+void ScrollingText::paintEvent(QPaintEvent *)
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    const QRectF around = QRectF(m_field->geometry()).adjusted(-frame, -frame, frame, frame);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colors.controlBorder);
+    painter.setBrush(colors.surface);
+    painter.drawRoundedRect(around.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    if (m_field->hasFocus())
+        MorvaneStyle::drawFocusRing(painter, around, radius, palette());
+}
+
+} // namespace morvane

@@ -1,0 +1,191 @@
+#include "ui/sheets/Sheet.h"
+
+#include "ui/sheets/SheetCard.h"
+#include "ui/sheets/SheetStack.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPushButton>
+
+namespace morvane {
+
+namespace {
+
+constexpr int margin = 20;
+
+bool isReturn(int key)
+{
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+}
+
+bool isModifier(int key)
+{
+    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_AltGr ||
+           key == Qt::Key_Meta || key == Qt::Key_CapsLock;
+}
+
+bool isPlain(const QKeyEvent &event)
+{
+    return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+}
+
+} // namespace
+
+Sheet::Sheet(QWidget *window, SteadyNow now)
+    : QWidget(window), m_card(new SheetCard(this)), m_guard(std::move(now))
+{
+    hide();
+    // Nothing may be dropped onto what lies below either.
+    setAcceptDrops(true);
+    setFocusPolicy(Qt::NoFocus);
+    window->installEventFilter(this);
+}
+
+Sheet::~Sheet()
+{
+    if (m_isOpen)
+        qApp->removeEventFilter(this);
+}
+
+void Sheet::openSheet(QWidget *first)
+{
+    m_guard.restart();
+    if (!m_isOpen) {
+        m_isOpen = true;
+        m_previousFocus = parentWidget()->focusWidget();
+        setGeometry(parentWidget()->rect());
+        raise();
+        show();
+        qApp->installEventFilter(this);
+    }
+    arrange();
+    m_card->scrollToStart();
+    // The focus moves before the rest is disabled, so that it does not wander on its own.
+    first->setFocus(Qt::OtherFocusReason);
+    updateSheetStack(parentWidget());
+}
+
+void Sheet::closeSheet()
+{
+    if (!m_isOpen)
+        return;
+    m_isOpen = false;
+    qApp->removeEventFilter(this);
+    updateSheetStack(parentWidget());
+    giveFocusBack();
+    hide();
+}
+
+void Sheet::giveFocusBack()
+{
+    const auto others = parentWidget()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly);
+    for (Sheet *other : others) {
+        // A sheet above this one would give the focus back to this one.
+        if (other->isOpen() && other->m_previousFocus && isAncestorOf(other->m_previousFocus))
+            other->m_previousFocus = m_previousFocus;
+    }
+    const QWidget *current = parentWidget()->focusWidget();
+    if (current && !isAncestorOf(current))
+        return;
+    if (m_previousFocus && m_previousFocus->isEnabled() && m_previousFocus->isVisibleTo(parentWidget()))
+        m_previousFocus->setFocus(Qt::OtherFocusReason);
+    else
+        focusNextPrevChild(true);
+}
+
+bool Sheet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == parentWidget() && event->type() == QEvent::Resize)
+        setGeometry(parentWidget()->rect());
+    if (!m_isOpen || !isEnabled() || !watched->isWidgetType())
+        return false;
+    auto *widget = static_cast<QWidget *>(watched);
+    if (widget != this && !isAncestorOf(widget))
+        return false;
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        return handleKeyPress(*static_cast<QKeyEvent *>(event));
+    case QEvent::ShortcutOverride:
+        if (!overridesShortcut(*static_cast<QKeyEvent *>(event)))
+            return false;
+        event->accept();
+        return true;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        return !m_guard.takesInput();
+    case QEvent::LayoutRequest:
+        QMetaObject::invokeMethod(this, &Sheet::arrange, Qt::QueuedConnection);
+        return false;
+    default:
+        return false;
+    }
+}
+
+bool Sheet::handleKeyPress(const QKeyEvent &event)
+{
+    const int key = event.key();
+    if (isModifier(key))
+        return false;
+    if (!m_guard.takesInput())
+        return true;
+    if (!isReturn(key) && key != Qt::Key_Escape)
+        return false;
+    // A key that is held down was pressed for something else.
+    if (event.isAutoRepeat() || !isPlain(event))
+        return true;
+    if (key == Qt::Key_Escape) {
+        escapePressed();
+    } else if (auto *button = qobject_cast<QPushButton *>(parentWidget()->focusWidget());
+               button && isAncestorOf(button)) {
+        button->click();
+    } else {
+        returnPressed();
+    }
+    return true;
+}
+
+bool Sheet::overridesShortcut(const QKeyEvent &event) const
+{
+    return isReturn(event.key()) || event.key() == Qt::Key_Escape;
+}
+
+bool Sheet::event(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::KeyPress:
+        // Nothing passes through to the window.
+        event->accept();
+        return true;
+    default:
+        return QWidget::event(event);
+    }
+}
+
+void Sheet::resizeEvent(QResizeEvent *)
+{
+    arrange();
+}
+
+void Sheet::arrange()
+{
+    const QSize room = size() - QSize(2 * margin, 2 * margin);
+    m_card->fitInto(room);
+    m_card->move((width() - m_card->width()) / 2, (height() - m_card->height()) / 2);
+}
+
+void Sheet::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    QColor shade = Qt::black;
+    shade.setAlphaF(ThemeColors::fromPalette(palette()).isDark() ? 0.6F : 0.4F);
+    painter.fillRect(rect(), shade);
+}
+
+} // namespace morvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "ui/sheets/AnswerGuard.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class QKeyEvent;
+
+namespace morvane {
+
+class SheetCard;
+
+/// A question to the user that holds one window: it dims the window's content and shows a card in the middle.
+/// While it is open nothing else in that window can be used, and a click beside the card does nothing. The
+/// focus goes into the card when it opens and back to where it was when it closes. Input that comes before
+/// the user can have noticed the sheet is dropped.
+class Sheet : public QWidget {
+    Q_OBJECT
+public:
+    /// A sheet over `window`, which owns it, hidden. `now` tells the time for the guard against accidents.
+    Sheet(QWidget *window, SteadyNow now);
+    ~Sheet() override;
+
+    bool isOpen() const { return m_isOpen; }
+    SheetCard *card() const { return m_card; }
+
+protected:
+    /// Shows the sheet with the focus on `first`; if it is open already, begins anew.
+    void openSheet(QWidget *first);
+    void closeSheet();
+
+    /// Return was pressed, but not on a button.
+    virtual void returnPressed() {}
+    virtual void escapePressed() {}
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool event(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    bool handleKeyPress(const QKeyEvent &event);
+    bool overridesShortcut(const QKeyEvent &event) const;
+    void arrange();
+    void giveFocusBack();
+
+    SheetCard *m_card;
+    AnswerGuard m_guard;
+    QPointer<QWidget> m_previousFocus;
+    bool m_isOpen = false;
+};
+
+} // namespace morvane

@@ -1,0 +1,85 @@
+#include "ui/sheets/SheetCard.h"
+
+#include "ui/controls/AccessibleRole.h"
+#include "ui/sheets/ScrollingText.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace morvane {
+
+namespace {
+
+constexpr int padding = 22;
+constexpr int spacing = 14;
+constexpr int charactersAcross = 72;
+constexpr qreal radius = 12;
+
+} // namespace
+
+SheetCard::SheetCard(QWidget *parent)
+    : QFrame(parent), m_scroll(new QScrollArea(this)), m_content(new QWidget), m_buttonRow(new QWidget(this)),
+      m_contentLayout(new QVBoxLayout(m_content)), m_buttonLayout(new QHBoxLayout(m_buttonRow))
+{
+    setAccessibleModalDialog(this);
+    m_contentLayout->setContentsMargins(0, 0, 0, 0);
+    m_contentLayout->setSpacing(spacing);
+    m_buttonLayout->setContentsMargins(0, 0, 0, 0);
+    m_buttonLayout->setSpacing(10);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    m_scroll->setWidget(m_content);
+    m_scroll->viewport()->setAutoFillBackground(false);
+    m_content->setAutoFillBackground(false);
+}
+
+void SheetCard::fitInto(const QSize &room)
+{
+    const int width =
+        std::min(room.width(), charactersAcross * fontMetrics().averageCharWidth() + 2 * padding);
+    const int inner = std::max(1, width - 2 * padding);
+    const int buttons = m_buttonLayout->hasHeightForWidth() ? m_buttonLayout->totalHeightForWidth(inner)
+                                                            : m_buttonLayout->totalSizeHint().height();
+    const int bodyRoom = std::max(1, room.height() - 2 * padding - spacing - buttons);
+
+    const auto wanted = [this, inner] { return m_contentLayout->totalHeightForWidth(inner); };
+    if (m_yielding) {
+        const int natural = m_yielding->naturalHeight(inner);
+        const int excess = wanted() - m_yielding->heightForWidth(inner) + natural - bodyRoom;
+        const int limited = std::max(m_yielding->leastHeight(inner), natural - excess);
+        m_yielding->setHeightLimit(excess > 0 ? limited : -1);
+    }
+    const int whole = wanted();
+    const int body = std::min(whole, bodyRoom);
+
+    resize(width, body + buttons + 2 * padding + spacing);
+    // The scroll bar lies in the padding, so that the content keeps its width when it comes.
+    const int outside = std::min(padding, m_scroll->verticalScrollBar()->sizeHint().width() + 2);
+    const bool scrolls = whole > body;
+    m_scroll->setGeometry(padding, padding, inner + (scrolls ? outside : 0), body);
+    m_buttonRow->setGeometry(padding, padding + body + spacing, inner, buttons);
+}
+
+void SheetCard::scrollToStart()
+{
+    m_scroll->verticalScrollBar()->setValue(0);
+}
+
+void SheetCard::paintEvent(QPaintEvent *)
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colors.border);
+    painter.setBrush(colors.window);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+} // namespace morvane
