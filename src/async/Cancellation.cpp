@@ -12,7 +12,7 @@ Cancellation::Callback::Callback(Cancellation &owner, std::function<void()> func
 Cancellation::Callback::~Callback()
 {
     if (m_owner)
-        m_owner->m_callbacks.erase(m_entry);
+        m_owner->remove(m_entry);
 }
 
 Cancellation::Callback::Callback(Callback &&other) noexcept
@@ -24,7 +24,7 @@ Cancellation::Callback &Cancellation::Callback::operator=(Callback &&other) noex
 {
     if (this != &other) {
         if (m_owner)
-            m_owner->m_callbacks.erase(m_entry);
+            m_owner->remove(m_entry);
         m_owner = std::exchange(other.m_owner, nullptr);
         m_entry = other.m_entry;
     }
@@ -36,11 +36,20 @@ void Cancellation::cancel()
     if (m_cancelled)
         return;
     m_cancelled = true;
-    // Entries stay in the list, emptied, so that each Callback can still remove its own.
-    for (auto entry = m_callbacks.begin(); entry != m_callbacks.end(); ++entry) {
-        if (auto function = std::exchange(*entry, nullptr))
+    m_next = m_callbacks.begin();
+    while (m_next != m_callbacks.end()) {
+        // Entries stay in the list, emptied, so that each Callback can still remove its own.
+        const auto function = std::exchange(*m_next++, nullptr);
+        if (function)
             function();
     }
+}
+
+void Cancellation::remove(Entry entry)
+{
+    if (entry == m_next)
+        ++m_next;
+    m_callbacks.erase(entry);
 }
 
 } // namespace morvane

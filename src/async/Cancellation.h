@@ -19,10 +19,8 @@ public:
         Callback &operator=(Callback &&other) noexcept;
 
     private:
-        using Entry = std::list<std::function<void()>>::iterator;
-
         Cancellation *m_owner = nullptr;
-        Entry m_entry;
+        std::list<std::function<void()>>::iterator m_entry;
     };
 
     Cancellation() = default;
@@ -31,12 +29,18 @@ public:
 
     bool isCancelled() const { return m_cancelled; }
 
-    /// Runs every callback once; callbacks never resume a coroutine inline.
+    /// Runs every callback once; callbacks never resume a coroutine inline. A callback may take back itself
+    /// and others.
     void cancel();
 
 private:
+    using Entry = std::list<std::function<void()>>::iterator;
+
+    void remove(Entry entry);
+
     bool m_cancelled = false;
     std::list<std::function<void()>> m_callbacks;
+    Entry m_next = m_callbacks.end(); ///< The callback that cancel() runs next.
 };
 
 } // namespace morvane

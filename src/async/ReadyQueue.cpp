@@ -2,13 +2,40 @@
 
 #include "async/Suspension.h"
 
+#include <QBasicTimer>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QObject>
 #include <QTimerEvent>
 
 namespace morvane {
 
-ReadyQueue::ReadyQueue(std::function<void()> afterEach) : m_afterEach(std::move(afterEach)) {}
+/// The queue's turns in the event loop. A QObject must end on its own thread, which those who push are not.
+class ReadyQueue::Turns : public QObject {
+public:
+    explicit Turns(ReadyQueue &queue) : m_queue(queue) {}
+
+    /// Asks for a turn after input and painting have had theirs: a posted event would be served in the same
+    /// pass of the event loop, a timer of zero is not.
+    void askForLater() { m_later.start(0, this); }
+
+protected:
+    void customEvent(QEvent *) override { m_queue.drain(); }
+    void timerEvent(QTimerEvent *) override
+    {
+        m_later.stop();
+        m_queue.drain();
+    }
+
+private:
+    ReadyQueue &m_queue;
+    QBasicTimer m_later;
+};
+
+ReadyQueue::ReadyQueue(std::function<void()> afterEach)
+    : m_afterEach(std::move(afterEach)), m_turns(std::make_unique<Turns>(*this))
+{
+}
 
 ReadyQueue::~ReadyQueue() = default;
 
@@ -21,24 +48,13 @@ void ReadyQueue::push(std::shared_ptr<Suspension> suspension)
     m_pushed.notify_one();
     if (!m_wakePosted) {
         m_wakePosted = true;
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        QCoreApplication::postEvent(m_turns.get(), new QEvent(QEvent::User));
     }
 }
 
 bool ReadyQueue::sliceUsedUp() const
 {
     return m_draining && std::chrono::steady_clock::now() >= m_sliceEnd;
-}
-
-void ReadyQueue::customEvent(QEvent *)
-{
-    drain();
-}
-
-void ReadyQueue::timerEvent(QTimerEvent *)
-{
-    m_continue.stop();
-    drain();
 }
 
 void ReadyQueue::drain()
@@ -50,9 +66,7 @@ void ReadyQueue::drain()
     while (auto suspension = pop()) {
         resume(suspension);
         if (std::chrono::steady_clock::now() >= m_sliceEnd) {
-            // A posted event would be served in the same pass of the event loop; a timer of zero waits
-            // until input and painting have had their turn.
-            m_continue.start(0, this);
+            m_turns->askForLater();
             break;
         }
     }
@@ -81,6 +95,8 @@ void ReadyQueue::pumpUntil(const std::function<bool()> &finished,
                            std::chrono::steady_clock::time_point deadline)
 {
     while (!finished()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            return;
         if (auto suspension = pop()) {
             resume(suspension);
             continue;
@@ -93,11 +109,13 @@ void ReadyQueue::pumpUntil(const std::function<bool()> &finished,
 
 void ReadyQueue::close()
 {
-    m_continue.stop();
     std::deque<std::shared_ptr<Suspension>> dropped;
-    const std::lock_guard lock(m_mutex);
-    m_closed = true;
-    dropped.swap(m_ready);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_closed = true;
+        dropped.swap(m_ready);
+    }
+    m_turns.reset();
 }
 
 } // namespace morvane

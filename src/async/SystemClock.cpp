@@ -1,10 +1,16 @@
 #include "async/SystemClock.h"
 
 #include <QTimer>
+#include <algorithm>
+#include <limits>
 
 namespace morvane {
 
 namespace {
+
+/// What QTimer takes; it never fires with less, and about 24 days are the most.
+constexpr std::chrono::milliseconds shortest{0};
+constexpr std::chrono::milliseconds longest{std::numeric_limits<int>::max()};
 
 class QtTimer final : public Clock::Timer {
 public:
@@ -13,7 +19,7 @@ public:
         m_timer.setSingleShot(true);
         m_timer.setTimerType(Qt::PreciseTimer);
         QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::move(function));
-        m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(delay));
+        m_timer.start(std::clamp(std::chrono::ceil<std::chrono::milliseconds>(delay), shortest, longest));
     }
 
 private:
