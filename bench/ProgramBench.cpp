@@ -1,0 +1,215 @@
+// The whole program with its window open, measured from outside on a private desktop against the scripted
+// model: start, idle cost, tool turns and a long stream. Prints JSON. Usage: ProgramBench [PROGRAM]
+
+#include "support/ChildProcess.h"
+#include "support/Keyboard.h"
+#include "support/PrivateDesktop.h"
+#include "support/ScriptedModel.h"
+#include "support/XConnection.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QThread>
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+#include <vector>
+
+using namespace morvane;
+
+namespace {
+
+constexpr int starts = 9;
+constexpr int loopTurns = 20;
+constexpr std::size_t burstTokens = 100000;
+constexpr int idleSeconds = 5;
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/// A line of a /proc file such as "Pss:  60000 kB", in MB.
+double procMegabytes(qint64 pid, const char *file, const QByteArray &name)
+{
+    QFile proc(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(file)));
+    if (!proc.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : proc.readAll().split('\n')) {
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1024;
+    }
+    return 0;
+}
+
+double cpuSeconds(qint64 pid)
+{
+    QFile proc(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!proc.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = proc.readAll();
+    const auto fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+    return (fields[11].toDouble() + fields[12].toDouble()) / double(sysconf(_SC_CLK_TCK));
+}
+
+/// The program in a home of its own beside a scripted model.
+class Session {
+public:
+    Session(const PrivateDesktop &desktop, QString program, ModelScript script)
+        : m_desktop(desktop), m_program(std::move(program)), m_model(std::move(script)),
+          m_screen(desktop.display()), m_keyboard(m_screen), m_home(desktop.newFolder(QStringLiteral("home")))
+    {
+        QDir(m_home).mkpath(QStringLiteral("config/Morvane"));
+        QFile settings(m_home + QStringLiteral("/config/Morvane/Morvane.conf"));
+        if (!settings.open(QIODevice::WriteOnly))
+            qFatal("cannot write the settings");
+        settings.write(
+            "[General]\nprovider=custom\nmodel=scripted\nmaxSteps=200\nhasCompletedOnboarding=true\n"
+            "customBaseURL=" +
+            QByteArray::fromStdString(m_model.baseURL()) + "/v1\n");
+    }
+
+    ScriptedModel &model() { return m_model; }
+    qint64 pid() const { return m_process->pid(); }
+    void end() { m_process.reset(); }
+
+    /// Starts the program; milliseconds until its window has the focus and has painted its ground.
+    double start()
+    {
+        QProcessEnvironment environment = m_desktop.environment();
+        environment.insert(QStringLiteral("HOME"), m_home);
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home + QStringLiteral("/config"));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home + QStringLiteral("/data"));
+        while (m_screen.activeWindow() != 0)
+            QThread::msleep(1);
+        QElapsedTimer timer;
+        timer.start();
+        m_process = std::make_unique<ChildProcess>(m_program, QStringList(), environment,
+                                                   m_home + QStringLiteral("/log"));
+        while (m_screen.activeWindow() == 0 || !isPainted())
+            QThread::usleep(500);
+        return double(timer.nsecsElapsed()) / 1e6;
+    }
+
+    /// Types a request; milliseconds until it reaches the model.
+    double ask(const QString &text)
+    {
+        const std::size_t before = m_model.requests().size();
+        QElapsedTimer timer;
+        timer.start();
+        m_keyboard.type(text);
+        m_keyboard.press(QStringLiteral("Return"));
+        if (!m_model.waitForRequests(before + 1))
+            qFatal("the request never came");
+        return double(timer.nsecsElapsed()) / 1e6;
+    }
+
+private:
+    bool isPainted() const
+    {
+        const auto size = m_screen.screenshot();
+        const QColor middle = size.pixelColor(size.width() / 2, size.height() / 2);
+        return middle.lightness() > 128;
+    }
+
+    const PrivateDesktop &m_desktop;
+    QString m_program;
+    ScriptedModel m_model;
+    XConnection m_screen;
+    Keyboard m_keyboard;
+    QString m_home;
+    std::unique_ptr<ChildProcess> m_process;
+};
+
+ModelScript script()
+{
+    ModelScript script;
+    script.turns.push_back(ScriptedTurn::saying({"warm"}));
+    for (int turn = 0; turn < loopTurns; ++turn) {
+        ScriptedCall call;
+        call.name = "read_file";
+        call.argumentFragments = {R"({"path":"/etc/debian_version","n":)" + std::to_string(turn) + "}"};
+        call.id = "call_" + std::to_string(turn);
+        script.turns.push_back(ScriptedTurn::calling({call}));
+    }
+    script.turns.push_back(ScriptedTurn::saying({"done"}));
+    ScriptedTurn burst;
+    burst.steps = {step::Burst{burstTokens}};
+    script.turns.push_back(burst);
+    script.afterwards = ScriptedTurn::saying({"ok"});
+    return script;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QString program = argc > 1 ? QString::fromLocal8Bit(argv[1])
+                                     : QCoreApplication::applicationDirPath() + QStringLiteral("/morvane");
+    const PrivateDesktop desktop;
+
+    std::vector<double> painted;
+    std::vector<double> firstRequests;
+    {
+        ModelScript always;
+        always.afterwards = ScriptedTurn::saying({"ok"});
+        Session session(desktop, program, always);
+        for (int start = 0; start < starts; ++start) {
+            painted.push_back(session.start());
+            firstRequests.push_back(session.ask(QStringLiteral("hi")));
+            session.end();
+        }
+    }
+
+    Session session(desktop, program, script());
+    session.start();
+    QThread::sleep(idleSeconds);
+    const double idleBefore = cpuSeconds(session.pid());
+    QThread::sleep(idleSeconds);
+    const double idleCpu = (cpuSeconds(session.pid()) - idleBefore) / idleSeconds * 100;
+    const double idlePss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
+
+    // The first request also asks for a title.
+    session.ask(QStringLiteral("warm"));
+    session.model().waitForRequests(2);
+    session.ask(QStringLiteral("loop"));
+    session.model().waitForRequests(2 + loopTurns + 1);
+    std::vector<double> turnTimes;
+    for (const ScriptedRequest &request : session.model().requests()) {
+        if (request.turn > 1 && request.turn <= loopTurns + 1)
+            turnTimes.push_back(double(request.sinceLastAnswer.count()) / 1000);
+    }
+    const double peak = procMegabytes(session.pid(), "status", "VmHWM");
+    const double loopPss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
+
+    const double cpuBefore = cpuSeconds(session.pid());
+    session.ask(QStringLiteral("stream"));
+    const double began = double(session.model().requests().back().received.count());
+    // The next request can be typed as soon as the stream has ended and is saved.
+    const std::size_t count = session.model().requests().size();
+    QElapsedTimer wall;
+    wall.start();
+    while (session.model().requests().size() == count && wall.elapsed() < 60000) {
+        session.ask(QStringLiteral("x"));
+    }
+    const double ended = double(session.model().requests().back().received.count());
+    const double cpu = cpuSeconds(session.pid()) - cpuBefore;
+
+    std::printf("{\"start_to_painted_ms\": {\"median\": %.1f, \"max\": %.1f},\n"
+                " \"typed_to_first_request_ms\": {\"median\": %.1f},\n"
+                " \"idle\": {\"pss_mb\": %.1f, \"cpu_percent\": %.2f},\n"
+                " \"tool_turn_ms\": {\"p50\": %.2f, \"max\": %.2f, \"turns\": %zu, \"peak_rss_mb\": %.1f, "
+                "\"pss_mb\": %.1f},\n"
+                " \"stream\": {\"tokens\": %zu, \"seconds_until_usable\": %.3f, \"tokens_per_second\": %.0f, "
+                "\"cpu_s\": %.2f}}\n",
+                median(painted), *std::max_element(painted.begin(), painted.end()), median(firstRequests),
+                idlePss, idleCpu, median(turnTimes), *std::max_element(turnTimes.begin(), turnTimes.end()),
+                turnTimes.size(), peak, loopPss, burstTokens, (ended - began) / 1e6,
+                double(burstTokens) / ((ended - began) / 1e6), cpu);
+    return 0;
+}
