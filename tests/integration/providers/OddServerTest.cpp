@@ -1,7 +1,9 @@
 #include "TurnFixture.h"
+#include "support/FakeClock.h"
 #include "support/RawHttpServer.h"
 
 #include <QProcess>
+#include <atomic>
 
 namespace morvane {
 namespace {
@@ -14,7 +16,7 @@ QByteArray event(const QByteArray &text)
 /// Servers of which every byte is written by the test.
 class OddServerTest : public testing::Test {
 protected:
-    SystemClock clock;
+    FakeClock clock; // never moved: pending timers tell what still runs
     Scheduler scheduler{clock};
     HttpClient client;
 
@@ -94,19 +96,27 @@ TEST_F(OddServerTest, EndMarkerEndsTheTurnThoughTheConnectionStaysOpen)
     EXPECT_EQ(outcome.pieces, QStringList("a"));
 }
 
-TEST_F(OddServerTest, ConnectionServesTheNextTurn)
+TEST_F(OddServerTest, ConnectionServesTheNextTurnThoughTheBodyEndsAfterTheTurn)
 {
-    RawHttpServer server([](RawHttpConnection &connection) {
+    std::atomic<int> turnsDone = 0;
+    std::atomic<int> bodiesEnded = 0;
+    RawHttpServer server([&](RawHttpConnection &connection) {
         while (connection.readRequest()) {
             connection.send(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}));
             connection.sendChunk(event("a") + "data: [DONE]\n\n");
+            if (!connection.waitUntil([&] { return turnsDone > bodiesEnded; }))
+                return;
             connection.sendChunk("\n");
             connection.send("0\r\n\r\n");
+            ++bodiesEnded;
         }
     });
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 1; i <= 3; ++i) {
         EXPECT_EQ(turn(server).text(), "a");
         settle();
+        turnsDone = i;
+        ASSERT_TRUE(waitUntil([&] { return bodiesEnded == i; }));
+        ASSERT_TRUE(waitUntil([&] { return clock.pendingTimers() == 0; }));
     }
     EXPECT_EQ(server.acceptedConnections(), 1);
 }
