@@ -84,13 +84,13 @@ public:
         environment.insert(QStringLiteral("HOME"), m_home);
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home + QStringLiteral("/config"));
         environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home + QStringLiteral("/data"));
-        while (m_screen.activeWindow() != 0)
+        while (hasWindow())
             QThread::msleep(1);
         QElapsedTimer timer;
         timer.start();
         m_process = std::make_unique<ChildProcess>(m_program, QStringList(), environment,
                                                    m_home + QStringLiteral("/log"));
-        while (m_screen.activeWindow() == 0 || !isPainted())
+        while (!hasWindow() || !isPainted())
             QThread::usleep(500);
         return double(timer.nsecsElapsed()) / 1e6;
     }
@@ -111,12 +111,15 @@ public:
     qint64 largestConversation() const
     {
         qint64 largest = 0;
-        for (const QFileInfo &file : QDir(m_home + QStringLiteral("/data/Morvane/Conversations")).entryInfoList())
+        for (const QFileInfo &file :
+             QDir(m_home + QStringLiteral("/data/Morvane/Conversations")).entryInfoList())
             largest = std::max(largest, file.size());
         return largest;
     }
 
 private:
+    bool hasWindow() const { return !m_screen.property(m_screen.root(), "_NET_CLIENT_LIST").isEmpty(); }
+
     bool isPainted() const
     {
         const QImage screen = m_screen.screenshot();
@@ -214,7 +217,7 @@ int main(int argc, char **argv)
                 "\"cpu_s\": %.2f}}\n",
                 median(painted), *std::max_element(painted.begin(), painted.end()), median(firstRequests),
                 idlePss, idleCpu, median(turnTimes), *std::max_element(turnTimes.begin(), turnTimes.end()),
-                turnTimes.size(), peak, loopPss, burstTokens, streamSeconds, double(burstTokens) / streamSeconds,
-                cpu);
+                turnTimes.size(), peak, loopPss, burstTokens, streamSeconds,
+                double(burstTokens) / streamSeconds, cpu);
     return 0;
 }
