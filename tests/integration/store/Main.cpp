@@ -1,0 +1,14 @@
+#include "CrashingWriter.h"
+
+#include <QCoreApplication>
+#include <gmock/gmock.h>
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.size() == 4 && arguments.at(1) == QStringLiteral("--writer"))
+        return morvane::runCrashingWriter(arguments.at(2), arguments.at(3));
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
