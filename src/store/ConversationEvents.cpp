@@ -164,6 +164,18 @@ bool ConversationEvents::on_key(std::string_view part, std::size_t, Error &)
     return true;
 }
 
+void ConversationEvents::takeBase64(std::string_view part)
+{
+    const std::size_t digits = std::min(part.find('='), part.size());
+    bool isRight = digits == 0 || m_base64Padding == 0;
+    for (const char c : part.substr(0, digits))
+        isRight &= base64Alphabet[static_cast<unsigned char>(c)];
+    isRight &= part.find_first_not_of('=', digits) == std::string_view::npos;
+    m_base64IsRight &= isRight;
+    m_base64Length += part.size();
+    m_base64Padding += part.size() - digits;
+}
+
 void ConversationEvents::takeText(std::string_view part)
 {
     switch (expected()) {
@@ -176,13 +188,7 @@ void ConversationEvents::takeText(std::string_view part)
         appendCut(m_text, part);
         break;
     case Type::base64:
-        m_base64Length += part.size();
-        for (const char c : part) {
-            const bool isPadding = c == '=';
-            m_base64IsRight &=
-                isPadding || (base64Alphabet[static_cast<unsigned char>(c)] && m_base64Padding == 0);
-            m_base64Padding += isPadding ? 1 : 0;
-        }
+        takeBase64(part);
         break;
     default:
         break;

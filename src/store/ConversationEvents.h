@@ -89,6 +89,7 @@ private:
     void takeScalar(bool isRight);
     void takeNumber(double number, bool isInteger);
     void takeText(std::string_view part);
+    void takeBase64(std::string_view part);
     bool textIsRight();
     bool isField() const { return m_passedOver == 0 && m_depth > 0 && !m_frames[m_depth - 1].inList; }
     Type expected() const;

@@ -173,7 +173,7 @@ try {
     QFile file;
     if (!descriptor.isOpen() || !file.open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered))
         return std::nullopt;
-    return decodeConversation(file.read(maximumFileBytes));
+    return decodeConversation(file.readAll());
 } catch (const std::exception &) { // Out of memory.
     return std::nullopt;
 }

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QStringList>
+#include <chrono>
 
 namespace morvane {
 
@@ -37,6 +38,10 @@ QVariant asRead(const QVariant &value)
 UserDefaults::UserDefaults(QString path) : m_path(std::move(path))
 {
     m_disk.setMaxThreadCount(1);
+    m_syncTimer.setSingleShot(true);
+    m_syncTimer.setInterval(std::chrono::seconds(1));
+    QObject::connect(&m_syncTimer, &QTimer::timeout, &m_syncTimer,
+                     [this] { m_disk.start([path = m_path] { static_cast<void>(syncFile(path)); }); });
     static_cast<void>(ensurePrivateFolder(QFileInfo(m_path).path()));
     read();
 }
@@ -44,6 +49,8 @@ UserDefaults::UserDefaults(QString path) : m_path(std::move(path))
 UserDefaults::~UserDefaults()
 {
     write();
+    if (m_syncTimer.isActive())
+        static_cast<void>(syncFile(m_path));
     m_disk.waitForDone();
 }
 
@@ -106,18 +113,9 @@ bool UserDefaults::write()
         return false;
     m_changes.clear();
     m_identity = FileIdentity::ofPath(m_path);
-    syncLater();
+    if (!m_syncTimer.isActive()) // Changes without end do not put it off without end.
+        m_syncTimer.start();
     return true;
-}
-
-void UserDefaults::syncLater()
-{
-    if (m_syncWaits.exchange(true))
-        return;
-    m_disk.start([this] {
-        m_syncWaits = false;
-        static_cast<void>(syncFile(m_path));
-    });
 }
 
 } // namespace morvane

@@ -5,18 +5,19 @@
 #include <QMap>
 #include <QString>
 #include <QThreadPool>
+#include <QTimer>
 #include <QVariantMap>
-#include <atomic>
 #include <optional>
 
 namespace morvane {
 
 /// The key-value file behind the settings: an INI file as QSettings reads it (0600, its folder 0700).
 ///
-/// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing;
-/// a thread of its own then brings it to the disk, so that the main thread never waits for it. A change that
-/// another program made to the file in the meantime is kept. A file that cannot be read or has lines that
-/// cannot be understood is set aside as "{path}.damaged". Main thread.
+/// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing.
+/// Within a second a thread of its own brings it to the disk: a flush takes up to tens of milliseconds, and
+/// writes during a flush wait for it, so that there is one for a burst of changes and none on the main
+/// thread. A change that another program made to the file in the meantime is kept. A file that cannot be read
+/// or has lines that cannot be understood is set aside as "{path}.damaged". Main thread.
 class UserDefaults {
 public:
     /// Reads the file; a missing one has no values.
@@ -42,13 +43,12 @@ public:
 
 private:
     void read();
-    void syncLater();
 
     QString m_path;
     QVariantMap m_values;
     QMap<QString, std::optional<QVariant>> m_changes; ///< Not yet written; nothing for a removed key.
     std::optional<FileIdentity> m_identity;           ///< Of the file as we last read or wrote it.
-    std::atomic<bool> m_syncWaits = false;
+    QTimer m_syncTimer;
     QThreadPool m_disk;
 };
 
