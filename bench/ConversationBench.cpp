@@ -1,0 +1,252 @@
+// What the conversation view costs: opening 5,000 messages, scrolling them from end to end, and an answer of
+// 100,000 one-word tokens without a line end that streams in and is then formatted. Prints JSON, times in
+// milliseconds. Run it with QT_QPA_PLATFORM=offscreen, or on a screen to include the display.
+
+#include "app/ActivityLog.h"
+#include "app/Transcript.h"
+#include "platform/Announcer.h"
+#include "platform/ColorScheme.h"
+#include "ui/conversation/ChatScrollView.h"
+#include "ui/theme/Theme.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QScrollBar>
+#include <QTimer>
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+using namespace morvane;
+
+namespace {
+
+constexpr int messageCount = 5000;
+constexpr int tokenCount = 100'000;
+constexpr int tokensPerBatch = 40; // the agent hands text on in batches of some 200 characters
+constexpr qint64 tokensPerSecond = 300'000;
+constexpr int scrollFrames = 1000;
+
+class SilentAnnouncer : public Announcer {
+public:
+    void announce(const QString &) override {}
+};
+
+class NoScheme : public ColorScheme {
+public:
+    Preference preference() const override { return Preference::none; }
+};
+
+/// Processor time of this thread in nanoseconds, which other programs on the machine do not stretch.
+qint64 threadTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+/// Measures how long each event holds the main thread, and notes the paints of one widget.
+class MeasuredApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        const bool isPaint = event->type() == QEvent::Paint && receiver == watched;
+        QElapsedTimer timer;
+        timer.start();
+        const qint64 processorBefore = threadTime();
+        const bool result = QApplication::notify(receiver, event);
+        longestProcessor = std::max(longestProcessor, threadTime() - processorBefore);
+        longest = std::max(longest, timer.nsecsElapsed());
+        paints += isPaint ? 1 : 0;
+        return result;
+    }
+
+    QObject *watched = nullptr;
+    qint64 longest = 0;
+    qint64 longestProcessor = 0;
+    int paints = 0;
+};
+
+double milliseconds(qint64 nanoseconds)
+{
+    return static_cast<double>(nanoseconds) / 1e6;
+}
+
+double processSeconds()
+{
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+/// Proportional memory of the process in kB.
+qint64 memory()
+{
+    QFile file(QStringLiteral("/proc/self/smaps_rollup"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith("Pss:")) {
+            return line.mid(4).trimmed().split(' ').first().toLongLong();
+        }
+    }
+    return 0;
+}
+
+ChatMessage message(Role role, const QString &text)
+{
+    ChatMessage result;
+    result.id = QUuid::createUuid();
+    result.role = role;
+    result.text = text;
+    return result;
+}
+
+QList<ChatMessage> longConversation()
+{
+    QList<ChatMessage> messages;
+    messages.reserve(messageCount);
+    for (int i = 0; i < messageCount / 2; ++i) {
+        messages.append(
+            message(Role::user, QStringLiteral("Question %1: what does the log say about the disk, and "
+                                               "what should be done about it?")
+                                    .arg(i)));
+        QString answer =
+            QStringLiteral("## Answer %1\n\nThe log names **three** places, all under `/var/log`:\n\n"
+                           "1. the first, with [a link](https://example.com/%1)\n2. the second\n"
+                           "   - and a detail of it\n3. the third\n\n")
+                .arg(i);
+        answer +=
+            QStringLiteral("A paragraph that explains at some length what was found. ").repeated(1 + i % 12);
+        if (i % 3 == 0) {
+            answer += QStringLiteral(
+                "\n\n```bash\ndu -sh /var/log/*\ntail -n 20 /var/log/syslog\n```\n\nThat is all.");
+        }
+        if (i % 7 == 0) {
+            answer +=
+                QStringLiteral("\n\n| place | size |\n|---|---:|\n| syslog | 3 MB |\n| kern.log | 1 MB |\n");
+        }
+        messages.append(message(Role::assistant, answer));
+    }
+    return messages;
+}
+
+void paintOnce(MeasuredApplication &application)
+{
+    const int before = application.paints;
+    while (application.paints == before) {
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+/// Lets everything that is due happen, frames included, for `time` milliseconds.
+void settle(int time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// Hands the answer on at `tokensPerSecond`, in batches, as a provider's stream would.
+void stream(Transcript &transcript, qint64 &longestAppend)
+{
+    const QString batch = QStringLiteral("token ").repeated(tokensPerBatch);
+    QEventLoop loop;
+    QTimer timer;
+    QElapsedTimer clock;
+    clock.start();
+    qint64 sent = 0;
+    QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
+        QElapsedTimer call;
+        call.start();
+        while (sent < tokenCount && sent < clock.elapsed() * tokensPerSecond / 1000) {
+            transcript.appendToken(batch);
+            sent += tokensPerBatch;
+        }
+        longestAppend = std::max(longestAppend, call.nsecsElapsed());
+        if (sent >= tokenCount) {
+            loop.quit();
+        }
+    });
+    timer.start(1);
+    loop.exec();
+}
+
+double percentile(std::vector<qint64> times, double share)
+{
+    std::sort(times.begin(), times.end());
+    const auto last = static_cast<double>(times.size() - 1);
+    return milliseconds(times[static_cast<std::size_t>(last * share)]);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    MeasuredApplication application(argc, argv);
+    NoScheme scheme;
+    Theme theme(scheme);
+    SilentAnnouncer announcer;
+    Transcript transcript;
+    ActivityLog activity;
+    ChatScrollView view(transcript, activity, announcer);
+    application.watched = view.viewport();
+    view.resize(760, 560);
+    view.show();
+    paintOnce(application);
+    settle(100);
+
+    QList<ChatMessage> messages = longConversation();
+    const qint64 memoryBefore = memory();
+    QElapsedTimer timer;
+    timer.start();
+    transcript.reset(std::move(messages));
+    paintOnce(application);
+    const double openTime = milliseconds(timer.nsecsElapsed());
+    settle(300);
+
+    QScrollBar *bar = view.verticalScrollBar();
+    std::vector<qint64> frames;
+    for (int frame = 0; frame <= scrollFrames; ++frame) {
+        timer.start();
+        bar->setValue(static_cast<int>(static_cast<qint64>(bar->maximum()) * frame / scrollFrames));
+        view.viewport()->repaint();
+        frames.push_back(timer.nsecsElapsed());
+    }
+    const qint64 memoryAfter = memory();
+
+    transcript.append(message(Role::user, QStringLiteral("Now a very long answer.")));
+    ChatMessage answer = message(Role::assistant, QString());
+    answer.isStreaming = true;
+    transcript.append(answer);
+    settle(400);
+    application.longest = application.longestProcessor = 0;
+    qint64 longestAppend = 0;
+    const double processorBefore = processSeconds();
+    stream(transcript, longestAppend);
+    settle(600);
+    const double streamProcessor = processSeconds() - processorBefore;
+    const double longestProcessor = milliseconds(application.longestProcessor);
+    const double longestStall = milliseconds(std::max(application.longest, longestAppend));
+
+    application.longest = application.longestProcessor = 0;
+    timer.start();
+    transcript.setStreaming(transcript.messages().size() - 1, false);
+    const qint64 finishCall = timer.nsecsElapsed();
+    settle(600);
+    const double finishProcessor = milliseconds(application.longestProcessor);
+    const double finishStall = milliseconds(std::max(application.longest, finishCall));
+
+    std::printf("{\"messages\": %d, \"openToFirstPaint\": %.1f, ", messageCount, openTime);
+    std::printf("\"scrollFrames\": {\"p50\": %.2f, \"p99\": %.2f, \"max\": %.2f}, \"memoryMoreKB\": %lld, ",
+                percentile(frames, 0.5), percentile(frames, 0.99), percentile(frames, 1.0),
+                static_cast<long long>(memoryAfter - memoryBefore));
+    std::printf("\"streamTokens\": %d, \"streamProcessorSeconds\": %.2f, ", tokenCount, streamProcessor);
+    std::printf("\"longestStall\": %.2f, \"longestStallProcessor\": %.2f, ", longestStall, longestProcessor);
+    std::printf("\"finishStall\": %.2f, \"finishStallProcessor\": %.2f}\n", finishStall, finishProcessor);
+    return 0;
+}
