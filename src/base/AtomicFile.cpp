@@ -87,7 +87,7 @@ std::expected<void, QString> syncPath(const std::string &path)
 } // namespace
 
 std::expected<void, QString> writeFileAtomically(const QString &path, QByteArrayView bytes,
-                                                 Durability durability)
+                                                 Durability durability, unsigned permissions)
 {
     const std::string target = followLinks(QFile::encodeName(path).toStdString());
     const std::string folder = folderOf(target);
@@ -97,7 +97,8 @@ std::expected<void, QString> writeFileAtomically(const QString &path, QByteArray
     if (!file.isOpen())
         return systemFailure();
 
-    const bool written = writeAll(file.get(), bytes) &&
+    const bool written = (permissions == privateFile || ::fchmod(file.get(), permissions) == 0) &&
+                         writeAll(file.get(), bytes) &&
                          (durability == Durability::processCrash || sync(file.get())) && file.close() &&
                          ::rename(temporary.c_str(), target.c_str()) == 0;
     if (!written) {

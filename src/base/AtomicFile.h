@@ -12,13 +12,17 @@ enum class Durability {
     powerLoss,    ///< The new content and its name are on the disk; may take as long as the disk needs.
 };
 
-/// Replaces the file at `path` as a whole (0600): a reader sees the old content or the new one, never a
-/// mixture, and when writing fails the old file stands as it was. A temporary file in the same folder is
-/// renamed over it; it is removed when the write fails. A symbolic link is followed. The folder must exist.
-/// Fails with the system's reason ("No space left on device"); only a failure to bring the new name to the
-/// disk comes after the content was replaced. Any thread; blocks.
+/// What the user alone may read and write.
+inline constexpr unsigned privateFile = 0600;
+
+/// Replaces the file at `path` as a whole: a reader sees the old content or the new one, never a mixture, and
+/// when writing fails the old file stands as it was. A temporary file in the same folder, with exactly the
+/// given permission bits, is renamed over it; it is removed when the write fails. A symbolic link is followed.
+/// The folder must exist. Fails with the system's reason ("No space left on device"); only a failure to bring
+/// the new name to the disk comes after the content was replaced. Any thread; blocks.
 std::expected<void, QString> writeFileAtomically(const QString &path, QByteArrayView bytes,
-                                                 Durability durability = Durability::powerLoss);
+                                                 Durability durability = Durability::powerLoss,
+                                                 unsigned permissions = privateFile);
 
 /// Brings a file written with `Durability::processCrash`, and its name, to the disk. Any thread; blocks.
 std::expected<void, QString> syncFile(const QString &path);

@@ -23,6 +23,9 @@ public:
     bool isOpen() const { return m_descriptor >= 0; }
     int get() const { return m_descriptor; }
 
+    /// Hands it over to another owner.
+    int release() { return std::exchange(m_descriptor, -1); }
+
     /// Closes it; false if a delayed write failed (errno says why).
     bool close() { return m_descriptor < 0 || ::close(std::exchange(m_descriptor, -1)) == 0; }
 

@@ -3,10 +3,13 @@
 #include "tools/Calculator.h"
 #include "tools/DateTimeTool.h"
 #include "tools/DestructiveCommands.h"
+#include "tools/FileTools.h"
+#include "tools/SearchTools.h"
 #include "tools/TodoList.h"
 #include "tools/ToolArguments.h"
 #include "tools/ToolTable.h"
 
+#include <QDir>
 #include <exception>
 #include <memory>
 
@@ -25,18 +28,50 @@ QString calculate(const Arguments &arguments)
     return Calculator::calculate(*expression);
 }
 
+void addEverydayTools(ToolHandlers &handlers)
+{
+    handlers[u"get_current_datetime"_s] =
+        offMain([](const Arguments &) { return DateTimeTool::currentDateTime(); });
+    handlers[u"calculate"_s] = offMain(calculate);
+    // Shared with the handlers' work, which goes on when they are gone.
+    handlers[u"todo_list"_s] = offMain([todos = std::make_shared<TodoList>()](const Arguments &arguments) {
+        return todos->updateTodos(stringListArgument(arguments, "items"));
+    });
+}
+
+void addFileTools(ToolHandlers &handlers)
+{
+    handlers[u"list_directory"_s] = offMain([](const Arguments &arguments) {
+        return FileTools::listDirectory(stringArgument(arguments, "path"));
+    });
+    handlers[u"read_file"_s] = offMain(
+        [](const Arguments &arguments) { return FileTools::readFile(stringArgument(arguments, "path")); });
+    handlers[u"write_file"_s] = offMain([](const Arguments &arguments) {
+        return FileTools::writeFile(stringArgument(arguments, "path"), stringArgument(arguments, "content"));
+    });
+    handlers[u"edit_file"_s] = offMain([](const Arguments &arguments) {
+        return FileTools::editFile(
+            stringArgument(arguments, "file_path"), stringArgument(arguments, "old_string"),
+            stringArgument(arguments, "new_string"),
+            booleanArgument(arguments, "replace_all") ? Occurrences::all : Occurrences::single);
+    });
+    handlers[u"grep_search"_s] = offMain([](const Arguments &arguments) {
+        return SearchTools::grepSearch(stringArgument(arguments, "pattern"),
+                                       stringArgument(arguments, "path", QDir::homePath()),
+                                       stringArgument(arguments, "include"));
+    });
+    handlers[u"glob_find"_s] = offMain([](const Arguments &arguments) {
+        return SearchTools::globFind(stringArgument(arguments, "pattern"),
+                                     stringArgument(arguments, "path", QDir::homePath()));
+    });
+}
+
 } // namespace
 
 BuiltinTools::BuiltinTools()
 {
-    m_handlers.insert(u"get_current_datetime"_s,
-                      offMain([](const Arguments &) { return DateTimeTool::currentDateTime(); }));
-    m_handlers.insert(u"calculate"_s, offMain(calculate));
-    // Shared with the handlers' work, which goes on when this object is gone.
-    const auto todos = std::make_shared<TodoList>();
-    m_handlers.insert(u"todo_list"_s, offMain([todos](const Arguments &arguments) {
-                          return todos->updateTodos(stringListArgument(arguments, "items"));
-                      }));
+    addEverydayTools(m_handlers);
+    addFileTools(m_handlers);
 }
 
 QList<AITool> BuiltinTools::all(UseTools useTools)

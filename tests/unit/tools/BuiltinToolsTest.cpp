@@ -3,6 +3,7 @@
 #include "base/Json.h"
 #include "support/FakeClock.h"
 #include "support/RunTask.h"
+#include "support/TemporaryHome.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +63,52 @@ TEST_F(BuiltinToolsTest, KeepsTheTodoList)
     EXPECT_EQ(execute("todo_list", R"({"items": []})"), "Todo list cleared.");
     EXPECT_EQ(execute("todo_list"), "Todo list cleared.");
     EXPECT_EQ(execute("todo_list", R"({"items": "a"})"), "Todo list cleared.");
+}
+
+TEST_F(BuiltinToolsTest, ReadsListsWritesEditsAndSearchesFiles)
+{
+    TemporaryHome home;
+    EXPECT_EQ(execute("write_file", R"({"path": "~/a.txt", "content": "one two"})"),
+              "Wrote 7 characters to " + home.path("a.txt") + ".");
+    EXPECT_EQ(execute("edit_file", R"({"file_path": "~/a.txt", "old_string": "two", "new_string": "2"})"),
+              "Edited ~/a.txt: replaced 1 occurrence(s).");
+    EXPECT_EQ(execute("read_file", R"({"path": "~/a.txt"})"), "one 2");
+    EXPECT_EQ(execute("list_directory", R"({"path": "~"})"), "Contents of " + home.path() + ":\na.txt");
+    EXPECT_EQ(execute("grep_search", R"({"pattern": "on[e]", "path": "~", "include": "*.txt"})"),
+              home.path("a.txt") + ":1: one 2");
+    EXPECT_EQ(execute("glob_find", R"({"pattern": "*.txt", "path": "~"})"), "a.txt");
+}
+
+TEST_F(BuiltinToolsTest, EditsAllOccurrencesOnlyWhenTold)
+{
+    TemporaryHome home;
+    home.write("a.txt", "x x");
+    EXPECT_TRUE(execute("edit_file", R"({"file_path": "~/a.txt", "old_string": "x", "new_string": "y"})")
+                    .startsWith("Error: the text to replace appears 2 times"));
+    EXPECT_EQ(
+        execute("edit_file",
+                R"({"file_path": "~/a.txt", "old_string": "x", "new_string": "y", "replace_all": true})"),
+        "Edited ~/a.txt: replaced 2 occurrence(s).");
+}
+
+TEST_F(BuiltinToolsTest, SearchesGoToTheHomeFolderUnlessToldOtherwise)
+{
+    TemporaryHome home;
+    home.write("deep/a.txt", "needle");
+    EXPECT_EQ(execute("grep_search", R"({"pattern": "needle"})"), home.path("deep/a.txt") + ":1: needle");
+    EXPECT_EQ(execute("glob_find", R"({"pattern": "**/a.*", "path": 7})"), "deep/a.txt");
+    EXPECT_EQ(execute("grep_search", R"({"pattern": "needle", "path": ""})"),
+              "Error: the path \"\" does not exist.");
+}
+
+TEST_F(BuiltinToolsTest, FileToolsWithoutArgumentsAnswerForTheEmptyText)
+{
+    EXPECT_EQ(execute("list_directory"), "Error: the path \"\" does not exist.");
+    EXPECT_EQ(execute("read_file", R"({"path": 5})"), "Error: the file \"\" does not exist.");
+    EXPECT_EQ(execute("write_file"), "Error writing : No such file or directory");
+    EXPECT_EQ(execute("edit_file"), "Error: the text to find cannot be empty.");
+    EXPECT_EQ(execute("grep_search"), "Error: empty search pattern.");
+    EXPECT_EQ(execute("glob_find"), "Error: empty pattern.");
 }
 
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)
