@@ -24,7 +24,8 @@ SegmentedPicker::SegmentedPicker(const QString &accessibleName, const QStringLis
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setAccessibleName(accessibleName);
-    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // Fixed would hold the height of a single line against the layout.
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 

@@ -24,7 +24,8 @@ constexpr int leastCharacters = 12;
 WrappingButton::WrappingButton(const QString &label, Alignment alignment, QWidget *parent)
     : QPushButton(parent), m_alignment(alignment)
 {
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    // Fixed would hold the height of a single line against the layout.
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setLabel(label);

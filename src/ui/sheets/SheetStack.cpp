@@ -33,8 +33,10 @@ void updateSheetStack(QWidget *window)
     for (QWidget *part : parts) {
         if (part->isWindow() || qobject_cast<QMenuBar *>(part))
             continue;
+        const auto *sheet = qobject_cast<const Sheet *>(part);
+        const bool isClosedSheet = sheet && !sheet->isOpen();
         const bool isOurs = part->property(disabledBySheet).toBool();
-        const bool isBlocked = top && part != top;
+        const bool isBlocked = top && part != top && !isClosedSheet;
         if (isBlocked && !isOurs && !part->testAttribute(Qt::WA_ForceDisabled)) {
             part->setProperty(disabledBySheet, true);
             part->setEnabled(false);

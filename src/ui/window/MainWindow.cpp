@@ -3,6 +3,8 @@
 #include "app/AppModel.h"
 #include "app/UpdatePort.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/sheets/PermissionView.h"
+#include "ui/sheets/QuestionView.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/ConversationListView.h"
 #include "ui/window/HeaderView.h"
@@ -199,13 +201,13 @@ void MainWindow::showAbout()
 void MainWindow::showPendingCall()
 {
     if (!m_permission)
-        (void)0;
+        m_permission = new PermissionView(m_model.gate(), this);
 }
 
 void MainWindow::showPendingQuestion()
 {
     if (!m_question)
-        (void)0;
+        m_question = new QuestionView(m_model.questions(), this);
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -34,8 +34,8 @@ TEST(VisibleTextTest, ControlCharactersAreEscaped)
 
 TEST(VisibleTextTest, DirectionMarksAndOverridesAreEscaped)
 {
-    for (const char32_t mark : {0x202A, 0x202B, 0x202C, 0x202D, 0x202E, 0x2066, 0x2067, 0x2068, 0x2069, 0x200E,
-                                0x200F, 0x061C}) {
+    for (const char32_t mark :
+         {0x202A, 0x202B, 0x202C, 0x202D, 0x202E, 0x2066, 0x2067, 0x2068, 0x2069, 0x200E, 0x200F, 0x061C}) {
         const QString expected =
             QStringLiteral("\\u") +
             QString::number(static_cast<uint>(mark), 16).toUpper().rightJustified(4, QLatin1Char('0'));

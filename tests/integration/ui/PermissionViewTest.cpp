@@ -1,0 +1,263 @@
+#include "SheetsFixture.h"
+
+#include "ui/sheets/PermissionView.h"
+#include "ui/sheets/SheetCard.h"
+
+#include <QCheckBox>
+#include <QLabel>
+
+namespace morvane {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+const auto cautionTitle = QStringLiteral("Action requires approval");
+const auto dangerTitle = QStringLiteral("Destructive action requires approval");
+const auto cautionAdvice = QStringLiteral("Only allow this if you trust what it will do on your Mac. You can "
+                                          "deny it and the assistant will continue without doing it.");
+const auto dangerAdvice =
+    QStringLiteral("This action can delete data or be hard to undo. Only allow it if you "
+                   "are sure it is safe.");
+const auto toggleName = QStringLiteral("Always allow this type of action");
+
+class PermissionViewTest : public SheetsFixture {
+protected:
+    AIToolCall writeFile() const
+    {
+        return toolCall(QStringLiteral("write_file"), R"({"path":"/tmp/notes.txt","content":"x"})");
+    }
+    QPlainTextEdit *summary() const { return named<QPlainTextEdit>(QStringLiteral("Action to approve")); }
+    QCheckBox *toggle() const { return named<QCheckBox>(toggleName); }
+    QPushButton *deny() const { return named<QPushButton>(QStringLiteral("Deny the action")); }
+    QPushButton *allow() const { return named<QPushButton>(QStringLiteral("Allow the action")); }
+    QPushButton *allowDestructive() const
+    {
+        return named<QPushButton>(QStringLiteral("Allow this destructive action"));
+    }
+};
+
+TEST_F(PermissionViewTest, IsNotThereWithoutARequest)
+{
+    EXPECT_FALSE(permission->isOpen());
+    EXPECT_FALSE(permission->isVisible());
+}
+
+TEST_F(PermissionViewTest, ShowsAPlainRequestWithItsTexts)
+{
+    request(writeFile());
+    ASSERT_TRUE(permission->isVisible());
+    EXPECT_THAT(labels(*permission), ElementsAre(cautionTitle, cautionAdvice));
+    EXPECT_EQ(summary()->toPlainText(), QStringLiteral("write a file at /tmp/notes.txt"));
+    EXPECT_EQ(toggle()->text(), QStringLiteral("Always allow this type of action without asking again"));
+    EXPECT_EQ(toggle()->accessibleDescription(),
+              QStringLiteral("It will run automatically next time. You can change this in Settings."));
+    EXPECT_NE(deny(), nullptr);
+    EXPECT_TRUE(allow()->isDefault());
+}
+
+TEST_F(PermissionViewTest, ShowsADestructiveRequestWithItsTextsAndNoToggle)
+{
+    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    EXPECT_THAT(labels(*permission), ElementsAre(dangerTitle, dangerAdvice));
+    EXPECT_EQ(summary()->toPlainText(),
+              QStringLiteral("run the command: rm -rf /tmp/x. Warning: this is a destructive action that may "
+                             "delete data or be hard to undo"));
+    EXPECT_EQ(toggle(), nullptr);
+    EXPECT_NE(deny(), nullptr);
+    EXPECT_NE(allowDestructive(), nullptr);
+    EXPECT_EQ(allow(), nullptr);
+}
+
+TEST_F(PermissionViewTest, CommandsAreShownInFixedWidth)
+{
+    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    EXPECT_TRUE(QFontInfo(summary()->font()).fixedPitch());
+}
+
+TEST_F(PermissionViewTest, AllowButtonAllowsWithoutRememberingAsTheToggleIsOff)
+{
+    auto answer = request(writeFile());
+    notice();
+    click(allow());
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+    EXPECT_FALSE(permission->isVisible());
+}
+
+TEST_F(PermissionViewTest, AllowWithTheToggleOnIsRemembered)
+{
+    auto answer = request(writeFile());
+    notice();
+    click(toggle());
+    EXPECT_TRUE(toggle()->isChecked());
+    click(allow());
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+    EXPECT_THAT(settings->alwaysAllowedTools(), ElementsAre(QStringLiteral("write_file")));
+}
+
+TEST_F(PermissionViewTest, DenyButtonDeniesAndRemembersNothing)
+{
+    auto answer = request(writeFile());
+    notice();
+    click(toggle());
+    click(deny());
+    ASSERT_TRUE(answer.done());
+    EXPECT_FALSE(answer.result());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+    EXPECT_FALSE(permission->isVisible());
+}
+
+TEST_F(PermissionViewTest, EscapeDenies)
+{
+    auto answer = request(writeFile());
+    notice();
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(answer.done());
+    EXPECT_FALSE(answer.result());
+}
+
+TEST_F(PermissionViewTest, EscapeDeniesFromEveryPartOfTheSheet)
+{
+    for (int tabs = 0; tabs < 4; ++tabs) {
+        auto answer = request(writeFile());
+        notice();
+        for (int tab = 0; tab < tabs; ++tab)
+            press(Qt::Key_Tab);
+        press(Qt::Key_Escape);
+        ASSERT_TRUE(answer.done()) << tabs;
+        EXPECT_FALSE(answer.result());
+    }
+}
+
+TEST_F(PermissionViewTest, ReturnAllowsFromTheText)
+{
+    auto answer = request(writeFile());
+    EXPECT_EQ(focus(), summary());
+    notice();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+}
+
+TEST_F(PermissionViewTest, ReturnAllowsFromTheToggleWithItsState)
+{
+    auto answer = request(writeFile());
+    notice();
+    press(Qt::Key_Tab);
+    ASSERT_EQ(focus(), toggle());
+    press(Qt::Key_Space);
+    EXPECT_TRUE(toggle()->isChecked());
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+    EXPECT_THAT(settings->alwaysAllowedTools(), Contains(QStringLiteral("write_file")));
+}
+
+TEST_F(PermissionViewTest, ReturnOnTheDenyButtonDenies)
+{
+    auto answer = request(writeFile());
+    notice();
+    deny()->setFocus();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(answer.done());
+    EXPECT_FALSE(answer.result());
+}
+
+TEST_F(PermissionViewTest, ToggleStartsOffForEachRequest)
+{
+    request(writeFile());
+    notice();
+    click(toggle());
+    ASSERT_TRUE(toggle()->isChecked());
+    click(deny());
+    request(writeFile());
+    EXPECT_FALSE(toggle()->isChecked());
+}
+
+TEST_F(PermissionViewTest, DestructiveRequestAfterATickedOneStoresNothing)
+{
+    request(writeFile());
+    notice();
+    click(toggle());
+    press(Qt::Key_Escape);
+    auto answer = requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    notice();
+    click(allowDestructive());
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(PermissionViewTest, ClosesWhenTheRequestIsAnsweredElsewhere)
+{
+    request(writeFile());
+    ASSERT_TRUE(permission->isVisible());
+    model->gate().resolvePermission(false, false);
+    EXPECT_FALSE(permission->isVisible());
+}
+
+TEST_F(PermissionViewTest, ShowsARequestThatWasPendingBeforeItWasMade)
+{
+    request(writeFile());
+    auto *late = new PermissionView(model->gate(), window.get(), [this] { return now; });
+    EXPECT_TRUE(late->isOpen());
+}
+
+TEST_F(PermissionViewTest, IsAModalDialogNamedByItsTitle)
+{
+    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    const auto *card = accessible(permission->card());
+    EXPECT_EQ(card->role(), QAccessible::Dialog);
+    EXPECT_EQ(card->text(QAccessible::Name), dangerTitle);
+    EXPECT_EQ(card->text(QAccessible::Description), dangerAdvice);
+    EXPECT_TRUE(card->state().modal);
+    const auto *text = accessible(summary());
+    EXPECT_TRUE(text->state().readOnly);
+}
+
+TEST_F(PermissionViewTest, TabGoesThroughTheSheetInReadingOrder)
+{
+    request(writeFile());
+    notice();
+    EXPECT_THAT(tabStops(), ElementsAre(summary(), toggle(), deny(), allow()));
+}
+
+TEST_F(PermissionViewTest, HiddenCharactersOfACommandAreShown)
+{
+    requestCommand(QStringLiteral("ls \u202E/ fr- mr\u2066 \u200Bx\ty"));
+    EXPECT_THAT(summary()->toPlainText().toStdString(),
+                testing::HasSubstr("ls \\u202E/ fr- mr\\u2066 \\u200Bx\\ty"));
+}
+
+TEST_F(PermissionViewTest, MarkupInACommandIsShownAsText)
+{
+    requestCommand(QStringLiteral("echo <b>x</b> <img src=y>"));
+    EXPECT_THAT(summary()->toPlainText().toStdString(), testing::HasSubstr("echo <b>x</b> <img src=y>"));
+}
+
+TEST_F(PermissionViewTest, SaysHowMuchThereIsOfACommandThatDoesNotFit)
+{
+    requestCommand(QStringLiteral("ls\n").repeated(499) + QStringLiteral("rm -rf ~"));
+    const auto extent = QStringLiteral("500 lines, 1,601 characters in all. Scroll to read the rest.");
+    EXPECT_THAT(labels(*permission), Contains(extent));
+    EXPECT_EQ(summary()->accessibleDescription(), extent);
+    EXPECT_TRUE(summary()->toPlainText().contains(QStringLiteral("rm -rf ~")));
+    EXPECT_TRUE(allowDestructive()->isVisible());
+    EXPECT_TRUE(window->rect().contains(allowDestructive()->mapTo(window.get(), QPoint(0, 0))));
+}
+
+TEST_F(PermissionViewTest, SaysNothingOfTheExtentOfACommandThatFits)
+{
+    requestCommand(QStringLiteral("rm -rf /tmp/x\nls"));
+    EXPECT_THAT(
+        labels(*permission),
+        Not(Contains(testing::ResultOf([](const QString &text) { return text.contains(u"in all"); }, true))));
+    EXPECT_TRUE(summary()->accessibleDescription().isEmpty());
+}
+
+} // namespace
+} // namespace morvane

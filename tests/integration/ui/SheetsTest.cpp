@@ -1,0 +1,259 @@
+#include "SheetsFixture.h"
+
+#include "ui/sheets/PermissionView.h"
+#include "ui/sheets/QuestionView.h"
+#include "ui/sheets/SheetCard.h"
+
+#include <QAction>
+#include <QMenuBar>
+#include <QShortcut>
+
+namespace morvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// What both sheets share: how they hold the window and what they take as an answer.
+class SheetsTest : public SheetsFixture {
+protected:
+    TaskHandle<bool> requestWrite()
+    {
+        return request(toolCall(QStringLiteral("write_file"), R"({"path":"/tmp/x"})"));
+    }
+    void sendKey(QEvent::Type type, Qt::Key key, bool isAutoRepeat)
+    {
+        QKeyEvent event(type, key, Qt::NoModifier, QString(), isAutoRepeat);
+        QApplication::sendEvent(focus(), &event);
+        settle();
+    }
+};
+
+TEST_F(SheetsTest, FocusGoesIntoTheSheetAndBack)
+{
+    ASSERT_EQ(focus(), draft);
+    requestWrite();
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
+    notice();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(focus(), draft);
+    EXPECT_TRUE(draft->isEnabled());
+}
+
+TEST_F(SheetsTest, FocusFallsOnAnotherPartWhenTheOldOneIsGone)
+{
+    requestWrite();
+    delete draft;
+    notice();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(focus(), behind);
+}
+
+TEST_F(SheetsTest, NothingBehindCanBeClicked)
+{
+    requestWrite();
+    notice();
+    click(behind);
+    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(3, 3));
+    QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(3, 3));
+    EXPECT_EQ(pressedBehind, 0);
+    EXPECT_TRUE(permission->isOpen());
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
+}
+
+TEST_F(SheetsTest, NothingBehindCanBePressedByAssistiveTechnology)
+{
+    requestWrite();
+    EXPECT_TRUE(accessible(behind)->state().disabled);
+    accessible(behind)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(pressedBehind, 0);
+}
+
+TEST_F(SheetsTest, NothingBehindTakesTheFocusByItself)
+{
+    requestWrite();
+    draft->setFocus();
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
+}
+
+TEST_F(SheetsTest, WhatWasDisabledBeforeStaysDisabledAfterwards)
+{
+    window->centralWidget()->setEnabled(false);
+    requestWrite();
+    notice();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(window->centralWidget()->isEnabled());
+}
+
+TEST_F(SheetsTest, CommandsOfTheMenuStayAtHand)
+{
+    int used = 0;
+    QMenu *menu = window->menuBar()->addMenu(QStringLiteral("Program"));
+    menu->addAction(QStringLiteral("New Conversation"), QKeySequence(Qt::CTRL | Qt::Key_N),
+                    [&used] { ++used; });
+    requestWrite();
+    notice();
+    press(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(used, 1);
+}
+
+TEST_F(SheetsTest, EscapeAndReturnDoNotReachShortcutsOfTheWindow)
+{
+    int used = 0;
+    for (const auto key : {Qt::Key_Escape, Qt::Key_Return})
+        QObject::connect(new QShortcut(QKeySequence(key), window.get()), &QShortcut::activated, window.get(),
+                         [&used] { ++used; });
+    auto first = requestWrite();
+    notice();
+    press(Qt::Key_Escape);
+    auto second = requestWrite();
+    notice();
+    press(Qt::Key_Return);
+    EXPECT_EQ(used, 0);
+    ASSERT_TRUE(first.done() && second.done());
+    EXPECT_FALSE(first.result());
+    EXPECT_TRUE(second.result());
+}
+
+TEST_F(SheetsTest, FollowsTheSizeOfTheWindow)
+{
+    requestWrite();
+    for (const QSize size : {QSize(1400, 900), QSize(600, 640), QSize(420, 300)}) {
+        window->resize(size);
+        settle();
+        EXPECT_EQ(permission->geometry(), window->rect());
+        EXPECT_TRUE(window->rect().contains(permission->card()->geometry()));
+        EXPECT_NEAR(permission->card()->geometry().center().x(), window->rect().center().x(), 1);
+    }
+}
+
+TEST_F(SheetsTest, SizeTakenWhileItWasClosedIsRight)
+{
+    window->resize(1000, 800);
+    settle();
+    requestWrite();
+    EXPECT_EQ(permission->geometry(), window->rect());
+}
+
+TEST_F(SheetsTest, ReturnTypedWhileTheSheetComesUpDoesNotAnswer)
+{
+    auto answer = requestWrite();
+    press(Qt::Key_Return);
+    press(Qt::Key_Escape);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(answer.done());
+}
+
+TEST_F(SheetsTest, TypingThatRunsOnDoesNotAnswer)
+{
+    auto answer = requestWrite();
+    for (int i = 0; i < 20; ++i) {
+        now += 120ms;
+        type(QStringLiteral("a"));
+    }
+    now += 120ms;
+    press(Qt::Key_Return);
+    EXPECT_FALSE(answer.done());
+    now += AnswerGuard::quietTime;
+    press(Qt::Key_Return);
+    ASSERT_TRUE(answer.done());
+    EXPECT_TRUE(answer.result());
+}
+
+TEST_F(SheetsTest, KeyHeldDownSinceBeforeDoesNotAnswer)
+{
+    auto answer = requestWrite();
+    notice();
+    for (int i = 0; i < 5; ++i) {
+        sendKey(QEvent::KeyPress, Qt::Key_Return, true);
+        sendKey(QEvent::KeyPress, Qt::Key_Escape, true);
+    }
+    EXPECT_FALSE(answer.done());
+    sendKey(QEvent::KeyRelease, Qt::Key_Return, false);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(answer.done());
+}
+
+TEST_F(SheetsTest, SecondReturnDoesNotAnswerTheNextRequest)
+{
+    auto first = requestWrite();
+    notice();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(first.done());
+    auto second = requestWrite();
+    now += 100ms;
+    press(Qt::Key_Return);
+    EXPECT_FALSE(second.done());
+}
+
+TEST_F(SheetsTest, ReturnWithAModifierDoesNotAnswer)
+{
+    auto answer = requestWrite();
+    notice();
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    press(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_FALSE(answer.done());
+}
+
+TEST_F(SheetsTest, SecondClickOfADoubleClickDoesNotAnswer)
+{
+    auto answer = requestWrite();
+    now += 200ms;
+    click(named<QPushButton>(QStringLiteral("Allow the action")));
+    EXPECT_FALSE(answer.done());
+}
+
+TEST_F(SheetsTest, AssistiveTechnologyAnswersAtOnce)
+{
+    auto answer = requestWrite();
+    accessible(named<QPushButton>(QStringLiteral("Allow the action")))
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::pressAction());
+    ASSERT_TRUE(waitUntil([&answer] { return answer.done(); }));
+    EXPECT_TRUE(answer.result());
+}
+
+TEST_F(SheetsTest, LettersTypedWhileAQuestionComesUpDoNotLandInTheAnswer)
+{
+    ask(QStringLiteral("Which?"));
+    now += 100ms;
+    type(QStringLiteral("abc"));
+    auto *field = named<QLineEdit>(QStringLiteral("Your answer"));
+    EXPECT_EQ(field->text(), QString());
+    notice();
+    type(QStringLiteral("def"));
+    EXPECT_EQ(field->text(), QStringLiteral("def"));
+}
+
+TEST_F(SheetsTest, SheetAboveAnotherTakesTheInputAndGivesItBack)
+{
+    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    auto allowed = requestWrite();
+    notice();
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
+    EXPECT_FALSE(question->isEnabled());
+    press(Qt::Key_Return);
+    EXPECT_TRUE(allowed.done());
+    EXPECT_FALSE(answer.done());
+    EXPECT_TRUE(question->isEnabled());
+    EXPECT_TRUE(question->isAncestorOf(focus()));
+    EXPECT_FALSE(draft->isEnabled());
+    press(Qt::Key_Return);
+    EXPECT_TRUE(answer.done());
+    EXPECT_EQ(focus(), draft);
+}
+
+TEST_F(SheetsTest, SheetBelowAnotherMayCloseFirst)
+{
+    ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    requestWrite();
+    notice();
+    model->questions().resolveQuestion(QStringLiteral("One"));
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
+    EXPECT_FALSE(draft->isEnabled());
+    press(Qt::Key_Escape);
+    EXPECT_EQ(focus(), draft);
+    EXPECT_TRUE(draft->isEnabled());
+}
+
+} // namespace
+} // namespace morvane
