@@ -137,14 +137,15 @@ void removeAbandonedTemporaryFiles(const QString &folder)
 std::expected<void, QString> ensurePrivateFolder(const QString &path)
 {
     const std::string folder = QFile::encodeName(path).toStdString();
-    for (std::size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
-        ::mkdir(folder.substr(0, end).c_str(), S_IRWXU);
     struct stat status {};
-    const bool created = ::mkdir(folder.c_str(), S_IRWXU) == 0;
-    if (!created && errno != EEXIST)
-        return systemFailure();
-    if (::stat(folder.c_str(), &status) != 0)
-        return systemFailure();
+    if (::stat(folder.c_str(), &status) != 0) {
+        for (std::size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
+            ::mkdir(folder.substr(0, end).c_str(), S_IRWXU);
+        if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+            return systemFailure();
+        if (::stat(folder.c_str(), &status) != 0)
+            return systemFailure();
+    }
     if (!S_ISDIR(status.st_mode))
         return systemFailure(ENOTDIR);
     if ((status.st_mode & ALLPERMS) != S_IRWXU && ::chmod(folder.c_str(), S_IRWXU) != 0)

@@ -69,7 +69,9 @@ Walk walk(QStringView text, qsizetype limit)
     if (limit <= 0 || text.isEmpty())
         return walked;
 
-    const qsizetype prefix = simplePrefix(text);
+    // Twice as many units as characters, and one more pair, surely hold them where all is ASCII.
+    const QStringView head = limit < text.size() / 2 - 1 ? text.first(2 * limit + 2) : text;
+    const qsizetype prefix = simplePrefix(head);
     const qsizetype pairs = lineEndPairs(text.first(prefix));
     if (prefix - pairs > limit) {
         const auto *const units = text.utf16();
@@ -105,6 +107,18 @@ Walk walk(QStringView text, qsizetype limit)
 bool isLineEnd(QChar unit)
 {
     return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' || unit == u'\u2029';
+}
+
+QString withoutLineEnds(QStringView text)
+{
+    QString line;
+    line.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool pair = text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n';
+        line += isLineEnd(text[i]) ? QChar(u' ') : text[i];
+        i += pair ? 1 : 0;
+    }
+    return line;
 }
 
 } // namespace
@@ -144,8 +158,18 @@ QString singleLine(QStringView text)
 
 QString flattened(QStringView text, qsizetype limit)
 {
-    const QString line = singleLine(text).trimmed();
-    const qsizetype offset = characterOffset(line, limit);
+    // White space includes every line end, so that trimming first gives the same and the line has no end to
+    // trim.
+    const QStringView body = text.trimmed();
+    const qsizetype enough = std::max<qsizetype>(limit, 0) * 4 + 64;
+    QString line = withoutLineEnds(body.first(std::min(enough, body.size())));
+    qsizetype offset = characterOffset(line, limit);
+    // Long characters may need more than that; the last one of a part may be cut in two.
+    constexpr qsizetype margin = 2;
+    if (enough < body.size() && offset > line.size() - margin) {
+        line = withoutLineEnds(body);
+        offset = characterOffset(line, limit);
+    }
     return offset == line.size() ? line : line.first(offset) + u'…';
 }
 

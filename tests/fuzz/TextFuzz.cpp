@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <unicode/ubrk.h>
 
-/// Counting with shortcuts gives what ICU counts over the whole text, and every cut lies on one of its
-/// boundaries.
+/// Counting with shortcuts gives what ICU counts over the whole text, every cut lies on one of its
+/// boundaries, and a line is made of the whole text or of its beginning alike.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {
     using namespace morvane;
@@ -24,8 +24,15 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
     if (characterCount(text) != count)
         std::abort();
 
-    const QString line = flattened(text, 10);
-    if (characterCount(line) > 11 || line.contains(u'\n') || line.contains(u'\r'))
-        std::abort();
+    QString line = text;
+    line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    for (const char16_t lineEnd : {u'\n', u'\v', u'\f', u'\r', u'\u0085', u'\u2028', u'\u2029'})
+        line.replace(QChar(lineEnd), u' ');
+    line = line.trimmed();
+    for (const qsizetype limit : {0, 1, 10}) {
+        const QString expected = characterCount(line) > limit ? firstCharacters(line, limit) + u'…' : line;
+        if (flattened(text, limit) != expected)
+            std::abort();
+    }
     return 0;
 }

@@ -105,5 +105,28 @@ TEST(TextTest, FlattensToTheLimitAndAnEllipsis)
               QStringLiteral("👍🏽").repeated(3) + u'…');
 }
 
+TEST(TextTest, FlattensLongTextsLikeShortOnes)
+{
+    const QString words = QStringLiteral("word\r\n").repeated(10'000);
+    EXPECT_EQ(flattened(words, 12), QStringLiteral("word word wo…"));
+    const QString family = QStringLiteral("👩‍👩‍👧‍👦").repeated(10'000);
+    EXPECT_EQ(flattened(family, 50), QStringLiteral("👩‍👩‍👧‍👦").repeated(50) + u'…');
+    const QString marks = u'e' + QString(10'000, QChar(0x301));
+    EXPECT_EQ(flattened(marks, 1), marks);
+    EXPECT_EQ(flattened(marks + u'x', 1), marks + u'…');
+    EXPECT_EQ(flattened(u'x' + QString(10'000, u'\n'), 5), QStringLiteral("x"));
+    EXPECT_EQ(flattened(u"abc", 0), QStringLiteral("…"));
+}
+
+TEST(TextTest, OffsetInALongTextIsThatOfItsBeginning)
+{
+    const QString ascii = QStringLiteral("ab\r\n").repeated(10'000);
+    EXPECT_EQ(characterOffset(ascii, 100), 133);
+    const QString mixed = QStringLiteral("a").repeated(202) + QStringLiteral("\u0301").repeated(5) + ascii;
+    EXPECT_EQ(characterOffset(mixed, 100), 100);
+    EXPECT_EQ(characterOffset(mixed, 201), 201);
+    EXPECT_EQ(characterOffset(mixed, 202), 207);
+}
+
 } // namespace
 } // namespace morvane
