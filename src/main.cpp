@@ -119,8 +119,8 @@ int main(int argc, char **argv)
     }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Morvane"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Morvane"));
     QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
+    application.setProperty("buildNumber", MORVANE_BUILD_NUMBER);
     QApplication::setDesktopFileName(QStringLiteral("morvane"));
     return runProgram(application, instance);
 }

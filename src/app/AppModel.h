@@ -36,6 +36,8 @@ public:
     BrowserWindowPort &browserWindow() const { return m_services.browserWindow; }
     UpdatePort &updates() const { return m_services.updates; }
     Announcer &announcer() const { return m_services.announcer; }
+    /// One sentence on this computer.
+    QString machineSummary() const { return m_services.machineSummary(); }
 
     const QList<ChatMessage> &messages() const { return m_workspace.transcript.messages(); }
     const QList<APIMessage> &context() const { return m_context; }

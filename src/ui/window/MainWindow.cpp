@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "app/UpdatePort.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
 #include "ui/window/ComposerView.h"
@@ -184,7 +185,16 @@ void MainWindow::fillConversations(QMenu *menu)
     }
 }
 
-void MainWindow::showSettings() {}
+void MainWindow::showSettings()
+{
+    if (!m_settings) {
+        m_settings = new SettingsView(m_model, this);
+        m_settings->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_settings->show();
+    m_settings->raise();
+    m_settings->activateWindow();
+}
 
 void MainWindow::showAbout()
 {

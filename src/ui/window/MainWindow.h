@@ -46,6 +46,7 @@ private:
     ComposerView *m_composer = nullptr;
     PermissionView *m_permission = nullptr;
     QuestionView *m_question = nullptr;
+    QPointer<SettingsView> m_settings;
 };
 
 } // namespace morvane
