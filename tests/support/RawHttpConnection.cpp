@@ -53,6 +53,18 @@ std::optional<RawHttpRequest> RawHttpConnection::readRequest()
     return request;
 }
 
+bool RawHttpConnection::skipBytes(qsizetype count)
+{
+    while (m_received.size() < count) {
+        count -= m_received.size();
+        m_received.clear();
+        if (!receive())
+            return false;
+    }
+    m_received.remove(0, count);
+    return true;
+}
+
 bool RawHttpConnection::waitForBytes()
 {
     return !m_received.isEmpty() || receive();

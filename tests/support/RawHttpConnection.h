@@ -28,6 +28,9 @@ public:
     /// other side closes first.
     std::optional<RawHttpRequest> readRequest();
 
+    /// Reads and forgets this many bytes, whatever they are; false if the other side closes first.
+    bool skipBytes(qsizetype count);
+
     /// Blocks until the other side has sent anything; false if it closes first.
     bool waitForBytes();
 

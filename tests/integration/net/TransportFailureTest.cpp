@@ -252,6 +252,25 @@ TEST_F(TransportFailureTest, ServerThatDoesNotTakeTheUploadTimesOut)
     EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
 }
 
+TEST_F(TransportFailureTest, UploadThatIsTakenSlowlyIsNoSilence)
+{
+    // Thirty megabytes with a pause of a fifth of the limit after each: several limits in all.
+    constexpr qsizetype megabyte = 1000 * 1000;
+    RawHttpServer server([](RawHttpConnection &connection) {
+        for (int i = 0; i < 30; ++i) {
+            const auto next = std::chrono::steady_clock::now() + 100ms;
+            if (!connection.skipBytes(megabyte) ||
+                !connection.waitUntil([next] { return std::chrono::steady_clock::now() >= next; }))
+                return;
+        }
+        connection.send(rawHttpResponse(200, "taken"));
+        connection.waitUntilClosedByPeer();
+    });
+    HttpRequest request = post(server.url(), QByteArray(30 * megabyte, 'x'));
+    request.silenceLimit = 500ms;
+    EXPECT_EQ(fetch(request).body, "taken");
+}
+
 TEST_F(TransportFailureTest, TrickleIsNoSilence)
 {
     // Ten pieces with pauses of half the limit: several limits in all.
