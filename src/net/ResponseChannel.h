@@ -42,7 +42,7 @@ public:
 
     /// Fires `signal` as soon as it is so; false if it is so already.
     bool wakeWhen(Until until, std::shared_ptr<Suspension> signal);
-    /// The head, after Until::Head. Throws TransportError if the transfer ended before it.
+    /// The head, after Until::Head. Throws TransportError if the transfer ended without one.
     ResponseHead takeHead();
 
     /// Decides that the body is read line by line. One decision only.

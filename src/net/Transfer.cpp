@@ -48,8 +48,6 @@ Transfer::Next Transfer::endHop(CURLcode result)
         return Next::AnotherHop;
     if (result != CURLE_OK)
         m_channel->finish(m_handle->error(result));
-    else if (!m_head.isComplete())
-        m_channel->finish(TransportError(TransportError::Kind::NetworkConnectionLost));
     else
         m_channel->finish(std::nullopt);
     return Next::Nothing;
