@@ -91,7 +91,7 @@ std::expected<void, QString> writeFileAtomically(const QString &path, QByteArray
 {
     const std::string target = followLinks(QFile::encodeName(path).toStdString());
     const std::string folder = folderOf(target);
-    std::string temporary = folder + '/' + std::string(temporaryPrefix) + "XXXXXX";
+    std::string temporary = folder + '/' + std::string(temporaryPrefix) + std::string(6, 'X');
 
     FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC)); // 0600
     if (!file.isOpen())

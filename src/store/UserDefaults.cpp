@@ -43,7 +43,11 @@ UserDefaults::UserDefaults(QString path) : m_path(std::move(path))
     QObject::connect(&m_syncTimer, &QTimer::timeout, &m_syncTimer,
                      [this] { m_disk.start([path = m_path] { static_cast<void>(syncFile(path)); }); });
     static_cast<void>(ensurePrivateFolder(QFileInfo(m_path).path()));
-    read();
+    if (readInto(m_values) == Condition::damaged) {
+        setAside();
+        for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
+            m_changes.insert(value.key(), *value);
+    }
 }
 
 UserDefaults::~UserDefaults()
@@ -54,26 +58,44 @@ UserDefaults::~UserDefaults()
     m_disk.waitForDone();
 }
 
-void UserDefaults::read()
+UserDefaults::Condition UserDefaults::readInto(QVariantMap &values)
 {
-    m_values.clear();
-    m_identity = FileIdentity::ofPath(m_path);
-    if (!m_identity)
-        return;
+    values.clear();
     QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner);
+    m_identity = FileIdentity::ofPath(m_path);
+    if (!m_identity || m_identity->size == 0)
+        return Condition::whole;
     const QSettings file(m_path, QSettings::IniFormat);
     const QStringList keys = file.allKeys();
     for (const QString &key : keys)
-        m_values.insert(key, file.value(key));
-    m_identity = FileIdentity::ofPath(m_path);
+        values.insert(key, file.value(key));
+    return file.status() == QSettings::NoError ? Condition::whole : Condition::damaged;
+}
 
-    if (file.status() != QSettings::NoError && m_identity && m_identity->size > 0) {
-        const QString aside = m_path + QStringLiteral(".damaged");
-        QFile::remove(aside);
-        QFile::rename(m_path, aside);
-        m_identity.reset();
-        for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
-            m_changes.insert(value.key(), *value);
+void UserDefaults::setAside()
+{
+    const QString aside = m_path + QStringLiteral(".damaged");
+    QFile::remove(aside);
+    QFile::rename(m_path, aside);
+    m_identity.reset();
+}
+
+void UserDefaults::adoptForeignChanges()
+{
+    const auto identity = FileIdentity::ofPath(m_path);
+    if (!identity || identity->size == 0 || identity == m_identity)
+        return;
+    QVariantMap values;
+    if (readInto(values) == Condition::damaged) {
+        setAside();
+        return;
+    }
+    m_values = std::move(values);
+    for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change) {
+        if (*change)
+            m_values.insert(change.key(), **change);
+        else
+            m_values.remove(change.key());
     }
 }
 
@@ -97,17 +119,7 @@ bool UserDefaults::write()
 {
     if (m_changes.isEmpty())
         return true;
-    if (FileIdentity::ofPath(m_path) != m_identity) {
-        const auto ours = m_changes;
-        read();
-        for (auto change = ours.cbegin(); change != ours.cend(); ++change) {
-            if (*change)
-                m_values.insert(change.key(), **change);
-            else
-                m_values.remove(change.key());
-            m_changes.insert(change.key(), *change);
-        }
-    }
+    adoptForeignChanges();
     if (!ensurePrivateFolder(QFileInfo(m_path).path()) ||
         !writeFileAtomically(m_path, iniText(m_values), Durability::processCrash))
         return false;

@@ -16,8 +16,9 @@ namespace morvane {
 /// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing.
 /// Within a second a thread of its own brings it to the disk: a flush takes up to tens of milliseconds, and
 /// writes during a flush wait for it, so that there is one for a burst of changes and none on the main
-/// thread. A change that another program made to the file in the meantime is kept. A file that cannot be read
-/// or has lines that cannot be understood is set aside as "{path}.damaged". Main thread.
+/// thread. A change that another program made to the file in the meantime is kept, and a file that is gone or
+/// empty is written anew. A file that cannot be read or has lines that cannot be understood is set aside as
+/// "{path}.damaged". Main thread.
 class UserDefaults {
 public:
     /// Reads the file; a missing one has no values.
@@ -42,7 +43,11 @@ public:
     bool write();
 
 private:
-    void read();
+    enum class Condition { whole, damaged };
+
+    Condition readInto(QVariantMap &values);
+    void setAside();
+    void adoptForeignChanges();
 
     QString m_path;
     QVariantMap m_values;

@@ -174,10 +174,13 @@ TEST_F(UserDefaultsTest, FullDiskKeepsTheOldFileAndTheChangesForTheNextWrite)
 TEST_F(UserDefaultsTest, FolderThatVanishedIsCreatedAnew)
 {
     UserDefaults defaults(path);
+    defaults.set("apiKey_groq", "secret");
+    EXPECT_TRUE(defaults.write());
     ASSERT_TRUE(QDir(home.path("Morvane")).removeRecursively());
     defaults.set("a", "1");
     EXPECT_TRUE(defaults.write());
     EXPECT_EQ(permissionBits(home.path("Morvane")), 0700U);
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=1\napiKey_groq=secret\n"));
 }
 
 TEST_F(UserDefaultsTest, FolderThatCannotBeMadeLeavesTheValuesInMemory)
@@ -224,6 +227,21 @@ TEST_F(UserDefaultsTest, EmptyFileHasNothingToSetAside)
     EXPECT_EQ(entries(), QStringList{"Morvane.conf"});
     defaults.set("a", "1");
     EXPECT_TRUE(defaults.write());
+}
+
+TEST_F(UserDefaultsTest, FileThatIsEmptiedOrDamagedMeanwhileCostsNothing)
+{
+    UserDefaults defaults(path);
+    defaults.set("apiKey_groq", "secret");
+    EXPECT_TRUE(defaults.write());
+    for (const QByteArray &content : {QByteArray(), QByteArray(100, '\0')}) {
+        home.write("Morvane/Morvane.conf", content);
+        defaults.set("a", QString::number(content.size()));
+        EXPECT_TRUE(defaults.write());
+        EXPECT_EQ(home.read("Morvane/Morvane.conf"),
+                  "[General]\na=" + QByteArray::number(content.size()) + "\napiKey_groq=secret\n");
+    }
+    EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), QByteArray(100, '\0'));
 }
 
 TEST_F(UserDefaultsTest, FolderInTheFilesPlaceIsLeftAlone)
