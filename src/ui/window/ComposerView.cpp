@@ -45,7 +45,6 @@ ComposerView::ComposerView(AppModel &model, QWidget *parent)
     grid->addWidget(m_stop, 0, 1, Qt::AlignBottom);
     grid->addWidget(m_note, 1, 0, 1, 2);
     grid->setColumnStretch(0, 1);
-    setFocusProxy(m_edit);
 
     connect(m_edit, &ComposerEdit::sendRequested, this, [this] {
         if (canSend())

@@ -6,6 +6,7 @@
 #include "ui/window/ConversationDelegate.h"
 #include "ui/window/ConversationListModel.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
@@ -14,13 +15,13 @@
 #include <QScrollBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace morvane {
 
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model, this)), m_list(new QListView),
-      m_empty(new QLabel(QStringLiteral("No saved conversations yet."))),
-      m_delete(new QToolButton(m_list->viewport()))
+      m_empty(new QLabel(QStringLiteral("No saved conversations yet."))), m_delete(new QToolButton(this))
 {
     auto *title = new QLabel(QStringLiteral("Conversations"));
     QFont bold = title->font();
@@ -68,8 +69,9 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
             [this] { moveButton(m_list->currentIndex()); });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &ConversationListView::moveButton);
-    connect(m_delete, &QToolButton::clicked, this,
-            [this] { deleteRow(m_list->indexAt(m_delete->geometry().center())); });
+    connect(m_delete, &QToolButton::clicked, this, [this] {
+        deleteRow(m_list->indexAt(m_list->viewport()->mapFrom(this, m_delete->geometry().center())));
+    });
     connect(m_rows, &QAbstractItemModel::modelReset, this, &ConversationListView::takeList);
     connect(&model, &AppModel::currentConversationChanged, this,
             &ConversationListView::selectOpenConversation);
@@ -98,10 +100,14 @@ void ConversationListView::takeList()
 void ConversationListView::selectOpenConversation()
 {
     const int row = m_rows->currentRow();
-    if (row >= 0)
-        m_list->setCurrentIndex(m_rows->index(row, 0));
-    else
+    const QModelIndex index = row >= 0 ? m_rows->index(row, 0) : QModelIndex();
+    if (!index.isValid())
         m_list->selectionModel()->clear();
+    else if (m_list->hasFocus())
+        m_list->setCurrentIndex(index);
+    else
+        m_list->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    moveButton(index);
 }
 
 void ConversationListView::openRow(const QModelIndex &index)
@@ -130,8 +136,10 @@ void ConversationListView::openMenu(const QPoint &position)
     menu->popup(m_list->viewport()->mapToGlobal(position));
 }
 
-void ConversationListView::moveButton(const QModelIndex &index)
+void ConversationListView::moveButton(const QModelIndex &wanted)
 {
+    const QModelIndex index =
+        wanted.isValid() ? wanted : m_list->selectionModel()->selectedIndexes().value(0);
     const QRect row = index.isValid() ? m_list->visualRect(index) : QRect();
     if (!row.isValid() || !m_list->viewport()->rect().intersects(row)) {
         m_delete->hide();
@@ -141,7 +149,9 @@ void ConversationListView::moveButton(const QModelIndex &index)
     m_delete->setAccessibleName(label);
     m_delete->setToolTip(label);
     const int side = ConversationDelegate::buttonPlace - 4;
-    m_delete->setGeometry(row.right() - side - 6, row.center().y() - side / 2, side, side);
+    const QPoint place(row.right() - side - 6, row.center().y() - side / 2);
+    m_delete->setGeometry(QRect(m_list->viewport()->mapTo(this, place), QSize(side, side)));
+    m_delete->raise();
     m_delete->show();
 }
 
@@ -160,7 +170,10 @@ bool ConversationListView::eventFilter(QObject *watched, QEvent *event)
     }
     if (watched == m_list && event->type() == QEvent::FocusIn && !m_list->currentIndex().isValid() &&
         m_rows->rowCount() > 0)
-        m_list->setCurrentIndex(m_rows->index(0, 0));
+        m_list->setCurrentIndex(m_rows->index(std::max(m_rows->currentRow(), 0), 0));
+    // The current row calls itself focused to assistive technology, so there is none without the focus.
+    if (watched == m_list && event->type() == QEvent::FocusOut && QApplication::focusWidget() != m_delete)
+        m_list->selectionModel()->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
     if (watched == m_list->viewport() && (event->type() == QEvent::Leave || event->type() == QEvent::Resize))
         moveButton(m_list->currentIndex());
     return QWidget::eventFilter(watched, event);

@@ -29,7 +29,8 @@ private:
     void openRow(const QModelIndex &index);
     void deleteRow(const QModelIndex &index);
     void openMenu(const QPoint &position);
-    void moveButton(const QModelIndex &index);
+    /// Puts the button on a row; without one, on that of the open conversation.
+    void moveButton(const QModelIndex &wanted);
     void takeList();
     void selectOpenConversation();
 
