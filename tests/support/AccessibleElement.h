@@ -14,6 +14,7 @@ enum class AccessibleRole : uint32_t {
     checkBox = 7,
     comboBox = 11,
     dialog = 16,
+    filler = 20,
     frame = 23,
     label = 29,
     list = 31,

@@ -1,0 +1,46 @@
+#include "MorvaneTest.h"
+
+#include "support/WaitUntil.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+namespace morvane {
+namespace {
+
+class InstanceTest : public MorvaneTest {};
+
+TEST_F(InstanceTest, ASecondStartRaisesTheFirstWindowAndEnds)
+{
+    MorvaneSession &morvane = start({});
+    const xcb_window_t window = morvane.screen().activeWindow();
+    // Something else takes the focus, as another program's window would.
+    const xcb_window_t other = morvane.screen().openWindow();
+    ASSERT_TRUE(waitUntil([&] { return morvane.screen().activeWindow() == other; }));
+    const auto second = morvane.startAgain();
+    EXPECT_EQ(second->waitForExit(), 0);
+    EXPECT_TRUE(waitUntil([&] { return morvane.screen().activeWindow() == window; }));
+    EXPECT_TRUE(morvane.program().process().isRunning());
+    EXPECT_TRUE(waitUntil([&] {
+        const auto order = morvane.screen().property(morvane.screen().root(), "_NET_CLIENT_LIST_STACKING");
+        return !order.isEmpty() && order.last() == window;
+    }));
+}
+
+TEST_F(InstanceTest, AStartAfterACrashOpensAWindow)
+{
+    MorvaneSession &morvane = start({});
+    morvane.program().process().kill();
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Message Morvane")));
+}
+
+TEST_F(InstanceTest, TheProgramEndsOrderlyWhenTheSessionEnds)
+{
+    MorvaneSession &morvane = start({});
+    ::kill(pid_t(morvane.program().process().pid()), SIGTERM);
+    EXPECT_EQ(morvane.program().process().waitForExit(), 0);
+}
+
+} // namespace
+} // namespace morvane

@@ -1,0 +1,58 @@
+#include "MorvaneTest.h"
+
+#include <QString>
+#include <iostream>
+
+namespace morvane {
+
+std::unique_ptr<PrivateDesktop> MorvaneTest::s_desktop;
+
+void MorvaneTest::startDesktop()
+{
+    s_desktop = std::make_unique<PrivateDesktop>();
+}
+
+void MorvaneTest::endDesktop()
+{
+    s_desktop.reset();
+}
+
+MorvaneSession &MorvaneTest::prepare(std::vector<ScriptedTurn> turns, Hearing hearing)
+{
+    ModelScript script;
+    script.turns = std::move(turns);
+    m_session = std::make_unique<MorvaneSession>(*s_desktop, QStringLiteral(MORVANE_PROGRAM),
+                                                 std::move(script), hearing);
+    return *m_session;
+}
+
+MorvaneSession &MorvaneTest::start(std::vector<ScriptedTurn> turns)
+{
+    MorvaneSession &session = prepare(std::move(turns));
+    session.start();
+    return session;
+}
+
+void MorvaneTest::TearDown()
+{
+    if (HasFailure() && m_session) {
+        const auto *test = testing::UnitTest::GetInstance()->current_test_info();
+        const QString folder =
+            QStringLiteral(MORVANE_EVIDENCE_FOLDER "/%1.%2")
+                .arg(QString::fromUtf8(test->test_suite_name()), QString::fromUtf8(test->name()));
+        m_session->keepEvidence(folder);
+        std::cout << "evidence: " << folder.toStdString() << '\n';
+    }
+    m_session.reset();
+}
+
+ScriptedTurn callingTool(const std::string &name, const std::string &arguments)
+{
+    return ScriptedTurn::calling({{.name = name,
+                                   .argumentFragments = {arguments},
+                                   .id = "call_1",
+                                   .index = {},
+                                   .thoughtSignature = {}}});
+}
+
+} // namespace morvane

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "support/MorvaneSession.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
+
+namespace morvane {
+
+/// Base of the tests of the whole program. Each test gets an empty home on the desktop that they share; one
+/// that fails leaves a picture of the screen, the accessibility tree, the announcements and the logs in
+/// build/…/evidence/{test}.
+class MorvaneTest : public testing::Test {
+public:
+    static void startDesktop();
+    static void endDesktop();
+
+protected:
+    using Hearing = AnnouncementRecorder::Hearing;
+
+    /// Starts the program beside a model that answers with these turns, one after the other.
+    MorvaneSession &start(std::vector<ScriptedTurn> turns);
+    /// The same, not started yet.
+    MorvaneSession &prepare(std::vector<ScriptedTurn> turns, Hearing hearing = Hearing::announcements);
+
+    void TearDown() override;
+
+private:
+    static std::unique_ptr<PrivateDesktop> s_desktop;
+    std::unique_ptr<MorvaneSession> m_session;
+};
+
+/// A turn that calls one tool with arguments given as JSON.
+ScriptedTurn callingTool(const std::string &name, const std::string &arguments);
+
+} // namespace morvane

@@ -1,0 +1,132 @@
+#include "support/AccessibleProgram.h"
+
+#include "support/WaitUntil.h"
+
+#include <QDeadlineTimer>
+
+namespace morvane {
+
+namespace {
+
+constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::milliseconds longestRest{100};
+
+AccessibleProgram::Condition named(const QString &name)
+{
+    return [name](const AccessibleNode &node) {
+        return node.name == name && node.has(AccessibleState::visible);
+    };
+}
+
+} // namespace
+
+QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home)
+{
+    QProcessEnvironment environment = desktop.environment();
+    environment.insert(QStringLiteral("HOME"), home);
+    for (const auto &[variable, folder] :
+         {std::pair("XDG_CONFIG_HOME", "/.config"), std::pair("XDG_DATA_HOME", "/.local/share"),
+          std::pair("XDG_STATE_HOME", "/.local/state"), std::pair("XDG_CACHE_HOME", "/.cache")}) {
+        environment.insert(QString::fromLatin1(variable), home + QString::fromLatin1(folder));
+    }
+    return environment;
+}
+
+AccessibleProgram::AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus,
+                                     const QString &program, const QString &home, const QString &logPath)
+    : m_bus(bus), m_process(program, {}, environmentWithHome(desktop, home), logPath)
+{
+    try {
+        m_root = bus.application(m_process.pid());
+    } catch (const AccessibilityError &error) {
+        throw AccessibilityError(QString::fromUtf8(error.what()) + QStringLiteral("; its log:\n") +
+                                 m_process.log());
+    }
+}
+
+AccessibleNode AccessibleProgram::tree() const
+{
+    return readTree(m_root);
+}
+
+AccessibleElement AccessibleProgram::find(const QString &name, AccessibleRole role) const
+{
+    const auto condition = [matches = named(name), role](const AccessibleNode &node) {
+        return matches(node) && (role == AccessibleRole::invalid || node.role == role);
+    };
+    return find(condition, QStringLiteral("named \"%1\"").arg(name));
+}
+
+AccessibleElement AccessibleProgram::find(const Condition &wanted, const QString &what) const
+{
+    const auto visible = [&wanted](const AccessibleNode &node) {
+        return node.has(AccessibleState::visible) && wanted(node);
+    };
+    if (const auto node = waitForNode(visible)) {
+        return node->element;
+    }
+    throw AccessibilityError(QStringLiteral("nothing %1 in\n%2").arg(what, tree().description()));
+}
+
+bool AccessibleProgram::shows(const QString &name) const
+{
+    return waitForNode(named(name)).has_value();
+}
+
+bool AccessibleProgram::shows(const Condition &wanted) const
+{
+    return waitForNode(wanted).has_value();
+}
+
+bool AccessibleProgram::hides(const QString &name) const
+{
+    return waitForTree([&](const AccessibleNode &whole) { return !whole.first(named(name)); });
+}
+
+bool AccessibleProgram::focuses(const QString &name) const
+{
+    return waitForNode([&](const AccessibleNode &node) {
+               return node.name == name && node.has(AccessibleState::focused);
+           })
+        .has_value();
+}
+
+std::optional<AccessibleNode> AccessibleProgram::focused() const
+{
+    std::optional<AccessibleNode> innermost;
+    tree().visit([&](const AccessibleNode &node) {
+        // The toolkit's viewports share the focus state of their field; readers pass over fillers.
+        if (node.has(AccessibleState::focused) && node.role != AccessibleRole::filler) {
+            innermost = node;
+        }
+    });
+    return innermost;
+}
+
+std::optional<AccessibleNode> AccessibleProgram::waitForNode(const Condition &wanted) const
+{
+    std::optional<AccessibleNode> found;
+    waitForTree([&](const AccessibleNode &whole) {
+        found = whole.first(wanted);
+        return found.has_value();
+    });
+    return found;
+}
+
+bool AccessibleProgram::waitForTree(const Condition &treeIsRight) const
+{
+    const QDeadlineTimer deadline(patience);
+    bool eventCame = false;
+    const auto listening = QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &m_bus,
+                                            [&eventCame] { eventCame = true; });
+    bool isRight = treeIsRight(tree());
+    while (!isRight && !deadline.hasExpired()) {
+        waitUntil([&eventCame] { return eventCame; }, longestRest);
+        eventCame = false;
+        isRight = treeIsRight(tree());
+    }
+    QObject::disconnect(listening);
+    return isRight;
+}
+
+} // namespace morvane

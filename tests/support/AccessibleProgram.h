@@ -1,0 +1,57 @@
+#pragma once
+
+#include "support/AccessibleTree.h"
+#include "support/ChildProcess.h"
+#include "support/PrivateDesktop.h"
+
+#include <functional>
+#include <memory>
+
+namespace morvane {
+
+/// A running program, driven as a blind user's screen reader drives it: by the names and roles of its
+/// controls. What is asked for is waited for, with a limit; a search that fails throws AccessibilityError
+/// with the tree as it was.
+class AccessibleProgram {
+public:
+    using Condition = std::function<bool(const AccessibleNode &)>;
+
+    /// Starts `program` on `desktop` with `home` as its home folder and waits for its tree. `bus` must
+    /// outlive the object.
+    AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus, const QString &program,
+                      const QString &home, const QString &logPath);
+
+    ChildProcess &process() { return m_process; }
+    AccessibleNode tree() const;
+
+    /// The first object that is not hidden and has this name, and this role if one is given. It may lie outside
+    /// of what is scrolled into sight.
+    AccessibleElement find(const QString &name, AccessibleRole role = AccessibleRole::invalid) const;
+    /// The first object that is not hidden and fulfils `wanted`; `what` is for the error.
+    AccessibleElement find(const Condition &wanted, const QString &what) const;
+
+    /// Whether such an object is there, now or soon.
+    bool shows(const QString &name) const;
+    bool shows(const Condition &wanted) const;
+    /// Whether no such object is there, now or soon.
+    bool hides(const QString &name) const;
+    /// Whether the object of this name has the focus, now or soon.
+    bool focuses(const QString &name) const;
+
+    /// The object that has the focus, if any has: the innermost, where a container and its part both say so.
+    std::optional<AccessibleNode> focused() const;
+
+private:
+    std::optional<AccessibleNode> waitForNode(const Condition &wanted) const;
+    /// Looks again after every event of the program and at least every tenth of a second.
+    bool waitForTree(const Condition &treeIsRight) const;
+
+    AccessibilityBus &m_bus;
+    ChildProcess m_process;
+    AccessibleElement m_root;
+};
+
+/// The environment of a program whose home is `home` on `desktop`.
+QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home);
+
+} // namespace morvane

@@ -1,0 +1,160 @@
+#include "support/MorvaneSession.h"
+
+#include "support/WaitUntil.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QUuid>
+
+namespace morvane {
+
+namespace {
+
+constexpr auto windowTitle = "Morvane";
+const auto messageField = QStringLiteral("Message Morvane");
+
+QJsonObject lastMessage(const QJsonObject &conversation)
+{
+    return conversation.value(QLatin1String("messages")).toArray().last().toObject();
+}
+
+} // namespace
+
+MorvaneSession::MorvaneSession(const PrivateDesktop &desktop, const QString &program, ModelScript script,
+                               AnnouncementRecorder::Hearing hearing)
+    : m_desktop(desktop), m_programPath(program),
+      m_home(desktop.newFolder(QStringLiteral("home-") + QUuid::createUuid().toString(QUuid::Id128))),
+      m_model(std::move(script)), m_screen(desktop.display()), m_bus(desktop.sessionBusAddress())
+{
+    m_settings = {{QStringLiteral("provider"), QStringLiteral("custom")},
+                  {QStringLiteral("customBaseURL"), QString::fromStdString(m_model.baseURL() + "/v1")},
+                  {QStringLiteral("model"), QStringLiteral("scripted")},
+                  {QStringLiteral("hasCompletedOnboarding"), QStringLiteral("true")}};
+    // What a reader registers when it starts, so that the program sends what it sends to a reader.
+    for (const auto *event : {"object:children-changed", "object:state-changed:focused",
+                              "object:property-change:accessible-name", "object:text-changed", "window"}) {
+        m_bus.registerEvent(QString::fromLatin1(event));
+    }
+    m_ear = std::make_unique<AnnouncementRecorder>(m_bus, hearing);
+}
+
+void MorvaneSession::setSetting(const QString &key, const QString &value)
+{
+    m_settings.insert(key, value);
+}
+
+void MorvaneSession::writeSettings() const
+{
+    const QString folder = m_home + QStringLiteral("/.config/Morvane");
+    QDir().mkpath(folder);
+    QFile file(folder + QStringLiteral("/Morvane.conf"));
+    if (file.exists() || !file.open(QIODevice::WriteOnly)) {
+        return;
+    }
+    file.write("[General]\n");
+    for (auto setting = m_settings.cbegin(); setting != m_settings.cend(); ++setting) {
+        file.write((setting.key() + u'=' + setting.value() + u'\n').toUtf8());
+    }
+}
+
+void MorvaneSession::start()
+{
+    writeSettings();
+    m_program.reset();
+    m_program = std::make_unique<AccessibleProgram>(m_desktop, m_bus, m_programPath, m_home,
+                                                    m_home + QStringLiteral("/morvane.log"));
+    m_program->find(
+        [](const AccessibleNode &node) {
+            return node.role == AccessibleRole::frame && node.name == QLatin1String(windowTitle) &&
+                   node.has(AccessibleState::active);
+        },
+        QStringLiteral("that is the active window"));
+}
+
+void MorvaneSession::quit()
+{
+    m_program->process().end();
+    m_program.reset();
+}
+
+std::unique_ptr<ChildProcess> MorvaneSession::startAgain() const
+{
+    return std::make_unique<ChildProcess>(m_programPath, QStringList{},
+                                          environmentWithHome(m_desktop, m_home),
+                                          m_home + QStringLiteral("/second.log"));
+}
+
+void MorvaneSession::send(const QString &text)
+{
+    const AccessibleElement field = m_program->find(messageField);
+    field.takeFocus();
+    field.setText(text);
+    m_program->focuses(messageField);
+    m_keyboard.press(QStringLiteral("Return"));
+}
+
+bool MorvaneSession::hasStatus(const QString &status)
+{
+    return m_program->shows(QStringLiteral("Status. ") + status);
+}
+
+QStringList MorvaneSession::activity()
+{
+    // The log stands among the rows of the conversation: a heading with its number of steps, then the steps.
+    static const QRegularExpression heading(QStringLiteral("^Activity, (\\d+) steps?$"));
+    QStringList rows;
+    m_program->tree().visit([&](const AccessibleNode &node) {
+        for (qsizetype i = 0; i < node.children.size(); ++i) {
+            const auto match = heading.match(node.children.at(i).name);
+            for (const AccessibleNode &row : node.children.mid(i + 1, match.captured(1).toInt())) {
+                rows.append(row.name);
+            }
+        }
+    });
+    return rows;
+}
+
+QMap<QString, QJsonObject> MorvaneSession::storedConversations() const
+{
+    QMap<QString, QJsonObject> conversations;
+    const QDir folder(m_home + QStringLiteral("/.local/share/Morvane/Conversations"));
+    for (const QString &name : folder.entryList({QStringLiteral("*.json")}, QDir::Files)) {
+        QFile file(folder.filePath(name));
+        if (file.open(QIODevice::ReadOnly)) {
+            conversations.insert(name, QJsonDocument::fromJson(file.readAll()).object());
+        }
+    }
+    return conversations;
+}
+
+bool MorvaneSession::storesLastMessage(const QString &key, const QJsonValue &value) const
+{
+    return waitUntil([&] {
+        for (const QJsonObject &conversation : storedConversations()) {
+            if (lastMessage(conversation).value(key) == value) {
+                return true;
+            }
+        }
+        return false;
+    });
+}
+
+void MorvaneSession::keepEvidence(const QString &folder)
+{
+    m_desktop.keepEvidence(folder);
+    QFile heard(folder + QStringLiteral("/announcements.txt"));
+    if (heard.open(QIODevice::WriteOnly)) {
+        heard.write(m_ear->heard().join(u'\n').toUtf8());
+    }
+    QFile::remove(folder + QStringLiteral("/morvane.log"));
+    QFile::copy(m_home + QStringLiteral("/morvane.log"), folder + QStringLiteral("/morvane.log"));
+    QFile tree(folder + QStringLiteral("/tree.txt"));
+    if (isRunning() && tree.open(QIODevice::WriteOnly)) {
+        tree.write(m_program->tree().description().toUtf8());
+    }
+}
+
+} // namespace morvane
