@@ -72,6 +72,9 @@ BuiltinTools::BuiltinTools()
 {
     addEverydayTools(m_handlers);
     addFileTools(m_handlers);
+    m_handlers[u"run_shell_command"_s] = [this](const SharedJsonObject &arguments) {
+        return m_shell.runShell(stringArgument(arguments.get(), "command"));
+    };
 }
 
 QList<AITool> BuiltinTools::all(UseTools useTools)

@@ -2,6 +2,7 @@
 
 #include "async/Task.h"
 #include "model/AITool.h"
+#include "tools/ShellTool.h"
 #include "tools/ToolHandlers.h"
 
 #include <QList>
@@ -16,6 +17,8 @@ enum class UseTools { no, yes };
 class BuiltinTools {
 public:
     BuiltinTools();
+    BuiltinTools(const BuiltinTools &) = delete;
+    BuiltinTools &operator=(const BuiltinTools &) = delete;
 
     /// The 41 declarations in table order, or nothing. Any thread.
     static QList<AITool> all(UseTools useTools);
@@ -30,6 +33,7 @@ public:
     Task<QString> execute(AIToolCall call);
 
 private:
+    ShellTool m_shell;
     ToolHandlers m_handlers;
 };
 
