@@ -34,6 +34,7 @@ void ChatScrollView::setCurrentRow(qsizetype row)
     const ConversationItem item = m_content.item(row);
     m_current = item;
     showRow(item);
+    prepareToTell();
     Q_EMIT currentRowChanged(row);
 }
 
@@ -74,6 +75,7 @@ void ChatScrollView::movePage(int direction)
     }
     m_current = m_content.item(row);
     setOffset(m_offset);
+    prepareToTell();
     Q_EMIT currentRowChanged(row);
 }
 
@@ -156,6 +158,7 @@ void ChatScrollView::focusInEvent(QFocusEvent *event)
         showRow(*m_current);
     }
     if (currentRow() >= 0) {
+        prepareToTell();
         Q_EMIT currentRowChanged(currentRow());
     }
     viewport()->update();

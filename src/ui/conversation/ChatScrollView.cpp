@@ -78,6 +78,7 @@ void ChatScrollView::rebuild()
     m_tracker.lock();
     m_opensAtBottom = true;
     schedule();
+    prepareToTell();
     Q_EMIT rowsReset();
 }
 
@@ -92,6 +93,7 @@ void ChatScrollView::takeMessageChange(qsizetype row)
     }
     m_layout.invalidate(item);
     schedule();
+    prepareToTell();
     Q_EMIT rowChanged(m_content.position(item));
 }
 
@@ -110,7 +112,16 @@ void ChatScrollView::takeRows()
 {
     m_layout.update();
     schedule();
+    prepareToTell();
     Q_EMIT rowsAdded();
+}
+
+void ChatScrollView::prepareToTell()
+{
+    // Whoever listens must have been made before there is something to hear.
+    if (QAccessible::isActive()) {
+        QAccessible::queryAccessibleInterface(this);
+    }
 }
 
 void ChatScrollView::schedule()
@@ -319,6 +330,11 @@ void ChatScrollView::changeEvent(QEvent *event)
     if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) {
         updateStyle();
     }
+}
+
+bool ChatScrollView::isSettled() const
+{
+    return !m_isDirty && !m_followTimer.isActive() && m_scrolling.state() != QVariantAnimation::Running;
 }
 
 qsizetype ChatScrollView::currentRow() const

@@ -37,6 +37,8 @@ public:
     const ConversationLayout &rows() const { return m_layout; }
     const RowActions &actions() const { return m_actions; }
     bool isNearBottom() const { return m_tracker.isNearBottom(); }
+    /// Whether every change is drawn and no scrolling is under way or waits for its time.
+    bool isSettled() const;
     QString selectedText() { return m_selection.text(m_layout); }
     QList<QToolButton *> codeButtons() const { return m_codeButtons.visibleButtons(); }
 
@@ -102,6 +104,7 @@ private:
     int anchoredOffset(const ScrollAnchor &anchor);
     ScrollAnchor anchorAt(int offset);
     void updateStyle();
+    void prepareToTell();
     void showRow(const ConversationItem &item);
     void movePage(int direction);
 

@@ -1,0 +1,177 @@
+#include "ConversationFixture.h"
+
+#include <QAccessibleActionInterface>
+#include <QTest>
+#include <QToolButton>
+
+namespace morvane {
+namespace {
+
+class ChatScrollViewAccessibleTest : public ConversationFixture {
+protected:
+    QStringList names()
+    {
+        QStringList names;
+        for (int i = 0; i < accessible()->childCount(); ++i) {
+            names += accessible()->child(i)->text(QAccessible::Name);
+        }
+        return names;
+    }
+
+    QAccessibleActionInterface *actions(int row) { return accessibleRow(row)->actionInterface(); }
+};
+
+TEST_F(ChatScrollViewAccessibleTest, RowsStandInOrderWithTheActivityAboveTheAnswer)
+{
+    say(Role::user, QStringLiteral("Hello"));
+    startAnswer(QStringLiteral("Partial"));
+    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    show();
+    const QStringList all = names();
+    ASSERT_EQ(all.size(), 4);
+    EXPECT_EQ(all[0], QStringLiteral("You said Hello"));
+    EXPECT_EQ(all[1], QStringLiteral("Activity, 1 steps"));
+    EXPECT_TRUE(all[2].startsWith(QStringLiteral("Running: a tool")));
+    EXPECT_EQ(all[3], QStringLiteral("Morvane is responding"));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, EveryRowExistsWhetherInSightOrNot)
+{
+    transcript.reset(dialogue(5000));
+    show();
+    EXPECT_EQ(accessible()->role(), QAccessible::List);
+    EXPECT_EQ(accessible()->text(QAccessible::Name), QStringLiteral("Conversation"));
+    EXPECT_EQ(accessible()->childCount(), 5000);
+    EXPECT_TRUE(accessibleRow(0)->text(QAccessible::Name).startsWith(QStringLiteral("You said Message 0.")));
+    EXPECT_TRUE(accessibleRow(0)->state().offscreen);
+    EXPECT_FALSE(accessibleRow(4999)->state().offscreen);
+    EXPECT_LT(view.rows().documentCount(), 64);
+}
+
+TEST_F(ChatScrollViewAccessibleTest, RowsKnowTheirPlaceAndTheirParent)
+{
+    transcript.reset(dialogue(20));
+    show();
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(accessible()->indexOfChild(accessibleRow(i)), i);
+        EXPECT_EQ(accessibleRow(i)->parent(), accessible());
+        EXPECT_EQ(accessibleRow(i), accessibleRow(i));
+    }
+    EXPECT_EQ(accessible()->child(20), nullptr);
+}
+
+TEST_F(ChatScrollViewAccessibleTest, AMessageIsOneElementWithTwoNamedActions)
+{
+    say(Role::assistant, QStringLiteral("**Bold** answer"));
+    show();
+    QAccessibleInterface *row = accessibleRow(0);
+    EXPECT_EQ(row->role(), QAccessible::ListItem);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("Morvane said **Bold** answer"));
+    EXPECT_EQ(row->text(QAccessible::Description),
+              QStringLiteral("Accessibility actions: copy, read again."));
+    EXPECT_EQ(actions(0)->actionNames(), (QStringList{QStringLiteral("Copy"), QStringLiteral("Read again")}));
+    EXPECT_EQ(row->childCount(), 0);
+    EXPECT_EQ(row->textInterface(), nullptr);
+    EXPECT_TRUE(row->text(QAccessible::Value).isEmpty());
+}
+
+TEST_F(ChatScrollViewAccessibleTest, CopyPutsTheTextOnTheClipboard)
+{
+    say(Role::assistant, QStringLiteral("**Bold** answer"));
+    show();
+    actions(0)->doAction(QStringLiteral("Copy"));
+    EXPECT_EQ(clipboard(), QStringLiteral("**Bold** answer"));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, ReadAgainSpeaksTheText)
+{
+    say(Role::assistant, QStringLiteral("The answer"));
+    show();
+    actions(0)->doAction(QStringLiteral("Read again"));
+    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("The answer")});
+}
+
+TEST_F(ChatScrollViewAccessibleTest, ReadAgainOfAnEmptyMessageSaysSo)
+{
+    say(Role::assistant, QString());
+    show();
+    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), QStringLiteral("Morvane said No text"));
+    actions(0)->doAction(QStringLiteral("Read again"));
+    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("There is no text to read.")});
+}
+
+TEST_F(ChatScrollViewAccessibleTest, AStepCanOnlyBeCopied)
+{
+    startAnswer();
+    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    show();
+    EXPECT_EQ(accessibleRow(1)->text(QAccessible::Description),
+              QStringLiteral("Accessibility action: copy."));
+    EXPECT_EQ(actions(1)->actionNames(), QStringList{QStringLiteral("Copy")});
+    actions(1)->doAction(QStringLiteral("Read again"));
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    actions(1)->doAction(QStringLiteral("Copy"));
+    EXPECT_EQ(clipboard(), QStringLiteral("Running: a tool"));
+    EXPECT_EQ(accessibleRow(0)->role(), QAccessible::Heading);
+    EXPECT_EQ(actions(0), nullptr);
+}
+
+TEST_F(ChatScrollViewAccessibleTest, ARowKeepsItsElementWhileOthersAreAddedAroundIt)
+{
+    say(Role::user, QStringLiteral("Hello"));
+    startAnswer(QStringLiteral("Partial"));
+    show();
+    QAccessibleInterface *answer = accessibleRow(1);
+    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    EXPECT_EQ(accessible()->indexOfChild(answer), 3);
+    EXPECT_EQ(accessibleRow(3), answer);
+    endAnswer();
+    EXPECT_EQ(answer->text(QAccessible::Name), QStringLiteral("Morvane said Partial"));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, AnErrorIsPartOfTheRow)
+{
+    startAnswer();
+    show();
+    transcript.setErrorMessage(0, QStringLiteral("No network."));
+    endAnswer();
+    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), QStringLiteral("Morvane said  Error: No network."));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, TheCopyButtonsOfCodeInSightFollowTheRows)
+{
+    say(Role::assistant, QStringLiteral("Code:\n```sh\nls -l\n```\nand\n```\ncat x\n```"));
+    show();
+    ASSERT_EQ(accessible()->childCount(), 3);
+    QAccessibleInterface *button = accessible()->child(2);
+    EXPECT_EQ(button->text(QAccessible::Name), QStringLiteral("Copy code"));
+    EXPECT_EQ(button->role(), QAccessible::PushButton);
+    EXPECT_EQ(accessible()->indexOfChild(button), 2);
+    EXPECT_EQ(button->parent(), accessible());
+    button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(QTest::qWaitFor([] { return clipboard() == QStringLiteral("cat x"); }));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, TheElementUnderAPointIsTheRowDrawnThere)
+{
+    transcript.reset(dialogue(10));
+    show();
+    const QPoint point = view.viewport()->mapToGlobal(view.rowRect(9).center());
+    EXPECT_EQ(accessible()->childAt(point.x(), point.y()), accessibleRow(9));
+    EXPECT_TRUE(accessibleRow(9)->rect().contains(point));
+}
+
+TEST_F(ChatScrollViewAccessibleTest, AnElementOfAConversationThatIsGoneIsInvalid)
+{
+    transcript.reset(dialogue(5));
+    show();
+    QAccessibleInterface *row = accessibleRow(4);
+    ASSERT_TRUE(row->isValid());
+    const QAccessible::Id id = QAccessible::uniqueId(row);
+    transcript.reset({});
+    EXPECT_EQ(QAccessible::accessibleInterface(id), nullptr);
+    EXPECT_EQ(accessible()->childCount(), 0);
+}
+
+} // namespace
+} // namespace morvane

@@ -1,0 +1,240 @@
+#include "ConversationFixture.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+#include <QToolButton>
+#include <QUrl>
+
+namespace morvane {
+namespace {
+
+class ChatScrollViewInputTest : public ConversationFixture {
+protected:
+    ChatScrollViewInputTest()
+    {
+        view.setLinkOpener([this](const QUrl &url) { opened += url.toString(); });
+    }
+
+    void showWithFocus()
+    {
+        show();
+        view.setFocus(Qt::TabFocusReason);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return view.hasFocus(); }));
+    }
+
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(&view, key, modifiers);
+    }
+
+    QMenu *menu() const { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }
+
+    /// A place in the middle of the first word of a row's first line.
+    QPoint textOf(qsizetype row) const
+    {
+        const ConversationItem item = view.content().item(row);
+        const RowFrame frame = view.rows().rowFrame(item);
+        return {frame.left + 12, view.rowRect(row).top() + frame.top + view.rows().style().lineHeight / 2};
+    }
+
+    QStringList opened;
+};
+
+TEST_F(ChatScrollViewInputTest, TabReachesTheNewestRow)
+{
+    transcript.reset(dialogue(10));
+    showWithFocus();
+    EXPECT_EQ(view.currentRow(), 9);
+    EXPECT_TRUE(view.focusPolicy() & Qt::TabFocus);
+}
+
+TEST_F(ChatScrollViewInputTest, ArrowsMoveRowByRow)
+{
+    transcript.reset(dialogue(50));
+    showWithFocus();
+    press(Qt::Key_Up);
+    EXPECT_EQ(view.currentRow(), 48);
+    press(Qt::Key_Up);
+    press(Qt::Key_Down);
+    EXPECT_EQ(view.currentRow(), 48);
+    for (int i = 0; i < 100; ++i) {
+        press(Qt::Key_Up);
+        ASSERT_TRUE(view.rowRect(view.currentRow()).intersects(view.viewport()->rect()));
+    }
+    EXPECT_EQ(view.currentRow(), 0);
+}
+
+TEST_F(ChatScrollViewInputTest, HomeAndEndGoToTheFirstAndTheLastRow)
+{
+    transcript.reset(dialogue(500));
+    showWithFocus();
+    press(Qt::Key_Home);
+    EXPECT_EQ(view.currentRow(), 0);
+    EXPECT_TRUE(view.viewport()->rect().contains(view.rowRect(0)));
+    press(Qt::Key_End);
+    EXPECT_EQ(view.currentRow(), 499);
+    EXPECT_EQ(remaining(), 0);
+    EXPECT_TRUE(view.isNearBottom());
+}
+
+TEST_F(ChatScrollViewInputTest, PagesScrollAndTakeTheFocusAlong)
+{
+    transcript.reset(dialogue(100));
+    showWithFocus();
+    const int before = offset();
+    press(Qt::Key_PageUp);
+    EXPECT_LT(offset(), before);
+    EXPECT_LT(view.currentRow(), 99);
+    EXPECT_TRUE(view.rowRect(view.currentRow()).intersects(view.viewport()->rect()));
+    press(Qt::Key_PageDown);
+    EXPECT_TRUE(view.rowRect(view.currentRow()).intersects(view.viewport()->rect()));
+}
+
+TEST_F(ChatScrollViewInputTest, PagesReadARowThatIsTallerThanTheWindow)
+{
+    say(Role::assistant, QStringLiteral("A line.\n\n").repeated(200));
+    showWithFocus();
+    press(Qt::Key_Home);
+    const int top = offset();
+    press(Qt::Key_PageDown);
+    EXPECT_GT(offset(), top + view.viewport()->height() / 2);
+    EXPECT_EQ(view.currentRow(), 0);
+}
+
+TEST_F(ChatScrollViewInputTest, TheRowWithTheKeyboardIsTheFocusedElement)
+{
+    transcript.reset(dialogue(10));
+    showWithFocus();
+    press(Qt::Key_Up);
+    EXPECT_TRUE(accessibleRow(8)->state().focused);
+    EXPECT_TRUE(accessibleRow(8)->state().focusable);
+    EXPECT_FALSE(accessibleRow(9)->state().focused);
+    EXPECT_EQ(accessible()->focusChild(), accessibleRow(8));
+}
+
+TEST_F(ChatScrollViewInputTest, ControlCCopiesTheRow)
+{
+    transcript.reset(dialogue(10));
+    showWithFocus();
+    press(Qt::Key_Up);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), transcript.messages().at(8).text);
+}
+
+TEST_F(ChatScrollViewInputTest, ReturnOffersCopyAndReadAgain)
+{
+    say(Role::assistant, QStringLiteral("The answer"));
+    showWithFocus();
+    press(Qt::Key_Return);
+    ASSERT_NE(menu(), nullptr);
+    const auto offered = menu()->actions();
+    ASSERT_EQ(offered.size(), 2);
+    EXPECT_EQ(offered[0]->text(), QStringLiteral("Copy"));
+    EXPECT_EQ(offered[1]->text(), QStringLiteral("Read again"));
+    offered[1]->trigger();
+    menu()->close();
+    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("The answer")});
+}
+
+TEST_F(ChatScrollViewInputTest, SpaceAndTheContextMenuOfferTheSame)
+{
+    say(Role::assistant, QStringLiteral("The answer"));
+    showWithFocus();
+    press(Qt::Key_Space);
+    ASSERT_NE(menu(), nullptr);
+    menu()->close();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return menu() == nullptr; }));
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+    QApplication::sendEvent(&view, &event);
+    ASSERT_NE(menu(), nullptr);
+    EXPECT_EQ(menu()->actions().size(), 2);
+    menu()->close();
+}
+
+TEST_F(ChatScrollViewInputTest, TheMenuOpensTheRowsLinks)
+{
+    say(Role::assistant, QStringLiteral("See [this](https://example.com/a&b) and [that](javascript:x)."));
+    showWithFocus();
+    press(Qt::Key_Return);
+    ASSERT_NE(menu(), nullptr);
+    ASSERT_EQ(menu()->actions().size(), 3);
+    menu()->actions()[2]->trigger();
+    menu()->close();
+    EXPECT_EQ(opened, QStringList{QStringLiteral("https://example.com/a&b")});
+}
+
+TEST_F(ChatScrollViewInputTest, APressOnALinkOpensIt)
+{
+    say(Role::assistant, QStringLiteral("[linked words](https://example.com/)"));
+    show();
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    EXPECT_EQ(opened, QStringList{QStringLiteral("https://example.com/")});
+}
+
+TEST_F(ChatScrollViewInputTest, ALinkInTheUsersOwnTextIsText)
+{
+    say(Role::user, QStringLiteral("[linked words](https://example.com/)"));
+    show();
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    EXPECT_TRUE(opened.isEmpty());
+}
+
+TEST_F(ChatScrollViewInputTest, ADoubleClickSelectsAWordForCopying)
+{
+    say(Role::assistant, QStringLiteral("several words"));
+    show();
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    EXPECT_EQ(view.selectedText(), QStringLiteral("several"));
+    view.copy();
+    EXPECT_EQ(clipboard(), QStringLiteral("several"));
+}
+
+TEST_F(ChatScrollViewInputTest, SelectAllTakesTheWholeRowAcrossItsSegments)
+{
+    const QString text = QStringLiteral("token ").repeated(3000).trimmed();
+    say(Role::user, text);
+    showWithFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(view.selectedText(), text);
+}
+
+TEST_F(ChatScrollViewInputTest, SelectedCodeHasNoFenceLines)
+{
+    say(Role::assistant, QStringLiteral("Before\n\n```sh\nls -l\n```\n\n> after"));
+    showWithFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(view.selectedText(), QStringLiteral("Before\nls -l\nafter"));
+}
+
+TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTab)
+{
+    say(Role::assistant, QStringLiteral("```\none\n```"));
+    say(Role::user, QStringLiteral("and"));
+    say(Role::assistant, QStringLiteral("```\ntwo\n```"));
+    showWithFocus();
+    ASSERT_EQ(view.codeButtons().size(), 2);
+    EXPECT_EQ(view.currentRow(), 2);
+    EXPECT_EQ(view.codeButtons()[0]->focusPolicy(), Qt::NoFocus);
+    EXPECT_EQ(view.codeButtons()[1]->focusPolicy(), Qt::TabFocus);
+    press(Qt::Key_Home);
+    EXPECT_EQ(view.codeButtons()[0]->focusPolicy(), Qt::TabFocus);
+    EXPECT_EQ(view.codeButtons()[1]->focusPolicy(), Qt::NoFocus);
+}
+
+TEST_F(ChatScrollViewInputTest, AnEmptyConversationTakesEveryKey)
+{
+    showWithFocus();
+    for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp,
+                              Qt::Key_PageDown, Qt::Key_Return, Qt::Key_Space}) {
+        press(key);
+    }
+    press(Qt::Key_C, Qt::ControlModifier);
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(view.currentRow(), -1);
+}
+
+} // namespace
+} // namespace morvane
