@@ -36,12 +36,11 @@ namespace {
 /// How long tasks may take to end with the program; what is slower is dropped.
 constexpr std::chrono::milliseconds shutdownLimit{1000};
 
-/// What the desktop left in the environment for the window of this start. Taken out, so that programs which
-/// Morvane starts do not use it a second time.
-ActivationToken takeActivationToken()
+/// What the desktop left in the environment for the window of this start. The application object takes the
+/// variables out later, so that programs which Morvane starts do not use them a second time.
+ActivationToken activationToken()
 {
-    ActivationToken token{qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
-    return token;
+    return {qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
 }
 
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
@@ -108,7 +107,7 @@ int main(int argc, char **argv)
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
 
     LinuxSingleInstance instance(dataFolder());
-    switch (instance.claim(takeActivationToken())) {
+    switch (instance.claim(activationToken())) {
     case SingleInstance::Claim::first:
         break;
     case SingleInstance::Claim::handedOver:

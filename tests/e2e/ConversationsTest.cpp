@@ -69,14 +69,16 @@ TEST_F(ConversationsTest, AnotherConversationIsOpenedFromTheList)
     }));
     EXPECT_TRUE(older->name().endsWith(QLatin1String(", 2 messages"))) << older->name().toStdString();
     // Tab goes round to the list, whose rows the arrow keys reach and Return opens.
-    ASSERT_TRUE(waitUntil([&] {
-        const auto focused = morvane.program().focused();
-        if (focused && focused->name.startsWith(QLatin1String("Open "))) {
-            return true;
-        }
+    auto focused = morvane.program().focused();
+    for (int stop = 0; stop < 20 && focused && !focused->name.startsWith(QLatin1String("Open ")); ++stop) {
+        const QString before = focused->element.path();
         morvane.keyboard().press(QStringLiteral("Tab"));
-        return false;
-    }));
+        ASSERT_TRUE(waitUntil([&] {
+            focused = morvane.program().focused();
+            return focused && focused->element.path() != before;
+        }));
+    }
+    ASSERT_TRUE(focused && focused->name.startsWith(QLatin1String("Open ")));
     morvane.keyboard().press(QStringLiteral("End"));
     morvane.keyboard().press(QStringLiteral("Return"));
     EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Opened Scripted title.")));
