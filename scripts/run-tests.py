@@ -2,7 +2,7 @@
 """run-tests.py BUILD_FOLDER [FILTER]: runs the test programs that ctest knows and counts single tests.
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests.
-Programs without a GoogleTest report count as one test. The last line is "N passed, N failed".
+Programs that are no GoogleTest program (labelled "plain") or leave no report count as one test. The last line is "N passed, N failed".
 """
 
 import json
@@ -26,6 +26,7 @@ def ctest_entries(build):
                 "name": test["name"],
                 "command": test.get("command"),
                 "folder": properties.get("WORKING_DIRECTORY", build),
+                "plain": "plain" in properties.get("LABELS", []),
                 "timeout": float(properties.get("TIMEOUT", 300)),
                 "environment": dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", [])),
             }
@@ -37,7 +38,7 @@ def selection(entry, wanted):
     """The GoogleTest filter for this program, or None when nothing of it is wanted."""
     if wanted.lower() in entry["name"].lower():
         return "*"
-    if not entry["command"]:
+    if not entry["command"] or entry["plain"]:
         return None
     listing = subprocess.run(entry["command"] + ["--gtest_list_tests"], capture_output=True, text=True)
     suite, found = "", []
@@ -55,7 +56,9 @@ def run(entry, gtest_filter):
         return 0, [entry["name"] + " (not built)"]
     with tempfile.TemporaryDirectory() as folder:
         report = os.path.join(folder, "report.xml")
-        command = entry["command"] + [f"--gtest_filter={gtest_filter}", f"--gtest_output=xml:{report}"]
+        command = entry["command"]
+        if not entry["plain"]:
+            command = command + [f"--gtest_filter={gtest_filter}", f"--gtest_output=xml:{report}"]
         environment = {**os.environ, **entry["environment"]}
         started = time.monotonic()
         with open(os.path.join(folder, "output"), "w+b") as output:

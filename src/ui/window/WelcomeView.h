@@ -19,11 +19,14 @@ public:
 Q_SIGNALS:
     void settingsRequested();
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     void updateState();
 
     AppModel &m_model;
-    QWidget *m_settings;
+    QWidget *m_settings = nullptr;
     QWidget *m_localModel;
 };
 
