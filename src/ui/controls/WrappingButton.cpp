@@ -1,6 +1,7 @@
 #include "ui/controls/WrappingButton.h"
 
 #include "ui/controls/WrappedText.h"
+#include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QEvent>
@@ -18,6 +19,7 @@ constexpr int horizontalPadding = 14;
 constexpr int verticalPadding = 8;
 /// Room for some words on a line before the layout has to give way.
 constexpr int leastCharacters = 12;
+constexpr qreal focusRadius = 7;
 
 } // namespace
 
@@ -65,7 +67,7 @@ void WrappingButton::paintEvent(QPaintEvent *)
     QStylePainter painter(this);
     QStyleOptionButton option;
     initStyleOption(&option);
-    painter.drawControl(QStyle::CE_PushButton, option);
+    painter.drawControl(QStyle::CE_PushButtonBevel, option);
 
     const bool isProminent = isEnabled() && option.features.testFlag(QStyleOptionButton::DefaultButton);
     painter.setPen(isProminent ? ThemeColors::fromPalette(palette()).onAccent
@@ -73,6 +75,9 @@ void WrappingButton::paintEvent(QPaintEvent *)
     const auto alignment = m_alignment == Alignment::leading ? Qt::AlignLeft : Qt::AlignHCenter;
     WrappedText{m_label, font(), maximumLines}.draw(
         painter, rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0), alignment);
+    // The style marks the focus only once Tab was pressed, but a sheet brings the focus with it.
+    if (hasFocus())
+        MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
 }
 
 void WrappingButton::resizeEvent(QResizeEvent *event)

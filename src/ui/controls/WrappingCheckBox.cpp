@@ -1,11 +1,12 @@
 #include "ui/controls/WrappingCheckBox.h"
 
 #include "ui/controls/WrappedText.h"
+#include "ui/theme/Icons.h"
 #include "ui/theme/MorvaneStyle.h"
+#include "ui/theme/ThemeColors.h"
 
 #include <QPainter>
-#include <QStyleOptionButton>
-#include <QStylePainter>
+#include <QStyle>
 #include <algorithm>
 
 namespace morvane {
@@ -17,6 +18,7 @@ constexpr int padding = 4;
 constexpr int spacing = 8;
 constexpr int leastCharacters = 12;
 constexpr qreal focusRadius = 5;
+constexpr qreal boxRadius = 4;
 
 } // namespace
 
@@ -58,18 +60,28 @@ int WrappingCheckBox::heightForWidth(int width) const
            2 * padding;
 }
 
+void WrappingCheckBox::drawBox(QPainter &painter, const QRect &box) const
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(isChecked() ? colors.accent : colors.controlBorder);
+    painter.setBrush(isChecked() ? colors.accent : isDown() || underMouse() ? colors.hover : colors.surface);
+    painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), boxRadius, boxRadius);
+    if (isChecked())
+        painter.drawPixmap(box.topLeft(),
+                           symbolPixmap(Symbol::check, box.width(), colors.onAccent, devicePixelRatioF()));
+    painter.restore();
+}
+
 void WrappingCheckBox::paintEvent(QPaintEvent *)
 {
-    QStylePainter painter(this);
-    QStyleOptionButton option;
-    initStyleOption(&option);
-
+    QPainter painter(this);
     const int side = boxSide();
     const int lineHeight = fontMetrics().lineSpacing();
     QRect box(padding, padding + std::max(0, lineHeight - side) / 2, side, side);
     QRect label = rect().adjusted(textOffset(), padding, -padding, -padding);
-    option.rect = QStyle::visualRect(layoutDirection(), rect(), box);
-    painter.drawPrimitive(QStyle::PE_IndicatorCheckBox, option);
+    drawBox(painter, QStyle::visualRect(layoutDirection(), rect(), box));
 
     painter.setPen(palette().color(QPalette::WindowText));
     WrappedText{text(), font(), maximumLines}.draw(

@@ -20,6 +20,7 @@ protected:
     bool hitButton(const QPoint &position) const override { return rect().contains(position); }
 
 private:
+    void drawBox(QPainter &painter, const QRect &box) const;
     int boxSide() const;
     int textOffset() const;
 };

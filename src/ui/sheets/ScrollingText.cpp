@@ -13,6 +13,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QtMath>
 #include <algorithm>
 
 namespace morvane {
@@ -22,6 +23,8 @@ namespace {
 constexpr int frame = 3;
 constexpr int documentMargin = 6;
 constexpr int spacing = 4;
+/// The field counts a line as seen only if a pixel is left below it.
+constexpr int slack = 2;
 constexpr int leastRows = 3;
 /// More rows than a screen holds; what lies beyond needs no exact height.
 constexpr int mostRows = 200;
@@ -108,22 +111,21 @@ int ScrollingText::naturalHeight(int width) const
     const QFont font = fontOf(m_style);
     const int room = std::max(1, width - 2 * (frame + documentMargin));
     int rows = 0;
+    qreal height = 0;
     for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
          block = block.next()) {
         QTextLayout layout(block.text().left(longestMeasured), font);
         layout.setTextOption(m_field->document()->defaultTextOption());
         layout.beginLayout();
-        int lines = 0;
-        for (QTextLine line = layout.createLine(); line.isValid() && rows + lines < mostRows;
-             line = layout.createLine()) {
+        for (QTextLine line = layout.createLine(); line.isValid() && rows < mostRows;
+             line = layout.createLine(), ++rows) {
             line.setLineWidth(room);
-            ++lines;
+            height += line.height();
         }
         layout.endLayout();
-        rows += std::max(1, lines);
     }
     m_measuredWidth = width;
-    m_measuredHeight = rows * QFontMetrics(font).lineSpacing() + 2 * (frame + documentMargin);
+    m_measuredHeight = qCeil(height) + 2 * (frame + documentMargin) + slack;
     return m_measuredHeight;
 }
 

@@ -184,7 +184,7 @@ void Sheet::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     QColor shade = Qt::black;
-    shade.setAlphaF(ThemeColors::fromPalette(palette()).isDark() ? 0.6F : 0.4F);
+    shade.setAlphaF(ThemeColors::fromPalette(palette()).isDark() ? 0.5F : 0.4F);
     painter.fillRect(rect(), shade);
 }
 

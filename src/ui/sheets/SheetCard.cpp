@@ -17,7 +17,7 @@ namespace {
 
 constexpr int padding = 22;
 constexpr int spacing = 14;
-constexpr int charactersAcross = 72;
+constexpr int charactersAcross = 84;
 constexpr qreal radius = 12;
 
 } // namespace

@@ -165,6 +165,9 @@ QRect MorvaneStyle::subElementRect(SubElement element, const QStyleOption *optio
     if (element == SE_PushButtonFocusRect) {
         return option->rect;
     }
+    if (element == SE_LineEditContents) {
+        return QProxyStyle::subElementRect(element, option, widget).adjusted(4, 0, -4, 0);
+    }
     return QProxyStyle::subElementRect(element, option, widget);
 }
 

@@ -3,6 +3,7 @@
 #include "support/AppFixture.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPlainTextEdit>
@@ -51,7 +52,7 @@ protected:
     {
         return QAccessible::queryAccessibleInterface(widget);
     }
-    QWidget *focus() const { return window->focusWidget(); }
+    QWidget *focus() const { return QApplication::focusWidget(); }
 
     std::chrono::steady_clock::time_point now{std::chrono::hours(1)};
     std::unique_ptr<QMainWindow> window;
