@@ -298,6 +298,13 @@ TEST_F(ShellToolTest, AThousandRunsLeaveNeitherZombiesNorDescriptors)
     EXPECT_EQ(children(), "");
 }
 
+/// Kilobytes. The address sanitizer holds freed blocks back for a while, so there the peak shows them too.
+#if __has_feature(address_sanitizer)
+constexpr qint64 allowedGrowth = 32'000;
+#else
+constexpr qint64 allowedGrowth = 8'000;
+#endif
+
 TEST_F(ShellToolTest, AHundredMegabytesOfOutputDoNotGrowTheProgram)
 {
     run("head -c 3000000 /dev/zero | tr '\\0' x");
@@ -307,7 +314,7 @@ TEST_F(ShellToolTest, AHundredMegabytesOfOutputDoNotGrowTheProgram)
     reset.write("5"); // the peak counts from here
     reset.close();
     EXPECT_EQ(run("head -c 100000000 /dev/zero | tr '\\0' x"), QString(4000, 'x'));
-    EXPECT_LT(statusKilobytes("VmHWM") - before, 8'000);
+    EXPECT_LT(statusKilobytes("VmHWM") - before, allowedGrowth);
 }
 
 } // namespace
