@@ -17,9 +17,9 @@ inline constexpr unsigned privateFile = 0600;
 
 /// Replaces the file at `path` as a whole: a reader sees the old content or the new one, never a mixture, and
 /// when writing fails the old file stands as it was. A temporary file in the same folder, with exactly the
-/// given permission bits, is renamed over it; it is removed when the write fails. A symbolic link is followed.
-/// The folder must exist. Fails with the system's reason ("No space left on device"); only a failure to bring
-/// the new name to the disk comes after the content was replaced. Any thread; blocks.
+/// given permission bits, is renamed over it; it is removed when the write fails. A symbolic link is
+/// followed. The folder must exist. Fails with the system's reason ("No space left on device"); only a
+/// failure to bring the new name to the disk comes after the content was replaced. Any thread; blocks.
 std::expected<void, QString> writeFileAtomically(const QString &path, QByteArrayView bytes,
                                                  Durability durability = Durability::powerLoss,
                                                  unsigned permissions = privateFile);

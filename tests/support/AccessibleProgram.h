@@ -24,8 +24,8 @@ public:
     ChildProcess &process() { return m_process; }
     AccessibleNode tree() const;
 
-    /// The first object that is not hidden and has this name, and this role if one is given. It may lie outside
-    /// of what is scrolled into sight.
+    /// The first object that is not hidden and has this name, and this role if one is given. It may lie
+    /// outside of what is scrolled into sight.
     AccessibleElement find(const QString &name, AccessibleRole role = AccessibleRole::invalid) const;
     /// The first object that is not hidden and fulfils `wanted`; `what` is for the error.
     AccessibleElement find(const Condition &wanted, const QString &what) const;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/SingleInstance.h"
 #include "base/FileDescriptor.h"
+#include "platform/SingleInstance.h"
 
 #include <QString>
 #include <chrono>
