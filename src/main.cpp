@@ -5,6 +5,7 @@
 #include "app/UpdatePort.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
+#include "base/AtomicFile.h"
 #include "base/DataFolders.h"
 #include "localmodel/MacInfo.h"
 #include "localmodel/OllamaRuntime.h"
@@ -28,6 +29,7 @@
 #include <QTimer>
 #include <cstdio>
 #include <optional>
+#include <tuple>
 
 using namespace morvane;
 
@@ -106,6 +108,8 @@ int main(int argc, char **argv)
     // A screen reader that is started later never sees a program that was silent at its start.
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
 
+    // Narrows a folder that an older version or a careless hand left open; a failure shows where it is used.
+    std::ignore = ensurePrivateFolder(dataFolder());
     LinuxSingleInstance instance(dataFolder());
     switch (instance.claim(activationToken())) {
     case SingleInstance::Claim::first:
