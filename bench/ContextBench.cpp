@@ -1,0 +1,79 @@
+// What the bookkeeping of the context costs before each turn: trimming of a context of 1 MB with many tool
+// results, and rebuilding it from a long conversation. Prints JSON.
+
+#include "app/ContextTrimming.h"
+#include "model/APIMessage.h"
+#include "model/ChatMessage.h"
+
+#include <QElapsedTimer>
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+using namespace morvane;
+
+namespace {
+
+constexpr int entries = 1000;
+constexpr qsizetype bytesEach = 1024;
+constexpr int runs = 51;
+
+/// Median of the runs in milliseconds.
+double medianMilliseconds(const std::function<void()> &work)
+{
+    std::vector<double> times;
+    for (int run = 0; run < runs; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    return times[runs / 2];
+}
+
+QList<APIMessage> toolContext(const QString &text)
+{
+    QList<APIMessage> context{{APIMessage::User{QStringLiteral("Begin."), {}}}};
+    for (int entry = 0; entry < entries / 2; ++entry) {
+        const QString id = QString::number(entry);
+        context.append({APIMessage::FunctionCall{id, QStringLiteral("read_file"), {}, std::nullopt}});
+        context.append({APIMessage::FunctionResponse{id, QStringLiteral("read_file"), text + text}});
+    }
+    return context;
+}
+
+QList<ChatMessage> conversation(const QString &text)
+{
+    QList<ChatMessage> messages;
+    for (int row = 0; row < entries; ++row) {
+        ChatMessage message;
+        message.role = row % 2 == 0 ? Role::user : Role::assistant;
+        message.text = text;
+        messages.append(message);
+    }
+    return messages;
+}
+
+} // namespace
+
+int main()
+{
+    const QString ascii(bytesEach, QLatin1Char('a'));
+    const QString mixed = QStringLiteral("Grüße, 世界! ").repeated(bytesEach / 12);
+    const QList<APIMessage> asciiContext = toolContext(ascii);
+    const QList<APIMessage> mixedContext = toolContext(mixed);
+    const QList<ChatMessage> messages = conversation(ascii);
+    qsizetype kept = 0;
+    const auto trim = [&kept](const QList<APIMessage> &context) {
+        kept += trimmedAPIContext(context, ProviderID::openai).size();
+    };
+    std::printf("{\"entries\": %d, \"trim_1mb_ascii_ms\": %.3f, \"trim_1mb_mixed_ms\": %.3f, "
+                "\"rebuild_1mb_ms\": %.3f, \"kept\": %lld}\n",
+                entries, medianMilliseconds([&] { trim(asciiContext); }),
+                medianMilliseconds([&] { trim(mixedContext); }),
+                medianMilliseconds([&] { kept += apiContext(messages).size(); }),
+                static_cast<long long>(kept));
+    return 0;
+}
