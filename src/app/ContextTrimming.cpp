@@ -67,38 +67,42 @@ qsizetype costOf(const APIMessage &message, qsizetype limit)
     return std::visit([limit](const auto &entry) { return costOf(entry, limit); }, message.entry);
 }
 
-void shortenToolResults(QList<APIMessage> &context)
+/// A result that was shortened before is left alone, so that an unchanged context stays shared.
+void shortenToolResult(QList<APIMessage> &context, qsizetype index)
 {
-    for (qsizetype i = 0; i < context.size(); ++i) {
-        const auto *const response = std::get_if<APIMessage::FunctionResponse>(&context.at(i).entry);
-        if (!response)
-            continue;
-        const QString &content = response->content;
-        const qsizetype kept = characterOffset(content, toolResultLimit);
-        // A result that was shortened before is left alone, so that an unchanged context stays shared.
-        if (kept == content.size() || QStringView(content).sliced(kept) == toolResultMarker)
-            continue;
-        APIMessage::FunctionResponse shortened{response->id, response->name,
-                                               content.first(kept) + toolResultMarker};
-        context[i].entry = std::move(shortened);
-    }
+    const auto *const response = std::get_if<APIMessage::FunctionResponse>(&context.at(index).entry);
+    if (!response)
+        return;
+    const QString &content = response->content;
+    const qsizetype kept = characterOffset(content, toolResultLimit);
+    if (kept == content.size() || QStringView(content).sliced(kept) == toolResultMarker)
+        return;
+    APIMessage::FunctionResponse shortened{response->id, response->name,
+                                           content.first(kept) + toolResultMarker};
+    context[index].entry = std::move(shortened);
 }
 
 struct Cut {
     bool overBudget = false;
     qsizetype keepFrom = 0; ///< The first entry that fits into the keep target together with all newer ones.
+    qsizetype shortenedFrom = 0; ///< Older tool results are as they came.
 };
 
-Cut findCut(const QList<APIMessage> &context, qsizetype budget)
+/// Shortens tool results on the way, and goes no further back than the budget reaches: what is older is cut,
+/// however long it is.
+Cut shortenAndFindCut(QList<APIMessage> &context, qsizetype budget)
 {
     const qsizetype target = keepTarget(budget);
     Cut cut;
     qsizetype sum = 0;
-    for (qsizetype i = context.size() - 1; i >= 0 && sum <= budget; --i) {
+    cut.shortenedFrom = context.size();
+    while (cut.shortenedFrom > 0 && sum <= budget) {
+        const qsizetype index = --cut.shortenedFrom;
         const bool fitted = sum <= target;
-        sum += costOf(context.at(i), budget);
+        shortenToolResult(context, index);
+        sum += costOf(context.at(index), budget);
         if (fitted && sum > target)
-            cut.keepFrom = i + 1;
+            cut.keepFrom = index + 1;
     }
     cut.overBudget = sum > budget;
     return cut;
@@ -147,13 +151,13 @@ QList<APIMessage> trimmedAPIContext(QList<APIMessage> context, ProviderID provid
 {
     if (context.isEmpty())
         return context;
-    shortenToolResults(context);
-
     const qsizetype budget = contextBudget(provider);
-    const Cut cut = findCut(context, budget);
+    const Cut cut = shortenAndFindCut(context, budget);
     if (!cut.overBudget)
         return context;
     if (cut.keepFrom == context.size()) {
+        for (qsizetype index = 0; index < cut.shortenedFrom; ++index)
+            shortenToolResult(context, index);
         shortenNewest(context.last(), keepTarget(budget));
         return context;
     }
