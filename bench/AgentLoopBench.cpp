@@ -108,7 +108,7 @@ struct Agent {
                          browserWindow,
                          updates,
                          localModel,
-                         [this](AIToolCall call) { return tools.execute(std::move(call)); },
+                         [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
                          [] { return QStringLiteral("A benchmark."); }};
     AppModel model{services};
 };

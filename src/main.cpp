@@ -77,7 +77,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         browserWindow,
         updates,
         localModel,
-        [&tools](AIToolCall call) { return tools.execute(std::move(call)); },
+        [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
         [&machine, &machineFacts] {
             if (!machine)
                 machine = MacInfo::read(machineFacts);

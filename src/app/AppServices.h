@@ -1,7 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
-#include "model/AITool.h"
+#include "tools/ToolPermit.h"
 
 #include <QString>
 #include <functional>
@@ -32,7 +32,7 @@ struct AppServices {
     UpdatePort &updates;
     LocalModelRuntime &localModel;
     /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
-    std::function<Task<QString>(AIToolCall)> executeTool;
+    std::function<Task<QString>(ToolPermit)> executeTool;
     /// One sentence on the machine, for the system prompt.
     std::function<QString()> machineSummary;
 };

@@ -1,6 +1,7 @@
 #include "app/ApprovalGate.h"
 
 #include "app/ToolDescription.h"
+#include "app/ToolServerPort.h"
 #include "base/Uuid.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
@@ -17,19 +18,28 @@ bool ApprovalGate::requiresApproval(const AIToolCall &call) const
 {
     if (call.name == QLatin1String("run_shell_command"))
         return BuiltinTools::isDestructive(call);
-    if (call.name.startsWith(QLatin1String("mcp_")) || call.name == QLatin1String("write_file") ||
+    if (isToolServerCall(call) || call.name == QLatin1String("write_file") ||
         call.name == QLatin1String("edit_file"))
         return !m_settings.alwaysAllowedTools().contains(call.name);
     return false;
 }
 
-Task<bool> ApprovalGate::requestPermission(AIToolCall call)
+std::optional<ToolPermit> ApprovalGate::permitUnasked(AIToolCall call) const
+{
+    if (!isToolServerCall(call) && requiresApproval(call))
+        return std::nullopt;
+    return ToolPermit(std::move(call));
+}
+
+Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(AIToolCall call)
 {
     m_pending = PendingToolCall{newUuid(), call.name, describe(call), BuiltinTools::isDestructive(call)};
     const OneShot<bool> answer;
     m_permissionContinuation = answer;
     Q_EMIT pendingToolCallChanged();
-    co_return co_await answer.wait();
+    if (!co_await answer.wait())
+        co_return std::nullopt;
+    co_return ToolPermit(std::move(call));
 }
 
 void ApprovalGate::resolvePermission(bool allowed, bool alwaysAllow)

@@ -4,6 +4,7 @@
 #include "async/Task.h"
 #include "model/AITool.h"
 #include "model/PendingToolCall.h"
+#include "tools/ToolPermit.h"
 
 #include <QObject>
 #include <optional>
@@ -20,9 +21,13 @@ public:
 
     bool requiresApproval(const AIToolCall &call) const;
 
-    /// Shows the request and waits, without a time limit, for resolvePermission. Cancellation does not end
-    /// it.
-    Task<bool> requestPermission(AIToolCall call);
+    /// The permit of a call that runs unasked; nothing for a call that must ask. Tools of the user's own tool
+    /// servers always run unasked.
+    std::optional<ToolPermit> permitUnasked(AIToolCall call) const;
+
+    /// Shows the request and waits, without a time limit, for resolvePermission: the permit, or nothing for a
+    /// no. Cancellation does not end the wait.
+    Task<std::optional<ToolPermit>> requestPermission(AIToolCall call);
 
     /// Answers the pending request, if any. With `alwaysAllow` the tool's name is remembered, unless the
     /// call is destructive or denied.

@@ -28,19 +28,19 @@ ToolCallRunner::ToolCallRunner(const AppServices &services, Workspace &workspace
 
 Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
 {
-    const bool onServer = call.name.startsWith(QLatin1String("mcp_"));
-    if (!onServer) {
-        if (m_workspace.gate.requiresApproval(call)) {
-            if (!co_await approve(call, caller))
-                co_return Result{deniedResult, false};
-        } else if (changesTheComputer(call.name)) {
-            m_workspace.activity.log(QStringLiteral("Automatically allowed: ") + describe(call),
-                                     ActivityStep::Kind::info);
-        }
+    std::optional<ToolPermit> permit = m_workspace.gate.permitUnasked(call);
+    if (!permit) {
+        permit = co_await approve(call, caller);
+        if (!permit)
+            co_return Result{deniedResult, false};
+    } else if (changesTheComputer(call.name)) {
+        m_workspace.activity.log(QStringLiteral("Automatically allowed: ") + describe(call),
+                                 ActivityStep::Kind::info);
     }
     narrateStart(call, caller);
-    const QString result = onServer ? co_await m_services.toolServers.execute(call.name, call.arguments)
-                                    : co_await m_services.executeTool(call);
+    const QString result = isToolServerCall(call)
+                               ? co_await m_services.toolServers.execute(*std::move(permit))
+                               : co_await m_services.executeTool(*std::move(permit));
     m_workspace.activity.logResult(call, result,
                                    caller == Caller::subagent ? QStringLiteral("Subagent") : QString());
     co_return Result{result, true};
@@ -55,14 +55,14 @@ void ToolCallRunner::narrateStart(const AIToolCall &call, Caller caller)
         m_workspace.activity.log(line, ActivityStep::Kind::tool);
         return;
     }
-    m_workspace.status.setStatusText(call.name.startsWith(QLatin1String("mcp_"))
+    m_workspace.status.setStatusText(isToolServerCall(call)
                                          ? QStringLiteral("Running ") + call.name + QStringLiteral("…")
                                          : QStringLiteral("Running: ") + phrase);
     m_workspace.status.announceProgress(QStringLiteral("Assistant is running: ") + phrase + QLatin1Char('.'));
     m_workspace.activity.log(QStringLiteral("Running: ") + phrase, ActivityStep::Kind::tool);
 }
 
-Task<bool> ToolCallRunner::approve(AIToolCall call, Caller caller)
+Task<std::optional<ToolPermit>> ToolCallRunner::approve(AIToolCall call, Caller caller)
 {
     const bool subagent = caller == Caller::subagent;
     const QString phrase = describe(call);
@@ -75,15 +75,15 @@ Task<bool> ToolCallRunner::approve(AIToolCall call, Caller caller)
                                        : QStringLiteral("Waiting for approval to ")) +
                                  phrase,
                              ActivityStep::Kind::info);
-    const bool allowed = co_await m_workspace.gate.requestPermission(call);
-    if (allowed) {
+    std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(call);
+    if (permit) {
         status.announceProgress(QStringLiteral("Approved. Running the action."));
     } else {
         status.announceProgress(subagent ? QStringLiteral("Action denied. The subagent will continue.")
                                          : QStringLiteral("Action denied. The assistant will continue."));
         m_workspace.activity.log(QStringLiteral("Denied: ") + phrase, ActivityStep::Kind::error);
     }
-    co_return allowed;
+    co_return permit;
 }
 
 Task<QString> ToolCallRunner::askUser(AIToolCall call, Caller caller)

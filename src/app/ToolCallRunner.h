@@ -4,7 +4,7 @@
 #include "async/Task.h"
 
 #include <QString>
-#include <QStringList>
+#include <optional>
 
 namespace morvane {
 
@@ -29,7 +29,7 @@ public:
     Task<QString> askUser(AIToolCall call, Caller caller);
 
 private:
-    Task<bool> approve(AIToolCall call, Caller caller);
+    Task<std::optional<ToolPermit>> approve(AIToolCall call, Caller caller);
     void narrateStart(const AIToolCall &call, Caller caller);
 
     const AppServices &m_services;

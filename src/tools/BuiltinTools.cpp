@@ -91,8 +91,9 @@ bool BuiltinTools::isDestructive(const AIToolCall &call)
            isDestructiveCommand(stringArgument(arguments, "command"));
 }
 
-Task<QString> BuiltinTools::execute(AIToolCall call)
+Task<QString> BuiltinTools::execute(ToolPermit permit)
 {
+    const AIToolCall &call = permit.call();
     try {
         const auto handler = m_handlers.constFind(call.name);
         if (handler != m_handlers.cend())

@@ -4,6 +4,7 @@
 #include "model/AITool.h"
 #include "tools/ShellTool.h"
 #include "tools/ToolHandlers.h"
+#include "tools/ToolPermit.h"
 
 #include <QList>
 #include <QString>
@@ -27,10 +28,10 @@ public:
     /// model, or hit by one of the patterns in tools/DestructiveCommands.h. Any thread.
     static bool isDestructive(const AIToolCall &call);
 
-    /// Carries out one call and returns what the model is told. Never throws: a failure is a text that
+    /// Carries out the permitted call and returns what the model is told. Never throws: a failure is a text that
     /// begins with "Error". Arguments of the wrong type read as their defaults. Main thread; must outlive
     /// the task.
-    Task<QString> execute(AIToolCall call);
+    Task<QString> execute(ToolPermit permit);
 
 private:
     ShellTool m_shell;

@@ -13,7 +13,7 @@ AppFixture::AppFixture()
     store = std::make_unique<ConversationStore>(home.path() + QStringLiteral("/data/Conversations"));
     services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
                                    toolServers, browserWindow, updates, localModel,
-                                   [this](AIToolCall call) { return executeTool(std::move(call)); },
+                                   [this](ToolPermit permit) { return executeTool(std::move(permit)); },
                                    [] { return QStringLiteral("Test machine."); }});
     start();
 }
@@ -53,9 +53,9 @@ QStringList AppFixture::activityTexts() const
     return texts;
 }
 
-Task<QString> AppFixture::executeTool(AIToolCall call)
+Task<QString> AppFixture::executeTool(ToolPermit permit)
 {
-    executed.append(call.name);
+    executed.append(permit.call().name);
     if (toolTime.count() > 0)
         co_await sleepFor(toolTime);
     co_return toolResults.isEmpty() ? QStringLiteral("tool result") : toolResults.takeFirst();

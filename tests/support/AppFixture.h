@@ -56,7 +56,7 @@ protected:
     std::unique_ptr<AppModel> model;
 
 private:
-    Task<QString> executeTool(AIToolCall call);
+    Task<QString> executeTool(ToolPermit permit);
 };
 
 } // namespace morvane

@@ -27,9 +27,9 @@ public:
 class FakeToolServers final : public ToolServerPort {
 public:
     QList<AITool> exposedAITools() const override { return tools; }
-    Task<QString> execute(QString exposedName, SharedJsonObject) override
+    Task<QString> execute(ToolPermit permit) override
     {
-        executed.append(exposedName);
+        executed.append(permit.call().name);
         co_return result;
     }
 

@@ -37,14 +37,14 @@ SheetsFixture::~SheetsFixture()
     model->questions().resolveQuestion(QString());
 }
 
-TaskHandle<bool> SheetsFixture::request(const AIToolCall &call)
+TaskHandle<std::optional<ToolPermit>> SheetsFixture::request(const AIToolCall &call)
 {
     auto handle = scheduler.spawn(model->gate().requestPermission(call));
     settle();
     return handle;
 }
 
-TaskHandle<bool> SheetsFixture::requestCommand(const QString &command)
+TaskHandle<std::optional<ToolPermit>> SheetsFixture::requestCommand(const QString &command)
 {
     const boost::json::object arguments{{"command", command.toStdString()}, {"destructive", true}};
     return request(toolCall(QStringLiteral("run_shell_command"), boost::json::serialize(arguments).c_str()));

@@ -24,8 +24,8 @@ protected:
     ~SheetsFixture() override;
 
     /// Asks for a permission as the agent does; the sheet then stands.
-    TaskHandle<bool> request(const AIToolCall &call);
-    TaskHandle<bool> requestCommand(const QString &command);
+    TaskHandle<std::optional<ToolPermit>> request(const AIToolCall &call);
+    TaskHandle<std::optional<ToolPermit>> requestCommand(const QString &command);
     TaskHandle<QString> ask(const QString &question, const QStringList &options = {});
 
     /// Lets as much time go by as a user needs to see a sheet.

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 /// What both sheets share: how they hold the window and what they take as an answer.
 class SheetsTest : public SheetsFixture {
 protected:
-    TaskHandle<bool> requestWrite()
+    TaskHandle<std::optional<ToolPermit>> requestWrite()
     {
         return request(toolCall(QStringLiteral("write_file"), R"({"path":"/tmp/x"})"));
     }

@@ -9,7 +9,7 @@ class ApprovalGateTest : public AppFixture {
 protected:
     ApprovalGate &gate() { return model->gate(); }
 
-    TaskHandle<bool> request(const AIToolCall &call)
+    TaskHandle<std::optional<ToolPermit>> request(const AIToolCall &call)
     {
         auto handle = scheduler.spawn(gate().requestPermission(call));
         settle();
@@ -51,6 +51,40 @@ TEST_F(ApprovalGateTest, EverythingElseRunsWithoutAsking)
     for (const char *name : {"read_file", "web_fetch", "click_at", "capture_screen", "browser_open"})
         EXPECT_FALSE(gate().requiresApproval(toolCall(QString::fromLatin1(name)))) << name;
 }
+
+TEST_F(ApprovalGateTest, AnUnaskedPermitIsThereForCallsThatNeedNoAnswerOnly)
+{
+    EXPECT_TRUE(gate().permitUnasked(shell(R"({"command":"ls"})")));
+    EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
+    EXPECT_FALSE(gate().permitUnasked(toolCall(QStringLiteral("write_file"))));
+    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("run_shell_command")});
+    EXPECT_TRUE(gate().permitUnasked(toolCall(QStringLiteral("write_file"))));
+    EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
+}
+
+TEST_F(ApprovalGateTest, ToolsOfToolServersArePermittedUnasked)
+{
+    const AIToolCall call = toolCall(QStringLiteral("mcp_files_remove"));
+    EXPECT_TRUE(gate().requiresApproval(call));
+    EXPECT_TRUE(gate().permitUnasked(call));
+}
+
+TEST_F(ApprovalGateTest, APermitIsForTheCallThatWasShown)
+{
+    const AIToolCall call = shell(R"({"command":"rm -rf /tmp/x"})");
+    auto handle = request(call);
+    gate().resolvePermission(true, false);
+    settle();
+    ASSERT_TRUE(handle.done());
+    const std::optional<ToolPermit> permit = handle.result();
+    ASSERT_TRUE(permit);
+    EXPECT_EQ(permit->call(), call);
+}
+
+static_assert(!std::is_constructible_v<ToolPermit, AIToolCall> &&
+                  !std::is_default_constructible_v<ToolPermit>,
+              "only the gate makes permits");
+static_assert(!std::is_copy_constructible_v<ToolPermit>, "a permit is good for one use");
 
 TEST_F(ApprovalGateTest, PendingRequestDescribesTheCall)
 {

@@ -4,6 +4,7 @@
 #include "support/FakeClock.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
+#include "support/WillingUser.h"
 
 #include <gtest/gtest.h>
 
@@ -19,11 +20,12 @@ class BuiltinToolsTest : public testing::Test {
 protected:
     QString execute(const QString &name, const char *arguments = "{}")
     {
-        return runTask(scheduler, tools.execute(call(name, arguments)));
+        return runTask(scheduler, tools.execute(user.permit(call(name, arguments))));
     }
 
     FakeClock clock;
     Scheduler scheduler{clock};
+    WillingUser user{scheduler};
     BuiltinTools tools;
 };
 
@@ -127,7 +129,7 @@ TEST_F(BuiltinToolsTest, ToolsOfTheAgentLoopAreUnknownHere)
 
 TEST_F(BuiltinToolsTest, CancellationDoesNotStopWork)
 {
-    auto handle = scheduler.spawn(tools.execute(call("todo_list", R"({"items": ["a"]})")));
+    auto handle = scheduler.spawn(tools.execute(user.permit(call("todo_list", R"({"items": ["a"]})"))));
     handle.cancel();
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
     EXPECT_EQ(handle.result(), "Todo list:\n1. a");
