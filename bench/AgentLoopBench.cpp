@@ -91,7 +91,7 @@ struct Agent {
     SettingsStore settings{home.path() + QStringLiteral("/Morvane.conf"), keychain};
     ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
     HttpAIService service{http};
-    BuiltinTools tools;
+    BuiltinTools tools{http};
     FakeAnnouncer announcer;
     NoNotifications notifications;
     NoToolServers toolServers;

@@ -56,7 +56,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     SettingsStore settings(settingsFile(), keychain);
     ConversationStore conversations(dataFolder() + QStringLiteral("/Conversations"));
     HttpAIService service(http, endpoints);
-    BuiltinTools tools;
+    BuiltinTools tools(http);
     LinuxAnnouncer announcer;
     NoNotifications notifications;
     NoToolServers toolServers;

@@ -68,12 +68,18 @@ void addFileTools(ToolHandlers &handlers)
 
 } // namespace
 
-BuiltinTools::BuiltinTools()
+BuiltinTools::BuiltinTools(HttpClient &http, WebEndpoints web) : m_web(http, std::move(web))
 {
     addEverydayTools(m_handlers);
     addFileTools(m_handlers);
     m_handlers[u"run_shell_command"_s] = [this](const SharedJsonObject &arguments) {
         return m_shell.runShell(stringArgument(arguments.get(), "command"));
+    };
+    m_handlers[u"web_search"_s] = [this](const SharedJsonObject &arguments) {
+        return m_web.webSearch(stringArgument(arguments.get(), "query"));
+    };
+    m_handlers[u"web_fetch"_s] = [this](const SharedJsonObject &arguments) {
+        return m_web.webFetch(stringArgument(arguments.get(), "url"));
     };
 }
 

@@ -5,6 +5,7 @@
 #include "tools/ShellTool.h"
 #include "tools/ToolHandlers.h"
 #include "tools/ToolPermit.h"
+#include "tools/WebTools.h"
 
 #include <QList>
 #include <QString>
@@ -17,7 +18,8 @@ enum class UseTools { no, yes };
 /// The fixed table of built-in tools and the one entry through which a call is carried out.
 class BuiltinTools {
 public:
-    BuiltinTools();
+    /// `http` carries the web tools' requests and outlives the tools.
+    explicit BuiltinTools(HttpClient &http, WebEndpoints web = {});
     BuiltinTools(const BuiltinTools &) = delete;
     BuiltinTools &operator=(const BuiltinTools &) = delete;
 
@@ -35,6 +37,7 @@ public:
 
 private:
     ShellTool m_shell;
+    WebTools m_web;
     ToolHandlers m_handlers;
 };
 

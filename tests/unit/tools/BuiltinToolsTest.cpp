@@ -1,6 +1,7 @@
 #include "tools/BuiltinTools.h"
 
 #include "base/Json.h"
+#include "net/HttpClient.h"
 #include "support/FakeClock.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
@@ -26,7 +27,8 @@ protected:
     FakeClock clock;
     Scheduler scheduler{clock};
     WillingUser user{scheduler};
-    BuiltinTools tools;
+    HttpClient http;
+    BuiltinTools tools{http};
 };
 
 TEST_F(BuiltinToolsTest, OffersNothingWhenToolsAreOff)
@@ -111,6 +113,12 @@ TEST_F(BuiltinToolsTest, FileToolsWithoutArgumentsAnswerForTheEmptyText)
     EXPECT_EQ(execute("edit_file"), "Error: the text to find cannot be empty.");
     EXPECT_EQ(execute("grep_search"), "Error: empty search pattern.");
     EXPECT_EQ(execute("glob_find"), "Error: empty pattern.");
+}
+
+TEST_F(BuiltinToolsTest, FetchWithoutAnAddressAnswersForTheEmptyOne)
+{
+    EXPECT_EQ(execute("web_fetch"), "Error: invalid URL \"\".");
+    EXPECT_EQ(execute("web_fetch", R"({"url": 5})"), "Error: invalid URL \"\".");
 }
 
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)
