@@ -233,6 +233,12 @@ TEST_F(PermissionViewTest, HiddenCharactersOfACommandAreShown)
                 testing::HasSubstr("ls \\u202E/ fr- mr\\u2066 \\u200Bx\\ty"));
 }
 
+TEST_F(PermissionViewTest, ACommandCannotHideItsBeginning)
+{
+    requestCommand(QStringLiteral("rm -rf ~ #\r\u001B[2Kls"));
+    EXPECT_THAT(summary()->toPlainText().toStdString(), testing::HasSubstr("rm -rf ~ #\\r\\u001B[2Kls"));
+}
+
 TEST_F(PermissionViewTest, MarkupInACommandIsShownAsText)
 {
     requestCommand(QStringLiteral("echo <b>x</b> <img src=y>"));

@@ -81,6 +81,37 @@ TEST(VisibleTextTest, TellsWhereItEscaped)
     EXPECT_EQ(visible.escapes, expected);
 }
 
+TEST(VisibleTextTest, CommandsThatHideAPartAreShownWhole)
+{
+    EXPECT_EQ(shown(QStringLiteral("rm -rf ~\rls     ")), QStringLiteral("rm -rf ~\\rls     "));
+    EXPECT_EQ(shown(QStringLiteral("rm -rf ~ #\b\b\b\b")),
+              QStringLiteral("rm -rf ~ #\\u0008\\u0008\\u0008\\u0008"));
+    EXPECT_EQ(shown(QStringLiteral("rm -rf ~\u001B[8D\u001B[Kls")),
+              QStringLiteral("rm -rf ~\\u001B[8D\\u001B[Kls"));
+    EXPECT_EQ(shown(QStringLiteral("cat \u202Etxt.hsab\u202C")),
+              QStringLiteral("cat \\u202Etxt.hsab\\u202C"));
+    EXPECT_EQ(shown(QStringLiteral("su\u200Bdo ls")), QStringLiteral("su\\u200Bdo ls"));
+    EXPECT_EQ(shown(QStringLiteral("ls\u2028rm -rf ~")), QStringLiteral("ls\\u2028rm -rf ~"));
+    EXPECT_EQ(shown(QStringLiteral("rm\u00A0-rf ~")), QStringLiteral("rm\\u00A0-rf ~"));
+    EXPECT_EQ(shown(QStringLiteral("ls") + QChar(0) + QStringLiteral("; rm")),
+              QStringLiteral("ls\\u0000; rm"));
+}
+
+TEST(VisibleTextTest, LookAlikeLettersStayAsTheyAre)
+{
+    // Every script has letters that look like another's; nothing tells an honest one.
+    const QString text = QStringLiteral("\u0455udo \uFF53\uFF55 \u017F r\u043C");
+    EXPECT_EQ(shown(text), text);
+}
+
+TEST(VisibleTextTest, AMegabyteOfHiddenCharactersIsShown)
+{
+    constexpr qsizetype size = 1'000'000;
+    const VisibleText visible = visibleText(QString(size, QChar(0x202E)));
+    EXPECT_EQ(visible.text, QStringLiteral("\\u202E").repeated(size));
+    EXPECT_EQ(visible.escapes.size(), size);
+}
+
 TEST(VisibleTextTest, EmptyTextStaysEmpty)
 {
     EXPECT_EQ(shown(QString()), QString());
