@@ -36,13 +36,14 @@ struct Pipe {
 /// What happens in the child between its birth and the program's start.
 class SpawnPlan {
 public:
-    SpawnPlan(int output, int errors)
+    /// A negative descriptor stands for the null device.
+    SpawnPlan(int input, int output, int errors)
     {
         ::posix_spawn_file_actions_init(&m_actions);
         ::posix_spawnattr_init(&m_attributes);
-        ::posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&m_actions, errors, STDERR_FILENO);
+        connectStandard(STDIN_FILENO, input, O_RDONLY);
+        connectStandard(STDOUT_FILENO, output, O_WRONLY);
+        connectStandard(STDERR_FILENO, errors, O_WRONLY);
         // Libraries open descriptors of their own, not all of them with O_CLOEXEC.
         ::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
 
@@ -68,6 +69,14 @@ public:
     const posix_spawnattr_t *attributes() const { return &m_attributes; }
 
 private:
+    void connectStandard(int standard, int descriptor, int nullMode)
+    {
+        if (descriptor < 0)
+            ::posix_spawn_file_actions_addopen(&m_actions, standard, "/dev/null", nullMode, 0);
+        else
+            ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, standard);
+    }
+
     posix_spawn_file_actions_t m_actions{};
     posix_spawnattr_t m_attributes{};
 };
@@ -93,7 +102,10 @@ std::expected<ChildProcess, QString> ChildProcess::start(const Options &options)
     if (!output.open() || (hasErrors && !errors.open()))
         return systemFailure(errno);
 
-    const SpawnPlan plan(output.writeEnd.get(), (hasErrors ? errors : output).writeEnd.get());
+    int errorEnd = hasErrors ? errors.writeEnd.get() : -1;
+    if (options.errors == Errors::withOutput)
+        errorEnd = output.writeEnd.get();
+    const SpawnPlan plan(options.input, output.writeEnd.get(), errorEnd);
     const QList<QByteArray> arguments = QList{options.program} + options.arguments;
     ChildProcess child;
     const int error =

@@ -11,18 +11,18 @@
 
 namespace morvane {
 
-/// A program that runs in a process group of its own, so that signals reach what it starts, too. It reads
-/// from the null device and inherits no descriptor but its three standard ones. Objects are used by one
-/// thread at a time.
+/// A program that runs in a process group of its own, so that signals reach what it starts, too. It inherits
+/// no descriptor but its three standard ones. Objects are used by one thread at a time.
 class ChildProcess {
 public:
-    enum class Errors { ownPipe, withOutput };
+    enum class Errors { ownPipe, withOutput, discarded };
 
     struct Options {
         QByteArray program; ///< A path; no folder is searched.
         QList<QByteArray> arguments;
         QList<QByteArray> environment; ///< "NAME=value" each.
         Errors errors = Errors::ownPipe;
+        int input = -1; ///< What it reads from, still the caller's own; the null device if negative.
     };
 
     /// Fails with the system's reason, such as "No such file or directory". Blocks until the program runs.
@@ -33,8 +33,8 @@ public:
     /// Kills the whole group if the program still runs, and waits for its end.
     ~ChildProcess();
 
-    /// What it prints: the read ends of its pipes, not blocking. The second is closed with
-    /// Errors::withOutput.
+    /// What it prints: the read ends of its pipes, not blocking. The second is open with Errors::ownPipe
+    /// only.
     FileDescriptor &output() { return m_output; }
     FileDescriptor &errors() { return m_errors; }
 

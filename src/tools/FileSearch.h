@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/Regex.h"
+#include "base/RegularFile.h"
 #include "tools/Glob.h"
 #include "tools/PatternPrefilter.h"
-#include "tools/RegularFile.h"
 
 #include <QByteArrayView>
 #include <QString>

@@ -1,10 +1,10 @@
 #include "tools/FileTools.h"
 
 #include "base/AtomicFile.h"
+#include "base/RegularFile.h"
 #include "base/Text.h"
 #include "tools/FilePaths.h"
 #include "tools/NewFileMode.h"
-#include "tools/RegularFile.h"
 
 #include <QFile>
 #include <QStringList>

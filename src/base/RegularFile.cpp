@@ -1,4 +1,4 @@
-#include "tools/RegularFile.h"
+#include "base/RegularFile.h"
 
 #include <algorithm>
 #include <cerrno>
