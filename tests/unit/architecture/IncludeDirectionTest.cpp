@@ -22,18 +22,27 @@ const std::map<std::string, Folders> allowed = {
     {"providers", {"base", "async", "net", "model", "platform"}},
     {"tools", {"base", "async", "net", "model", "platform"}},
     {"localmodel", {"base", "async", "net", "model", "platform"}},
-    {"app", {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel"}},
-    {"ui", {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel", "app"}},
+    {"attachments", {"base", "async", "model"}},
+    {"attachments/reader", {"base", "attachments"}},
+    {"app",
+     {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel",
+      "attachments"}},
+    {"ui",
+     {"base", "async", "net", "model", "platform", "store", "providers", "tools", "localmodel", "attachments",
+      "app"}},
 };
 
 /// Libraries that only the folders with windows may include.
 const Folders windowFolders = {"ui", "platform/linux"};
 
-/// Subfolders belong to the room that they lie in; only the Linux half of platform/ is a room of its own.
+/// Subfolders belong to the room that they lie in, but for these.
 std::string folderOf(const QString &path)
 {
-    const bool isLinux = path.startsWith(QLatin1String("platform/linux/"));
-    return isLinux ? "platform/linux" : path.section(QLatin1Char('/'), 0, 0).toStdString();
+    for (const char *own : {"platform/linux", "attachments/reader"}) {
+        if (path.startsWith(QLatin1String(own) + QLatin1Char('/')))
+            return own;
+    }
+    return path.section(QLatin1Char('/'), 0, 0).toStdString();
 }
 
 struct Include {

@@ -1,0 +1,64 @@
+#include "attachments/AttachmentWorkers.h"
+
+#include "async/Cancelled.h"
+#include "async/CurrentContext.h"
+#include "async/OneShot.h"
+#include "async/Outcome.h"
+#include "async/Scheduler.h"
+
+namespace morvane {
+namespace {
+
+/// Readers at once. Each may take a processor for minutes, and memory for a decoded photo.
+constexpr int mostAtOnce = 4;
+constexpr int untilGivenUp = 1'000; // milliseconds
+
+} // namespace
+
+AttachmentWorkers::AttachmentWorkers(AttachmentProcessor processor)
+    : m_processor(std::make_shared<const AttachmentProcessor>(std::move(processor))),
+      m_threads(std::make_unique<QThreadPool>())
+{
+    m_threads->setMaxThreadCount(mostAtOnce);
+}
+
+AttachmentWorkers::~AttachmentWorkers()
+{
+    // A thread that waits for a dead network drive cannot be ended; the pool is left to it.
+    if (!m_threads->waitForDone(untilGivenUp))
+        static_cast<void>(m_threads.release());
+}
+
+Task<ChatAttachment> AttachmentWorkers::process(QUrl url)
+{
+    return run([url = std::move(url)](const AttachmentProcessor &processor, const StopFlag &stop) {
+        return processor.process(url, stop);
+    });
+}
+
+Task<ChatAttachment> AttachmentWorkers::processImage(QByteArray data, QString filename)
+{
+    return run([data = std::move(data), filename = std::move(filename)](const AttachmentProcessor &processor,
+                                                                        const StopFlag &stop) {
+        return processor.processImage(data, filename, stop);
+    });
+}
+
+Task<ChatAttachment> AttachmentWorkers::run(Work work)
+{
+    const TaskContext context = co_await currentContext();
+    const auto stop = std::make_shared<StopFlag>();
+    const Cancellation::Callback link(*context.cancellation, [stop] { stop->raise(); });
+    if (context.cancellation->isCancelled())
+        throw Cancelled();
+    OneShot<Outcome<ChatAttachment>> done;
+    m_threads->start([work = std::move(work), processor = m_processor, stop, done]() mutable {
+        done.resume(outcomeOf([&] { return work(*processor, *stop); }));
+    });
+    auto outcome = co_await done.wait();
+    if (context.cancellation->isCancelled())
+        throw Cancelled();
+    co_return outcome.take();
+}
+
+} // namespace morvane

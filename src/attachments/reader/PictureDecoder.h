@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QSize>
+
+namespace morvane {
+
+/// A picture in one of the usual formats, told by its content. The bytes must outlive the object.
+class PictureDecoder {
+public:
+    explicit PictureDecoder(const QByteArray &bytes);
+
+    /// As it is to be seen, turned as its data says; read from the head alone where the format allows it.
+    /// Empty if this is no picture, or one of more than attachmentLimits::imagePixels.
+    QSize size();
+
+    /// The picture, turned, in standard colours, not smaller than `wanted` where it is that large; null if it
+    /// is damaged. What costs less than the whole is decoded where the format allows it.
+    QImage decode(QSize wanted);
+
+private:
+    QSize m_size;
+    const QByteArray &m_bytes;
+    bool m_isHeif;
+};
+
+} // namespace morvane

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+#include <chrono>
+#include <memory>
+
+namespace tesseract {
+class TessBaseAPI;
+}
+
+namespace morvane {
+
+/// Recognises the text that pictures show, in English and in the languages of the user's locale as far as
+/// their data is installed. The data is read with the first picture.
+class TextRecognition {
+public:
+    TextRecognition();
+    ~TextRecognition();
+
+    /// The lines in reading order, joined by line feeds; empty without any, without language data, or when
+    /// `limit` passes first. `dotsPerInch` is a guess that helps, 0 if unknown.
+    QString lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit);
+
+private:
+    bool prepare();
+
+    std::unique_ptr<tesseract::TessBaseAPI> m_engine;
+    bool m_isReady = false;
+    bool m_hasFailed = false;
+};
+
+} // namespace morvane

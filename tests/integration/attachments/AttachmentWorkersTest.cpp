@@ -1,0 +1,97 @@
+#include "AttachmentFixture.h"
+
+#include "async/Cancelled.h"
+#include "async/OffMain.h"
+#include "async/Scheduler.h"
+#include "attachments/AttachmentWorkers.h"
+#include "support/FakeClock.h"
+#include "support/RunTask.h"
+#include "support/SamplePictures.h"
+
+#include <QDir>
+#include <QFile>
+#include <csignal>
+
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+class AttachmentWorkersTest : public AttachmentFixture {
+protected:
+    ~AttachmentWorkersTest() override { scheduler.shutdown(5s); }
+
+    /// A reader that tells that it runs and then waits for ever.
+    ReaderProcess hangingReader()
+    {
+        const QString path =
+            home.write(QStringLiteral("reader"), "#!/bin/sh\necho $$ > " + QFile::encodeName(home.path()) +
+                                                     "/pid.$$\nexec sleep 1000\n");
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return ReaderProcess(path, 1h);
+    }
+    qsizetype startedReaders() const { return QDir(home.path()).entryList({QStringLiteral("pid.*")}).size(); }
+    QUrl picture(int number) const
+    {
+        return QUrl::fromLocalFile(home.write(QStringLiteral("%1.png").arg(number), "bytes"));
+    }
+
+    FakeClock clock;
+    Scheduler scheduler{clock};
+};
+
+TEST_F(AttachmentWorkersTest, FileIsProcessedOffTheMainThread)
+{
+    AttachmentWorkers workers(processor);
+    const QUrl file =
+        QUrl::fromLocalFile(home.write(QStringLiteral("a.png"), encoded(samplePhoto({2'000, 1'000}), "png")));
+    const ChatAttachment attachment = runTask(scheduler, workers.process(file));
+    EXPECT_EQ(attachment.mimeType, QStringLiteral("image/jpeg"));
+}
+
+TEST_F(AttachmentWorkersTest, FailureIsThrown)
+{
+    AttachmentWorkers workers(processor);
+    const QUrl missing = QUrl::fromLocalFile(home.path(QStringLiteral("missing")));
+    EXPECT_THROW(runTask(scheduler, workers.process(missing)), AttachmentError);
+    EXPECT_THROW(runTask(scheduler, workers.processImage({}, QStringLiteral("a.png"))), AttachmentError);
+}
+
+TEST_F(AttachmentWorkersTest, SeveralFilesAreReadAtOnceAndKeepNoToolFromItsThread)
+{
+    AttachmentWorkers workers{AttachmentProcessor(hangingReader())};
+    QList<TaskHandle<ChatAttachment>> tasks;
+    for (int number = 0; number < 8; ++number)
+        tasks.append(scheduler.spawn(workers.process(picture(number))));
+    EXPECT_TRUE(waitUntil([&] { return startedReaders() >= 2; }));
+    EXPECT_EQ(runTask(scheduler, runOffMain([] { return 42; })), 42);
+    for (auto &task : tasks)
+        task.cancel();
+    EXPECT_TRUE(waitUntil([&] {
+        return std::all_of(tasks.begin(), tasks.end(), [](const auto &task) { return task.done(); });
+    }));
+}
+
+TEST_F(AttachmentWorkersTest, CancellingEndsTheReader)
+{
+    AttachmentWorkers workers{AttachmentProcessor(hangingReader())};
+    auto task = scheduler.spawn(workers.process(picture(1)));
+    ASSERT_TRUE(waitUntil([&] { return startedReaders() == 1; }));
+    const QString name = QDir(home.path()).entryList({QStringLiteral("pid.*")}).constFirst();
+    task.cancel();
+    ASSERT_TRUE(waitUntil([&] { return task.done(); }));
+    EXPECT_THROW(task.result(), Cancelled);
+    EXPECT_NE(::kill(name.section(QLatin1Char('.'), 1).toInt(), 0), 0);
+}
+
+TEST_F(AttachmentWorkersTest, ShutdownDoesNotWaitForAReaderThatHangs)
+{
+    AttachmentWorkers workers{AttachmentProcessor(hangingReader())};
+    auto task = scheduler.spawn(workers.process(picture(1)));
+    ASSERT_TRUE(waitUntil([&] { return startedReaders() == 1; }));
+    scheduler.shutdown(5s);
+    EXPECT_TRUE(task.done());
+}
+
+} // namespace
+} // namespace morvane

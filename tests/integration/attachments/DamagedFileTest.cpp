@@ -1,0 +1,73 @@
+#include "AttachmentFixture.h"
+
+#include "support/SamplePdf.h"
+#include "support/SamplePictures.h"
+
+#include <random>
+
+namespace morvane {
+namespace {
+
+using testing::AnyOf;
+
+/// Files as a bad disk, a broken download or an attacker leaves them. The same every time.
+class DamagedFileTest : public AttachmentFixture {
+protected:
+    QList<QByteArray> damaged(const QByteArray &whole, int count)
+    {
+        QList<QByteArray> files;
+        for (int file = 0; file < count; ++file) {
+            QByteArray bytes = whole;
+            if (file % 3 == 0)
+                bytes.truncate(below(whole.size()));
+            // Mostly at the beginning, where the structure is.
+            for (int flip = 0; flip < 1 + file % 20 && !bytes.isEmpty(); ++flip) {
+                const qsizetype at =
+                    below(flip % 2 == 0 ? bytes.size() : std::min<qsizetype>(bytes.size(), 600));
+                bytes[at] = static_cast<char>(bytes.at(at) ^ (1 << below(8)));
+            }
+            files.append(bytes);
+        }
+        return files;
+    }
+    void expectHarmlessPicture(const QString &name, const QByteArray &whole)
+    {
+        for (const QByteArray &file : damaged(whole, 24)) {
+            const auto image = processor.prepareForVision(file, QStringLiteral("png"), stop);
+            if (image.mimeType == QLatin1String("image/jpeg"))
+                EXPECT_LE(QImage::fromData(image.data, "jpeg").width(), 1'568) << name.toStdString();
+            else
+                EXPECT_TRUE(image.data == file) << name.toStdString();
+        }
+    }
+
+private:
+    qsizetype below(qsizetype limit)
+    {
+        return limit > 0 ? static_cast<qsizetype>(m_random() % static_cast<unsigned long>(limit)) : 0;
+    }
+
+    std::mt19937 m_random{4711};
+};
+
+TEST_F(DamagedFileTest, PicturesOfEveryFormatDoNoHarm)
+{
+    const QImage image = samplePhoto({1'700, 300});
+    for (const char *format : {"png", "jpeg", "webp", "bmp", "tiff"})
+        expectHarmlessPicture(QString::fromLatin1(format), encoded(image, format, 80));
+    expectHarmlessPicture(QStringLiteral("heic"), encodedHeic(image));
+}
+
+TEST_F(DamagedFileTest, DocumentsDoNoHarm)
+{
+    const QByteArray whole = samplePdf({{SamplePage::Kind::text, QStringLiteral("Printed page")},
+                                        {SamplePage::Kind::scanned, QStringLiteral("Scanned page")}});
+    for (const QByteArray &file : damaged(whole, 30)) {
+        const QString failure = failureOf(QStringLiteral("a.pdf"), file);
+        EXPECT_THAT(failure.toStdString(), AnyOf("", "Could not open \"a.pdf\" as a PDF.",
+                                                 testing::StartsWith("\"a.pdf\" contains no readable text")));
+    }
+}
+
+} // namespace
+} // namespace morvane

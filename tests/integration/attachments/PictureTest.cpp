@@ -1,0 +1,215 @@
+#include "AttachmentFixture.h"
+
+#include "support/SamplePictures.h"
+
+#include <QColorSpace>
+#include <QPainter>
+
+namespace morvane {
+namespace {
+
+class PictureTest : public AttachmentFixture {
+protected:
+    QImage prepared(const QString &name, const QByteArray &content) const
+    {
+        const ChatAttachment attachment = process(name, content);
+        EXPECT_EQ(attachment.mimeType, QStringLiteral("image/jpeg"));
+        EXPECT_TRUE(attachment.data->startsWith("\xFF\xD8\xFF"));
+        EXPECT_EQ(attachment.byteSize, attachment.data->size());
+        return QImage::fromData(*attachment.data, "jpeg");
+    }
+    void expectUnchanged(const QString &name, const QByteArray &content, const QString &type) const
+    {
+        const ChatAttachment attachment = process(name, content);
+        EXPECT_EQ(attachment.kind, AttachmentKind::image);
+        EXPECT_TRUE(attachment.data == content) << name.toStdString();
+        EXPECT_EQ(attachment.mimeType, type);
+        EXPECT_EQ(attachment.byteSize, content.size());
+        EXPECT_EQ(attachment.extractedText, QString());
+    }
+};
+
+/// Each quarter in a colour of its own: red, green above, blue, white below.
+QImage quarters(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    QPainter painter(&image);
+    const int x = size.width() / 2;
+    const int y = size.height() / 2;
+    painter.fillRect(0, 0, x, y, Qt::red);
+    painter.fillRect(x, 0, x, y, Qt::green);
+    painter.fillRect(0, y, x, y, Qt::blue);
+    painter.fillRect(x, y, x, y, Qt::white);
+    return image;
+}
+
+bool isNear(QColor colour, QColor expected)
+{
+    const auto near = [](int one, int other) { return std::abs(one - other) < 24; };
+    return near(colour.red(), expected.red()) && near(colour.green(), expected.green()) &&
+           near(colour.blue(), expected.blue());
+}
+
+TEST_F(PictureTest, PngOfAThousandPixelsAndOneMegabyteGoesAsItIs)
+{
+    const QByteArray png = encoded(samplePhoto({1'000, 1'000}), "png");
+    ASSERT_GT(png.size(), 500'000);
+    ASSERT_LE(png.size(), 2'000'000);
+    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+}
+
+TEST_F(PictureTest, PngOfFourThousandPixelsBecomesASmallerJpeg)
+{
+    const QByteArray png = encoded(quarters({4'000, 3'000}), "png");
+    EXPECT_EQ(prepared(QStringLiteral("a.png"), png).size(), QSize(1'568, 1'176));
+}
+
+TEST_F(PictureTest, SmallPictureOfThreeMegabytesIsEncodedAnewAtItsOwnSize)
+{
+    const QImage photo = samplePhoto({1'200, 1'100});
+    const QByteArray bmp = encoded(photo, "bmp");
+    ASSERT_GT(bmp.size(), 3'000'000);
+    const QImage result = prepared(QStringLiteral("a.bmp"), bmp);
+    EXPECT_EQ(result.size(), photo.size());
+    EXPECT_TRUE(isNear(result.pixelColor(1'000, 1'000), photo.pixelColor(1'000, 1'000)));
+}
+
+TEST_F(PictureTest, PictureOfExactlyTheLongestSideGoesAsItIs)
+{
+    expectUnchanged(QStringLiteral("a.jpg"), encoded(quarters({1'568, 10}), "jpeg"),
+                    QStringLiteral("image/jpeg"));
+    EXPECT_EQ(prepared(QStringLiteral("b.jpg"), encoded(quarters({10, 1'569}), "jpeg")).size(),
+              QSize(9, 1'568));
+}
+
+TEST_F(PictureTest, ThinPictureKeepsAtLeastOnePixel)
+{
+    EXPECT_EQ(prepared(QStringLiteral("a.png"), encoded(quarters({20'000, 4}), "png")).size(),
+              QSize(1'568, 1));
+}
+
+TEST_F(PictureTest, TransparencyComesOutWhite)
+{
+    QImage image(2'000, 2'000, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter(&image).fillRect(0, 0, 1'000, 2'000, QColor(255, 0, 0, 128));
+    const QImage result = prepared(QStringLiteral("a.png"), encoded(image, "png"));
+    EXPECT_TRUE(isNear(result.pixelColor(1'200, 700), Qt::white));
+    EXPECT_TRUE(isNear(result.pixelColor(300, 700), QColor(255, 127, 127)));
+}
+
+TEST_F(PictureTest, EveryFormatIsScaledDown)
+{
+    const QImage image = quarters({2'000, 1'000});
+    QList<std::pair<QString, QByteArray>> files;
+    for (const char *format : {"png", "jpeg", "webp", "bmp", "tiff"})
+        files.append({QStringLiteral("a.") + QString::fromLatin1(format), encoded(image, format, 90)});
+    files.append({QStringLiteral("a.heic"), encodedHeic(image)});
+    for (const auto &[name, content] : files) {
+        ASSERT_FALSE(content.isEmpty()) << name.toStdString();
+        const QImage result = prepared(name, content);
+        EXPECT_EQ(result.size(), QSize(1'568, 784)) << name.toStdString();
+        EXPECT_TRUE(isNear(result.pixelColor(100, 100), Qt::red)) << name.toStdString();
+        EXPECT_TRUE(isNear(result.pixelColor(1'400, 100), Qt::green)) << name.toStdString();
+        EXPECT_TRUE(isNear(result.pixelColor(100, 700), Qt::blue)) << name.toStdString();
+    }
+}
+
+TEST_F(PictureTest, SmallHeicGoesAsItIs)
+{
+    const QByteArray heic = encodedHeic(quarters({200, 100}));
+    ASSERT_FALSE(heic.isEmpty());
+    expectUnchanged(QStringLiteral("photo.HEIC"), heic, QStringLiteral("image/heic"));
+    expectUnchanged(QStringLiteral("photo.heif"), heic, QStringLiteral("image/heif"));
+}
+
+TEST_F(PictureTest, PhotoIsTurnedAsItWasHeld)
+{
+    const QByteArray jpeg = encoded(quarters({2'000, 1'000}), "jpeg", 95);
+    // Held with its left side down: what is above in the data is seen at the right.
+    const QImage turned = prepared(QStringLiteral("a.jpg"), withExifOrientation(jpeg, 6));
+    EXPECT_EQ(turned.size(), QSize(784, 1'568));
+    EXPECT_TRUE(isNear(turned.pixelColor(700, 100), Qt::red));
+    EXPECT_TRUE(isNear(turned.pixelColor(700, 1'400), Qt::green));
+    EXPECT_TRUE(isNear(turned.pixelColor(100, 100), Qt::blue));
+    const QImage upsideDown = prepared(QStringLiteral("b.jpg"), withExifOrientation(jpeg, 3));
+    EXPECT_EQ(upsideDown.size(), QSize(1'568, 784));
+    EXPECT_TRUE(isNear(upsideDown.pixelColor(1'400, 700), Qt::red));
+}
+
+TEST_F(PictureTest, ColoursOfAWiderSpaceAreConverted)
+{
+    QImage image(2'000, 100, QImage::Format_RGB32);
+    image.fill(QColor(200, 100, 50));
+    image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+    const QImage standard = image.convertedToColorSpace(QColorSpace(QColorSpace::SRgb));
+    ASSERT_FALSE(isNear(standard.pixelColor(0, 0), QColor(170, 100, 50)));
+    const QImage result = prepared(QStringLiteral("a.png"), encoded(image, "png"));
+    EXPECT_TRUE(isNear(result.pixelColor(700, 30), standard.pixelColor(700, 30)));
+    EXPECT_FALSE(result.colorSpace().isValid() && result.colorSpace() == QColorSpace(QColorSpace::DisplayP3));
+}
+
+TEST_F(PictureTest, FormatIsToldByTheContent)
+{
+    EXPECT_EQ(prepared(QStringLiteral("wrong.png"), encoded(quarters({2'000, 1'000}), "jpeg")).size(),
+              QSize(1'568, 784));
+}
+
+TEST_F(PictureTest, WhatIsNoPictureGoesAsItIs)
+{
+    expectUnchanged(QStringLiteral("a.png"), "no picture at all", QStringLiteral("image/png"));
+    expectUnchanged(QStringLiteral("a.heic"), QByteArray(3'000'000, '\x7F'), QStringLiteral("image/heic"));
+}
+
+TEST_F(PictureTest, DrawingThatIsAProgramIsNotRun)
+{
+    const QByteArray svg("<svg xmlns='http://www.w3.org/2000/svg' width='9000' height='9000'><rect "
+                         "width='9000' height='9000'/></svg>");
+    expectUnchanged(QStringLiteral("a.svg"), svg, QStringLiteral("image/png"));
+}
+
+TEST_F(PictureTest, PictureOfTwoHundredMegapixelsGoesAsItIs)
+{
+    QImage image(20'000, 10'000, QImage::Format_Mono);
+    image.fill(0);
+    const QByteArray png = encoded(image, "png");
+    ASSERT_LT(png.size(), 1'000'000);
+    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+}
+
+TEST_F(PictureTest, SizeThatIsALieGoesAsItIs)
+{
+    // The head names two thousand million pixels; behind it stand a few bytes.
+    QByteArray png = encoded(quarters({2'000, 2'000}), "png").first(200);
+    png.replace(16, 8, QByteArray("\x7F\xFF\xFF\xFF\x00\x00\x00\x01", 8));
+    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+    QByteArray gif("GIF89a\xFF\xFF\xFF\xFF\xF7\x00\x00", 13);
+    expectUnchanged(QStringLiteral("a.gif"), gif + QByteArray(2'500'000, '\x21'),
+                    QStringLiteral("image/gif"));
+}
+
+TEST_F(PictureTest, TextOfAPictureIsRecognised)
+{
+    QImage image(800, 200, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(40);
+    painter.setFont(font);
+    painter.drawText(20, 60, QStringLiteral("Invoice number 4711"));
+    painter.drawText(20, 140, QStringLiteral("Thank you very much"));
+    painter.end();
+    EXPECT_EQ(processor.ocr(encoded(image, "png"), stop),
+              QStringLiteral("Invoice number 4711\nThank you very much"));
+}
+
+TEST_F(PictureTest, NothingIsRecognisedWhereNothingIsWritten)
+{
+    QImage image(800, 200, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    EXPECT_EQ(processor.ocr(encoded(image, "png"), stop), QString());
+    EXPECT_EQ(processor.ocr("no picture", stop), QString());
+}
+
+} // namespace
+} // namespace morvane
