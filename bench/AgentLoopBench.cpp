@@ -15,6 +15,7 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "support/FakeAnnouncer.h"
+#include "support/FakeAttachments.h"
 #include "support/RunTask.h"
 #include "support/ScriptedModel.h"
 #include "support/TemporaryHome.h"
@@ -97,6 +98,7 @@ struct Agent {
     NoToolServers toolServers;
     NoBrowserWindow browserWindow;
     NoUpdates updates;
+    FakeAttachments attachments;
     OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
     AppServices services{scheduler,
                          settings,
@@ -108,6 +110,7 @@ struct Agent {
                          browserWindow,
                          updates,
                          localModel,
+                         attachments,
                          [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
                          [] { return QStringLiteral("A benchmark."); }};
     AppModel model{services};

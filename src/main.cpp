@@ -5,6 +5,7 @@
 #include "app/UpdatePort.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
+#include "attachments/AttachmentWorkers.h"
 #include "base/AtomicFile.h"
 #include "base/DataFolders.h"
 #include "localmodel/MacInfo.h"
@@ -45,6 +46,12 @@ ActivationToken activationToken()
     return {qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
 }
 
+/// The program that decodes attached files lies beside this one.
+QString attachmentReader()
+{
+    return QApplication::applicationDirPath() + QStringLiteral("/morvane-attachment-reader");
+}
+
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
 {
     const TerminationSignals terminationSignals;
@@ -63,6 +70,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     NoBrowserWindow browserWindow;
     NoUpdates updates;
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
+    AttachmentWorkers attachments{AttachmentProcessor(ReaderProcess(attachmentReader()))};
     const LinuxMachineFacts machineFacts;
     std::optional<MacInfo> machine;
 
@@ -77,6 +85,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         browserWindow,
         updates,
         localModel,
+        attachments,
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
         [&machine, &machineFacts] {
             if (!machine)

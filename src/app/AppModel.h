@@ -36,6 +36,8 @@ public:
     BrowserWindowPort &browserWindow() const { return m_services.browserWindow; }
     UpdatePort &updates() const { return m_services.updates; }
     Announcer &announcer() const { return m_services.announcer; }
+    AttachmentService &attachmentService() const { return m_services.attachments; }
+    Scheduler &scheduler() const { return m_services.scheduler; }
     /// One sentence on this computer.
     QString machineSummary() const { return m_services.machineSummary(); }
 

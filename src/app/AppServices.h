@@ -10,6 +10,7 @@ namespace morvane {
 
 class AIService;
 class Announcer;
+class AttachmentService;
 class BrowserWindowPort;
 class ConversationStore;
 class LocalModelRuntime;
@@ -31,6 +32,7 @@ struct AppServices {
     BrowserWindowPort &browserWindow;
     UpdatePort &updates;
     LocalModelRuntime &localModel;
+    AttachmentService &attachments;
     /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
     std::function<Task<QString>(ToolPermit)> executeTool;
     /// One sentence on the machine, for the system prompt.

@@ -12,7 +12,7 @@ AppFixture::AppFixture()
     settings->setModel(QStringLiteral("scripted"));
     store = std::make_unique<ConversationStore>(home.path() + QStringLiteral("/data/Conversations"));
     services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
-                                   toolServers, browserWindow, updates, localModel,
+                                   toolServers, browserWindow, updates, localModel, attachments,
                                    [this](ToolPermit permit) { return executeTool(std::move(permit)); },
                                    [] { return QStringLiteral("Test machine."); }});
     start();

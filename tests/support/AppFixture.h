@@ -7,6 +7,7 @@
 #include "store/SettingsStore.h"
 #include "support/FakeAIService.h"
 #include "support/FakeAnnouncer.h"
+#include "support/FakeAttachments.h"
 #include "support/FakeClock.h"
 #include "support/FakeKeychain.h"
 #include "support/FakePorts.h"
@@ -52,6 +53,7 @@ protected:
     FakeBrowserWindow browserWindow;
     FakeUpdates updates;
     FakeLocalModel localModel;
+    FakeAttachments attachments;
     std::unique_ptr<AppServices> services;
     std::unique_ptr<AppModel> model;
 

@@ -30,14 +30,22 @@ QString fileName(Symbol symbol)
         return QStringLiteral("cross");
     case Symbol::crossCircle:
         return QStringLiteral("cross-circle");
+    case Symbol::document:
+        return QStringLiteral("document");
+    case Symbol::documentPlain:
+        return QStringLiteral("document-plain");
     case Symbol::gear:
         return QStringLiteral("gear");
     case Symbol::globe:
         return QStringLiteral("globe");
     case Symbol::list:
         return QStringLiteral("list");
+    case Symbol::octagonExclamation:
+        return QStringLiteral("octagon-exclamation");
     case Symbol::paperclip:
         return QStringLiteral("paperclip");
+    case Symbol::photo:
+        return QStringLiteral("photo");
     case Symbol::question:
         return QStringLiteral("question");
     case Symbol::shieldExclamation:

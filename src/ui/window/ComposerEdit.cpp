@@ -1,7 +1,10 @@
 #include "ui/window/ComposerEdit.h"
 
+#include "ui/window/FileDropFilter.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QTextDocument>
 #include <algorithm>
 #include <cmath>
@@ -11,6 +14,20 @@ namespace morvane {
 namespace {
 
 constexpr int maximumLines = 8;
+
+/// The extension of the best format in which the data holds a picture; empty if in none.
+QString imageExtension(const QMimeData *data)
+{
+    // A cell of a spreadsheet or a paragraph also comes as a picture of itself; it is meant as text.
+    if (data->hasFormat(QStringLiteral("text/plain")))
+        return {};
+    for (const char *extension : {"png", "jpeg", "webp", "gif", "tiff", "bmp"}) {
+        const QString name = QString::fromLatin1(extension);
+        if (data->formats().contains(QStringLiteral("image/") + name))
+            return name;
+    }
+    return {};
+}
 
 } // namespace
 
@@ -37,6 +54,43 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
         return;
     }
     QPlainTextEdit::keyPressEvent(event);
+}
+
+bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
+{
+    return QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
+           !imageExtension(source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty();
+}
+
+void ComposerEdit::insertFromMimeData(const QMimeData *source)
+{
+    const auto pastedName = QStringLiteral("Pasted image.");
+    if (const QList<QUrl> files = FileDropFilter::filesOf(source); !files.isEmpty()) {
+        Q_EMIT filesPasted(files);
+    } else if (const QString extension = imageExtension(source); !extension.isEmpty()) {
+        Q_EMIT imagePasted(source->data(QStringLiteral("image/") + extension), pastedName + extension);
+    } else if (source->hasImage() && !source->hasText()) {
+        Q_EMIT ownImagePasted(qvariant_cast<QImage>(source->imageData()), pastedName + QStringLiteral("png"));
+    } else {
+        QPlainTextEdit::insertFromMimeData(source);
+    }
+}
+
+void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)
+{
+    // Files go to whoever takes them for the whole window.
+    if (FileDropFilter::filesOf(event->mimeData()).isEmpty())
+        QPlainTextEdit::dragEnterEvent(event);
+    else
+        event->ignore();
+}
+
+void ComposerEdit::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (FileDropFilter::filesOf(event->mimeData()).isEmpty())
+        QPlainTextEdit::dragMoveEvent(event);
+    else
+        event->ignore();
 }
 
 void ComposerEdit::resizeEvent(QResizeEvent *event)

@@ -2,18 +2,27 @@
 
 #include "app/AppModel.h"
 #include "base/Text.h"
+#include "store/SettingsStore.h"
+#include "ui/controls/NoteLabel.h"
+#include "ui/controls/SymbolLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
+#include "ui/window/AttachmentChips.h"
 #include "ui/window/ComposerEdit.h"
+#include "ui/window/FileDialogFilters.h"
 
+#include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QProgressBar>
 #include <QToolButton>
 
 namespace morvane {
 
 namespace {
+
+constexpr int progressWidth = 80;
 
 QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
@@ -26,37 +35,106 @@ QToolButton *roundButton(const QIcon &icon, const QString &label)
     return button;
 }
 
+/// Widgets side by side; the last takes the room. Hidden at first.
+QWidget *makeRow(const QList<QWidget *> &widgets)
+{
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins({});
+    for (QWidget *widget : widgets)
+        layout->addWidget(widget, widget == widgets.constLast() ? 1 : 0);
+    row->hide();
+    return row;
+}
+
+QWidget *makeVisionWarning()
+{
+    auto *text = new NoteLabel(
+        QStringLiteral("The current model can't see images — switch to a vision model to send them."),
+        NoteLabel::Tone::warning);
+    text->setAccessibleName(QStringLiteral(
+        "Warning: the current model can't see images. Switch to a vision model to send them."));
+    return makeRow({new SymbolLabel(Symbol::octagonExclamation, &ThemeColors::warning), text});
+}
+
 } // namespace
 
 ComposerView::ComposerView(AppModel &model, QWidget *parent)
-    : QWidget(parent), m_model(model), m_edit(new ComposerEdit),
+    : QWidget(parent), m_model(model), m_attachments(model), m_chips(new AttachmentChips),
+      m_warning(makeVisionWarning()), m_processing(nullptr), m_progress(new QProgressBar),
+      m_edit(new ComposerEdit),
+      m_attach(roundButton(symbolIcon(Symbol::paperclip), QStringLiteral("Attach a file or image"))),
       m_send(roundButton(symbolIcon(Symbol::arrowUp), QStringLiteral("Send message"))),
       m_stop(roundButton(symbolIcon(Symbol::stop), QStringLiteral("Stop generating"))), m_note(new QLabel)
 {
     m_note->setTextFormat(Qt::PlainText);
     m_note->setForegroundRole(QPalette::PlaceholderText);
     m_note->setWordWrap(true);
+    m_attach->setAccessibleDescription(
+        QStringLiteral("Adds images, PDFs, or text files to your next message."));
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(12, 10, 12, 8);
     grid->setSpacing(6);
-    grid->addWidget(m_edit, 0, 0);
-    grid->addWidget(m_send, 0, 1, Qt::AlignBottom);
-    grid->addWidget(m_stop, 0, 1, Qt::AlignBottom);
-    grid->addWidget(m_note, 1, 0, 1, 2);
-    grid->setColumnStretch(0, 1);
+    grid->addWidget(makeAttachmentArea(), 0, 0, 1, 3);
+    grid->addWidget(m_attach, 1, 0, Qt::AlignBottom);
+    grid->addWidget(m_edit, 1, 1);
+    grid->addWidget(m_send, 1, 2, Qt::AlignBottom);
+    grid->addWidget(m_stop, 1, 2, Qt::AlignBottom);
+    grid->addWidget(m_note, 2, 0, 1, 3);
+    grid->setColumnStretch(1, 1);
 
     connect(m_edit, &ComposerEdit::sendRequested, this, [this] {
         if (canSend())
             send();
     });
     connect(m_edit, &QPlainTextEdit::textChanged, this, &ComposerView::updateState);
+    connect(m_attach, &QToolButton::clicked, this, &ComposerView::openFileDialog);
     connect(m_send, &QToolButton::clicked, this, &ComposerView::send);
     connect(m_stop, &QToolButton::clicked, &model, &AppModel::cancel);
     connect(&model, &AppModel::isBusyChanged, this, &ComposerView::updateState);
     connect(&model, &AppModel::updateStateChanged, this, &ComposerView::updateState);
     connect(&model, &AppModel::suggestedPrompt, this, &ComposerView::takeSuggestion);
+    connectAttachments();
     updateState();
+}
+
+QWidget *ComposerView::makeAttachmentArea()
+{
+    m_progress->setRange(0, 0);
+    m_progress->setTextVisible(false);
+    m_progress->setFixedWidth(progressWidth);
+    m_processing = makeRow({m_progress, new NoteLabel(QStringLiteral("Processing attachment"))});
+
+    auto *area = new QWidget;
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins({});
+    column->setSpacing(6);
+    for (QWidget *part : {static_cast<QWidget *>(m_chips), m_warning, m_processing})
+        column->addWidget(part);
+    return area;
+}
+
+void ComposerView::connectAttachments()
+{
+    connect(m_edit, &ComposerEdit::filesPasted, this, &ComposerView::handleFiles);
+    connect(m_edit, &ComposerEdit::imagePasted, this,
+            [this](const QByteArray &data, const QString &name) { m_attachments.handleImage(data, name); });
+    connect(m_edit, &ComposerEdit::ownImagePasted, this,
+            [this](const QImage &image, const QString &name) { m_attachments.handleImage(image, name); });
+    connect(m_chips, &AttachmentChips::removeRequested, &m_attachments,
+            &PendingAttachments::removeAttachment);
+    connect(m_chips, &AttachmentChips::focusLeft, this, &ComposerView::focusDraft);
+    connect(&m_attachments, &PendingAttachments::attachmentsChanged, this, [this] {
+        m_chips->setAttachments(m_attachments.attachments());
+        updateState();
+    });
+    connect(&m_attachments, &PendingAttachments::processingCountChanged, this, [this] {
+        updateProcessing();
+        updateState();
+    });
+    // Provider and model decide whether pictures are seen.
+    connect(&m_model.settings(), &SettingsStore::changed, this, &ComposerView::updateState);
 }
 
 QString ComposerView::draft() const
@@ -66,16 +144,25 @@ QString ComposerView::draft() const
 
 bool ComposerView::canSend() const
 {
-    return !trimmed(draft()).isEmpty() && !m_model.isBusy() && !m_model.isUpdateRequired();
+    const bool hasContent = !trimmed(draft()).isEmpty() || !m_attachments.attachments().isEmpty();
+    return hasContent && !m_model.isBusy() && m_attachments.processingCount() == 0 &&
+           !m_model.isUpdateRequired();
 }
 
 void ComposerView::send()
 {
-    if (trimmed(draft()).isEmpty())
+    if (trimmed(draft()).isEmpty() && m_attachments.attachments().isEmpty())
         return;
-    if (m_model.send(draft(), {}))
+    if (m_model.send(draft(), m_attachments.attachments())) {
         m_edit->clear();
+        m_attachments.clear();
+    }
     focusDraft();
+}
+
+void ComposerView::handleFiles(const QList<QUrl> &urls)
+{
+    m_attachments.handleFiles(urls);
 }
 
 void ComposerView::takeSuggestion(const QString &prompt)
@@ -90,33 +177,81 @@ void ComposerView::focusDraft()
     m_edit->setFocus(Qt::OtherFocusReason);
 }
 
+void ComposerView::openFileDialog()
+{
+    if (m_dialog) {
+        m_dialog->raise();
+        m_dialog->activateWindow();
+        return;
+    }
+    m_dialog = new QFileDialog(this, m_attach->accessibleName());
+    m_dialog->setAttribute(Qt::WA_DeleteOnClose);
+    m_dialog->setFileMode(QFileDialog::ExistingFiles);
+    m_dialog->setOption(QFileDialog::HideNameFilterDetails);
+    m_dialog->setNameFilters(fileDialogFilters());
+    connect(m_dialog, &QFileDialog::urlsSelected, this, &ComposerView::handleFiles);
+    connect(m_dialog, &QFileDialog::finished, this, &ComposerView::focusDraft);
+    m_dialog->open();
+}
+
 void ComposerView::updateState()
+{
+    updateSendButton();
+    updateNote();
+    m_warning->setVisible(m_attachments.hasUnseenImage());
+}
+
+void ComposerView::updateSendButton()
 {
     const bool busy = m_model.isBusy();
     const bool sendable = canSend();
+    const bool lacksInput = trimmed(draft()).isEmpty() && m_attachments.attachments().isEmpty();
     // Focus must not fall out of the composer when one button takes the other's place.
     const bool buttonHadFocus = m_send->hasFocus() || m_stop->hasFocus();
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
-    m_send->setAccessibleName(sendable || busy
-                                  ? QStringLiteral("Send message")
-                                  : QStringLiteral("Send message. Add a message or an attachment first."));
+    m_send->setAccessibleName(lacksInput && !busy
+                                  ? QStringLiteral("Send message. Add a message or an attachment first.")
+                                  : QStringLiteral("Send message"));
     if (buttonHadFocus)
         focusDraft();
+}
+
+void ComposerView::updateNote()
+{
     if (m_model.isUpdateRequired())
         m_note->setText(QStringLiteral("This update is required to continue. Please update Morvane now."));
-    else if (busy)
+    else if (m_model.isBusy())
         m_note->setText(QStringLiteral("Morvane is responding…"));
     else
         m_note->setText(QStringLiteral("Return to send · ⌘N for a new conversation"));
 }
 
+void ComposerView::updateProcessing()
+{
+    const int count = m_attachments.processingCount();
+    m_processing->setVisible(count > 0);
+    m_progress->setAccessibleName(QStringLiteral("Processing %1 attachments").arg(count));
+}
+
+void ComposerView::setDropMark(bool shown)
+{
+    m_hasDropMark = shown;
+    update();
+}
+
 void ComposerView::paintEvent(QPaintEvent *)
 {
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
     QPainter painter(this);
-    painter.setPen(ThemeColors::fromPalette(palette()).border);
-    painter.drawLine(0, 0, width(), 0);
+    if (m_hasDropMark) {
+        painter.setPen(QPen(colors.focusRing, 2));
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    } else {
+        painter.setPen(colors.border);
+        painter.drawLine(0, 0, width(), 0);
+    }
 }
 
 } // namespace morvane

@@ -1,17 +1,23 @@
 #pragma once
 
+#include "app/PendingAttachments.h"
+
+#include <QPointer>
 #include <QWidget>
 
+class QFileDialog;
 class QLabel;
+class QProgressBar;
 class QToolButton;
 
 namespace morvane {
 
 class AppModel;
+class AttachmentChips;
 class ComposerEdit;
 
-/// Where the user writes a message, sends it and stops the answer. Holds the draft; the model sees the text
-/// only when it is sent.
+/// Where the user writes a message, attaches files to it, sends it and stops the answer. Holds the draft; the
+/// model sees text and files only when they are sent.
 class ComposerView : public QWidget {
     Q_OBJECT
 public:
@@ -20,21 +26,41 @@ public:
     /// Whether the draft may be sent now.
     bool canSend() const;
     QString draft() const;
+    PendingAttachments &attachments() { return m_attachments; }
     void focusDraft();
+
+    /// Reads files from a drop or the file dialog.
+    void handleFiles(const QList<QUrl> &urls);
+    /// Shows that files which hang over the window can be dropped.
+    void setDropMark(bool shown);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void connectAttachments();
+    QWidget *makeAttachmentArea();
     void send();
     void takeSuggestion(const QString &prompt);
+    void openFileDialog();
     void updateState();
+    void updateSendButton();
+    void updateNote();
+    void updateProcessing();
 
     AppModel &m_model;
+    PendingAttachments m_attachments;
+    AttachmentChips *m_chips;
+    QWidget *m_warning;
+    QWidget *m_processing;
+    QProgressBar *m_progress;
     ComposerEdit *m_edit;
+    QToolButton *m_attach;
     QToolButton *m_send;
     QToolButton *m_stop;
     QLabel *m_note;
+    QPointer<QFileDialog> m_dialog;
+    bool m_hasDropMark = false;
 };
 
 } // namespace morvane

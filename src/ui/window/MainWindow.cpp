@@ -8,6 +8,7 @@
 #include "ui/sheets/QuestionView.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/ConversationListView.h"
+#include "ui/window/FileDropFilter.h"
 #include "ui/window/HeaderView.h"
 #include "ui/window/LocalModelBanner.h"
 #include "ui/window/StatusBarView.h"
@@ -82,6 +83,10 @@ QWidget *MainWindow::makeDetail()
     column->addWidget(m_region, 1);
     column->addWidget(m_composer);
     column->addWidget(new StatusBarView(m_model));
+
+    auto *drops = new FileDropFilter(detail);
+    connect(drops, &FileDropFilter::filesDropped, m_composer, &ComposerView::handleFiles);
+    connect(drops, &FileDropFilter::hoveringChanged, m_composer, &ComposerView::setDropMark);
     return detail;
 }
 

@@ -1,0 +1,121 @@
+#include "app/PendingAttachments.h"
+
+#include "app/AppModel.h"
+#include "async/Cancelled.h"
+#include "async/OffMain.h"
+#include "async/Scheduler.h"
+#include "attachments/AttachmentError.h"
+#include "attachments/AttachmentService.h"
+
+#include <QBuffer>
+#include <algorithm>
+
+namespace morvane {
+namespace {
+
+Task<ChatAttachment> encodeAndProcess(AttachmentService *service, QImage image, QString filename)
+{
+    const QByteArray png = co_await runOffMain([image = std::move(image)] {
+        QBuffer buffer;
+        image.save(&buffer, "png");
+        return buffer.data();
+    });
+    co_return co_await service->processImage(png, filename);
+}
+
+} // namespace
+
+PendingAttachments::PendingAttachments(AppModel &model, QObject *parent) : QObject(parent), m_model(model) {}
+
+PendingAttachments::~PendingAttachments()
+{
+    for (TaskHandle<void> &task : m_tasks)
+        task.cancel();
+}
+
+bool PendingAttachments::hasUnseenImage() const
+{
+    const bool hasImage =
+        std::any_of(m_attachments.begin(), m_attachments.end(), [](const ChatAttachment &attachment) {
+            return attachment.kind == AttachmentKind::image;
+        });
+    return hasImage && !m_model.modelSeesImages();
+}
+
+void PendingAttachments::handleFiles(const QList<QUrl> &urls)
+{
+    for (const QUrl &url : urls)
+        begin(m_model.attachmentService().process(url), url.adjusted(QUrl::StripTrailingSlash).fileName());
+}
+
+void PendingAttachments::handleImage(const QByteArray &data, const QString &filename)
+{
+    begin(m_model.attachmentService().processImage(data, filename), filename);
+}
+
+void PendingAttachments::handleImage(const QImage &image, const QString &filename)
+{
+    begin(encodeAndProcess(&m_model.attachmentService(), image, filename), filename);
+}
+
+void PendingAttachments::begin(Task<ChatAttachment> work, const QString &filename)
+{
+    ++m_processingCount;
+    Q_EMIT processingCountChanged();
+    m_model.status().announce(QStringLiteral("Attaching ") + filename + QStringLiteral("…"));
+    m_tasks.removeIf([](const TaskHandle<void> &task) { return task.done(); });
+    m_tasks.append(m_model.scheduler().spawn(attach(this, std::move(work), filename)));
+}
+
+Task<void> PendingAttachments::attach(QPointer<PendingAttachments> self, Task<ChatAttachment> work,
+                                      QString filename)
+{
+    std::optional<ChatAttachment> attachment;
+    QString failure;
+    try {
+        attachment = co_await std::move(work);
+    } catch (const Cancelled &) {
+        throw;
+    } catch (const AttachmentError &error) {
+        failure = error.message();
+    } catch (const std::exception &) {
+        // The system has no thread, no descriptor or no memory left.
+        failure = QStringLiteral("Could not read \"") + filename + QStringLiteral("\".");
+    }
+    if (self)
+        self->finish(attachment, failure);
+}
+
+void PendingAttachments::finish(const std::optional<ChatAttachment> &attachment, const QString &failure)
+{
+    --m_processingCount;
+    if (attachment) {
+        m_attachments.append(*attachment);
+        Q_EMIT attachmentsChanged();
+    }
+    Q_EMIT processingCountChanged();
+    m_model.status().announce(
+        attachment ? QStringLiteral("Attached ") + attachment->filename + QLatin1Char('.') : failure);
+}
+
+void PendingAttachments::removeAttachment(QUuid id)
+{
+    const auto found = std::find_if(m_attachments.begin(), m_attachments.end(),
+                                    [id](const ChatAttachment &attachment) { return attachment.id == id; });
+    if (found == m_attachments.end())
+        return;
+    const QString filename = found->filename;
+    m_attachments.erase(found);
+    Q_EMIT attachmentsChanged();
+    m_model.status().announce(QStringLiteral("Removed attachment ") + filename);
+}
+
+void PendingAttachments::clear()
+{
+    if (m_attachments.isEmpty())
+        return;
+    m_attachments.clear();
+    Q_EMIT attachmentsChanged();
+}
+
+} // namespace morvane

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "async/TaskHandle.h"
+#include "model/ChatAttachment.h"
+
+#include <QImage>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+namespace morvane {
+
+class AppModel;
+
+/// The files that wait to go with the next message, and those that are being read. Speaks what becomes of
+/// each. Main thread.
+class PendingAttachments : public QObject {
+    Q_OBJECT
+public:
+    /// `model` must outlive the object.
+    explicit PendingAttachments(AppModel &model, QObject *parent = nullptr);
+    /// Ends the reading of files.
+    ~PendingAttachments() override;
+
+    /// In the order in which they were read.
+    const QList<ChatAttachment> &attachments() const { return m_attachments; }
+    /// Files being read now.
+    int processingCount() const { return m_processingCount; }
+    /// Whether a picture waits that the current model cannot see.
+    bool hasUnseenImage() const;
+
+    /// Reads files in the background, each on its own: one that fails does not stop the others.
+    void handleFiles(const QList<QUrl> &urls);
+    /// The same for the bytes of a picture that is not in a file.
+    void handleImage(const QByteArray &data, const QString &filename);
+    /// The same for a picture that has no bytes yet.
+    void handleImage(const QImage &image, const QString &filename);
+
+    void removeAttachment(QUuid id);
+    /// After a message that took them along.
+    void clear();
+
+Q_SIGNALS:
+    void attachmentsChanged();
+    void processingCountChanged();
+
+private:
+    static Task<void> attach(QPointer<PendingAttachments> self, Task<ChatAttachment> work, QString filename);
+    void begin(Task<ChatAttachment> work, const QString &filename);
+    void finish(const std::optional<ChatAttachment> &attachment, const QString &failure);
+
+    AppModel &m_model;
+    QList<ChatAttachment> m_attachments;
+    int m_processingCount = 0;
+    QList<TaskHandle<void>> m_tasks;
+};
+
+} // namespace morvane

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "async/OneShot.h"
+#include "async/Outcome.h"
+#include "attachments/AttachmentError.h"
+#include "attachments/AttachmentProcessor.h"
+#include "attachments/AttachmentService.h"
+
+#include <QList>
+
+namespace morvane {
+
+/// Attaches every file at once under its name and with the kind of its extension, unless a test holds the
+/// files back or names failures.
+class FakeAttachments final : public AttachmentService {
+public:
+    Task<ChatAttachment> process(QUrl url) override
+    {
+        processed.append(url.fileName());
+        return answer(url.fileName(), AttachmentProcessor::detectKind(url, std::nullopt));
+    }
+    Task<ChatAttachment> processImage(QByteArray data, QString filename) override
+    {
+        processed.append(filename);
+        images.append(data);
+        return answer(filename, AttachmentKind::image);
+    }
+
+    /// Lets the oldest file that is held back go on.
+    void release() { m_held.takeFirst().resume(true); }
+
+    QStringList processed;
+    QList<QByteArray> images; ///< The bytes of those that were in no file.
+    QStringList failing;      ///< Files that fail with "Cannot attach {name}."
+    bool holds = false;
+
+private:
+    Task<ChatAttachment> answer(QString filename, AttachmentKind kind)
+    {
+        if (holds) {
+            const OneShot<bool> held;
+            m_held.append(held);
+            co_await held.wait();
+        }
+        if (failing.contains(filename))
+            throw AttachmentError(QStringLiteral("Cannot attach ") + filename + QLatin1Char('.'));
+        ChatAttachment attachment;
+        attachment.id = QUuid::createUuid();
+        attachment.filename = filename;
+        attachment.kind = kind;
+        if (kind == AttachmentKind::image) {
+            attachment.data = QByteArray("image bytes");
+            attachment.mimeType = QStringLiteral("image/png");
+        }
+        co_return attachment;
+    }
+
+    QList<OneShot<bool>> m_held;
+};
+
+} // namespace morvane
