@@ -8,7 +8,7 @@
 #include "attachments/AttachmentWorkers.h"
 #include "base/AtomicFile.h"
 #include "base/DataFolders.h"
-#include "localmodel/MacInfo.h"
+#include "localmodel/MachineProfile.h"
 #include "localmodel/OllamaRuntime.h"
 #include "net/HttpClient.h"
 #include "platform/NoKeychain.h"
@@ -27,9 +27,10 @@
 #include "ui/window/MainWindow.h"
 
 #include <QApplication>
+#include <QThreadPool>
 #include <QTimer>
 #include <cstdio>
-#include <optional>
+#include <cstdlib>
 #include <tuple>
 
 using namespace morvane;
@@ -38,6 +39,11 @@ namespace {
 
 /// How long tasks may take to end with the program; what is slower is dropped.
 constexpr std::chrono::milliseconds shutdownLimit{1000};
+
+/// Threads for work off the main thread. Most of that work waits for disks, and a tool that takes minutes
+/// goes on after its request was cancelled: a pool of one thread for each processor would soon have none left
+/// to build the next request on. Threads end when they are idle.
+constexpr int mostWorkers = 32;
 
 /// What the desktop left in the environment for the window of this start. The application object takes the
 /// variables out later, so that programs which Morvane starts do not use them a second time.
@@ -72,7 +78,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
     AttachmentWorkers attachments{AttachmentProcessor(ReaderProcess(attachmentReader()))};
     const LinuxMachineFacts machineFacts;
-    std::optional<MacInfo> machine;
+    const MachineProfile machine(machineFacts);
 
     const AppServices services{
         scheduler,
@@ -87,11 +93,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         localModel,
         attachments,
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
-        [&machine, &machineFacts] {
-            if (!machine)
-                machine = MacInfo::read(machineFacts);
-            return machine->summary();
-        },
+        [&machine] { return machine.current().summary(); },
     };
     AppModel model(services);
     LinuxColorScheme colorScheme;
@@ -134,5 +136,11 @@ int main(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
     application.setProperty("buildNumber", MORVANE_BUILD_NUMBER);
     QApplication::setDesktopFileName(QStringLiteral("morvane"));
-    return runProgram(application, instance);
+    QThreadPool::globalInstance()->setMaxThreadCount(mostWorkers);
+    const int status = runProgram(application, instance);
+    // By now all is saved. The application's end would wait for whatever still works off the main thread,
+    // such as a search of a whole disk, and hold the lock of the single instance meanwhile.
+    if (!QThreadPool::globalInstance()->waitForDone(int(shutdownLimit.count())))
+        std::_Exit(status);
+    return status;
 }
