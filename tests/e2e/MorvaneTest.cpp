@@ -35,7 +35,13 @@ MorvaneSession &MorvaneTest::start(std::vector<ScriptedTurn> turns)
 
 void MorvaneTest::TearDown()
 {
-    if (HasFailure() && m_session) {
+    if (!m_session)
+        return;
+    if (!HasFailure()) {
+        m_session->quit(); // leaks are looked for at the end only
+        EXPECT_EQ(m_session->sanitizerReport(), QString());
+    }
+    if (HasFailure()) {
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
         const QString folder =
             QStringLiteral(MORVANE_EVIDENCE_FOLDER "/%1.%2")
@@ -44,6 +50,13 @@ void MorvaneTest::TearDown()
         std::cout << "evidence: " << folder.toStdString() << '\n';
     }
     m_session.reset();
+}
+
+QString MorvaneTest::lastResult(MorvaneSession &morvane)
+{
+    const auto requests = morvane.model().requests();
+    const auto &messages = requests.back().json.at("messages").as_array();
+    return QString::fromStdString(messages.back().at("content").as_string().c_str());
 }
 
 ScriptedTurn callingTool(const std::string &name, const std::string &arguments)

@@ -26,6 +26,9 @@ protected:
 
     void TearDown() override;
 
+    /// What the model was told last: the result of a tool call, as long as nothing follows it.
+    static QString lastResult(MorvaneSession &morvane);
+
 private:
     static std::unique_ptr<PrivateDesktop> s_desktop;
     std::unique_ptr<MorvaneSession> m_session;

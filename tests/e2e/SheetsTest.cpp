@@ -32,14 +32,6 @@ protected:
             });
         });
     }
-
-    /// What the model was told of its last tool call.
-    static QString lastResult(MorvaneSession &morvane)
-    {
-        const auto requests = morvane.model().requests();
-        const auto &messages = requests.back().json.at("messages").as_array();
-        return QString::fromStdString(messages.back().at("content").as_string().c_str());
-    }
 };
 
 TEST_F(SheetsTest, EscapeDeniesAndTheRunGoesOn)

@@ -76,8 +76,20 @@ void MorvaneSession::start()
 
 void MorvaneSession::quit()
 {
-    m_program->process().end();
+    if (isRunning())
+        m_program->process().end();
     m_program.reset();
+}
+
+QString MorvaneSession::sanitizerReport() const
+{
+    QFile log(m_home + QStringLiteral("/morvane.log"));
+    if (!log.open(QIODevice::ReadOnly))
+        return {};
+    const QString text = QString::fromUtf8(log.readAll());
+    static const QRegularExpression report(QStringLiteral("(ERROR: \\w+Sanitizer|runtime error: ).*"),
+                                           QRegularExpression::DotMatchesEverythingOption);
+    return report.match(text).captured();
 }
 
 std::unique_ptr<ChildProcess> MorvaneSession::startAgain() const

@@ -24,13 +24,18 @@ public:
 
     /// Starts the program and waits until its window takes keys.
     void start();
-    /// Ends the program as the session's end would.
+    /// Ends the program as the session's end would, if it runs.
     void quit();
+    /// What the sanitizers said of the program, from its first start on; empty without a report.
+    QString sanitizerReport() const;
     /// A further start of the program in the same home, beside the first.
     std::unique_ptr<ChildProcess> startAgain() const;
 
     /// Whether the program has been started and still runs.
     bool isRunning() const { return m_program && m_program->process().isRunning(); }
+
+    /// The user's home folder of this session.
+    const QString &home() const { return m_home; }
 
     AccessibleProgram &program() { return *m_program; }
     AnnouncementRecorder &ear() { return *m_ear; }

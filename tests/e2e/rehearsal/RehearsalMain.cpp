@@ -16,7 +16,7 @@ using namespace morvane;
 
 namespace {
 
-const auto request = QStringLiteral("What day is it, and how many hours are left in a leap year?");
+const auto request = QStringLiteral("How many hours has a leap year? Write it to two files.");
 
 constexpr auto script = R"json({
   "title": "Hours in a leap year",
@@ -25,8 +25,11 @@ constexpr auto script = R"json({
      "calls": [{"name": "get_current_datetime", "arguments": {}}]},
     {"text": "Now the multiplication.",
      "calls": [{"name": "calculate", "arguments": {"expression": "366 * 24"}}]},
+    {"calls": [{"name": "write_file", "arguments": {"path": "~/hours.txt", "content": "8784 hours"}}]},
+    {"calls": [{"name": "write_file", "arguments": {"path": "~/again.txt", "content": "8784 hours"}}]},
     {"text": ["A leap year has **8784 hours**:\n\n", "- 366 days\n- 24 hours each\n\n",
-              "```python\nprint(366 * 24)\n```\n"]}
+              "```python\nprint(366 * 24)\n```\n\nThe first file is written; ",
+              "you did not want the second."]}
   ]
 })json";
 
@@ -58,6 +61,19 @@ QStringList rowsOf(const AccessibleNode &tree)
     return rows;
 }
 
+/// Answers the sheet that asks whether the file may be written.
+void answer(MorvaneSession &morvane, const QString &file, const QString &button)
+{
+    const QString asked = QStringLiteral("Morvane wants to write a file at ~/%1. Do you allow it?").arg(file);
+    expect(morvane.ear().hears(asked), QStringLiteral("\"%1\" was not heard").arg(asked));
+    morvane.program().find(button).press();
+}
+
+bool isWritten(const MorvaneSession &morvane, const QString &file)
+{
+    return QFileInfo::exists(morvane.home() + u'/' + file);
+}
+
 void play(MorvaneSession &morvane)
 {
     morvane.start();
@@ -68,6 +84,8 @@ void play(MorvaneSession &morvane)
     for (const QString &text : heardEarly) {
         expect(morvane.ear().hears(text), QStringLiteral("\"%1\" was not heard").arg(text));
     }
+    answer(morvane, QStringLiteral("hours.txt"), QStringLiteral("Allow the action"));
+    answer(morvane, QStringLiteral("again.txt"), QStringLiteral("Deny the action"));
     const auto title = QStringLiteral("Conversation summarized as: Hours in a leap year.");
     expect(morvane.ear().hears(title), QStringLiteral("\"%1\" was not heard").arg(title));
     expect(morvane.hasStatus(QStringLiteral("Ready")), QStringLiteral("the status did not become \"Ready\""));
@@ -77,6 +95,8 @@ void play(MorvaneSession &morvane)
     expect(morvane.program().shows(isAnswer), QStringLiteral("the answer is not in the conversation"));
     expect(morvane.activity().filter(QStringLiteral("calculate returned: The result is 8784.")).size() == 1,
            QStringLiteral("the result of the calculation is not in the activity log"));
+    expect(isWritten(morvane, QStringLiteral("hours.txt")), QStringLiteral("the allowed file is not there"));
+    expect(!isWritten(morvane, QStringLiteral("again.txt")), QStringLiteral("the denied file was written"));
     expect(morvane.storedConversations().size() == 1, QStringLiteral("the conversation is not on disk"));
 }
 
