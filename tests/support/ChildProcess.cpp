@@ -11,6 +11,13 @@
 
 namespace morvane {
 
+namespace {
+
+/// In milliseconds; a program that looks for leaks at its end takes a while.
+constexpr int patienceWithTheEnd = 10000;
+
+} // namespace
+
 ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
                            const QProcessEnvironment &environment, QString logPath)
     : m_logPath(std::move(logPath))
@@ -46,7 +53,7 @@ void ChildProcess::end()
 {
     if (isRunning()) {
         m_process.terminate();
-        if (!m_process.waitForFinished(3000)) {
+        if (!m_process.waitForFinished(patienceWithTheEnd)) {
             kill();
         }
     }
