@@ -1,28 +1,11 @@
 // What the agent itself costs, without the window: a 20-turn loop of tool calls and one streamed answer of
 // 100,000 one-word tokens, over real sockets against the scripted model. Prints JSON.
 
-#include "app/AppModel.h"
-#include "app/BrowserWindowPort.h"
-#include "app/NotificationPort.h"
-#include "app/ToolServerPort.h"
-#include "app/UpdatePort.h"
-#include "async/Scheduler.h"
-#include "async/SystemClock.h"
-#include "localmodel/OllamaRuntime.h"
-#include "net/HttpClient.h"
-#include "platform/NoKeychain.h"
-#include "providers/HttpAIService.h"
-#include "store/ConversationStore.h"
-#include "store/SettingsStore.h"
-#include "support/FakeAnnouncer.h"
-#include "support/FakeAttachments.h"
-#include "support/RunTask.h"
+#include "BenchAgent.h"
+
 #include "support/ScriptedModel.h"
-#include "support/TemporaryHome.h"
-#include "tools/BuiltinTools.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <algorithm>
 #include <cstdio>
 #include <sys/resource.h>
@@ -67,62 +50,13 @@ ModelScript script()
     return script;
 }
 
-/// The agent as the program builds it, without its windows.
-struct Agent {
-    explicit Agent(const std::string &baseURL)
-    {
-        settings.setProviderID(ProviderID::custom);
-        settings.setModel(QStringLiteral("scripted"));
-        settings.setCustomBaseURL(QString::fromStdString(baseURL + "/v1"));
-        settings.setMaxSteps(200);
-    }
-    ~Agent() { scheduler.shutdown(std::chrono::seconds(2)); }
-
-    void ask(const QString &text)
-    {
-        if (!model.send(text, {}) || !waitUntil([this] { return !model.isBusy(); }, std::chrono::minutes(2)))
-            std::exit(1);
-    }
-
-    TemporaryHome home;
-    SystemClock clock;
-    Scheduler scheduler{clock};
-    HttpClient http;
-    NoKeychain keychain;
-    SettingsStore settings{home.path() + QStringLiteral("/Morvane.conf"), keychain};
-    ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
-    HttpAIService service{http};
-    BuiltinTools tools{http};
-    FakeAnnouncer announcer;
-    NoNotifications notifications;
-    NoToolServers toolServers;
-    NoBrowserWindow browserWindow;
-    NoUpdates updates;
-    FakeAttachments attachments;
-    OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
-    AppServices services{scheduler,
-                         settings,
-                         conversations,
-                         service,
-                         announcer,
-                         notifications,
-                         toolServers,
-                         browserWindow,
-                         updates,
-                         localModel,
-                         attachments,
-                         [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
-                         [] { return QStringLiteral("A benchmark."); }};
-    AppModel model{services};
-};
-
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     ScriptedModel server(script());
-    Agent agent(server.baseURL());
+    BenchAgent agent(server.baseURL());
 
     agent.ask(QStringLiteral("loop"));
     std::vector<double> turnTimes;
@@ -132,28 +66,19 @@ int main(int argc, char **argv)
     }
     std::sort(turnTimes.begin(), turnTimes.end());
 
-    double longestTurnOfTheLoop = 0;
-    QElapsedTimer sinceLastTick;
-    QTimer ticks;
-    QObject::connect(&ticks, &QTimer::timeout, &ticks, [&] {
-        longestTurnOfTheLoop = std::max(longestTurnOfTheLoop, double(sinceLastTick.nsecsElapsed()) / 1e6);
-        sinceLastTick.start();
-    });
     const double cpuBefore = processSeconds();
     const double mainBefore = mainThreadSeconds();
     QElapsedTimer wall;
     wall.start();
-    sinceLastTick.start();
-    ticks.start(0);
+    const StallWatch stalls;
     agent.ask(QStringLiteral("stream"));
     const double seconds = double(wall.nsecsElapsed()) / 1e9;
-    ticks.stop();
 
     std::printf("{\"tool_turn_ms\": {\"p50\": %.3f, \"max\": %.3f, \"turns\": %zu},\n"
                 " \"stream\": {\"tokens\": %zu, \"tokens_per_second\": %.0f, \"process_cpu_s\": %.3f, "
                 "\"main_thread_cpu_s\": %.3f, \"longest_stall_ms\": %.2f}}\n",
                 turnTimes[turnTimes.size() / 2], turnTimes.back(), turnTimes.size(), burstTokens,
                 double(burstTokens) / seconds, processSeconds() - cpuBefore, mainThreadSeconds() - mainBefore,
-                longestTurnOfTheLoop);
+                stalls.milliseconds());
     return 0;
 }

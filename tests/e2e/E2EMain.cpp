@@ -1,6 +1,7 @@
 #include "MorvaneTest.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <array>
 #include <gmock/gmock.h>
 
 namespace {
@@ -16,7 +17,11 @@ public:
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
+    // Fonts for the files that tests draw; by arguments, since the program under test inherits the
+    // environment.
+    std::array arguments{argv[0], const_cast<char *>("-platform"), const_cast<char *>("offscreen")};
+    int count = static_cast<int>(arguments.size());
+    QGuiApplication application(count, arguments.data());
     testing::InitGoogleMock(&argc, argv);
     testing::AddGlobalTestEnvironment(new DesktopEnvironment);
     return RUN_ALL_TESTS();

@@ -41,6 +41,7 @@ public:
     AnnouncementRecorder &ear() { return *m_ear; }
     const Keyboard &keyboard() const { return m_keyboard; }
     const XConnection &screen() const { return m_screen; }
+    QString display() const { return m_desktop.display(); }
     ScriptedModel &model() { return m_model; }
 
     /// Writes `text` into the message field through the accessibility bus and presses Return.

@@ -64,6 +64,14 @@ xcb_window_t XConnection::openWindow() const
     return window;
 }
 
+xcb_window_t XConnection::openHiddenWindow() const
+{
+    const xcb_window_t window = xcb_generate_id(m_connection);
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    return window;
+}
+
 QImage XConnection::screenshot() const
 {
     const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,
@@ -78,9 +86,7 @@ QImage XConnection::screenshot() const
 
 std::optional<QString> XConnection::clipboardText() const
 {
-    const xcb_window_t window = xcb_generate_id(m_connection);
-    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, 0, 0, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const xcb_window_t window = openHiddenWindow();
     const xcb_atom_t target = atom("MORVANE_TEST");
     xcb_convert_selection(m_connection, window, atom("CLIPBOARD"), atom("UTF8_STRING"), target,
                           XCB_CURRENT_TIME);

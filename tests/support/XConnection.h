@@ -31,6 +31,9 @@ public:
     /// A plain window of another program; it lasts as long as the connection.
     xcb_window_t openWindow() const;
 
+    /// A window that is never shown, to own or to ask for a selection.
+    xcb_window_t openHiddenWindow() const;
+
     QImage screenshot() const;
 
     /// The clipboard's text, from whoever owns it; nothing without an owner or an answer in time.

@@ -1,6 +1,7 @@
 #include "attachments/reader/ProcessLimits.h"
 
 #include "attachments/AttachmentLimits.h"
+#include "attachments/reader/SystemCallFilter.h"
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -38,6 +39,7 @@ void limitThisProcess()
     ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     // Nobody waits for the answer any more once the program is gone.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
+    static_cast<void>(filterSystemCalls());
 }
 
 } // namespace morvane

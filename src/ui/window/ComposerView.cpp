@@ -22,7 +22,7 @@ namespace morvane {
 
 namespace {
 
-constexpr int progressWidth = 80;
+constexpr QSize progressSize{80, 8};
 
 QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
@@ -54,7 +54,10 @@ QWidget *makeVisionWarning()
         NoteLabel::Tone::warning);
     text->setAccessibleName(QStringLiteral(
         "Warning: the current model can't see images. Switch to a vision model to send them."));
-    return makeRow({new SymbolLabel(Symbol::octagonExclamation, &ThemeColors::warning), text});
+    auto *symbol = new SymbolLabel(Symbol::octagonExclamation, &ThemeColors::warning);
+    QWidget *row = makeRow({symbol, text});
+    row->layout()->setAlignment(symbol, Qt::AlignTop);
+    return row;
 }
 
 } // namespace
@@ -103,7 +106,7 @@ QWidget *ComposerView::makeAttachmentArea()
 {
     m_progress->setRange(0, 0);
     m_progress->setTextVisible(false);
-    m_progress->setFixedWidth(progressWidth);
+    m_progress->setFixedSize(progressSize);
     m_processing = makeRow({m_progress, new NoteLabel(QStringLiteral("Processing attachment"))});
 
     auto *area = new QWidget;
@@ -189,7 +192,8 @@ void ComposerView::openFileDialog()
     m_dialog->setFileMode(QFileDialog::ExistingFiles);
     m_dialog->setOption(QFileDialog::HideNameFilterDetails);
     m_dialog->setNameFilters(fileDialogFilters());
-    connect(m_dialog, &QFileDialog::urlsSelected, this, &ComposerView::handleFiles);
+    // The toolkit's own dialog does not tell urlsSelected.
+    connect(m_dialog, &QFileDialog::accepted, this, [this] { handleFiles(m_dialog->selectedUrls()); });
     connect(m_dialog, &QFileDialog::finished, this, &ComposerView::focusDraft);
     m_dialog->open();
 }

@@ -13,6 +13,7 @@
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
 #include <QToolButton>
@@ -406,11 +407,23 @@ TEST_F(ComposerAttachmentsTest, PaperclipOpensOneDialogForSeveralFiles)
     ASSERT_EQ(dialogs.size(), 1);
     EXPECT_EQ(dialogs.first()->fileMode(), QFileDialog::ExistingFiles);
     EXPECT_EQ(dialogs.first()->nameFilters(), fileDialogFilters());
-    Q_EMIT dialogs.first()->urlsSelected({file(QStringLiteral("a.txt")), file(QStringLiteral("b.txt"))});
-    settle();
-    EXPECT_EQ(pendingNames().size(), 2);
     dialogs.first()->reject();
     EXPECT_EQ(view->focusWidget(), edit);
+}
+
+TEST_F(ComposerAttachmentsTest, FilesChosenInTheDialogAreAttached)
+{
+    const QString first = home.write(QStringLiteral("a.txt"), "a");
+    const QString second = home.write(QStringLiteral("b.txt"), "b");
+    button(QStringLiteral("Attach a file or image"))->click();
+    auto *dialog = view->findChild<QFileDialog *>();
+    ASSERT_NE(dialog, nullptr);
+    auto *name = dialog->findChild<QLineEdit *>();
+    name->setText(QLatin1Char('"') + first + QStringLiteral("\" \"") + second + QLatin1Char('"'));
+    QTest::keyClick(name, Qt::Key_Return);
+    settle();
+    EXPECT_EQ(view->findChild<QFileDialog *>(), nullptr);
+    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("a.txt"), QStringLiteral("b.txt")));
 }
 
 TEST_F(ComposerAttachmentsTest, ClosedComposerEndsTheReadingOfItsFiles)

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "app/BrowserWindowPort.h"
+#include "app/NotificationPort.h"
+#include "app/ToolServerPort.h"
+#include "app/UpdatePort.h"
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "localmodel/OllamaRuntime.h"
+#include "net/HttpClient.h"
+#include "platform/NoKeychain.h"
+#include "providers/HttpAIService.h"
+#include "store/ConversationStore.h"
+#include "store/SettingsStore.h"
+#include "support/FakeAnnouncer.h"
+#include "support/FakeAttachments.h"
+#include "support/RunTask.h"
+#include "support/TemporaryHome.h"
+#include "tools/BuiltinTools.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+namespace morvane {
+
+/// The longest time that the main thread was not given back to its event loop, as long as the object lives:
+/// by the clock, and in processor time, which other programs do not lengthen.
+class StallWatch {
+public:
+    StallWatch()
+    {
+        QObject::connect(&m_ticks, &QTimer::timeout, &m_ticks, [this] {
+            m_longest = std::max(m_longest, double(m_sinceLastTick.nsecsElapsed()) / 1e6);
+            m_longestWork = std::max(m_longestWork, processorMillisecondsNow() - m_workAtLastTick);
+            beginTick();
+        });
+        beginTick();
+        m_ticks.start(0);
+    }
+    double milliseconds() const { return m_longest; }
+    double processorMilliseconds() const { return m_longestWork; }
+
+private:
+    static double processorMillisecondsNow()
+    {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+    }
+    void beginTick()
+    {
+        m_workAtLastTick = processorMillisecondsNow();
+        m_sinceLastTick.start();
+    }
+
+    QElapsedTimer m_sinceLastTick;
+    QTimer m_ticks;
+    double m_longest = 0;
+    double m_longestWork = 0;
+    double m_workAtLastTick = 0;
+};
+
+/// The agent as the program builds it, without its windows.
+struct BenchAgent {
+    explicit BenchAgent(const std::string &baseURL)
+    {
+        settings.setProviderID(ProviderID::custom);
+        settings.setModel(QStringLiteral("scripted"));
+        settings.setCustomBaseURL(QString::fromStdString(baseURL + "/v1"));
+        settings.setMaxSteps(200);
+    }
+    ~BenchAgent() { scheduler.shutdown(std::chrono::seconds(2)); }
+
+    /// Sends a message and waits for the end of the run; a failure ends the benchmark.
+    void ask(const QString &text, const QList<ChatAttachment> &files = {})
+    {
+        if (!model.send(text, files) ||
+            !waitUntil([this] { return !model.isBusy(); }, std::chrono::minutes(2)))
+            std::exit(1);
+    }
+
+    TemporaryHome home;
+    SystemClock clock;
+    Scheduler scheduler{clock};
+    HttpClient http;
+    NoKeychain keychain;
+    SettingsStore settings{home.path() + QStringLiteral("/Morvane.conf"), keychain};
+    ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
+    HttpAIService service{http};
+    BuiltinTools tools{http};
+    FakeAnnouncer announcer;
+    NoNotifications notifications;
+    NoToolServers toolServers;
+    NoBrowserWindow browserWindow;
+    NoUpdates updates;
+    FakeAttachments attachments;
+    OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
+    AppServices services{scheduler,
+                         settings,
+                         conversations,
+                         service,
+                         announcer,
+                         notifications,
+                         toolServers,
+                         browserWindow,
+                         updates,
+                         localModel,
+                         attachments,
+                         [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
+                         [] { return QStringLiteral("A benchmark."); }};
+    AppModel model{services};
+};
+
+} // namespace morvane

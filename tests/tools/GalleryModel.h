@@ -1,0 +1,52 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "app/AppServices.h"
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "store/ConversationStore.h"
+#include "store/SettingsStore.h"
+#include "support/FakeAIService.h"
+#include "support/FakeAnnouncer.h"
+#include "support/FakeAttachments.h"
+#include "support/FakeKeychain.h"
+#include "support/FakePorts.h"
+#include "support/TemporaryHome.h"
+
+namespace morvane {
+
+/// An application model on an empty home with nothing real behind it, for windows that want one.
+struct GalleryModel {
+    ~GalleryModel() { scheduler.shutdown(std::chrono::seconds(1)); }
+
+    TemporaryHome home;
+    SystemClock clock;
+    Scheduler scheduler{clock};
+    FakeKeychain keychain;
+    SettingsStore settings{home.path(QStringLiteral("Morvane.conf")), keychain};
+    ConversationStore store{home.path(QStringLiteral("Conversations"))};
+    FakeAIService service;
+    FakeAnnouncer announcer;
+    FakeNotifications notifications;
+    FakeToolServers toolServers;
+    FakeBrowserWindow browserWindow;
+    FakeUpdates updates;
+    FakeLocalModel localModel;
+    FakeAttachments attachments;
+    AppServices services{scheduler,
+                         settings,
+                         store,
+                         service,
+                         announcer,
+                         notifications,
+                         toolServers,
+                         browserWindow,
+                         updates,
+                         localModel,
+                         attachments,
+                         [](ToolPermit) -> Task<QString> { co_return QString(); },
+                         [] { return QStringLiteral("A gallery."); }};
+    AppModel model{services};
+};
+
+} // namespace morvane
