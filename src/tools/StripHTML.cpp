@@ -83,17 +83,16 @@ QString withoutEntities(QString text)
 /// `\s+` becomes a blank.
 QString withSingleBlanks(const QString &text)
 {
-    QString result;
-    result.reserve(text.size());
+    QString result(text.size(), Qt::Uninitialized);
+    QChar *end = result.data();
     bool behindBlank = false;
     for (const QChar character : text) {
         const bool blank = character.isSpace();
-        if (!blank)
-            result += character;
-        else if (!behindBlank)
-            result += u' ';
+        if (!blank || !behindBlank)
+            *end++ = blank ? QChar(u' ') : character;
         behindBlank = blank;
     }
+    result.truncate(end - result.data());
     return result;
 }
 
