@@ -45,6 +45,13 @@ void AppFixture::sendAndFinish(const QString &text)
     finishRun();
 }
 
+void AppFixture::neverAnswer()
+{
+    FakeAIService::Turn turn;
+    turn.silence = std::chrono::hours(1);
+    service.willTurn(turn);
+}
+
 QStringList AppFixture::activityTexts() const
 {
     QStringList texts;

@@ -31,6 +31,21 @@ protected:
     void finishRun();
     void sendAndFinish(const QString &text);
 
+    /// The model's next turn never ends by itself.
+    void neverAnswer();
+
+    /// The saved conversations.
+    QList<ConversationMeta> listed() { return runTask(scheduler, store->list()); }
+    /// All entries of one kind in the model's context, in order.
+    template <class Entry> QList<Entry> contextEntries() const
+    {
+        QList<Entry> found;
+        for (const APIMessage &message : model->context()) {
+            if (const auto *entry = std::get_if<Entry>(&message.entry))
+                found.append(*entry);
+        }
+        return found;
+    }
     QStringList activityTexts() const;
     ActivityStep lastStep() const { return model->activity().steps().constLast(); }
     const ChatMessage &lastMessage() const { return model->messages().constLast(); }
