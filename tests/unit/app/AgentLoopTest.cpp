@@ -1,45 +1,14 @@
 #include "support/AppFixture.h"
 
-#include "net/TransportError.h"
-#include "providers/AIServiceError.h"
-
-#include <memory>
-
-using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 
 namespace morvane {
 namespace {
 
 using Service = FakeAIService;
 
-const QString repetitionNote = QStringLiteral(
-    "I noticed I was repeating the same action without progress, so I stopped to avoid going in circles. The "
-    "obstacle did not respond to that approach — tell me what you would like me to try instead.");
-
-QString limitNote(int steps)
-{
-    return QStringLiteral(
-               "I reached the limit of %1 steps while working on this and stopped to avoid running "
-               "forever. Ask me to continue and I'll pick up where I left off — or raise the limit "
-               "in Settings under Behaviour.")
-        .arg(steps);
-}
-
-class AgentLoopTest : public AppFixture {
-protected:
-    template <class Entry> QList<Entry> contextEntries() const
-    {
-        QList<Entry> found;
-        for (const APIMessage &message : model->context()) {
-            if (const auto *entry = std::get_if<Entry>(&message.entry))
-                found.append(*entry);
-        }
-        return found;
-    }
-};
+using AgentLoopTest = AppFixture;
 
 TEST_F(AgentLoopTest, AnswerStreamsIntoTheAssistantRow)
 {
@@ -117,118 +86,6 @@ TEST_F(AgentLoopTest, CallAndResultShareAnIdOfTheLoopsOwn)
     EXPECT_NE(calls[0].id, QStringLiteral("call_of_provider"));
     EXPECT_EQ(calls[0].thoughtSignature, QStringLiteral("signature"));
     EXPECT_EQ(responses[0].content, QStringLiteral("tool result"));
-}
-
-TEST_F(AgentLoopTest, ThirdIdenticalCallOfOneTurnIsNotRun)
-{
-    const AIToolCall call = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
-    service.willTurn(Service::calls({call, call, call}));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(executed.size(), 2);
-    EXPECT_EQ(contextEntries<APIMessage::FunctionCall>().size(), 3);
-    EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().size(), 2);
-    EXPECT_EQ(lastMessage().text, repetitionNote);
-    EXPECT_EQ(lastStep().text, QStringLiteral("Stopped: the same action repeated without progress."));
-    EXPECT_EQ(lastStep().kind, ActivityStep::Kind::error);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
-    EXPECT_EQ(service.requests().size(), 1);
-}
-
-TEST_F(AgentLoopTest, RepetitionIsCountedAcrossTurns)
-{
-    const AIToolCall call = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
-    for (int turn = 0; turn < 3; ++turn)
-        service.willTurn(Service::calls({call}));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(executed.size(), 2);
-    EXPECT_EQ(lastMessage().text, repetitionNote);
-}
-
-TEST_F(AgentLoopTest, ADifferentCallBetweenLikeOnesResetsTheCount)
-{
-    const AIToolCall one = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
-    const AIToolCall other = toolCall(QStringLiteral("calculate"), R"({"expression":"2"})");
-    service.willTurn(Service::calls({one, one, other, one, one}));
-    service.willTurn(Service::answer(QStringLiteral("fine")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(executed.size(), 5);
-    EXPECT_EQ(lastMessage().text, QStringLiteral("fine"));
-}
-
-TEST_F(AgentLoopTest, AnotherOrderOfKeysIsAnotherCall)
-{
-    const AIToolCall one = toolCall(QStringLiteral("write"), R"({"a":1,"b":2})");
-    const AIToolCall other = toolCall(QStringLiteral("write"), R"({"b":2,"a":1})");
-    service.willTurn(Service::calls({one, one, other, one}));
-    service.willTurn(Service::answer(QStringLiteral("fine")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(executed.size(), 4);
-}
-
-TEST_F(AgentLoopTest, RepetitionCountsQuestionsTooBeforeTheyAreAsked)
-{
-    const AIToolCall call = toolCall(QStringLiteral("ask_user"), R"({"question":"Which?"})");
-    service.willTurn(Service::calls({call, call, call}));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
-    for (int question = 0; question < 2; ++question) {
-        ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
-        model->questions().resolveQuestion(QStringLiteral("this"));
-    }
-    finishRun();
-    EXPECT_EQ(lastMessage().text, repetitionNote);
-}
-
-TEST_F(AgentLoopTest, OneStepGivesOneTurnWithToolsAndThenTheNote)
-{
-    settings->setMaxSteps(1);
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(service.requests().size(), 1);
-    EXPECT_EQ(lastMessage().text, limitNote(1));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
-    EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().size(), 1);
-}
-
-TEST_F(AgentLoopTest, TextOfTheLastAllowedStepIsReplacedByTheNote)
-{
-    settings->setMaxSteps(1);
-    service.willTurn(
-        Service::calls({toolCall(QStringLiteral("calculate"))}, QStringLiteral("I am nearly there")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, limitNote(1));
-}
-
-TEST_F(AgentLoopTest, AnswerInTheVeryLastAllowedTurnGetsNoNote)
-{
-    settings->setMaxSteps(2);
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
-    service.willTurn(Service::answer(QStringLiteral("Two.")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("Two."));
-}
-
-TEST_F(AgentLoopTest, LoweringTheLimitDuringARunStopsItAtTheNextTurn)
-{
-    settings->setMaxSteps(10);
-    Service::Turn first = Service::calls({toolCall(QStringLiteral("calculate"))});
-    first.atStart = [this] { settings->setMaxSteps(1); };
-    service.willTurn(first);
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(service.requests().size(), 1);
-    EXPECT_EQ(lastMessage().text, limitNote(1));
-}
-
-TEST_F(AgentLoopTest, UnlimitedStepsKnowNoLimit)
-{
-    settings->setMaxSteps(1);
-    settings->setUnlimitedSteps(true);
-    for (int turn = 0; turn < 5; ++turn) {
-        const QByteArray arguments = QByteArray(R"({"expression":")") + QByteArray::number(turn) + R"("})";
-        service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"), arguments.constData())}));
-    }
-    service.willTurn(Service::answer(QStringLiteral("done")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("done"));
 }
 
 TEST_F(AgentLoopTest, DeniedApprovalIsAResultAndTheRunGoesOn)
@@ -310,31 +167,6 @@ TEST_F(AgentLoopTest, FailingToolIsAResultLikeAnyOther)
     EXPECT_EQ(lastMessage().text, QStringLiteral("sorry"));
 }
 
-TEST_F(AgentLoopTest, ErrorEndsTheRunAndTheContextKeepsOnlyTheRequest)
-{
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
-    service.willTurn(Service::failure(std::make_exception_ptr(
-        AIServiceError(AIServiceError::RateLimited{QStringLiteral("The free allowance resets daily.")}))));
-    sendAndFinish(QStringLiteral("go"));
-    const QString error = QStringLiteral(
-        "You reached the free limit for this provider for now. The free allowance resets daily.");
-    EXPECT_EQ(lastMessage().errorMessage, error);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Error"));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("There was an error. ") + error));
-    EXPECT_EQ(notifications.notified.value(0).second, NotificationPort::Outcome::error);
-    EXPECT_EQ(model->context().size(), 1);
-}
-
-TEST_F(AgentLoopTest, StreamedBatchesSurviveAnErrorAndTheRestIsDropped)
-{
-    Service::Turn turn;
-    turn.tokens = {QString(200, QLatin1Char('a')), QStringLiteral("dropped")};
-    turn.error = std::make_exception_ptr(AIServiceError(AIServiceError::Blocked{}));
-    service.willTurn(turn);
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QString(200, QLatin1Char('a')));
-}
-
 TEST_F(AgentLoopTest, TextReachesTheMessageInBatchesOf200Characters)
 {
     QList<qsizetype> lengths;
@@ -347,66 +179,6 @@ TEST_F(AgentLoopTest, TextReachesTheMessageInBatchesOf200Characters)
     service.willTurn(turn);
     sendAndFinish(QStringLiteral("go"));
     EXPECT_THAT(lengths, ElementsAre(200, 400, 450));
-}
-
-TEST_F(AgentLoopTest, StalledModelIsEndedAfter120Seconds)
-{
-    Service::Turn turn;
-    turn.tokens = {QStringLiteral("one")};
-    turn.silence = 1h;
-    service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
-    settle();
-    for (int second = 0; second < 120; ++second) {
-        clock.advance(1s);
-        settle();
-    }
-    EXPECT_TRUE(model->isBusy());
-    clock.advance(1s);
-    finishRun();
-    EXPECT_EQ(
-        lastMessage().errorMessage,
-        QStringLiteral("The model stopped responding. Try again, choose a smaller model, or use a faster "
-                       "provider."));
-}
-
-TEST_F(AgentLoopTest, LocalModelMayBeSilentFor240Seconds)
-{
-    settings->setProviderID(ProviderID::ollama);
-    localModel.serverRunning = true;
-    localModel.models = {QStringLiteral("scripted")};
-    Service::Turn warmUp;
-    service.willTurn(warmUp);
-    settings->setModel(QStringLiteral("scripted"));
-    model->localModel().refreshLocalModel();
-    ASSERT_TRUE(waitUntil([this] { return model->localModel().info().running; }));
-    settle();
-    Service::Turn turn;
-    turn.silence = 1h;
-    service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
-    settle();
-    for (int second = 0; second < 240; ++second) {
-        clock.advance(1s);
-        settle();
-    }
-    EXPECT_TRUE(model->isBusy());
-    clock.advance(1s);
-    finishRun();
-    EXPECT_TRUE(lastMessage().errorMessage.has_value());
-}
-
-TEST_F(AgentLoopTest, RemainingCallsOfATurnStillRunAfterACancel)
-{
-    toolTime = 5s;
-    service.willTurn(Service::calls({toolCall(QStringLiteral("first")), toolCall(QStringLiteral("second"))}));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
-    ASSERT_TRUE(waitUntil([this] { return executed.size() == 1; }));
-    toolTime = 0s;
-    model->cancel();
-    settle();
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
-    EXPECT_EQ(service.requests().size(), 1);
 }
 
 TEST_F(AgentLoopTest, GeminiGoesToItsOwnClient)

@@ -41,6 +41,7 @@ protected:
     {
         services->executeTool = [this](ToolPermit permit) { return execute(std::move(permit)); };
     }
+    ~HostileModelTest() override { scheduler.shutdown(std::chrono::seconds(5)); }
 
     /// The model makes these calls in one turn and then ends; returns when the first one is pending or all is
     /// over.
@@ -68,10 +69,8 @@ protected:
     QStringList results() const
     {
         QStringList results;
-        for (const APIMessage &message : model->context()) {
-            if (const auto *entry = std::get_if<APIMessage::FunctionResponse>(&message.entry))
-                results.append(entry->content);
-        }
+        for (const auto &response : contextEntries<APIMessage::FunctionResponse>())
+            results.append(response.content);
         return results;
     }
 
