@@ -24,7 +24,7 @@ inline constexpr qint64 imagePixels = 150'000'000;
 // The reader stops itself at the first two, and is stopped from outside at the third. Reading text, and
 // recognising it, which takes seconds for each scanned page, end early enough for an answer.
 inline constexpr qint64 readerMemoryBytes = 2'000'000'000;
-inline constexpr std::chrono::seconds readerProcessorTime{240};
+inline constexpr std::chrono::seconds readerProcessorTime{900};
 inline constexpr std::chrono::seconds readerTime{300};
 inline constexpr std::chrono::seconds documentTextTime{60};
 inline constexpr std::chrono::seconds recognitionTime{180};

@@ -3,6 +3,9 @@
 #include <QBuffer>
 #include <libheif/heif.h>
 #include <random>
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#endif
 
 namespace morvane {
 
@@ -40,6 +43,9 @@ QByteArray withExifOrientation(const QByteArray &jpeg, char orientation)
 
 QByteArray encodedHeic(const QImage &image)
 {
+#if __has_feature(address_sanitizer)
+    const __lsan::ScopedDisabler disabler; // x265 keeps some of what it allocates for each picture
+#endif
     QByteArray bytes;
     heif_context *context = heif_context_alloc();
     heif_encoder *encoder = nullptr;

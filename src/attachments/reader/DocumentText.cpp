@@ -1,7 +1,7 @@
 #include "attachments/reader/DocumentText.h"
 
 #include "attachments/AttachmentLimits.h"
-#include "attachments/reader/TextRecognition.h"
+#include "attachments/reader/RecognitionQueue.h"
 #include "base/Text.h"
 
 #include <QDeadlineTimer>
@@ -61,40 +61,50 @@ private:
     qsizetype m_characters = 0;
 };
 
-class ScannedPages {
-public:
-    void recognize(const Poppler::Document &document, const QList<int> &pages, Entries &entries)
-    {
-        const QDeadlineTimer all(limits::recognitionTime);
-        for (const int index : pages) {
-            if (entries.isFull() || all.hasExpired())
-                return;
-            const QDeadlineTimer deadline(std::min<qint64>(
-                all.remainingTime(), std::chrono::milliseconds(limits::recognitionTimeOfPage).count()));
-            const std::unique_ptr<Poppler::Page> page = document.page(index);
-            const QString text = page ? recognized(*page, deadline) : QString();
-            if (!text.isEmpty())
-                entries.append(u"[Scanned page %1]\n"_s.arg(index + 1) + text);
-        }
-    }
-
-private:
-    QString recognized(const Poppler::Page &page, const QDeadlineTimer &deadline)
-    {
-        const QSizeF size = page.pageSizeF();
-        if (!(size.width() > 0 && size.height() > 0))
-            return {};
-        const double scale = std::min(thumbnail.width() / size.width(), thumbnail.height() / size.height());
-        const double resolution = pointsPerInch * scale;
-        const QImage image =
-            page.renderToImage(resolution, resolution, -1, -1, -1, -1, Poppler::Page::Rotate0, nullptr,
-                               nullptr, &hasExpired, QVariant::fromValue(deadline));
-        return m_recognition.lines(image, static_cast<int>(std::lround(resolution)),
-                                   std::chrono::milliseconds(deadline.remainingTime()));
-    }
-
-    TextRecognition m_recognition;
+struct PagePicture {
+    QImage image;
+    int dotsPerInch = 0;
 };
+
+PagePicture rendered(const Poppler::Page &page, const QDeadlineTimer &deadline)
+{
+    const QSizeF size = page.pageSizeF();
+    if (!(size.width() > 0 && size.height() > 0))
+        return {};
+    const double scale = std::min(thumbnail.width() / size.width(), thumbnail.height() / size.height());
+    const double resolution = pointsPerInch * scale;
+    return {page.renderToImage(resolution, resolution, -1, -1, -1, -1, Poppler::Page::Rotate0, nullptr,
+                               nullptr, &hasExpired, QVariant::fromValue(deadline)),
+            static_cast<int>(std::lround(resolution))};
+}
+
+/// Appends what is recognised on the pages, which are rendered one by one and recognised several at once.
+void appendScannedPages(const Poppler::Document &document, const QList<int> &pages, Entries &entries)
+{
+    RecognitionQueue queue;
+    QList<int> waiting;
+    const auto takeNext = [&] {
+        const QString text = queue.takeNext();
+        const int index = waiting.takeFirst();
+        if (!text.isEmpty())
+            entries.append(u"[Scanned page %1]\n"_s.arg(index + 1) + text);
+    };
+    const QDeadlineTimer all(limits::recognitionTime);
+    for (const int index : pages) {
+        if (queue.isFull())
+            takeNext();
+        if (entries.isFull() || all.hasExpired())
+            break;
+        const std::unique_ptr<Poppler::Page> page = document.page(index);
+        const std::chrono::milliseconds timeOfPage(limits::recognitionTimeOfPage);
+        const QDeadlineTimer deadline(std::min<qint64>(all.remainingTime(), timeOfPage.count()));
+        const PagePicture picture = page ? rendered(*page, deadline) : PagePicture();
+        queue.add(picture.image, picture.dotsPerInch, deadline);
+        waiting.append(index);
+    }
+    while (!queue.isEmpty() && !entries.isFull())
+        takeNext();
+}
 
 } // namespace
 
@@ -118,7 +128,7 @@ std::optional<QString> documentText(const QByteArray &bytes)
         else
             entries.append(text);
     }
-    ScannedPages().recognize(*document, scanned, entries);
+    appendScannedPages(*document, scanned, entries);
     return entries.joined();
 }
 

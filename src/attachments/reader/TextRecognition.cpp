@@ -71,8 +71,11 @@ bool TextRecognition::prepare()
     return true;
 }
 
-QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit)
+QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
+                               const std::atomic<bool> *givesUp)
 {
+    if (givesUp && *givesUp)
+        return {};
     const QImage gray = image.convertToFormat(QImage::Format_Grayscale8);
     if (gray.isNull() || isUniform(gray) || !prepare())
         return {};
@@ -82,6 +85,10 @@ QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono
         m_engine->SetSourceResolution(dotsPerInch);
     tesseract::ETEXT_DESC monitor;
     monitor.set_deadline_msecs(static_cast<int32_t>(limit.count()));
+    monitor.cancel_this = const_cast<std::atomic<bool> *>(givesUp);
+    monitor.cancel = [](void *flag, int) {
+        return flag && static_cast<const std::atomic<bool> *>(flag)->load();
+    };
     QStringList lines;
     if (m_engine->Recognize(&monitor) == 0) {
         const std::unique_ptr<tesseract::ResultIterator> line(m_engine->GetIterator());

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QString>
+#include <atomic>
 #include <chrono>
 #include <memory>
 
@@ -18,9 +19,11 @@ public:
     TextRecognition();
     ~TextRecognition();
 
-    /// The lines in reading order, joined by line feeds; empty without any, without language data, or when
-    /// `limit` passes first. `dotsPerInch` is a guess that helps, 0 if unknown.
-    QString lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit);
+    /// The lines in reading order, joined by line feeds; empty without any, without language data, when
+    /// `limit` passes first, or soon after `givesUp` has become true. `dotsPerInch` is a guess that helps, 0
+    /// if unknown. One thread at a time for each object.
+    QString lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
+                  const std::atomic<bool> *givesUp = nullptr);
 
 private:
     bool prepare();

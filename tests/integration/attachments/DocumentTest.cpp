@@ -105,6 +105,28 @@ TEST_F(DocumentTest, LinesOfAScannedPageAreJoinedByLineFeeds)
               QStringLiteral("[Scanned page 1]\nThe first line\nThe second line"));
 }
 
+TEST_F(DocumentTest, ManyScannedPagesKeepTheirOrderAndNumbers)
+{
+    const QStringList words{"apple", "bridge", "candle", "dolphin", "engine", "forest", "garden"};
+    QList<SamplePage> pages;
+    QStringList expected;
+    for (const QString &word : words) {
+        pages.append({Kind::scanned, QStringLiteral("The word is ") + word});
+        expected.append(QStringLiteral("[Scanned page %1]\nThe word is %2").arg(pages.size()).arg(word));
+        pages.append({Kind::blank, {}});
+    }
+    EXPECT_EQ(textOf(pages), expected.join(QStringLiteral("\n\n")));
+}
+
+TEST_F(DocumentTest, RecognisedTextIsCutAndMarked)
+{
+    const QString page = QStringLiteral("The quick brown fox jumps over the lazy dog.\n").repeated(36);
+    const QString text = textOf(QList<SamplePage>(14, {Kind::scanned, page}));
+    const auto mark = QStringLiteral("\n[…truncated…]");
+    ASSERT_TRUE(text.endsWith(mark));
+    EXPECT_EQ(characterCount(text), 16'000 + characterCount(mark));
+}
+
 TEST_F(DocumentTest, DocumentWithoutTextIsRefused)
 {
     EXPECT_EQ(failureOf(QStringLiteral("blank.pdf"), samplePdf({{Kind::blank, {}}, {Kind::blank, {}}})),
