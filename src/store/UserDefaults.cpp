@@ -1,17 +1,23 @@
 #include "store/UserDefaults.h"
 
 #include "base/AtomicFile.h"
-#include "store/IniText.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSettings>
 #include <QStringList>
-#include <chrono>
 
 namespace morvane {
 
 namespace {
+
+using namespace std::chrono_literals;
+
+/// How long the main thread waits for another one's change to end, which is a matter of tenths of a
+/// millisecond unless that program is stopped in its midst.
+constexpr auto lockLimit = 4ms;
+constexpr auto retryTime = 100ms;
+/// At the end there is no later write.
+constexpr auto lastLockLimit = 2s;
 
 /// The value as it is after the file was written and read again.
 QVariant asRead(const QVariant &value)
@@ -35,15 +41,22 @@ QVariant asRead(const QVariant &value)
 
 } // namespace
 
-UserDefaults::UserDefaults(QString path) : m_path(std::move(path))
+UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
 {
     m_disk.setMaxThreadCount(1);
     m_syncTimer.setSingleShot(true);
-    m_syncTimer.setInterval(std::chrono::seconds(1));
+    m_syncTimer.setInterval(1s);
     QObject::connect(&m_syncTimer, &QTimer::timeout, &m_syncTimer,
-                     [this] { m_disk.start([path = m_path] { static_cast<void>(syncFile(path)); }); });
-    static_cast<void>(ensurePrivateFolder(QFileInfo(m_path).path()));
-    if (readInto(m_values) == Condition::damaged) {
+                     [this] { m_disk.start([path = m_file.path()] { static_cast<void>(syncFile(path)); }); });
+    m_retryTimer.setSingleShot(true);
+    m_retryTimer.setInterval(retryTime);
+    QObject::connect(&m_retryTimer, &QTimer::timeout, &m_retryTimer, [this] { write(); });
+    static_cast<void>(ensurePrivateFolder(QFileInfo(m_file.path()).path()));
+    QFile::setPermissions(m_file.path(), QFile::ReadOwner | QFile::WriteOwner);
+    DefaultsFile::Content content = m_file.read();
+    m_values = std::move(content.values);
+    m_identity = content.identity;
+    if (content.isDamaged) {
         setAside();
         for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
             m_changes.insert(value.key(), *value);
@@ -52,45 +65,30 @@ UserDefaults::UserDefaults(QString path) : m_path(std::move(path))
 
 UserDefaults::~UserDefaults()
 {
-    write();
+    writeWithin(lastLockLimit);
     if (m_syncTimer.isActive())
-        static_cast<void>(syncFile(m_path));
+        static_cast<void>(syncFile(m_file.path()));
     m_disk.waitForDone();
-}
-
-UserDefaults::Condition UserDefaults::readInto(QVariantMap &values)
-{
-    values.clear();
-    QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner);
-    m_identity = FileIdentity::ofPath(m_path);
-    if (!m_identity || m_identity->size == 0)
-        return Condition::whole;
-    const QSettings file(m_path, QSettings::IniFormat);
-    const QStringList keys = file.allKeys();
-    for (const QString &key : keys)
-        values.insert(key, file.value(key));
-    return file.status() == QSettings::NoError ? Condition::whole : Condition::damaged;
 }
 
 void UserDefaults::setAside()
 {
-    const QString aside = m_path + QStringLiteral(".damaged");
-    QFile::remove(aside);
-    QFile::rename(m_path, aside);
+    m_file.setAside();
     m_identity.reset();
 }
 
 void UserDefaults::adoptForeignChanges()
 {
-    const auto identity = FileIdentity::ofPath(m_path);
+    const auto identity = FileIdentity::ofPath(m_file.path());
     if (!identity || identity->size == 0 || identity == m_identity)
         return;
-    QVariantMap values;
-    if (readInto(values) == Condition::damaged) {
+    DefaultsFile::Content content = m_file.read();
+    m_identity = content.identity;
+    if (content.isDamaged) {
         setAside();
         return;
     }
-    m_values = std::move(values);
+    m_values = std::move(content.values);
     for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change) {
         if (*change)
             m_values.insert(change.key(), **change);
@@ -117,14 +115,24 @@ void UserDefaults::remove(const QString &key)
 
 bool UserDefaults::write()
 {
+    return writeWithin(lockLimit);
+}
+
+bool UserDefaults::writeWithin(std::chrono::milliseconds limit)
+{
     if (m_changes.isEmpty())
         return true;
+    const DefaultsFile::Lock lock = m_file.lock(limit);
+    if (!lock.isHeld()) {
+        m_retryTimer.start();
+        return false;
+    }
     adoptForeignChanges();
-    if (!ensurePrivateFolder(QFileInfo(m_path).path()) ||
-        !writeFileAtomically(m_path, iniText(m_values), Durability::processCrash))
+    const auto identity = m_file.write(m_values);
+    if (!identity)
         return false;
     m_changes.clear();
-    m_identity = FileIdentity::ofPath(m_path);
+    m_identity = identity;
     if (!m_syncTimer.isActive()) // Changes without end do not put it off without end.
         m_syncTimer.start();
     return true;

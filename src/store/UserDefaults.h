@@ -1,12 +1,13 @@
 #pragma once
 
-#include "base/FileIdentity.h"
+#include "base/DefaultsFile.h"
 
 #include <QMap>
 #include <QString>
 #include <QThreadPool>
 #include <QTimer>
 #include <QVariantMap>
+#include <chrono>
 #include <optional>
 
 namespace morvane {
@@ -16,9 +17,10 @@ namespace morvane {
 /// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing.
 /// Within a second a thread of its own brings it to the disk: a flush takes up to tens of milliseconds, and
 /// writes during a flush wait for it, so that there is one for a burst of changes and none on the main
-/// thread. A change that another program made to the file in the meantime is kept, and a file that is gone or
-/// empty is written anew. A file that cannot be read or has lines that cannot be understood is set aside as
-/// "{path}.damaged". Main thread.
+/// thread. A change that another program or thread made to the file in the meantime is kept, and a file that
+/// is gone or empty is written anew. While another one changes the file, and does not end within
+/// milliseconds, the changes wait in memory and are written soon after. A file that cannot be read or has
+/// lines that cannot be understood is set aside as "{path}.damaged". Main thread.
 class UserDefaults {
 public:
     /// Reads the file; a missing one has no values.
@@ -39,21 +41,20 @@ public:
     void remove(const QString &key);
 
     /// Writes what changed since the last time, nothing if nothing did. False if the file could not be
-    /// written; the changes then go with the next write.
+    /// written now; the changes then go with the next write.
     bool write();
 
 private:
-    enum class Condition { whole, damaged };
-
-    Condition readInto(QVariantMap &values);
+    bool writeWithin(std::chrono::milliseconds limit);
     void setAside();
     void adoptForeignChanges();
 
-    QString m_path;
+    DefaultsFile m_file;
     QVariantMap m_values;
     QMap<QString, std::optional<QVariant>> m_changes; ///< Not yet written; nothing for a removed key.
     std::optional<FileIdentity> m_identity;           ///< Of the file as we last read or wrote it.
     QTimer m_syncTimer;
+    QTimer m_retryTimer; ///< Runs while changes wait for another one's lock.
     QThreadPool m_disk;
 };
 

@@ -2,6 +2,7 @@
 
 #include "support/FileSizeLimit.h"
 #include "support/TemporaryHome.h"
+#include "support/WaitUntil.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +10,7 @@
 #include <QStringList>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace morvane {
 namespace {
@@ -152,6 +154,40 @@ TEST_F(UserDefaultsTest, TwoProgramsKeepEachOthersKeys)
     first.set("third", "3");
     first.write();
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nfirst=1\nsecond=2\nthird=3\n"));
+}
+
+TEST_F(UserDefaultsTest, ChangesWaitWhileAnotherProgramChangesTheFile)
+{
+    UserDefaults defaults(path);
+    defaults.set("model", "a");
+    {
+        const DefaultsFile::Lock theirs = DefaultsFile(path).lock(std::chrono::seconds(1));
+        ASSERT_TRUE(theirs.isHeld());
+        EXPECT_FALSE(defaults.write());
+        EXPECT_FALSE(QFileInfo::exists(path));
+        EXPECT_EQ(defaults.value("model"), QVariant("a"));
+    }
+    EXPECT_TRUE(waitUntil([this] { return home.read("Morvane/Morvane.conf") == "[General]\nmodel=a\n"; }));
+}
+
+TEST_F(UserDefaultsTest, KeysOfAnotherThreadSurviveOurWrites)
+{
+    constexpr int writes = 60;
+    std::thread other([this] {
+        DefaultsFile file(path);
+        for (int count = 1; count <= writes; ++count)
+            file.update([count](QVariantMap &values) { values.insert("theirs", count); });
+    });
+    UserDefaults defaults(path);
+    for (int count = 1; count <= writes; ++count) {
+        defaults.set("ours", count);
+        defaults.write();
+    }
+    other.join();
+    EXPECT_TRUE(waitUntil([&] { return defaults.write(); }));
+    const QVariantMap values = DefaultsFile(path).read().values;
+    EXPECT_EQ(values.value("ours").toInt(), writes);
+    EXPECT_EQ(values.value("theirs").toInt(), writes);
 }
 
 TEST_F(UserDefaultsTest, FullDiskKeepsTheOldFileAndTheChangesForTheNextWrite)

@@ -1,4 +1,4 @@
-#include "store/IniText.h"
+#include "base/IniText.h"
 
 #include <QMap>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "store/IniText.h"
+#include "base/IniText.h"
 
 #include "support/TemporaryHome.h"
 
@@ -104,10 +104,9 @@ TEST_F(IniTextTest, BytesSurvive)
 
 TEST_F(IniTextTest, UnusualKeysAndGroupsSurvive)
 {
-    const QVariantMap values{{"apiKey_gemini", "k"}, {"with blank", "1"},  {"ü/🙂", "2"},
-                             {"group/name", "3"},    {"group/a/b", "4"},   {"General/x", "5"},
-                             {"a=b", "6"},           {"general/y/z", "7"}, {"percent%25", "8"},
-                             {"dash-dot.", "9"}};
+    const QVariantMap values{{"apiKey_gemini", "k"}, {"with blank", "1"}, {"ü/🙂", "2"}, {"group/name", "3"},
+                             {"group/a/b", "4"},     {"General/x", "5"},  {"a=b", "6"},  {"general/y/z", "7"},
+                             {"percent%25", "8"},    {"dash-dot.", "9"}};
     EXPECT_EQ(readBack(values), values);
 }
 

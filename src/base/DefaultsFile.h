@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/FileDescriptor.h"
+#include "base/FileIdentity.h"
+
+#include <QString>
+#include <QVariantMap>
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace morvane {
+
+/// The file of the user defaults on the disk: an INI file as QSettings reads it (0600, its folder 0700),
+/// which several threads and programs read and change. It is replaced as a whole, so that a reader needs no
+/// lock; whoever changes it holds the lock from before reading to after writing. Holds no values itself. An
+/// object is used by one thread at a time, which it blocks for file accesses.
+class DefaultsFile {
+public:
+    /// What the file held at one moment.
+    struct Content {
+        QVariantMap values;                   ///< By key; "group/key" below a section other than [General].
+        std::optional<FileIdentity> identity; ///< Nothing for a missing file.
+        bool isDamaged = false; ///< It could not be read whole; the values are what could be made out.
+    };
+
+    /// The right to change the file; other threads and programs wait for it. Ends with the object.
+    class Lock {
+    public:
+        /// False if another held the lock for the whole time. A file system without locks gives it at once.
+        bool isHeld() const { return m_isHeld; }
+
+    private:
+        friend class DefaultsFile;
+        FileDescriptor m_folder;
+        bool m_isHeld = false;
+    };
+
+    explicit DefaultsFile(QString path);
+
+    const QString &path() const { return m_path; }
+
+    /// What the file holds now; no values for a missing or empty one.
+    Content read();
+
+    /// Waits for the lock, at most for `limit`. Creates the folder where it is missing.
+    Lock lock(std::chrono::milliseconds limit) const;
+
+    /// Replaces the file and tells its identity; nothing if that failed, and the old file then stands. The
+    /// new content is with the kernel when the call returns (see syncFile). Only with the lock held.
+    std::optional<FileIdentity> write(const QVariantMap &values) const;
+
+    /// Moves a damaged file to "{path}.damaged", in place of an older one.
+    void setAside() const;
+
+    /// Reads, changes and writes the file under the lock. A damaged file is set aside, and what could be read
+    /// of it goes on. False if the file could not be written. When another holds the lock for seconds the
+    /// change is made without it: the holder then is a program that hangs.
+    bool update(const std::function<void(QVariantMap &values)> &change);
+
+private:
+    QString m_path;
+    std::optional<FileIdentity> m_damaged; ///< Of the file in which faults were found.
+};
+
+} // namespace morvane
