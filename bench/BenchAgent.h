@@ -2,7 +2,6 @@
 
 #include "app/AppModel.h"
 #include "app/BrowserWindowPort.h"
-#include "app/NotificationPort.h"
 #include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Scheduler.h"
@@ -15,6 +14,8 @@
 #include "store/SettingsStore.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
+#include "support/FakePorts.h"
+#include "support/QuietReminders.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "tools/BuiltinTools.h"
@@ -92,9 +93,10 @@ struct BenchAgent {
     SettingsStore settings{home.path() + QStringLiteral("/Morvane.conf"), keychain};
     ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
     HttpAIService service{http};
-    BuiltinTools tools{http};
+    QuietReminders reminders{scheduler, home.path() + QStringLiteral("/Morvane.conf")};
+    BuiltinTools tools{http, reminders.store};
     FakeAnnouncer announcer;
-    NoNotifications notifications;
+    FakeNotifications notifications;
     NoToolServers toolServers;
     NoBrowserWindow browserWindow;
     NoUpdates updates;

@@ -1,6 +1,6 @@
 #include "app/AppModel.h"
 #include "app/BrowserWindowPort.h"
-#include "app/NotificationPort.h"
+#include "app/NotificationService.h"
 #include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Scheduler.h"
@@ -18,11 +18,15 @@
 #include "platform/linux/LinuxSingleInstance.h"
 #include "platform/linux/LinuxWindowRaiser.h"
 #include "platform/linux/TerminationSignals.h"
+#include "platform/linux/notifications/LinuxDeliveryAlarm.h"
+#include "platform/linux/notifications/LinuxNotificationCenter.h"
+#include "platform/linux/notifications/LinuxSoundPlayer.h"
 #include "providers/Endpoints.h"
 #include "providers/HttpAIService.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
+#include "tools/reminders/ReminderStore.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
 
@@ -69,9 +73,14 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     SettingsStore settings(settingsFile(), keychain);
     ConversationStore conversations(dataFolder() + QStringLiteral("/Conversations"));
     HttpAIService service(http, endpoints);
-    BuiltinTools tools(http);
     LinuxAnnouncer announcer;
-    NoNotifications notifications;
+    LinuxDeliveryAlarm alarm(LinuxDeliveryAlarm::realSurroundings());
+    LinuxNotificationCenter center(
+        scheduler, alarm, [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; });
+    LinuxSoundPlayer sounds(LinuxSoundPlayer::installedFolder());
+    ReminderStore reminders(scheduler, settingsFile(), center, sounds, announcer);
+    NotificationService notifications(scheduler, center, sounds, announcer, reminders);
+    BuiltinTools tools(http, reminders);
     NoToolServers toolServers;
     NoBrowserWindow browserWindow;
     NoUpdates updates;
@@ -102,10 +111,18 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     MainWindow window(model);
     window.show();
 
-    instance.listen(
-        [&window, &raiser](const ActivationToken &token) { raiser.activate(*window.windowHandle(), token); });
+    const auto activate = [&window, &raiser](const ActivationToken &token) {
+        raiser.activate(*window.windowHandle(), token);
+    };
+    instance.listen(activate);
+    QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
-    QTimer::singleShot(0, &model, [&model] { model.localModel().refreshLocalModel(); });
+    QTimer::singleShot(0, &model, [&model, &notifications, &reminders] {
+        notifications.configure();
+        reminders.reschedulePending();
+        reminders.startMonitoring();
+        model.localModel().refreshLocalModel();
+    });
 
     const int status = application.exec();
     scheduler.shutdown(shutdownLimit);

@@ -18,11 +18,4 @@ public:
     virtual void playSound(const QString &name) = 0;
 };
 
-/// No notifications and no sounds: announcements and the window tell everything.
-class NoNotifications final : public NotificationPort {
-public:
-    void notify(const QString &, Outcome) override {}
-    void playSound(const QString &) override {}
-};
-
 } // namespace morvane

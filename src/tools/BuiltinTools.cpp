@@ -8,6 +8,7 @@
 #include "tools/TodoList.h"
 #include "tools/ToolArguments.h"
 #include "tools/ToolTable.h"
+#include "tools/reminders/ReminderStore.h"
 
 #include <QDir>
 #include <exception>
@@ -66,10 +67,26 @@ void addFileTools(ToolHandlers &handlers)
     });
 }
 
+void addReminderTools(ToolHandlers &handlers, ReminderStore &reminders)
+{
+    handlers[u"set_reminder"_s] = [&reminders](const SharedJsonObject &arguments) {
+        return reminders.setReminder(stringArgument(arguments.get(), "message"),
+                                     numberArgument(arguments.get(), "minutes").value_or(1));
+    };
+    handlers[u"list_reminders"_s] = [&reminders](const SharedJsonObject &) {
+        return reminders.listReminders();
+    };
+    handlers[u"cancel_reminder"_s] = [&reminders](const SharedJsonObject &arguments) {
+        return reminders.cancelReminder(stringArgument(arguments.get(), "id"));
+    };
+}
+
 } // namespace
 
-BuiltinTools::BuiltinTools(HttpClient &http, WebEndpoints web) : m_web(http, std::move(web))
+BuiltinTools::BuiltinTools(HttpClient &http, ReminderStore &reminders, WebEndpoints web)
+    : m_web(http, std::move(web))
 {
+    addReminderTools(m_handlers, reminders);
     addEverydayTools(m_handlers);
     addFileTools(m_handlers);
     m_handlers[u"run_shell_command"_s] = [this](const SharedJsonObject &arguments) {

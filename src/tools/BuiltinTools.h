@@ -12,14 +12,16 @@
 
 namespace morvane {
 
+class ReminderStore;
+
 /// Whether the built-in tools are offered to the model at all.
 enum class UseTools { no, yes };
 
 /// The fixed table of built-in tools and the one entry through which a call is carried out.
 class BuiltinTools {
 public:
-    /// `http` carries the web tools' requests and outlives the tools.
-    explicit BuiltinTools(HttpClient &http, WebEndpoints web = {});
+    /// `http` carries the web tools' requests. Both outlive the tools.
+    BuiltinTools(HttpClient &http, ReminderStore &reminders, WebEndpoints web = {});
     BuiltinTools(const BuiltinTools &) = delete;
     BuiltinTools &operator=(const BuiltinTools &) = delete;
 
@@ -30,9 +32,9 @@ public:
     /// model, or hit by one of the patterns in tools/DestructiveCommands.h. Any thread.
     static bool isDestructive(const AIToolCall &call);
 
-    /// Carries out the permitted call and returns what the model is told. Never throws: a failure is a text that
-    /// begins with "Error". Arguments of the wrong type read as their defaults. Main thread; must outlive
-    /// the task.
+    /// Carries out the permitted call and returns what the model is told. Never throws: a failure is a text
+    /// that begins with "Error". Arguments of the wrong type read as their defaults. Main thread; must
+    /// outlive the task.
     Task<QString> execute(ToolPermit permit);
 
 private:

@@ -113,6 +113,12 @@ bool MorvaneSession::hasStatus(const QString &status)
     return m_program->shows(QStringLiteral("Status. ") + status);
 }
 
+QByteArray MorvaneSession::settingsText() const
+{
+    QFile file(m_home + QStringLiteral("/.config/Morvane/Morvane.conf"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QStringList MorvaneSession::activity()
 {
     // The log stands among the rows of the conversation: a heading with its number of steps, then the steps.

@@ -43,12 +43,16 @@ public:
     const XConnection &screen() const { return m_screen; }
     QString display() const { return m_desktop.display(); }
     ScriptedModel &model() { return m_model; }
+    const PrivateDesktop &desktop() const { return m_desktop; }
 
     /// Writes `text` into the message field through the accessibility bus and presses Return.
     void send(const QString &text);
 
     /// Whether the status line reads `status`, now or soon.
     bool hasStatus(const QString &status);
+
+    /// The settings file as it is now.
+    QByteArray settingsText() const;
 
     /// The names of the rows of the activity log, oldest first.
     QStringList activity();

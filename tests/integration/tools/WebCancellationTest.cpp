@@ -1,6 +1,7 @@
 #include "support/AppFixture.h"
 
 #include "net/HttpClient.h"
+#include "support/QuietReminders.h"
 #include "support/RawHttpServer.h"
 #include "tools/BuiltinTools.h"
 
@@ -28,7 +29,8 @@ protected:
     }
 
     HttpClient http;
-    BuiltinTools tools{http};
+    QuietReminders reminders{scheduler, home.path(QStringLiteral("Morvane.conf"))};
+    BuiltinTools tools{http, reminders.store};
 };
 
 TEST_F(WebCancellationTest, StoppingTheAgentClosesTheConnectionAndEndsTheRun)

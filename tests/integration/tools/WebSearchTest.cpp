@@ -1,5 +1,7 @@
 #include "WebFixture.h"
 
+#include "support/QuietReminders.h"
+#include "support/TemporaryHome.h"
 #include "support/WillingUser.h"
 #include "tools/BuiltinTools.h"
 
@@ -199,7 +201,9 @@ TEST_F(WebSearchTest, TheTwoToolsAreCalledByName)
 {
     serveSearch(rawHttpResponse(200, resultPage(1, 0)), rawHttpResponse(200, "<p>a page</p>"));
     const QString origin = QStringLiteral("http://127.0.0.1:%1").arg(server->port());
-    BuiltinTools builtin(client, {origin, origin});
+    TemporaryHome home;
+    QuietReminders reminders(scheduler, home.path("Morvane.conf"));
+    BuiltinTools builtin(client, reminders.store, {origin, origin});
     WillingUser user(scheduler);
     const auto execute = [&](const QString &name, boost::json::object arguments) {
         return runTask(scheduler, builtin.execute(user.permit({name, std::move(arguments), {}, {}})));

@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "net/HttpClient.h"
+#include "support/QuietReminders.h"
 #include "tools/BuiltinTools.h"
 
 using testing::Contains;
@@ -77,7 +78,8 @@ protected:
     QList<AIToolCall> ran; ///< Every call that reached a tool.
     bool real = false;     ///< Whether the program's own tools carry the calls out.
     HttpClient http;
-    BuiltinTools tools{http};
+    QuietReminders reminders{scheduler, home.path("Morvane.conf")};
+    BuiltinTools tools{http, reminders.store};
 
 private:
     Task<QString> execute(ToolPermit permit)

@@ -21,6 +21,7 @@ const std::map<std::string, Folders> allowed = {
     {"store", {"base", "async", "model", "platform"}},
     {"providers", {"base", "async", "net", "model", "platform"}},
     {"tools", {"base", "async", "net", "model", "platform"}},
+    {"reminder", {"base", "async", "model", "platform", "platform/linux", "tools"}},
     {"localmodel", {"base", "async", "net", "model", "platform"}},
     {"attachments", {"base", "async", "model"}},
     {"attachments/reader", {"base", "attachments"}},

@@ -3,6 +3,7 @@
 #include "base/Json.h"
 #include "net/HttpClient.h"
 #include "support/FakeClock.h"
+#include "support/QuietReminders.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "support/WillingUser.h"
@@ -28,7 +29,9 @@ protected:
     Scheduler scheduler{clock};
     WillingUser user{scheduler};
     HttpClient http;
-    BuiltinTools tools{http};
+    TemporaryHome home;
+    QuietReminders reminders{scheduler, home.path("Morvane.conf")};
+    BuiltinTools tools{http, reminders.store};
 };
 
 TEST_F(BuiltinToolsTest, OffersNothingWhenToolsAreOff)
@@ -69,9 +72,40 @@ TEST_F(BuiltinToolsTest, KeepsTheTodoList)
     EXPECT_EQ(execute("todo_list", R"({"items": "a"})"), "Todo list cleared.");
 }
 
+TEST_F(BuiltinToolsTest, SetsListsAndCancelsReminders)
+{
+    EXPECT_EQ(execute("set_reminder", R"({"message": "time to stretch", "minutes": 2})"),
+              "Reminder set: \"time to stretch\" in 2 minutes.");
+    const QString list = execute("list_reminders");
+    ASSERT_TRUE(list.startsWith("Pending reminders:\n")) << list.toStdString();
+    const QByteArray id = list.section('\n', 1).first(8).toUtf8();
+    const QByteArray arguments = "{\"id\": \"" + id + "\"}";
+    EXPECT_EQ(execute("cancel_reminder", arguments.constData()),
+              "Cancelled the reminder \"time to stretch\".");
+    EXPECT_EQ(execute("list_reminders"), "There are no pending reminders.");
+}
+
+TEST_F(BuiltinToolsTest, MinutesThatAreMissingOrNoNumberCountAsOne)
+{
+    const QString expected = "Reminder set: \"tea\" in 1 minutes.";
+    EXPECT_EQ(execute("set_reminder", R"({"message": "tea"})"), expected);
+    EXPECT_EQ(execute("set_reminder", R"({"message": "tea", "minutes": "5"})"), expected);
+    EXPECT_EQ(execute("set_reminder", R"({"message": "tea", "minutes": true})"), expected);
+    EXPECT_EQ(execute("set_reminder", R"({"message": "tea", "minutes": 5})"),
+              "Reminder set: \"tea\" in 5 minutes.");
+}
+
+TEST_F(BuiltinToolsTest, ReminderToolsWithoutArgumentsAnswerForTheEmptyText)
+{
+    EXPECT_EQ(execute("set_reminder"), "Error: a reminder message is required.");
+    EXPECT_EQ(execute("set_reminder", R"({"message": 5, "minutes": 1})"),
+              "Error: a reminder message is required.");
+    EXPECT_EQ(execute("cancel_reminder"),
+              "Error: a reminder id is required. Use list_reminders to see the ids.");
+}
+
 TEST_F(BuiltinToolsTest, ReadsListsWritesEditsAndSearchesFiles)
 {
-    TemporaryHome home;
     EXPECT_EQ(execute("write_file", R"({"path": "~/a.txt", "content": "one two"})"),
               "Wrote 7 characters to " + home.path("a.txt") + ".");
     EXPECT_EQ(execute("edit_file", R"({"file_path": "~/a.txt", "old_string": "two", "new_string": "2"})"),
@@ -85,7 +119,6 @@ TEST_F(BuiltinToolsTest, ReadsListsWritesEditsAndSearchesFiles)
 
 TEST_F(BuiltinToolsTest, EditsAllOccurrencesOnlyWhenTold)
 {
-    TemporaryHome home;
     home.write("a.txt", "x x");
     EXPECT_TRUE(execute("edit_file", R"({"file_path": "~/a.txt", "old_string": "x", "new_string": "y"})")
                     .startsWith("Error: the text to replace appears 2 times"));
@@ -97,7 +130,6 @@ TEST_F(BuiltinToolsTest, EditsAllOccurrencesOnlyWhenTold)
 
 TEST_F(BuiltinToolsTest, SearchesGoToTheHomeFolderUnlessToldOtherwise)
 {
-    TemporaryHome home;
     home.write("deep/a.txt", "needle");
     EXPECT_EQ(execute("grep_search", R"({"pattern": "needle"})"), home.path("deep/a.txt") + ":1: needle");
     EXPECT_EQ(execute("glob_find", R"({"pattern": "**/a.*", "path": 7})"), "deep/a.txt");

@@ -1,0 +1,63 @@
+#include "platform/linux/notifications/AutostartEntry.h"
+
+#include "base/AtomicFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+/// An argument of an `Exec` line: quoted for the reader of the line, then once more for the reader of values.
+QString execArgument(const QString &text)
+{
+    QString quoted;
+    for (const QChar character : text) {
+        if (character == u'%') {
+            quoted += u"%%"_s;
+            continue;
+        }
+        if (character == u'"' || character == u'`' || character == u'$' || character == u'\\')
+            quoted += u'\\';
+        quoted += character;
+    }
+    quoted = u'"' + quoted + u'"';
+    return quoted.replace(u'\\', u"\\\\"_s).replace(u'\n', u"\\n"_s);
+}
+
+} // namespace
+
+AutostartEntry::AutostartEntry(const QString &configFolder, QString helper)
+    : m_path(configFolder + u"/autostart/morvane-reminder.desktop"_s), m_helper(std::move(helper))
+{
+}
+
+void AutostartEntry::ensure() const
+{
+    const QByteArray entry = QString(u"[Desktop Entry]\nType=Application\nName=Morvane reminders\n"
+                                     "Comment=Sets the alarms of your pending reminders\nExec="_s +
+                                     execArgument(m_helper) + u" rearm\nNoDisplay=true\nTerminal=false\n"_s)
+                                 .toUtf8();
+    QFile file(m_path);
+    if (file.open(QIODevice::ReadOnly) && file.read(entry.size() + 1) == entry)
+        return;
+    // The folder belongs to the whole desktop: one that exists keeps its permissions.
+    const QString folder = QFileInfo(m_path).path();
+    if (!QFileInfo::exists(folder)) {
+        QDir().mkpath(QFileInfo(folder).path());
+        QDir().mkdir(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    std::ignore = writeFileAtomically(m_path, entry);
+}
+
+void AutostartEntry::remove() const
+{
+    QFile::remove(m_path);
+}
+
+} // namespace morvane

@@ -1,0 +1,103 @@
+#include "tools/reminders/PendingReminders.h"
+
+#include "base/AtomicFile.h"
+#include "base/Uuid.h"
+
+#include <algorithm>
+#include <chrono>
+#include <tuple>
+
+namespace morvane {
+
+namespace {
+
+const auto key = QStringLiteral("pendingReminders");
+constexpr auto lockLimit = std::chrono::seconds(2);
+
+} // namespace
+
+PendingReminders::PendingReminders(const QString &path) : m_file(path) {}
+
+QList<Reminder> PendingReminders::decoded(const QVariantMap &values) const
+{
+    QList<Reminder> reminders = remindersFromJson(values.value(key).toByteArray());
+    reminders.removeIf([this](const Reminder &reminder) { return m_taken.contains(reminder.id); });
+    return reminders;
+}
+
+QList<Reminder> PendingReminders::list()
+{
+    const std::lock_guard lock(m_lock);
+    const auto identity = FileIdentity::ofPath(m_file.path());
+    if (!identity || identity != m_identity) {
+        const DefaultsFile::Content content = m_file.read();
+        m_read = decoded(content.values);
+        m_identity = content.identity;
+    }
+    return m_read;
+}
+
+bool PendingReminders::change(const std::function<void(QList<Reminder> &)> &changeList)
+{
+    const std::lock_guard lock(m_lock);
+    QSet<QUuid> removed;
+    const bool isWritten = m_file.update([&](QVariantMap &values) {
+        QList<Reminder> reminders = decoded(values);
+        for (const Reminder &reminder : reminders)
+            removed.insert(reminder.id);
+        changeList(reminders);
+        for (const Reminder &reminder : reminders)
+            removed.remove(reminder.id);
+        values.insert(key, remindersToJson(reminders));
+    });
+    m_identity.reset();
+    if (isWritten)
+        m_taken.clear();
+    else
+        m_taken.unite(removed);
+    return isWritten;
+}
+
+bool PendingReminders::add(const Reminder &reminder)
+{
+    const bool isWritten = change([&](QList<Reminder> &reminders) { reminders.append(reminder); });
+    if (isWritten)
+        std::ignore = syncFile(m_file.path());
+    return isWritten;
+}
+
+template <class Matches> std::optional<Reminder> PendingReminders::takeFirst(Matches matches)
+{
+    // Most calls find nothing to take, and then leave the file as it is.
+    const QList<Reminder> seen = list();
+    if (std::none_of(seen.cbegin(), seen.cend(), matches))
+        return std::nullopt;
+    std::optional<Reminder> taken;
+    change([&](QList<Reminder> &reminders) {
+        const auto found = std::find_if(reminders.cbegin(), reminders.cend(), matches);
+        if (found == reminders.cend())
+            return;
+        taken = *found;
+        reminders.erase(found);
+    });
+    return taken;
+}
+
+std::optional<Reminder> PendingReminders::take(QUuid id)
+{
+    return takeFirst([id](const Reminder &reminder) { return reminder.id == id; });
+}
+
+std::optional<Reminder> PendingReminders::takeByPrefix(const QString &prefix)
+{
+    return takeFirst([&](const Reminder &reminder) { return uuidText(reminder.id).startsWith(prefix); });
+}
+
+void PendingReminders::ifEmpty(const std::function<void()> &cleanUp)
+{
+    const DefaultsFile::Lock held = m_file.lock(lockLimit);
+    if (list().isEmpty())
+        cleanUp();
+}
+
+} // namespace morvane

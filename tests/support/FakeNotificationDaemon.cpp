@@ -1,0 +1,81 @@
+#include "support/FakeNotificationDaemon.h"
+
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QUuid>
+#include <stdexcept>
+
+namespace morvane {
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.Notifications");
+const QString path = QStringLiteral("/org/freedesktop/Notifications");
+
+} // namespace
+
+FakeNotificationDaemon::FakeNotificationDaemon(const QString &busAddress, QStringList capabilities,
+                                               Manner manner)
+    : m_bus(QDBusConnection::connectToBus(busAddress, QUuid::createUuid().toString())),
+      m_capabilities(std::move(capabilities)), m_manner(manner)
+{
+    if (!m_bus.registerObject(path, this,
+                              QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals) ||
+        !m_bus.registerService(service))
+        throw std::runtime_error("no notification daemon: " + m_bus.lastError().message().toStdString());
+}
+
+FakeNotificationDaemon::~FakeNotificationDaemon()
+{
+    m_bus.unregisterService(service);
+    m_bus.unregisterObject(path);
+    QDBusConnection::disconnectFromBus(m_bus.name());
+}
+
+QStringList FakeNotificationDaemon::GetCapabilities()
+{
+    ++m_timesAsked;
+    misbehave();
+    return m_capabilities;
+}
+
+uint FakeNotificationDaemon::Notify(const QString &program, uint, const QString &, const QString &title,
+                                    const QString &body, const QStringList &actions, const QVariantMap &hints,
+                                    int)
+{
+    misbehave();
+    m_shown.append({program, title, body, actions, hints});
+    return static_cast<uint>(m_shown.size());
+}
+
+void FakeNotificationDaemon::misbehave()
+{
+    switch (m_manner) {
+    case Manner::honest:
+        return;
+    case Manner::wrongTypes:
+        setDelayedReply(true);
+        connection().send(message().createReply({QVariantMap{{QStringLiteral("a"), -1}}, 0.5}));
+        return;
+    case Manner::errors:
+        sendErrorReply(QDBusError::InternalError, QStringLiteral("broken"));
+        return;
+    case Manner::silent:
+        setDelayedReply(true);
+        return;
+    }
+}
+
+void FakeNotificationDaemon::choose(uint id, const QString &token, const QString &action)
+{
+    if (!token.isEmpty())
+        Q_EMIT ActivationToken(id, token);
+    Q_EMIT ActionInvoked(id, action);
+}
+
+void FakeNotificationDaemon::close(uint id)
+{
+    Q_EMIT NotificationClosed(id, 2);
+}
+
+} // namespace morvane

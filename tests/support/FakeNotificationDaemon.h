@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace morvane {
+
+/// A notification daemon on a test's session bus that shows nothing and remembers what it was asked.
+class FakeNotificationDaemon : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+public:
+    /// How it answers: as it should, with values of wrong types, with errors, or never.
+    enum class Manner { honest, wrongTypes, errors, silent };
+
+    struct Shown {
+        QString program;
+        QString title;
+        QString body;
+        QStringList actions;
+        QVariantMap hints;
+    };
+
+    /// Serves on a connection of its own. Throws std::runtime_error if another daemon does already.
+    explicit FakeNotificationDaemon(const QString &busAddress,
+                                    QStringList capabilities = {QStringLiteral("body"),
+                                                                QStringLiteral("actions"),
+                                                                QStringLiteral("body-markup")},
+                                    Manner manner = Manner::honest);
+    ~FakeNotificationDaemon() override;
+
+    const QList<Shown> &shown() const { return m_shown; }
+    int timesAskedForCapabilities() const { return m_timesAsked; }
+
+    /// The user clicks the banner; numbers begin with 1 in the order in which they were shown.
+    void choose(uint id, const QString &token = {}, const QString &action = QStringLiteral("default"));
+    void close(uint id);
+
+public Q_SLOTS:
+    QStringList GetCapabilities();
+    uint Notify(const QString &program, uint replaces, const QString &icon, const QString &title,
+                const QString &body, const QStringList &actions, const QVariantMap &hints, int timeout);
+
+Q_SIGNALS:
+    void ActionInvoked(uint id, const QString &action);
+    void ActivationToken(uint id, const QString &token);
+    void NotificationClosed(uint id, uint reason);
+
+private:
+    void misbehave();
+
+    QDBusConnection m_bus;
+    QStringList m_capabilities;
+    Manner m_manner;
+    QList<Shown> m_shown;
+    int m_timesAsked = 0;
+};
+
+} // namespace morvane
