@@ -124,8 +124,9 @@ TEST_F(LinuxNotificationCenterTest, ADaemonThatAnswersInWrongTypesOrErrorsIsHarm
     }
     startDaemon();
     center.add(request("shown"));
-    ASSERT_TRUE(waitUntil([this] { return !daemon->shown().isEmpty(); }));
-    EXPECT_EQ(daemon->shown().back().body, "shown");
+    // What the other daemon never took may arrive here before.
+    EXPECT_TRUE(waitUntil(
+        [this] { return !daemon->shown().isEmpty() && daemon->shown().back().body == QString("shown"); }));
 }
 
 TEST_F(LinuxNotificationCenterTest, ADaemonThatNeverAnswersIsNotWaitedFor)
