@@ -91,6 +91,15 @@ TEST_F(LinuxSoundPlayerTest, ManySoundsAtOnceAreNotAQueue)
     EXPECT_LT(home.read("heard.raw").size(), 8 * 21'212);
 }
 
+TEST_F(LinuxSoundPlayerTest, EndingJustWhenASoundEndsIsHarmless)
+{
+    for (int round = 0; round < 100; ++round) {
+        LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+        player.play("MorvaneCancelled");
+        player.waitUntilHeard(limit);
+    }
+}
+
 TEST_F(LinuxSoundPlayerTest, EndingWhileASoundPlaysIsHarmless)
 {
     LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());

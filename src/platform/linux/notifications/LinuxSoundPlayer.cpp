@@ -1,12 +1,16 @@
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
 
+#include <QByteArrayList>
 #include <QCoreApplication>
 #include <QFile>
 #include <canberra.h>
 #include <condition_variable>
 #include <deque>
+#include <dlfcn.h>
+#include <link.h>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +23,26 @@ using namespace std::chrono_literals;
 /// More at once is noise, and a server that hangs lets them pile up.
 constexpr int maximumSounds = 4;
 constexpr auto endLimit = 300ms;
+
+int collectDriver(dl_phdr_info *object, size_t, void *paths)
+{
+    const QByteArray path(object->dlpi_name);
+    if (path.contains("/libcanberra-") && path.endsWith(".so"))
+        static_cast<QByteArrayList *>(paths)->append(path);
+    return 0;
+}
+
+/// Keeps the library's loaded drivers in memory. Destroying the context unloads its driver, in which the
+/// thread of a sound that has just ended may still have to return.
+void keepDriversLoaded()
+{
+    QByteArrayList paths;
+    ::dl_iterate_phdr(&collectDriver, &paths);
+    for (const QByteArray &path : paths) {
+        if (void *const driver = ::dlopen(path.constData(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE))
+            ::dlclose(driver);
+    }
+}
 
 } // namespace
 
@@ -87,7 +111,10 @@ private:
         ca_proplist_sets(properties, CA_PROP_MEDIA_ROLE, "event");
         const int status = ca_context_play_full(m_context, m_nextId++, properties, &Worker::finished, this);
         ca_proplist_destroy(properties);
-        if (status != CA_SUCCESS) {
+        if (status == CA_SUCCESS) {
+            if (!std::exchange(m_isDriverKept, true))
+                keepDriversLoaded();
+        } else {
             soundEnded();
             dropContext(); // The next sound finds a server that was started or restarted meanwhile.
         }
@@ -98,6 +125,7 @@ private:
         if (m_context)
             ca_context_destroy(m_context);
         m_context = nullptr;
+        m_isDriverKept = false;
     }
 
     /// Called on a thread of the library's, or by ca_context_destroy.
@@ -119,7 +147,8 @@ private:
     int m_sounds = 0; ///< Given and not yet at their end.
     bool m_ends = false;
     bool m_hasEnded = false;
-    ca_context *m_context = nullptr; ///< This and the next: the thread's alone.
+    ca_context *m_context = nullptr; ///< This and the next two: the thread's alone.
+    bool m_isDriverKept = false;
     uint32_t m_nextId = 1;
 };
 
