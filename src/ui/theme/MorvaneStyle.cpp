@@ -3,6 +3,7 @@
 #include "ui/theme/Contrast.h"
 #include "ui/theme/ThemeColors.h"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -190,6 +191,9 @@ int MorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, co
         return scrollBarExtent;
     case PM_ScrollBarSliderMin:
         return minimumScrollHandle;
+    case PM_ButtonIconSize:
+        // Symbols are read like the text beside them and grow with it.
+        return (widget ? widget->fontMetrics() : QFontMetrics(QApplication::font())).height() * 9 / 8;
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;

@@ -28,7 +28,6 @@ QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
     auto *button = new QToolButton;
     button->setIcon(icon);
-    button->setIconSize({18, 18});
     button->setToolTip(label);
     button->setAccessibleName(label);
     button->setFocusPolicy(Qt::TabFocus);

@@ -69,7 +69,6 @@ QToolButton *HeaderView::addButton(const QIcon &icon, const QString &text)
     button->setAccessibleName(text);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
-    button->setIconSize({18, 18});
     layout()->addWidget(button);
     return button;
 }

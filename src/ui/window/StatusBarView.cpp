@@ -5,15 +5,15 @@
 #include "ui/theme/ThemeColors.h"
 
 #include <QPainter>
+#include <algorithm>
 
 namespace morvane {
 
 namespace {
 
-constexpr int markPlace = 12;
-constexpr int dotSize = 6;
-constexpr int checkSize = 9;
-constexpr int textPlace = 28;
+constexpr int markCentre = 16;
+constexpr int largestMark = 18;
+constexpr int textPlace = 30;
 
 } // namespace
 
@@ -47,14 +47,15 @@ void StatusBarView::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(colors.border);
     painter.drawLine(0, 0, width(), 0);
-    const qreal middle = height() / 2.0;
+    const QPointF centre(markCentre, height() / 2.0);
+    const int mark = std::min(fontMetrics().height() * 5 / 8, largestMark);
     if (m_model.isBusy()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(colors.accent);
-        painter.drawEllipse(QRectF(markPlace, middle - dotSize / 2.0, dotSize, dotSize));
+        painter.drawEllipse(centre, mark / 3.0, mark / 3.0);
     } else {
-        painter.drawPixmap(QPointF(markPlace - 1, middle - checkSize / 2.0),
-                           symbolPixmap(Symbol::check, checkSize, colors.secondaryText, devicePixelRatioF()));
+        painter.drawPixmap(centre - QPointF(mark, mark) / 2,
+                           symbolPixmap(Symbol::check, mark, colors.secondaryText, devicePixelRatioF()));
     }
     painter.setPen(colors.secondaryText);
     const QRect place = contentsRect();
