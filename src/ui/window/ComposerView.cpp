@@ -11,18 +11,21 @@
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/FileDialogFilters.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QProgressBar>
 #include <QToolButton>
+#include <algorithm>
 
 namespace morvane {
 
 namespace {
 
 constexpr QSize progressSize{80, 8};
+constexpr int smallestIcon = 18;
 
 QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
@@ -98,6 +101,7 @@ ComposerView::ComposerView(AppModel &model, QWidget *parent)
     connect(&model, &AppModel::updateStateChanged, this, &ComposerView::updateState);
     connect(&model, &AppModel::suggestedPrompt, this, &ComposerView::takeSuggestion);
     connectAttachments();
+    fitIcons();
     updateState();
 }
 
@@ -236,6 +240,20 @@ void ComposerView::updateProcessing()
     const int count = m_attachments.processingCount();
     m_processing->setVisible(count > 0);
     m_progress->setAccessibleName(QStringLiteral("Processing %1 attachments").arg(count));
+}
+
+void ComposerView::fitIcons()
+{
+    const int side = std::max(smallestIcon, fontMetrics().height());
+    for (QToolButton *button : {m_attach, m_send, m_stop})
+        button->setIconSize({side, side});
+}
+
+void ComposerView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitIcons();
 }
 
 void ComposerView::setDropMark(bool shown)

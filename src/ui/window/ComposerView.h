@@ -36,6 +36,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void connectAttachments();
@@ -47,6 +48,7 @@ private:
     void updateSendButton();
     void updateNote();
     void updateProcessing();
+    void fitIcons();
 
     AppModel &m_model;
     PendingAttachments m_attachments;

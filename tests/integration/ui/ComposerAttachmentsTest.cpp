@@ -304,6 +304,20 @@ TEST_F(ComposerAttachmentsTest, ManyChipsWrapAndScrollInsteadOfFillingTheWindow)
     EXPECT_FALSE(last->visibleRegion().isEmpty());
 }
 
+TEST_F(ComposerAttachmentsTest, SymbolsGrowWithTheFont)
+{
+    attach({QStringLiteral("a.txt")});
+    auto *paperclip = button(QStringLiteral("Attach a file or image"));
+    const int small = paperclip->iconSize().height();
+    const int smallChip = chips().constFirst()->height();
+    QFont large = view->font();
+    large.setPointSize(large.pointSize() * 3);
+    view->setFont(large);
+    settle();
+    EXPECT_GT(paperclip->iconSize().height(), small);
+    EXPECT_GT(chips().constFirst()->height(), smallChip);
+}
+
 TEST_F(ComposerAttachmentsTest, SendButtonNoLongerAsksForAnAttachment)
 {
     EXPECT_NE(button(QStringLiteral("Send message. Add a message or an attachment first.")), nullptr);
