@@ -54,9 +54,14 @@ void MorvaneTest::TearDown()
 
 QString MorvaneTest::lastResult(MorvaneSession &morvane)
 {
+    // A request for the conversation's title may have come behind.
     const auto requests = morvane.model().requests();
-    const auto &messages = requests.back().json.at("messages").as_array();
-    return QString::fromStdString(messages.back().at("content").as_string().c_str());
+    for (auto request = requests.rbegin(); request != requests.rend(); ++request) {
+        const auto &message = request->json.at("messages").as_array().back().as_object();
+        if (message.at("role").as_string() == "tool")
+            return QString::fromStdString(message.at("content").as_string().c_str());
+    }
+    return {};
 }
 
 ScriptedTurn callingTool(const std::string &name, const std::string &arguments)
