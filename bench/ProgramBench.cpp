@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
@@ -25,7 +26,7 @@ namespace {
 constexpr int starts = 9;
 constexpr int loopTurns = 20;
 constexpr std::size_t burstTokens = 100000;
-constexpr int idleSeconds = 5;
+constexpr int idleSeconds = 10;
 
 double median(std::vector<double> values)
 {
@@ -56,10 +57,35 @@ double cpuSeconds(qint64 pid)
     return (fields[11].toDouble() + fields[12].toDouble()) / double(sysconf(_SC_CLK_TCK));
 }
 
+/// A process of this name (its first 15 bytes); 0 if there is none.
+qint64 processNamed(const QByteArray &name)
+{
+    for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile proc(QStringLiteral("/proc/%1/comm").arg(pid));
+        if (proc.open(QIODevice::ReadOnly) && proc.readAll().trimmed() == name)
+            return pid.toLongLong();
+    }
+    return 0;
+}
+
+/// What the threads that run now have used, to the nanosecond.
+double threadSeconds(qint64 pid)
+{
+    double nanoseconds = 0;
+    QDirIterator threads(QStringLiteral("/proc/%1/task").arg(pid), QDir::Dirs | QDir::NoDotAndDotDot);
+    while (threads.hasNext()) {
+        QFile proc(threads.next() + QStringLiteral("/schedstat"));
+        if (proc.open(QIODevice::ReadOnly))
+            nanoseconds += proc.readAll().split(' ').first().toDouble();
+    }
+    return nanoseconds / 1e9;
+}
+
 /// The program in a home of its own beside a scripted model.
 class Session {
 public:
-    Session(const PrivateDesktop &desktop, QString program, ModelScript script)
+    Session(const PrivateDesktop &desktop, QString program, ModelScript script,
+            const QByteArray &moreSettings = {})
         : m_desktop(desktop), m_program(std::move(program)), m_model(std::move(script)),
           m_screen(desktop.display()), m_keyboard(m_screen), m_home(desktop.newFolder(QStringLiteral("home")))
     {
@@ -70,7 +96,7 @@ public:
         settings.write(
             "[General]\nprovider=custom\nmodel=scripted\nmaxSteps=200\nhasCompletedOnboarding=true\n"
             "customBaseURL=" +
-            QByteArray::fromStdString(m_model.baseURL()) + "/v1\n");
+            QByteArray::fromStdString(m_model.baseURL()) + "/v1\n" + moreSettings);
     }
 
     ScriptedModel &model() { return m_model; }
@@ -177,12 +203,28 @@ int main(int argc, char **argv)
         }
     }
 
+    double watchingCpu = 0;
+    double waiterPss = 0;
+    {
+        Session session(
+            desktop, program, script(),
+            "pendingReminders=\"@ByteArray([{\\\"id\\\":\\\"0A1B2C3D-0000-4000-8000-000000000001\\\","
+            "\\\"message\\\":\\\"tea\\\",\\\"fireDate\\\":4e9}])\"\n");
+        session.start();
+        QThread::sleep(idleSeconds);
+        const double before = threadSeconds(session.pid());
+        QThread::sleep(idleSeconds);
+        watchingCpu = (threadSeconds(session.pid()) - before) / idleSeconds * 100;
+        waiterPss = procMegabytes(processNamed("morvane-reminde"), "smaps_rollup", "Pss");
+        session.end();
+    }
+
     Session session(desktop, program, script());
     session.start();
     QThread::sleep(idleSeconds);
-    const double idleBefore = cpuSeconds(session.pid());
+    const double idleBefore = threadSeconds(session.pid());
     QThread::sleep(idleSeconds);
-    const double idleCpu = (cpuSeconds(session.pid()) - idleBefore) / idleSeconds * 100;
+    const double idleCpu = (threadSeconds(session.pid()) - idleBefore) / idleSeconds * 100;
     const double idlePss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
 
     // The first request also asks for a title.
@@ -210,14 +252,15 @@ int main(int argc, char **argv)
 
     std::printf("{\"start_to_painted_ms\": {\"median\": %.1f, \"max\": %.1f},\n"
                 " \"typed_to_first_request_ms\": {\"median\": %.1f},\n"
-                " \"idle\": {\"pss_mb\": %.1f, \"cpu_percent\": %.2f},\n"
+                " \"idle\": {\"pss_mb\": %.1f, \"cpu_percent\": %.3f},\n"
+                " \"idle_with_a_reminder\": {\"cpu_percent\": %.3f, \"waiting_program_pss_mb\": %.1f},\n"
                 " \"tool_turn_ms\": {\"p50\": %.2f, \"max\": %.2f, \"turns\": %zu, \"peak_rss_mb\": %.1f, "
                 "\"pss_mb\": %.1f},\n"
                 " \"stream\": {\"tokens\": %zu, \"seconds_until_saved\": %.3f, \"tokens_per_second\": %.0f, "
                 "\"cpu_s\": %.2f}}\n",
                 median(painted), *std::max_element(painted.begin(), painted.end()), median(firstRequests),
-                idlePss, idleCpu, median(turnTimes), *std::max_element(turnTimes.begin(), turnTimes.end()),
-                turnTimes.size(), peak, loopPss, burstTokens, streamSeconds,
-                double(burstTokens) / streamSeconds, cpu);
+                idlePss, idleCpu, watchingCpu, waiterPss, median(turnTimes),
+                *std::max_element(turnTimes.begin(), turnTimes.end()), turnTimes.size(), peak, loopPss,
+                burstTokens, streamSeconds, double(burstTokens) / streamSeconds, cpu);
     return 0;
 }
