@@ -22,6 +22,27 @@ QString Endpoints::chatCompletions(ProviderID provider) const
     return {};
 }
 
+QString Endpoints::modelList(ProviderID provider) const
+{
+    switch (provider) {
+    case ProviderID::gemini:
+        return gemini + QStringLiteral("/v1beta/models");
+    case ProviderID::openrouter:
+        return openrouter + QStringLiteral("/api/v1/models");
+    case ProviderID::groq:
+        return groq + QStringLiteral("/openai/v1/models");
+    case ProviderID::ollama:
+        return ollama + QStringLiteral("/api/tags");
+    case ProviderID::openai:
+        return openai + QStringLiteral("/v1/models");
+    case ProviderID::zen:
+        return zen + QStringLiteral("/zen/v1/models");
+    case ProviderID::custom:
+        break;
+    }
+    return {};
+}
+
 QString Endpoints::signupURL(ProviderID provider) const
 {
     switch (provider) {

@@ -24,6 +24,9 @@ struct Endpoints {
     /// The address that takes chat requests; empty for `gemini` and `custom`, which have none of this kind.
     QString chatCompletions(ProviderID provider) const;
 
+    /// The address of the list of models; empty for `custom`, whose server the user names.
+    QString modelList(ProviderID provider) const;
+
     /// The page where a user gets a key (for `ollama` its home page, for `custom` Morvane's documentation).
     QString signupURL(ProviderID provider) const;
 };

@@ -2,6 +2,7 @@
 
 #include "providers/Endpoints.h"
 
+#include <QMap>
 #include <QUrl>
 #include <gtest/gtest.h>
 
@@ -45,6 +46,23 @@ TEST(ProviderCatalog, EveryProviderHasANoteAndASignupPage)
     }
     EXPECT_EQ(endpoints.signupURL(ProviderID::custom), endpoints.productDocumentation);
     EXPECT_TRUE(providerNote(ProviderID::openai).endsWith("create a key at platform.openai.com."));
+}
+
+TEST(ProviderCatalog, EveryProviderButCustomHasAListOfModelsBelowItsOrigin)
+{
+    const Endpoints endpoints;
+    const QMap<ProviderID, QString> paths{
+        {ProviderID::gemini, "/v1beta/models"},  {ProviderID::openrouter, "/api/v1/models"},
+        {ProviderID::groq, "/openai/v1/models"}, {ProviderID::ollama, "/api/tags"},
+        {ProviderID::openai, "/v1/models"},      {ProviderID::zen, "/zen/v1/models"}};
+    for (auto path = paths.cbegin(); path != paths.cend(); ++path) {
+        const QUrl url(endpoints.modelList(path.key()), QUrl::StrictMode);
+        EXPECT_TRUE(url.isValid());
+        EXPECT_FALSE(url.host().isEmpty());
+        EXPECT_EQ(url.path(), *path);
+    }
+    EXPECT_EQ(endpoints.modelList(ProviderID::ollama), "http://localhost:11434/api/tags");
+    EXPECT_EQ(endpoints.modelList(ProviderID::custom), QString());
 }
 
 TEST(ProviderCatalog, PresetsAreOfferedInOrder)
