@@ -159,8 +159,7 @@ void SettingsStore::askKeychain()
                 keys.insert(provider, *text);
         }
         if (!keys.isEmpty())
-            QMetaObject::invokeMethod(
-                this, [this, keys] { adoptKeychainKeys(keys); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(this, [this, keys] { adoptKeychainKeys(keys); }, Qt::QueuedConnection);
     });
 }
 
@@ -254,7 +253,12 @@ QString SettingsStore::apiKey() const
 
 void SettingsStore::setApiKey(const QString &key)
 {
-    setValue(apiKeyKey(m_providerID), trimmed(key));
+    const QString name = apiKeyKey(m_providerID);
+    const QString trimmedKey = trimmed(key);
+    if (m_defaults.contains(name) && apiKey() == trimmedKey)
+        return;
+    setValue(name, trimmedKey);
+    Q_EMIT changed();
 }
 
 void SettingsStore::setValue(const QString &key, const QVariant &value)

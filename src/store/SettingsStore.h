@@ -60,7 +60,7 @@ public:
     void removeValue(const QString &key);
 
 Q_SIGNALS:
-    /// Any property changed, or an API key of an old version was found.
+    /// Any property or the current provider's API key changed, or keys of an old version were found.
     void changed();
     void providerIDChanged(morvane::ProviderID provider);
 
