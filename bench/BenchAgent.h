@@ -14,6 +14,7 @@
 #include "store/SettingsStore.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
+#include "support/FakeModelCatalog.h"
 #include "support/FakePorts.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
@@ -102,6 +103,8 @@ struct BenchAgent {
     NoUpdates updates;
     FakeAttachments attachments;
     OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
+    FakeModelCatalog modelCatalog;
+    FakeUrlOpener urls;
     AppServices services{scheduler,
                          settings,
                          conversations,
@@ -113,8 +116,11 @@ struct BenchAgent {
                          updates,
                          localModel,
                          attachments,
+                         modelCatalog,
+                         urls,
                          [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
-                         [] { return QStringLiteral("A benchmark."); }};
+                         [] { return QStringLiteral("A benchmark."); },
+                         [] { return 16; }};
     AppModel model{services};
 };
 

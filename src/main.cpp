@@ -16,6 +16,7 @@
 #include "platform/linux/LinuxColorScheme.h"
 #include "platform/linux/LinuxMachineFacts.h"
 #include "platform/linux/LinuxSingleInstance.h"
+#include "platform/linux/LinuxUrlOpener.h"
 #include "platform/linux/LinuxWindowRaiser.h"
 #include "platform/linux/TerminationSignals.h"
 #include "platform/linux/notifications/LinuxDeliveryAlarm.h"
@@ -23,6 +24,7 @@
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
 #include "providers/Endpoints.h"
 #include "providers/HttpAIService.h"
+#include "providers/HttpModelCatalog.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
@@ -86,6 +88,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     NoUpdates updates;
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
     AttachmentWorkers attachments{AttachmentProcessor(ReaderProcess(attachmentReader()))};
+    HttpModelCatalog modelCatalog(http, endpoints);
+    LinuxUrlOpener urls;
     const LinuxMachineFacts machineFacts;
     const MachineProfile machine(machineFacts);
 
@@ -101,8 +105,11 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         updates,
         localModel,
         attachments,
+        modelCatalog,
+        urls,
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
         [&machine] { return machine.current().summary(); },
+        [&machine] { return machine.current().ramGB; },
     };
     AppModel model(services);
     LinuxColorScheme colorScheme;

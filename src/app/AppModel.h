@@ -38,8 +38,8 @@ public:
     Announcer &announcer() const { return m_services.announcer; }
     AttachmentService &attachmentService() const { return m_services.attachments; }
     Scheduler &scheduler() const { return m_services.scheduler; }
-    /// One sentence on this computer.
-    QString machineSummary() const { return m_services.machineSummary(); }
+    /// What the model works with, for objects that a window makes for as long as it lasts.
+    const AppServices &services() const { return m_services; }
 
     const QList<ChatMessage> &messages() const { return m_workspace.transcript.messages(); }
     const QList<APIMessage> &context() const { return m_context; }

@@ -14,11 +14,13 @@ class AttachmentService;
 class BrowserWindowPort;
 class ConversationStore;
 class LocalModelRuntime;
+class ModelCatalog;
 class NotificationPort;
 class Scheduler;
 class SettingsStore;
 class ToolServerPort;
 class UpdatePort;
+class UrlOpener;
 
 /// Everything that the application model works with; all of it outlives the model.
 struct AppServices {
@@ -33,10 +35,14 @@ struct AppServices {
     UpdatePort &updates;
     LocalModelRuntime &localModel;
     AttachmentService &attachments;
+    ModelCatalog &modelCatalog;
+    UrlOpener &urls;
     /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
     std::function<Task<QString>(ToolPermit)> executeTool;
     /// One sentence on the machine, for the system prompt.
     std::function<QString()> machineSummary;
+    /// The machine's memory in GiB.
+    std::function<int()> machineMemory;
 };
 
 } // namespace morvane

@@ -29,6 +29,19 @@ void LocalModelFlow::refreshLocalModel()
     m_services.scheduler.spawn(refresh());
 }
 
+void LocalModelFlow::refreshThenInstall()
+{
+    m_services.scheduler.spawn(refreshAndInstall());
+}
+
+Task<void> LocalModelFlow::refreshAndInstall()
+{
+    // What is there already must be known first, or its installation would be announced.
+    co_await refresh();
+    if (m_services.settings.providerID() == ProviderID::ollama)
+        installLocalModelIfNeeded();
+}
+
 Task<void> LocalModelFlow::refresh()
 {
     const QString model = trimmed(m_services.settings.model());

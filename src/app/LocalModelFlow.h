@@ -32,6 +32,8 @@ public:
 
     /// Reads the state of the runtime anew, in the background.
     void refreshLocalModel();
+    /// The same, and then installs what is missing; for a user who has just chosen the local model.
+    void refreshThenInstall();
     /// Starts the installation unless it runs, is done, or another model is being pulled.
     void installLocalModelIfNeeded();
     /// Starts the installation for a message that waits; the handle ends both.
@@ -46,6 +48,7 @@ Q_SIGNALS:
 
 private:
     Task<void> refresh();
+    Task<void> refreshAndInstall();
     Task<void> installLocalModel();
     Task<void> installSteps();
     Task<void> warmUpLocalModel();

@@ -96,10 +96,19 @@ const QHash<QString, Phrase> &phrases()
 
 } // namespace
 
+QString describeTool(const QString &name)
+{
+    if (name == "write_file"_L1)
+        return u"write files (write_file)"_s;
+    if (name == "edit_file"_L1)
+        return u"edit files (edit_file)"_s;
+    return u"use the "_s + name + u" tool"_s;
+}
+
 QString describe(const AIToolCall &call)
 {
     const Phrase phraseOf = phrases().value(call.name);
-    QString phrase = phraseOf ? phraseOf(call.arguments.get()) : u"use the "_s + call.name + u" tool"_s;
+    QString phrase = phraseOf ? phraseOf(call.arguments.get()) : describeTool(call.name);
     if (BuiltinTools::isDestructive(call))
         phrase += u". Warning: this is a destructive action that may delete data or be hard to undo"_s;
     return phrase;

@@ -11,4 +11,7 @@ namespace morvane {
 /// text may be as long as the argument it quotes. Any thread.
 QString describe(const AIToolCall &call);
 
+/// What calls of the tool `name` do as such, in words that go on in the same way. Any thread.
+QString describeTool(const QString &name);
+
 } // namespace morvane

@@ -21,6 +21,11 @@ MorvaneSession &MorvaneTest::prepare(std::vector<ScriptedTurn> turns, Hearing he
 {
     ModelScript script;
     script.turns = std::move(turns);
+    return prepareScript(std::move(script), hearing);
+}
+
+MorvaneSession &MorvaneTest::prepareScript(ModelScript script, Hearing hearing)
+{
     m_session = std::make_unique<MorvaneSession>(*s_desktop, QStringLiteral(MORVANE_PROGRAM),
                                                  std::move(script), hearing);
     return *m_session;

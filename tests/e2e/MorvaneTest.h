@@ -23,6 +23,8 @@ protected:
     MorvaneSession &start(std::vector<ScriptedTurn> turns);
     /// The same, not started yet.
     MorvaneSession &prepare(std::vector<ScriptedTurn> turns, Hearing hearing = Hearing::announcements);
+    /// The same beside a model that answers with a whole script.
+    MorvaneSession &prepareScript(ModelScript script, Hearing hearing = Hearing::announcements);
 
     void TearDown() override;
 

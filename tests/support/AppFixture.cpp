@@ -12,9 +12,9 @@ AppFixture::AppFixture()
     settings->setModel(QStringLiteral("scripted"));
     store = std::make_unique<ConversationStore>(home.path() + QStringLiteral("/data/Conversations"));
     services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
-                                   toolServers, browserWindow, updates, localModel, attachments,
-                                   [this](ToolPermit permit) { return executeTool(std::move(permit)); },
-                                   [] { return QStringLiteral("Test machine."); }});
+                                   toolServers, browserWindow, updates, localModel, attachments, modelCatalog,
+                                   urls, [this](ToolPermit permit) { return executeTool(std::move(permit)); },
+                                   [] { return QStringLiteral("Test machine."); }, [] { return 16; }});
     start();
 }
 

@@ -10,6 +10,7 @@
 #include "support/FakeAttachments.h"
 #include "support/FakeClock.h"
 #include "support/FakeKeychain.h"
+#include "support/FakeModelCatalog.h"
 #include "support/FakePorts.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
@@ -69,6 +70,8 @@ protected:
     FakeUpdates updates;
     FakeLocalModel localModel;
     FakeAttachments attachments;
+    FakeModelCatalog modelCatalog;
+    FakeUrlOpener urls;
     std::unique_ptr<AppServices> services;
     std::unique_ptr<AppModel> model;
 

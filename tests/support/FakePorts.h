@@ -7,6 +7,7 @@
 #include "async/Sleep.h"
 #include "localmodel/InstallError.h"
 #include "localmodel/LocalModelRuntime.h"
+#include "platform/UrlOpener.h"
 
 #include <QStringList>
 #include <utility>
@@ -55,6 +56,18 @@ public:
 
     std::optional<UpdateInfo> update;
     bool required = false;
+};
+
+/// Remembers the pages that the user was to see.
+class FakeUrlOpener final : public UrlOpener {
+public:
+    bool open(const QUrl &url) override
+    {
+        opened.append(url);
+        return true;
+    }
+
+    QList<QUrl> opened;
 };
 
 /// A local model runtime whose state and installation a test decides.

@@ -23,7 +23,7 @@ uint32_t symbolFor(const QString &key)
         {QStringLiteral("F6"), 0xffc3},     {QStringLiteral("F10"), 0xffc7},
         {QStringLiteral("Ctrl"), 0xffe3},   {QStringLiteral("Shift"), 0xffe1},
         {QStringLiteral("Alt"), 0xffe9},    {QStringLiteral("Menu"), 0xff67},
-        {QStringLiteral("Delete"), 0xffff}};
+        {QStringLiteral("Delete"), 0xffff}, {QStringLiteral("BackSpace"), 0xff08}};
     if (const auto found = named.constFind(key); found != named.constEnd()) {
         return *found;
     }

@@ -10,6 +10,7 @@
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
 #include "support/FakeKeychain.h"
+#include "support/FakeModelCatalog.h"
 #include "support/FakePorts.h"
 #include "support/TemporaryHome.h"
 
@@ -33,6 +34,8 @@ struct GalleryModel {
     FakeUpdates updates;
     FakeLocalModel localModel;
     FakeAttachments attachments;
+    FakeModelCatalog modelCatalog;
+    FakeUrlOpener urls;
     AppServices services{scheduler,
                          settings,
                          store,
@@ -44,8 +47,15 @@ struct GalleryModel {
                          updates,
                          localModel,
                          attachments,
+                         modelCatalog,
+                         urls,
                          [](ToolPermit) -> Task<QString> { co_return QString(); },
-                         [] { return QStringLiteral("A gallery."); }};
+                         [] {
+                             return QStringLiteral(
+                                 "MacBook Pro (14-inch, 2023) with a Apple M3 Pro chip, 36 GB "
+                                 "of RAM, running macOS 14.5.");
+                         },
+                         [] { return 36; }};
     AppModel model{services};
 };
 

@@ -33,7 +33,7 @@ void HeadingLabel::updateFont()
 {
     QFont heading = QApplication::font();
     heading.setBold(true);
-    const qreal scale = m_level == Level::title ? 1.35 : 1.1;
+    const qreal scale = m_level == Level::title ? 1.35 : m_level == Level::section ? 1.1 : 1;
     if (heading.pointSizeF() > 0)
         heading.setPointSizeF(heading.pointSizeF() * scale);
     else

@@ -4,10 +4,14 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QPainter>
+#include <algorithm>
 
 namespace morvane {
 
 namespace {
+
+constexpr int symbolSpacing = 8;
 
 QColor colorOf(NoteLabel::Tone tone, const ThemeColors &colors)
 {
@@ -39,6 +43,42 @@ void NoteLabel::changeEvent(QEvent *event)
     QLabel::changeEvent(event);
     if (event->type() == QEvent::ApplicationPaletteChange)
         updateColor();
+    if (event->type() == QEvent::FontChange)
+        makeRoomForSymbol();
+}
+
+void NoteLabel::setSymbol(Symbol symbol)
+{
+    m_symbol = symbol;
+    makeRoomForSymbol();
+    update();
+}
+
+int NoteLabel::symbolSide() const
+{
+    return fontMetrics().height();
+}
+
+void NoteLabel::makeRoomForSymbol()
+{
+    if (!m_symbol)
+        return;
+    const int room = symbolSide() + symbolSpacing;
+    setContentsMargins(isRightToLeft() ? 0 : room, 0, isRightToLeft() ? room : 0, 0);
+}
+
+void NoteLabel::paintEvent(QPaintEvent *event)
+{
+    QLabel::paintEvent(event);
+    if (!m_symbol)
+        return;
+    const int side = symbolSide();
+    // A text of one line stands in the middle of its label.
+    const int top = std::max(0, (contentsRect().height() - heightForWidth(width())) / 2);
+    QPainter painter(this);
+    painter.drawPixmap(
+        QPoint(isRightToLeft() ? width() - side : 0, top),
+        symbolPixmap(*m_symbol, side, palette().color(QPalette::WindowText), devicePixelRatioF()));
 }
 
 void NoteLabel::updateColor()

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ui/theme/Icons.h"
+
 #include <QLabel>
+#include <optional>
 
 namespace morvane {
 
@@ -13,13 +16,20 @@ public:
 
     explicit NoteLabel(const QString &text, Tone tone = Tone::secondary, QWidget *parent = nullptr);
 
+    /// Draws a symbol in front of the first line, as decoration.
+    void setSymbol(Symbol symbol);
+
 protected:
     void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     void updateColor();
+    void makeRoomForSymbol();
+    int symbolSide() const;
 
     Tone m_tone;
+    std::optional<Symbol> m_symbol;
 };
 
 } // namespace morvane

@@ -5,6 +5,7 @@
 #include <QTextLayout>
 #include <QtMath>
 #include <algorithm>
+#include <limits>
 
 namespace morvane {
 
@@ -63,7 +64,9 @@ QSize WrappedText::size(int width) const
 
 int WrappedText::naturalWidth() const
 {
-    return QFontMetrics(font).horizontalAdvance(text.left(longestLaidOut)) + 1;
+    // By the layout that breaks the lines: the font's own sum can be a fraction less.
+    constexpr int noLimit = 1'000'000;
+    return linesOf({text, font, std::numeric_limits<int>::max()}, noLimit).width + 1;
 }
 
 bool WrappedText::isElided(int width) const

@@ -6,18 +6,21 @@
 
 namespace morvane {
 
-class AppModel;
+class SettingsStore;
 
 /// The tools that run without asking, each with a button that takes it off the list.
 class AlwaysAllowSection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit AlwaysAllowSection(AppModel &model, QWidget *parent = nullptr);
+    /// `settings` must outlive the section.
+    explicit AlwaysAllowSection(SettingsStore &settings, QWidget *parent = nullptr);
 
 private:
+    QWidget *makeRow(const QString &name);
+    void remove(const QString &name);
     void refresh();
 
-    AppModel &m_model;
+    SettingsStore &m_settings;
     NoteLabel *m_empty;
     QWidget *m_rows;
     QStringList m_shown;

@@ -1,56 +1,51 @@
 #include "ui/settings/BehaviourSection.h"
 
-#include "app/AppModel.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/StepSlider.h"
 #include "ui/controls/WheelFocus.h"
 #include "ui/controls/WrappingCheckBox.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
-#include <QSlider>
 #include <QSpinBox>
-#include <cmath>
 
 namespace morvane {
 
 namespace {
 
-/// The slider counts tenths.
-constexpr int temperatureScale = 10;
+constexpr double temperatureStep = 0.1;
+constexpr int temperatureSteps = 10;
 constexpr int fewestSteps = 8;
 constexpr int mostSteps = 200;
 
 } // namespace
 
-BehaviourSection::BehaviourSection(AppModel &model, QWidget *parent)
-    : SettingsSection(QStringLiteral("Behaviour"), parent), m_model(model), m_temperatureLabel(new QLabel),
-      m_temperature(new QSlider(Qt::Horizontal)),
+BehaviourSection::BehaviourSection(SettingsStore &settings, QWidget *parent)
+    : SettingsSection(QStringLiteral("Behaviour"), parent), m_settings(settings),
+      m_temperatureLabel(addNote({}, NoteLabel::Tone::plain)),
+      m_temperature(new StepSlider(0, temperatureStep, temperatureSteps)),
       m_unlimited(new WrappingCheckBox(QStringLiteral("Keep going until the task is done"))),
       m_tools(new WrappingCheckBox(
           QStringLiteral("Allow the assistant to use tools (commands, files, web, subagents)")))
 {
-    m_temperature->setRange(0, temperatureScale);
-    m_temperature->setPageStep(1);
     m_temperature->setAccessibleName(QStringLiteral("Creativity temperature"));
-    takeWheelOnlyWithFocus(m_temperature);
     m_tools->setAccessibleName(QStringLiteral("Allow tools"));
 
-    column()->addWidget(m_temperatureLabel);
     column()->addWidget(m_temperature);
+    addGap();
     column()->addWidget(m_unlimited);
     addNote(
         QStringLiteral("When on, the assistant works until the task finishes instead of stopping at the step "
                        "limit. It still stops if it repeats the same action without progress."));
     m_stepsBlock = makeStepsBlock();
     column()->addWidget(m_stepsBlock);
+    addGap();
     column()->addWidget(m_tools);
     addNote(QStringLiteral(
         "Lets the assistant run commands, work with files, search the web, and delegate to subagents."));
 
-    SettingsStore &settings = model.settings();
-    connect(m_temperature, &QSlider::valueChanged, this,
-            [&settings](int value) { settings.setTemperature(double(value) / temperatureScale); });
+    connect(m_temperature, &StepSlider::stepValueChanged, &settings, &SettingsStore::setTemperature);
     connect(m_unlimited, &QCheckBox::toggled, &settings, &SettingsStore::setUnlimitedSteps);
     connect(m_tools, &QCheckBox::toggled, &settings, &SettingsStore::setUseTools);
     connect(&settings, &SettingsStore::changed, this, &BehaviourSection::refresh);
@@ -61,7 +56,7 @@ QWidget *BehaviourSection::makeStepsBlock()
 {
     auto *block = new QWidget;
     auto *rows = new QVBoxLayout(block);
-    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setContentsMargins(0, 8, 0, 0);
     auto *row = new QHBoxLayout;
     auto *label = new QLabel(QStringLiteral("Maximum steps per task"));
     m_steps = new QSpinBox;
@@ -79,25 +74,25 @@ QWidget *BehaviourSection::makeStepsBlock()
     rows->addWidget(new NoteLabel(QStringLiteral(
         "Higher lets the assistant work through longer jobs. If it ever repeats the same action "
         "without progress, it stops on its own.")));
-    connect(m_steps, &QSpinBox::valueChanged, &m_model.settings(), &SettingsStore::setMaxSteps);
+    connect(m_steps, &QSpinBox::valueChanged, &m_settings, &SettingsStore::setMaxSteps);
     return block;
 }
 
 void BehaviourSection::refresh()
 {
-    const SettingsStore &settings = m_model.settings();
-    const QString value = QString::number(settings.temperature(), 'f', 1);
+    const QString value = QString::number(m_settings.temperature(), 'f', 1);
     m_temperatureLabel->setText(QStringLiteral("Creativity (temperature): ") + value);
     m_temperature->setAccessibleDescription(QStringLiteral("Creativity temperature ") + value);
-    const QSignalBlocker temperatureBlocker(m_temperature);
+    m_temperature->showStepValue(m_settings.temperature());
     const QSignalBlocker stepsBlocker(m_steps);
     const QSignalBlocker unlimitedBlocker(m_unlimited);
     const QSignalBlocker toolsBlocker(m_tools);
-    m_temperature->setValue(static_cast<int>(std::lround(settings.temperature() * temperatureScale)));
-    m_steps->setValue(settings.maxSteps());
-    m_unlimited->setChecked(settings.unlimitedSteps());
-    m_stepsBlock->setVisible(!settings.unlimitedSteps());
-    m_tools->setChecked(settings.useTools());
+    // A field in which a number is being typed is ahead of the setting.
+    if (m_steps->value() != m_settings.maxSteps())
+        m_steps->setValue(m_settings.maxSteps());
+    m_unlimited->setChecked(m_settings.unlimitedSteps());
+    m_stepsBlock->setVisible(!m_settings.unlimitedSteps());
+    m_tools->setChecked(m_settings.useTools());
 }
 
 } // namespace morvane

@@ -3,27 +3,27 @@
 #include "ui/settings/SettingsSection.h"
 
 class QCheckBox;
-class QLabel;
-class QSlider;
 class QSpinBox;
 
 namespace morvane {
 
-class AppModel;
+class SettingsStore;
+class StepSlider;
 
 /// How the assistant works: creativity, limits, tools.
 class BehaviourSection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit BehaviourSection(AppModel &model, QWidget *parent = nullptr);
+    /// `settings` must outlive the section.
+    explicit BehaviourSection(SettingsStore &settings, QWidget *parent = nullptr);
 
 private:
     QWidget *makeStepsBlock();
     void refresh();
 
-    AppModel &m_model;
-    QLabel *m_temperatureLabel;
-    QSlider *m_temperature;
+    SettingsStore &m_settings;
+    NoteLabel *m_temperatureLabel;
+    StepSlider *m_temperature;
     QCheckBox *m_unlimited;
     QWidget *m_stepsBlock;
     QSpinBox *m_steps;

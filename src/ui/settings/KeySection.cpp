@@ -1,20 +1,20 @@
 #include "ui/settings/KeySection.h"
 
-#include "app/AppModel.h"
-#include "providers/Endpoints.h"
+#include "app/SettingsModel.h"
+#include "base/Text.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/WrappingButton.h"
 
-#include <QDesktopServices>
 #include <QHBoxLayout>
+#include <QHideEvent>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QUrl>
 
 namespace morvane {
 
-KeySection::KeySection(AppModel &model, QWidget *parent)
-    : SettingsSection(QStringLiteral("API Key"), parent), m_model(model), m_key(new QLineEdit),
-      m_show(new QPushButton), m_signup(new QPushButton)
+KeySection::KeySection(SettingsStore &settings, SettingsModel &model, QWidget *parent)
+    : SettingsSection(QStringLiteral("API Key"), parent), m_settings(settings), m_key(new QLineEdit),
+      m_show(new QPushButton), m_signup(new WrappingButton({}))
 {
     auto *row = new QHBoxLayout;
     row->addWidget(m_key, 1);
@@ -22,18 +22,24 @@ KeySection::KeySection(AppModel &model, QWidget *parent)
     column()->addLayout(row);
     column()->addWidget(m_signup, 0, Qt::AlignLeft);
     m_note = addNote({});
-    m_signup->setAccessibleName(QStringLiteral("Free API key"));
-    connect(m_key, &QLineEdit::textEdited, this,
-            [this](const QString &text) { m_model.settings().setApiKey(text); });
+    connect(m_key, &QLineEdit::textEdited, &settings, &SettingsStore::setApiKey);
     connect(m_show, &QPushButton::clicked, this, [this] {
         setKeyVisibility(m_visibility == Visibility::hidden ? Visibility::shown : Visibility::hidden);
     });
-    connect(m_signup, &QPushButton::clicked, this, [this] {
-        QDesktopServices::openUrl(QUrl(Endpoints().signupURL(m_model.settings().providerID())));
-    });
-    connect(&model.settings(), &SettingsStore::changed, this, &KeySection::refresh);
+    connect(m_signup, &QPushButton::clicked, &model, &SettingsModel::openSignupPage);
+    connect(&settings, &SettingsStore::changed, this, &KeySection::refresh);
+    connect(&settings, &SettingsStore::providerIDChanged, this,
+            [this] { setKeyVisibility(Visibility::hidden); });
     setKeyVisibility(Visibility::hidden);
     refresh();
+}
+
+void KeySection::hideEvent(QHideEvent *event)
+{
+    SettingsSection::hideEvent(event);
+    // A window that is only minimised stays as it is.
+    if (!event->spontaneous())
+        setKeyVisibility(Visibility::hidden);
 }
 
 void KeySection::setKeyVisibility(Visibility visibility)
@@ -47,17 +53,17 @@ void KeySection::setKeyVisibility(Visibility visibility)
 
 void KeySection::refresh()
 {
-    const SettingsStore &settings = m_model.settings();
-    const ProviderID provider = settings.providerID();
+    const ProviderID provider = m_settings.providerID();
     const bool custom = provider == ProviderID::custom;
     const QString name = displayName(provider);
     setVisible(provider != ProviderID::ollama);
     setSectionHeading(custom ? QStringLiteral("API Key (optional)") : QStringLiteral("API Key"));
     m_key->setAccessibleName(name + QStringLiteral(" API key"));
-    if (m_key->text().trimmed() != settings.apiKey())
-        m_key->setText(settings.apiKey());
+    if (trimmed(m_key->text()) != m_settings.apiKey())
+        m_key->setText(m_settings.apiKey());
     m_signup->setVisible(!custom);
-    m_signup->setText(QStringLiteral("Get a free API key for ") + name);
+    m_signup->setLabel(QStringLiteral("Get a free API key for ") + name);
+    m_signup->setAccessibleName(QStringLiteral("Free API key"));
     m_note->setText(
         QStringLiteral(
             "Your key is stored on this Mac and is sent only to %1. It is kept out of the Keychain "

@@ -7,23 +7,30 @@ class QPushButton;
 
 namespace morvane {
 
-class AppModel;
+class SettingsModel;
+class SettingsStore;
+class WrappingButton;
 
-/// The API key of the current provider, hidden until the user wants to see it. Not shown for `ollama`.
+/// The API key of the current provider, hidden until the user wants to see it, and again when the window
+/// closes or another provider is chosen. Not shown for `ollama`.
 class KeySection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit KeySection(AppModel &model, QWidget *parent = nullptr);
+    /// Both must outlive the section.
+    KeySection(SettingsStore &settings, SettingsModel &model, QWidget *parent = nullptr);
+
+protected:
+    void hideEvent(QHideEvent *event) override;
 
 private:
     enum class Visibility { hidden, shown };
     void setKeyVisibility(Visibility visibility);
     void refresh();
 
-    AppModel &m_model;
+    SettingsStore &m_settings;
     QLineEdit *m_key;
     QPushButton *m_show;
-    QPushButton *m_signup;
+    WrappingButton *m_signup;
     NoteLabel *m_note;
     Visibility m_visibility = Visibility::hidden;
 };

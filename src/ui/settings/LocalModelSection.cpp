@@ -1,48 +1,60 @@
 #include "ui/settings/LocalModelSection.h"
 
-#include "app/AppModel.h"
+#include "app/AppServices.h"
+#include "app/LocalModelFlow.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/WrappingButton.h"
+#include "ui/settings/DownloadProgress.h"
+#include "ui/settings/RecommendedModelRow.h"
 
 #include <QProgressBar>
-#include <QPushButton>
 
 namespace morvane {
 
-LocalModelSection::LocalModelSection(AppModel &model, QWidget *parent)
-    : SettingsSection(QStringLiteral("Built-in Local Model"), parent), m_model(model),
-      m_progress(new QProgressBar),
-      m_install(new QPushButton(QStringLiteral("Install the built-in local model")))
+LocalModelSection::LocalModelSection(const AppServices &services, LocalModelFlow &flow, QWidget *parent)
+    : SettingsSection(QStringLiteral("Built-in Local Model"), parent), m_settings(services.settings),
+      m_flow(flow), m_progress(new QProgressBar),
+      m_install(new WrappingButton(QStringLiteral("Install the built-in local model")))
 {
-    NoteLabel *machine = addNote(model.machineSummary());
-    machine->setAccessibleName(QStringLiteral("Your Mac. ") + model.machineSummary());
-    m_state = addNote({}, NoteLabel::Tone::plain);
+    const QString summary = services.machineSummary();
+    NoteLabel *machine = addNote(summary);
+    machine->setSymbol(Symbol::laptop);
+    machine->setAccessibleName(QStringLiteral("Your Mac. ") + summary);
+    m_ready = addNote(QStringLiteral("The local model is ready. No limits, nothing leaves this Mac."),
+                      NoteLabel::Tone::plain);
+    m_ready->setSymbol(Symbol::arrowRightCircle);
+    m_installing = addNote({}, NoteLabel::Tone::plain);
     m_progress->setTextVisible(false);
     column()->addWidget(m_progress);
     column()->addWidget(m_install, 0, Qt::AlignLeft);
     m_error = addNote({}, NoteLabel::Tone::error);
-    connect(m_install, &QPushButton::clicked, &model.localModel(),
-            &LocalModelFlow::installLocalModelIfNeeded);
-    connect(&model.localModel(), &LocalModelFlow::changed, this, &LocalModelSection::refresh);
-    connect(&model.settings(), &SettingsStore::changed, this, &LocalModelSection::refresh);
+    addGap();
+    column()->addWidget(
+        new HeadingLabel(QStringLiteral("Recommended models for your Mac"), HeadingLabel::Level::group));
+    addNote(
+        QStringLiteral("Pick the model you want to use. It downloads once and then runs fully on your Mac "
+                       "with no limits."));
+    for (const LocalModelRecommendation &recommendation : recommendations(services.machineMemory()))
+        column()->addWidget(new RecommendedModelRow(recommendation, m_settings, flow));
+
+    connect(m_install, &QPushButton::clicked, &flow, &LocalModelFlow::installLocalModelIfNeeded);
+    connect(&flow, &LocalModelFlow::changed, this, &LocalModelSection::refresh);
+    connect(&m_settings, &SettingsStore::changed, this, &LocalModelSection::refresh);
     refresh();
 }
 
 void LocalModelSection::refresh()
 {
-    const LocalModelInfo &info = m_model.localModel().info();
-    setVisible(m_model.settings().providerID() == ProviderID::ollama);
-    m_state->setText(info.running
-                         ? QStringLiteral("The local model is ready. No limits, nothing leaves this Mac.")
-                         : info.progress);
-    m_state->setAccessibleName(
-        info.installing ? QStringLiteral("Installing the local model. ") + info.progress : m_state->text());
-    m_state->setVisible(!m_state->text().isEmpty());
-    m_progress->setVisible(info.installing);
-    m_progress->setRange(0, info.progressFraction ? 100 : 0);
-    m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
-    m_progress->setAccessibleName(QStringLiteral("Download progress %1").arg(m_progress->value()) +
-                                  QLatin1Char('%'));
-    m_install->setVisible(!info.running && !info.installing);
+    const LocalModelInfo &info = m_flow.info();
+    setVisible(m_settings.providerID() == ProviderID::ollama);
+    const bool installing = info.installing && !info.running;
+    m_ready->setVisible(info.running);
+    m_installing->setText(info.progress);
+    m_installing->setAccessibleName(QStringLiteral("Installing the local model. ") + info.progress);
+    m_installing->setVisible(installing);
+    m_progress->setVisible(installing);
+    showDownloadProgress(*m_progress, info.progressFraction);
+    m_install->setVisible(!info.running && !installing);
     m_error->setText(QStringLiteral("Local model error: ") + info.error);
     m_error->setVisible(!info.error.isEmpty());
 }

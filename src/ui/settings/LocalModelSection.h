@@ -3,25 +3,31 @@
 #include "ui/settings/SettingsSection.h"
 
 class QProgressBar;
-class QPushButton;
 
 namespace morvane {
 
-class AppModel;
+struct AppServices;
+class LocalModelFlow;
+class SettingsStore;
+class WrappingButton;
 
-/// The state of the local model and the way to set it up. Shown for `ollama` only.
+/// The state of the local model, the way to set it up, and the models that fit this machine. Shown for
+/// `ollama` only.
 class LocalModelSection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit LocalModelSection(AppModel &model, QWidget *parent = nullptr);
+    /// Both must outlive the section.
+    LocalModelSection(const AppServices &services, LocalModelFlow &flow, QWidget *parent = nullptr);
 
 private:
     void refresh();
 
-    AppModel &m_model;
-    NoteLabel *m_state;
+    SettingsStore &m_settings;
+    LocalModelFlow &m_flow;
+    NoteLabel *m_ready;
+    NoteLabel *m_installing;
     QProgressBar *m_progress;
-    QPushButton *m_install;
+    WrappingButton *m_install;
     NoteLabel *m_error;
 };
 

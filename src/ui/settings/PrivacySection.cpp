@@ -1,15 +1,13 @@
 #include "ui/settings/PrivacySection.h"
 
-#include "app/AppModel.h"
 #include "store/SettingsStore.h"
 
 namespace morvane {
 
-PrivacySection::PrivacySection(AppModel &model, QWidget *parent)
+PrivacySection::PrivacySection(SettingsStore &settings, QWidget *parent)
     : SettingsSection(QStringLiteral("Privacy"), parent)
 {
     NoteLabel *note = addNote({});
-    const SettingsStore &settings = model.settings();
     const auto refresh = [note, &settings] {
         const ProviderID provider = settings.providerID();
         note->setText(

@@ -4,13 +4,14 @@
 
 namespace morvane {
 
-class AppModel;
+class SettingsStore;
 
 /// What leaves the computer, and to whom.
 class PrivacySection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit PrivacySection(AppModel &model, QWidget *parent = nullptr);
+    /// `settings` must outlive the section.
+    explicit PrivacySection(SettingsStore &settings, QWidget *parent = nullptr);
 };
 
 } // namespace morvane

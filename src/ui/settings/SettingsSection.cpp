@@ -1,8 +1,20 @@
 #include "ui/settings/SettingsSection.h"
 
 #include "ui/controls/AccessibleRole.h"
+#include "ui/theme/ThemeColors.h"
+
+#include <QPainter>
 
 namespace morvane {
+
+namespace {
+
+constexpr int padding = 16;
+constexpr int spacing = 8;
+constexpr int gap = 8;
+constexpr qreal radius = 10;
+
+} // namespace
 
 SettingsSection::SettingsSection(const QString &heading, QWidget *parent)
     : QWidget(parent), m_heading(new HeadingLabel(heading, HeadingLabel::Level::section)),
@@ -10,8 +22,8 @@ SettingsSection::SettingsSection(const QString &heading, QWidget *parent)
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setAccessibleName(heading);
-    m_column->setContentsMargins(0, 0, 0, 0);
-    m_column->setSpacing(8);
+    m_column->setContentsMargins(padding, padding, padding, padding);
+    m_column->setSpacing(spacing);
     m_column->addWidget(m_heading);
 }
 
@@ -26,6 +38,21 @@ NoteLabel *SettingsSection::addNote(const QString &text, NoteLabel::Tone tone)
     auto *note = new NoteLabel(text, tone);
     m_column->addWidget(note);
     return note;
+}
+
+void SettingsSection::addGap()
+{
+    m_column->addSpacing(gap);
+}
+
+void SettingsSection::paintEvent(QPaintEvent *)
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colors.border);
+    painter.setBrush(colors.surface);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
 } // namespace morvane

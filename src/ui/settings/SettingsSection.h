@@ -8,7 +8,8 @@
 
 namespace morvane {
 
-/// One group of the settings under a bold heading; one group for assistive technology too.
+/// One group of the settings: a bold heading on a card with what belongs to it. One group for assistive
+/// technology too.
 class SettingsSection : public QWidget {
     Q_OBJECT
 public:
@@ -18,6 +19,10 @@ protected:
     QVBoxLayout *column() const { return m_column; }
     void setSectionHeading(const QString &heading);
     NoteLabel *addNote(const QString &text, NoteLabel::Tone tone = NoteLabel::Tone::secondary);
+    /// A little air before what follows.
+    void addGap();
+
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     HeadingLabel *m_heading;

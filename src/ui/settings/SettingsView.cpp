@@ -1,15 +1,19 @@
 #include "ui/settings/SettingsView.h"
 
-#include "ui/controls/NoteLabel.h"
+#include "app/AppModel.h"
+#include "app/SettingsModel.h"
+#include "ui/settings/AboutSection.h"
 #include "ui/settings/AlwaysAllowSection.h"
 #include "ui/settings/BehaviourSection.h"
 #include "ui/settings/KeySection.h"
 #include "ui/settings/LocalModelSection.h"
 #include "ui/settings/PrivacySection.h"
 #include "ui/settings/ProviderSection.h"
+#include "ui/settings/SettingsHeader.h"
 #include "ui/settings/SpeechSection.h"
+#include "ui/theme/Icons.h"
 
-#include <QApplication>
+#include <QHBoxLayout>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QTabWidget>
@@ -19,58 +23,63 @@ namespace morvane {
 
 namespace {
 
-constexpr QSize standardSize{620, 700};
+constexpr QSize standardSize{700, 760};
 constexpr int margin = 20;
-
-/// The last section, without state of its own.
-class AboutSection : public SettingsSection {
-public:
-    AboutSection() : SettingsSection(QStringLiteral("About"))
-    {
-        const QString version = QApplication::applicationVersion();
-        const QString build = QApplication::instance()->property("buildNumber").toString();
-        NoteLabel *line = addNote(QStringLiteral("Morvane %1 (build %2)").arg(version, build));
-        line->setAccessibleName(QStringLiteral("Morvane version %1, build %2").arg(version, build));
-        addNote(QStringLiteral("Check for updates anytime from the Morvane menu, or press Command-U."));
-    }
-};
+constexpr int spacing = 14;
+/// Longer lines are hard to read.
+constexpr int widestColumn = 720;
 
 } // namespace
 
-SettingsView::SettingsView(AppModel &model, QWidget *parent) : QWidget(parent, Qt::Window)
+SettingsView::SettingsView(AppModel &model, QWidget *parent)
+    : QWidget(parent, Qt::Window),
+      m_settingsModel(new SettingsModel(model.services(), model.localModel(), this))
 {
     setWindowTitle(QStringLiteral("Morvane Settings"));
     resize(standardSize);
     auto *tabs = new QTabWidget;
     tabs->setDocumentMode(true);
-    tabs->addTab(makeGeneralTab(model), QStringLiteral("General"));
+    tabs->addTab(makeGeneralTab(model), symbolIcon(Symbol::gear), QStringLiteral("General"));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tabs);
     for (const QKeySequence &keys : {QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close)})
         connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+    m_settingsModel->loadModelCatalog();
 }
 
 QWidget *SettingsView::makeGeneralTab(AppModel &model)
 {
-    auto *content = new QWidget;
-    auto *column = new QVBoxLayout(content);
-    column->setContentsMargins(margin, margin, margin, margin);
-    column->setSpacing(margin);
-    column->addWidget(new HeadingLabel(QStringLiteral("Morvane Settings"), HeadingLabel::Level::title));
-    column->addWidget(new ProviderSection(model));
-    column->addWidget(new KeySection(model));
-    column->addWidget(new LocalModelSection(model));
-    column->addWidget(new BehaviourSection(model));
-    column->addWidget(new AlwaysAllowSection(model));
-    column->addWidget(new SpeechSection(model));
-    column->addWidget(new PrivacySection(model));
+    SettingsStore &settings = model.settings();
+    auto *center = new QWidget;
+    center->setMaximumWidth(widestColumn);
+    auto *whole = new QVBoxLayout(center);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->setSpacing(0);
+    whole->addWidget(new SettingsHeader);
+    auto *column = new QVBoxLayout;
+    column->setContentsMargins(margin, 0, margin, margin);
+    column->setSpacing(spacing);
+    whole->addLayout(column, 1);
+    column->addWidget(new ProviderSection(settings, *m_settingsModel));
+    column->addWidget(new KeySection(settings, *m_settingsModel));
+    column->addWidget(new LocalModelSection(model.services(), model.localModel()));
+    column->addWidget(new BehaviourSection(settings));
+    column->addWidget(new AlwaysAllowSection(settings));
+    column->addWidget(new SpeechSection(settings));
+    column->addWidget(new PrivacySection(settings));
     column->addWidget(new AboutSection);
     column->addStretch();
+
+    auto *content = new QWidget;
+    auto *row = new QHBoxLayout(content);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addStretch(1);
+    row->addWidget(center, 100);
+    row->addStretch(1);
     auto *scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(content);
     return scroll;

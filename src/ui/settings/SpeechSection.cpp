@@ -1,6 +1,5 @@
 #include "ui/settings/SpeechSection.h"
 
-#include "app/AppModel.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/WrappingCheckBox.h"
 
@@ -8,7 +7,7 @@
 
 namespace morvane {
 
-SpeechSection::SpeechSection(AppModel &model, QWidget *parent)
+SpeechSection::SpeechSection(SettingsStore &settings, QWidget *parent)
     : SettingsSection(QStringLiteral("Accessibility"), parent)
 {
     auto *speak = new WrappingCheckBox(QStringLiteral("Speak responses aloud when they finish"));
@@ -17,7 +16,6 @@ SpeechSection::SpeechSection(AppModel &model, QWidget *parent)
     addNote(QStringLiteral(
         "Morvane is designed to be fully usable with VoiceOver and Full Keyboard Access. Every "
         "action and approval is announced."));
-    SettingsStore &settings = model.settings();
     const auto refresh = [speak, &settings] {
         const QSignalBlocker blocker(speak);
         speak->setChecked(settings.announceResponses());

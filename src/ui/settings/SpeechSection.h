@@ -4,13 +4,14 @@
 
 namespace morvane {
 
-class AppModel;
+class SettingsStore;
 
 /// What is spoken.
 class SpeechSection : public SettingsSection {
     Q_OBJECT
 public:
-    explicit SpeechSection(AppModel &model, QWidget *parent = nullptr);
+    /// `settings` must outlive the section.
+    explicit SpeechSection(SettingsStore &settings, QWidget *parent = nullptr);
 };
 
 } // namespace morvane

@@ -16,12 +16,16 @@ QString fileName(Symbol symbol)
     switch (symbol) {
     case Symbol::arrowRight:
         return QStringLiteral("arrow-right");
+    case Symbol::arrowRightCircle:
+        return QStringLiteral("arrow-right-circle");
     case Symbol::arrowUp:
         return QStringLiteral("arrow-up");
     case Symbol::check:
         return QStringLiteral("check");
     case Symbol::checkCircle:
         return QStringLiteral("check-circle");
+    case Symbol::chevronDown:
+        return QStringLiteral("chevron-down");
     case Symbol::compose:
         return QStringLiteral("compose");
     case Symbol::copy:
@@ -38,6 +42,8 @@ QString fileName(Symbol symbol)
         return QStringLiteral("gear");
     case Symbol::globe:
         return QStringLiteral("globe");
+    case Symbol::laptop:
+        return QStringLiteral("laptop");
     case Symbol::list:
         return QStringLiteral("list");
     case Symbol::octagonExclamation:

@@ -10,9 +10,11 @@ namespace morvane {
 /// The drawn symbols of the program, each one SVG under resources/icons in a single colour.
 enum class Symbol {
     arrowRight,
+    arrowRightCircle,
     arrowUp,
     check,
     checkCircle,
+    chevronDown,
     compose,
     copy,
     cross,
@@ -21,6 +23,7 @@ enum class Symbol {
     documentPlain,
     gear,
     globe,
+    laptop,
     list,
     octagonExclamation,
     paperclip,

@@ -1,10 +1,13 @@
 #include "ui/theme/MorvaneStyle.h"
 
 #include "ui/theme/Contrast.h"
+#include "ui/theme/FieldPainting.h"
 #include "ui/theme/ThemeColors.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QPainter>
+#include <QSlider>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -36,6 +39,12 @@ void drawRounded(QPainter &painter, const QRectF &rect, const QColor &fill, cons
     painter.setBrush(fill.isValid() ? QBrush(fill) : QBrush(Qt::NoBrush));
     painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
     painter.restore();
+}
+
+bool isPlainSlider(QStyle::ComplexControl control, const QStyleOptionSlider &option)
+{
+    return control == QStyle::CC_Slider && option.orientation == Qt::Horizontal &&
+           option.tickPosition == QSlider::NoTicks;
 }
 
 } // namespace
@@ -94,16 +103,11 @@ void MorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *o
         drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
         return;
     case PE_PanelLineEdit:
-    case PE_FrameLineEdit: {
-        const ThemeColors &colors = colorsOf(option->palette);
-        const bool isEnabled = option->state.testFlag(State_Enabled);
-        drawRounded(*painter, option->rect, option->palette.color(QPalette::Base),
-                    isEnabled ? colors.controlBorder : colors.border);
-        if (option->state.testFlag(State_HasFocus)) {
-            drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
-        }
+    case PE_FrameLineEdit:
+        // The field within a spin box stands in the frame of that.
+        if (widget == nullptr || qobject_cast<const QAbstractSpinBox *>(widget->parentWidget()) == nullptr)
+            drawFieldFrame(*painter, option->rect, option->palette, option->state);
         return;
-    }
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
@@ -157,7 +161,34 @@ void MorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOption
         drawScrollBar(*option, *painter, widget);
         return;
     }
+    if (const auto *box = qstyleoption_cast<const QStyleOptionComboBox *>(option);
+        box != nullptr && control == CC_ComboBox && !box->editable) {
+        drawComboBox(*painter, *box);
+        return;
+    }
+    if (const auto *box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+        box != nullptr && control == CC_SpinBox) {
+        drawSpinBox(*painter, *box);
+        return;
+    }
+    if (const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
+        slider != nullptr && isPlainSlider(control, *slider)) {
+        drawSlider(*painter, *slider, subControlRect(control, option, SC_SliderHandle, widget));
+        return;
+    }
     QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+QRect MorvaneStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
+                                   const QWidget *widget) const
+{
+    if (const auto *box = qstyleoption_cast<const QStyleOptionComboBox *>(option);
+        box != nullptr && control == CC_ComboBox && part != SC_ComboBoxListBoxPopup)
+        return comboBoxPart(*box, part);
+    if (const auto *box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+        box != nullptr && control == CC_SpinBox)
+        return spinBoxPart(*box, part);
+    return QProxyStyle::subControlRect(control, option, part, widget);
 }
 
 QRect MorvaneStyle::subElementRect(SubElement element, const QStyleOption *option,
@@ -180,6 +211,14 @@ QSize MorvaneStyle::sizeFromContents(ContentsType type, const QStyleOption *opti
         result = QSize(qMax(result.width(), size.width() + 28), qMax(result.height(), size.height() + 14));
     } else if (type == CT_LineEdit) {
         result += QSize(8, 8);
+    } else if (type == CT_ComboBox) {
+        // As high as a text field.
+        const QFontMetrics &metrics = option->fontMetrics;
+        result = QSize(result.width() + metrics.height() + 8, qMax(size.height(), metrics.height()) + 14);
+    } else if (type == CT_SpinBox) {
+        result = QSize(result.width() + option->fontMetrics.height() + 8, size.height());
+    } else if (type == CT_Slider) {
+        result.setHeight(qMax(result.height(), sliderHandleSide(option->fontMetrics) + 4));
     }
     return result;
 }
@@ -194,12 +233,27 @@ int MorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, co
     case PM_ButtonIconSize:
         // Symbols are read like the text beside them and grow with it.
         return (widget ? widget->fontMetrics() : QFontMetrics(QApplication::font())).height() * 9 / 8;
+    case PM_SliderLength:
+    case PM_SliderThickness:
+    case PM_SliderControlThickness:
+        if (option != nullptr)
+            return sliderHandleSide(option->fontMetrics);
+        return QProxyStyle::pixelMetric(metric, option, widget);
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;
     default:
         return QProxyStyle::pixelMetric(metric, option, widget);
     }
+}
+
+int MorvaneStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                            QStyleHintReturn *result) const
+{
+    // A list below the box, which scrolls, instead of a menu over it, as high as the screen.
+    if (hint == SH_ComboBox_Popup)
+        return 0;
+    return QProxyStyle::styleHint(hint, option, widget, result);
 }
 
 } // namespace morvane

@@ -21,7 +21,11 @@ public:
                          const QWidget *widget) const override;
     QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
                            const QWidget *widget) const override;
+    QRect subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
+                         const QWidget *widget) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *result) const override;
 
     /// The mark of keyboard focus: two logical pixels around `rect`, in the palette's focus colour.
     static void drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const QPalette &palette);

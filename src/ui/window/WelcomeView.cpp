@@ -6,7 +6,6 @@
 #include "ui/theme/Icons.h"
 #include "ui/window/LocalModelCard.h"
 
-#include <QEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -104,14 +103,6 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
 
     connect(&model.settings(), &SettingsStore::changed, this, &WelcomeView::updateState);
     updateState();
-}
-
-void WelcomeView::changeEvent(QEvent *event)
-{
-    QScrollArea::changeEvent(event);
-    // A key that was typed in the settings window is there when the user comes back.
-    if (event->type() == QEvent::ActivationChange && m_settings)
-        updateState();
 }
 
 void WelcomeView::updateState()

@@ -19,9 +19,6 @@ public:
 Q_SIGNALS:
     void settingsRequested();
 
-protected:
-    void changeEvent(QEvent *event) override;
-
 private:
     void updateState();
 

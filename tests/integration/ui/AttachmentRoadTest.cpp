@@ -81,8 +81,11 @@ protected:
                      updates,
                      localModel,
                      workers,
+                     modelCatalog,
+                     urls,
                      services->executeTool,
-                     services->machineSummary};
+                     services->machineSummary,
+                     services->machineMemory};
     std::unique_ptr<AppModel> roadModel = std::make_unique<AppModel>(road);
     std::unique_ptr<ComposerView> view;
 };

@@ -1,49 +1,78 @@
-#include "support/AppFixture.h"
+#include "SettingsViewFixture.h"
 
-#include "ui/controls/SegmentButton.h"
-#include "ui/controls/SegmentedPicker.h"
-#include "ui/settings/SettingsView.h"
+#include "providers/ProviderCatalog.h"
+#include "ui/controls/MenuPicker.h"
+#include "ui/settings/SettingsSection.h"
 
+#include <QAccessible>
 #include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
-#include <QTest>
+#include <QTabWidget>
+#include <QWheelEvent>
 
 namespace morvane {
 namespace {
 
-class SettingsViewTest : public AppFixture {
+/// Provider, server and model.
+class SettingsViewTest : public SettingsViewFixture {
 protected:
-    SettingsViewTest() : view(std::make_unique<SettingsView>(*model, nullptr)) { view->show(); }
-    ~SettingsViewTest() override { view.reset(); }
-
-    template <class Widget> Widget *named(const QString &accessibleName) const
+    MenuPicker *models(const QString &provider) const
     {
-        for (Widget *widget : view->findChildren<Widget *>())
-            if (widget->isVisible() && widget->accessibleName() == accessibleName)
-                return widget;
-        return nullptr;
+        return named<MenuPicker>(QStringLiteral("Model for ") + provider);
     }
 
-    void choose(ProviderID provider)
+    static QStringList rows(const MenuPicker &picker)
     {
-        const auto place = std::find(allProviders.begin(), allProviders.end(), provider);
-        auto *picker = named<SegmentedPicker>(QStringLiteral("Provider"));
-        ASSERT_NE(picker, nullptr);
-        Q_EMIT picker->chosen(static_cast<int>(place - allProviders.begin()));
+        QStringList texts;
+        for (int row = 0; row < picker.count(); ++row)
+            texts.append(picker.itemText(row));
+        return texts;
     }
 
-    void retype(QLineEdit *field, const QString &text)
+    static void wheelOver(QWidget *widget)
     {
-        field->clear();
-        QTest::keyClicks(field, text);
+        QWheelEvent event(QPointF(5, 5), widget->mapToGlobal(QPointF(5, 5)), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(widget, &event);
     }
-
-    std::unique_ptr<SettingsView> view;
 };
+
+TEST_F(SettingsViewTest, WindowHasItsTitleAndOneTab)
+{
+    EXPECT_EQ(view->windowTitle(), "Morvane Settings");
+    const auto *tabs = view->findChild<QTabWidget *>();
+    ASSERT_EQ(tabs->count(), 1);
+    EXPECT_EQ(tabs->tabText(0), "General");
+    EXPECT_FALSE(tabs->tabIcon(0).isNull());
+}
+
+TEST_F(SettingsViewTest, SectionsStandInOrderAndAreGroups)
+{
+    const auto visibleSections = [this] {
+        QList<QWidget *> sections;
+        for (auto *section : view->findChildren<SettingsSection *>()) {
+            if (section->isVisible())
+                sections.append(section);
+        }
+        std::sort(sections.begin(), sections.end(), [this](QWidget *first, QWidget *second) {
+            return first->mapTo(view.get(), QPoint()).y() < second->mapTo(view.get(), QPoint()).y();
+        });
+        QStringList names;
+        for (QWidget *section : sections) {
+            names.append(section->accessibleName());
+            EXPECT_EQ(QAccessible::queryAccessibleInterface(section)->role(), QAccessible::Grouping);
+        }
+        return names;
+    };
+    const QStringList rest{"Behaviour", "Always Allow", "Accessibility", "Privacy", "About"};
+    EXPECT_EQ(visibleSections(), QStringList({"AI Provider", "API Key (optional)"}) + rest);
+    choose(ProviderID::groq);
+    EXPECT_EQ(visibleSections(), QStringList({"AI Provider", "API Key"}) + rest);
+    choose(ProviderID::ollama);
+    EXPECT_EQ(visibleSections(), QStringList({"AI Provider", "Built-in Local Model"}) + rest);
+}
 
 TEST_F(SettingsViewTest, ChangingTheProviderSetsItsDefaultModel)
 {
@@ -53,6 +82,14 @@ TEST_F(SettingsViewTest, ChangingTheProviderSetsItsDefaultModel)
     EXPECT_EQ(settings->model(), QStringLiteral("gpt-5-mini"));
     choose(ProviderID::custom);
     EXPECT_EQ(settings->model(), QString());
+}
+
+TEST_F(SettingsViewTest, TheProvidersNoteIsShownAndReadOutWithItsPrefix)
+{
+    choose(ProviderID::zen);
+    EXPECT_TRUE(shows(providerNote(ProviderID::zen)));
+    EXPECT_NE(named<QLabel>("Provider info. " + providerNote(ProviderID::zen)), nullptr);
+    EXPECT_TRUE(shows("Each provider keeps its own API key and model."));
 }
 
 TEST_F(SettingsViewTest, ChangingTheProviderLeavesTheKeysAlone)
@@ -66,102 +103,186 @@ TEST_F(SettingsViewTest, ChangingTheProviderLeavesTheKeysAlone)
     EXPECT_EQ(settings->apiKey(), QStringLiteral("sk-one"));
 }
 
+TEST_F(SettingsViewTest, TheListIsLoadedWhenTheWindowOpens)
+{
+    EXPECT_EQ(modelCatalog.questions.size(), 1);
+    modelCatalog.lists.insert(ProviderID::custom, QList<CatalogModel>{{"served", std::nullopt}});
+    settings->setCustomBaseURL("http://127.0.0.1:1/v1");
+    view.reset();
+    open();
+    EXPECT_EQ(rows(*models("Custom")), QStringList({"served", "Custom"}));
+    EXPECT_TRUE(shows("1 models from your server, free ones first."));
+}
+
+TEST_F(SettingsViewTest, TheStateOfTheListIsTold)
+{
+    modelCatalog.held = true;
+    choose(ProviderID::openrouter);
+    EXPECT_TRUE(shows("Loading the full model list…"));
+    EXPECT_EQ(models("OpenRouter")->count(), curatedModels(ProviderID::openrouter).size() + 1);
+    modelCatalog.answer(0, QList<CatalogModel>{{"a", true}, {"b", false}});
+    settle();
+    EXPECT_TRUE(shows("2 models from OpenRouter, free ones first."));
+    EXPECT_EQ(rows(*models("OpenRouter")), QStringList({"a", "b", "Custom"}));
+    modelCatalog.held = false;
+    choose(ProviderID::zen);
+    EXPECT_TRUE(shows("Showing popular picks — the full list could not be loaded right now."));
+    EXPECT_TRUE(shows("Pick a model from the full list, or choose Custom and type one below."));
+}
+
 TEST_F(SettingsViewTest, UnlistedModelShowsAsCustomWithItsNameInTheField)
 {
     choose(ProviderID::openai);
     settings->setModel(QStringLiteral("gpt-next"));
-    EXPECT_EQ(named<QComboBox>(QStringLiteral("Model for OpenAI"))->currentText(), QStringLiteral("Custom"));
+    EXPECT_EQ(models("OpenAI")->currentText(), QStringLiteral("Custom"));
     auto *name = named<QLineEdit>(QStringLiteral("Custom model name"));
     ASSERT_NE(name, nullptr);
     EXPECT_EQ(name->text(), QStringLiteral("gpt-next"));
+    EXPECT_EQ(name->placeholderText(), "Or type a custom model name");
     named<QPushButton>(QStringLiteral("Reset model to default"))->click();
     EXPECT_EQ(settings->model(), QStringLiteral("gpt-5-mini"));
     EXPECT_EQ(named<QLineEdit>(QStringLiteral("Custom model name")), nullptr);
+    EXPECT_EQ(models("OpenAI")->currentText(), "gpt-5-mini");
 }
 
 TEST_F(SettingsViewTest, ListedModelIsChosenInThePicker)
 {
     choose(ProviderID::groq);
-    auto *picker = named<QComboBox>(QStringLiteral("Model for Groq"));
+    MenuPicker *picker = models("Groq");
     ASSERT_NE(picker, nullptr);
-    picker->setCurrentIndex(1);
     Q_EMIT picker->activated(1);
     EXPECT_EQ(settings->model(), picker->itemText(1));
     EXPECT_NE(settings->model(), QStringLiteral("Custom"));
+    EXPECT_EQ(picker->currentIndex(), 1);
 }
 
-TEST_F(SettingsViewTest, KeySectionIsNotThereForTheLocalProviderAndTheLocalSectionOnlyThere)
+TEST_F(SettingsViewTest, ChoosingCustomLeadsToTheFieldAndChangesNothing)
 {
-    choose(ProviderID::ollama);
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("Local (Ollama) API key")), nullptr);
-    EXPECT_NE(named<QWidget>(QStringLiteral("Built-in Local Model")), nullptr);
-    choose(ProviderID::zen);
-    EXPECT_NE(named<QLineEdit>(QStringLiteral("OpenCode Zen API key")), nullptr);
-    EXPECT_EQ(named<QWidget>(QStringLiteral("Built-in Local Model")), nullptr);
+    choose(ProviderID::groq);
+    view->activateWindow();
+    MenuPicker *picker = models("Groq");
+    Q_EMIT picker->activated(picker->count() - 1);
+    EXPECT_EQ(settings->model(), defaultModel(ProviderID::groq));
+    auto *name = named<QLineEdit>("Custom model name");
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(view->focusWidget(), name);
+    retype(name, "own/model");
+    EXPECT_EQ(settings->model(), "own/model");
+    EXPECT_EQ(picker->currentText(), "Custom");
 }
 
-TEST_F(SettingsViewTest, KeyIsHiddenUntilItIsShown)
+TEST_F(SettingsViewTest, TypingANameStaysInTheFieldThoughItIsListedForAMoment)
 {
     choose(ProviderID::openai);
-    auto *key = named<QLineEdit>(QStringLiteral("OpenAI API key"));
-    EXPECT_EQ(key->echoMode(), QLineEdit::Password);
-    named<QPushButton>(QStringLiteral("Show API key"))->click();
-    EXPECT_EQ(key->echoMode(), QLineEdit::Normal);
-    named<QPushButton>(QStringLiteral("Hide API key"))->click();
-    EXPECT_EQ(key->echoMode(), QLineEdit::Password);
-}
-
-TEST_F(SettingsViewTest, StepsStayBetween8And200)
-{
-    auto *steps = named<QSpinBox>(QStringLiteral("Maximum steps per task"));
-    ASSERT_NE(steps, nullptr);
-    steps->setValue(1);
-    EXPECT_EQ(settings->maxSteps(), 8);
-    steps->setValue(1000);
-    EXPECT_EQ(settings->maxSteps(), 200);
-    settings->setUnlimitedSteps(true);
-    EXPECT_EQ(named<QSpinBox>(QStringLiteral("Maximum steps per task")), nullptr);
-}
-
-TEST_F(SettingsViewTest, TemperatureMovesInTenths)
-{
-    auto *slider = named<QSlider>(QStringLiteral("Creativity temperature"));
-    slider->setValue(3);
-    EXPECT_DOUBLE_EQ(settings->temperature(), 0.3);
-    EXPECT_EQ(slider->accessibleDescription(), QStringLiteral("Creativity temperature 0.3"));
-    settings->setTemperature(0.9);
-    EXPECT_EQ(slider->value(), 9);
+    settings->setModel("x");
+    auto *name = named<QLineEdit>("Custom model name");
+    retype(name, "gpt-5");
+    ASSERT_TRUE(name->isVisible());
+    QTest::keyClicks(name, "-turbo");
+    EXPECT_EQ(settings->model(), "gpt-5-turbo");
 }
 
 TEST_F(SettingsViewTest, ServerBlockStandsForTheCustomProviderOnly)
 {
-    choose(ProviderID::custom);
     auto *url = named<QLineEdit>(QStringLiteral("API base URL"));
     ASSERT_NE(url, nullptr);
+    EXPECT_EQ(url->placeholderText(), "https://api.example.com/v1");
     retype(url, QStringLiteral("http://127.0.0.1:1234/v1"));
     EXPECT_EQ(settings->customBaseURL(), QStringLiteral("http://127.0.0.1:1234/v1"));
-    EXPECT_NE(named<QComboBox>(QStringLiteral("Server preset")), nullptr);
-    EXPECT_NE(named<QLineEdit>(QStringLiteral("Model name on your server")), nullptr);
+    EXPECT_NE(named<MenuPicker>(QStringLiteral("Server preset")), nullptr);
+    EXPECT_TRUE(shows("Server"));
+    EXPECT_TRUE(shows("Fills in the base URL of a known OpenAI-compatible service."));
+    EXPECT_TRUE(shows("The root of your provider's OpenAI-compatible API. /chat/completions is added "
+                      "automatically."));
     choose(ProviderID::groq);
     EXPECT_EQ(named<QLineEdit>(QStringLiteral("API base URL")), nullptr);
+    EXPECT_FALSE(shows("Server"));
 }
 
-TEST_F(SettingsViewTest, RemovedToolAsksAgain)
+TEST_F(SettingsViewTest, CustomWithAnEmptyBaseURLShowsTheHintAndNoList)
 {
-    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("edit_file")});
-    const QString name = QStringLiteral("Stop always allowing write_file");
-    ASSERT_TRUE(waitUntil([&] { return named<QPushButton>(name) != nullptr; }));
-    named<QPushButton>(name)->click();
-    EXPECT_EQ(settings->alwaysAllowedTools(), QSet<QString>{QStringLiteral("edit_file")});
+    EXPECT_TRUE(shows("Choose a preset or enter a base URL below to load its models."));
+    EXPECT_EQ(models("Custom"), nullptr);
+    auto *name = named<QLineEdit>("Model name on your server");
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(name->text(), "scripted");
+    EXPECT_EQ(named<QPushButton>("Reset model to default"), nullptr);
 }
 
-TEST_F(SettingsViewTest, EveryFieldHasAName)
+TEST_F(SettingsViewTest, AnAddressThatIsNoneGetsAWarning)
+{
+    const QString warning = "That does not look like a valid http(s) URL yet.";
+    EXPECT_FALSE(shows(warning));
+    auto *url = named<QLineEdit>("API base URL");
+    retype(url, "127.0.0.1");
+    EXPECT_TRUE(shows(warning));
+    retype(url, "http://127.0.0.1");
+    EXPECT_FALSE(shows(warning));
+}
+
+TEST_F(SettingsViewTest, PresetsAreOfferedWithTheirNotes)
+{
+    auto *preset = named<MenuPicker>("Server preset");
+    const QStringList expected{"None — enter a URL myself",
+                               "GitHub Models — free tier with a GitHub personal access token",
+                               "LM Studio — local models running on this Mac",
+                               "NVIDIA NIM — free trial credits",
+                               "DeepSeek — pay per token",
+                               "Mistral — has a free tier"};
+    EXPECT_EQ(rows(*preset), expected);
+    EXPECT_EQ(preset->currentIndex(), 0);
+    Q_EMIT preset->activated(2);
+    EXPECT_EQ(settings->customBaseURL(), "http://localhost:1234/v1");
+    EXPECT_EQ(named<QLineEdit>("API base URL")->text(), "http://localhost:1234/v1");
+    EXPECT_EQ(preset->currentIndex(), 2);
+}
+
+TEST_F(SettingsViewTest, TypingQuicklyInTheBaseURLLoadsOnceAfterThePause)
+{
+    modelCatalog.questions.clear();
+    retype(named<QLineEdit>("API base URL"), "http://127.0.0.1:1/v1");
+    settle();
+    EXPECT_TRUE(modelCatalog.questions.isEmpty());
+    clock.advance(std::chrono::milliseconds(799));
+    settle();
+    EXPECT_TRUE(modelCatalog.questions.isEmpty());
+    clock.advance(std::chrono::milliseconds(1));
+    settle();
+    ASSERT_EQ(modelCatalog.questions.size(), 1);
+    EXPECT_EQ(modelCatalog.questions[0].baseURL, "http://127.0.0.1:1/v1");
+}
+
+TEST_F(SettingsViewTest, BlanksAroundAnAddressStayInTheFieldWhileTyping)
+{
+    auto *url = named<QLineEdit>("API base URL");
+    retype(url, " http://a ");
+    EXPECT_EQ(url->text(), " http://a ");
+    EXPECT_EQ(settings->customBaseURL(), "http://a");
+}
+
+TEST_F(SettingsViewTest, TheWheelChangesNothingWithoutTheFocus)
+{
+    choose(ProviderID::groq);
+    view->setFocus();
+    for (QWidget *control :
+         std::initializer_list<QWidget *>{models("Groq"), named<QSlider>("Creativity temperature"),
+                                          named<QSpinBox>("Maximum steps per task")}) {
+        ASSERT_NE(control, nullptr);
+        ASSERT_FALSE(control->hasFocus());
+        wheelOver(control);
+    }
+    EXPECT_EQ(settings->model(), defaultModel(ProviderID::groq));
+    EXPECT_EQ(settings->temperature(), 0.7);
+    EXPECT_EQ(settings->maxSteps(), 25);
+}
+
+TEST_F(SettingsViewTest, EveryControlHasAName)
 {
     for (const ProviderID provider : allProviders) {
         choose(provider);
         for (QWidget *widget : view->findChildren<QWidget *>()) {
             const bool isControl = qobject_cast<QLineEdit *>(widget) || qobject_cast<QComboBox *>(widget) ||
-                                   qobject_cast<QSlider *>(widget);
+                                   qobject_cast<QSlider *>(widget) || qobject_cast<QSpinBox *>(widget);
             const bool ofSpinBox = qobject_cast<QSpinBox *>(widget->parentWidget());
             if (isControl && widget->isVisible() && !ofSpinBox) {
                 EXPECT_FALSE(widget->accessibleName().isEmpty())
@@ -169,6 +290,27 @@ TEST_F(SettingsViewTest, EveryFieldHasAName)
             }
         }
     }
+}
+
+TEST_F(SettingsViewTest, AChoiceElsewhereShowsAtOnce)
+{
+    settings->setProviderID(ProviderID::gemini);
+    settings->setModel("gemini-3.6-pro");
+    EXPECT_EQ(models("Google Gemini")->currentText(), "gemini-3.6-pro");
+    EXPECT_EQ(named<SegmentedPicker>("Provider")->currentIndex(), 0);
+}
+
+TEST_F(SettingsViewTest, ClosingDuringALoadIsHarmless)
+{
+    modelCatalog.held = true;
+    choose(ProviderID::openai);
+    view.reset();
+    modelCatalog.answer(0, QList<CatalogModel>{{"late", true}});
+    settle();
+    open();
+    modelCatalog.answer(1, std::nullopt);
+    settle();
+    EXPECT_EQ(models("OpenAI")->count(), curatedModels(ProviderID::openai).size() + 1);
 }
 
 } // namespace

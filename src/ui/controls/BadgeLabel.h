@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QLabel>
+
+namespace morvane {
+
+/// A word or two that mark something, on a rounded ground.
+class BadgeLabel : public QLabel {
+    Q_OBJECT
+public:
+    explicit BadgeLabel(const QString &text, QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+} // namespace morvane
