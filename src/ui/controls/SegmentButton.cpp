@@ -23,7 +23,6 @@ QFont bold(QFont font)
 
 SegmentButton::SegmentButton(const QString &label, QWidget *parent) : QRadioButton(label, parent)
 {
-    setAutoExclusive(false);
     setAttribute(Qt::WA_Hover);
 }
 

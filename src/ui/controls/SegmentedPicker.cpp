@@ -32,7 +32,11 @@ SegmentedPicker::SegmentedPicker(const QString &accessibleName, const QStringLis
     for (qsizetype index = 0; index < labels.size(); ++index) {
         auto *segment = new SegmentButton(labels[index], this);
         segment->installEventFilter(this);
-        connect(segment, &SegmentButton::clicked, this, [this, index] { choose(static_cast<int>(index)); });
+        // Not clicked(): assistive technology checks a segment without a click.
+        connect(segment, &SegmentButton::toggled, this, [this, index](bool checked) {
+            if (checked)
+                choose(static_cast<int>(index));
+        });
         m_segments.append(segment);
     }
     setCurrentIndex(0);

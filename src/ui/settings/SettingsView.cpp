@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "app/SettingsModel.h"
+#include "ui/controls/AccessibleRole.h"
 #include "ui/settings/AboutSection.h"
 #include "ui/settings/AlwaysAllowSection.h"
 #include "ui/settings/BehaviourSection.h"
@@ -35,10 +36,13 @@ SettingsView::SettingsView(AppModel &model, QWidget *parent)
     : QWidget(parent, Qt::Window),
       m_settingsModel(new SettingsModel(model.services(), model.localModel(), this))
 {
+    setAccessibleRole(this, QAccessible::Window);
     setWindowTitle(QStringLiteral("Morvane Settings"));
     resize(standardSize);
     auto *tabs = new QTabWidget;
     tabs->setDocumentMode(true);
+    // Its bar takes the keys; a second stop without a name would say nothing.
+    tabs->setFocusPolicy(Qt::NoFocus);
     tabs->addTab(makeGeneralTab(model), symbolIcon(Symbol::gear), QStringLiteral("General"));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

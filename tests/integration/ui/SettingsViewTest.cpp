@@ -84,6 +84,43 @@ TEST_F(SettingsViewTest, ChangingTheProviderSetsItsDefaultModel)
     EXPECT_EQ(settings->model(), QString());
 }
 
+TEST_F(SettingsViewTest, ProvidersAreAGroupOfRadioButtons)
+{
+    auto *picker = named<SegmentedPicker>("Provider");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(view.get())->role(), QAccessible::Window);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(picker)->role(), QAccessible::Grouping);
+    const auto segments = picker->findChildren<QAbstractButton *>();
+    ASSERT_EQ(segments.size(), 7);
+    for (QAbstractButton *segment : segments) {
+        QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(segment);
+        EXPECT_EQ(interface->role(), QAccessible::RadioButton);
+        EXPECT_EQ(interface->state().checked, segment->text() == "Custom");
+    }
+    segments[2]->click();
+    EXPECT_EQ(settings->providerID(), ProviderID::groq);
+    EXPECT_FALSE(segments[6]->isChecked());
+    QAccessible::queryAccessibleInterface(segments[4])
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_EQ(settings->providerID(), ProviderID::openai);
+    settings->setProviderID(ProviderID::gemini);
+    EXPECT_TRUE(segments[0]->isChecked());
+    EXPECT_FALSE(segments[2]->isChecked());
+}
+
+TEST_F(SettingsViewTest, PassingOverAProviderChangesNothing)
+{
+    view->activateWindow();
+    auto *picker = named<SegmentedPicker>("Provider");
+    const auto segments = picker->findChildren<QAbstractButton *>();
+    segments[6]->setFocus();
+    QTest::keyClick(segments[6], Qt::Key_Left);
+    EXPECT_EQ(view->focusWidget(), segments[5]);
+    EXPECT_EQ(settings->providerID(), ProviderID::custom);
+    QTest::keyClick(segments[5], Qt::Key_Return);
+    EXPECT_EQ(settings->providerID(), ProviderID::zen);
+}
+
 TEST_F(SettingsViewTest, TheProvidersNoteIsShownAndReadOutWithItsPrefix)
 {
     choose(ProviderID::zen);
