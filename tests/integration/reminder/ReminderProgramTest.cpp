@@ -127,6 +127,18 @@ TEST_F(ReminderProgramTest, WaitingItDeliversEachInItsTimeAndThenEnds)
     EXPECT_FALSE(hasAutostart());
 }
 
+TEST_F(ReminderProgramTest, HoweverManyAreOverdueAllAreShown)
+{
+    startDaemon();
+    QStringList messages;
+    for (int i = 0; i < 40; ++i) {
+        messages.append(QString::number(i));
+        add(messages.last(), -60);
+    }
+    EXPECT_EQ(run({"wait"}), 0);
+    EXPECT_EQ(bodies(), messages);
+}
+
 TEST_F(ReminderProgramTest, WaitingItNoticesWhatIsAddedAndTaken)
 {
     startDaemon();

@@ -22,7 +22,8 @@ const auto defaultAction = u"default"_s;
 
 /// Daemons keep old banners in lists; choosing one of the newest is enough.
 constexpr qsizetype maximumShown = 64;
-constexpr qsizetype maximumWaiting = 16;
+/// What a daemon that does not answer can make us keep until D-Bus gives it up after 25 s.
+constexpr qsizetype maximumWaiting = 1000;
 constexpr qsizetype maximumToken = 4096;
 
 QDBusMessage daemonCall(const QString &method)
@@ -58,9 +59,12 @@ void LinuxBanners::show(const QString &title, const QString &body, std::function
         send(banner);
         return;
     }
-    if (m_waiting.size() == maximumWaiting)
-        m_waiting.removeFirst();
     m_waiting.append(banner);
+    if (m_waiting.size() > maximumWaiting) {
+        const Banner dropped = m_waiting.takeFirst();
+        if (dropped.handedOver)
+            dropped.handedOver();
+    }
     if (m_waiting.size() == 1)
         askCapabilities();
 }
