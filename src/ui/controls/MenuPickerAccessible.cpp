@@ -62,14 +62,14 @@ QAccessible::State MenuPickerAccessible::state() const
 
 QStringList MenuPickerAccessible::actionNames() const
 {
-    return {showMenuAction(), pressAction()};
+    return QStringList{showMenuAction(), pressAction()} + QAccessibleWidget::actionNames();
 }
 
 void MenuPickerAccessible::doAction(const QString &name)
 {
     if (name != showMenuAction() && name != pressAction())
-        return;
-    if (isOpen())
+        QAccessibleWidget::doAction(name);
+    else if (isOpen())
         picker().hidePopup();
     else
         picker().showPopup();

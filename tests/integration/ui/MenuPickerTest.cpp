@@ -190,6 +190,9 @@ TEST_F(MenuPickerTest, AReaderFindsANamedBoxWithItsRows)
     ASSERT_NE(interface->textInterface(), nullptr);
     EXPECT_EQ(interface->textInterface()->text(0, -1), "meta/Llama-3");
     EXPECT_TRUE(interface->state().collapsed);
+    picker.clearFocus();
+    interface->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
+    EXPECT_EQ(picker.window()->focusWidget(), &picker);
     interface->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
     EXPECT_TRUE(interface->state().expanded);
     ASSERT_EQ(interface->childCount(), 1);
