@@ -169,6 +169,8 @@ void MenuPicker::setSearch(const QString &search)
     m_search = search;
     m_searchLine->setText(search.isEmpty() ? QStringLiteral("Type to search")
                                            : QStringLiteral("Search: ") + search);
+    // The line is not in the accessible tree, the list is.
+    view()->setAccessibleName(m_searchLine->text());
     m_searchLine->setVisible(!search.isEmpty() || m_choices->rowCount() > mostVisibleRows);
     applySearch();
 }

@@ -123,6 +123,7 @@ TEST_F(MenuPickerTest, TheSearchIsShownWhileThereIsOne)
     type("g<b>");
     EXPECT_TRUE(line->isVisible());
     EXPECT_EQ(line->text(), "Search: g<b>");
+    EXPECT_EQ(picker.view()->accessibleName(), "Search: g<b>");
     EXPECT_EQ(line->textFormat(), Qt::PlainText);
 }
 
