@@ -6,7 +6,6 @@
 #include "ui/controls/WrappingCheckBox.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QSignalBlocker>
 #include <QSpinBox>
 
@@ -58,16 +57,15 @@ QWidget *BehaviourSection::makeStepsBlock()
     auto *rows = new QVBoxLayout(block);
     rows->setContentsMargins(0, 8, 0, 0);
     auto *row = new QHBoxLayout;
-    auto *label = new QLabel(QStringLiteral("Maximum steps per task"));
+    auto *label = new NoteLabel(QStringLiteral("Maximum steps per task"), NoteLabel::Tone::plain);
     m_steps = new QSpinBox;
     m_steps->setRange(fewestSteps, mostSteps);
     m_steps->setSuffix(QStringLiteral(" steps"));
     m_steps->setAccessibleName(QStringLiteral("Maximum steps per task"));
     label->setBuddy(m_steps);
     takeWheelOnlyWithFocus(m_steps);
-    row->addWidget(label);
+    row->addWidget(label, 1);
     row->addWidget(m_steps);
-    row->addStretch();
     rows->addLayout(row);
     rows->addWidget(new NoteLabel(
         QStringLiteral("How many tool actions one task may take before the assistant stops and reports.")));

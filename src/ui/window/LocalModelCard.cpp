@@ -1,11 +1,11 @@
 #include "ui/window/LocalModelCard.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/WrappingButton.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace morvane {
@@ -19,8 +19,8 @@ LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
     m_progress->setTextVisible(false);
     m_progress->setAccessibleName(QStringLiteral("Download progress"));
 
-    auto *install = new QPushButton(QStringLiteral("Install the built-in local model"));
-    auto *connectProvider = new QPushButton(QStringLiteral("Connect a free AI provider"));
+    auto *install = new WrappingButton(QStringLiteral("Install the built-in local model"));
+    auto *connectProvider = new WrappingButton(QStringLiteral("Connect a free AI provider"));
     connect(install, &QPushButton::clicked, &model.localModel(), &LocalModelFlow::installLocalModelIfNeeded);
     connect(connectProvider, &QPushButton::clicked, this, &LocalModelCard::settingsRequested);
     auto *row = new QVBoxLayout(m_buttons);

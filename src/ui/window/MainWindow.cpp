@@ -29,6 +29,8 @@ namespace {
 constexpr QSize standardSize{760, 720};
 constexpr QSize smallestSize{600, 640};
 constexpr int smallestSidebar = 160;
+/// Of the standard width, whatever the font: large type needs the room beside it more than the titles do.
+constexpr int firstSidebar = 200;
 constexpr int smallestDetail = 400;
 
 } // namespace
@@ -50,6 +52,7 @@ MainWindow::MainWindow(AppModel &model) : m_model(model)
     split->addWidget(detail);
     split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
+    split->setSizes({firstSidebar, standardSize.width() - firstSidebar});
     setCentralWidget(split);
     addMenus();
 

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/WrappingButton.h"
 #include "ui/theme/AppMark.h"
 #include "ui/theme/Icons.h"
 #include "ui/window/LocalModelCard.h"
@@ -83,7 +84,7 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
     column->addWidget(heading);
     for (const char *suggestion : suggestions) {
         const QString prompt = QString::fromLatin1(suggestion);
-        auto *button = new QPushButton(prompt);
+        auto *button = new WrappingButton(prompt);
         button->setAccessibleName(QStringLiteral("Try asking: ") + prompt);
         connect(button, &QPushButton::clicked, &model, [&model, prompt] { model.suggestPrompt(prompt); });
         column->addWidget(button);
