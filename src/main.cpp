@@ -29,6 +29,7 @@
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 #include "tools/reminders/ReminderStore.h"
+#include "ui/controls/CursorRest.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
 
@@ -112,6 +113,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         [&machine] { return machine.current().ramGB; },
     };
     AppModel model(services);
+    const CursorRest cursorRest;
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     LinuxWindowRaiser raiser;
