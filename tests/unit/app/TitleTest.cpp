@@ -84,6 +84,20 @@ TEST_F(TitleTest, CancelledRunAsksForNone)
     EXPECT_TRUE(service.titleRequests().isEmpty());
 }
 
+TEST_F(TitleTest, ConversationThatBeganWithAFileAloneKeepsTheFilesName)
+{
+    ChatAttachment file;
+    file.filename = QStringLiteral("notes.txt");
+    file.kind = AttachmentKind::text;
+    file.extractedText = QStringLiteral("milk");
+    service.willTitle(QStringLiteral("Shopping"));
+    service.willTurn(Service::answer(QStringLiteral("A list.")));
+    ASSERT_TRUE(model->send(QString(), {file}));
+    finishRun();
+    EXPECT_TRUE(service.titleRequests().isEmpty());
+    EXPECT_EQ(model->currentTitle(), QStringLiteral("notes.txt"));
+}
+
 TEST_F(TitleTest, ReopenedConversationAsksOnceMore)
 {
     service.willTitle(QStringLiteral("Old title"));
