@@ -19,6 +19,12 @@
 
 namespace morvane {
 
+namespace {
+
+constexpr int smallestWidth = 160;
+
+} // namespace
+
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model, this)), m_list(new QListView),
       m_empty(new QLabel(QStringLiteral("No saved conversations yet."))), m_delete(new QToolButton(this))
@@ -76,6 +82,12 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     connect(&model, &AppModel::currentConversationChanged, this,
             &ConversationListView::selectOpenConversation);
     takeList();
+}
+
+QSize ConversationListView::minimumSizeHint() const
+{
+    // Large type must not cut the heading.
+    return QWidget::minimumSizeHint().expandedTo({smallestWidth, 0});
 }
 
 QSize ConversationListView::sizeHint() const

@@ -19,6 +19,7 @@ class ConversationListView : public QWidget {
 public:
     explicit ConversationListView(AppModel &model, QWidget *parent = nullptr);
 
+    QSize minimumSizeHint() const override;
     QSize sizeHint() const override;
 
 protected:

@@ -28,7 +28,6 @@ namespace {
 
 constexpr QSize standardSize{760, 720};
 constexpr QSize smallestSize{600, 640};
-constexpr int smallestSidebar = 160;
 /// Of the standard width, whatever the font: large type needs the room beside it more than the titles do.
 constexpr int firstSidebar = 200;
 constexpr int smallestDetail = 400;
@@ -42,7 +41,6 @@ MainWindow::MainWindow(AppModel &model) : m_model(model)
     resize(standardSize);
 
     auto *sidebar = new ConversationListView(model);
-    sidebar->setMinimumWidth(smallestSidebar);
     QWidget *detail = makeDetail();
     detail->setMinimumWidth(smallestDetail);
     auto *split = new QSplitter;
