@@ -12,6 +12,8 @@
 #include <sys/resource.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -91,10 +93,9 @@ int main(int argc, char **argv)
     for (const Loop &loop : loops) {
         agent.ask(QString::fromLatin1(loop.name));
         std::vector<double> times;
-        for (const ScriptedRequest &request : server.requests()) {
+        for (const ScriptedRequest &request : server.requests())
             if (request.turn > first && request.turn <= first + loopTurns)
                 times.push_back(double(request.sinceLastAnswer.count()) / 1000);
-        }
         first += loopTurns + 1;
         std::sort(times.begin(), times.end());
         std::printf("\n \"%s_turn_ms\": {\"p50\": %.3f, \"max\": %.3f},", loop.name, times[times.size() / 2],
@@ -106,7 +107,7 @@ int main(int argc, char **argv)
     QElapsedTimer wall;
     wall.start();
     const StallWatch stalls;
-    agent.ask(QStringLiteral("stream"));
+    agent.ask(u"stream"_s);
     const double seconds = double(wall.nsecsElapsed()) / 1e9;
 
     std::printf("\n \"stream\": {\"tokens\": %zu, \"tokens_per_second\": %.0f, \"process_cpu_s\": %.3f, "

@@ -15,6 +15,8 @@
 #include <sys/resource.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -59,10 +61,10 @@ ChatAttachment picture()
 {
     ChatAttachment attachment;
     attachment.id = QUuid::createUuid();
-    attachment.filename = QStringLiteral("photo.png");
+    attachment.filename = u"photo.png"_s;
     attachment.kind = AttachmentKind::image;
     attachment.data = QByteArray(pictureBytes, '\x5A');
-    attachment.mimeType = QStringLiteral("image/png");
+    attachment.mimeType = u"image/png"_s;
     attachment.byteSize = pictureBytes;
     return attachment;
 }
@@ -76,7 +78,7 @@ int main(int argc, char **argv)
     const TemporaryHome home;
     const StopFlag stop;
     const AttachmentProcessor processor{
-        ReaderProcess(QCoreApplication::applicationDirPath() + QStringLiteral("/morvane-attachment-reader"))};
+        ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s)};
     const auto millisecondsFor = [&](const char *name, const QByteArray &content) {
         const QUrl file = QUrl::fromLocalFile(home.write(QString::fromLatin1(name), content));
         return medianMilliseconds([&] { static_cast<void>(processor.process(file, stop)); });
@@ -88,24 +90,23 @@ int main(int argc, char **argv)
     const double photoMegabytes = readerMegabytes();
     QList<SamplePage> pages;
     for (int page = 1; page <= 200; ++page)
-        pages.append({SamplePage::Kind::text, QStringLiteral("Page %1 says a few words.").arg(page)});
+        pages.append({SamplePage::Kind::text, u"Page %1 says a few words."_s.arg(page)});
     const double document = millisecondsFor("document.pdf", samplePdf(pages));
-    const QString letter =
-        QStringLiteral("The quick brown fox jumps over the lazy dog and runs away.\n").repeated(36);
+    const QString letter = u"The quick brown fox jumps over the lazy dog and runs away.\n"_s.repeated(36);
     const double scan = millisecondsFor("scan.pdf", samplePdf({{SamplePage::Kind::scanned, letter}}));
 
     ModelScript script;
     script.afterwards = ScriptedTurn::saying({"Seen."});
     ScriptedModel server(script);
     BenchAgent agent(server.baseURL());
-    agent.settings.setModel(QStringLiteral("scripted-vision"));
+    agent.settings.setModel(u"scripted-vision"_s);
     const QList<ChatAttachment> files(pictures, picture());
     double longestStall = 0;
     double longestWork = 0;
     const double sending = medianMilliseconds([&] {
         agent.model.newConversation();
         const StallWatch stalls;
-        agent.ask(QStringLiteral("What do you see?"), files);
+        agent.ask(u"What do you see?"_s, files);
         longestStall = std::max(longestStall, stalls.milliseconds());
         longestWork = std::max(longestWork, stalls.processorMilliseconds());
     });

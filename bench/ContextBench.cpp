@@ -11,6 +11,8 @@
 #include <functional>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -35,11 +37,11 @@ double medianMilliseconds(const std::function<void()> &work)
 
 QList<APIMessage> toolContext(const QString &text)
 {
-    QList<APIMessage> context{{APIMessage::User{QStringLiteral("Begin."), {}}}};
+    QList<APIMessage> context{{APIMessage::User{u"Begin."_s, {}}}};
     for (int entry = 0; entry < entries / 2; ++entry) {
         const QString id = QString::number(entry);
-        context.append({APIMessage::FunctionCall{id, QStringLiteral("read_file"), {}, std::nullopt}});
-        context.append({APIMessage::FunctionResponse{id, QStringLiteral("read_file"), text + text}});
+        context.append({APIMessage::FunctionCall{id, u"read_file"_s, {}, std::nullopt}});
+        context.append({APIMessage::FunctionResponse{id, u"read_file"_s, text + text}});
     }
     return context;
 }
@@ -60,8 +62,8 @@ QList<ChatMessage> conversation(const QString &text)
 
 int main()
 {
-    const QString ascii(bytesEach, QLatin1Char('a'));
-    const QString mixed = QStringLiteral("Grüße, 世界! ").repeated(bytesEach / 12);
+    const QString ascii(bytesEach, u'a');
+    const QString mixed = u"Grüße, 世界! "_s.repeated(bytesEach / 12);
     const QList<APIMessage> asciiContext = toolContext(ascii);
     const QList<APIMessage> mixedContext = toolContext(mixed);
     const QList<ChatMessage> messages = conversation(ascii);

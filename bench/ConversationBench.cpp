@@ -20,6 +20,8 @@
 #include <ctime>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -85,15 +87,12 @@ double processSeconds()
 /// Proportional memory of the process in kB.
 qint64 memory()
 {
-    QFile file(QStringLiteral("/proc/self/smaps_rollup"));
-    if (!file.open(QIODevice::ReadOnly)) {
+    QFile file(u"/proc/self/smaps_rollup"_s);
+    if (!file.open(QIODevice::ReadOnly))
         return 0;
-    }
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith("Pss:")) {
+    for (const QByteArray &line : file.readAll().split('\n'))
+        if (line.startsWith("Pss:"))
             return line.mid(4).trimmed().split(' ').first().toLongLong();
-        }
-    }
     return 0;
 }
 
@@ -111,25 +110,16 @@ QList<ChatMessage> longConversation()
     QList<ChatMessage> messages;
     messages.reserve(messageCount);
     for (int i = 0; i < messageCount / 2; ++i) {
-        messages.append(
-            message(Role::user, QStringLiteral("Question %1: what does the log say about the disk, and "
-                                               "what should be done about it?")
-                                    .arg(i)));
-        QString answer =
-            QStringLiteral("## Answer %1\n\nThe log names **three** places, all under `/var/log`:\n\n"
-                           "1. the first, with [a link](https://example.com/%1)\n2. the second\n"
-                           "   - and a detail of it\n3. the third\n\n")
-                .arg(i);
-        answer +=
-            QStringLiteral("A paragraph that explains at some length what was found. ").repeated(1 + i % 12);
-        if (i % 3 == 0) {
-            answer += QStringLiteral(
-                "\n\n```bash\ndu -sh /var/log/*\ntail -n 20 /var/log/syslog\n```\n\nThat is all.");
-        }
-        if (i % 7 == 0) {
-            answer +=
-                QStringLiteral("\n\n| place | size |\n|---|---:|\n| syslog | 3 MB |\n| kern.log | 1 MB |\n");
-        }
+        messages.append(message(Role::user, u"Question %1: what does the log say about the disk, and "
+                                            "what should be done about it?"_s.arg(i)));
+        QString answer = u"## Answer %1\n\nThe log names **three** places, all under `/var/log`:\n\n"
+                         "1. the first, with [a link](https://example.com/%1)\n2. the second\n"
+                         "   - and a detail of it\n3. the third\n\n"_s.arg(i);
+        answer += u"A paragraph that explains at some length what was found. "_s.repeated(1 + i % 12);
+        if (i % 3 == 0)
+            answer += u"\n\n```bash\ndu -sh /var/log/*\ntail -n 20 /var/log/syslog\n```\n\nThat is all."_s;
+        if (i % 7 == 0)
+            answer += u"\n\n| place | size |\n|---|---:|\n| syslog | 3 MB |\n| kern.log | 1 MB |\n"_s;
         messages.append(message(Role::assistant, answer));
     }
     return messages;
@@ -138,9 +128,8 @@ QList<ChatMessage> longConversation()
 void paintOnce(MeasuredApplication &application)
 {
     const int before = application.paints;
-    while (application.paints == before) {
+    while (application.paints == before)
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
 }
 
 /// Lets everything that is due happen, frames included, for `time` milliseconds.
@@ -154,7 +143,7 @@ void settle(int time)
 /// Hands the answer on at `tokensPerSecond`, in batches, as a provider's stream would.
 void stream(Transcript &transcript, qint64 &longestAppend)
 {
-    const QString batch = QStringLiteral("token ").repeated(tokensPerBatch);
+    const QString batch = u"token "_s.repeated(tokensPerBatch);
     QEventLoop loop;
     QTimer timer;
     QElapsedTimer clock;
@@ -168,9 +157,8 @@ void stream(Transcript &transcript, qint64 &longestAppend)
             sent += tokensPerBatch;
         }
         longestAppend = std::max(longestAppend, call.nsecsElapsed());
-        if (sent >= tokenCount) {
+        if (sent >= tokenCount)
             loop.quit();
-        }
     });
     timer.start(1);
     loop.exec();
@@ -219,7 +207,7 @@ int main(int argc, char **argv)
     }
     const qint64 memoryAfter = memory();
 
-    transcript.append(message(Role::user, QStringLiteral("Now a very long answer.")));
+    transcript.append(message(Role::user, u"Now a very long answer."_s));
     ChatMessage answer = message(Role::assistant, QString());
     answer.isStreaming = true;
     transcript.append(answer);

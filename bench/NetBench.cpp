@@ -118,7 +118,7 @@ int run(qint64 lines)
     HttpClient client;
     std::printf("{\n  \"benchmark\": \"lines of a streamed response\",\n");
     for (const char *kind : {"burst", "lineForLine"}) {
-        const QUrl url = server.url(QLatin1Char('/') + QLatin1String(kind));
+        const QUrl url = server.url(u'/' + QLatin1String(kind));
         std::vector<Measurement> results;
         for (int i = 0; i < repetitions; ++i)
             results.push_back(measure(scheduler, client, url, lines));

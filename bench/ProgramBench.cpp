@@ -19,6 +19,8 @@
 #include <unistd.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -37,19 +39,18 @@ double median(std::vector<double> values)
 /// A line of a /proc file such as "Pss:  60000 kB", in MB.
 double procMegabytes(qint64 pid, const char *file, const QByteArray &name)
 {
-    QFile proc(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(file)));
+    QFile proc(u"/proc/%1/%2"_s.arg(pid).arg(QLatin1String(file)));
     if (!proc.open(QIODevice::ReadOnly))
         return 0;
-    for (const QByteArray &line : proc.readAll().split('\n')) {
+    for (const QByteArray &line : proc.readAll().split('\n'))
         if (line.startsWith(name + ':'))
             return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1024;
-    }
     return 0;
 }
 
 double cpuSeconds(qint64 pid)
 {
-    QFile proc(QStringLiteral("/proc/%1/stat").arg(pid));
+    QFile proc(u"/proc/%1/stat"_s.arg(pid));
     if (!proc.open(QIODevice::ReadOnly))
         return 0;
     const QByteArray text = proc.readAll();
@@ -60,8 +61,8 @@ double cpuSeconds(qint64 pid)
 /// A process of this name (its first 15 bytes); 0 if there is none.
 qint64 processNamed(const QByteArray &name)
 {
-    for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-        QFile proc(QStringLiteral("/proc/%1/comm").arg(pid));
+    for (const QString &pid : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        QFile proc(u"/proc/%1/comm"_s.arg(pid));
         if (proc.open(QIODevice::ReadOnly) && proc.readAll().trimmed() == name)
             return pid.toLongLong();
     }
@@ -72,9 +73,9 @@ qint64 processNamed(const QByteArray &name)
 double threadSeconds(qint64 pid)
 {
     double nanoseconds = 0;
-    QDirIterator threads(QStringLiteral("/proc/%1/task").arg(pid), QDir::Dirs | QDir::NoDotAndDotDot);
+    QDirIterator threads(u"/proc/%1/task"_s.arg(pid), QDir::Dirs | QDir::NoDotAndDotDot);
     while (threads.hasNext()) {
-        QFile proc(threads.next() + QStringLiteral("/schedstat"));
+        QFile proc(threads.next() + u"/schedstat"_s);
         if (proc.open(QIODevice::ReadOnly))
             nanoseconds += proc.readAll().split(' ').first().toDouble();
     }
@@ -87,10 +88,10 @@ public:
     Session(const PrivateDesktop &desktop, QString program, ModelScript script,
             const QByteArray &moreSettings = {})
         : m_desktop(desktop), m_program(std::move(program)), m_model(std::move(script)),
-          m_screen(desktop.display()), m_keyboard(m_screen), m_home(desktop.newFolder(QStringLiteral("home")))
+          m_screen(desktop.display()), m_keyboard(m_screen), m_home(desktop.newFolder(u"home"_s))
     {
-        QDir(m_home).mkpath(QStringLiteral("config/Morvane"));
-        QFile settings(m_home + QStringLiteral("/config/Morvane/Morvane.conf"));
+        QDir(m_home).mkpath(u"config/Morvane"_s);
+        QFile settings(m_home + u"/config/Morvane/Morvane.conf"_s);
         if (!settings.open(QIODevice::WriteOnly))
             qFatal("cannot write the settings");
         settings.write(
@@ -107,15 +108,14 @@ public:
     double start()
     {
         QProcessEnvironment environment = m_desktop.environment();
-        environment.insert(QStringLiteral("HOME"), m_home);
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home + QStringLiteral("/config"));
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home + QStringLiteral("/data"));
+        environment.insert(u"HOME"_s, m_home);
+        environment.insert(u"XDG_CONFIG_HOME"_s, m_home + u"/config"_s);
+        environment.insert(u"XDG_DATA_HOME"_s, m_home + u"/data"_s);
         while (hasWindow())
             QThread::msleep(1);
         QElapsedTimer timer;
         timer.start();
-        m_process = std::make_unique<ChildProcess>(m_program, QStringList(), environment,
-                                                   m_home + QStringLiteral("/log"));
+        m_process = std::make_unique<ChildProcess>(m_program, QStringList(), environment, m_home + u"/log"_s);
         while (!hasWindow() || !isPainted())
             QThread::usleep(500);
         return double(timer.nsecsElapsed()) / 1e6;
@@ -128,12 +128,12 @@ public:
         QElapsedTimer timer;
         timer.start();
         m_keyboard.type(text);
-        m_keyboard.press(QStringLiteral("Return"));
+        m_keyboard.press(u"Return"_s);
         // A request that still ends keeps the draft; it goes with the next Return.
         for (int tries = 0; !m_model.waitForRequests(before + 1, std::chrono::seconds(1)); ++tries) {
             if (tries == 10)
                 qFatal("the request never came");
-            m_keyboard.press(QStringLiteral("Return"));
+            m_keyboard.press(u"Return"_s);
         }
         return double(timer.nsecsElapsed()) / 1e6;
     }
@@ -141,8 +141,7 @@ public:
     qint64 largestConversation() const
     {
         qint64 largest = 0;
-        for (const QFileInfo &file :
-             QDir(m_home + QStringLiteral("/data/Morvane/Conversations")).entryInfoList())
+        for (const QFileInfo &file : QDir(m_home + u"/data/Morvane/Conversations"_s).entryInfoList())
             largest = std::max(largest, file.size());
         return largest;
     }
@@ -190,8 +189,8 @@ ModelScript script()
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    const QString program = argc > 1 ? QString::fromLocal8Bit(argv[1])
-                                     : QCoreApplication::applicationDirPath() + QStringLiteral("/morvane");
+    const QString program =
+        argc > 1 ? QString::fromLocal8Bit(argv[1]) : QCoreApplication::applicationDirPath() + u"/morvane"_s;
     const PrivateDesktop desktop;
 
     std::vector<double> painted;
@@ -202,7 +201,7 @@ int main(int argc, char **argv)
         Session session(desktop, program, always);
         for (int start = 0; start < starts; ++start) {
             painted.push_back(session.start());
-            firstRequests.push_back(session.ask(QStringLiteral("hi")));
+            firstRequests.push_back(session.ask(u"hi"_s));
             session.end();
         }
     }
@@ -232,20 +231,19 @@ int main(int argc, char **argv)
     const double idlePss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
 
     // The first request also asks for a title.
-    session.ask(QStringLiteral("warm"));
+    session.ask(u"warm"_s);
     session.model().waitForRequests(2);
-    session.ask(QStringLiteral("loop"));
+    session.ask(u"loop"_s);
     session.model().waitForRequests(2 + loopTurns + 1);
     std::vector<double> turnTimes;
-    for (const ScriptedRequest &request : session.model().requests()) {
+    for (const ScriptedRequest &request : session.model().requests())
         if (request.turn > 1 && request.turn <= loopTurns + 1)
             turnTimes.push_back(double(request.sinceLastAnswer.count()) / 1000);
-    }
     const double peak = procMegabytes(session.pid(), "status", "VmHWM");
     const double loopPss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
 
     const double cpuBefore = cpuSeconds(session.pid());
-    session.ask(QStringLiteral("stream"));
+    session.ask(u"stream"_s);
     QElapsedTimer stream;
     stream.start();
     // The answer is saved when the run has ended; a word of the burst takes more than four bytes.

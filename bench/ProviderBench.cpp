@@ -20,6 +20,8 @@
 #include <sys/resource.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -91,14 +93,11 @@ template <class Build> double bodyMilliseconds(Build build)
 QList<APIMessage> longContext()
 {
     QList<APIMessage> context;
-    const QString text =
-        QStringLiteral("A line of a file that was read, \"quoted\" here and there.\n").repeated(100);
+    const QString text = u"A line of a file that was read, \"quoted\" here and there.\n"_s.repeated(100);
     for (int i = 0; i < 40; ++i) {
         const SharedJsonObject arguments(boost::json::object{{"path", "/home/user/file.txt"}});
-        context.append(APIMessage{
-            APIMessage::FunctionCall{QStringLiteral("c"), QStringLiteral("read_file"), arguments, {}}});
-        context.append(
-            APIMessage{APIMessage::FunctionResponse{QStringLiteral("c"), QStringLiteral("read_file"), text}});
+        context.append(APIMessage{APIMessage::FunctionCall{u"c"_s, u"read_file"_s, arguments, {}}});
+        context.append(APIMessage{APIMessage::FunctionResponse{u"c"_s, u"read_file"_s, text}});
     }
     return context;
 }
@@ -108,8 +107,8 @@ QList<APIMessage> contextWithImage()
     ChatAttachment image;
     image.kind = AttachmentKind::image;
     image.data = QByteArray(8 * 1024 * 1024, 'x');
-    image.mimeType = QStringLiteral("image/png");
-    return {APIMessage{APIMessage::User{QStringLiteral("Look"), {image}}}};
+    image.mimeType = u"image/png"_s;
+    return {APIMessage{APIMessage::User{u"Look"_s, {image}}}};
 }
 
 struct Stream {
@@ -133,9 +132,8 @@ Stream streamTokens(Scheduler &scheduler, HttpAIService &service, const AIConfig
     int received = 0;
     const auto begin = Time::now();
     const double cpuBegin = processSeconds();
-    auto handle =
-        scheduler.spawn(service.runOpenAITurn({APIMessage{APIMessage::User{QStringLiteral("Go"), {}}}},
-                                              config, [&received](const QString &) { ++received; }));
+    auto handle = scheduler.spawn(service.runOpenAITurn({APIMessage{APIMessage::User{u"Go"_s, {}}}}, config,
+                                                        [&received](const QString &) { ++received; }));
     while (!handle.done())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     Stream result;
@@ -152,14 +150,13 @@ class ModelProcess {
 public:
     explicit ModelProcess(int tokens)
     {
-        QFile script(m_folder.filePath(QStringLiteral("script.json")));
+        QFile script(m_folder.filePath(u"script.json"_s));
         if (!script.open(QIODevice::WriteOnly))
             fail("the script cannot be written");
         script.write(R"({"afterwards":{"steps":[{"burst":)" + QByteArray::number(tokens) + "}]}}");
         script.close();
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/scripted-model"),
-                        {script.fileName()});
+        m_process.start(QCoreApplication::applicationDirPath() + u"/scripted-model"_s, {script.fileName()});
         if (!m_process.waitForReadyRead(10'000))
             fail("scripted-model does not run; build it first");
         m_port = m_process.readLine().trimmed().toInt();
@@ -169,7 +166,7 @@ public:
         m_process.terminate();
         m_process.waitForFinished();
     }
-    QString baseURL() const { return QStringLiteral("http://127.0.0.1:%1/v1").arg(m_port); }
+    QString baseURL() const { return u"http://127.0.0.1:%1/v1"_s.arg(m_port); }
 
 private:
     QTemporaryDir m_folder;
@@ -196,7 +193,7 @@ int run(int tokens)
     AIConfiguration config;
     config.provider = ProviderID::custom;
     config.baseURL = model.baseURL();
-    config.model = QStringLiteral("scripted");
+    config.model = u"scripted"_s;
 
     std::vector<double> rates;
     std::vector<double> cpu;

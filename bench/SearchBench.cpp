@@ -17,6 +17,8 @@
 #include <random>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -49,10 +51,10 @@ void makeTree(const QString &root)
     std::mt19937 random(1); // NOLINT: the same tree each time is the point
     int number = 0;
     for (int folder = 0; folder < folders; ++folder) {
-        const QString path = root + QStringLiteral("/part%1/section%2").arg(folder % 20).arg(folder);
+        const QString path = root + u"/part%1/section%2"_s.arg(folder % 20).arg(folder);
         QDir().mkpath(path);
         for (int i = 0; i < filesEach; ++i, ++number) {
-            QFile file(path + QStringLiteral("/file%1.txt").arg(i));
+            QFile file(path + u"/file%1.txt"_s.arg(i));
             if (!file.open(QIODevice::WriteOnly))
                 qFatal("cannot write the tree");
             file.write(textOf(random, number % largeFileEvery == 0 ? largeFile : smallFile));
@@ -120,7 +122,7 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     const TemporaryHome home;
-    QString root = home.path() + QStringLiteral("/tree");
+    QString root = home.path() + u"/tree"_s;
     if (argc > 1)
         root = QString::fromLocal8Bit(argv[1]);
     else
@@ -129,18 +131,15 @@ int main(int argc, char **argv)
     const auto grep = [&root](const QString &pattern) {
         return [&root, pattern] { SearchTools::grepSearch(pattern, root, {}); };
     };
-    const QString absent = QStringLiteral("zyxwabsentzyxw");
-    const QString expression = QStringLiteral("zq[0-9]+x?absent");
+    const QString absent = u"zyxwabsentzyxw"_s;
+    const QString expression = u"zq[0-9]+x?absent"_s;
     grep(absent)(); // the files come into memory once for all
     std::printf("{");
-    compare("text_without_a_match", grep(absent), QStringLiteral("rg"), {QStringLiteral("-uu"), absent, root},
-            ",");
-    compare("expression_without_a_match", grep(expression), QStringLiteral("rg"),
-            {QStringLiteral("-uu"), expression, root}, ",");
-    compare("50_lines", grep(QStringLiteral("MARKED")), QStringLiteral("rg"),
-            {QStringLiteral("-uu"), QStringLiteral("MARKED"), root}, ",");
+    compare("text_without_a_match", grep(absent), u"rg"_s, {u"-uu"_s, absent, root}, ",");
+    compare("expression_without_a_match", grep(expression), u"rg"_s, {u"-uu"_s, expression, root}, ",");
+    compare("50_lines", grep(u"MARKED"_s), u"rg"_s, {u"-uu"_s, u"MARKED"_s, root}, ",");
     compare(
-        "names_without_a_match", [&] { SearchTools::globFind(absent, root); }, QStringLiteral("fdfind"),
-        {QStringLiteral("-uu"), absent, root}, "}");
+        "names_without_a_match", [&] { SearchTools::globFind(absent, root); }, u"fdfind"_s,
+        {u"-uu"_s, absent, root}, "}");
     return 0;
 }

@@ -25,6 +25,8 @@
 #include <sys/resource.h>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -110,7 +112,7 @@ void measureLists(Scheduler &scheduler, const QString &folder)
     for (int i = 0; i < conversationCount; ++i) {
         sample.id = newUuid();
         sample.updatedAt += 1;
-        QFile file(folder + u'/' + uuidText(sample.id) + QStringLiteral(".json"));
+        QFile file(folder + u'/' + uuidText(sample.id) + u".json"_s);
         if (!file.open(QIODevice::WriteOnly))
             std::exit(1);
         bytes += file.write(encodeConversation(sample));
@@ -180,9 +182,9 @@ int main(int argc, char **argv)
     SystemClock clock;
     Scheduler scheduler(clock);
     std::printf("{\n  \"benchmark\": \"stores\",\n");
-    measureLists(scheduler, home.path(QStringLiteral("List")));
-    measureSave(scheduler, home.path(QStringLiteral("Save")));
-    measureSettings(home.path(QStringLiteral("Morvane/Morvane.conf")));
+    measureLists(scheduler, home.path(u"List"_s));
+    measureSave(scheduler, home.path(u"Save"_s));
+    measureSettings(home.path(u"Morvane/Morvane.conf"_s));
     std::printf("}\n");
     return 0;
 }

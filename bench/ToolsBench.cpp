@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -38,16 +40,16 @@ template <class Work> double milliseconds(Work work)
 
 int main()
 {
-    const QString page = repeatedToSize(QStringLiteral(
-        "<div class=\"a\"><script>f(1 > 0);</script><p>Some words &amp; <b>more</b> of them,\n as they "
-        "stand in an ordinary page of text.</p></div>\n"));
-    const QString results = repeatedToSize(QStringLiteral(
-        "<a class=\"result__a\" href=\"//a.example/?uddg=https%3A%2F%2Fb.example\">A <b>title</b></a>"
-        "<a class=\"result__snippet\" href=\"x\">A snippet of some length</a>\n"));
-    const QString scripts = repeatedToSize(QStringLiteral("<script"));
-    const QString brackets = repeatedToSize(QStringLiteral("<"));
-    const QString entities = repeatedToSize(QStringLiteral("&lt;"));
-    const QString links = repeatedToSize(QStringLiteral("class=\"result__a\" href=\"x\""));
+    const QString page = repeatedToSize(
+        u"<div class=\"a\"><script>f(1 > 0);</script><p>Some words &amp; <b>more</b> of them,\n as they "
+        "stand in an ordinary page of text.</p></div>\n"_s);
+    const QString results = repeatedToSize(
+        u"<a class=\"result__a\" href=\"//a.example/?uddg=https%3A%2F%2Fb.example\">A <b>title</b></a>"
+        "<a class=\"result__snippet\" href=\"x\">A snippet of some length</a>\n"_s);
+    const QString scripts = repeatedToSize(u"<script"_s);
+    const QString brackets = repeatedToSize(u"<"_s);
+    const QString entities = repeatedToSize(u"&lt;"_s);
+    const QString links = repeatedToSize(u"class=\"result__a\" href=\"x\""_s);
 
     std::printf("{\"page_ms\": %.1f, \"results_ms\": %.1f,\n", milliseconds([&] { stripHTML(page); }),
                 milliseconds([&] { SearchResults::parseDDGResults(results); }));

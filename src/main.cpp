@@ -40,6 +40,8 @@
 #include <cstdlib>
 #include <tuple>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -62,7 +64,7 @@ ActivationToken activationToken()
 /// The program that decodes attached files lies beside this one.
 QString attachmentReader()
 {
-    return QApplication::applicationDirPath() + QStringLiteral("/morvane-attachment-reader");
+    return QApplication::applicationDirPath() + u"/morvane-attachment-reader"_s;
 }
 
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
@@ -74,7 +76,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     HttpClient http;
     NoKeychain keychain;
     SettingsStore settings(settingsFile(), keychain);
-    ConversationStore conversations(dataFolder() + QStringLiteral("/Conversations"));
+    ConversationStore conversations(dataFolder() + u"/Conversations"_s);
     HttpAIService service(http, endpoints);
     LinuxAnnouncer announcer;
     LinuxDeliveryAlarm alarm(LinuxDeliveryAlarm::realSurroundings());
@@ -158,10 +160,10 @@ int main(int argc, char **argv)
         return 1;
     }
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Morvane"));
+    QApplication::setApplicationName(u"Morvane"_s);
     QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
     application.setProperty("buildNumber", MORVANE_BUILD_NUMBER);
-    QApplication::setDesktopFileName(QStringLiteral("morvane"));
+    QApplication::setDesktopFileName(u"morvane"_s);
     QThreadPool::globalInstance()->setMaxThreadCount(mostWorkers);
     const int status = runProgram(application, instance);
     // By now all is saved. The application's end would wait for whatever still works off the main thread,

@@ -6,6 +6,8 @@
 
 #include <QDateTime>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 void ActivityLog::log(const QString &text, ActivityStep::Kind kind)
@@ -18,25 +20,24 @@ void ActivityLog::logResult(const AIToolCall &call, const QString &result, const
 {
     QString name = spokenToolName(call.name);
     if (!prefix.isEmpty())
-        name = prefix + QLatin1Char(' ') + name;
+        name = prefix + u' ' + name;
     const QString text = flattened(result, logTextLimit);
-    if (result.startsWith(QLatin1String("Error:")))
-        log(name + QStringLiteral(" failed: ") + text, ActivityStep::Kind::error);
+    if (result.startsWith("Error:"_L1))
+        log(name + u" failed: "_s + text, ActivityStep::Kind::error);
     else
-        log(name + QStringLiteral(" returned: ") + text, ActivityStep::Kind::info);
+        log(name + u" returned: "_s + text, ActivityStep::Kind::info);
 }
 
 void ActivityLog::logFinished(const QStringList &ranTools)
 {
     if (ranTools.isEmpty()) {
-        log(QStringLiteral("Finished. No tools were needed."), ActivityStep::Kind::success);
+        log(u"Finished. No tools were needed."_s, ActivityStep::Kind::success);
         return;
     }
     QStringList names;
     for (const QString &tool : ranTools)
         names.append(spokenToolName(tool));
-    log(QStringLiteral("Finished. Completed: ") + names.join(QStringLiteral(", ")) + QLatin1Char('.'),
-        ActivityStep::Kind::success);
+    log(u"Finished. Completed: "_s + names.join(u", "_s) + u'.', ActivityStep::Kind::success);
 }
 
 void ActivityLog::clear()

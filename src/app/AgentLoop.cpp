@@ -12,6 +12,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -19,17 +21,16 @@ namespace {
 /// The third identical call in a row is not run.
 constexpr int repetitionLimit = 3;
 
-const QString repetitionNote = QStringLiteral(
-    "I noticed I was repeating the same action without progress, so I stopped to avoid going in circles. The "
-    "obstacle did not respond to that approach — tell me what you would like me to try instead.");
+const QString repetitionNote =
+    u"I noticed I was repeating the same action without progress, so I stopped to avoid going in circles. "
+    u"The "
+    "obstacle did not respond to that approach — tell me what you would like me to try instead."_s;
 
 QString stepLimitNote(int maxSteps)
 {
-    return QStringLiteral(
-               "I reached the limit of %1 steps while working on this and stopped to avoid running "
-               "forever. Ask me to continue and I'll pick up where I left off — or raise the limit "
-               "in Settings under Behaviour.")
-        .arg(maxSteps);
+    return u"I reached the limit of %1 steps while working on this and stopped to avoid running "
+           "forever. Ask me to continue and I'll pick up where I left off — or raise the limit "
+           "in Settings under Behaviour."_s.arg(maxSteps);
 }
 
 } // namespace
@@ -59,7 +60,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
         const CallsEnd end = co_await runToolCalls(&run, turn.toolCalls);
         if (end == CallsEnd::repeated) {
             addNote(repetitionNote);
-            m_workspace.activity.log(QStringLiteral("Stopped: the same action repeated without progress."),
+            m_workspace.activity.log(u"Stopped: the same action repeated without progress."_s,
                                      ActivityStep::Kind::error);
             co_await checkCancelled();
             co_return std::move(run.context);
@@ -102,9 +103,9 @@ Task<AgentLoop::CallsEnd> AgentLoop::runToolCalls(Run *run, QList<AIToolCall> ca
 Task<QString> AgentLoop::runToolCall(Run *run, AIToolCall call)
 {
     // These two come first, so that no tool of a server can shadow them.
-    if (call.name == QLatin1String("ask_user"))
+    if (call.name == "ask_user"_L1)
         co_return co_await m_tools.askUser(call, ToolCallRunner::Caller::mainLoop);
-    if (call.name == QLatin1String("task"))
+    if (call.name == "task"_L1)
         co_return co_await launchSubagent(call, run->config);
     const ToolCallRunner::Result result = co_await m_tools.run(call, ToolCallRunner::Caller::mainLoop);
     if (result.ran && !run->ranTools.contains(call.name))
@@ -114,16 +115,14 @@ Task<QString> AgentLoop::runToolCall(Run *run, AIToolCall call)
 
 Task<QString> AgentLoop::launchSubagent(AIToolCall call, AIConfiguration config)
 {
-    m_workspace.status.setStatusText(QStringLiteral("Launching subagent…"));
-    m_workspace.status.announceProgress(QStringLiteral("Launching a subagent to work on this."));
+    m_workspace.status.setStatusText(u"Launching subagent…"_s);
+    m_workspace.status.announceProgress(u"Launching a subagent to work on this."_s);
     const SubagentRole role = subagentRole(stringArgument(call.arguments.get(), "subagent"));
     const QString description = flattened(stringArgument(call.arguments.get(), "description"), logTextLimit);
-    m_workspace.activity.log(QStringLiteral("Launching ") + displayName(role).toLower() +
-                                 QStringLiteral(" subagent: ") + description,
+    m_workspace.activity.log(u"Launching "_s + displayName(role).toLower() + u" subagent: "_s + description,
                              ActivityStep::Kind::tool);
     const QString result = co_await m_subagents.runSubagent(call, config);
-    m_workspace.activity.log(displayName(role) + QStringLiteral(" subagent finished."),
-                             ActivityStep::Kind::success);
+    m_workspace.activity.log(displayName(role) + u" subagent finished."_s, ActivityStep::Kind::success);
     co_return result;
 }
 
@@ -153,7 +152,7 @@ void AgentLoop::addNote(const QString &note)
     if (m_workspace.transcript.messages().at(*row).text.isEmpty())
         m_workspace.transcript.setText(*row, note);
     else
-        m_workspace.transcript.appendToken(QStringLiteral("\n\n") + note);
+        m_workspace.transcript.appendToken(u"\n\n"_s + note);
 }
 
 void AgentLoop::moveTurnNarrationToActivity(qsizetype fromLength)
@@ -166,7 +165,7 @@ void AgentLoop::moveTurnNarrationToActivity(qsizetype fromLength)
     const QString narration = flattened(text.mid(kept.size()), narrationLimit);
     m_workspace.transcript.setText(*row, kept);
     if (!narration.isEmpty())
-        m_workspace.activity.log(QStringLiteral("Says: ") + narration, ActivityStep::Kind::info);
+        m_workspace.activity.log(u"Says: "_s + narration, ActivityStep::Kind::info);
 }
 
 } // namespace morvane

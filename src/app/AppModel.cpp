@@ -17,12 +17,14 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 constexpr qsizetype provisionalTitleLength = 40;
-const QString onboardingKey = QStringLiteral("hasCompletedOnboarding");
+const QString onboardingKey = u"hasCompletedOnboarding"_s;
 
 ChatMessage newMessage(Role role, const QString &text, const QList<ChatAttachment> &attachments)
 {
@@ -38,10 +40,9 @@ ChatMessage newMessage(Role role, const QString &text, const QList<ChatAttachmen
 
 QString firstTextOf(Role role, const QList<ChatMessage> &messages)
 {
-    for (const ChatMessage &message : messages) {
+    for (const ChatMessage &message : messages)
         if (message.role == role)
             return message.text;
-    }
     return {};
 }
 
@@ -110,10 +111,10 @@ bool AppModel::refusesForUpdate()
     const auto update = m_services.updates.availableUpdate();
     if (!isUpdateRequired() || !update)
         return false;
-    const QString version = QStringLiteral("%1 build %2").arg(update->version).arg(update->build);
-    status().setStatusText(QStringLiteral("Update required: ") + version);
-    status().announce(QStringLiteral("This update is required to continue. Please update Morvane to ") +
-                      version + QStringLiteral(" now."));
+    const QString version = u"%1 build %2"_s.arg(update->version).arg(update->build);
+    status().setStatusText(u"Update required: "_s + version);
+    status().announce(u"This update is required to continue. Please update Morvane to "_s + version +
+                      u" now."_s);
     return true;
 }
 
@@ -125,10 +126,9 @@ bool AppModel::refusesImages(const QList<ChatAttachment> &attachments)
         });
     if (!hasImage || modelSeesImages())
         return false;
-    status().setStatusText(QStringLiteral("Current model can't see images"));
-    status().announce(
-        QStringLiteral("The current model can't see images. Switch to a vision model, like Gemini or G P T "
-                       "five mini, to send this attachment, or remove the image."));
+    status().setStatusText(u"Current model can't see images"_s);
+    status().announce(u"The current model can't see images. Switch to a vision model, like Gemini or G P T "
+                      "five mini, to send this attachment, or remove the image."_s);
     return true;
 }
 
@@ -151,8 +151,8 @@ void AppModel::waitForLocalModel()
         m_currentTask = m_localModel.startInstallThenRespond();
         return;
     }
-    status().setStatusText(QStringLiteral("Waiting for the local model setup to finish…"));
-    status().announceProgress(QStringLiteral("Waiting for the local model setup before sending."));
+    status().setStatusText(u"Waiting for the local model setup to finish…"_s);
+    status().announceProgress(u"Waiting for the local model setup before sending."_s);
 }
 
 void AppModel::continueAfterInstallation()
@@ -164,10 +164,9 @@ void AppModel::continueAfterInstallation()
         return;
     }
     const QString error = m_localModel.info().error;
-    finalizeAssistant(error.isEmpty()
-                          ? QStringLiteral("The local model could not be set up. Open Settings to "
-                                           "see the details, then try again.")
-                          : error,
+    finalizeAssistant(error.isEmpty() ? u"The local model could not be set up. Open Settings to "
+                                        "see the details, then try again."_s
+                                      : error,
                       false);
 }
 
@@ -180,10 +179,9 @@ void AppModel::cancelLocalModelWork()
     if (row && messages().at(*row).isStreaming) {
         transcript().setStreaming(*row, false);
         transcript().setErrorMessage(
-            *row,
-            QStringLiteral("Switched to another provider before the local model finished downloading."));
+            *row, u"Switched to another provider before the local model finished downloading."_s);
     }
-    status().setStatusText(QStringLiteral("Ready"));
+    status().setStatusText(u"Ready"_s);
     setBusy(false);
     saveCurrentConversation();
 }
@@ -195,19 +193,17 @@ void AppModel::beginAgentLoop()
         if (!row)
             return;
         transcript().setStreaming(*row, false);
-        transcript().setErrorMessage(
-            *row, QStringLiteral("No API key is set. Open Settings to add your free API key."));
-        status().setStatusText(QStringLiteral("Waiting for API key"));
-        status().announce(
-            QStringLiteral("Morvane needs an API key. Open Settings and choose a provider to get started."));
+        transcript().setErrorMessage(*row, u"No API key is set. Open Settings to add your free API key."_s);
+        status().setStatusText(u"Waiting for API key"_s);
+        status().announce(u"Morvane needs an API key. Open Settings and choose a provider to get started."_s);
         return;
     }
     setBusy(true);
     const ProviderID provider = settings().providerID();
-    status().setStatusText(provider == ProviderID::ollama ? QStringLiteral("Local model is working…")
-                                                          : QStringLiteral("Connecting to ") +
-                                                                displayName(provider) + QStringLiteral("…"));
-    status().announceProgress(QStringLiteral("Morvane is responding."));
+    status().setStatusText(provider == ProviderID::ollama
+                               ? u"Local model is working…"_s
+                               : u"Connecting to "_s + displayName(provider) + u"…"_s);
+    status().announceProgress(u"Morvane is responding."_s);
     m_currentTask = m_services.scheduler.spawn(run(configuration(), trimmedAPIContext(m_context, provider)));
 }
 
@@ -227,14 +223,13 @@ AIConfiguration AppModel::configuration() const
 
 QString AppModel::fullSystemPrompt() const
 {
-    QString prompt =
-        settings().systemPrompt() + QStringLiteral("\n\nYou are running on: ") + m_services.machineSummary();
+    QString prompt = settings().systemPrompt() + u"\n\nYou are running on: "_s + m_services.machineSummary();
     if (m_services.browserWindow.isVisible()) {
-        prompt += QStringLiteral(
-            "\n\n[Browser window is open — the user watches live. For web tasks use "
+        prompt +=
+            u"\n\n[Browser window is open — the user watches live. For web tasks use "
             "browser_open/browser_read/browser_click/browser_type/browser_scroll/browser_back. You can do "
             "anything in the browser: click links, fill forms, type and submit. Use browser_* tools, then "
-            "browser_read to verify.]");
+            "browser_read to verify.]"_s;
     }
     return prompt;
 }
@@ -271,16 +266,16 @@ void AppModel::finalizeAssistant(const std::optional<QString> &error, bool cance
     transcript().setStreaming(*row, false);
     if (error) {
         transcript().setErrorMessage(*row, *error);
-        status().setStatusText(QStringLiteral("Error"));
+        status().setStatusText(u"Error"_s);
         m_services.notifications.notify(*error, NotificationPort::Outcome::error);
-        status().announce(QStringLiteral("There was an error. ") + *error);
+        status().announce(u"There was an error. "_s + *error);
     } else if (cancelled) {
         tellCancelled();
     } else {
         const QString text = messages().at(*row).text;
-        status().setStatusText(QStringLiteral("Ready"));
+        status().setStatusText(u"Ready"_s);
         m_services.notifications.notify(text, NotificationPort::Outcome::answer);
-        status().announceProgress(text.isEmpty() ? QStringLiteral("Morvane did not return any text.") : text);
+        status().announceProgress(text.isEmpty() ? u"Morvane did not return any text."_s : text);
     }
     saveCurrentConversation();
     setBusy(false);
@@ -290,9 +285,9 @@ void AppModel::finalizeAssistant(const std::optional<QString> &error, bool cance
 
 void AppModel::tellCancelled()
 {
-    status().setStatusText(QStringLiteral("Cancelled"));
-    m_services.notifications.playSound(QStringLiteral("MorvaneCancelled"));
-    status().announce(QStringLiteral("Generation cancelled."));
+    status().setStatusText(u"Cancelled"_s);
+    m_services.notifications.playSound(u"MorvaneCancelled"_s);
+    status().announce(u"Generation cancelled."_s);
 }
 
 void AppModel::cancel()
@@ -335,7 +330,7 @@ Task<void> AppModel::generateTitle(QUuid id, QString firstMessage, QString reply
         co_return;
     m_currentTitle = title;
     saveCurrentConversation();
-    status().announceProgress(QStringLiteral("Conversation summarized as: ") + title + QLatin1Char('.'));
+    status().announceProgress(u"Conversation summarized as: "_s + title + u'.');
 }
 
 void AppModel::cancelCurrentTask()
@@ -356,8 +351,8 @@ void AppModel::completeOnboarding()
     settings().setValue(onboardingKey, true);
     m_showOnboarding = false;
     Q_EMIT showOnboardingChanged();
-    status().setStatusText(QStringLiteral("Ready"));
-    status().announceProgress(QStringLiteral("Let's get started. Ask me anything."));
+    status().setStatusText(u"Ready"_s);
+    status().announceProgress(u"Let's get started. Ask me anything."_s);
 }
 
 void AppModel::skipOnboarding()
@@ -365,8 +360,7 @@ void AppModel::skipOnboarding()
     settings().setValue(onboardingKey, true);
     m_showOnboarding = false;
     Q_EMIT showOnboardingChanged();
-    status().announceProgress(
-        QStringLiteral("Skipped local model setup. Open Settings to choose a provider."));
+    status().announceProgress(u"Skipped local model setup. Open Settings to choose a provider."_s);
 }
 
 } // namespace morvane

@@ -11,11 +11,13 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const QString sessionKey = QStringLiteral("currentConversationID");
+const QString sessionKey = u"currentConversationID"_s;
 
 } // namespace
 
@@ -93,7 +95,7 @@ void AppModel::clearConversation()
     m_context.clear();
     activity().clear();
     setBusy(false);
-    status().setStatusText(QStringLiteral("Ready"));
+    status().setStatusText(u"Ready"_s);
     m_currentConversationID.reset();
     m_currentTitle.clear();
     settings().removeValue(sessionKey);
@@ -110,7 +112,7 @@ void AppModel::newConversation()
     clearConversation();
     m_titleGeneratedFor.reset();
     m_services.scheduler.spawn(reloadConversations());
-    status().announceProgress(QStringLiteral("New conversation started."));
+    status().announceProgress(u"New conversation started."_s);
 }
 
 void AppModel::openConversation(QUuid id)
@@ -136,13 +138,12 @@ Task<void> AppModel::open(QUuid id)
     m_currentTitle = titleOf(id);
     transcript().reset(saved);
     setBusy(false);
-    status().setStatusText(QStringLiteral("Ready"));
+    status().setStatusText(u"Ready"_s);
     settings().setValue(sessionKey, uuidText(id));
     Q_EMIT currentConversationChanged();
     m_services.scheduler.spawn(reloadConversations());
     status().announceProgress(
-        QStringLiteral("Opened %1.")
-            .arg(m_currentTitle.isEmpty() ? QStringLiteral("the conversation") : m_currentTitle));
+        u"Opened %1."_s.arg(m_currentTitle.isEmpty() ? u"the conversation"_s : m_currentTitle));
 }
 
 void AppModel::deleteConversation(QUuid id)
@@ -159,7 +160,7 @@ void AppModel::deleteConversation(QUuid id)
         m_installPending = false;
         clearConversation();
     }
-    status().announceProgress(QStringLiteral("Conversation deleted."));
+    status().announceProgress(u"Conversation deleted."_s);
 }
 
 } // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 ApprovalGate::ApprovalGate(SettingsStore &settings, QObject *parent) : QObject(parent), m_settings(settings)
@@ -16,10 +18,9 @@ ApprovalGate::ApprovalGate(SettingsStore &settings, QObject *parent) : QObject(p
 
 bool ApprovalGate::requiresApproval(const AIToolCall &call) const
 {
-    if (call.name == QLatin1String("run_shell_command"))
+    if (call.name == "run_shell_command"_L1)
         return BuiltinTools::isDestructive(call);
-    if (isToolServerCall(call) || call.name == QLatin1String("write_file") ||
-        call.name == QLatin1String("edit_file"))
+    if (isToolServerCall(call) || call.name == "write_file"_L1 || call.name == "edit_file"_L1)
         return !m_settings.alwaysAllowedTools().contains(call.name);
     return false;
 }

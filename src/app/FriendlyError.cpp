@@ -3,6 +3,8 @@
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QString friendlyError(const std::exception_ptr &error)
@@ -11,17 +13,17 @@ QString friendlyError(const std::exception_ptr &error)
         std::rethrow_exception(error);
     } catch (const AIServiceError &failure) {
         const QString text = failure.errorDescription();
-        return text.isEmpty() ? QStringLiteral("Unknown error.") : text;
+        return text.isEmpty() ? u"Unknown error."_s : text;
     } catch (const TransportError &failure) {
         if (failure.isConnectionFailure()) {
-            return QStringLiteral("Could not connect to the AI provider. Check your internet connection and "
-                                  "try again.");
+            return u"Could not connect to the AI provider. Check your internet connection and "
+                   "try again."_s;
         }
         return failure.description();
     } catch (const std::exception &failure) {
         return QString::fromUtf8(failure.what());
     } catch (...) {
-        return QStringLiteral("Unknown error.");
+        return u"Unknown error."_s;
     }
 }
 

@@ -10,6 +10,8 @@
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 LocalModelFlow::LocalModelFlow(const AppServices &services, Workspace &workspace, TurnRunner &turns)
@@ -48,22 +50,20 @@ Task<void> LocalModelFlow::refresh()
     const bool serverRunning = co_await m_services.localModel.isServerRunning();
     if (!serverRunning) {
         m_info.running = false;
-        setProgress(m_services.localModel.isBinaryInstalled()
-                        ? QStringLiteral("Ollama is not running.")
-                        : QStringLiteral("Ollama is not installed yet."),
+        setProgress(m_services.localModel.isBinaryInstalled() ? u"Ollama is not running."_s
+                                                              : u"Ollama is not installed yet."_s,
                     m_info.progressFraction);
         co_return;
     }
     m_installedModels = co_await m_services.localModel.installedModels();
     const QString name = model.isEmpty() ? QString::fromLatin1(standardModel) : model;
-    m_info.running =
-        m_installedModels.contains(name) || m_installedModels.contains(name + QStringLiteral(":latest"));
+    m_info.running = m_installedModels.contains(name) || m_installedModels.contains(name + u":latest"_s);
     if (m_info.running) {
         m_info.error.clear();
-        setProgress(QStringLiteral("The %1 model is ready.").arg(name), m_info.progressFraction);
+        setProgress(u"The %1 model is ready."_s.arg(name), m_info.progressFraction);
         m_services.scheduler.spawn(warmUpLocalModel());
     } else {
-        setProgress(QStringLiteral("Ollama is running, but the %1 model is not downloaded yet.").arg(name),
+        setProgress(u"Ollama is running, but the %1 model is not downloaded yet."_s.arg(name),
                     m_info.progressFraction);
     }
 }
@@ -78,11 +78,11 @@ void LocalModelFlow::installLocalModelIfNeeded()
 
 TaskHandle<void> LocalModelFlow::startInstallThenRespond()
 {
-    m_workspace.status.setStatusText(QStringLiteral("Setting up local model…"));
+    m_workspace.status.setStatusText(u"Setting up local model…"_s);
     m_workspace.status.announce(
-        QStringLiteral("Setting up the local model first. This is a one-time download of a few gigabytes and "
-                       "will be ready automatically."));
-    log(QStringLiteral("Setting up the local model before sending."), ActivityStep::Kind::info);
+        u"Setting up the local model first. This is a one-time download of a few gigabytes and "
+        "will be ready automatically."_s);
+    log(u"Setting up the local model before sending."_s, ActivityStep::Kind::info);
     m_installTask = m_services.scheduler.spawn(installLocalModel());
     return *m_installTask;
 }
@@ -109,8 +109,7 @@ Task<void> LocalModelFlow::installLocalModel()
     Q_EMIT installationEnded();
     m_info.installing = false;
     setProgress(m_info.progress, std::nullopt);
-    m_workspace.status.setStatusText(m_info.running ? QStringLiteral("Ready")
-                                                    : QStringLiteral("Local model not ready"));
+    m_workspace.status.setStatusText(m_info.running ? u"Ready"_s : u"Local model not ready"_s);
 }
 
 Task<void> LocalModelFlow::installSteps()
@@ -119,22 +118,20 @@ Task<void> LocalModelFlow::installSteps()
     const auto onProgress = [this](const QString &label, std::optional<double> fraction) {
         setProgress(label, fraction);
     };
-    const QString opening =
-        QStringLiteral("Setting up the local model. This is a one-time download of a few gigabytes.");
+    const QString opening = u"Setting up the local model. This is a one-time download of a few gigabytes."_s;
     m_info.installing = true;
-    setProgress(QStringLiteral("Starting…"), std::nullopt);
+    setProgress(u"Starting…"_s, std::nullopt);
     log(opening, ActivityStep::Kind::info);
     m_workspace.status.announce(opening);
     co_await m_services.localModel.ensureRunning(onProgress);
-    setProgress(QStringLiteral("Downloading the qwen2.5 model (about 5 GB)…"), std::nullopt);
+    setProgress(u"Downloading the qwen2.5 model (about 5 GB)…"_s, std::nullopt);
     co_await m_services.localModel.pull(model, onProgress);
     m_info.running = true;
     m_info.error.clear();
-    setProgress(QStringLiteral("The qwen2.5 model is ready."), m_info.progressFraction);
+    setProgress(u"The qwen2.5 model is ready."_s, m_info.progressFraction);
     m_installedModels = co_await m_services.localModel.installedModels();
-    log(QStringLiteral("The local model is ready. No limits, everything stays on this Mac."),
-        ActivityStep::Kind::success);
-    m_workspace.status.announce(QStringLiteral("The local model is ready. You can start chatting."));
+    log(u"The local model is ready. No limits, everything stays on this Mac."_s, ActivityStep::Kind::success);
+    m_workspace.status.announce(u"The local model is ready. You can start chatting."_s);
     m_services.scheduler.spawn(warmUpLocalModel());
 }
 
@@ -144,15 +141,15 @@ void LocalModelFlow::reportFailure(const std::exception_ptr &failure)
         std::rethrow_exception(failure);
     } catch (const Cancelled &) {
         m_info.error.clear();
-        log(QStringLiteral("Local model setup was cancelled."), ActivityStep::Kind::info);
+        log(u"Local model setup was cancelled."_s, ActivityStep::Kind::info);
         return;
     } catch (const InstallError &error) {
         m_info.error = error.message();
     } catch (...) {
         m_info.error = friendlyError(failure);
     }
-    log(QStringLiteral("Local model setup failed: ") + m_info.error, ActivityStep::Kind::error);
-    const QString line = QStringLiteral("Local model setup failed. ") + m_info.error;
+    log(u"Local model setup failed: "_s + m_info.error, ActivityStep::Kind::error);
+    const QString line = u"Local model setup failed. "_s + m_info.error;
     setProgress(line, m_info.progressFraction);
     m_workspace.status.announce(line);
 }
@@ -166,12 +163,11 @@ Task<void> LocalModelFlow::warmUpLocalModel()
     config.provider = ProviderID::ollama;
     config.model = trimmed(settings.model());
     config.systemPrompt =
-        settings.systemPrompt() + QStringLiteral("\n\nYou are running on: ") + m_services.machineSummary();
+        settings.systemPrompt() + u"\n\nYou are running on: "_s + m_services.machineSummary();
     config.temperature = settings.temperature();
     config.tools = BuiltinTools::all(settings.useTools() ? UseTools::yes : UseTools::no);
     try {
-        co_await m_turns.runTurn({{APIMessage::User{QStringLiteral("Say OK."), {}}}}, config,
-                                 [](const QString &) {});
+        co_await m_turns.runTurn({{APIMessage::User{u"Say OK."_s, {}}}}, config, [](const QString &) {});
     } catch (...) {
         // Only speeds up the first answer; that answer tells what is wrong.
     }

@@ -10,6 +10,8 @@
 #include <QBuffer>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -62,7 +64,7 @@ void PendingAttachments::begin(Task<ChatAttachment> work, const QString &filenam
 {
     ++m_processingCount;
     Q_EMIT processingCountChanged();
-    m_model.status().announce(QStringLiteral("Attaching ") + filename + QStringLiteral("…"));
+    m_model.status().announce(u"Attaching "_s + filename + u"…"_s);
     m_tasks.removeIf([](const TaskHandle<void> &task) { return task.done(); });
     m_tasks.append(m_model.scheduler().spawn(attach(this, std::move(work), filename)));
 }
@@ -80,7 +82,7 @@ Task<void> PendingAttachments::attach(QPointer<PendingAttachments> self, Task<Ch
         failure = error.message();
     } catch (const std::exception &) {
         // The system has no thread, no descriptor or no memory left.
-        failure = QStringLiteral("Could not read \"") + filename + QStringLiteral("\".");
+        failure = u"Could not read \""_s + filename + u"\"."_s;
     }
     if (self)
         self->finish(attachment, failure);
@@ -94,8 +96,7 @@ void PendingAttachments::finish(const std::optional<ChatAttachment> &attachment,
         Q_EMIT attachmentsChanged();
     }
     Q_EMIT processingCountChanged();
-    m_model.status().announce(
-        attachment ? QStringLiteral("Attached ") + attachment->filename + QLatin1Char('.') : failure);
+    m_model.status().announce(attachment ? u"Attached "_s + attachment->filename + u'.' : failure);
 }
 
 void PendingAttachments::removeAttachment(QUuid id)
@@ -107,7 +108,7 @@ void PendingAttachments::removeAttachment(QUuid id)
     const QString filename = found->filename;
     m_attachments.erase(found);
     Q_EMIT attachmentsChanged();
-    m_model.status().announce(QStringLiteral("Removed attachment ") + filename);
+    m_model.status().announce(u"Removed attachment "_s + filename);
 }
 
 void PendingAttachments::clear()

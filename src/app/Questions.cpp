@@ -5,6 +5,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 Questions::Questions(Announcer &announcer, QObject *parent) : QObject(parent), m_announcer(announcer) {}
@@ -15,7 +17,7 @@ Task<QString> Questions::askUserQuestion(QString question, QStringList options)
     const OneShot<QString> answer;
     m_questionContinuation = answer;
     Q_EMIT pendingQuestionChanged();
-    m_announcer.announce(QStringLiteral("Morvane asks: ") + question);
+    m_announcer.announce(u"Morvane asks: "_s + question);
     co_return co_await answer.wait();
 }
 

@@ -13,16 +13,17 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 std::optional<QString> baseURLOfPreset(const QString &name)
 {
-    for (const CustomPreset &preset : customPresets()) {
+    for (const CustomPreset &preset : customPresets())
         if (preset.name == name)
             return preset.baseURL;
-    }
     return std::nullopt;
 }
 
@@ -38,10 +39,9 @@ SettingsModel::SettingsModel(const AppServices &services, LocalModelFlow &localM
 
 SettingsModel::~SettingsModel()
 {
-    for (auto *task : {&m_loading, &m_pause}) {
+    for (auto *task : {&m_loading, &m_pause})
         if (*task)
             (*task)->cancel();
-    }
 }
 
 SettingsModel::Server SettingsModel::currentServer() const
@@ -66,14 +66,14 @@ QString SettingsModel::listStatus() const
     const SettingsStore &settings = m_services.settings;
     const bool custom = settings.providerID() == ProviderID::custom;
     if (m_loadingModels)
-        return QStringLiteral("Loading the full model list…");
+        return u"Loading the full model list…"_s;
     if (custom && settings.customBaseURL().isEmpty())
-        return QStringLiteral("Choose a preset or enter a base URL below to load its models.");
+        return u"Choose a preset or enter a base URL below to load its models."_s;
     if (m_fetchedModels)
-        return QStringLiteral("%1 models from %2, free ones first.")
-            .arg(QString::number(m_fetchedModels->size()),
-                 custom ? QStringLiteral("your server") : displayName(settings.providerID()));
-    return QStringLiteral("Showing popular picks — the full list could not be loaded right now.");
+        return u"%1 models from %2, free ones first."_s.arg(QString::number(m_fetchedModels->size()),
+                                                            custom ? u"your server"_s
+                                                                   : displayName(settings.providerID()));
+    return u"Showing popular picks — the full list could not be loaded right now."_s;
 }
 
 bool SettingsModel::hasBaseURLWarning() const

@@ -13,6 +13,8 @@
 #include <memory>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -22,9 +24,9 @@ QString textOfFailure(const std::exception_ptr &failure)
     try {
         std::rethrow_exception(failure);
     } catch (const Cancelled &) {
-        return QStringLiteral("The subagent was cancelled before it could finish.");
+        return u"The subagent was cancelled before it could finish."_s;
     } catch (...) {
-        return QStringLiteral("The subagent encountered an error: ") + friendlyError(failure);
+        return u"The subagent encountered an error: "_s + friendlyError(failure);
     }
 }
 
@@ -46,13 +48,11 @@ Task<QString> SubagentRunner::runSubagent(AIToolCall call, AIConfiguration confi
 {
     const QString description = stringArgument(call.arguments.get(), "description");
     const SubagentRole role = subagentRole(stringArgument(call.arguments.get(), "subagent"));
-    if (description.isEmpty()) {
-        co_return QStringLiteral("Error: the task tool needs a description of what the subagent should do.");
-    }
+    if (description.isEmpty())
+        co_return u"Error: the task tool needs a description of what the subagent should do."_s;
     const QString name = displayName(role);
-    setLabel(name + QStringLiteral(" is working…"));
-    m_workspace.status.announceProgress(QStringLiteral("A ") + name.toLower() +
-                                        QStringLiteral(" subagent is working on this."));
+    setLabel(name + u" is working…"_s);
+    m_workspace.status.announceProgress(u"A "_s + name.toLower() + u" subagent is working on this."_s);
     config.systemPrompt = systemPrompt(role);
     config.maxTokens.reset();
     config.tools = BuiltinTools::all(m_services.settings.useTools() ? UseTools::yes : UseTools::no) +
@@ -68,8 +68,7 @@ Task<QString> SubagentRunner::runSubagent(AIToolCall call, AIConfiguration confi
         setLabel({});
         co_return textOfFailure(failure);
     }
-    m_workspace.status.announceProgress(QStringLiteral("The ") + name.toLower() +
-                                        QStringLiteral(" subagent finished."));
+    m_workspace.status.announceProgress(u"The "_s + name.toLower() + u" subagent finished."_s);
     setLabel({});
     co_return result;
 }
@@ -97,20 +96,19 @@ Task<QString> SubagentRunner::runSubagentLoop(QList<APIMessage> context, AIConfi
             context.append({APIMessage::FunctionResponse{id, call.name, result}});
         }
     }
-    m_workspace.activity.log(QStringLiteral("The subagent used all its steps without a final answer."),
+    m_workspace.activity.log(u"The subagent used all its steps without a final answer."_s,
                              ActivityStep::Kind::error);
-    co_return QStringLiteral(
-        "The subagent used all its steps and did not return a final answer. Its last tool "
-        "outputs were recorded above.");
+    co_return u"The subagent used all its steps and did not return a final answer. Its last tool "
+              "outputs were recorded above."_s;
 }
 
 Task<QString> SubagentRunner::runToolCall(AIToolCall call)
 {
-    if (call.name == QLatin1String("task")) {
-        co_return QStringLiteral("Subagents cannot launch other subagents. Continue and finish the work "
-                                 "yourself using your other tools.");
+    if (call.name == "task"_L1) {
+        co_return u"Subagents cannot launch other subagents. Continue and finish the work "
+                  "yourself using your other tools."_s;
     }
-    if (call.name == QLatin1String("ask_user"))
+    if (call.name == "ask_user"_L1)
         co_return co_await m_tools.askUser(call, ToolCallRunner::Caller::subagent);
     const ToolCallRunner::Result result = co_await m_tools.run(call, ToolCallRunner::Caller::subagent);
     co_return result.text;

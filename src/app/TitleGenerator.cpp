@@ -2,6 +2,8 @@
 
 #include "base/Text.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -12,7 +14,7 @@ constexpr qsizetype titleLength = 60;
 QString cleanedTitle(const QString &reply)
 {
     QString title = trimmed(reply);
-    title.remove(QLatin1Char('"'));
+    title.remove(u'"');
     return firstCharacters(singleLine(title), titleLength);
 }
 
@@ -20,15 +22,14 @@ QString cleanedTitle(const QString &reply)
 
 Task<QString> TitleGenerator::generate(QString firstMessage, QString reply, AIConfiguration config)
 {
-    config.systemPrompt = QStringLiteral("Generate a very short title (3 to 6 words) that summarizes the "
-                                         "conversation. Reply with only the title "
-                                         "text. No quotes, no ending period.");
+    config.systemPrompt = u"Generate a very short title (3 to 6 words) that summarizes the "
+                          "conversation. Reply with only the title "
+                          "text. No quotes, no ending period."_s;
     config.temperature = 0.3;
     config.maxTokens = 60;
     config.tools.clear();
-    const QString request = QStringLiteral("First message: ") + firstCharacters(firstMessage, quotedLength) +
-                            QStringLiteral("\nReply: ") + firstCharacters(reply, quotedLength) +
-                            QStringLiteral("\nTitle:");
+    const QString request = u"First message: "_s + firstCharacters(firstMessage, quotedLength) +
+                            u"\nReply: "_s + firstCharacters(reply, quotedLength) + u"\nTitle:"_s;
     QString title;
     try {
         const AITurnResult turn =
@@ -38,7 +39,7 @@ Task<QString> TitleGenerator::generate(QString firstMessage, QString reply, AICo
         // The provisional title stays; a missing title is nothing to trouble the user with.
     }
     // Keeps a provider's error text from becoming a title.
-    if (title.toLower().contains(QLatin1String("error")))
+    if (title.toLower().contains("error"_L1))
         co_return QString();
     co_return title;
 }

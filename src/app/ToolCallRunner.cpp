@@ -6,17 +6,18 @@
 #include "base/Text.h"
 #include "tools/ToolArguments.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const QString deniedResult = QStringLiteral(
-    "The user denied permission for this action. Do not attempt it again unless the user asks.");
+const QString deniedResult =
+    u"The user denied permission for this action. Do not attempt it again unless the user asks."_s;
 
 bool changesTheComputer(const QString &name)
 {
-    return name == QLatin1String("run_shell_command") || name == QLatin1String("write_file") ||
-           name == QLatin1String("edit_file");
+    return name == "run_shell_command"_L1 || name == "write_file"_L1 || name == "edit_file"_L1;
 }
 
 } // namespace
@@ -34,15 +35,13 @@ Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
         if (!permit)
             co_return Result{deniedResult, false};
     } else if (changesTheComputer(call.name)) {
-        m_workspace.activity.log(QStringLiteral("Automatically allowed: ") + describe(call),
-                                 ActivityStep::Kind::info);
+        m_workspace.activity.log(u"Automatically allowed: "_s + describe(call), ActivityStep::Kind::info);
     }
     narrateStart(call, caller);
     const QString result = isToolServerCall(call)
                                ? co_await m_services.toolServers.execute(*std::move(permit))
                                : co_await m_services.executeTool(*std::move(permit));
-    m_workspace.activity.logResult(call, result,
-                                   caller == Caller::subagent ? QStringLiteral("Subagent") : QString());
+    m_workspace.activity.logResult(call, result, caller == Caller::subagent ? u"Subagent"_s : QString());
     co_return Result{result, true};
 }
 
@@ -50,16 +49,15 @@ void ToolCallRunner::narrateStart(const AIToolCall &call, Caller caller)
 {
     const QString phrase = describe(call);
     if (caller == Caller::subagent) {
-        const QString line = QStringLiteral("Subagent: ") + phrase;
+        const QString line = u"Subagent: "_s + phrase;
         m_workspace.status.setStatusText(line);
         m_workspace.activity.log(line, ActivityStep::Kind::tool);
         return;
     }
-    m_workspace.status.setStatusText(isToolServerCall(call)
-                                         ? QStringLiteral("Running ") + call.name + QStringLiteral("…")
-                                         : QStringLiteral("Running: ") + phrase);
-    m_workspace.status.announceProgress(QStringLiteral("Assistant is running: ") + phrase + QLatin1Char('.'));
-    m_workspace.activity.log(QStringLiteral("Running: ") + phrase, ActivityStep::Kind::tool);
+    m_workspace.status.setStatusText(isToolServerCall(call) ? u"Running "_s + call.name + u"…"_s
+                                                            : u"Running: "_s + phrase);
+    m_workspace.status.announceProgress(u"Assistant is running: "_s + phrase + u'.');
+    m_workspace.activity.log(u"Running: "_s + phrase, ActivityStep::Kind::tool);
 }
 
 Task<std::optional<ToolPermit>> ToolCallRunner::approve(AIToolCall call, Caller caller)
@@ -67,21 +65,19 @@ Task<std::optional<ToolPermit>> ToolCallRunner::approve(AIToolCall call, Caller 
     const bool subagent = caller == Caller::subagent;
     const QString phrase = describe(call);
     Status &status = m_workspace.status;
-    status.setStatusText(QStringLiteral("Waiting for your approval…"));
-    status.announce(
-        (subagent ? QStringLiteral("A subagent wants to ") : QStringLiteral("Morvane wants to ")) + phrase +
-        QStringLiteral(". Do you allow it?"));
-    m_workspace.activity.log((subagent ? QStringLiteral("Subagent is waiting for approval to ")
-                                       : QStringLiteral("Waiting for approval to ")) +
-                                 phrase,
-                             ActivityStep::Kind::info);
+    status.setStatusText(u"Waiting for your approval…"_s);
+    status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + phrase +
+                    u". Do you allow it?"_s);
+    m_workspace.activity.log(
+        (subagent ? u"Subagent is waiting for approval to "_s : u"Waiting for approval to "_s) + phrase,
+        ActivityStep::Kind::info);
     std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(call);
     if (permit) {
-        status.announceProgress(QStringLiteral("Approved. Running the action."));
+        status.announceProgress(u"Approved. Running the action."_s);
     } else {
-        status.announceProgress(subagent ? QStringLiteral("Action denied. The subagent will continue.")
-                                         : QStringLiteral("Action denied. The assistant will continue."));
-        m_workspace.activity.log(QStringLiteral("Denied: ") + phrase, ActivityStep::Kind::error);
+        status.announceProgress(subagent ? u"Action denied. The subagent will continue."_s
+                                         : u"Action denied. The assistant will continue."_s);
+        m_workspace.activity.log(u"Denied: "_s + phrase, ActivityStep::Kind::error);
     }
     co_return permit;
 }
@@ -90,16 +86,14 @@ Task<QString> ToolCallRunner::askUser(AIToolCall call, Caller caller)
 {
     const bool subagent = caller == Caller::subagent;
     const QString question = stringArgument(call.arguments.get(), "question");
-    m_workspace.status.setStatusText(subagent ? QStringLiteral("Subagent is waiting for your answer…")
-                                              : QStringLiteral("Waiting for your answer…"));
-    m_workspace.activity.log(
-        (subagent ? QStringLiteral("Subagent asks you: ") : QStringLiteral("Asks you: ")) +
-            flattened(question, logTextLimit),
-        ActivityStep::Kind::info);
+    m_workspace.status.setStatusText(subagent ? u"Subagent is waiting for your answer…"_s
+                                              : u"Waiting for your answer…"_s);
+    m_workspace.activity.log((subagent ? u"Subagent asks you: "_s : u"Asks you: "_s) +
+                                 flattened(question, logTextLimit),
+                             ActivityStep::Kind::info);
     const QString answer = co_await m_workspace.questions.askUserQuestion(
         question, stringListArgument(call.arguments.get(), "options"));
-    m_workspace.activity.log(QStringLiteral("You answered: ") + flattened(answer, logTextLimit),
-                             ActivityStep::Kind::info);
+    m_workspace.activity.log(u"You answered: "_s + flattened(answer, logTextLimit), ActivityStep::Kind::info);
     co_return answer;
 }
 

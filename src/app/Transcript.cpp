@@ -20,10 +20,9 @@ void Transcript::append(ChatMessage message)
 
 std::optional<qsizetype> Transcript::newestAssistant() const
 {
-    for (qsizetype row = m_messages.size() - 1; row >= 0; --row) {
+    for (qsizetype row = m_messages.size() - 1; row >= 0; --row)
         if (m_messages.at(row).role == Role::assistant)
             return row;
-    }
     return std::nullopt;
 }
 

@@ -9,6 +9,8 @@
 #include <chrono>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -40,9 +42,8 @@ Task<AITurnResult> watchdog(std::shared_ptr<const ActivityClock> activity, Stall
         co_await sleepFor(1s);
         const Clock::TimePoint now = clock.now();
         if (now - start > limits.grace && now - activity->lastPing > limits.idle) {
-            throw AIServiceError(
-                AIServiceError::Api{QStringLiteral("The model stopped responding. Try again, choose a "
-                                                   "smaller model, or use a faster provider.")});
+            throw AIServiceError(AIServiceError::Api{u"The model stopped responding. Try again, choose a "
+                                                     "smaller model, or use a faster provider."_s});
         }
     }
 }

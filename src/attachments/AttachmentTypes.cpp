@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -29,11 +31,11 @@ std::optional<AttachmentKind> kindOfContentType(const QMimeType &type)
 {
     const auto is = [&type](const char *name) { return type.inherits(QString::fromLatin1(name)); };
     const bool isPdf = is("application/pdf");
-    if (type.name().startsWith(QLatin1String("image/")) && !isPdf)
+    if (type.name().startsWith("image/"_L1) && !isPdf)
         return AttachmentKind::image;
     if (isPdf)
         return AttachmentKind::pdf;
-    if (type.name().startsWith(QLatin1String("text/")) || is("text/plain") || is("application/json") ||
+    if (type.name().startsWith("text/"_L1) || is("text/plain") || is("application/json") ||
         is("application/xml"))
         return AttachmentKind::text;
     return std::nullopt;
@@ -41,10 +43,9 @@ std::optional<AttachmentKind> kindOfContentType(const QMimeType &type)
 
 std::optional<AttachmentKind> kindOfExtension(const QString &extension)
 {
-    for (const AttachmentKind kind : {AttachmentKind::image, AttachmentKind::pdf, AttachmentKind::text}) {
+    for (const AttachmentKind kind : {AttachmentKind::image, AttachmentKind::pdf, AttachmentKind::text})
         if (extensionsOf(kind).contains(extension))
             return kind;
-    }
     return std::nullopt;
 }
 

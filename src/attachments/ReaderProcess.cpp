@@ -102,10 +102,9 @@ private:
     {
         const FileDescriptor &notice = m_child.endNotice();
         const int timeout = notice.isOpen() ? -1 : lookMilliseconds;
-        while (!m_child.takeStatus()) {
+        while (!m_child.takeStatus())
             if (!waitFor(notice.get(), timeout))
                 return false;
-        }
         return true;
     }
 

@@ -125,7 +125,7 @@ void removeAbandonedTemporaryFiles(const QString &folder)
         return;
     const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
     while (const dirent *const entry = ::readdir(directory.get())) {
-        struct stat status {};
+        struct stat status{};
         const std::string_view name = entry->d_name;
         if (name.starts_with(temporaryPrefix) &&
             ::fstatat(::dirfd(directory.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
@@ -137,7 +137,7 @@ void removeAbandonedTemporaryFiles(const QString &folder)
 std::expected<void, QString> ensurePrivateFolder(const QString &path)
 {
     const std::string folder = QFile::encodeName(path).toStdString();
-    struct stat status {};
+    struct stat status{};
     if (::stat(folder.c_str(), &status) != 0) {
         for (std::size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
             ::mkdir(folder.substr(0, end).c_str(), S_IRWXU);

@@ -2,6 +2,8 @@
 
 #include <QDir>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -18,12 +20,12 @@ QString baseFolder(const char *variable, const QString &defaultBelowHome)
 
 QString dataFolder()
 {
-    return baseFolder("XDG_DATA_HOME", QStringLiteral(".local/share")) + QStringLiteral("/Morvane");
+    return baseFolder("XDG_DATA_HOME", u".local/share"_s) + u"/Morvane"_s;
 }
 
 QString settingsFile()
 {
-    return baseFolder("XDG_CONFIG_HOME", QStringLiteral(".config")) + QStringLiteral("/Morvane/Morvane.conf");
+    return baseFolder("XDG_CONFIG_HOME", u".config"_s) + u"/Morvane/Morvane.conf"_s;
 }
 
 } // namespace morvane

@@ -13,6 +13,8 @@
 #include <thread>
 #include <tuple>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -56,7 +58,7 @@ DefaultsFile::Content DefaultsFile::read()
     content.identity = FileIdentity::ofDescriptor(file.get());
     if (!content.identity || content.identity->size == 0)
         return content;
-    const QSettings settings(QStringLiteral("/proc/self/fd/%1").arg(file.get()), QSettings::IniFormat);
+    const QSettings settings(u"/proc/self/fd/%1"_s.arg(file.get()), QSettings::IniFormat);
     const QStringList keys = settings.allKeys();
     for (const QString &key : keys)
         content.values.insert(key, settings.value(key));
@@ -99,7 +101,7 @@ std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
 
 void DefaultsFile::setAside() const
 {
-    const QString aside = m_path + QStringLiteral(".damaged");
+    const QString aside = m_path + u".damaged"_s;
     QFile::remove(aside);
     QFile::rename(m_path, aside);
 }

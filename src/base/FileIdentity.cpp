@@ -28,13 +28,13 @@ std::optional<FileIdentity> identity(const struct stat &status)
 
 std::optional<FileIdentity> FileIdentity::ofPath(const QString &path)
 {
-    struct stat status {};
+    struct stat status{};
     return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? identity(status) : std::nullopt;
 }
 
 std::optional<FileIdentity> FileIdentity::ofDescriptor(int descriptor)
 {
-    struct stat status {};
+    struct stat status{};
     return ::fstat(descriptor, &status) == 0 ? identity(status) : std::nullopt;
 }
 

@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -28,8 +30,7 @@ QByteArray escapedKey(QStringView key)
         else if (isAsciiLetterOrDigit(unit) || unit == u'_' || unit == u'-' || unit == u'.')
             escaped += static_cast<char>(unit);
         else
-            escaped += QStringLiteral("%%1%2")
-                           .arg(unit > 0xff ? QStringLiteral("U") : QString())
+            escaped += u"%%1%2"_s.arg(unit > 0xff ? u"U"_s : QString())
                            .arg(unit, unit > 0xff ? 4 : 2, 16, QChar(u'0'))
                            .toUpper()
                            .toLatin1();
@@ -76,7 +77,7 @@ QByteArray escapedText(const QString &text)
             escaped += QLatin1Char(*escape);
             afterHexEscape = false;
         } else if (unit < 0x20 || unit == 0x7f || (afterHexEscape && isHexDigit(unit))) {
-            escaped += QStringLiteral("\\x") + QString::number(unit, 16);
+            escaped += u"\\x"_s + QString::number(unit, 16);
             afterHexEscape = true;
         } else {
             escaped += character;
@@ -105,7 +106,7 @@ std::optional<QByteArray> escapedValue(const QVariant &value)
         return elements.isEmpty() ? QByteArray("@Invalid()") : elements.join(", ");
     }
     case QMetaType::QByteArray:
-        return escapedText(QStringLiteral("@ByteArray(") + QString::fromLatin1(value.toByteArray()) + u')');
+        return escapedText(u"@ByteArray("_s + QString::fromLatin1(value.toByteArray()) + u')');
     case QMetaType::QString:
     case QMetaType::Bool:
     case QMetaType::Int:
@@ -134,7 +135,7 @@ QByteArray iniText(const QVariantMap &values)
     for (auto section = sections.cbegin(); section != sections.cend(); ++section) {
         // "General" heads the keys without a group; a group of that name is marked.
         const QByteArray name = section.key().isEmpty() ? QByteArray("General")
-                                : section.key().compare(QStringLiteral("general"), Qt::CaseInsensitive) == 0
+                                : section.key().compare(u"general"_s, Qt::CaseInsensitive) == 0
                                     ? "%" + escapedKey(section.key())
                                     : escapedKey(section.key());
         text += (text.isEmpty() ? "[" : "\n[") + name + "]\n" + *section;

@@ -4,6 +4,8 @@
 
 #include <boost/json/basic_parser_impl.hpp>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -104,7 +106,7 @@ private:
 
 QString failure(const json::error_code &error, std::size_t offset)
 {
-    return QStringLiteral("%1 at byte %2").arg(QString::fromStdString(error.message())).arg(offset);
+    return u"%1 at byte %2"_s.arg(QString::fromStdString(error.message())).arg(offset);
 }
 
 template <class Serializable> QByteArray serialized(const Serializable &json)
@@ -154,7 +156,7 @@ std::expected<json::object, QString> parseJsonObject(QByteArrayView text)
     if (!value)
         return std::unexpected(value.error());
     if (!value->is_object())
-        return std::unexpected(QStringLiteral("not an object"));
+        return std::unexpected(u"not an object"_s);
     return std::move(value->get_object());
 }
 

@@ -4,6 +4,8 @@
 #include <limits>
 #include <unicode/regex.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -21,35 +23,35 @@ QString reason(UErrorCode status)
 {
     switch (status) {
     case U_REGEX_RULE_SYNTAX:
-        return QStringLiteral("syntax error");
+        return u"syntax error"_s;
     case U_REGEX_BAD_ESCAPE_SEQUENCE:
-        return QStringLiteral("unknown escape sequence");
+        return u"unknown escape sequence"_s;
     case U_REGEX_PROPERTY_SYNTAX:
-        return QStringLiteral("unknown character property");
+        return u"unknown character property"_s;
     case U_REGEX_MISMATCHED_PAREN:
-        return QStringLiteral("unbalanced parenthesis");
+        return u"unbalanced parenthesis"_s;
     case U_REGEX_MISSING_CLOSE_BRACKET:
-        return QStringLiteral("missing closing bracket");
+        return u"missing closing bracket"_s;
     case U_REGEX_NUMBER_TOO_BIG:
-        return QStringLiteral("number too large");
+        return u"number too large"_s;
     case U_REGEX_BAD_INTERVAL:
-        return QStringLiteral("malformed repetition");
+        return u"malformed repetition"_s;
     case U_REGEX_MAX_LT_MIN:
-        return QStringLiteral("repetition with a maximum below its minimum");
+        return u"repetition with a maximum below its minimum"_s;
     case U_REGEX_INVALID_BACK_REF:
-        return QStringLiteral("reference to a group that does not exist");
+        return u"reference to a group that does not exist"_s;
     case U_REGEX_INVALID_FLAG:
-        return QStringLiteral("unknown flag");
+        return u"unknown flag"_s;
     case U_REGEX_LOOK_BEHIND_LIMIT:
-        return QStringLiteral("look-behind without a bounded length");
+        return u"look-behind without a bounded length"_s;
     case U_REGEX_INVALID_RANGE:
-        return QStringLiteral("character range in the wrong order");
+        return u"character range in the wrong order"_s;
     case U_REGEX_INVALID_CAPTURE_GROUP_NAME:
-        return QStringLiteral("malformed group name");
+        return u"malformed group name"_s;
     case U_REGEX_INTERNAL_ERROR: // What ICU answers to more than some 100 open brackets.
-        return QStringLiteral("too deeply nested");
+        return u"too deeply nested"_s;
     case U_REGEX_PATTERN_TOO_BIG:
-        return QStringLiteral("pattern too large");
+        return u"pattern too large"_s;
     default:
         return QString::fromLatin1(u_errorName(status));
     }
@@ -131,7 +133,7 @@ QStringView RegexMatch::captured(QStringView text, qsizetype group) const
 std::expected<Regex, QString> Regex::compile(QStringView pattern, Options options)
 {
     if (pattern.size() > maximumPatternLength)
-        return std::unexpected(reason(U_REGEX_PATTERN_TOO_BIG) + QStringLiteral(" at character 0"));
+        return std::unexpected(reason(U_REGEX_PATTERN_TOO_BIG) + u" at character 0"_s);
     uint32_t flags = 0;
     if (options.testFlag(Option::dotMatchesLineEnds))
         flags |= UREGEX_DOTALL;
@@ -145,8 +147,7 @@ std::expected<Regex, QString> Regex::compile(QStringView pattern, Options option
     std::shared_ptr<const icu::RegexPattern> compiled(
         icu::RegexPattern::compile(icuText(pattern), flags, where, status));
     if (U_FAILURE(status))
-        return std::unexpected(
-            QStringLiteral("%1 at character %2").arg(reason(status)).arg(std::max(where.offset, 0)));
+        return std::unexpected(u"%1 at character %2"_s.arg(reason(status)).arg(std::max(where.offset, 0)));
     return Regex(std::move(compiled));
 }
 

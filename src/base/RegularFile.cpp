@@ -25,7 +25,7 @@ QString systemReason(int error)
 
 std::expected<RegularFile, QString> RegularFile::open(const char *path, Links links)
 {
-    struct stat status {};
+    struct stat status{};
     // Opening alone makes some devices act, so a path is looked at first.
     if (links == Links::follow) {
         if (::stat(path, &status) != 0)

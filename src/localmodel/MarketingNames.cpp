@@ -81,10 +81,9 @@ constexpr Row rows[] = {
 
 QString marketingName(const QString &identifier)
 {
-    for (const Row &row : rows) {
+    for (const Row &row : rows)
         if (identifier == QLatin1StringView(row.identifier))
             return QString::fromLatin1(row.name);
-    }
     return identifier;
 }
 

@@ -10,6 +10,8 @@
 #include <chrono>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -29,9 +31,9 @@ OllamaRuntime::OllamaRuntime(HttpClient &http, QString serverBase, QString dataF
 
 QStringList OllamaRuntime::binaryCandidates() const
 {
-    return {QStringLiteral("/Applications/Ollama.app/Contents/Resources/ollama"),
-            m_dataFolder + QStringLiteral("/ollama"), QStringLiteral("/opt/homebrew/bin/ollama"),
-            QStringLiteral("/usr/local/bin/ollama"), QDir::homePath() + QStringLiteral("/.local/bin/ollama")};
+    return {u"/Applications/Ollama.app/Contents/Resources/ollama"_s, m_dataFolder + u"/ollama"_s,
+            u"/opt/homebrew/bin/ollama"_s, u"/usr/local/bin/ollama"_s,
+            QDir::homePath() + u"/.local/bin/ollama"_s};
 }
 
 bool OllamaRuntime::isBinaryInstalled() const
@@ -61,14 +63,14 @@ Task<std::optional<QByteArray>> OllamaRuntime::get(QString path)
 
 Task<bool> OllamaRuntime::isServerRunning()
 {
-    const auto version = co_await get(QStringLiteral("/api/version"));
+    const auto version = co_await get(u"/api/version"_s);
     co_return version.has_value();
 }
 
 Task<QStringList> OllamaRuntime::installedModels()
 {
     QStringList names;
-    const auto body = co_await get(QStringLiteral("/api/tags"));
+    const auto body = co_await get(u"/api/tags"_s);
     const auto reply = parseJsonObject(body.value_or(QByteArray()));
     const boost::json::array *models = reply ? arrayMember(*reply, "models") : nullptr;
     if (!models)
@@ -77,7 +79,7 @@ Task<QStringList> OllamaRuntime::installedModels()
         if (!model.is_object())
             continue;
         if (auto name = stringMember(model.as_object(), "name"))
-            names.append(name->remove(QStringLiteral(":latest")));
+            names.append(name->remove(u":latest"_s));
     }
     co_return names;
 }
@@ -86,21 +88,18 @@ Task<void> OllamaRuntime::ensureRunning(ProgressCallback onProgress)
 {
     const bool running = co_await isServerRunning();
     if (!running) {
-        throw InstallError(
-            QStringLiteral("Ollama is not running on this computer. Install and start Ollama, or "
-                           "choose another provider in Settings, then try again."));
+        throw InstallError(u"Ollama is not running on this computer. Install and start Ollama, or "
+                           "choose another provider in Settings, then try again."_s);
     }
-    onProgress(QStringLiteral("Ollama is already running."), std::nullopt);
+    onProgress(u"Ollama is already running."_s, std::nullopt);
 }
 
 Task<void> OllamaRuntime::pull(QString model, ProgressCallback)
 {
     const QStringList models = co_await installedModels();
     if (!models.contains(model)) {
-        throw InstallError(
-            QStringLiteral("The %1 model is not installed in Ollama. Download it with the command "
-                           "“ollama pull %1”, then try again.")
-                .arg(model));
+        throw InstallError(u"The %1 model is not installed in Ollama. Download it with the command "
+                           "“ollama pull %1”, then try again."_s.arg(model));
     }
 }
 

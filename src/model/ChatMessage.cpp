@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -12,7 +14,7 @@ QString fileNames(const QList<ChatAttachment> &attachments)
     names.reserve(attachments.size());
     for (const ChatAttachment &attachment : attachments)
         names.append(attachment.filename);
-    return names.join(QStringLiteral(", "));
+    return names.join(u", "_s);
 }
 
 } // namespace
@@ -20,34 +22,33 @@ QString fileNames(const QList<ChatAttachment> &attachments)
 QString ChatMessage::displayText() const
 {
     if (isStreaming && text.isEmpty())
-        return QStringLiteral("Thinking…");
+        return u"Thinking…"_s;
     if (!text.isEmpty())
         return text;
     if (!attachments.isEmpty())
         return fileNames(attachments);
     if (role == Role::assistant)
-        return QStringLiteral("(Morvane did not return a response.)");
+        return u"(Morvane did not return a response.)"_s;
     return QString();
 }
 
 QString ChatMessage::accessibilityLabel() const
 {
     if (isStreaming)
-        return QStringLiteral("Morvane is responding");
+        return u"Morvane is responding"_s;
 
-    QString label = role == Role::assistant ? QStringLiteral("Morvane said ") : QStringLiteral("You said ");
+    QString label = role == Role::assistant ? u"Morvane said "_s : u"You said "_s;
     if (errorMessage) {
         if (!text.isEmpty())
             label += text + u'.';
-        label += QStringLiteral(" Error: ") + *errorMessage;
+        label += u" Error: "_s + *errorMessage;
     } else {
-        label += text.isEmpty() ? QStringLiteral("No text") : text;
+        label += text.isEmpty() ? u"No text"_s : text;
     }
     if (!attachments.isEmpty()) {
-        const QString noun =
-            attachments.size() == 1 ? QStringLiteral("attachment") : QStringLiteral("attachments");
-        label += QStringLiteral(". ") + QString::number(attachments.size()) + u' ' + noun +
-                 QStringLiteral(": ") + fileNames(attachments);
+        const QString noun = attachments.size() == 1 ? u"attachment"_s : u"attachments"_s;
+        label +=
+            u". "_s + QString::number(attachments.size()) + u' ' + noun + u": "_s + fileNames(attachments);
     }
     return label;
 }

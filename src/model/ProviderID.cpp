@@ -3,25 +3,27 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QString rawValue(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("gemini");
+        return u"gemini"_s;
     case ProviderID::openrouter:
-        return QStringLiteral("openrouter");
+        return u"openrouter"_s;
     case ProviderID::groq:
-        return QStringLiteral("groq");
+        return u"groq"_s;
     case ProviderID::ollama:
-        return QStringLiteral("ollama");
+        return u"ollama"_s;
     case ProviderID::openai:
-        return QStringLiteral("openai");
+        return u"openai"_s;
     case ProviderID::zen:
-        return QStringLiteral("zen");
+        return u"zen"_s;
     case ProviderID::custom:
-        return QStringLiteral("custom");
+        return u"custom"_s;
     }
     std::unreachable();
 }
@@ -38,19 +40,19 @@ QString displayName(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("Google Gemini");
+        return u"Google Gemini"_s;
     case ProviderID::openrouter:
-        return QStringLiteral("OpenRouter");
+        return u"OpenRouter"_s;
     case ProviderID::groq:
-        return QStringLiteral("Groq");
+        return u"Groq"_s;
     case ProviderID::ollama:
-        return QStringLiteral("Local (Ollama)");
+        return u"Local (Ollama)"_s;
     case ProviderID::openai:
-        return QStringLiteral("OpenAI");
+        return u"OpenAI"_s;
     case ProviderID::zen:
-        return QStringLiteral("OpenCode Zen");
+        return u"OpenCode Zen"_s;
     case ProviderID::custom:
-        return QStringLiteral("Custom");
+        return u"Custom"_s;
     }
     std::unreachable();
 }
@@ -59,17 +61,17 @@ QString defaultModel(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("gemini-3.6-flash");
+        return u"gemini-3.6-flash"_s;
     case ProviderID::openrouter:
-        return QStringLiteral("deepseek/deepseek-chat-v3-0324");
+        return u"deepseek/deepseek-chat-v3-0324"_s;
     case ProviderID::groq:
-        return QStringLiteral("llama-3.3-70b-versatile");
+        return u"llama-3.3-70b-versatile"_s;
     case ProviderID::ollama:
-        return QStringLiteral("qwen2.5");
+        return u"qwen2.5"_s;
     case ProviderID::openai:
-        return QStringLiteral("gpt-5-mini");
+        return u"gpt-5-mini"_s;
     case ProviderID::zen:
-        return QStringLiteral("deepseek-v4-flash-free");
+        return u"deepseek-v4-flash-free"_s;
     case ProviderID::custom:
         return QString();
     }

@@ -27,24 +27,24 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
     switch (result) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
-        return hasNetwork() ? Kind::UnresolvedHost : Kind::NotConnectedToInternet;
+        return hasNetwork() ? Kind::unresolvedHost : Kind::notConnectedToInternet;
     case CURLE_COULDNT_CONNECT:
     case CURLE_PROXY:
-        return isNoRoute(systemError) ? Kind::NotConnectedToInternet : Kind::CannotConnectToHost;
+        return isNoRoute(systemError) ? Kind::notConnectedToInternet : Kind::cannotConnectToHost;
     case CURLE_OPERATION_TIMEDOUT:
-        return Kind::TimedOut;
+        return Kind::timedOut;
     case CURLE_RECV_ERROR:
         // The same code stands for a broken chunk header, told apart by its message alone.
-        return text.contains("chunked-encoding") ? Kind::MalformedResponse : Kind::NetworkConnectionLost;
+        return text.contains("chunked-encoding") ? Kind::malformedResponse : Kind::networkConnectionLost;
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
     case CURLE_SEND_FAIL_REWIND:
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
-        return Kind::NetworkConnectionLost;
+        return Kind::networkConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
-        return isConnectionEnd(text) ? Kind::NetworkConnectionLost : Kind::TlsFailure;
+        return isConnectionEnd(text) ? Kind::networkConnectionLost : Kind::tlsFailure;
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ENGINE_NOTFOUND:
     case CURLE_SSL_ENGINE_SETFAILED:
@@ -59,18 +59,18 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
     case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
     case CURLE_SSL_CLIENTCERT:
     case CURLE_USE_SSL_FAILED:
-        return Kind::TlsFailure;
+        return Kind::tlsFailure;
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
     case CURLE_UNSUPPORTED_PROTOCOL: // an answer without a head, which libcurl takes for HTTP/0.9
-        return Kind::MalformedResponse;
+        return Kind::malformedResponse;
     case CURLE_OUT_OF_MEMORY: // a header line or a decompressed part above libcurl's own limits
     case CURLE_FILESIZE_EXCEEDED:
-        return Kind::TooLarge;
+        return Kind::tooLarge;
     case CURLE_URL_MALFORMAT:
-        return Kind::InvalidUrl;
+        return Kind::invalidUrl;
     default:
-        return Kind::Other;
+        return Kind::other;
     }
 }
 
@@ -79,11 +79,11 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
 TransportError transportError(CURLcode result, int systemError, QByteArrayView text)
 {
     const Kind kind = kindOf(result, systemError, text);
-    if (kind != Kind::TlsFailure && kind != Kind::Other)
+    if (kind != Kind::tlsFailure && kind != Kind::other)
         return TransportError(kind);
     QString detail = QString::fromUtf8(text.isEmpty() ? QByteArrayView(curl_easy_strerror(result)) : text);
-    if (!detail.endsWith(QLatin1Char('.')))
-        detail += QLatin1Char('.');
+    if (!detail.endsWith(u'.'))
+        detail += u'.';
     return TransportError(kind, detail);
 }
 

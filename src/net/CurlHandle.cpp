@@ -35,11 +35,11 @@ std::size_t bodyCallback(char *data, std::size_t, std::size_t size, void *sink)
 {
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
     switch (static_cast<CurlHandle::Sink *>(sink)->receiveBody(bytes)) {
-    case CurlHandle::Receive::Taken:
+    case CurlHandle::Receive::taken:
         return size;
-    case CurlHandle::Receive::Pause:
+    case CurlHandle::Receive::pause:
         return CURL_WRITEFUNC_PAUSE;
-    case CurlHandle::Receive::Stop:
+    case CurlHandle::Receive::stop:
         break;
     }
     return size + 1; // any other number than `size` ends the transfer

@@ -14,7 +14,7 @@ namespace morvane {
 /// One libcurl transfer, set up for one request without its redirects. Network thread.
 class CurlHandle {
 public:
-    enum class Receive { Taken, Pause, Stop };
+    enum class Receive { taken, pause, stop };
 
     /// Where a transfer delivers; called from within curl_multi_perform and curl_easy_pause.
     class Sink {

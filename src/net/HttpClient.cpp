@@ -19,7 +19,7 @@ ResponseBody begin(NetworkThread &network, HttpRequest request)
 Task<HttpResponse> openWith(std::shared_ptr<NetworkThread> network, HttpRequest request)
 {
     ResponseBody body = begin(*network, std::move(request));
-    co_await ResponseWait(body, ResponseChannel::Until::Head);
+    co_await ResponseWait(body, ResponseChannel::Until::head);
     ResponseHead head = body.takeHead();
     co_return HttpResponse(std::move(head), std::move(body));
 }
@@ -28,7 +28,7 @@ Task<FetchResult> fetchWith(std::shared_ptr<NetworkThread> network, HttpRequest 
 {
     ResponseBody body = begin(*network, std::move(request));
     body.readWhole(maximumBytes);
-    co_await ResponseWait(body, ResponseChannel::Until::End);
+    co_await ResponseWait(body, ResponseChannel::Until::end);
     QByteArray bytes = body.takeWhole();
     ResponseHead head = body.takeHead();
     co_return FetchResult{head.status, std::move(head.headers), std::move(head.url), std::move(bytes)};

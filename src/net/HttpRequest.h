@@ -14,12 +14,12 @@ namespace morvane {
 /// not followed reaches the caller as the response that it is.
 enum class RedirectRule {
     /// Never followed.
-    None,
+    none,
     /// Followed with the same method and body. The answers 301, 302 and 303 to anything but GET and HEAD are
     /// not followed, because other clients would drop the body there and turn the request into a GET.
-    KeepMethod,
+    keepMethod,
     /// As browsers do: 301, 302 and 303 turn all but GET and HEAD into a GET without a body.
-    AllowGet,
+    allowGet,
 };
 
 /// One HTTP request with its limits. A body is shared, not copied.
@@ -41,7 +41,7 @@ struct HttpRequest {
     /// The longest time until a connection stands: name, TCP and TLS.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
 
-    RedirectRule redirects = RedirectRule::KeepMethod;
+    RedirectRule redirects = RedirectRule::keepMethod;
 
     /// All header fields of one response together, in bytes.
     qsizetype maximumHeaderBytes = 256 * 1024;

@@ -11,7 +11,7 @@ namespace {
 Task<QByteArray> wholeBody(ResponseBody body, qint64 maximumBytes)
 {
     body.readWhole(maximumBytes);
-    co_await ResponseWait(body, ResponseChannel::Until::End);
+    co_await ResponseWait(body, ResponseChannel::Until::end);
     co_return body.takeWhole();
 }
 

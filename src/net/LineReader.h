@@ -58,7 +58,7 @@ public:
             return true;
         }
         m_wait.begin(coroutine);
-        return m_reader.m_body.wakeWhen(ResponseChannel::Until::Lines, m_wait.signal());
+        return m_reader.m_body.wakeWhen(ResponseChannel::Until::lines, m_wait.signal());
     }
 
     std::optional<QByteArray> await_resume()

@@ -7,6 +7,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -28,8 +30,8 @@ bool isUsable(const ifaddrs &interface)
 
 bool isLoopbackHost(const QString &host)
 {
-    if (host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0 ||
-        host.endsWith(QLatin1String(".localhost"), Qt::CaseInsensitive))
+    if (host.compare("localhost"_L1, Qt::CaseInsensitive) == 0 ||
+        host.endsWith(".localhost"_L1, Qt::CaseInsensitive))
         return true;
     const QByteArray address = host.toLatin1();
     in_addr version4{};
@@ -45,10 +47,9 @@ bool hasNetwork()
     if (getifaddrs(&list) != 0)
         return true; // unknown: do not claim that there is none
     const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> owner(list, &freeifaddrs);
-    for (const ifaddrs *interface = list; interface; interface = interface->ifa_next) {
+    for (const ifaddrs *interface = list; interface; interface = interface->ifa_next)
         if (isUsable(*interface))
             return true;
-    }
     return false;
 }
 

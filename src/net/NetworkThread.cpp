@@ -19,11 +19,11 @@ NetworkThread::~NetworkThread()
 ResponseBody NetworkThread::start(HttpRequest request)
 {
     auto channel = std::make_shared<ResponseChannel>(request.maximumLineBytes);
-    Command command{Command::Kind::Start, ++m_lastTransfer, nullptr};
+    Command command{Command::Kind::start, ++m_lastTransfer, nullptr};
     command.started = std::make_unique<Transfer>(command.transfer, std::move(request), channel, m_options);
     const quint64 transfer = command.transfer;
     if (!post(command))
-        channel->finish(TransportError(TransportError::Kind::ClientClosed));
+        channel->finish(TransportError(TransportError::Kind::clientClosed));
     else if (!m_thread.joinable())
         m_thread = std::thread([this] { run(); });
     return ResponseBody(shared_from_this(), transfer, std::move(channel));
@@ -31,13 +31,13 @@ ResponseBody NetworkThread::start(HttpRequest request)
 
 void NetworkThread::resume(quint64 transfer)
 {
-    Command command{Command::Kind::Resume, transfer, nullptr};
+    Command command{Command::Kind::resume, transfer, nullptr};
     post(command);
 }
 
 void NetworkThread::abort(quint64 transfer)
 {
-    Command command{Command::Kind::Abort, transfer, nullptr};
+    Command command{Command::Kind::abort, transfer, nullptr};
     post(command);
 }
 
@@ -96,12 +96,11 @@ void NetworkThread::run()
         curl_multi_poll(m_multi, nullptr, 0, pollMilliseconds(), nullptr);
     }
 
-    for (Command &command : commands) {
+    for (Command &command : commands)
         if (command.started)
-            command.started->fail(TransportError(TransportError::Kind::ClientClosed));
-    }
+            command.started->fail(TransportError(TransportError::Kind::clientClosed));
     while (!m_transfers.empty()) {
-        m_transfers.begin()->second->fail(TransportError(TransportError::Kind::ClientClosed));
+        m_transfers.begin()->second->fail(TransportError(TransportError::Kind::clientClosed));
         remove(m_transfers.begin()->first);
     }
     curl_multi_cleanup(m_multi);
@@ -110,7 +109,7 @@ void NetworkThread::run()
 
 void NetworkThread::apply(Command command)
 {
-    if (command.kind == Command::Kind::Start) {
+    if (command.kind == Command::Kind::start) {
         command.started->beginHop();
         curl_multi_add_handle(m_multi, command.started->handle());
         m_transfers.emplace(command.transfer, std::move(command.started));
@@ -119,7 +118,7 @@ void NetworkThread::apply(Command command)
     const auto found = m_transfers.find(command.transfer);
     if (found == m_transfers.end())
         return;
-    if (command.kind == Command::Kind::Resume)
+    if (command.kind == Command::Kind::resume)
         found->second->resume();
     else
         remove(command.transfer);
@@ -136,7 +135,7 @@ void NetworkThread::finishEnded()
         curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &owner);
         auto *const transfer = static_cast<Transfer *>(owner);
         curl_multi_remove_handle(m_multi, transfer->handle());
-        if (transfer->endHop(result) == Transfer::Next::AnotherHop) {
+        if (transfer->endHop(result) == Transfer::Next::anotherHop) {
             transfer->beginHop();
             curl_multi_add_handle(m_multi, transfer->handle());
         } else {
@@ -149,12 +148,11 @@ void NetworkThread::endSilent()
 {
     const auto now = Transfer::Clock::now();
     std::vector<quint64> silent;
-    for (const auto &[id, transfer] : m_transfers) {
+    for (const auto &[id, transfer] : m_transfers)
         if (transfer->silenceDeadline() <= now)
             silent.push_back(id);
-    }
     for (const quint64 id : silent) {
-        m_transfers.at(id)->fail(TransportError(TransportError::Kind::TimedOut));
+        m_transfers.at(id)->fail(TransportError(TransportError::Kind::timedOut));
         remove(id);
     }
 }

@@ -35,7 +35,7 @@ public:
 
 private:
     struct Command {
-        enum class Kind { Start, Resume, Abort };
+        enum class Kind { start, resume, abort };
         Kind kind;
         quint64 transfer;
         std::unique_ptr<Transfer> started;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -23,7 +25,7 @@ bool keepsMethod(int status)
 
 int portOf(const QUrl &url)
 {
-    return url.port(url.scheme() == QLatin1String("https") ? 443 : 80);
+    return url.port(url.scheme() == "https"_L1 ? 443 : 80);
 }
 
 bool isSameOrigin(const QUrl &one, const QUrl &other)
@@ -41,10 +43,9 @@ bool isHarmless(const HttpHeaders::Field &field)
 HttpHeaders harmlessOnly(const HttpHeaders &headers)
 {
     HttpHeaders kept;
-    for (const HttpHeaders::Field &field : headers.fields()) {
+    for (const HttpHeaders::Field &field : headers.fields())
         if (isHarmless(field))
             kept.add(field.name, field.value);
-    }
     return kept;
 }
 
@@ -53,21 +54,20 @@ HttpHeaders harmlessOnly(const HttpHeaders &headers)
 std::optional<HttpRequest> redirected(const HttpRequest &request, int status, const HttpHeaders &headers)
 {
     const auto location = headers.value("Location");
-    if (request.redirects == RedirectRule::None || !isRedirect(status) || !location || location->isEmpty())
+    if (request.redirects == RedirectRule::none || !isRedirect(status) || !location || location->isEmpty())
         return std::nullopt;
 
     HttpRequest next = request;
     next.url = request.url.resolved(QUrl::fromEncoded(*location));
     const bool isPlainRead = request.method == "GET" || request.method == "HEAD";
     if (!isPlainRead && !keepsMethod(status)) {
-        if (request.redirects != RedirectRule::AllowGet)
+        if (request.redirects != RedirectRule::allowGet)
             return std::nullopt;
         next.method = "GET";
         next.body.clear();
         next.headers.remove("Content-Type");
     }
-    const bool losesEncryption =
-        request.url.scheme() == QLatin1String("https") && next.url.scheme() != QLatin1String("https");
+    const bool losesEncryption = request.url.scheme() == "https"_L1 && next.url.scheme() != "https"_L1;
     if (losesEncryption && !next.body.isEmpty())
         return std::nullopt;
     if (!isSameOrigin(request.url, next.url))

@@ -45,7 +45,7 @@ void ResponseBody::readWhole(qint64 maximumBytes)
 
 bool ResponseBody::takeLines(LineBatch &lines)
 {
-    auto flow = ResponseChannel::Flow::Unchanged;
+    auto flow = ResponseChannel::Flow::unchanged;
     const bool taken = m_channel->takeLines(lines, flow);
     apply(flow);
     return taken;
@@ -53,7 +53,7 @@ bool ResponseBody::takeLines(LineBatch &lines)
 
 void ResponseBody::apply(ResponseChannel::Flow flow)
 {
-    if (flow == ResponseChannel::Flow::Resume)
+    if (flow == ResponseChannel::Flow::resume)
         m_network->resume(m_transfer);
 }
 

@@ -30,30 +30,30 @@ ResponseChannel::Append ResponseChannel::append(QByteArrayView bytes)
 {
     std::unique_lock lock(m_mutex);
     if (m_finished)
-        return Append::Refused;
-    Append result = Append::Taken;
+        return Append::refused;
+    Append result = Append::taken;
     switch (m_mode) {
-    case Mode::Undecided:
+    case Mode::undecided:
         if (m_bytes.size() >= capacity)
-            result = Append::Full;
+            result = Append::full;
         else
             m_bytes.append(bytes.data(), bytes.size());
         break;
-    case Mode::Lines:
+    case Mode::lines:
         // A line that is longer than the capacity must come to its end, or to its own limit.
         if (m_lines.hasLines() && m_lines.size() >= capacity)
-            result = Append::Full;
+            result = Append::full;
         else if (!m_lines.append(bytes))
             result = refuse();
         break;
-    case Mode::Whole:
+    case Mode::whole:
         if (m_bytes.size() + bytes.size() > m_maximumBytes)
             result = refuse();
         else
             m_bytes.append(bytes.data(), bytes.size());
         break;
     }
-    m_paused = result == Append::Full;
+    m_paused = result == Append::full;
     const auto waiter = takeWaiter();
     lock.unlock();
     wake(waiter);
@@ -84,14 +84,14 @@ ResponseHead ResponseChannel::takeHead()
 {
     const std::lock_guard lock(m_mutex);
     if (!m_head)
-        throw m_error.value_or(TransportError(TransportError::Kind::NetworkConnectionLost));
+        throw m_error.value_or(TransportError(TransportError::Kind::networkConnectionLost));
     return std::move(*m_head);
 }
 
 ResponseChannel::Flow ResponseChannel::readLines()
 {
     const std::lock_guard lock(m_mutex);
-    m_mode = Mode::Lines;
+    m_mode = Mode::lines;
     if (!m_lines.append(std::exchange(m_bytes, {})))
         refuse();
     else if (m_finished && !m_error)
@@ -102,7 +102,7 @@ ResponseChannel::Flow ResponseChannel::readLines()
 ResponseChannel::Flow ResponseChannel::readWhole(qint64 maximumBytes)
 {
     const std::lock_guard lock(m_mutex);
-    m_mode = Mode::Whole;
+    m_mode = Mode::whole;
     m_maximumBytes = maximumBytes;
     if (m_bytes.size() > maximumBytes)
         refuse();
@@ -140,11 +140,11 @@ bool ResponseChannel::hasEnded() const
 bool ResponseChannel::isReached(Until until) const
 {
     switch (until) {
-    case Until::Head:
+    case Until::head:
         return m_head || m_finished;
-    case Until::Lines:
+    case Until::lines:
         return m_lines.hasLines() || m_finished;
-    case Until::End:
+    case Until::end:
         return m_finished;
     }
     return true;
@@ -153,8 +153,8 @@ bool ResponseChannel::isReached(Until until) const
 ResponseChannel::Append ResponseChannel::refuse()
 {
     m_finished = true;
-    m_error = TransportError(TransportError::Kind::TooLarge);
-    return Append::Refused;
+    m_error = TransportError(TransportError::Kind::tooLarge);
+    return Append::refused;
 }
 
 void ResponseChannel::endWith(std::optional<TransportError> error)
@@ -163,13 +163,13 @@ void ResponseChannel::endWith(std::optional<TransportError> error)
         return;
     m_finished = true;
     m_error = std::move(error);
-    if (m_mode == Mode::Lines && !m_error)
+    if (m_mode == Mode::lines && !m_error)
         m_lines.finish();
 }
 
 ResponseChannel::Flow ResponseChannel::takePause()
 {
-    return std::exchange(m_paused, false) ? Flow::Resume : Flow::Unchanged;
+    return std::exchange(m_paused, false) ? Flow::resume : Flow::unchanged;
 }
 
 std::shared_ptr<Suspension> ResponseChannel::takeWaiter()

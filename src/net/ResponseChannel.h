@@ -17,8 +17,8 @@ class Suspension;
 class ResponseChannel {
 public:
     /// What a reader can wait for; the end of the transfer ends every wait.
-    enum class Until { Head, Lines, End };
-    enum class Append { Taken, Full, Refused };
+    enum class Until { head, lines, end };
+    enum class Append { taken, full, refused };
 
     /// Bytes that wait for a reader before the transfer pauses: enough to cover the time in which the main
     /// thread is busy, little enough for many transfers at once.
@@ -38,11 +38,11 @@ public:
 
     /// @name Main thread. A call that returns Resume asks that the paused transfer go on.
     ///@{
-    enum class Flow { Unchanged, Resume };
+    enum class Flow { unchanged, resume };
 
     /// Fires `signal` as soon as it is so; false if it is so already.
     bool wakeWhen(Until until, std::shared_ptr<Suspension> signal);
-    /// The head, after Until::Head. Throws TransportError if the transfer ended without one.
+    /// The head, after Until::head. Throws TransportError if the transfer ended without one.
     ResponseHead takeHead();
 
     /// Decides that the body is read line by line. One decision only.
@@ -53,7 +53,7 @@ public:
     /// The lines that are there, in `lines`; false if there are none and more may come. At the end of the
     /// body `lines` is empty. Throws TransportError if the transfer failed and all lines before are taken.
     bool takeLines(LineBatch &lines, Flow &flow);
-    /// The whole body, after Until::End. Throws TransportError if the transfer failed.
+    /// The whole body, after Until::end. Throws TransportError if the transfer failed.
     QByteArray takeWhole();
 
     /// Whether the network thread is done with it.
@@ -61,7 +61,7 @@ public:
     ///@}
 
 private:
-    enum class Mode { Undecided, Lines, Whole };
+    enum class Mode { undecided, lines, whole };
 
     bool isReached(Until until) const;
     Append refuse();
@@ -71,7 +71,7 @@ private:
     std::shared_ptr<Suspension> takeWaiter();
 
     mutable std::mutex m_mutex; ///< Guards all below.
-    Mode m_mode = Mode::Undecided;
+    Mode m_mode = Mode::undecided;
     std::optional<ResponseHead> m_head;
     QByteArray m_bytes; ///< Undecided or whole.
     LineBuffer m_lines;
@@ -80,7 +80,7 @@ private:
     bool m_finished = false; ///< Nothing more comes: ended, or refused here.
     bool m_ended = false;
     std::optional<TransportError> m_error;
-    Until m_until = Until::Head;
+    Until m_until = Until::head;
     std::shared_ptr<Suspension> m_waiter;
 };
 

@@ -42,15 +42,15 @@ Transfer::Next Transfer::endHop(CURLcode result)
 {
     if (m_failure) {
         m_channel->finish(m_failure);
-        return Next::Nothing;
+        return Next::nothing;
     }
     if (m_nextRequest)
-        return Next::AnotherHop;
+        return Next::anotherHop;
     if (result != CURLE_OK)
         m_channel->finish(m_handle->error(result));
     else
         m_channel->finish(std::nullopt);
-    return Next::Nothing;
+    return Next::nothing;
 }
 
 void Transfer::resume()
@@ -78,7 +78,7 @@ bool Transfer::receiveHeaderLine(QByteArrayView line)
     m_lastActivity = Clock::now();
     m_headerBytes += line.size();
     if (m_headerBytes > m_request.maximumHeaderBytes)
-        return stopWith(TransportError::Kind::TooLarge);
+        return stopWith(TransportError::Kind::tooLarge);
     if (m_head.isComplete())
         return true; // a trailer
     m_head.addLine(line);
@@ -93,9 +93,9 @@ bool Transfer::finishHead()
         return true;
     }
     if (m_redirects == maximumRedirects)
-        return stopWith(TransportError::Kind::TooManyRedirects);
+        return stopWith(TransportError::Kind::tooManyRedirects);
     if (next->problem())
-        return stopWith(TransportError::Kind::InvalidUrl);
+        return stopWith(TransportError::Kind::invalidUrl);
     m_nextRequest = std::move(next);
     return true;
 }
@@ -106,16 +106,16 @@ CurlHandle::Receive Transfer::receiveBody(QByteArrayView bytes)
     if (m_nextRequest)
         return discardRedirectBody(bytes.size());
     switch (m_channel->append(bytes)) {
-    case ResponseChannel::Append::Taken:
-        return CurlHandle::Receive::Taken;
-    case ResponseChannel::Append::Full:
+    case ResponseChannel::Append::taken:
+        return CurlHandle::Receive::taken;
+    case ResponseChannel::Append::full:
         m_paused = true;
-        return CurlHandle::Receive::Pause;
-    case ResponseChannel::Append::Refused:
+        return CurlHandle::Receive::pause;
+    case ResponseChannel::Append::refused:
         break;
     }
-    stopWith(TransportError::Kind::TooLarge);
-    return CurlHandle::Receive::Stop;
+    stopWith(TransportError::Kind::tooLarge);
+    return CurlHandle::Receive::stop;
 }
 
 void Transfer::noticeProgress(qint64 bytesMoved)
@@ -135,7 +135,7 @@ bool Transfer::stopWith(TransportError::Kind kind)
 CurlHandle::Receive Transfer::discardRedirectBody(qsizetype size)
 {
     m_discarded += size;
-    return m_discarded <= maximumRedirectBody ? CurlHandle::Receive::Taken : CurlHandle::Receive::Stop;
+    return m_discarded <= maximumRedirectBody ? CurlHandle::Receive::taken : CurlHandle::Receive::stop;
 }
 
 } // namespace morvane

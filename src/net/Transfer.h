@@ -18,7 +18,7 @@ namespace morvane {
 class Transfer final : private CurlHandle::Sink {
 public:
     using Clock = std::chrono::steady_clock;
-    enum class Next { AnotherHop, Nothing };
+    enum class Next { anotherHop, nothing };
 
     /// Follows as many redirects as browsers do.
     static constexpr int maximumRedirects = 20;

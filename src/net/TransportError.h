@@ -10,19 +10,19 @@ namespace morvane {
 class TransportError : public std::exception {
 public:
     enum class Kind {
-        NotConnectedToInternet, ///< This computer has no network at all.
-        UnresolvedHost,         ///< The host name is unknown.
-        CannotConnectToHost,    ///< Refused or unreachable.
-        NetworkConnectionLost,  ///< Reset, or ended before the whole response had come.
-        TimedOut,               ///< No connection within its limit, or silence for longer than the limit.
-        TlsFailure,             ///< No secure connection: certificate, handshake.
-        MalformedResponse,      ///< What came is no HTTP.
-        TooLarge,               ///< A header, line or body above its limit.
-        TooManyRedirects,
-        InvalidUrl,     ///< No URL, or neither http nor https.
-        InvalidRequest, ///< A header or method that cannot be sent.
-        ClientClosed,   ///< The HttpClient went away while the request ran.
-        Other,
+        notConnectedToInternet, ///< This computer has no network at all.
+        unresolvedHost,         ///< The host name is unknown.
+        cannotConnectToHost,    ///< Refused or unreachable.
+        networkConnectionLost,  ///< Reset, or ended before the whole response had come.
+        timedOut,               ///< No connection within its limit, or silence for longer than the limit.
+        tlsFailure,             ///< No secure connection: certificate, handshake.
+        malformedResponse,      ///< What came is no HTTP.
+        tooLarge,               ///< A header, line or body above its limit.
+        tooManyRedirects,
+        invalidUrl,     ///< No URL, or neither http nor https.
+        invalidRequest, ///< A header or method that cannot be sent.
+        clientClosed,   ///< The HttpClient went away while the request ran.
+        other,
     };
 
     /// `detail` is added to the description of the kinds that have no text of their own (Other, TlsFailure).

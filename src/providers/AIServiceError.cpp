@@ -3,6 +3,8 @@
 #include "base/Json.h"
 #include "base/Text.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -24,20 +26,18 @@ QString AIServiceError::errorDescription() const
     return std::visit(
         Overloaded{
             [](const Http &http) {
-                return QStringLiteral("The AI provider returned an error (HTTP ") +
-                       QString::number(http.status) + QStringLiteral("). ") + friendlyDetail(http.body);
+                return u"The AI provider returned an error (HTTP "_s + QString::number(http.status) +
+                       u"). "_s + friendlyDetail(http.body);
             },
             [](const Api &api) {
-                return api.message.isEmpty() ? QStringLiteral("The AI provider returned an error.")
-                                             : api.message;
+                return api.message.isEmpty() ? u"The AI provider returned an error."_s : api.message;
             },
             [](const RateLimited &limit) {
-                return QStringLiteral("You reached the free limit for this provider for now. ") +
-                       limit.resets;
+                return u"You reached the free limit for this provider for now. "_s + limit.resets;
             },
             [](const Blocked &) {
-                return QStringLiteral("Morvane did not respond because the request was blocked by the "
-                                      "provider's content safety filter.");
+                return u"Morvane did not respond because the request was blocked by the "
+                       "provider's content safety filter."_s;
             },
         },
         m_reason);

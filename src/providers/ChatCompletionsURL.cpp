@@ -2,18 +2,20 @@
 
 #include "base/Text.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 std::optional<QUrl> chatCompletionsURL(const QString &baseURL)
 {
     QString text = trimmed(baseURL);
-    if (!text.startsWith(QStringLiteral("http://"), Qt::CaseInsensitive) &&
-        !text.startsWith(QStringLiteral("https://"), Qt::CaseInsensitive))
+    if (!text.startsWith(u"http://"_s, Qt::CaseInsensitive) &&
+        !text.startsWith(u"https://"_s, Qt::CaseInsensitive))
         return std::nullopt;
-    while (text.endsWith(QLatin1Char('/')))
+    while (text.endsWith(u'/'))
         text.chop(1);
-    if (!text.endsWith(QStringLiteral("/chat/completions"), Qt::CaseInsensitive))
-        text += QStringLiteral("/chat/completions");
+    if (!text.endsWith(u"/chat/completions"_s, Qt::CaseInsensitive))
+        text += u"/chat/completions"_s;
     QUrl url(text, QUrl::StrictMode);
     if (!url.isValid() || url.host().isEmpty())
         return std::nullopt;

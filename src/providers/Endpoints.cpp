@@ -1,20 +1,22 @@
 #include "providers/Endpoints.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QString Endpoints::chatCompletions(ProviderID provider) const
 {
     switch (provider) {
     case ProviderID::openrouter:
-        return openrouter + QStringLiteral("/api/v1/chat/completions");
+        return openrouter + u"/api/v1/chat/completions"_s;
     case ProviderID::groq:
-        return groq + QStringLiteral("/openai/v1/chat/completions");
+        return groq + u"/openai/v1/chat/completions"_s;
     case ProviderID::ollama:
-        return ollama + QStringLiteral("/v1/chat/completions");
+        return ollama + u"/v1/chat/completions"_s;
     case ProviderID::openai:
-        return openai + QStringLiteral("/v1/chat/completions");
+        return openai + u"/v1/chat/completions"_s;
     case ProviderID::zen:
-        return zen + QStringLiteral("/zen/v1/chat/completions");
+        return zen + u"/zen/v1/chat/completions"_s;
     case ProviderID::gemini:
     case ProviderID::custom:
         break;
@@ -26,17 +28,17 @@ QString Endpoints::modelList(ProviderID provider) const
 {
     switch (provider) {
     case ProviderID::gemini:
-        return gemini + QStringLiteral("/v1beta/models");
+        return gemini + u"/v1beta/models"_s;
     case ProviderID::openrouter:
-        return openrouter + QStringLiteral("/api/v1/models");
+        return openrouter + u"/api/v1/models"_s;
     case ProviderID::groq:
-        return groq + QStringLiteral("/openai/v1/models");
+        return groq + u"/openai/v1/models"_s;
     case ProviderID::ollama:
-        return ollama + QStringLiteral("/api/tags");
+        return ollama + u"/api/tags"_s;
     case ProviderID::openai:
-        return openai + QStringLiteral("/v1/models");
+        return openai + u"/v1/models"_s;
     case ProviderID::zen:
-        return zen + QStringLiteral("/zen/v1/models");
+        return zen + u"/zen/v1/models"_s;
     case ProviderID::custom:
         break;
     }
@@ -47,17 +49,17 @@ QString Endpoints::signupURL(ProviderID provider) const
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("https://aistudio.google.com/apikey");
+        return u"https://aistudio.google.com/apikey"_s;
     case ProviderID::openrouter:
-        return QStringLiteral("https://openrouter.ai/keys");
+        return u"https://openrouter.ai/keys"_s;
     case ProviderID::groq:
-        return QStringLiteral("https://console.groq.com/keys");
+        return u"https://console.groq.com/keys"_s;
     case ProviderID::ollama:
-        return QStringLiteral("https://ollama.com");
+        return u"https://ollama.com"_s;
     case ProviderID::openai:
-        return QStringLiteral("https://platform.openai.com/api-keys");
+        return u"https://platform.openai.com/api-keys"_s;
     case ProviderID::zen:
-        return QStringLiteral("https://opencode.ai/auth");
+        return u"https://opencode.ai/auth"_s;
     case ProviderID::custom:
         break;
     }

@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -162,7 +164,7 @@ void geminiParts(JsonWriter &json, const QString &text, const QList<ChatAttachme
             json.endObject();
         }
     }
-    const QString joined = pieces.join(QStringLiteral("\n\n"));
+    const QString joined = pieces.join(u"\n\n"_s);
     if (!joined.isEmpty() || !hasImages)
         writeTextPart(json, joined);
     json.endArray();

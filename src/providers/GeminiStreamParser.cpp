@@ -5,6 +5,8 @@
 #include "providers/EmptyResponse.h"
 #include "providers/SchemaTools.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace json = boost::json;
@@ -15,7 +17,7 @@ StreamParser::Progress GeminiStreamParser::feed(QByteArrayView line, QStringList
     const json::object *chunk = payload ? m_chunk.parse(*payload) : nullptr;
     if (!chunk)
         return Progress::goesOn;
-    StreamChunk::throwIfError(*chunk, QStringLiteral("Unknown Gemini error."));
+    StreamChunk::throwIfError(*chunk, u"Unknown Gemini error."_s);
 
     const json::array *candidates = StreamChunk::objects(*chunk, "candidates");
     if (!candidates || candidates->empty())

@@ -14,6 +14,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -30,11 +32,11 @@ QString allowanceResets(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("The free allowance resets at midnight Pacific Time.");
+        return u"The free allowance resets at midnight Pacific Time."_s;
     case ProviderID::groq:
-        return QStringLiteral("The free allowance resets at midnight UTC.");
+        return u"The free allowance resets at midnight UTC."_s;
     default:
-        return QStringLiteral("The free allowance resets daily.");
+        return u"The free allowance resets daily."_s;
     }
 }
 
@@ -49,7 +51,7 @@ Task<QString> readErrorBody(LineReader lines)
                 break;
         }
     } catch (const TransportError &error) {
-        if (error.kind() != TransportError::Kind::TooLarge)
+        if (error.kind() != TransportError::Kind::tooLarge)
             throw;
     }
     body.truncate(maximumErrorBytes);
@@ -82,7 +84,7 @@ Task<qint64> readStream(LineReader &lines, std::shared_ptr<StreamParser> parser,
             break;
         bytes += line->size();
         if (bytes > maximumStreamBytes)
-            throw TransportError(TransportError::Kind::TooLarge);
+            throw TransportError(TransportError::Kind::tooLarge);
         if (line->size() < offMainBytes)
             fed.progress = parser->feed(*line, fed.pieces);
         else

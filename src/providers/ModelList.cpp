@@ -9,6 +9,8 @@
 #include <tuple>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -58,11 +60,11 @@ Form formOf(ProviderID provider)
 
 QString shownName(ProviderID provider, QString name)
 {
-    const auto geminiPrefix = QStringLiteral("models/");
+    const auto geminiPrefix = u"models/"_s;
     if (provider == ProviderID::gemini && name.startsWith(geminiPrefix))
         name.remove(0, geminiPrefix.size());
     if (provider == ProviderID::ollama)
-        name.remove(QStringLiteral(":latest"));
+        name.remove(u":latest"_s);
     return name;
 }
 
@@ -87,7 +89,7 @@ std::optional<bool> isFree(ProviderID provider, const json::object &entry, const
     case ProviderID::openrouter:
         return costsNothing(entry);
     case ProviderID::zen:
-        return name.endsWith(QStringLiteral("-free")) || name == QStringLiteral("big-pickle");
+        return name.endsWith(u"-free"_s) || name == u"big-pickle"_s;
     case ProviderID::custom:
         break;
     }

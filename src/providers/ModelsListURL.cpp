@@ -2,20 +2,22 @@
 
 #include "base/Text.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 std::optional<QUrl> modelsListURL(const QString &baseURL)
 {
     QString text = trimmed(baseURL);
-    if (!text.startsWith(QStringLiteral("http://"), Qt::CaseInsensitive) &&
-        !text.startsWith(QStringLiteral("https://"), Qt::CaseInsensitive))
+    if (!text.startsWith(u"http://"_s, Qt::CaseInsensitive) &&
+        !text.startsWith(u"https://"_s, Qt::CaseInsensitive))
         return std::nullopt;
-    while (text.endsWith(QLatin1Char('/')))
+    while (text.endsWith(u'/'))
         text.chop(1);
-    const auto chatPath = QStringLiteral("/chat/completions");
+    const auto chatPath = u"/chat/completions"_s;
     if (text.endsWith(chatPath, Qt::CaseInsensitive))
         text.chop(chatPath.size());
-    const auto listPath = QStringLiteral("/models");
+    const auto listPath = u"/models"_s;
     if (!text.endsWith(listPath, Qt::CaseInsensitive))
         text += listPath;
     QUrl url(text, QUrl::StrictMode);

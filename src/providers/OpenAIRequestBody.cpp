@@ -8,6 +8,8 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -135,15 +137,14 @@ void openAIUserMessage(JsonWriter &json, const QString &text, const QList<ChatAt
     if (!text.isEmpty())
         pieces.append(text);
     QList<const ChatAttachment *> images;
-    for (const ChatAttachment &attachment : attachments) {
+    for (const ChatAttachment &attachment : attachments)
         if (attachment.kind != AttachmentKind::image)
             pieces.append(attachedFileText(attachment));
         else if (delivery == ImageDelivery::asImages)
             images.append(&attachment);
         else
             pieces.append(imagePlaceholder(attachment));
-    }
-    const QString joined = pieces.join(QStringLiteral("\n\n"));
+    const QString joined = pieces.join(u"\n\n"_s);
 
     json.beginObject();
     json.member("role", "user");

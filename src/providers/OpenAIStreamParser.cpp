@@ -4,6 +4,8 @@
 #include "providers/AIServiceError.h"
 #include "providers/EmptyResponse.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -40,7 +42,7 @@ StreamParser::Progress OpenAIStreamParser::feed(QByteArrayView line, QStringList
     const json::object *chunk = m_chunk.parse(data);
     if (!chunk)
         return Progress::goesOn;
-    StreamChunk::throwIfError(*chunk, QStringLiteral("Unknown provider error."));
+    StreamChunk::throwIfError(*chunk, u"Unknown provider error."_s);
 
     const json::array *choices = StreamChunk::objects(*chunk, "choices");
     if (!choices || choices->empty())
@@ -83,8 +85,8 @@ AITurnResult OpenAIStreamParser::finish()
     // A truncated turn is never passed on, not even when its calls look complete.
     if (m_finishReason == "length")
         throw AIServiceError(AIServiceError::Api{
-            QStringLiteral("The response was cut off because it reached the maximum token limit. Increase "
-                           "Max tokens in Settings and try again.")});
+            u"The response was cut off because it reached the maximum token limit. Increase "
+            "Max tokens in Settings and try again."_s});
     if (m_finishReason == "content_filter")
         throw AIServiceError(AIServiceError::Blocked{});
 
@@ -97,9 +99,9 @@ AITurnResult OpenAIStreamParser::finish()
         if (!call.arguments.empty()) {
             auto parsed = parseJsonObject(call.arguments);
             if (!parsed)
-                throw AIServiceError(AIServiceError::Api{
-                    QStringLiteral("The AI provider returned a malformed tool call for ") + call.name +
-                    QStringLiteral(". Please try again.")});
+                throw AIServiceError(
+                    AIServiceError::Api{u"The AI provider returned a malformed tool call for "_s + call.name +
+                                        u". Please try again."_s});
             arguments = std::move(*parsed);
         }
         result.toolCalls.append(

@@ -2,6 +2,8 @@
 
 #include "providers/Endpoints.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -21,29 +23,23 @@ QList<ProviderModel> curatedModels(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return models(Price::free,
-                      {QStringLiteral("gemini-3.6-flash"), QStringLiteral("gemini-3.6-flash-lite"),
-                       QStringLiteral("gemini-3.6-pro")});
+        return models(Price::free, {u"gemini-3.6-flash"_s, u"gemini-3.6-flash-lite"_s, u"gemini-3.6-pro"_s});
     case ProviderID::openrouter:
-        return models(Price::paid, {QStringLiteral("deepseek/deepseek-chat-v3-0324")}) +
-               models(Price::free, {QStringLiteral("deepseek/deepseek-chat-v3-0324:free"),
-                                    QStringLiteral("meta-llama/llama-3.3-70b-instruct:free"),
-                                    QStringLiteral("google/gemma-3-27b-it:free")});
+        return models(Price::paid, {u"deepseek/deepseek-chat-v3-0324"_s}) +
+               models(Price::free,
+                      {u"deepseek/deepseek-chat-v3-0324:free"_s, u"meta-llama/llama-3.3-70b-instruct:free"_s,
+                       u"google/gemma-3-27b-it:free"_s});
     case ProviderID::groq:
         return models(Price::free,
-                      {QStringLiteral("llama-3.3-70b-versatile"), QStringLiteral("openai/gpt-oss-120b"),
-                       QStringLiteral("llama-3.1-8b-instant")});
+                      {u"llama-3.3-70b-versatile"_s, u"openai/gpt-oss-120b"_s, u"llama-3.1-8b-instant"_s});
     case ProviderID::ollama:
-        return models(Price::free, {QStringLiteral("qwen2.5"), QStringLiteral("qwen2.5:14b"),
-                                    QStringLiteral("llama3.1:8b"), QStringLiteral("qwen3:4b"),
-                                    QStringLiteral("llama3.2:3b")});
-    case ProviderID::openai:
-        return models(Price::paid, {QStringLiteral("gpt-5-mini"), QStringLiteral("gpt-5"),
-                                    QStringLiteral("gpt-4.1-mini")});
-    case ProviderID::zen:
         return models(Price::free,
-                      {QStringLiteral("deepseek-v4-flash-free"), QStringLiteral("nemotron-3-ultra-free"),
-                       QStringLiteral("mimo-v2.5-free"), QStringLiteral("big-pickle")});
+                      {u"qwen2.5"_s, u"qwen2.5:14b"_s, u"llama3.1:8b"_s, u"qwen3:4b"_s, u"llama3.2:3b"_s});
+    case ProviderID::openai:
+        return models(Price::paid, {u"gpt-5-mini"_s, u"gpt-5"_s, u"gpt-4.1-mini"_s});
+    case ProviderID::zen:
+        return models(Price::free, {u"deepseek-v4-flash-free"_s, u"nemotron-3-ultra-free"_s,
+                                    u"mimo-v2.5-free"_s, u"big-pickle"_s});
     case ProviderID::custom:
         break;
     }
@@ -54,48 +50,46 @@ QString providerNote(ProviderID provider)
 {
     switch (provider) {
     case ProviderID::gemini:
-        return QStringLiteral("Free tier: up to 1,500 requests per day with a 1M-token context window. The "
-                              "daily allowance resets at midnight Pacific Time.");
+        return u"Free tier: up to 1,500 requests per day with a 1M-token context window. The "
+               "daily allowance resets at midnight Pacific Time."_s;
     case ProviderID::openrouter:
-        return QStringLiteral("Free tier: up to 50 requests per day, 20 per minute. A one-time credit "
-                              "purchase raises the daily limit to 1,000. It resets daily.");
+        return u"Free tier: up to 50 requests per day, 20 per minute. A one-time credit "
+               "purchase raises the daily limit to 1,000. It resets daily."_s;
     case ProviderID::groq:
-        return QStringLiteral("Free tier: roughly 30 requests per minute with daily token caps. Very fast "
-                              "responses. It resets at midnight UTC.");
+        return u"Free tier: roughly 30 requests per minute with daily token caps. Very fast "
+               "responses. It resets at midnight UTC."_s;
     case ProviderID::ollama:
-        return QStringLiteral("Local Ollama: no limits, nothing leaves this Mac. Requires Ollama.app; models "
-                              "download once and run fully offline.");
+        return u"Local Ollama: no limits, nothing leaves this Mac. Requires Ollama.app; models "
+               "download once and run fully offline."_s;
     case ProviderID::openai:
-        return QStringLiteral("Pay as you go: billed per token on your OpenAI API account. There is no free "
-                              "tier; you add billing and create a key at ") +
-               QString::fromUtf16(openaiPlatformSite) + QLatin1Char('.');
+        return u"Pay as you go: billed per token on your OpenAI API account. There is no free "
+               "tier; you add billing and create a key at "_s +
+               QString::fromUtf16(openaiPlatformSite) + u'.';
     case ProviderID::zen:
-        return QStringLiteral(
-            "OpenCode Zen is the OpenCode team's curated gateway. A rotating set of models (names ending in "
-            "-free) costs nothing; paid models are billed per request from credits on your OpenCode account. "
-            "Note: during their free period, some free models may use your prompts to improve themselves, so "
-            "avoid sharing anything private there.");
+        return u"OpenCode Zen is the OpenCode team's curated gateway. A rotating set of models (names ending "
+               u"in "
+               "-free) costs nothing; paid models are billed per request from credits on your OpenCode "
+               "account. "
+               "Note: during their free period, some free models may use your prompts to improve themselves, "
+               "so "
+               "avoid sharing anything private there."_s;
     case ProviderID::custom:
         break;
     }
-    return QStringLiteral("Connect any OpenAI-compatible server: pick a preset below or paste an API base "
-                          "URL. Local servers like LM Studio need no key; hosted ones use the key they gave "
-                          "you. The model list is loaded from your server automatically.");
+    return u"Connect any OpenAI-compatible server: pick a preset below or paste an API base "
+           "URL. Local servers like LM Studio need no key; hosted ones use the key they gave "
+           "you. The model list is loaded from your server automatically."_s;
 }
 
 QList<CustomPreset> customPresets()
 {
     return {
-        {QStringLiteral("GitHub Models"), QStringLiteral("https://models.github.ai/inference"), true,
-         QStringLiteral("free tier with a GitHub personal access token")},
-        {QStringLiteral("LM Studio"), QStringLiteral("http://localhost:1234/v1"), false,
-         QStringLiteral("local models running on this Mac")},
-        {QStringLiteral("NVIDIA NIM"), QStringLiteral("https://integrate.api.nvidia.com/v1"), true,
-         QStringLiteral("free trial credits")},
-        {QStringLiteral("DeepSeek"), QStringLiteral("https://api.deepseek.com/v1"), true,
-         QStringLiteral("pay per token")},
-        {QStringLiteral("Mistral"), QStringLiteral("https://api.mistral.ai/v1"), true,
-         QStringLiteral("has a free tier")},
+        {u"GitHub Models"_s, u"https://models.github.ai/inference"_s, true,
+         u"free tier with a GitHub personal access token"_s},
+        {u"LM Studio"_s, u"http://localhost:1234/v1"_s, false, u"local models running on this Mac"_s},
+        {u"NVIDIA NIM"_s, u"https://integrate.api.nvidia.com/v1"_s, true, u"free trial credits"_s},
+        {u"DeepSeek"_s, u"https://api.deepseek.com/v1"_s, true, u"pay per token"_s},
+        {u"Mistral"_s, u"https://api.mistral.ai/v1"_s, true, u"has a free tier"_s},
     };
 }
 

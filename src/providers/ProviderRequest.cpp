@@ -3,6 +3,8 @@
 #include "providers/AIServiceError.h"
 #include "providers/ChatCompletionsURL.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -15,14 +17,14 @@ QUrl openAIURL(const AIConfiguration &config, const Endpoints &endpoints)
         auto url = chatCompletionsURL(config.baseURL);
         if (!url)
             throw AIServiceError(AIServiceError::Api{
-                QStringLiteral("The custom provider's API base URL is missing or invalid. Open Settings and "
-                               "check it (for example ") +
-                QString::fromUtf16(exampleBaseURL) + QStringLiteral(").")});
+                u"The custom provider's API base URL is missing or invalid. Open Settings and "
+                "check it (for example "_s +
+                QString::fromUtf16(exampleBaseURL) + u")."_s});
         return *url;
     }
     QUrl url(endpoints.chatCompletions(config.provider), QUrl::StrictMode);
     if (!url.isValid() || url.host().isEmpty())
-        throw AIServiceError(AIServiceError::Api{QStringLiteral("Invalid provider URL.")});
+        throw AIServiceError(AIServiceError::Api{u"Invalid provider URL."_s});
     return url;
 }
 
@@ -53,11 +55,11 @@ HttpRequest openAIRequest(const AIConfiguration &config, const Endpoints &endpoi
 
 HttpRequest geminiRequest(const AIConfiguration &config, const Endpoints &endpoints)
 {
-    const QUrl url(endpoints.gemini + QStringLiteral("/v1beta/models/") + config.model +
-                       QStringLiteral(":streamGenerateContent?alt=sse"),
+    const QUrl url(endpoints.gemini + u"/v1beta/models/"_s + config.model +
+                       u":streamGenerateContent?alt=sse"_s,
                    QUrl::StrictMode);
     if (!url.isValid() || url.host().isEmpty())
-        throw AIServiceError(AIServiceError::Api{QStringLiteral("Invalid Gemini model or API URL.")});
+        throw AIServiceError(AIServiceError::Api{u"Invalid Gemini model or API URL."_s});
     HttpRequest request = jsonRequest(url);
     request.headers.set("x-goog-api-key", config.apiKey.toUtf8());
     return request;

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -44,7 +46,7 @@ void requireWritable(const AIConfiguration &config)
 {
     if (!std::isfinite(config.temperature))
         throw AIServiceError(AIServiceError::Api{
-            QStringLiteral("The temperature in Settings is not a number. Open Settings and correct it.")});
+            u"The temperature in Settings is not a number. Open Settings and correct it."_s});
 }
 
 } // namespace morvane

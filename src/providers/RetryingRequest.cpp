@@ -6,6 +6,8 @@
 #include "providers/DiscardBody.h"
 #include "providers/RetryDelay.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -32,7 +34,7 @@ Task<HttpResponse> streamRequest(HttpClient &client, HttpRequest request)
             co_await checkCancelled();
     }
     throw AIServiceError(AIServiceError::Api{
-        QStringLiteral("The AI provider was unreachable after several attempts. Try again in a moment.")});
+        u"The AI provider was unreachable after several attempts. Try again in a moment."_s});
 }
 
 } // namespace morvane

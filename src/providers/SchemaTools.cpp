@@ -18,10 +18,9 @@ void compactProperty(json::object &property)
     if (auto *items = property.if_contains("items"); items && items->is_object())
         *items = compactSchema(items->get_object());
     if (auto *nested = property.if_contains("properties"); nested && nested->is_object()) {
-        for (auto &member : nested->get_object()) {
+        for (auto &member : nested->get_object())
             if (auto *object = member.value().if_object())
                 removeDescription(*object);
-        }
     }
 }
 
@@ -32,10 +31,9 @@ json::object compactSchema(const json::object &schema)
     json::object result = schema;
     removeDescription(result);
     if (auto *properties = result.if_contains("properties"); properties && properties->is_object()) {
-        for (auto &member : properties->get_object()) {
+        for (auto &member : properties->get_object())
             if (auto *property = member.value().if_object())
                 compactProperty(*property);
-        }
     }
     return result;
 }

@@ -100,10 +100,9 @@ public:
     {
         LinuxDeliveryAlarm::Surroundings surroundings = LinuxDeliveryAlarm::realSurroundings();
         SystemdTimers timers({surroundings.helper, u"deliver"_s}, surroundings.run);
-        for (const Reminder &reminder : m_pending.list()) {
+        for (const Reminder &reminder : m_pending.list())
             if (!timers.start(reminder.id, reminder.fireDate + deliveryGrace))
                 return wait();
-        }
         return end();
     }
 

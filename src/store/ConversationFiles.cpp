@@ -19,6 +19,8 @@
 #include <thread>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -50,7 +52,7 @@ ssize_t readSome(const FileDescriptor &file, char *buffer, std::size_t size)
 
 void narrow(const FileDescriptor &file)
 {
-    struct stat status {};
+    struct stat status{};
     if (::fstat(file.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
         ::fchmod(file.get(), S_IRUSR | S_IWUSR);
 }
@@ -107,7 +109,7 @@ QList<ConversationMeta> ConversationFiles::list()
         const ConversationSummary &summary = *scanned->summary;
         newestFirst.insert({summary.updatedAt,
                             {.id = summary.id,
-                             .title = summary.title.isEmpty() ? QStringLiteral("Untitled") : summary.title,
+                             .title = summary.title.isEmpty() ? u"Untitled"_s : summary.title,
                              .updatedAt = summary.updatedAt,
                              .messageCount = summary.messageCount}});
     }

@@ -4,6 +4,8 @@
 #include "base/ReferenceDate.h"
 #include "store/ConversationFiles.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -38,7 +40,7 @@ ConversationMeta ConversationStore::save(QUuid id, QString title, QList<ChatMess
 {
     const double now = referenceDateNow();
     ConversationMeta meta{.id = id,
-                          .title = title.isEmpty() ? QStringLiteral("Untitled") : title,
+                          .title = title.isEmpty() ? u"Untitled"_s : title,
                           .updatedAt = now,
                           .messageCount = messages.size()};
     m_disk.start([this, id, title = std::move(title), messages = std::move(messages), now] {

@@ -11,32 +11,34 @@
 #include <cmath>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const auto providerKey = QStringLiteral("provider");
-const auto modelKey = QStringLiteral("model");
-const auto customBaseURLKey = QStringLiteral("customBaseURL");
-const auto systemPromptKey = QStringLiteral("systemPrompt");
-const auto temperatureKey = QStringLiteral("temperature");
-const auto maxStepsKey = QStringLiteral("maxSteps");
-const auto unlimitedStepsKey = QStringLiteral("unlimitedSteps");
-const auto announceKey = QStringLiteral("announce");
-const auto useToolsKey = QStringLiteral("useTools");
-const auto alwaysAllowedToolsKey = QStringLiteral("alwaysAllowedTools");
-const auto systemPromptVersionKey = QStringLiteral("systemPromptVersion");
-const auto modelDefaultsVersionKey = QStringLiteral("modelDefaultsVersion");
+const auto providerKey = u"provider"_s;
+const auto modelKey = u"model"_s;
+const auto customBaseURLKey = u"customBaseURL"_s;
+const auto systemPromptKey = u"systemPrompt"_s;
+const auto temperatureKey = u"temperature"_s;
+const auto maxStepsKey = u"maxSteps"_s;
+const auto unlimitedStepsKey = u"unlimitedSteps"_s;
+const auto announceKey = u"announce"_s;
+const auto useToolsKey = u"useTools"_s;
+const auto alwaysAllowedToolsKey = u"alwaysAllowedTools"_s;
+const auto systemPromptVersionKey = u"systemPromptVersion"_s;
+const auto modelDefaultsVersionKey = u"modelDefaultsVersion"_s;
 
 constexpr int modelDefaultsVersion = 1;
 constexpr int lowestMaxSteps = 8;
 
 /// The service under which old versions kept their keys.
-const auto keychainService = QStringLiteral("com.morvaneapp.mac");
+const auto keychainService = u"com.morvaneapp.mac"_s;
 
 QString apiKeyKey(ProviderID provider)
 {
-    return QStringLiteral("apiKey_") + rawValue(provider);
+    return u"apiKey_"_s + rawValue(provider);
 }
 
 /// A text that was edited by hand without quotes is read as a list where it has a comma.
@@ -45,8 +47,7 @@ QString textValue(const UserDefaults &defaults, const QString &key, const QStrin
     if (!defaults.contains(key))
         return absent;
     const QVariant value = defaults.value(key);
-    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(QStringLiteral(", "))
-                                                    : value.toString();
+    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(u", "_s) : value.toString();
 }
 
 bool booleanValue(const UserDefaults &defaults, const QString &key, bool absent)
@@ -133,10 +134,10 @@ void SettingsStore::migrateModelDefaults()
 {
     if (integerValue(m_defaults, modelDefaultsVersionKey, 0) >= modelDefaultsVersion)
         return;
-    const auto oldFreeModel = QStringLiteral("deepseek/deepseek-chat-v3-0324:free");
+    const auto oldFreeModel = u"deepseek/deepseek-chat-v3-0324:free"_s;
     if (m_providerID == ProviderID::openrouter &&
         textValue(m_defaults, modelKey, QString()) == oldFreeModel) {
-        m_model = QStringLiteral("deepseek/deepseek-chat-v3-0324");
+        m_model = u"deepseek/deepseek-chat-v3-0324"_s;
         persist();
     }
     m_defaults.set(modelDefaultsVersionKey, modelDefaultsVersion);

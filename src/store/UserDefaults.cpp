@@ -89,12 +89,11 @@ void UserDefaults::adoptForeignChanges()
         return;
     }
     m_values = std::move(content.values);
-    for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change) {
+    for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change)
         if (*change)
             m_values.insert(change.key(), **change);
         else
             m_values.remove(change.key());
-    }
 }
 
 void UserDefaults::set(const QString &key, const QVariant &value)

@@ -16,12 +16,11 @@ namespace {
 bool isArithmetic(const QString &expression)
 {
     bool hasDigit = false;
-    for (const QChar unit : expression) {
+    for (const QChar unit : expression)
         if (unit >= u'0' && unit <= u'9')
             hasDigit = true;
         else if (!unit.isSpace() && !QStringView(u".+-*/()").contains(unit))
             return false;
-    }
     return hasDigit;
 }
 

@@ -43,10 +43,9 @@ QStringView linesAround(QStringView text, qsizetype start, qsizetype end)
     while (!isLineStart(text, start))
         --start;
     // A match that ends with a line end does not touch the line behind it.
-    if (end == start || !isLineStart(text, end)) {
+    if (end == start || !isLineStart(text, end))
         while (end < text.size() && !endsLine(text[end]))
             ++end;
-    }
     return text.sliced(start, end - start);
 }
 

@@ -31,7 +31,7 @@ constexpr qint64 editableBytes = 100'000'000;
 
 std::optional<struct stat> statusOf(const QByteArray &path)
 {
-    struct stat status {};
+    struct stat status{};
     if (::stat(path.constData(), &status) != 0)
         return std::nullopt;
     return status;

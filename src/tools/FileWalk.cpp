@@ -14,7 +14,7 @@ namespace {
 FileWalk::Kind kindOf(const std::string &path, unsigned char type)
 {
     if (type == DT_UNKNOWN) { // Some file systems do not tell.
-        struct stat status {};
+        struct stat status{};
         if (::lstat(path.c_str(), &status) == 0)
             type = IFTODT(status.st_mode);
     }

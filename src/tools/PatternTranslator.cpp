@@ -67,12 +67,11 @@ std::optional<std::string> PatternTranslator::translate()
 
 void PatternTranslator::translateAlternatives()
 {
-    while (!atEnd() && !next(u")")) {
+    while (!atEnd() && !next(u")"))
         if (skip(u"|"))
             m_output += '|';
         else
             translateElement();
-    }
 }
 
 void PatternTranslator::translateElement()
@@ -171,14 +170,13 @@ void PatternTranslator::translateFlags()
 {
     m_hasFlags = true;
     bool isOn = true;
-    while (!atEnd() && !next(u")") && !next(u":")) {
+    while (!atEnd() && !next(u")") && !next(u":"))
         if (skip(u"-"))
             isOn = false;
         else if (skip(u"i"))
             m_ignoresCase = m_ignoresCase || isOn;
         else if (!skip(u"m") && !skip(u"s") && !skip(u"w"))
             m_gaveUp = true; // "x" gives blanks and "#" another meaning
-    }
 }
 
 void PatternTranslator::translateSet()

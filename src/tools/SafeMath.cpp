@@ -213,10 +213,9 @@ std::expected<double, SafeMathError> SafeMath::evaluate(QStringView text)
     if (!tokens)
         return Failure(tokens.error());
     Postfix postfix;
-    for (const MathToken &token : *tokens) {
+    for (const MathToken &token : *tokens)
         if (auto error = postfix.add(token))
             return Failure(std::move(*error));
-    }
     const auto output = postfix.finish();
     if (!output)
         return Failure(output.error());

@@ -106,10 +106,9 @@ bool isHexDigit(char byte)
 std::optional<QString> withoutPercentEncoding(QStringView text)
 {
     const QByteArray encoded = text.toUtf8();
-    for (qsizetype at = encoded.indexOf('%'); at >= 0; at = encoded.indexOf('%', at + 1)) {
+    for (qsizetype at = encoded.indexOf('%'); at >= 0; at = encoded.indexOf('%', at + 1))
         if (at + 2 >= encoded.size() || !isHexDigit(encoded[at + 1]) || !isHexDigit(encoded[at + 2]))
             return std::nullopt;
-    }
     const QByteArray decoded = QByteArray::fromPercentEncoding(encoded);
     if (!decoded.isValidUtf8())
         return std::nullopt;

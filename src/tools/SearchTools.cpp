@@ -32,7 +32,7 @@ QString SearchTools::grepSearch(const QString &pattern, const QString &path, con
     if (pattern.isEmpty())
         return u"Error: empty search pattern."_s;
     const QByteArray root = nativePath(expandingTilde(path));
-    struct stat status {};
+    struct stat status{};
     if (::stat(root.constData(), &status) != 0)
         return u"Error: the path \"%1\" does not exist."_s.arg(path);
     const auto search = FileSearch::compile(pattern, include);
@@ -64,7 +64,7 @@ QString SearchTools::globFind(const QString &pattern, const QString &path)
     if (pattern.isEmpty())
         return u"Error: empty pattern."_s;
     const QByteArray root = nativePath(expandingTilde(path));
-    struct stat status {};
+    struct stat status{};
     if (::stat(root.constData(), &status) != 0 || !S_ISDIR(status.st_mode))
         return u"Error: the path \"%1\" is not a directory."_s.arg(path);
     const auto glob = Glob::compile(pattern);

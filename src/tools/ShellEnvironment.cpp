@@ -7,10 +7,9 @@ constexpr QByteArrayView name = "PATH=";
 
 QByteArray extended(QByteArray path)
 {
-    for (const char *const folder : {"/opt/homebrew/bin:", "/usr/local/bin:"}) {
+    for (const char *const folder : {"/opt/homebrew/bin:", "/usr/local/bin:"})
         if (!path.contains(folder))
             path.prepend(folder);
-    }
     return path;
 }
 

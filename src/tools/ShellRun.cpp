@@ -30,10 +30,9 @@ ShellRun::ShellRun(ChildProcess child, OneShot<QString> answer, const ShellLimit
 
 void ShellRun::addTo(std::vector<pollfd> &waits) const
 {
-    for (const Stream &stream : m_streams) {
+    for (const Stream &stream : m_streams)
         if (stream.pipe.isOpen())
             waits.push_back({stream.pipe.get(), POLLIN, 0});
-    }
     if (m_child.isRunning() && m_child.endNotice().isOpen())
         waits.push_back({m_child.endNotice().get(), POLLIN, 0});
 }

@@ -93,7 +93,7 @@ Task<QString> WebTools::webSearch(QString query)
     if (!page->isSuccess())
         co_return searchFailure(page->status);
     if (page->tooLarge)
-        co_return searchFailure(TransportError(TransportError::Kind::TooLarge).description());
+        co_return searchFailure(TransportError(TransportError::Kind::tooLarge).description());
     const auto results = co_await runOffMain([body = std::move(page->body)] { return firstResults(body); });
     if (!results)
         co_return u"Could not read the search results."_s;
@@ -114,7 +114,7 @@ Task<QString> WebTools::duckDuckGoInstantAnswer(QString query)
     if (!page->isSuccess())
         co_return searchFailure(page->status);
     if (page->tooLarge)
-        co_return searchFailure(TransportError(TransportError::Kind::TooLarge).description());
+        co_return searchFailure(TransportError(TransportError::Kind::tooLarge).description());
     const QString answer =
         co_await runOffMain([body = std::move(page->body)] { return InstantAnswer::text(body); });
     co_return answer.isEmpty() ? noResults(query) : answer;
@@ -171,7 +171,7 @@ Task<WebTools::Page> WebTools::receive(HttpClient *http, HttpRequest request, qi
     try {
         page.body = co_await response.body(maximumBytes);
     } catch (const TransportError &error) {
-        if (error.kind() != TransportError::Kind::TooLarge)
+        if (error.kind() != TransportError::Kind::tooLarge)
             throw;
         page.tooLarge = true;
     }
@@ -181,7 +181,7 @@ Task<WebTools::Page> WebTools::receive(HttpClient *http, HttpRequest request, qi
 Task<WebTools::Page> WebTools::failWhenLate(std::chrono::milliseconds limit)
 {
     co_await sleepFor(limit);
-    throw TransportError(TransportError::Kind::TimedOut);
+    throw TransportError(TransportError::Kind::timedOut);
 }
 
 } // namespace morvane

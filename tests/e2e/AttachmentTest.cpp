@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -16,16 +18,16 @@ protected:
     MorvaneSession &startSeeing()
     {
         MorvaneSession &morvane = prepare({ScriptedTurn::saying({"I have read all of it."})});
-        morvane.setSetting(QStringLiteral("model"), QStringLiteral("scripted-vision"));
+        morvane.setSetting(u"model"_s, u"scripted-vision"_s);
         morvane.start();
         return morvane;
     }
     void paste(MorvaneSession &morvane)
     {
-        const auto field = QStringLiteral("Message Morvane");
+        const auto field = u"Message Morvane"_s;
         morvane.program().find(field).takeFocus();
         ASSERT_TRUE(morvane.program().focuses(field));
-        morvane.keyboard().press(QStringLiteral("Ctrl+V"));
+        morvane.keyboard().press(u"Ctrl+V"_s);
     }
     /// The content of the user's message in the request that the model got.
     static boost::json::value sentContent(MorvaneSession &morvane)
@@ -46,20 +48,19 @@ TEST_F(AttachmentTest, PastedImageScanAndTextReachTheModel)
     const ClipboardOwner clipboard(
         morvane.display(),
         {{"text/uri-list",
-          uriList({m_files.write(QStringLiteral("photo.jpg"), m_photo),
-                   m_files.write(QStringLiteral("scan.pdf"),
-                                 samplePdf({{SamplePage::Kind::scanned, QStringLiteral("Dear reader")}})),
-                   m_files.write(QStringLiteral("notes.txt"), "Remember the milk.")})}});
+          uriList({m_files.write(u"photo.jpg"_s, m_photo),
+                   m_files.write(u"scan.pdf"_s, samplePdf({{SamplePage::Kind::scanned, u"Dear reader"_s}})),
+                   m_files.write(u"notes.txt"_s, "Remember the milk.")})}});
     paste(morvane);
     for (const char *name : {"photo.jpg", "scan.pdf", "notes.txt"}) {
-        EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Attaching %1…").arg(QLatin1String(name))));
-        EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Attached %1.").arg(QLatin1String(name))));
+        EXPECT_TRUE(morvane.ear().hears(u"Attaching %1…"_s.arg(QLatin1String(name))));
+        EXPECT_TRUE(morvane.ear().hears(u"Attached %1."_s.arg(QLatin1String(name))));
     }
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("3 pending attachments")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Attachment photo.jpg, image")));
-    morvane.send(QStringLiteral("What do these say?"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("I have read all of it.")));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("3 pending attachments")));
+    EXPECT_TRUE(morvane.program().shows(u"3 pending attachments"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Attachment photo.jpg, image"_s));
+    morvane.send(u"What do these say?"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I have read all of it."_s));
+    EXPECT_TRUE(morvane.program().hides(u"3 pending attachments"_s));
 
     const auto content = sentContent(morvane);
     ASSERT_EQ(content.as_array().size(), 2u);
@@ -76,19 +77,19 @@ TEST_F(AttachmentTest, PastedImageScanAndTextReachTheModel)
 TEST_F(AttachmentTest, FileFromTheDialogIsPreparedForTheModel)
 {
     MorvaneSession &morvane = startSeeing();
-    const QString path = m_files.write(QStringLiteral("large.png"), m_largePhoto);
-    morvane.program().find(QStringLiteral("Attach a file or image"), AccessibleRole::pushButton).press();
+    const QString path = m_files.write(u"large.png"_s, m_largePhoto);
+    morvane.program().find(u"Attach a file or image"_s, AccessibleRole::pushButton).press();
     const AccessibleElement name = morvane.program().find(
         [](const AccessibleNode &node) {
             return node.role == AccessibleRole::text && node.has(AccessibleState::focused) &&
-                   node.name != QLatin1String("Message Morvane");
+                   node.name != "Message Morvane"_L1;
         },
-        QStringLiteral("the dialog's file name"));
+        u"the dialog's file name"_s);
     name.setText(path);
-    morvane.keyboard().press(QStringLiteral("Return"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Attached large.png.")));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("I have read all of it.")));
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Attached large.png."_s));
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I have read all of it."_s));
 
     const auto content = sentContent(morvane);
     ASSERT_EQ(content.as_array().size(), 1u);
@@ -105,9 +106,9 @@ TEST_F(AttachmentTest, PastedPictureIsSentAsItWasCopied)
     const QByteArray png = encoded(samplePhoto({60, 40}), "png");
     const ClipboardOwner clipboard(morvane.display(), {{"image/png", png}});
     paste(morvane);
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Attached Pasted image.png.")));
-    morvane.send(QStringLiteral("And this?"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("I have read all of it.")));
+    ASSERT_TRUE(morvane.ear().hears(u"Attached Pasted image.png."_s));
+    morvane.send(u"And this?"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I have read all of it."_s));
     EXPECT_EQ(sentContent(morvane).at(1).at("image_url").at("url").as_string(),
               "data:image/png;base64," + png.toBase64().toStdString());
 }
@@ -115,37 +116,34 @@ TEST_F(AttachmentTest, PastedPictureIsSentAsItWasCopied)
 TEST_F(AttachmentTest, ModelThatCannotSeeIsWarnedOfAndTheDraftIsKept)
 {
     MorvaneSession &morvane = start({ScriptedTurn::saying({"Text only."})});
-    const ClipboardOwner clipboard(
-        morvane.display(),
-        {{"text/uri-list", uriList({m_files.write(QStringLiteral("photo.jpg"), m_photo)})}});
+    const ClipboardOwner clipboard(morvane.display(),
+                                   {{"text/uri-list", uriList({m_files.write(u"photo.jpg"_s, m_photo)})}});
     paste(morvane);
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Attached photo.jpg.")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral(
-        "Warning: the current model can't see images. Switch to a vision model to send them.")));
-    morvane.send(QStringLiteral("What is this?"));
+    ASSERT_TRUE(morvane.ear().hears(u"Attached photo.jpg."_s));
+    EXPECT_TRUE(morvane.program().shows(
+        u"Warning: the current model can't see images. Switch to a vision model to send them."_s));
+    morvane.send(u"What is this?"_s);
     EXPECT_TRUE(morvane.ear().hears(
-        QStringLiteral("The current model can't see images. Switch to a vision model, like Gemini or G P T "
-                       "five mini, to send this attachment, or remove the image.")));
-    EXPECT_EQ(morvane.program().find(QStringLiteral("Message Morvane")).text(),
-              QStringLiteral("What is this?"));
-    morvane.program().find(QStringLiteral("Remove attachment photo.jpg")).press();
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Removed attachment photo.jpg")));
-    EXPECT_TRUE(morvane.program().focuses(QStringLiteral("Message Morvane")));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Text only.")));
+        u"The current model can't see images. Switch to a vision model, like Gemini or G P T "
+        "five mini, to send this attachment, or remove the image."_s));
+    EXPECT_EQ(morvane.program().find(u"Message Morvane"_s).text(), u"What is this?"_s);
+    morvane.program().find(u"Remove attachment photo.jpg"_s).press();
+    EXPECT_TRUE(morvane.ear().hears(u"Removed attachment photo.jpg"_s));
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    morvane.keyboard().press(u"Return"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Text only."_s));
 }
 
 TEST_F(AttachmentTest, RefusedFileIsHeard)
 {
     MorvaneSession &morvane = startSeeing();
     const ClipboardOwner clipboard(
-        morvane.display(),
-        {{"text/uri-list", uriList({m_files.write(QStringLiteral("archive.zip"), "PK\x03\x04\xFF")})}});
+        morvane.display(), {{"text/uri-list", uriList({m_files.write(u"archive.zip"_s, "PK\x03\x04\xFF")})}});
     paste(morvane);
     EXPECT_TRUE(morvane.ear().hears(
-        QStringLiteral("\"archive.zip\" does not appear to be a text file. Supported types are images, PDFs, "
-                       "and text or code files.")));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("1 pending attachment")));
+        u"\"archive.zip\" does not appear to be a text file. Supported types are images, PDFs, "
+        "and text or code files."_s));
+    EXPECT_TRUE(morvane.program().hides(u"1 pending attachment"_s));
 }
 
 } // namespace

@@ -4,11 +4,13 @@
 
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
-const auto titled = QStringLiteral("Conversation summarized as: Scripted title.");
-const auto started = QStringLiteral("New conversation started.");
+const auto titled = u"Conversation summarized as: Scripted title."_s;
+const auto started = u"New conversation started."_s;
 
 class ConversationsTest : public MorvaneTest {
 protected:
@@ -36,103 +38,98 @@ protected:
 TEST_F(ConversationsTest, ControlNBeginsANewConversation)
 {
     MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, QStringLiteral("First question"));
-    morvane.keyboard().press(QStringLiteral("Ctrl+N"));
+    ask(morvane, u"First question"_s);
+    morvane.keyboard().press(u"Ctrl+N"_s);
     EXPECT_TRUE(morvane.ear().hears(started));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Morvane said Answer one.")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Try asking: What can you do?")));
+    EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer one."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Try asking: What can you do?"_s));
     EXPECT_EQ(morvane.storedConversations().size(), 1);
 }
 
 TEST_F(ConversationsTest, AnotherConversationIsOpenedFromTheList)
 {
     MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, QStringLiteral("First question"));
-    morvane.keyboard().press(QStringLiteral("Ctrl+N"));
+    ask(morvane, u"First question"_s);
+    morvane.keyboard().press(u"Ctrl+N"_s);
     ASSERT_TRUE(morvane.ear().hears(started));
-    ask(morvane, QStringLiteral("Second question"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Answer two.")));
+    ask(morvane, u"Second question"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said Answer two."_s));
 
     // The newest conversation stands first, so the other is the last of the list.
     std::optional<AccessibleElement> older;
     ASSERT_TRUE(waitUntil([&] {
         QList<AccessibleElement> entries;
         morvane.program().tree().visit([&](const AccessibleNode &node) {
-            if (begins(QStringLiteral("Open Scripted title, updated "))(node)) {
+            if (begins(u"Open Scripted title, updated "_s)(node))
                 entries.append(node.element);
-            }
         });
-        if (entries.size() == 2) {
+        if (entries.size() == 2)
             older = entries.last();
-        }
         return older.has_value();
     }));
-    EXPECT_TRUE(older->name().endsWith(QLatin1String(", 2 messages"))) << older->name().toStdString();
+    EXPECT_TRUE(older->name().endsWith(", 2 messages"_L1)) << older->name().toStdString();
     // Tab goes round to the list, whose rows the arrow keys reach and Return opens.
     auto focused = morvane.program().focused();
-    for (int stop = 0; stop < 20 && focused && !focused->name.startsWith(QLatin1String("Open ")); ++stop) {
+    for (int stop = 0; stop < 20 && focused && !focused->name.startsWith("Open "_L1); ++stop) {
         const QString before = focused->element.path();
-        morvane.keyboard().press(QStringLiteral("Tab"));
+        morvane.keyboard().press(u"Tab"_s);
         ASSERT_TRUE(waitUntil([&] {
             focused = morvane.program().focused();
             return focused && focused->element.path() != before;
         }));
     }
-    ASSERT_TRUE(focused && focused->name.startsWith(QLatin1String("Open ")));
-    morvane.keyboard().press(QStringLiteral("End"));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Opened Scripted title.")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Answer one.")));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Morvane said Answer two.")));
+    ASSERT_TRUE(focused && focused->name.startsWith("Open "_L1));
+    morvane.keyboard().press(u"End"_s);
+    morvane.keyboard().press(u"Return"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Opened Scripted title."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
+    EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer two."_s));
 }
 
 TEST_F(ConversationsTest, ADeletedConversationIsGoneFromListAndDisk)
 {
     MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, QStringLiteral("First question"));
+    ask(morvane, u"First question"_s);
     ASSERT_TRUE(waitUntil([&] { return morvane.storedConversations().size() == 1; }));
-    morvane.program().find(QStringLiteral("Delete Scripted title")).press();
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Conversation deleted.")));
+    morvane.program().find(u"Delete Scripted title"_s).press();
+    EXPECT_TRUE(morvane.ear().hears(u"Conversation deleted."_s));
     EXPECT_TRUE(waitUntil([&] { return morvane.storedConversations().isEmpty(); }));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Morvane said Answer one.")));
-    EXPECT_TRUE(
-        morvane.program().shows(QStringLiteral("No saved conversations yet. They are saved automatically.")));
+    EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer one."_s));
+    EXPECT_TRUE(morvane.program().shows(u"No saved conversations yet. They are saved automatically."_s));
 }
 
 TEST_F(ConversationsTest, TheLastConversationIsOpenAgainAfterARestart)
 {
     MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, QStringLiteral("First question"));
+    ask(morvane, u"First question"_s);
     morvane.quit();
     morvane.start();
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Answer one.")));
-    ask(morvane, QStringLiteral("Second question"));
-    EXPECT_TRUE(morvane.storesLastMessage(QStringLiteral("text"), QStringLiteral("Answer two.")));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
+    ask(morvane, u"Second question"_s);
+    EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Answer two."_s));
     EXPECT_EQ(morvane.storedConversations().size(), 1);
 }
 
 TEST_F(ConversationsTest, AKilledProgramLosesNoFinishedRequest)
 {
     MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, QStringLiteral("First question"));
-    ASSERT_TRUE(morvane.storesLastMessage(QStringLiteral("text"), QStringLiteral("Answer one.")));
+    ask(morvane, u"First question"_s);
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, u"Answer one."_s));
     morvane.program().process().kill();
     morvane.start();
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Answer one.")));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
 }
 
 TEST_F(ConversationsTest, AConversationFromASuggestionNeedsOnlyReturn)
 {
     MorvaneSession &morvane = startWithAnswers();
-    morvane.program().find(QStringLiteral("Try asking: What can you do?")).press();
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("Message Morvane")));
-    ASSERT_TRUE(waitUntil([&] {
-        return morvane.program().find(QStringLiteral("Message Morvane")).text() ==
-               QLatin1String("What can you do?");
-    }));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("You said What can you do?")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Answer one.")));
+    morvane.program().find(u"Try asking: What can you do?"_s).press();
+    ASSERT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    ASSERT_TRUE(waitUntil(
+        [&] { return morvane.program().find(u"Message Morvane"_s).text() == "What can you do?"_L1; }));
+    morvane.keyboard().press(u"Return"_s);
+    EXPECT_TRUE(morvane.program().shows(u"You said What can you do?"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -32,7 +34,7 @@ TEST_F(InstanceTest, AStartAfterACrashOpensAWindow)
     MorvaneSession &morvane = start({});
     morvane.program().process().kill();
     morvane.start();
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Message Morvane")));
+    EXPECT_TRUE(morvane.program().shows(u"Message Morvane"_s));
 }
 
 TEST_F(InstanceTest, TheProgramEndsOrderlyWhenTheSessionEnds)

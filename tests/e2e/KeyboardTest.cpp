@@ -6,6 +6,8 @@
 #include <QSet>
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -26,16 +28,15 @@ protected:
             visited.insert(before->element.path());
             names.append(before->name.isEmpty() ? "(no name: " + before->description().trimmed() + ')'
                                                 : before->name);
-            morvane.keyboard().press(QStringLiteral("Tab"));
+            morvane.keyboard().press(u"Tab"_s);
             std::optional<AccessibleNode> after;
             EXPECT_TRUE(waitUntil([&] {
                 after = morvane.program().focused();
                 return after && after->element.path() != before->element.path();
             })) << "Tab does not leave "
                 << names.last().toStdString();
-            if (after && after->element.path() == before->element.path()) {
+            if (after && after->element.path() == before->element.path())
                 break;
-            }
             before = after;
         }
         return names;
@@ -51,9 +52,8 @@ protected:
                 node.role == AccessibleRole::comboBox || node.role == AccessibleRole::entry ||
                 node.role == AccessibleRole::listItem || node.role == AccessibleRole::menuItem ||
                 node.has(AccessibleState::focusable);
-            if (isControl && node.has(AccessibleState::showing) && node.name.isEmpty()) {
+            if (isControl && node.has(AccessibleState::showing) && node.name.isEmpty())
                 found.append(node.description().trimmed());
-            }
         });
         return found;
     }
@@ -62,56 +62,55 @@ protected:
 TEST_F(KeyboardTest, TabReachesEveryControlOfAnEmptyWindow)
 {
     MorvaneSession &morvane = start({});
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("Message Morvane")));
+    ASSERT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
     const QStringList names = tabOnceRound(morvane);
-    EXPECT_THAT(names,
-                IsSupersetOf({QStringLiteral("Message Morvane"), QStringLiteral("New conversation"),
-                              QStringLiteral("Settings"), QStringLiteral("Try asking: What can you do?"),
-                              QStringLiteral("Try asking: Search the web for the latest macOS version")}));
-    EXPECT_THAT(names.filter(QStringLiteral("(no name")), IsEmpty());
+    EXPECT_THAT(names, IsSupersetOf({u"Message Morvane"_s, u"New conversation"_s, u"Settings"_s,
+                                     u"Try asking: What can you do?"_s,
+                                     u"Try asking: Search the web for the latest macOS version"_s}));
+    EXPECT_THAT(names.filter(u"(no name"_s), IsEmpty());
 }
 
 TEST_F(KeyboardTest, TabReachesRowsConversationsAndTheirButtons)
 {
     MorvaneSession &morvane = start({ScriptedTurn::saying({"An answer."})});
-    morvane.send(QStringLiteral("A question"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Conversation summarized as: Scripted title.")));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Delete Scripted title")));
+    morvane.send(u"A question"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
+    ASSERT_TRUE(morvane.program().shows(u"Delete Scripted title"_s));
     const QStringList names = tabOnceRound(morvane);
-    EXPECT_THAT(names.filter(QStringLiteral("(no name")), IsEmpty());
-    EXPECT_THAT(names, IsSupersetOf({QStringLiteral("Message Morvane"), QStringLiteral("New conversation")}));
+    EXPECT_THAT(names.filter(u"(no name"_s), IsEmpty());
+    EXPECT_THAT(names, IsSupersetOf({u"Message Morvane"_s, u"New conversation"_s}));
 }
 
 TEST_F(KeyboardTest, NoControlLacksAName)
 {
     MorvaneSession &morvane = start({ScriptedTurn::saying({"An answer."})});
     EXPECT_THAT(nameless(morvane.program().tree()), IsEmpty());
-    morvane.send(QStringLiteral("A question"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Conversation summarized as: Scripted title.")));
+    morvane.send(u"A question"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
     EXPECT_THAT(nameless(morvane.program().tree()), IsEmpty());
 }
 
 TEST_F(KeyboardTest, ReturnOnAnEmptyDraftDoesNothing)
 {
     MorvaneSession &morvane = start({ScriptedTurn::saying({"An answer."})});
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("Message Morvane")));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    morvane.keyboard().type(QStringLiteral("hi"));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Morvane said An answer.")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("You said hi")));
+    ASSERT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    morvane.keyboard().press(u"Return"_s);
+    morvane.keyboard().type(u"hi"_s);
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said An answer."_s));
+    EXPECT_TRUE(morvane.program().shows(u"You said hi"_s));
     EXPECT_EQ(morvane.model().requests().front().turn, 0);
-    EXPECT_EQ(morvane.storedConversations().first().value(QLatin1String("messages")).toArray().size(), 2);
+    EXPECT_EQ(morvane.storedConversations().first().value("messages"_L1).toArray().size(), 2);
 }
 
 TEST_F(KeyboardTest, TheSendButtonTellsWhyItCannotSend)
 {
     MorvaneSession &morvane = start({});
     const AccessibleElement disabled =
-        morvane.program().find(QStringLiteral("Send message. Add a message or an attachment first."));
+        morvane.program().find(u"Send message. Add a message or an attachment first."_s);
     EXPECT_FALSE(disabled.has(AccessibleState::enabled));
-    morvane.program().find(QStringLiteral("Message Morvane")).setText(QStringLiteral("Hello"));
-    EXPECT_TRUE(morvane.program().find(QStringLiteral("Send message")).has(AccessibleState::enabled));
+    morvane.program().find(u"Message Morvane"_s).setText(u"Hello"_s);
+    EXPECT_TRUE(morvane.program().find(u"Send message"_s).has(AccessibleState::enabled));
 }
 
 } // namespace

@@ -4,14 +4,16 @@
 
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
 
-const auto answer = QStringLiteral("Six times seven is 42.");
-const auto spokenRow = QStringLiteral("Morvane said Six times seven is 42.");
+const auto answer = u"Six times seven is 42."_s;
+const auto spokenRow = u"Morvane said Six times seven is 42."_s;
 
 class MainRoadTest : public MorvaneTest {
 protected:
@@ -25,16 +27,15 @@ protected:
 TEST_F(MainRoadTest, ARequestIsTypedAnsweredAndHeard)
 {
     MorvaneSession &morvane = startWithCalculation();
-    morvane.send(QStringLiteral("What is six times seven?"));
+    morvane.send(u"What is six times seven?"_s);
     ASSERT_TRUE(morvane.ear().hears(answer));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Conversation summarized as: Scripted title.")));
+    EXPECT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
     EXPECT_THAT(morvane.ear().heard(),
-                ElementsAre(QStringLiteral("Morvane is responding."),
-                            QStringLiteral("Assistant is running: use the calculate tool."), answer,
-                            QStringLiteral("Conversation summarized as: Scripted title.")));
+                ElementsAre(u"Morvane is responding."_s, u"Assistant is running: use the calculate tool."_s,
+                            answer, u"Conversation summarized as: Scripted title."_s));
     EXPECT_TRUE(morvane.program().shows(spokenRow));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("You said What is six times seven?")));
-    EXPECT_TRUE(morvane.hasStatus(QStringLiteral("Ready")));
+    EXPECT_TRUE(morvane.program().shows(u"You said What is six times seven?"_s));
+    EXPECT_TRUE(morvane.hasStatus(u"Ready"_s));
     EXPECT_THAT(
         morvane.activity(),
         ElementsAre(
@@ -47,43 +48,42 @@ TEST_F(MainRoadTest, ARequestIsTypedAnsweredAndHeard)
 TEST_F(MainRoadTest, TheFieldIsEmptyAndHasTheFocusAfterSending)
 {
     MorvaneSession &morvane = startWithCalculation();
-    morvane.send(QStringLiteral("What is six times seven?"));
+    morvane.send(u"What is six times seven?"_s);
     ASSERT_TRUE(morvane.ear().hears(answer));
-    EXPECT_TRUE(morvane.program().focuses(QStringLiteral("Message Morvane")));
-    EXPECT_EQ(morvane.program().find(QStringLiteral("Message Morvane")).text(), QString());
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    EXPECT_EQ(morvane.program().find(u"Message Morvane"_s).text(), QString());
 }
 
 TEST_F(MainRoadTest, TheAnswerIsCopiedByItsRow)
 {
     MorvaneSession &morvane = startWithCalculation();
-    morvane.send(QStringLiteral("What is six times seven?"));
+    morvane.send(u"What is six times seven?"_s);
     ASSERT_TRUE(morvane.ear().hears(answer));
     const AccessibleElement row = morvane.program().find(spokenRow);
-    EXPECT_EQ(row.description(), QStringLiteral("Accessibility actions: copy, read again."));
-    EXPECT_THAT(row.actions(), testing::IsSupersetOf({QStringLiteral("Copy"), QStringLiteral("Read again")}));
-    row.act(QStringLiteral("Copy"));
+    EXPECT_EQ(row.description(), u"Accessibility actions: copy, read again."_s);
+    EXPECT_THAT(row.actions(), testing::IsSupersetOf({u"Copy"_s, u"Read again"_s}));
+    row.act(u"Copy"_s);
     EXPECT_TRUE(waitUntil([&] { return morvane.screen().clipboardText() == answer; }));
 }
 
 TEST_F(MainRoadTest, TheAnswerIsReadAgainByItsRow)
 {
     MorvaneSession &morvane = startWithCalculation();
-    morvane.send(QStringLiteral("What is six times seven?"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Conversation summarized as: Scripted title.")));
+    morvane.send(u"What is six times seven?"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
     morvane.ear().forget();
-    morvane.program().find(spokenRow).act(QStringLiteral("Read again"));
+    morvane.program().find(spokenRow).act(u"Read again"_s);
     EXPECT_TRUE(morvane.ear().hears(answer));
 }
 
 TEST_F(MainRoadTest, TheConversationIsOnDiskWithItsTitle)
 {
     MorvaneSession &morvane = startWithCalculation();
-    morvane.send(QStringLiteral("What is six times seven?"));
-    ASSERT_TRUE(morvane.storesLastMessage(QStringLiteral("text"), answer));
+    morvane.send(u"What is six times seven?"_s);
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, answer));
     EXPECT_TRUE(waitUntil([&] {
         const auto stored = morvane.storedConversations();
-        return stored.size() == 1 &&
-               stored.first().value(QLatin1String("title")) == QLatin1String("Scripted title");
+        return stored.size() == 1 && stored.first().value("title"_L1) == "Scripted title"_L1;
     }));
 }
 
@@ -91,11 +91,11 @@ TEST_F(MainRoadTest, AnnouncementsOfProgressCanBeSwitchedOff)
 {
     MorvaneSession &morvane =
         prepare({ScriptedTurn::saying({"Quiet answer."}), ScriptedTurn::failing(401, "{}")});
-    morvane.setSetting(QStringLiteral("announce"), QStringLiteral("false"));
+    morvane.setSetting(u"announce"_s, u"false"_s);
     morvane.start();
-    morvane.send(QStringLiteral("first"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Quiet answer.")));
-    morvane.send(QStringLiteral("second"));
+    morvane.send(u"first"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said Quiet answer."_s));
+    morvane.send(u"second"_s);
     ASSERT_TRUE(waitUntil([&] { return !morvane.ear().heard().isEmpty(); }));
     EXPECT_THAT(
         morvane.ear().heard(),
@@ -107,9 +107,9 @@ TEST_F(MainRoadTest, AnOlderReaderHearsTheSameRequest)
 {
     MorvaneSession &morvane = prepare({ScriptedTurn::saying({"Heard by all."})}, Hearing::notifications);
     morvane.start();
-    morvane.send(QStringLiteral("Speak"));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Morvane is responding.")));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Heard by all.")));
+    morvane.send(u"Speak"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Morvane is responding."_s));
+    EXPECT_TRUE(morvane.ear().hears(u"Heard by all."_s));
 }
 
 TEST_F(MainRoadTest, TwentyThousandStreamedWordsArriveWholeOnDiskAndInTheEar)
@@ -117,10 +117,10 @@ TEST_F(MainRoadTest, TwentyThousandStreamedWordsArriveWholeOnDiskAndInTheEar)
     ScriptedTurn longAnswer;
     longAnswer.steps = {step::Burst{20'000}};
     MorvaneSession &morvane = start({longAnswer});
-    const QString words = QStringLiteral("word ").repeated(20'000);
-    morvane.send(QStringLiteral("Tell me everything"));
-    EXPECT_TRUE(morvane.storesLastMessage(QStringLiteral("text"), words));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Conversation summarized as: Scripted title.")));
+    const QString words = u"word "_s.repeated(20'000);
+    morvane.send(u"Tell me everything"_s);
+    EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, words));
+    ASSERT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
     const QStringList heard = morvane.ear().heard();
     EXPECT_EQ(heard.mid(1, heard.size() - 2).join(QString()), words);
 }

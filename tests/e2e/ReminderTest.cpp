@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -20,7 +22,7 @@ protected:
     static qsizetype reminders(const FakeNotificationDaemon &daemon)
     {
         return std::count_if(daemon.shown().cbegin(), daemon.shown().cend(),
-                             [](const auto &banner) { return banner.title == QStringLiteral("Reminder"); });
+                             [](const auto &banner) { return banner.title == u"Reminder"_s; });
     }
 };
 
@@ -29,12 +31,12 @@ TEST_F(ReminderTest, AReminderIsSpokenOnceAndLeavesNothingBehind)
     MorvaneSession &morvane =
         start({callingTool("set_reminder", R"({"message":"time to stretch","minutes":0.02})"),
                ScriptedTurn::saying({"I will remind you."})});
-    morvane.send(QStringLiteral("Remind me"));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Reminder: time to stretch")));
+    morvane.send(u"Remind me"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Reminder: time to stretch"_s));
     EXPECT_TRUE(waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); }))
         << morvane.settingsText().toStdString();
-    EXPECT_TRUE(morvane.hasStatus(QStringLiteral("Ready")));
-    EXPECT_EQ(heard(morvane, QStringLiteral("Reminder: time to stretch")), 1);
+    EXPECT_TRUE(morvane.hasStatus(u"Ready"_s));
+    EXPECT_EQ(heard(morvane, u"Reminder: time to stretch"_s), 1);
 }
 
 TEST_F(ReminderTest, AReminderOutlivesARestart)
@@ -42,11 +44,11 @@ TEST_F(ReminderTest, AReminderOutlivesARestart)
     MorvaneSession &morvane =
         start({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
                ScriptedTurn::saying({"I will remind you."})});
-    morvane.send(QStringLiteral("Remind me"));
+    morvane.send(u"Remind me"_s);
     ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
     morvane.quit();
     morvane.start();
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Reminder: water the plants")));
+    EXPECT_TRUE(morvane.ear().hears(u"Reminder: water the plants"_s));
     EXPECT_TRUE(
         waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); }));
 }
@@ -58,7 +60,7 @@ TEST_F(ReminderTest, AReminderOfAnEndedProgramIsShownAsABanner)
                  ScriptedTurn::saying({"I will remind you."})});
     const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
-    morvane.send(QStringLiteral("Remind me"));
+    morvane.send(u"Remind me"_s);
     ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
     morvane.quit();
     EXPECT_TRUE(waitUntil([&] { return reminders(daemon) == 1; }));
@@ -73,13 +75,13 @@ TEST_F(ReminderTest, AReminderIsAlsoSeenWhileTheUserWorksElsewhere)
                  ScriptedTurn::saying({"I will remind you."})});
     const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
-    morvane.send(QStringLiteral("Remind me"));
+    morvane.send(u"Remind me"_s);
     ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
     const xcb_window_t other = morvane.screen().openWindow();
     ASSERT_TRUE(waitUntil([&] { return morvane.screen().activeWindow() == other; }));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Reminder: water the plants")));
+    EXPECT_TRUE(morvane.ear().hears(u"Reminder: water the plants"_s));
     EXPECT_TRUE(waitUntil([&] { return reminders(daemon) == 1; }));
-    EXPECT_EQ(heard(morvane, QStringLiteral("Reminder: water the plants")), 1);
+    EXPECT_EQ(heard(morvane, u"Reminder: water the plants"_s), 1);
 }
 
 TEST_F(ReminderTest, TheEndOfARequestIsABannerThatBringsTheWindowBack)
@@ -88,11 +90,11 @@ TEST_F(ReminderTest, TheEndOfARequestIsABannerThatBringsTheWindowBack)
     FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
     const xcb_window_t window = morvane.screen().activeWindow();
-    morvane.send(QStringLiteral("Hello"));
+    morvane.send(u"Hello"_s);
     ASSERT_TRUE(waitUntil([&] { return daemon.shown().size() == 1; }));
-    EXPECT_EQ(daemon.shown().front().title, QStringLiteral("Response ready"));
+    EXPECT_EQ(daemon.shown().front().title, u"Response ready"_s);
     EXPECT_EQ(daemon.shown().front().body, QString());
-    ASSERT_TRUE(morvane.hasStatus(QStringLiteral("Ready")));
+    ASSERT_TRUE(morvane.hasStatus(u"Ready"_s));
     const xcb_window_t other = morvane.screen().openWindow();
     ASSERT_TRUE(waitUntil([&] { return morvane.screen().activeWindow() == other; }));
     daemon.choose(1);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -26,21 +28,21 @@ protected:
         script.routes = {{"GET /v1/models", listOf({"gamma", "Alpha-chat", "beta-chat"})},
                          {"GET /v2/models", listOf({"delta"})}};
         MorvaneSession &morvane = prepareScript(std::move(script));
-        morvane.setSetting(QStringLiteral("provider"), QStringLiteral("openai"));
-        morvane.setSetting(QStringLiteral("model"), QStringLiteral("gpt-5-mini"));
+        morvane.setSetting(u"provider"_s, u"openai"_s);
+        morvane.setSetting(u"model"_s, u"gpt-5-mini"_s);
         morvane.start();
         return morvane;
     }
 
     static void openSettings(MorvaneSession &morvane)
     {
-        morvane.program().find(QStringLiteral("Settings"), AccessibleRole::pushButton).press();
+        morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
         morvane.program().find(
             [](const AccessibleNode &node) {
-                return node.role == AccessibleRole::frame && node.name == QLatin1String("Morvane Settings") &&
+                return node.role == AccessibleRole::frame && node.name == "Morvane Settings"_L1 &&
                        node.has(AccessibleState::active);
             },
-            QStringLiteral("that is the active settings window"));
+            u"that is the active settings window"_s);
     }
 
     /// The content of the picker of this name, now or soon.
@@ -53,10 +55,9 @@ protected:
     static std::vector<std::string> askedModels(MorvaneSession &morvane)
     {
         std::vector<std::string> models;
-        for (const ScriptedRequest &request : morvane.model().requests()) {
+        for (const ScriptedRequest &request : morvane.model().requests())
             if (request.turn >= 0)
                 models.emplace_back(request.json.at("model").as_string());
-        }
         return models;
     }
 };
@@ -65,24 +66,24 @@ TEST_F(SettingsTest, AProviderAndAModelOfItsListAreChosenAndAsked)
 {
     MorvaneSession &morvane = startElsewhere();
     openSettings(morvane);
-    ASSERT_TRUE(reads(morvane, QStringLiteral("Model for OpenAI"), QStringLiteral("gpt-5-mini")));
-    morvane.program().find(QStringLiteral("Custom")).act(QStringLiteral("Toggle"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("3 models from your server, free ones first.")));
-    const auto picker = QStringLiteral("Model for Custom");
-    EXPECT_TRUE(reads(morvane, picker, QStringLiteral("Custom"))) << "the default model is the empty text";
+    ASSERT_TRUE(reads(morvane, u"Model for OpenAI"_s, u"gpt-5-mini"_s));
+    morvane.program().find(u"Custom"_s).act(u"Toggle"_s);
+    ASSERT_TRUE(morvane.program().shows(u"3 models from your server, free ones first."_s));
+    const auto picker = u"Model for Custom"_s;
+    EXPECT_TRUE(reads(morvane, picker, u"Custom"_s)) << "the default model is the empty text";
 
     morvane.program().find(picker).takeFocus();
     ASSERT_TRUE(morvane.program().focuses(picker));
-    morvane.keyboard().type(QStringLiteral("beta"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Search: beta")));
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("beta-chat")));
-    morvane.keyboard().press(QStringLiteral("Return"));
-    ASSERT_TRUE(reads(morvane, picker, QStringLiteral("beta-chat")));
+    morvane.keyboard().type(u"beta"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Search: beta"_s));
+    ASSERT_TRUE(morvane.program().focuses(u"beta-chat"_s));
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(reads(morvane, picker, u"beta-chat"_s));
 
-    morvane.keyboard().press(QStringLiteral("Escape"));
-    ASSERT_TRUE(morvane.program().hides(QStringLiteral("Morvane Settings")));
-    morvane.send(QStringLiteral("Which model are you?"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Heard.")));
+    morvane.keyboard().press(u"Escape"_s);
+    ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
+    morvane.send(u"Which model are you?"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said Heard."_s));
     EXPECT_EQ(askedModels(morvane), std::vector<std::string>{"beta-chat"});
 }
 
@@ -90,16 +91,15 @@ TEST_F(SettingsTest, AnotherBaseURLBringsItsList)
 {
     MorvaneSession &morvane = startElsewhere();
     openSettings(morvane);
-    morvane.program().find(QStringLiteral("Custom")).act(QStringLiteral("Toggle"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("3 models from your server, free ones first.")));
-    const AccessibleElement url =
-        morvane.program().find(QStringLiteral("API base URL"), AccessibleRole::text);
+    morvane.program().find(u"Custom"_s).act(u"Toggle"_s);
+    ASSERT_TRUE(morvane.program().shows(u"3 models from your server, free ones first."_s));
+    const AccessibleElement url = morvane.program().find(u"API base URL"_s, AccessibleRole::text);
     url.takeFocus();
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("API base URL")));
-    morvane.keyboard().press(QStringLiteral("BackSpace"));
-    morvane.keyboard().type(QStringLiteral("2"));
-    EXPECT_TRUE(waitUntil([&] { return url.text().endsWith(QStringLiteral("/v2")); }));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("1 models from your server, free ones first.")));
+    ASSERT_TRUE(morvane.program().focuses(u"API base URL"_s));
+    morvane.keyboard().press(u"BackSpace"_s);
+    morvane.keyboard().type(u"2"_s);
+    EXPECT_TRUE(waitUntil([&] { return url.text().endsWith(u"/v2"_s); }));
+    EXPECT_TRUE(morvane.program().shows(u"1 models from your server, free ones first."_s));
 }
 
 TEST_F(SettingsTest, AKeyTypedHereIsSentAndStaysHiddenOnTheScreen)
@@ -109,25 +109,21 @@ TEST_F(SettingsTest, AKeyTypedHereIsSentAndStaysHiddenOnTheScreen)
     MorvaneSession &morvane = prepareScript(std::move(script));
     morvane.start();
     openSettings(morvane);
-    const AccessibleElement key =
-        morvane.program().find(QStringLiteral("Custom API key"), AccessibleRole::passwordText);
+    const AccessibleElement key = morvane.program().find(u"Custom API key"_s, AccessibleRole::passwordText);
     key.takeFocus();
-    ASSERT_TRUE(morvane.program().focuses(QStringLiteral("Custom API key")));
-    morvane.keyboard().type(QStringLiteral("secret"));
-    morvane.program().find(QStringLiteral("Show API key")).press();
-    EXPECT_EQ(morvane.program().find(QStringLiteral("Custom API key"), AccessibleRole::text).text(),
-              QStringLiteral("secret"));
-    morvane.program().find(QStringLiteral("Hide API key")).press();
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Show API key")));
-    morvane.keyboard().press(QStringLiteral("Escape"));
-    ASSERT_TRUE(morvane.program().hides(QStringLiteral("Morvane Settings")));
-    morvane.send(QStringLiteral("Hello"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Heard.")));
-    for (const ScriptedRequest &request : morvane.model().requests()) {
-        if (request.turn == 0) {
+    ASSERT_TRUE(morvane.program().focuses(u"Custom API key"_s));
+    morvane.keyboard().type(u"secret"_s);
+    morvane.program().find(u"Show API key"_s).press();
+    EXPECT_EQ(morvane.program().find(u"Custom API key"_s, AccessibleRole::text).text(), u"secret"_s);
+    morvane.program().find(u"Hide API key"_s).press();
+    EXPECT_TRUE(morvane.program().shows(u"Show API key"_s));
+    morvane.keyboard().press(u"Escape"_s);
+    ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
+    morvane.send(u"Hello"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said Heard."_s));
+    for (const ScriptedRequest &request : morvane.model().requests())
+        if (request.turn == 0)
             EXPECT_EQ(request.headers.at("authorization"), "Bearer secret");
-        }
-    }
 }
 
 TEST_F(SettingsTest, NoControlLacksAName)

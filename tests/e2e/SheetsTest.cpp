@@ -5,6 +5,8 @@
 #include <QDeadlineTimer>
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -28,7 +30,7 @@ protected:
                 pause.setRemainingTime(700);
             }
             return !morvane.program().tree().first([](const AccessibleNode &node) {
-                return node.name == QLatin1String("Deny the action") && node.has(AccessibleState::showing);
+                return node.name == "Deny the action"_L1 && node.has(AccessibleState::showing);
             });
         });
     }
@@ -37,58 +39,58 @@ protected:
 TEST_F(SheetsTest, EscapeDeniesAndTheRunGoesOn)
 {
     MorvaneSession &morvane = start({writing("x"), ScriptedTurn::saying({"Then not."})});
-    morvane.send(QStringLiteral("Write a note"));
+    morvane.send(u"Write a note"_s);
     ASSERT_TRUE(morvane.ear().hears(QString::fromLatin1(question)));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Deny the action")));
-    EXPECT_TRUE(morvane.hasStatus(QStringLiteral("Waiting for your approval…")));
-    EXPECT_TRUE(answerWith(morvane, QStringLiteral("Escape")));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Action denied. The assistant will continue.")));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Then not.")));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Deny the action")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane said Then not.")));
+    ASSERT_TRUE(morvane.program().shows(u"Deny the action"_s));
+    EXPECT_TRUE(morvane.hasStatus(u"Waiting for your approval…"_s));
+    EXPECT_TRUE(answerWith(morvane, u"Escape"_s));
+    EXPECT_TRUE(morvane.ear().hears(u"Action denied. The assistant will continue."_s));
+    ASSERT_TRUE(morvane.ear().hears(u"Then not."_s));
+    EXPECT_TRUE(morvane.program().hides(u"Deny the action"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Then not."_s));
 }
 
 TEST_F(SheetsTest, ReturnAllows)
 {
     MorvaneSession &morvane = start({writing("x"), ScriptedTurn::saying({"Done."})});
-    morvane.send(QStringLiteral("Write a note"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Allow the action")));
-    EXPECT_TRUE(answerWith(morvane, QStringLiteral("Return")));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Approved. Running the action.")));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral("Done.")));
+    morvane.send(u"Write a note"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Allow the action"_s));
+    EXPECT_TRUE(answerWith(morvane, u"Return"_s));
+    EXPECT_TRUE(morvane.ear().hears(u"Approved. Running the action."_s));
+    EXPECT_TRUE(morvane.ear().hears(u"Done."_s));
 }
 
 TEST_F(SheetsTest, AlwaysAllowingASortOfActionAsksOnce)
 {
     MorvaneSession &morvane = start({writing("one"), writing("two"), ScriptedTurn::saying({"Both done."})});
-    morvane.send(QStringLiteral("Write twice"));
+    morvane.send(u"Write twice"_s);
     const AccessibleElement toggle =
-        morvane.program().find(QStringLiteral("Always allow this type of action"), AccessibleRole::checkBox);
+        morvane.program().find(u"Always allow this type of action"_s, AccessibleRole::checkBox);
     EXPECT_EQ(toggle.description(),
-              QStringLiteral("It will run automatically next time. You can change this in Settings."));
+              u"It will run automatically next time. You can change this in Settings."_s);
     EXPECT_FALSE(toggle.has(AccessibleState::checked));
-    toggle.act(QStringLiteral("Toggle"));
-    morvane.program().find(QStringLiteral("Allow the action")).press();
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Both done.")));
+    toggle.act(u"Toggle"_s);
+    morvane.program().find(u"Allow the action"_s).press();
+    ASSERT_TRUE(morvane.ear().hears(u"Both done."_s));
     EXPECT_EQ(morvane.ear().heard().count(QString::fromLatin1(question)), 1);
-    EXPECT_EQ(morvane.activity().filter(QStringLiteral("Automatically allowed: ")).size(), 1);
+    EXPECT_EQ(morvane.activity().filter(u"Automatically allowed: "_s).size(), 1);
 }
 
 TEST_F(SheetsTest, ADestructiveRequestSaysSoAndCannotBeAllowedForEver)
 {
     MorvaneSession &morvane = start({callingTool("run_shell_command", R"({"command":"rm -rf /nowhere"})"),
                                      ScriptedTurn::saying({"Left alone."})});
-    morvane.send(QStringLiteral("Clean up"));
-    ASSERT_TRUE(morvane.program().shows(QStringLiteral("Allow this destructive action")));
-    EXPECT_TRUE(morvane.ear().hears(QStringLiteral(
-        "Morvane wants to run the command: rm -rf /nowhere. Warning: this is a destructive action "
-        "that may delete data or be hard to undo. Do you allow it?")));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Always allow this type of action")));
-    morvane.program().find(QStringLiteral("Deny the action")).press();
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Left alone.")));
+    morvane.send(u"Clean up"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Allow this destructive action"_s));
+    EXPECT_TRUE(morvane.ear().hears(
+        u"Morvane wants to run the command: rm -rf /nowhere. Warning: this is a destructive action "
+        "that may delete data or be hard to undo. Do you allow it?"_s));
+    EXPECT_TRUE(morvane.program().hides(u"Always allow this type of action"_s));
+    morvane.program().find(u"Deny the action"_s).press();
+    ASSERT_TRUE(morvane.ear().hears(u"Left alone."_s));
     EXPECT_EQ(lastResult(morvane),
-              QStringLiteral("The user denied permission for this action. Do not attempt it again unless the "
-                             "user asks."));
+              u"The user denied permission for this action. Do not attempt it again unless the "
+              "user asks."_s);
 }
 
 TEST_F(SheetsTest, AQuestionIsAnsweredByOneOfItsOptions)
@@ -96,29 +98,29 @@ TEST_F(SheetsTest, AQuestionIsAnsweredByOneOfItsOptions)
     MorvaneSession &morvane =
         start({callingTool("ask_user", R"({"question":"Which colour?","options":["Red","Blue"]})"),
                ScriptedTurn::saying({"Blue it is."})});
-    morvane.send(QStringLiteral("Paint it"));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Morvane asks: Which colour?")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Morvane asks: Which colour?")));
-    EXPECT_TRUE(morvane.program().shows(QStringLiteral("Answer: Red")));
-    morvane.program().find(QStringLiteral("Answer: Blue")).press();
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("Blue it is.")));
-    EXPECT_EQ(lastResult(morvane), QStringLiteral("Blue"));
-    EXPECT_TRUE(morvane.program().hides(QStringLiteral("Answer: Blue")));
+    morvane.send(u"Paint it"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Morvane asks: Which colour?"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane asks: Which colour?"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Answer: Red"_s));
+    morvane.program().find(u"Answer: Blue"_s).press();
+    ASSERT_TRUE(morvane.ear().hears(u"Blue it is."_s));
+    EXPECT_EQ(lastResult(morvane), u"Blue"_s);
+    EXPECT_TRUE(morvane.program().hides(u"Answer: Blue"_s));
 }
 
 TEST_F(SheetsTest, AQuestionIsAnsweredInTheUsersOwnWords)
 {
     MorvaneSession &morvane = start(
         {callingTool("ask_user", R"({"question":"Which colour?"})"), ScriptedTurn::saying({"As you like."})});
-    morvane.send(QStringLiteral("Paint it"));
-    const AccessibleElement field = morvane.program().find(QStringLiteral("Your answer"));
-    const AccessibleElement sendAnswer = morvane.program().find(QStringLiteral("Send your custom answer"));
-    field.setText(QStringLiteral("   "));
+    morvane.send(u"Paint it"_s);
+    const AccessibleElement field = morvane.program().find(u"Your answer"_s);
+    const AccessibleElement sendAnswer = morvane.program().find(u"Send your custom answer"_s);
+    field.setText(u"   "_s);
     sendAnswer.press();
-    field.setText(QStringLiteral(" turquoise "));
+    field.setText(u" turquoise "_s);
     sendAnswer.press();
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("As you like.")));
-    EXPECT_EQ(lastResult(morvane), QStringLiteral("turquoise"));
+    ASSERT_TRUE(morvane.ear().hears(u"As you like."_s));
+    EXPECT_EQ(lastResult(morvane), u"turquoise"_s);
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <chrono>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -21,16 +23,15 @@ TEST_F(ShellTest, ACommandOverItsLimitIsStoppedWithAllThatItStarted)
         start({callingTool("run_shell_command",
                            R"({"command":"echo begun; sleep 300 & echo $! > ~/child.pid; sleep 301"})"),
                ScriptedTurn::saying({"It took too long."})});
-    morvane.send(QStringLiteral("Run something slow"));
+    morvane.send(u"Run something slow"_s);
     // The limit is 30 seconds of real time, and two more if the command does not obey.
     ASSERT_TRUE(waitUntil([&] { return morvane.model().requests().size() >= 2; }, 60s));
-    ASSERT_TRUE(morvane.ear().hears(QStringLiteral("It took too long.")));
-    EXPECT_EQ(lastResult(morvane),
-              QStringLiteral("The command exited with status 15.\n"
-                             "The command did not finish within 30 seconds and was stopped.\nbegun"));
-    QFile child(morvane.home() + QStringLiteral("/child.pid"));
+    ASSERT_TRUE(morvane.ear().hears(u"It took too long."_s));
+    EXPECT_EQ(lastResult(morvane), u"The command exited with status 15.\n"
+                                   "The command did not finish within 30 seconds and was stopped.\nbegun"_s);
+    QFile child(morvane.home() + u"/child.pid"_s);
     ASSERT_TRUE(child.open(QIODevice::ReadOnly));
-    const QString process = QStringLiteral("/proc/") + QString::fromLatin1(child.readAll().trimmed());
+    const QString process = u"/proc/"_s + QString::fromLatin1(child.readAll().trimmed());
     EXPECT_TRUE(waitUntil([&] { return !QDir(process).exists(); }));
 }
 

@@ -13,10 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
             continue;
         if (models->isEmpty() || models->size() > mostListedModels || finished(*models) != models)
             std::abort();
-        for (const CatalogModel &model : *models) {
+        for (const CatalogModel &model : *models)
             if (model.name.isEmpty() || model.name.size() > longestModelName || model.name.contains(u'\n'))
                 std::abort();
-        }
     }
     return 0;
 }

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <unicode/ubrk.h>
 
+using namespace Qt::StringLiterals;
+
 /// Counting with shortcuts gives what ICU counts over the whole text, every cut lies on one of its
 /// boundaries, and a line is made of the whole text or of its beginning alike.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
@@ -25,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
         std::abort();
 
     QString line = text;
-    line.replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+    line.replace(u"\r\n"_s, u" "_s);
     for (const char16_t lineEnd : {u'\n', u'\v', u'\f', u'\r', u'\u0085', u'\u2028', u'\u2029'})
         line.replace(QChar(lineEnd), u' ');
     line = line.trimmed();

@@ -8,43 +8,43 @@
 #include <QDBusReply>
 #include <QUuid>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const auto registryService = QStringLiteral("org.a11y.atspi.Registry");
-const auto registryPath = QStringLiteral("/org/a11y/atspi/registry");
-const auto rootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
-const auto accessibleInterface = QStringLiteral("org.a11y.atspi.Accessible");
+const auto registryService = u"org.a11y.atspi.Registry"_s;
+const auto registryPath = u"/org/a11y/atspi/registry"_s;
+const auto rootPath = u"/org/a11y/atspi/accessible/root"_s;
+const auto accessibleInterface = u"org.a11y.atspi.Accessible"_s;
 
 QDBusConnection connectToAccessibilityBus(const QString &sessionBusAddress, const QString &name)
 {
-    const QString sessionName = name + QStringLiteral("-session");
+    const QString sessionName = name + u"-session"_s;
     QDBusConnection session = QDBusConnection::connectToBus(sessionBusAddress, sessionName);
-    const QDBusReply<QString> address = session.call(
-        QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                       QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
+    const QDBusReply<QString> address = session.call(QDBusMessage::createMethodCall(
+        u"org.a11y.Bus"_s, u"/org/a11y/bus"_s, u"org.a11y.Bus"_s, u"GetAddress"_s));
     QDBusConnection::disconnectFromBus(sessionName);
-    if (!address.isValid()) {
-        throw AccessibilityError(QStringLiteral("no accessibility bus: ") + address.error().message());
-    }
+    if (!address.isValid())
+        throw AccessibilityError(u"no accessibility bus: "_s + address.error().message());
     return QDBusConnection::connectToBus(address.value(), name);
 }
 
 } // namespace
 
 AccessibilityBus::AccessibilityBus(const QString &sessionBusAddress)
-    : m_name(QStringLiteral("reader-") + QUuid::createUuid().toString()),
+    : m_name(u"reader-"_s + QUuid::createUuid().toString()),
       m_connection(connectToAccessibilityBus(sessionBusAddress, m_name))
 {
     if (!m_connection.isConnected()) {
-        throw AccessibilityError(QStringLiteral("cannot join the accessibility bus: ") +
+        throw AccessibilityError(u"cannot join the accessibility bus: "_s +
                                  m_connection.lastError().message());
     }
     for (const auto *interface : {"Object", "Focus", "Window"}) {
         m_connection.connect(QString(), QString(),
-                             QStringLiteral("org.a11y.atspi.Event.") + QString::fromLatin1(interface),
-                             QString(), this, SLOT(receive(QDBusMessage)));
+                             u"org.a11y.atspi.Event."_s + QString::fromLatin1(interface), QString(), this,
+                             SLOT(receive(QDBusMessage)));
     }
 }
 
@@ -60,8 +60,8 @@ void AccessibilityBus::receive(const QDBusMessage &event)
 
 void AccessibilityBus::registerEvent(const QString &event)
 {
-    auto call = QDBusMessage::createMethodCall(registryService, registryPath, registryService,
-                                               QStringLiteral("RegisterEvent"));
+    auto call =
+        QDBusMessage::createMethodCall(registryService, registryPath, registryService, u"RegisterEvent"_s);
     call << event << QStringList() << QString();
     answer(m_connection.asyncCall(call));
     m_registered.append(event);
@@ -71,7 +71,7 @@ void AccessibilityBus::deregisterEvents()
 {
     for (const QString &event : std::exchange(m_registered, {})) {
         auto call = QDBusMessage::createMethodCall(registryService, registryPath, registryService,
-                                                   QStringLiteral("DeregisterEvent"));
+                                                   u"DeregisterEvent"_s);
         call << event;
         answer(m_connection.asyncCall(call));
     }
@@ -84,15 +84,13 @@ AccessibleElement AccessibilityBus::application(qint64 pid)
     waitUntil([&] {
         for (const AccessibleElement &program : desktop.children()) {
             const QDBusReply<uint> owner = m_connection.interface()->servicePid(program.service());
-            if (owner.isValid() && owner.value() == pid) {
+            if (owner.isValid() && owner.value() == pid)
                 found = program;
-            }
         }
         return found.has_value();
     });
-    if (!found) {
-        throw AccessibilityError(QStringLiteral("no accessible program with process identifier %1").arg(pid));
-    }
+    if (!found)
+        throw AccessibilityError(u"no accessible program with process identifier %1"_s.arg(pid));
     return *found;
 }
 
@@ -107,12 +105,10 @@ QDBusPendingCall AccessibilityBus::ask(const AccessibleElement &element, const Q
 QVariantList AccessibilityBus::answer(const QDBusPendingCall &call) const
 {
     QDBusPendingCallWatcher watcher(call);
-    if (!waitUntil([&] { return watcher.isFinished(); })) {
-        throw AccessibilityError(QStringLiteral("no answer in time"));
-    }
-    if (watcher.isError()) {
-        throw AccessibilityError(watcher.error().name() + QStringLiteral(": ") + watcher.error().message());
-    }
+    if (!waitUntil([&] { return watcher.isFinished(); }))
+        throw AccessibilityError(u"no answer in time"_s);
+    if (watcher.isError())
+        throw AccessibilityError(watcher.error().name() + u": "_s + watcher.error().message());
     return watcher.reply().arguments();
 }
 

@@ -5,18 +5,20 @@
 #include <QDBusArgument>
 #include <QDBusVariant>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const auto accessible = QStringLiteral("org.a11y.atspi.Accessible");
-const auto action = QStringLiteral("org.a11y.atspi.Action");
-const auto textInterface = QStringLiteral("org.a11y.atspi.Text");
+const auto accessible = u"org.a11y.atspi.Accessible"_s;
+const auto action = u"org.a11y.atspi.Action"_s;
+const auto textInterface = u"org.a11y.atspi.Text"_s;
 
 QVariant property(const AccessibleElement &element, const QString &name)
 {
-    const auto call = element.bus().ask(element, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                        QStringLiteral("Get"), {accessible, name});
+    const auto call =
+        element.bus().ask(element, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {accessible, name});
     return element.bus().answer(call).value(0).value<QDBusVariant>().variant();
 }
 
@@ -40,49 +42,47 @@ bool AccessibleElement::operator==(const AccessibleElement &other) const
 
 QString AccessibleElement::name() const
 {
-    return property(*this, QStringLiteral("Name")).toString();
+    return property(*this, u"Name"_s).toString();
 }
 
 QString AccessibleElement::description() const
 {
-    return property(*this, QStringLiteral("Description")).toString();
+    return property(*this, u"Description"_s).toString();
 }
 
 AccessibleRole AccessibleElement::role() const
 {
-    return AccessibleRole(ask(*this, accessible, QStringLiteral("GetRole")).value(0).toUInt());
+    return AccessibleRole(ask(*this, accessible, u"GetRole"_s).value(0).toUInt());
 }
 
 bool AccessibleElement::has(AccessibleState state) const
 {
-    const auto words = qdbus_cast<QList<uint>>(ask(*this, accessible, QStringLiteral("GetState")).value(0));
+    const auto words = qdbus_cast<QList<uint>>(ask(*this, accessible, u"GetState"_s).value(0));
     const auto number = uint32_t(state);
     return (words.value(number / 32) >> (number % 32) & 1) != 0;
 }
 
 QList<AccessibleElement> AccessibleElement::children() const
 {
-    return readReferences(*m_bus, ask(*this, accessible, QStringLiteral("GetChildren")).value(0));
+    return readReferences(*m_bus, ask(*this, accessible, u"GetChildren"_s).value(0));
 }
 
 QString AccessibleElement::text() const
 {
-    return ask(*this, textInterface, QStringLiteral("GetText"), {0, -1}).value(0).toString();
+    return ask(*this, textInterface, u"GetText"_s, {0, -1}).value(0).toString();
 }
 
 void AccessibleElement::setText(const QString &text) const
 {
-    const auto result =
-        ask(*this, QStringLiteral("org.a11y.atspi.EditableText"), QStringLiteral("SetTextContents"), {text});
-    if (!result.value(0).toBool()) {
-        throw AccessibilityError(QStringLiteral("the text cannot be set"));
-    }
+    const auto result = ask(*this, u"org.a11y.atspi.EditableText"_s, u"SetTextContents"_s, {text});
+    if (!result.value(0).toBool())
+        throw AccessibilityError(u"the text cannot be set"_s);
 }
 
 QStringList AccessibleElement::actions() const
 {
     QStringList names;
-    const auto answer = ask(*this, action, QStringLiteral("GetActions"));
+    const auto answer = ask(*this, action, u"GetActions"_s);
     const auto list = answer.value(0).value<QDBusArgument>();
     list.beginArray();
     while (!list.atEnd()) {
@@ -102,23 +102,21 @@ void AccessibleElement::act(const QString &name) const
 {
     const QStringList names = actions();
     const qsizetype index = names.indexOf(name);
-    if (index < 0) {
-        throw AccessibilityError(QStringLiteral("no action \"%1\" among: %2").arg(name, names.join(u", ")));
-    }
-    ask(*this, action, QStringLiteral("DoAction"), {int(index)});
+    if (index < 0)
+        throw AccessibilityError(u"no action \"%1\" among: %2"_s.arg(name, names.join(u", ")));
+    ask(*this, action, u"DoAction"_s, {int(index)});
 }
 
 void AccessibleElement::press() const
 {
-    act(QStringLiteral("Press"));
+    act(u"Press"_s);
 }
 
 void AccessibleElement::takeFocus() const
 {
-    const auto component = QStringLiteral("org.a11y.atspi.Component");
-    if (!ask(*this, component, QStringLiteral("GrabFocus")).value(0).toBool()) {
-        throw AccessibilityError(QStringLiteral("the focus is not taken"));
-    }
+    const auto component = u"org.a11y.atspi.Component"_s;
+    if (!ask(*this, component, u"GrabFocus"_s).value(0).toBool())
+        throw AccessibilityError(u"the focus is not taken"_s);
 }
 
 } // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <QDeadlineTimer>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -23,7 +25,7 @@ AccessibleProgram::Condition named(const QString &name)
 QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home)
 {
     QProcessEnvironment environment = desktop.environment();
-    environment.insert(QStringLiteral("HOME"), home);
+    environment.insert(u"HOME"_s, home);
     for (const auto &[variable, folder] :
          {std::pair("XDG_CONFIG_HOME", "/.config"), std::pair("XDG_DATA_HOME", "/.local/share"),
           std::pair("XDG_STATE_HOME", "/.local/state"), std::pair("XDG_CACHE_HOME", "/.cache")}) {
@@ -39,8 +41,7 @@ AccessibleProgram::AccessibleProgram(const PrivateDesktop &desktop, Accessibilit
     try {
         m_root = bus.application(m_process.pid());
     } catch (const AccessibilityError &error) {
-        throw AccessibilityError(QString::fromUtf8(error.what()) + QStringLiteral("; its log:\n") +
-                                 m_process.log());
+        throw AccessibilityError(QString::fromUtf8(error.what()) + u"; its log:\n"_s + m_process.log());
     }
 }
 
@@ -54,7 +55,7 @@ AccessibleElement AccessibleProgram::find(const QString &name, AccessibleRole ro
     const auto condition = [matches = named(name), role](const AccessibleNode &node) {
         return matches(node) && (role == AccessibleRole::invalid || node.role == role);
     };
-    return find(condition, QStringLiteral("named \"%1\"").arg(name));
+    return find(condition, u"named \"%1\""_s.arg(name));
 }
 
 AccessibleElement AccessibleProgram::find(const Condition &wanted, const QString &what) const
@@ -62,10 +63,9 @@ AccessibleElement AccessibleProgram::find(const Condition &wanted, const QString
     const auto visible = [&wanted](const AccessibleNode &node) {
         return node.has(AccessibleState::visible) && wanted(node);
     };
-    if (const auto node = waitForNode(visible)) {
+    if (const auto node = waitForNode(visible))
         return node->element;
-    }
-    throw AccessibilityError(QStringLiteral("nothing %1 in\n%2").arg(what, tree().description()));
+    throw AccessibilityError(u"nothing %1 in\n%2"_s.arg(what, tree().description()));
 }
 
 bool AccessibleProgram::shows(const QString &name) const
@@ -96,9 +96,8 @@ std::optional<AccessibleNode> AccessibleProgram::focused() const
     std::optional<AccessibleNode> innermost;
     tree().visit([&](const AccessibleNode &node) {
         // The toolkit's viewports share the focus state of their field; readers pass over fillers.
-        if (node.has(AccessibleState::focused) && node.role != AccessibleRole::filler) {
+        if (node.has(AccessibleState::focused) && node.role != AccessibleRole::filler)
             innermost = node;
-        }
     });
     return innermost;
 }

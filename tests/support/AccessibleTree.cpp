@@ -5,11 +5,13 @@
 #include <QDBusVariant>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const auto accessible = QStringLiteral("org.a11y.atspi.Accessible");
+const auto accessible = u"org.a11y.atspi.Accessible"_s;
 
 struct Questions {
     QDBusPendingCall name;
@@ -21,19 +23,16 @@ struct Questions {
 Questions askAbout(const AccessibleElement &element)
 {
     AccessibilityBus &bus = element.bus();
-    return {bus.ask(element, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                    {accessible, QStringLiteral("Name")}),
-            bus.ask(element, accessible, QStringLiteral("GetRole")),
-            bus.ask(element, accessible, QStringLiteral("GetState")),
-            bus.ask(element, accessible, QStringLiteral("GetChildren"))};
+    return {bus.ask(element, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {accessible, u"Name"_s}),
+            bus.ask(element, accessible, u"GetRole"_s), bus.ask(element, accessible, u"GetState"_s),
+            bus.ask(element, accessible, u"GetChildren"_s)};
 }
 
 void readLevel(AccessibilityBus &bus, QList<AccessibleNode> &level)
 {
     QList<Questions> questions;
-    for (const AccessibleNode &node : level) {
+    for (const AccessibleNode &node : level)
         questions.append(askAbout(node.element));
-    }
     QList<AccessibleNode> answered;
     for (qsizetype i = 0; i < level.size(); ++i) {
         AccessibleNode node = level.at(i);
@@ -43,71 +42,66 @@ void readLevel(AccessibilityBus &bus, QList<AccessibleNode> &level)
             node.role = AccessibleRole(bus.answer(asked.role).value(0).toUInt());
             const auto words = qdbus_cast<QList<uint>>(bus.answer(asked.states).value(0));
             node.states = words.value(0) | uint64_t(words.value(1)) << 32;
-            for (const AccessibleElement &child : readReferences(bus, bus.answer(asked.children).value(0))) {
-                if (!child.path().endsWith(QLatin1String("/null"))) {
+            for (const AccessibleElement &child : readReferences(bus, bus.answer(asked.children).value(0)))
+                if (!child.path().endsWith("/null"_L1))
                     node.children.append({.element = child});
-                }
-            }
         } catch (const AccessibilityError &) {
             continue;
         }
         answered.append(node);
     }
     level = answered;
-    for (AccessibleNode &node : level) {
+    for (AccessibleNode &node : level)
         readLevel(bus, node.children);
-    }
 }
 
 QString roleName(AccessibleRole role)
 {
     switch (role) {
     case AccessibleRole::application:
-        return QStringLiteral("application");
+        return u"application"_s;
     case AccessibleRole::checkBox:
-        return QStringLiteral("check box");
+        return u"check box"_s;
     case AccessibleRole::comboBox:
-        return QStringLiteral("combo box");
+        return u"combo box"_s;
     case AccessibleRole::dialog:
-        return QStringLiteral("dialog");
+        return u"dialog"_s;
     case AccessibleRole::entry:
     case AccessibleRole::text:
-        return QStringLiteral("text");
+        return u"text"_s;
     case AccessibleRole::frame:
-        return QStringLiteral("window");
+        return u"window"_s;
     case AccessibleRole::label:
-        return QStringLiteral("label");
+        return u"label"_s;
     case AccessibleRole::list:
-        return QStringLiteral("list");
+        return u"list"_s;
     case AccessibleRole::listItem:
-        return QStringLiteral("list item");
+        return u"list item"_s;
     case AccessibleRole::menuItem:
-        return QStringLiteral("menu item");
+        return u"menu item"_s;
     case AccessibleRole::pushButton:
-        return QStringLiteral("button");
+        return u"button"_s;
     case AccessibleRole::statusBar:
-        return QStringLiteral("status bar");
+        return u"status bar"_s;
     default:
-        return QStringLiteral("role %1").arg(uint32_t(role));
+        return u"role %1"_s.arg(uint32_t(role));
     }
 }
 
 void describe(const AccessibleNode &node, qsizetype depth, QString &lines)
 {
-    lines += QString(depth * 2, u' ') + roleName(node.role) + QStringLiteral(" \"") + node.name + u'"';
+    lines += QString(depth * 2, u' ') + roleName(node.role) + u" \""_s + node.name + u'"';
     const std::pair<AccessibleState, QLatin1String> told[] = {
-        {AccessibleState::focused, QLatin1String(" focused")},
-        {AccessibleState::modal, QLatin1String(" modal")},
-        {AccessibleState::checked, QLatin1String(" checked")},
+        {AccessibleState::focused, " focused"_L1},
+        {AccessibleState::modal, " modal"_L1},
+        {AccessibleState::checked, " checked"_L1},
     };
-    for (const auto &[state, word] : told) {
+    for (const auto &[state, word] : told)
         lines += node.has(state) ? word : QLatin1String();
-    }
-    lines += node.has(AccessibleState::enabled) ? QLatin1String() : QLatin1String(" disabled");
-    lines += node.has(AccessibleState::showing) ? QLatin1String("\n") : QLatin1String(" hidden\n");
-    for (const AccessibleNode &child : node.children) {
+    lines += node.has(AccessibleState::enabled) ? QLatin1String() : " disabled"_L1;
+    lines += node.has(AccessibleState::showing) ? "\n"_L1 : " hidden\n"_L1;
+    for (const AccessibleNode &child : node.children)
         describe(child, depth + 1, lines);
-    }
 }
 
 } // namespace
@@ -115,22 +109,18 @@ void describe(const AccessibleNode &node, qsizetype depth, QString &lines)
 void AccessibleNode::visit(const std::function<void(const AccessibleNode &)> &visitor) const
 {
     visitor(*this);
-    for (const AccessibleNode &child : children) {
+    for (const AccessibleNode &child : children)
         child.visit(visitor);
-    }
 }
 
 std::optional<AccessibleNode>
 AccessibleNode::first(const std::function<bool(const AccessibleNode &)> &wanted) const
 {
-    if (wanted(*this)) {
+    if (wanted(*this))
         return *this;
-    }
-    for (const AccessibleNode &child : children) {
-        if (auto found = child.first(wanted)) {
+    for (const AccessibleNode &child : children)
+        if (auto found = child.first(wanted))
             return found;
-        }
-    }
     return std::nullopt;
 }
 
@@ -145,9 +135,8 @@ AccessibleNode readTree(const AccessibleElement &root)
 {
     QList<AccessibleNode> level{{.element = root}};
     readLevel(root.bus(), level);
-    if (level.isEmpty()) {
-        throw AccessibilityError(QStringLiteral("the program has no accessible tree"));
-    }
+    if (level.isEmpty())
+        throw AccessibilityError(u"the program has no accessible tree"_s);
     return level.first();
 }
 

@@ -4,28 +4,29 @@
 
 #include <QDBusVariant>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 AnnouncementRecorder::AnnouncementRecorder(AccessibilityBus &bus, Hearing hearing)
     : m_bus(bus), m_hearing(hearing)
 {
     connect(&bus, &AccessibilityBus::eventReceived, this, &AnnouncementRecorder::receive);
-    bus.registerEvent(hearing == Hearing::announcements ? QStringLiteral("object:announcement")
-                                                        : QStringLiteral("object:state-changed:showing"));
+    bus.registerEvent(hearing == Hearing::announcements ? u"object:announcement"_s
+                                                        : u"object:state-changed:showing"_s);
 }
 
 void AnnouncementRecorder::receive(const QDBusMessage &message)
 {
     const QVariantList arguments = message.arguments();
-    if (m_hearing == Hearing::announcements && message.member() == QLatin1String("Announcement")) {
+    if (m_hearing == Hearing::announcements && message.member() == "Announcement"_L1) {
         m_events.append(arguments.value(3).value<QDBusVariant>().variant().toString());
-    } else if (m_hearing == Hearing::notifications && message.member() == QLatin1String("StateChanged") &&
-               arguments.value(0).toString() == QLatin1String("showing") && arguments.value(1).toInt() == 1) {
+    } else if (m_hearing == Hearing::notifications && message.member() == "StateChanged"_L1 &&
+               arguments.value(0).toString() == "showing"_L1 && arguments.value(1).toInt() == 1) {
         const AccessibleElement source(m_bus, message.service(), message.path());
-        m_events.append(Notification{
-            m_bus.ask(source, QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetRole")),
-            m_bus.ask(source, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                      {QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("Name")})});
+        m_events.append(Notification{m_bus.ask(source, u"org.a11y.atspi.Accessible"_s, u"GetRole"_s),
+                                     m_bus.ask(source, u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
+                                               {u"org.a11y.atspi.Accessible"_s, u"Name"_s})});
     }
 }
 
@@ -38,11 +39,10 @@ QStringList AnnouncementRecorder::heard() const
             continue;
         }
         const auto &notification = std::get<Notification>(event);
-        if (!notification.name.isFinished() || !notification.role.isFinished()) {
+        if (!notification.name.isFinished() || !notification.role.isFinished())
             break;
-        }
         if (notification.role.isError() || notification.name.isError()) {
-            texts.append(QStringLiteral("(gone)"));
+            texts.append(u"(gone)"_s);
         } else if (AccessibleRole(notification.role.reply().arguments().value(0).toUInt()) ==
                    AccessibleRole::notification) {
             texts.append(

@@ -2,19 +2,20 @@
 
 #include "async/Sleep.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 AppFixture::AppFixture()
 {
-    settings =
-        std::make_unique<SettingsStore>(home.path() + QStringLiteral("/config/Morvane.conf"), keychain);
+    settings = std::make_unique<SettingsStore>(home.path() + u"/config/Morvane.conf"_s, keychain);
     settings->setProviderID(ProviderID::custom);
-    settings->setModel(QStringLiteral("scripted"));
-    store = std::make_unique<ConversationStore>(home.path() + QStringLiteral("/data/Conversations"));
+    settings->setModel(u"scripted"_s);
+    store = std::make_unique<ConversationStore>(home.path() + u"/data/Conversations"_s);
     services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
                                    toolServers, browserWindow, updates, localModel, attachments, modelCatalog,
                                    urls, [this](ToolPermit permit) { return executeTool(std::move(permit)); },
-                                   [] { return QStringLiteral("Test machine."); }, [] { return 16; }});
+                                   [] { return u"Test machine."_s; }, [] { return 16; }});
     start();
 }
 
@@ -65,7 +66,7 @@ Task<QString> AppFixture::executeTool(ToolPermit permit)
     executed.append(permit.call().name);
     if (toolTime.count() > 0)
         co_await sleepFor(toolTime);
-    co_return toolResults.isEmpty() ? QStringLiteral("tool result") : toolResults.takeFirst();
+    co_return toolResults.isEmpty() ? u"tool result"_s : toolResults.takeFirst();
 }
 
 } // namespace morvane

@@ -41,10 +41,9 @@ protected:
     template <class Entry> QList<Entry> contextEntries() const
     {
         QList<Entry> found;
-        for (const APIMessage &message : model->context()) {
+        for (const APIMessage &message : model->context())
             if (const auto *entry = std::get_if<Entry>(&message.entry))
                 found.append(*entry);
-        }
         return found;
     }
     QStringList activityTexts() const;

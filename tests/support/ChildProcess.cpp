@@ -53,9 +53,8 @@ void ChildProcess::end()
 {
     if (isRunning()) {
         m_process.terminate();
-        if (!m_process.waitForFinished(patienceWithTheEnd)) {
+        if (!m_process.waitForFinished(patienceWithTheEnd))
             kill();
-        }
     }
 }
 
@@ -69,9 +68,8 @@ void ChildProcess::kill()
 
 std::optional<int> ChildProcess::waitForExit()
 {
-    if (!waitUntil([this] { return !isRunning(); }) || m_process.exitStatus() != QProcess::NormalExit) {
+    if (!waitUntil([this] { return !isRunning(); }) || m_process.exitStatus() != QProcess::NormalExit)
         return std::nullopt;
-    }
     return m_process.exitCode();
 }
 

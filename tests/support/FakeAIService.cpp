@@ -5,6 +5,8 @@
 
 #include <boost/json/parse.hpp>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 AIToolCall toolCall(const QString &name, const char *arguments)
@@ -50,15 +52,15 @@ Task<AITurnResult> FakeAIService::runGeminiTurn(QList<APIMessage> context, AICon
 
 Task<AITurnResult> FakeAIService::run(Request request, TokenCallback onToken)
 {
-    if (request.config.systemPrompt.startsWith(QLatin1String("Generate a very short title"))) {
+    if (request.config.systemPrompt.startsWith("Generate a very short title"_L1)) {
         m_titleRequests.append(request);
         if (!m_title)
-            throw AIServiceError(AIServiceError::Api{QStringLiteral("no title today")});
+            throw AIServiceError(AIServiceError::Api{u"no title today"_s});
         co_return AITurnResult{*m_title, {}};
     }
     m_requests.append(request);
     if (m_turns.empty())
-        throw AIServiceError(AIServiceError::Api{QStringLiteral("the test wrote down no further turn")});
+        throw AIServiceError(AIServiceError::Api{u"the test wrote down no further turn"_s});
     const Turn turn = std::move(m_turns.front());
     m_turns.pop_front();
     if (turn.atStart)

@@ -29,10 +29,9 @@ public:
     {
         const std::lock_guard lock(m_lock);
         QStringList lines;
-        for (const QStringList &words : m_run) {
+        for (const QStringList &words : m_run)
             if (words.join(u' ').startsWith(beginning))
                 lines.append(words.join(u' '));
-        }
         return lines;
     }
     QList<QStringList> started() const

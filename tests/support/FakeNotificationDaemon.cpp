@@ -5,12 +5,14 @@
 #include <QUuid>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.Notifications");
-const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString service = u"org.freedesktop.Notifications"_s;
+const QString path = u"/org/freedesktop/Notifications"_s;
 
 } // namespace
 
@@ -55,10 +57,10 @@ void FakeNotificationDaemon::misbehave()
         return;
     case Manner::wrongTypes:
         setDelayedReply(true);
-        connection().send(message().createReply({QVariantMap{{QStringLiteral("a"), -1}}, 0.5}));
+        connection().send(message().createReply({QVariantMap{{u"a"_s, -1}}, 0.5}));
         return;
     case Manner::errors:
-        sendErrorReply(QDBusError::InternalError, QStringLiteral("broken"));
+        sendErrorReply(QDBusError::InternalError, u"broken"_s);
         return;
     case Manner::silent:
         setDelayedReply(true);

@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <xcb/xtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -15,18 +17,13 @@ namespace {
 uint32_t symbolFor(const QString &key)
 {
     static const QHash<QString, uint32_t> named{
-        {QStringLiteral("Return"), 0xff0d}, {QStringLiteral("Tab"), 0xff09},
-        {QStringLiteral("Escape"), 0xff1b}, {QStringLiteral("Space"), 0x20},
-        {QStringLiteral("Up"), 0xff52},     {QStringLiteral("Down"), 0xff54},
-        {QStringLiteral("Left"), 0xff51},   {QStringLiteral("Right"), 0xff53},
-        {QStringLiteral("Home"), 0xff50},   {QStringLiteral("End"), 0xff57},
-        {QStringLiteral("F6"), 0xffc3},     {QStringLiteral("F10"), 0xffc7},
-        {QStringLiteral("Ctrl"), 0xffe3},   {QStringLiteral("Shift"), 0xffe1},
-        {QStringLiteral("Alt"), 0xffe9},    {QStringLiteral("Menu"), 0xff67},
-        {QStringLiteral("Delete"), 0xffff}, {QStringLiteral("BackSpace"), 0xff08}};
-    if (const auto found = named.constFind(key); found != named.constEnd()) {
+        {u"Return"_s, 0xff0d}, {u"Tab"_s, 0xff09},      {u"Escape"_s, 0xff1b}, {u"Space"_s, 0x20},
+        {u"Up"_s, 0xff52},     {u"Down"_s, 0xff54},     {u"Left"_s, 0xff51},   {u"Right"_s, 0xff53},
+        {u"Home"_s, 0xff50},   {u"End"_s, 0xff57},      {u"F6"_s, 0xffc3},     {u"F10"_s, 0xffc7},
+        {u"Ctrl"_s, 0xffe3},   {u"Shift"_s, 0xffe1},    {u"Alt"_s, 0xffe9},    {u"Menu"_s, 0xff67},
+        {u"Delete"_s, 0xffff}, {u"BackSpace"_s, 0xff08}};
+    if (const auto found = named.constFind(key); found != named.constEnd())
         return *found;
-    }
     return key.size() == 1 ? key.toLower().at(0).unicode() : 0;
 }
 
@@ -46,11 +43,9 @@ Keyboard::Key Keyboard::keyFor(uint32_t symbol) const
         &std::free);
     const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
     for (int level = 0; level < 2; ++level) {
-        for (int key = 0; key < count; ++key) {
-            if (symbols[key * mapping->keysyms_per_keycode + level] == symbol) {
+        for (int key = 0; key < count; ++key)
+            if (symbols[key * mapping->keysyms_per_keycode + level] == symbol)
                 return {uint8_t(first + key), level == 1};
-            }
-        }
     }
     throw std::runtime_error("the keyboard has no key for symbol " + std::to_string(symbol));
 }
@@ -63,28 +58,24 @@ void Keyboard::send(uint8_t type, uint8_t code) const
 void Keyboard::press(const QString &keys) const
 {
     const QStringList parts = keys.split(u'+');
-    for (const QString &part : parts) {
+    for (const QString &part : parts)
         send(XCB_KEY_PRESS, keyFor(symbolFor(part)).code);
-    }
-    for (auto part = parts.crbegin(); part != parts.crend(); ++part) {
+    for (auto part = parts.crbegin(); part != parts.crend(); ++part)
         send(XCB_KEY_RELEASE, keyFor(symbolFor(*part)).code);
-    }
     xcb_flush(m_connection.handle());
 }
 
 void Keyboard::type(const QString &text) const
 {
-    const uint8_t shift = keyFor(symbolFor(QStringLiteral("Shift"))).code;
+    const uint8_t shift = keyFor(symbolFor(u"Shift"_s)).code;
     for (const QChar character : text) {
         const Key key = keyFor(character.unicode());
-        if (key.shifted) {
+        if (key.shifted)
             send(XCB_KEY_PRESS, shift);
-        }
         send(XCB_KEY_PRESS, key.code);
         send(XCB_KEY_RELEASE, key.code);
-        if (key.shifted) {
+        if (key.shifted)
             send(XCB_KEY_RELEASE, shift);
-        }
     }
     xcb_flush(m_connection.handle());
 }

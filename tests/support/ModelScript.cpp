@@ -105,28 +105,24 @@ ScriptedTurn turn(const json::value &value)
                                         {"text", "steps", "calls", "finish", "done", "status", "headers",
                                          "body", "segment_bytes", "line_end"});
     ScriptedTurn result;
-    if (const auto *pieces = object.if_contains("text")) {
+    if (const auto *pieces = object.if_contains("text"))
         for (std::string &piece : texts(*pieces, "a turn's text"))
             result.steps.push_back(step::Text{std::move(piece)});
-    }
-    if (const auto *steps = object.if_contains("steps")) {
+    if (const auto *steps = object.if_contains("steps"))
         for (const json::value &element : steps->as_array())
             result.steps.push_back(scriptStep(element));
-    }
-    if (const auto *calls = object.if_contains("calls")) {
+    if (const auto *calls = object.if_contains("calls"))
         for (const json::value &element : calls->as_array())
             result.steps.push_back(step::Call{call(element)});
-    }
     if (const auto *finish = object.if_contains("finish"))
         result.finish = text(*finish, "a turn's finish");
     if (const auto *done = object.if_contains("done"))
         result.doneMarker = done->as_bool();
     if (const auto *status = object.if_contains("status"))
         result.status = number<int>(*status, "a turn's status");
-    if (const auto *headers = object.if_contains("headers")) {
+    if (const auto *headers = object.if_contains("headers"))
         for (const auto &header : headers->as_object())
             result.headers.emplace_back(header.key(), text(header.value(), "a header"));
-    }
     if (const auto *body = object.if_contains("body"))
         result.body = body->is_string() ? text(*body, "a body") : json::serialize(*body);
     if (const auto *bytes = object.if_contains("segment_bytes"))
@@ -171,10 +167,9 @@ ModelScript ModelScript::fromJson(std::string_view source)
         objectWithKeys(parsed, "the script",
                        {"turns", "afterwards", "title", "rules", "routes", "ollama_version", "models"});
     ModelScript script;
-    if (const auto *turns = object.if_contains("turns")) {
+    if (const auto *turns = object.if_contains("turns"))
         for (const json::value &element : turns->as_array())
             script.turns.push_back(turn(element));
-    }
     if (const auto *afterwards = object.if_contains("afterwards"))
         script.afterwards = turn(*afterwards);
     if (const auto *title = object.if_contains("title"))
@@ -192,10 +187,9 @@ ModelScript ModelScript::fromJson(std::string_view source)
             script.rules.push_back(std::move(result));
         }
     }
-    if (const auto *routes = object.if_contains("routes")) {
+    if (const auto *routes = object.if_contains("routes"))
         for (const auto &route : routes->as_object())
             script.routes.emplace_back(route.key(), turn(route.value()));
-    }
     if (const auto *version = object.if_contains("ollama_version"))
         script.ollamaVersion = text(*version, "ollama_version");
     if (const auto *models = object.if_contains("models"))

@@ -9,16 +9,18 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 constexpr auto windowTitle = "Morvane";
-const auto messageField = QStringLiteral("Message Morvane");
+const auto messageField = u"Message Morvane"_s;
 
 QJsonObject lastMessage(const QJsonObject &conversation)
 {
-    return conversation.value(QLatin1String("messages")).toArray().last().toObject();
+    return conversation.value("messages"_L1).toArray().last().toObject();
 }
 
 } // namespace
@@ -26,13 +28,13 @@ QJsonObject lastMessage(const QJsonObject &conversation)
 MorvaneSession::MorvaneSession(const PrivateDesktop &desktop, const QString &program, ModelScript script,
                                AnnouncementRecorder::Hearing hearing)
     : m_desktop(desktop), m_programPath(program),
-      m_home(desktop.newFolder(QStringLiteral("home-") + QUuid::createUuid().toString(QUuid::Id128))),
+      m_home(desktop.newFolder(u"home-"_s + QUuid::createUuid().toString(QUuid::Id128))),
       m_model(std::move(script)), m_screen(desktop.display()), m_bus(desktop.sessionBusAddress())
 {
-    m_settings = {{QStringLiteral("provider"), QStringLiteral("custom")},
-                  {QStringLiteral("customBaseURL"), QString::fromStdString(m_model.baseURL() + "/v1")},
-                  {QStringLiteral("model"), QStringLiteral("scripted")},
-                  {QStringLiteral("hasCompletedOnboarding"), QStringLiteral("true")}};
+    m_settings = {{u"provider"_s, u"custom"_s},
+                  {u"customBaseURL"_s, QString::fromStdString(m_model.baseURL() + "/v1")},
+                  {u"model"_s, u"scripted"_s},
+                  {u"hasCompletedOnboarding"_s, u"true"_s}};
     // What a reader registers when it starts, so that the program sends what it sends to a reader.
     for (const auto *event : {"object:children-changed", "object:state-changed:focused",
                               "object:property-change:accessible-name", "object:text-changed", "window"}) {
@@ -48,16 +50,14 @@ void MorvaneSession::setSetting(const QString &key, const QString &value)
 
 void MorvaneSession::writeSettings() const
 {
-    const QString folder = m_home + QStringLiteral("/.config/Morvane");
+    const QString folder = m_home + u"/.config/Morvane"_s;
     QDir().mkpath(folder);
-    QFile file(folder + QStringLiteral("/Morvane.conf"));
-    if (file.exists() || !file.open(QIODevice::WriteOnly)) {
+    QFile file(folder + u"/Morvane.conf"_s);
+    if (file.exists() || !file.open(QIODevice::WriteOnly))
         return;
-    }
     file.write("[General]\n");
-    for (auto setting = m_settings.cbegin(); setting != m_settings.cend(); ++setting) {
+    for (auto setting = m_settings.cbegin(); setting != m_settings.cend(); ++setting)
         file.write((setting.key() + u'=' + setting.value() + u'\n').toUtf8());
-    }
 }
 
 void MorvaneSession::start()
@@ -65,13 +65,13 @@ void MorvaneSession::start()
     writeSettings();
     m_program.reset();
     m_program = std::make_unique<AccessibleProgram>(m_desktop, m_bus, m_programPath, m_home,
-                                                    m_home + QStringLiteral("/morvane.log"));
+                                                    m_home + u"/morvane.log"_s);
     m_program->find(
         [](const AccessibleNode &node) {
             return node.role == AccessibleRole::frame && node.name == QLatin1String(windowTitle) &&
                    node.has(AccessibleState::active);
         },
-        QStringLiteral("that is the active window"));
+        u"that is the active window"_s);
 }
 
 void MorvaneSession::quit()
@@ -83,11 +83,11 @@ void MorvaneSession::quit()
 
 QString MorvaneSession::sanitizerReport() const
 {
-    QFile log(m_home + QStringLiteral("/morvane.log"));
+    QFile log(m_home + u"/morvane.log"_s);
     if (!log.open(QIODevice::ReadOnly))
         return {};
     const QString text = QString::fromUtf8(log.readAll());
-    static const QRegularExpression report(QStringLiteral("(ERROR: \\w+Sanitizer|runtime error: ).*"),
+    static const QRegularExpression report(u"(ERROR: \\w+Sanitizer|runtime error: ).*"_s,
                                            QRegularExpression::DotMatchesEverythingOption);
     return report.match(text).captured();
 }
@@ -95,8 +95,7 @@ QString MorvaneSession::sanitizerReport() const
 std::unique_ptr<ChildProcess> MorvaneSession::startAgain() const
 {
     return std::make_unique<ChildProcess>(m_programPath, QStringList{},
-                                          environmentWithHome(m_desktop, m_home),
-                                          m_home + QStringLiteral("/second.log"));
+                                          environmentWithHome(m_desktop, m_home), m_home + u"/second.log"_s);
 }
 
 void MorvaneSession::send(const QString &text)
@@ -105,31 +104,30 @@ void MorvaneSession::send(const QString &text)
     field.takeFocus();
     field.setText(text);
     m_program->focuses(messageField);
-    m_keyboard.press(QStringLiteral("Return"));
+    m_keyboard.press(u"Return"_s);
 }
 
 bool MorvaneSession::hasStatus(const QString &status)
 {
-    return m_program->shows(QStringLiteral("Status. ") + status);
+    return m_program->shows(u"Status. "_s + status);
 }
 
 QByteArray MorvaneSession::settingsText() const
 {
-    QFile file(m_home + QStringLiteral("/.config/Morvane/Morvane.conf"));
+    QFile file(m_home + u"/.config/Morvane/Morvane.conf"_s);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList MorvaneSession::activity()
 {
     // The log stands among the rows of the conversation: a heading with its number of steps, then the steps.
-    static const QRegularExpression heading(QStringLiteral("^Activity, (\\d+) steps?$"));
+    static const QRegularExpression heading(u"^Activity, (\\d+) steps?$"_s);
     QStringList rows;
     m_program->tree().visit([&](const AccessibleNode &node) {
         for (qsizetype i = 0; i < node.children.size(); ++i) {
             const auto match = heading.match(node.children.at(i).name);
-            for (const AccessibleNode &row : node.children.mid(i + 1, match.captured(1).toInt())) {
+            for (const AccessibleNode &row : node.children.mid(i + 1, match.captured(1).toInt()))
                 rows.append(row.name);
-            }
         }
     });
     return rows;
@@ -138,12 +136,11 @@ QStringList MorvaneSession::activity()
 QMap<QString, QJsonObject> MorvaneSession::storedConversations() const
 {
     QMap<QString, QJsonObject> conversations;
-    const QDir folder(m_home + QStringLiteral("/.local/share/Morvane/Conversations"));
-    for (const QString &name : folder.entryList({QStringLiteral("*.json")}, QDir::Files)) {
+    const QDir folder(m_home + u"/.local/share/Morvane/Conversations"_s);
+    for (const QString &name : folder.entryList({u"*.json"_s}, QDir::Files)) {
         QFile file(folder.filePath(name));
-        if (file.open(QIODevice::ReadOnly)) {
+        if (file.open(QIODevice::ReadOnly))
             conversations.insert(name, QJsonDocument::fromJson(file.readAll()).object());
-        }
     }
     return conversations;
 }
@@ -151,11 +148,9 @@ QMap<QString, QJsonObject> MorvaneSession::storedConversations() const
 bool MorvaneSession::storesLastMessage(const QString &key, const QJsonValue &value) const
 {
     return waitUntil([&] {
-        for (const QJsonObject &conversation : storedConversations()) {
-            if (lastMessage(conversation).value(key) == value) {
+        for (const QJsonObject &conversation : storedConversations())
+            if (lastMessage(conversation).value(key) == value)
                 return true;
-            }
-        }
         return false;
     });
 }
@@ -163,16 +158,14 @@ bool MorvaneSession::storesLastMessage(const QString &key, const QJsonValue &val
 void MorvaneSession::keepEvidence(const QString &folder)
 {
     m_desktop.keepEvidence(folder);
-    QFile heard(folder + QStringLiteral("/announcements.txt"));
-    if (heard.open(QIODevice::WriteOnly)) {
+    QFile heard(folder + u"/announcements.txt"_s);
+    if (heard.open(QIODevice::WriteOnly))
         heard.write(m_ear->heard().join(u'\n').toUtf8());
-    }
-    QFile::remove(folder + QStringLiteral("/morvane.log"));
-    QFile::copy(m_home + QStringLiteral("/morvane.log"), folder + QStringLiteral("/morvane.log"));
-    QFile tree(folder + QStringLiteral("/tree.txt"));
-    if (isRunning() && tree.open(QIODevice::WriteOnly)) {
+    QFile::remove(folder + u"/morvane.log"_s);
+    QFile::copy(m_home + u"/morvane.log"_s, folder + u"/morvane.log"_s);
+    QFile tree(folder + u"/tree.txt"_s);
+    if (isRunning() && tree.open(QIODevice::WriteOnly))
         tree.write(m_program->tree().description().toUtf8());
-    }
 }
 
 } // namespace morvane

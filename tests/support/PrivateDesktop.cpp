@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -20,9 +22,8 @@ bool becomesTrue(const std::function<bool()> &condition,
 {
     const QDeadlineTimer deadline(limit);
     while (!condition()) {
-        if (deadline.hasExpired()) {
+        if (deadline.hasExpired())
             return false;
-        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
@@ -30,28 +31,25 @@ bool becomesTrue(const std::function<bool()> &condition,
 
 [[noreturn]] void fail(const QString &what, const ChildProcess &process)
 {
-    throw std::runtime_error((what + QLatin1String(" does not serve:\n") + process.log()).toStdString());
+    throw std::runtime_error((what + " does not serve:\n"_L1 + process.log()).toStdString());
 }
 
 /// What a program needs of the caller's environment to be found, loaded and checked.
 const QStringList &inheritedVariables()
 {
-    static const QStringList names{QStringLiteral("PATH"),          QStringLiteral("LD_LIBRARY_PATH"),
-                                   QStringLiteral("ASAN_OPTIONS"),  QStringLiteral("LSAN_OPTIONS"),
-                                   QStringLiteral("UBSAN_OPTIONS"), QStringLiteral("TSAN_OPTIONS")};
+    static const QStringList names{u"PATH"_s,         u"LD_LIBRARY_PATH"_s, u"ASAN_OPTIONS"_s,
+                                   u"LSAN_OPTIONS"_s, u"UBSAN_OPTIONS"_s,   u"TSAN_OPTIONS"_s};
     return names;
 }
 
 } // namespace
 
-PrivateDesktop::PrivateDesktop() : m_folder(QDir::tempPath() + QStringLiteral("/morvane-desktop-XXXXXX"))
+PrivateDesktop::PrivateDesktop() : m_folder(QDir::tempPath() + u"/morvane-desktop-XXXXXX"_s)
 {
     const auto own = QProcessEnvironment::systemEnvironment();
-    for (const QString &name : inheritedVariables()) {
-        if (own.contains(name)) {
+    for (const QString &name : inheritedVariables())
+        if (own.contains(name))
             m_environment.insert(name, own.value(name));
-        }
-    }
     const std::pair<const char *, const char *> folders[] = {{"HOME", "home"},
                                                              {"XDG_RUNTIME_DIR", "run"},
                                                              {"XDG_CONFIG_HOME", "home/.config"},
@@ -60,18 +58,17 @@ PrivateDesktop::PrivateDesktop() : m_folder(QDir::tempPath() + QStringLiteral("/
                                                              {"XDG_CACHE_HOME", "home/.cache"},
                                                              {"TMPDIR", "tmp"},
                                                              {"LOGS", "logs"}};
-    for (const auto &[variable, folder] : folders) {
+    for (const auto &[variable, folder] : folders)
         m_environment.insert(QString::fromLatin1(variable), newFolder(QString::fromLatin1(folder)));
-    }
-    m_environment.remove(QStringLiteral("LOGS"));
-    m_environment.insert(QStringLiteral("LANG"), QStringLiteral("C.UTF-8"));
-    m_environment.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
+    m_environment.remove(u"LOGS"_s);
+    m_environment.insert(u"LANG"_s, u"C.UTF-8"_s);
+    m_environment.insert(u"TZ"_s, u"UTC"_s);
     // Nothing that a test starts reaches beyond this computer: no proxy listens there.
     for (const auto *name : {"http_proxy", "https_proxy", "all_proxy"})
-        m_environment.insert(QString::fromLatin1(name), QStringLiteral("http://127.0.0.1:1"));
-    m_environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
-    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    m_environment.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+        m_environment.insert(QString::fromLatin1(name), u"http://127.0.0.1:1"_s);
+    m_environment.insert(u"XDG_SESSION_TYPE"_s, u"x11"_s);
+    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    m_environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
     startServer();
     startBus();
     startWindowManager();
@@ -87,9 +84,8 @@ PrivateDesktop::~PrivateDesktop()
 
 void PrivateDesktop::adopt() const
 {
-    for (const QString &name : m_environment.keys()) {
+    for (const QString &name : m_environment.keys())
         qputenv(name.toUtf8().constData(), m_environment.value(name).toUtf8());
-    }
     qunsetenv("WAYLAND_DISPLAY");
     qunsetenv("AT_SPI_BUS_ADDRESS");
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
@@ -97,7 +93,7 @@ void PrivateDesktop::adopt() const
 
 QString PrivateDesktop::sessionBusAddress() const
 {
-    return m_environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    return m_environment.value(u"DBUS_SESSION_BUS_ADDRESS"_s);
 }
 
 QString PrivateDesktop::newFolder(const QString &name) const
@@ -121,62 +117,56 @@ void PrivateDesktop::keepEvidence(const QString &folder) const
         QFile::remove(folder + u'/' + log);
         QFile::copy(logs.filePath(log), folder + u'/' + log);
     }
-    screenshot().save(folder + QStringLiteral("/screen.png"));
+    screenshot().save(folder + u"/screen.png"_s);
 }
 
 QString PrivateDesktop::logPath(const QString &name) const
 {
-    return m_folder.filePath(QStringLiteral("logs/") + name);
+    return m_folder.filePath(u"logs/"_s + name);
 }
 
 void PrivateDesktop::startServer()
 {
     // The server chooses a free display number itself and tells it through its standard error, the only
     // descriptor that reaches the log.
-    m_server = std::make_unique<ChildProcess>(
-        QStringLiteral("Xvfb"),
-        QStringList{QStringLiteral("-displayfd"), QStringLiteral("2"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), QStringLiteral("1280x960x24"), QStringLiteral("-nolisten"),
-                    QStringLiteral("tcp"), QStringLiteral("-noreset")},
-        m_environment, logPath(QStringLiteral("xserver.log")));
+    m_server =
+        std::make_unique<ChildProcess>(u"Xvfb"_s,
+                                       QStringList{u"-displayfd"_s, u"2"_s, u"-screen"_s, u"0"_s,
+                                                   u"1280x960x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s},
+                                       m_environment, logPath(u"xserver.log"_s));
     QString number;
     const bool serves = becomesTrue([&] {
         for (const QString &line : m_server->log().split(u'\n')) {
             bool isNumber = false;
             line.toInt(&isNumber);
-            if (isNumber) {
+            if (isNumber)
                 number = line;
-            }
         }
         return !number.isEmpty() || !m_server->isRunning();
     });
-    if (!serves || number.isEmpty()) {
-        fail(QStringLiteral("The X server"), *m_server);
-    }
-    m_environment.insert(QStringLiteral("DISPLAY"), u':' + number);
+    if (!serves || number.isEmpty())
+        fail(u"The X server"_s, *m_server);
+    m_environment.insert(u"DISPLAY"_s, u':' + number);
 }
 
 void PrivateDesktop::startBus()
 {
-    const QString address = QStringLiteral("unix:path=") +
-                            m_environment.value(QStringLiteral("XDG_RUNTIME_DIR")) + QStringLiteral("/bus");
-    m_bus = std::make_unique<ChildProcess>(
-        QStringLiteral("dbus-daemon"),
-        QStringList{QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
-                    QStringLiteral("--address=") + address, QStringLiteral("--print-address")},
-        m_environment, logPath(QStringLiteral("bus.log")));
+    const QString address = u"unix:path="_s + m_environment.value(u"XDG_RUNTIME_DIR"_s) + u"/bus"_s;
+    m_bus = std::make_unique<ChildProcess>(u"dbus-daemon"_s,
+                                           QStringList{u"--session"_s, u"--nofork"_s, u"--nopidfile"_s,
+                                                       u"--address="_s + address, u"--print-address"_s},
+                                           m_environment, logPath(u"bus.log"_s));
     const bool serves =
-        becomesTrue([&] { return m_bus->log().contains(QLatin1String("unix:path")) || !m_bus->isRunning(); });
-    if (!serves || !m_bus->isRunning()) {
-        fail(QStringLiteral("The session bus"), *m_bus);
-    }
-    m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address);
+        becomesTrue([&] { return m_bus->log().contains("unix:path"_L1) || !m_bus->isRunning(); });
+    if (!serves || !m_bus->isRunning())
+        fail(u"The session bus"_s, *m_bus);
+    m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, address);
 }
 
 void PrivateDesktop::startWindowManager()
 {
-    m_windowManager = std::make_unique<ChildProcess>(QStringLiteral("openbox"), QStringList{}, m_environment,
-                                                     logPath(QStringLiteral("openbox.log")));
+    m_windowManager =
+        std::make_unique<ChildProcess>(u"openbox"_s, QStringList{}, m_environment, logPath(u"openbox.log"_s));
     // It announces itself before it takes windows, and loses those that come in between.
     const bool serves = becomesTrue([&] {
         const XConnection probe(display());
@@ -186,9 +176,8 @@ void PrivateDesktop::startWindowManager()
         };
         return becomesTrue(isManaged, std::chrono::milliseconds(200)) || !m_windowManager->isRunning();
     });
-    if (!serves || !m_windowManager->isRunning()) {
-        fail(QStringLiteral("The window manager"), *m_windowManager);
-    }
+    if (!serves || !m_windowManager->isRunning())
+        fail(u"The window manager"_s, *m_windowManager);
 }
 
 } // namespace morvane

@@ -43,10 +43,9 @@ std::optional<RawHttpRequest> RawHttpConnection::readRequest()
     }
     const qsizetype bodySize = request.headers.value("Content-Length").value_or("0").toLongLong();
     m_received.remove(0, headEnd + 4);
-    while (m_received.size() < bodySize) {
+    while (m_received.size() < bodySize)
         if (!receive())
             return std::nullopt;
-    }
     request.body = m_received.first(bodySize);
     m_received.remove(0, bodySize);
     m_server.record(request);
@@ -73,7 +72,7 @@ bool RawHttpConnection::waitForBytes()
 bool RawHttpConnection::send(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
-        if (m_socket < 0 || waitForSocket(POLLOUT) == Ready::Torn)
+        if (m_socket < 0 || waitForSocket(POLLOUT) == Ready::torn)
             return false;
         const ssize_t sent = ::send(m_socket, bytes.data(), static_cast<std::size_t>(bytes.size()),
                                     MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -143,12 +142,12 @@ RawHttpConnection::Ready RawHttpConnection::waitForSocket(short events)
     std::array<pollfd, 2> descriptors{pollfd{m_socket, events, 0}, pollfd{m_server.m_tearDown, POLLIN, 0}};
     while (::poll(descriptors.data(), descriptors.size(), -1) < 0 && errno == EINTR) {
     }
-    return descriptors[1].revents ? Ready::Torn : Ready::Yes;
+    return descriptors[1].revents ? Ready::torn : Ready::yes;
 }
 
 bool RawHttpConnection::receive()
 {
-    if (m_socket < 0 || waitForSocket(POLLIN) == Ready::Torn)
+    if (m_socket < 0 || waitForSocket(POLLIN) == Ready::torn)
         return false;
     std::array<char, 64 * 1024> buffer;
     const ssize_t received = ::recv(m_socket, buffer.data(), buffer.size(), 0);

@@ -53,7 +53,7 @@ public:
     void reset();
 
 private:
-    enum class Ready { Yes, Torn };
+    enum class Ready { yes, torn };
 
     Ready waitForSocket(short events);
     bool receive();

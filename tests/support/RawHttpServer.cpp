@@ -10,6 +10,8 @@
 #include <unistd.h>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 RawHttpServer::RawHttpServer(Script script) : m_script(std::move(script))
@@ -42,16 +44,15 @@ RawHttpServer::~RawHttpServer()
 RawHttpServer::Script RawHttpServer::answering(Answer answer)
 {
     return [answer = std::move(answer)](RawHttpConnection &connection) {
-        while (const auto request = connection.readRequest()) {
+        while (const auto request = connection.readRequest())
             if (!connection.send(answer(*request)))
                 return;
-        }
     };
 }
 
 QUrl RawHttpServer::url(const QString &pathAndQuery) const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(pathAndQuery));
+    return QUrl(u"http://127.0.0.1:%1%2"_s.arg(m_port).arg(pathAndQuery));
 }
 
 QList<RawHttpRequest> RawHttpServer::requests() const

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QPdfWriter>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -13,7 +15,7 @@ constexpr QRect printed(120, 120, 1035, 1410);
 
 QFont pageFont()
 {
-    QFont font(QStringLiteral("DejaVu Sans"));
+    QFont font(u"DejaVu Sans"_s);
     font.setPixelSize(30);
     return font;
 }

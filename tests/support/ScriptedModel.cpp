@@ -127,10 +127,9 @@ ScriptedModel::~ScriptedModel()
     {
         const std::lock_guard lock(m_mutex);
         connections.swap(m_connections);
-        for (const Connection &connection : connections) {
+        for (const Connection &connection : connections)
             if (connection.descriptor >= 0)
                 ::shutdown(connection.descriptor, SHUT_RDWR);
-        }
     }
     for (Connection &connection : connections)
         connection.thread.join();
@@ -217,10 +216,9 @@ ScriptedTurn ScriptedModel::answerFor(ScriptedRequest &request)
 {
     const std::string path = request.target.substr(0, request.target.find('?'));
     const std::string address = request.method + " " + path;
-    for (const auto &[route, turn] : m_script.routes) {
+    for (const auto &[route, turn] : m_script.routes)
         if (route == address)
             return turn;
-    }
     if (address == "GET /api/version")
         return wholeAnswer(200, json::object{{"version", m_script.ollamaVersion}});
     if (address == "GET /api/tags") {
@@ -238,11 +236,10 @@ ScriptedTurn ScriptedModel::answerFor(ScriptedRequest &request)
         return wholeAnswer(404, errorObject("The script knows no " + address));
 
     const std::string system = systemPrompt(request.json);
-    for (const ScriptRule &rule : m_script.rules) {
+    for (const ScriptRule &rule : m_script.rules)
         if (system.starts_with(rule.systemBegins) &&
             lastMessage(request.json).find(rule.lastMessageContains) != std::string::npos)
             return rule.turn;
-    }
     if (system.starts_with(titlePromptBegins))
         return ScriptedTurn::saying({m_script.title});
     if (m_nextTurn < m_script.turns.size()) {

@@ -84,10 +84,9 @@ bool ScriptedModelConnection::fill()
 bool ScriptedModelConnection::readRequest(ScriptedRequest &request)
 {
     std::size_t headEnd = 0;
-    while ((headEnd = m_buffer.find("\r\n\r\n")) == std::string::npos) {
+    while ((headEnd = m_buffer.find("\r\n\r\n")) == std::string::npos)
         if (!fill())
             return false;
-    }
     parseHead(std::string_view(m_buffer).substr(0, headEnd), request);
     std::size_t length = 0;
     if (const auto header = request.headers.find("content-length"); header != request.headers.end())
@@ -98,10 +97,9 @@ bool ScriptedModelConnection::readRequest(ScriptedRequest &request)
             return false;
     }
     m_buffer.erase(0, headEnd + 4);
-    while (m_buffer.size() < length) {
+    while (m_buffer.size() < length)
         if (!fill())
             return false;
-    }
     request.body = m_buffer.substr(0, length);
     m_buffer.erase(0, length);
     boost::json::error_code error;
@@ -143,10 +141,9 @@ bool ScriptedModelConnection::answerWhole(const ScriptedTurn &turn, const std::s
     if (!writeHead(turn, "application/json", length))
         return false;
     const std::size_t segment = m_segmentBytes == 0 ? body.size() : m_segmentBytes;
-    for (std::size_t sent = 0; sent < body.size(); sent += segment) {
+    for (std::size_t sent = 0; sent < body.size(); sent += segment)
         if (!writeAll(std::string_view(body).substr(sent, segment)))
             return false;
-    }
     return true;
 }
 
@@ -172,10 +169,9 @@ bool ScriptedModelConnection::perform(const ScriptStep &step, ScriptedEvents &ev
         Overloaded{
             [&](const step::Text &text) { return writeChunk(events.text(text.piece)); },
             [&](const step::Call &call) {
-                for (const std::string &event : events.call(call.call)) {
+                for (const std::string &event : events.call(call.call))
                     if (!writeChunk(event))
                         return false;
-                }
                 return true;
             },
             [&](const step::Error &error) { return writeChunk(events.error(error.message)); },

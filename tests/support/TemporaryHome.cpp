@@ -24,12 +24,11 @@ TemporaryHome::TemporaryHome()
 
 TemporaryHome::~TemporaryHome()
 {
-    for (auto variable = m_environmentBefore.cbegin(); variable != m_environmentBefore.cend(); ++variable) {
+    for (auto variable = m_environmentBefore.cbegin(); variable != m_environmentBefore.cend(); ++variable)
         if (variable.value().isNull())
             qunsetenv(variable.key().constData());
         else
             qputenv(variable.key().constData(), variable.value());
-    }
 }
 
 QString TemporaryHome::path(const QString &relative) const
@@ -55,7 +54,7 @@ QByteArray TemporaryHome::read(const QString &relative) const
 
 unsigned permissionBits(const QString &path)
 {
-    struct stat status {};
+    struct stat status{};
     return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & ALLPERMS : 0;
 }
 

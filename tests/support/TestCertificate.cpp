@@ -2,19 +2,18 @@
 
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 TestCertificate::TestCertificate(const QString &names)
 {
     QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                   QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
-                   QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
-                   QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
-                   QStringLiteral("/CN=Morvane test"), QStringLiteral("-addext"),
-                   QStringLiteral("subjectAltName=") + names, QStringLiteral("-keyout"), keyFile(),
-                   QStringLiteral("-out"), certificateFile()});
+    openssl.start(u"openssl"_s,
+                  {u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s,
+                   u"ec_paramgen_curve:prime256v1"_s, u"-nodes"_s, u"-days"_s, u"2"_s, u"-subj"_s,
+                   u"/CN=Morvane test"_s, u"-addext"_s, u"subjectAltName="_s + names, u"-keyout"_s, keyFile(),
+                   u"-out"_s, certificateFile()});
     m_made = openssl.waitForFinished() && openssl.exitCode() == 0;
 }
 

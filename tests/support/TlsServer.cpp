@@ -6,6 +6,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -47,7 +49,7 @@ bool takesConnections(quint16 port)
 TlsServer::TlsServer(Protocol protocol, const TestCertificate &certificate)
 {
     m_process.setWorkingDirectory(m_folder.path());
-    if (protocol == Protocol::Http1)
+    if (protocol == Protocol::http1)
         startHttp1(certificate);
     else
         startHttp2(certificate);
@@ -61,7 +63,7 @@ TlsServer::~TlsServer()
 
 QUrl TlsServer::url(const QString &file) const
 {
-    return QUrl(QStringLiteral("https://127.0.0.1:%1/%2").arg(m_port).arg(file));
+    return QUrl(u"https://127.0.0.1:%1/%2"_s.arg(m_port).arg(file));
 }
 
 void TlsServer::addFile(const QString &name, const QByteArray &content)
@@ -73,11 +75,9 @@ void TlsServer::addFile(const QString &name, const QByteArray &content)
 
 void TlsServer::startHttp1(const TestCertificate &certificate)
 {
-    m_process.start(QStringLiteral("openssl"),
-                    {QStringLiteral("s_server"), QStringLiteral("-accept"), QStringLiteral("127.0.0.1:0"),
-                     QStringLiteral("-HTTP"), QStringLiteral("-cert"), certificate.certificateFile(),
-                     QStringLiteral("-key"), certificate.keyFile()});
-    static const QRegularExpression accepting(QStringLiteral("ACCEPT \\S+:(\\d+)"));
+    m_process.start(u"openssl"_s, {u"s_server"_s, u"-accept"_s, u"127.0.0.1:0"_s, u"-HTTP"_s, u"-cert"_s,
+                                   certificate.certificateFile(), u"-key"_s, certificate.keyFile()});
+    static const QRegularExpression accepting(u"ACCEPT \\S+:(\\d+)"_s);
     QString output;
     while (m_process.waitForReadyRead()) {
         output += QString::fromLatin1(m_process.readAllStandardOutput());
@@ -93,10 +93,9 @@ void TlsServer::startHttp2(const TestCertificate &certificate)
     // nghttpd does not tell which port it got, so a free one is chosen; it ends at once if that is taken.
     for (int attempt = 0; attempt < attempts && m_port == 0; ++attempt) {
         const quint16 port = freePort();
-        m_process.start(QStringLiteral("nghttpd"),
-                        {QStringLiteral("--address=127.0.0.1"), QStringLiteral("--htdocs=") + m_folder.path(),
-                         QStringLiteral("--echo-upload"), QString::number(port), certificate.keyFile(),
-                         certificate.certificateFile()});
+        m_process.start(u"nghttpd"_s,
+                        {u"--address=127.0.0.1"_s, u"--htdocs="_s + m_folder.path(), u"--echo-upload"_s,
+                         QString::number(port), certificate.keyFile(), certificate.certificateFile()});
         m_process.waitForStarted();
         while (!m_process.waitForFinished(10) && m_process.state() == QProcess::Running) {
             if (takesConnections(port)) {

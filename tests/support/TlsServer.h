@@ -14,7 +14,7 @@ namespace morvane {
 /// where each file holds a whole response, or HTTP/2 by nghttpd, where each file is a body.
 class TlsServer {
 public:
-    enum class Protocol { Http1, Http2 };
+    enum class Protocol { http1, http2 };
 
     TlsServer(Protocol protocol, const TestCertificate &certificate);
     ~TlsServer();

@@ -38,10 +38,9 @@ inline QStringList groupsOfMatches(const QString &text, const Regex &expression)
 {
     QStringList groups;
     const auto matches = expression.findAll(text, text.size(), std::chrono::minutes(1));
-    for (const RegexMatch &match : matches.value()) {
+    for (const RegexMatch &match : matches.value())
         for (qsizetype group = 1; group <= match.groupCount(); ++group)
             groups << match.captured(text, group).toString();
-    }
     return groups;
 }
 

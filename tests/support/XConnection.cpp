@@ -47,9 +47,8 @@ QList<uint32_t> XConnection::property(xcb_window_t window, std::string_view name
 {
     const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, wholeProperty);
     const auto reply = owned(xcb_get_property_reply(m_connection, cookie, nullptr));
-    if (!reply || reply->format != 32) {
+    if (!reply || reply->format != 32)
         return {};
-    }
     const auto *values = static_cast<const uint32_t *>(xcb_get_property_value(reply.get()));
     return QList<uint32_t>(values, values + reply->value_len);
 }
@@ -77,9 +76,8 @@ QImage XConnection::screenshot() const
     const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,
                                       uint16_t(m_size.width()), uint16_t(m_size.height()), ~0U);
     const auto reply = owned(xcb_get_image_reply(m_connection, cookie, nullptr));
-    if (!reply) {
+    if (!reply)
         return {};
-    }
     return QImage(xcb_get_image_data(reply.get()), m_size.width(), m_size.height(), QImage::Format_RGB32)
         .copy();
 }
@@ -101,9 +99,8 @@ std::optional<QString> XConnection::clipboardText() const
             ::poll(&waiting, 1, int(deadline.remainingTime()));
             continue;
         }
-        if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY) {
+        if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY)
             continue;
-        }
         answered = true;
         const auto cookie = xcb_get_property(m_connection, 0, window, target, XCB_ATOM_ANY, 0, wholeProperty);
         const auto reply = owned(xcb_get_property_reply(m_connection, cookie, nullptr));

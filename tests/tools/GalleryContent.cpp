@@ -1,5 +1,7 @@
 #include "GalleryContent.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -66,33 +68,27 @@ Shall I remove the caches?)";
 
 void fillShowcase(Transcript &transcript, ActivityLog &activity)
 {
-    transcript.append(message(Role::user, QStringLiteral("Check my Mac's storage")));
+    transcript.append(message(Role::user, u"Check my Mac's storage"_s));
     transcript.append(message(Role::assistant, QString::fromUtf8(formattedAnswer)));
-    ChatMessage withFile =
-        message(Role::user, QStringLiteral("Yes, please. And look at the two reports that I attached, "
-                                           "then tell me in one sentence what they have in common."));
-    withFile.attachments = {file(QStringLiteral("report.pdf")), file(QStringLiteral("notes.txt"))};
+    ChatMessage withFile = message(Role::user, u"Yes, please. And look at the two reports that I attached, "
+                                               "then tell me in one sentence what they have in common."_s);
+    withFile.attachments = {file(u"report.pdf"_s), file(u"notes.txt"_s)};
     transcript.append(withFile);
-    ChatMessage failed = message(Role::assistant, QStringLiteral("I will look at both files."));
+    ChatMessage failed = message(Role::assistant, u"I will look at both files."_s);
     failed.errorMessage =
-        QStringLiteral("Could not connect to the AI provider. Check your internet connection and try again.");
+        u"Could not connect to the AI provider. Check your internet connection and try again."_s;
     transcript.append(failed);
     transcript.append(message(
-        Role::user,
-        QStringLiteral("Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"
-                       "Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft")));
-    transcript.append(message(Role::user, QStringLiteral("مرحبا بالعالم")));
-    activity.log(QStringLiteral("Running: run the command: du -sh ~/*"), ActivityStep::Kind::tool);
-    activity.log(
-        QStringLiteral("run shell command returned: 96G Movies 31G Library 4G Documents and a good deal more "
-                       "that does not fit on one line of the log"),
-        ActivityStep::Kind::info);
-    activity.log(QStringLiteral("web search failed: Error: The network is unreachable."),
-                 ActivityStep::Kind::error);
-    activity.log(QStringLiteral("Finished. Completed: run shell command, web search."),
-                 ActivityStep::Kind::success);
-    ChatMessage streaming =
-        message(Role::assistant, QStringLiteral("Both reports are about **the same quarter"));
+        Role::user, u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"
+                    "Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"_s));
+    transcript.append(message(Role::user, u"مرحبا بالعالم"_s));
+    activity.log(u"Running: run the command: du -sh ~/*"_s, ActivityStep::Kind::tool);
+    activity.log(u"run shell command returned: 96G Movies 31G Library 4G Documents and a good deal more "
+                 "that does not fit on one line of the log"_s,
+                 ActivityStep::Kind::info);
+    activity.log(u"web search failed: Error: The network is unreachable."_s, ActivityStep::Kind::error);
+    activity.log(u"Finished. Completed: run shell command, web search."_s, ActivityStep::Kind::success);
+    ChatMessage streaming = message(Role::assistant, u"Both reports are about **the same quarter"_s);
     streaming.isStreaming = true;
     transcript.append(streaming);
 }

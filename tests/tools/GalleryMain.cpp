@@ -14,6 +14,8 @@
 #include <QScrollBar>
 #include <QTimer>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -43,10 +45,10 @@ std::unique_ptr<QWidget> windowWithAttachments(GalleryModel &gallery)
     auto *composer = window->findChild<ComposerView *>();
     for (const char *name : {"holiday.jpg", "report.pdf", "notes.txt", "minutes.md",
                              "A rather long name of a document that nobody could ever want to read.pdf"})
-        composer->handleFiles({QUrl::fromLocalFile(QLatin1Char('/') + QString::fromLatin1(name))});
+        composer->handleFiles({QUrl::fromLocalFile(u'/' + QString::fromLatin1(name))});
     QTimer::singleShot(200, composer, [&gallery, composer] {
         gallery.attachments.holds = true;
-        composer->handleFiles({QUrl::fromLocalFile(QStringLiteral("/scan.pdf"))});
+        composer->handleFiles({QUrl::fromLocalFile(u"/scan.pdf"_s)});
     });
     return window;
 }
@@ -58,42 +60,36 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();
-    parser.addOption({QStringLiteral("dark"), QStringLiteral("Dark colours.")});
-    parser.addOption({QStringLiteral("composer"), QStringLiteral("The window with files to be sent.")});
-    parser.addOption({QStringLiteral("width"), QStringLiteral("Width of the window."),
-                      QStringLiteral("pixels"), QStringLiteral("760")});
-    parser.addOption({QStringLiteral("height"), QStringLiteral("Height of the window."),
-                      QStringLiteral("pixels"), QStringLiteral("720")});
-    parser.addOption({QStringLiteral("font"), QStringLiteral("Size of the font."), QStringLiteral("points"),
-                      QStringLiteral("10")});
-    parser.addOption(
-        {QStringLiteral("picture"), QStringLiteral("Write a picture and end."), QStringLiteral("file")});
-    parser.addOption(
-        {QStringLiteral("scroll"), QStringLiteral("Scroll to this share."), QStringLiteral("percent")});
+    parser.addOption({u"dark"_s, u"Dark colours."_s});
+    parser.addOption({u"composer"_s, u"The window with files to be sent."_s});
+    parser.addOption({u"width"_s, u"Width of the window."_s, u"pixels"_s, u"760"_s});
+    parser.addOption({u"height"_s, u"Height of the window."_s, u"pixels"_s, u"720"_s});
+    parser.addOption({u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s});
+    parser.addOption({u"picture"_s, u"Write a picture and end."_s, u"file"_s});
+    parser.addOption({u"scroll"_s, u"Scroll to this share."_s, u"percent"_s});
     parser.process(application);
 
     QFont font = QApplication::font();
-    font.setPointSizeF(parser.value(QStringLiteral("font")).toDouble());
+    font.setPointSizeF(parser.value(u"font"_s).toDouble());
     QApplication::setFont(font);
-    FixedColorScheme scheme(parser.isSet(QStringLiteral("dark")) ? ColorScheme::Preference::dark
-                                                                 : ColorScheme::Preference::light);
+    FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
+                                                    : ColorScheme::Preference::light);
     Theme theme(scheme);
     GalleryModel gallery;
     const std::unique_ptr<QWidget> view =
-        parser.isSet(QStringLiteral("composer")) ? windowWithAttachments(gallery) : conversation(gallery);
-    view->resize(parser.value(QStringLiteral("width")).toInt(),
-                 parser.value(QStringLiteral("height")).toInt());
+        parser.isSet(u"composer"_s) ? windowWithAttachments(gallery) : conversation(gallery);
+    view->resize(parser.value(u"width"_s).toInt(), parser.value(u"height"_s).toInt());
     view->show();
-    if (parser.isSet(QStringLiteral("picture"))) {
+    if (parser.isSet(u"picture"_s)) {
         QTimer::singleShot(400, view.get(), [&] {
             auto *scrolled = view->findChild<ChatScrollView *>();
             if (auto *shown = qobject_cast<ChatScrollView *>(view.get()))
                 scrolled = shown;
-            if (parser.isSet(QStringLiteral("scroll"))) {
+            if (parser.isSet(u"scroll"_s)) {
                 auto *bar = scrolled->verticalScrollBar();
-                bar->setValue(bar->maximum() * parser.value(QStringLiteral("scroll")).toInt() / 100);
+                bar->setValue(bar->maximum() * parser.value(u"scroll"_s).toInt() / 100);
             }
-            view->grab().save(parser.value(QStringLiteral("picture")));
+            view->grab().save(parser.value(u"picture"_s));
             QApplication::quit();
         });
     }

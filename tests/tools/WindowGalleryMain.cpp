@@ -16,6 +16,8 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
@@ -27,9 +29,9 @@ public:
     {
         QList<CatalogModel> list;
         for (int number = 1; number <= 1200; ++number)
-            list.append({QStringLiteral("vendor-%1/model-with-a-rather-long-name-%2b-instruct-2026-preview%3")
-                             .arg(QString::number(number % 37), QString::number(number),
-                                  number <= 60 ? QStringLiteral(":free") : QString()),
+            list.append({u"vendor-%1/model-with-a-rather-long-name-%2b-instruct-2026-preview%3"_s.arg(
+                             QString::number(number % 37), QString::number(number),
+                             number <= 60 ? u":free"_s : QString()),
                          number <= 60});
         modelCatalog.lists.insert(ProviderID::openrouter, list);
         modelCatalog.lists.insert(ProviderID::custom, list.mid(60, 12));
@@ -40,11 +42,10 @@ public:
             ChatMessage message;
             message.id = newUuid();
             message.role = Role::user;
-            message.text = QStringLiteral("Hello");
+            message.text = u"Hello"_s;
             store.save(newUuid(),
-                       number % 3 == 1
-                           ? QStringLiteral("A conversation whose title is longer than the sidebar is wide")
-                           : QStringLiteral("Free disk space %1").arg(number),
+                       number % 3 == 1 ? u"A conversation whose title is longer than the sidebar is wide"_s
+                                       : u"Free disk space %1"_s.arg(number),
                        {message});
         }
     }
@@ -58,7 +59,7 @@ void addOptions(QCommandLineParser &parser)
         parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description),
                           QString::fromLatin1(value), QString::fromLatin1(standard)});
     };
-    parser.addOption({QStringLiteral("dark"), QStringLiteral("Dark colours.")});
+    parser.addOption({u"dark"_s, u"Dark colours."_s});
     option("window", "Which window: settings, welcome, conversation, permission, question.", "name",
            "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
@@ -68,40 +69,39 @@ void addOptions(QCommandLineParser &parser)
     option("font", "Size of the font.", "points", "10");
     option("scroll", "Scroll to this share.", "percent", "0");
     option("state", "Of the local model: none, running, installing, failed.", "name", "none");
-    parser.addOption({QStringLiteral("popup"), QStringLiteral("Open the list of models.")});
-    parser.addOption({QStringLiteral("allowed"), QStringLiteral("Some tools are always allowed.")});
-    parser.addOption({QStringLiteral("conversations"), QStringLiteral("Some conversations are stored.")});
+    parser.addOption({u"popup"_s, u"Open the list of models."_s});
+    parser.addOption({u"allowed"_s, u"Some tools are always allowed."_s});
+    parser.addOption({u"conversations"_s, u"Some conversations are stored."_s});
     option("picture", "Write a picture and end.", "file");
 }
 
 void setLocalModel(Stage &stage, const QString &state)
 {
     stage.localModel.binaryInstalled = true;
-    stage.localModel.serverRunning = state == QStringLiteral("running");
+    stage.localModel.serverRunning = state == u"running"_s;
     stage.localModel.models = {stage.settings.model()};
-    if (state == QStringLiteral("installing"))
+    if (state == u"installing"_s)
         stage.localModel.installationTime = std::chrono::hours(1);
-    if (state == QStringLiteral("failed"))
-        stage.localModel.failure = QStringLiteral("The download ended before it was complete.");
-    if (state == QStringLiteral("running"))
+    if (state == u"failed"_s)
+        stage.localModel.failure = u"The download ended before it was complete."_s;
+    if (state == u"running"_s)
         stage.model.localModel().refreshLocalModel();
-    else if (state != QStringLiteral("none"))
+    else if (state != u"none"_s)
         stage.model.localModel().installLocalModelIfNeeded();
 }
 
 void ask(Stage &stage, const QString &window)
 {
     AIToolCall call;
-    call.name = QStringLiteral("write_file");
+    call.name = u"write_file"_s;
     call.arguments = SharedJsonObject(boost::json::object{
         {"path", "~/Documents/reports/2026/a-report-with-a-long-name.txt"}, {"content", "text"}});
-    if (window == QStringLiteral("permission"))
+    if (window == u"permission"_s)
         stage.scheduler.spawn(stage.model.gate().requestPermission(call));
-    if (window == QStringLiteral("question"))
+    if (window == u"question"_s)
         stage.scheduler.spawn(stage.model.questions().askUserQuestion(
-            QStringLiteral("Which of the folders shall I clean up?"),
-            {QStringLiteral("Downloads"), QStringLiteral("Desktop"),
-             QStringLiteral("Both, and tell me beforehand what will be removed")}));
+            u"Which of the folders shall I clean up?"_s,
+            {u"Downloads"_s, u"Desktop"_s, u"Both, and tell me beforehand what will be removed"_s}));
 }
 
 } // namespace
@@ -109,7 +109,7 @@ void ask(Stage &stage, const QString &window)
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral("1.0"));
+    QApplication::setApplicationVersion(u"1.0"_s);
     application.setProperty("buildNumber", 100);
     QCommandLineParser parser;
     addOptions(parser);
@@ -119,18 +119,18 @@ int main(int argc, char **argv)
     QFont font = QApplication::font();
     font.setPointSizeF(value("font").toDouble());
     QApplication::setFont(font);
-    FixedColorScheme scheme(parser.isSet(QStringLiteral("dark")) ? ColorScheme::Preference::dark
-                                                                 : ColorScheme::Preference::light);
+    FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
+                                                    : ColorScheme::Preference::light);
     Theme theme(scheme);
     Stage stage;
     const ProviderID provider = providerFromRawValue(value("provider")).value_or(ProviderID::openrouter);
     stage.settings.setProviderID(provider);
     stage.settings.setModel(value("model").isEmpty() ? defaultModel(provider) : value("model"));
-    if (parser.isSet(QStringLiteral("allowed")))
+    if (parser.isSet(u"allowed"_s))
         stage.settings.setAlwaysAllowedTools(
-            {QStringLiteral("write_file"), QStringLiteral("edit_file"),
-             QStringLiteral("mcp_a_server_with_a_long_name_create_a_rather_complicated_thing")});
-    if (parser.isSet(QStringLiteral("conversations")))
+            {u"write_file"_s, u"edit_file"_s,
+             u"mcp_a_server_with_a_long_name_create_a_rather_complicated_thing"_s});
+    if (parser.isSet(u"conversations"_s))
         stage.saveConversations(8);
     bool restored = false;
     QObject::connect(&stage.model, &AppModel::restored, &stage.model, [&restored] { restored = true; });
@@ -138,7 +138,7 @@ int main(int argc, char **argv)
     setLocalModel(stage, value("state"));
 
     std::unique_ptr<QWidget> window;
-    if (value("window") == QStringLiteral("settings"))
+    if (value("window") == u"settings"_s)
         window = std::make_unique<SettingsView>(stage.model, nullptr);
     else
         window = std::make_unique<MainWindow>(stage.model);
@@ -146,7 +146,7 @@ int main(int argc, char **argv)
     if (size.width() > 0 && size.height() > 0)
         window->resize(size);
     window->show();
-    if (value("window") != QStringLiteral("settings") && value("window") != QStringLiteral("welcome"))
+    if (value("window") != u"settings"_s && value("window") != u"welcome"_s)
         fillShowcase(stage.model.transcript(), stage.model.activity());
     ask(stage, value("window"));
     settle();
@@ -154,11 +154,10 @@ int main(int argc, char **argv)
         auto *bar = scroll->verticalScrollBar();
         bar->setValue(bar->maximum() * value("scroll").toInt() / 100);
     }
-    if (parser.isSet(QStringLiteral("popup"))) {
-        for (auto *picker : window->findChildren<QComboBox *>()) {
-            if (picker->isVisible() && picker->accessibleName().startsWith(QStringLiteral("Model for")))
+    if (parser.isSet(u"popup"_s)) {
+        for (auto *picker : window->findChildren<QComboBox *>())
+            if (picker->isVisible() && picker->accessibleName().startsWith(u"Model for"_s))
                 picker->showPopup();
-        }
     }
     settle();
     if (value("picture").isEmpty())

@@ -39,10 +39,9 @@ std::string languagesOf(const std::vector<std::string> &installed)
         wanted.append(QLocale::languageToCode(QLocale(name).language(), QLocale::ISO639Part2T));
     wanted.append(QString::fromLatin1(english));
     wanted.removeDuplicates();
-    for (const QString &name : wanted) {
+    for (const QString &name : wanted)
         if (std::find(installed.begin(), installed.end(), name.toStdString()) != installed.end())
             languages += (languages.empty() ? "" : "+") + name.toStdString();
-    }
     return languages;
 }
 
@@ -101,7 +100,7 @@ QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono
         }
     }
     m_engine->Clear();
-    return lines.join(QLatin1Char('\n'));
+    return lines.join(u'\n');
 }
 
 } // namespace morvane

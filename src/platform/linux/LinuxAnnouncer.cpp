@@ -9,6 +9,8 @@
 #include <QWindow>
 #include <chrono>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -28,14 +30,12 @@ constexpr size_t maximumNotices = 64;
 /// The object that the event comes from: the window that the user works in, or else the program.
 QString sourcePath()
 {
-    const QString folder = QStringLiteral("/org/a11y/atspi/accessible/");
+    const QString folder = u"/org/a11y/atspi/accessible/"_s;
     const QWindow *window = QGuiApplication::focusWindow();
-    if (window == nullptr && !QGuiApplication::topLevelWindows().isEmpty()) {
+    if (window == nullptr && !QGuiApplication::topLevelWindows().isEmpty())
         window = QGuiApplication::topLevelWindows().constFirst();
-    }
     QAccessibleInterface *accessible = window != nullptr ? window->accessibleRoot() : nullptr;
-    return folder + (accessible != nullptr ? QString::number(QAccessible::uniqueId(accessible))
-                                           : QStringLiteral("root"));
+    return folder + (accessible != nullptr ? QString::number(QAccessible::uniqueId(accessible)) : u"root"_s);
 }
 
 } // namespace
@@ -54,51 +54,44 @@ void LinuxAnnouncer::announce(const QString &text)
         deliver(text, *needs);
         return;
     }
-    if (m_held.size() == maximumHeld) {
+    if (m_held.size() == maximumHeld)
         m_held.pop_front();
-    }
     m_held.push_back({text, QDeadlineTimer(holdingTime)});
 }
 
 void LinuxAnnouncer::deliverHeld()
 {
     if (const auto &needs = m_readers.needs()) {
-        for (const Held &held : std::exchange(m_held, {})) {
-            if (!held.untilStale.hasExpired()) {
+        for (const Held &held : std::exchange(m_held, {}))
+            if (!held.untilStale.hasExpired())
                 deliver(held.text, *needs);
-            }
-        }
     }
 }
 
 void LinuxAnnouncer::deliver(const QString &text, const ScreenReaderNeeds &needs)
 {
-    if (!needs.announcements && !needs.notifications) {
+    if (!needs.announcements && !needs.notifications)
         return;
-    }
     for (const QString &piece : spokenPieces(text)) {
-        if (needs.announcements) {
+        if (needs.announcements)
             sendAnnouncement(piece);
-        }
-        if (needs.notifications) {
+        if (needs.notifications)
             showNotice(piece);
-        }
     }
 }
 
 void LinuxAnnouncer::sendAnnouncement(const QString &text)
 {
-    QDBusMessage event = QDBusMessage::createSignal(
-        sourcePath(), QStringLiteral("org.a11y.atspi.Event.Object"), QStringLiteral("Announcement"));
+    QDBusMessage event =
+        QDBusMessage::createSignal(sourcePath(), u"org.a11y.atspi.Event.Object"_s, u"Announcement"_s);
     event << QString() << polite << 0 << QVariant::fromValue(QDBusVariant(text)) << QVariantMap();
     ScreenReaderWatch::bus().send(event);
 }
 
 void LinuxAnnouncer::showNotice(const QString &text)
 {
-    if (m_notices.size() == maximumNotices) {
+    if (m_notices.size() == maximumNotices)
         m_notices.pop_front();
-    }
     m_notices.push_back(std::make_unique<AnnouncementNotice>(text));
     m_notices.back()->show();
 }

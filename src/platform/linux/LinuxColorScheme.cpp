@@ -6,15 +6,17 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
-const QString settingGroup = QStringLiteral("org.freedesktop.appearance");
-const QString settingKey = QStringLiteral("color-scheme");
+const QString service = u"org.freedesktop.portal.Desktop"_s;
+const QString path = u"/org/freedesktop/portal/desktop"_s;
+const QString interface = u"org.freedesktop.portal.Settings"_s;
+const QString settingGroup = u"org.freedesktop.appearance"_s;
+const QString settingKey = u"color-scheme"_s;
 
 /// Old portals wrap the value in one variant more.
 QVariant unwrapped(QVariant value)
@@ -31,9 +33,9 @@ LinuxColorScheme::LinuxColorScheme(QObject *parent) : ColorScheme(parent)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+    bus.connect(service, path, interface, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    auto call = QDBusMessage::createMethodCall(service, path, interface, u"Read"_s);
     call.setArguments({settingGroup, settingKey});
     auto *reply = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply] {

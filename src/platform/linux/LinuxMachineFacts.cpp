@@ -82,10 +82,9 @@ QString LinuxMachineFacts::osVersion() const
 {
     for (const QString &path : {u"/etc/os-release"_s, u"/usr/lib/os-release"_s}) {
         const QList<QByteArray> lines = read(path).split('\n');
-        for (const QByteArray &line : lines) {
+        for (const QByteArray &line : lines)
             if (line.startsWith("PRETTY_NAME="))
                 return orUnknown(unquoted(line.sliced(qstrlen("PRETTY_NAME="))));
-        }
     }
     return orUnknown({});
 }

@@ -74,13 +74,11 @@ bool handOver(int folder, const ActivationToken &token, QDeadlineTimer deadline)
 {
     const FileDescriptor socket = newSocket();
     const sockaddr_un address = socketAddress(folder);
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+    if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return false;
-    }
     const QByteArray message = packed(token);
-    if (::send(socket.get(), message.constData(), size_t(message.size()), MSG_NOSIGNAL) != message.size()) {
+    if (::send(socket.get(), message.constData(), size_t(message.size()), MSG_NOSIGNAL) != message.size())
         return false;
-    }
     pollfd waiting{socket.get(), POLLIN, 0};
     while (!deadline.hasExpired() && ::poll(&waiting, 1, int(deadline.remainingTime())) < 0 &&
            errno == EINTR) {
@@ -115,24 +113,20 @@ SingleInstance::Claim LinuxSingleInstance::claim(const ActivationToken &token)
     const QDeadlineTimer deadline(m_answerTime);
     m_lock = FileDescriptor(
         ::openat(m_folder.get(), lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-    if (!m_lock.isOpen()) {
+    if (!m_lock.isOpen())
         return Claim::first;
-    }
     // The instance may be starting (no socket yet) or ending (lock not yet released): both pass.
     while (true) {
         if (::flock(m_lock.get(), LOCK_EX | LOCK_NB) == 0) {
             openSocket();
             return Claim::first;
         }
-        if (errno != EWOULDBLOCK && errno != EINTR) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
             return Claim::first;
-        }
-        if (handOver(m_folder.get(), token, deadline)) {
+        if (handOver(m_folder.get(), token, deadline))
             return Claim::handedOver;
-        }
-        if (deadline.hasExpired()) {
+        if (deadline.hasExpired())
             return Claim::unanswered;
-        }
         std::this_thread::sleep_for(retryTime);
     }
 }
@@ -153,9 +147,8 @@ void LinuxSingleInstance::openSocket()
 void LinuxSingleInstance::listen(std::function<void(const ActivationToken &)> onActivation)
 {
     m_onActivation = std::move(onActivation);
-    if (!m_socket.isOpen() || m_notifier) {
+    if (!m_socket.isOpen() || m_notifier)
         return;
-    }
     m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                      [this] { acceptClients(); });
@@ -165,12 +158,10 @@ void LinuxSingleInstance::acceptClients()
 {
     while (true) {
         FileDescriptor socket(::accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (!socket.isOpen()) {
+        if (!socket.isOpen())
             return;
-        }
-        if (m_clients.size() >= maximumClients || !isOurUser(socket.get())) {
+        if (m_clients.size() >= maximumClients || !isOurUser(socket.get()))
             continue;
-        }
         auto client = std::make_unique<Client>();
         Client *const address = client.get();
         client->readable = std::make_unique<QSocketNotifier>(socket.get(), QSocketNotifier::Read);
@@ -191,17 +182,15 @@ void LinuxSingleInstance::readFrom(Client *client)
     std::array<char, maximumMessage> buffer;
     const ssize_t size = ::recv(client->socket.get(), buffer.data(), buffer.size(), 0);
     const QByteArray message = size > 0 ? QByteArray(buffer.data(), size) : QByteArray();
-    if (size > 0) {
+    if (size > 0)
         ::send(client->socket.get(), &acknowledgement, 1, MSG_NOSIGNAL);
-    }
     // The notifier that called is one of the client's own parts, so it goes only after its signal has ended.
     client->readable->setEnabled(false);
     client->readable.release()->deleteLater();
     client->silence.release()->deleteLater();
     std::erase_if(m_clients, [client](const auto &one) { return one.get() == client; });
-    if (size > 0 && m_onActivation) {
+    if (size > 0 && m_onActivation)
         m_onActivation(unpacked(message));
-    }
 }
 
 } // namespace morvane

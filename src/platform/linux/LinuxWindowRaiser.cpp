@@ -89,24 +89,21 @@ void finishStartup(xcb_connection_t *connection, const QByteArray &startupID)
 
 void LinuxWindowRaiser::activate(QWindow &window, const ActivationToken &token)
 {
-    if (!window.isVisible()) {
+    if (!window.isVisible())
         window.show();
-    }
     xcb_connection_t *const connection = xConnection();
     if (connection == nullptr) {
         // Qt takes the token of a Wayland activation from the environment.
-        if (!token.xdgToken.isEmpty()) {
+        if (!token.xdgToken.isEmpty())
             qputenv("XDG_ACTIVATION_TOKEN", token.xdgToken);
-        }
         window.requestActivate();
         return;
     }
     sendToWindowManager(connection, "_NET_ACTIVE_WINDOW", window.winId(),
                         {fromUser, userTime(token.startupID)});
     raiseWithoutFocus(window);
-    if (!token.startupID.isEmpty()) {
+    if (!token.startupID.isEmpty())
         finishStartup(connection, token.startupID);
-    }
 }
 
 void LinuxWindowRaiser::raiseWithoutFocus(QWindow &window)

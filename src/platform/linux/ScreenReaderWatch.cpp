@@ -6,6 +6,8 @@
 #include <QHash>
 #include <chrono>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -24,9 +26,8 @@ constexpr auto settlingTime = 20ms;
 QString normalized(QString event)
 {
     event = event.toLower().remove(u'-');
-    while (event.endsWith(u':')) {
+    while (event.endsWith(u':'))
         event.chop(1);
-    }
     return event;
 }
 
@@ -60,9 +61,8 @@ ScreenReaderWatch::ScreenReaderWatch(QObject *parent) : QObject(parent)
     m_askSoon.setInterval(settlingTime);
     connect(&m_askSoon, &QTimer::timeout, this, &ScreenReaderWatch::askRegistry);
     QAccessible::installActivationObserver(this);
-    if (QAccessible::isActive()) {
+    if (QAccessible::isActive())
         connectToRegistry();
-    }
 }
 
 ScreenReaderWatch::~ScreenReaderWatch()
@@ -72,38 +72,34 @@ ScreenReaderWatch::~ScreenReaderWatch()
 
 QDBusConnection ScreenReaderWatch::bus()
 {
-    return QDBusConnection(QStringLiteral("a11y"));
+    return QDBusConnection(u"a11y"_s);
 }
 
 void ScreenReaderWatch::accessibilityActiveChanged(bool active)
 {
-    if (active && !m_isConnected) {
+    if (active && !m_isConnected)
         connectToRegistry();
-    }
 }
 
 void ScreenReaderWatch::connectToRegistry()
 {
     QDBusConnection connection = bus();
-    if (!connection.isConnected()) {
+    if (!connection.isConnected())
         return;
-    }
     m_isConnected = true;
     for (const auto *signal : {"EventListenerRegistered", "EventListenerDeregistered"}) {
         connection.connect(registry, registryPath, registry, QString::fromLatin1(signal), this,
                            SLOT(listenersChanged()));
     }
-    connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                       SLOT(busLost()));
+    connection.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                       u"Disconnected"_s, this, SLOT(busLost()));
     askRegistry();
 }
 
 void ScreenReaderWatch::listenersChanged()
 {
-    if (!m_askSoon.isActive()) {
+    if (!m_askSoon.isActive())
         m_askSoon.start();
-    }
 }
 
 void ScreenReaderWatch::busLost()
@@ -114,8 +110,8 @@ void ScreenReaderWatch::busLost()
 
 void ScreenReaderWatch::askRegistry()
 {
-    const QDBusMessage question = QDBusMessage::createMethodCall(registry, registryPath, registry,
-                                                                 QStringLiteral("GetRegisteredEvents"));
+    const QDBusMessage question =
+        QDBusMessage::createMethodCall(registry, registryPath, registry, u"GetRegisteredEvents"_s);
     auto *call = new QDBusPendingCallWatcher(bus().asyncCall(question), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, &ScreenReaderWatch::takeAnswer);
 }
@@ -124,8 +120,7 @@ void ScreenReaderWatch::takeAnswer(QDBusPendingCallWatcher *call)
 {
     call->deleteLater();
     const QDBusMessage answer = call->reply();
-    if (answer.type() != QDBusMessage::ReplyMessage ||
-        !answer.signature().startsWith(QLatin1String("a(ss"))) {
+    if (answer.type() != QDBusMessage::ReplyMessage || !answer.signature().startsWith("a(ss"_L1)) {
         setNeeds(ScreenReaderNeeds{});
         return;
     }

@@ -13,13 +13,12 @@ QString speakable(QString text)
     for (qsizetype i = 0; i < text.size(); ++i) {
         const QChar unit = text.at(i);
         const bool isPair = unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
-        if (isPair) {
+        if (isPair)
             ++i;
-        } else if (unit.isSurrogate()) {
+        else if (unit.isSurrogate())
             text[i] = QChar::ReplacementCharacter;
-        } else if (unit.category() == QChar::Other_Control && unit != u'\n' && unit != u'\t') {
+        else if (unit.category() == QChar::Other_Control && unit != u'\n' && unit != u'\t')
             text[i] = u' ';
-        }
     }
     return text;
 }
@@ -41,9 +40,8 @@ qsizetype endOfPiece(QStringView text, qsizetype limit)
     const QStringView window = text.first(std::min(limit + 2, text.size()));
     for (const auto type : {UBRK_SENTENCE, UBRK_WORD, UBRK_CHARACTER}) {
         const qsizetype end = lastBoundary(type, window, limit);
-        if (end > 0) {
+        if (end > 0)
             return end;
-        }
     }
     return limit;
 }

@@ -7,11 +7,13 @@
 #include <chrono>
 #include <tuple>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
-const auto key = QStringLiteral("pendingReminders");
+const auto key = u"pendingReminders"_s;
 constexpr auto lockLimit = std::chrono::seconds(2);
 
 } // namespace

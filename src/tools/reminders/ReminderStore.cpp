@@ -181,10 +181,9 @@ Task<void> ReminderStore::reschedule()
 {
     const QList<Reminder> reminders =
         co_await runOn(&m_disk, [pending = m_pending] { return pending->list(); });
-    for (const Reminder &reminder : reminders) {
+    for (const Reminder &reminder : reminders)
         if (reminder.fireDate > m_now())
             scheduleNotification(reminder);
-    }
 }
 
 void ReminderStore::scheduleNotification(const Reminder &reminder)

@@ -11,6 +11,8 @@
 #include <QWheelEvent>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -167,8 +169,7 @@ bool MenuPicker::searchKey(const QKeyEvent &event)
 void MenuPicker::setSearch(const QString &search)
 {
     m_search = search;
-    m_searchLine->setText(search.isEmpty() ? QStringLiteral("Type to search")
-                                           : QStringLiteral("Search: ") + search);
+    m_searchLine->setText(search.isEmpty() ? u"Type to search"_s : u"Search: "_s + search);
     // The line is not in the accessible tree, the list is.
     view()->setAccessibleName(m_searchLine->text());
     m_searchLine->setVisible(!search.isEmpty() || m_choices->rowCount() > mostVisibleRows);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 void PickerChoices::setChoices(const QList<PickerChoice> &choices)
@@ -39,10 +41,10 @@ QVariant PickerChoices::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         return choice.text;
     case Qt::AccessibleTextRole:
-        return choice.detail.isEmpty() ? choice.text : choice.text + QStringLiteral(", ") + choice.detail;
-    case TagRole:
+        return choice.detail.isEmpty() ? choice.text : choice.text + u", "_s + choice.detail;
+    case tagRole:
         return choice.tag;
-    case DetailRole:
+    case detailRole:
         return choice.detail;
     default:
         return {};

@@ -23,7 +23,7 @@ struct PickerChoice {
 class PickerChoices : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum DataRole { TagRole = Qt::UserRole, DetailRole };
+    enum DataRole { tagRole = Qt::UserRole, detailRole };
 
     using QAbstractListModel::QAbstractListModel;
 

@@ -52,7 +52,7 @@ void PickerDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
     line.setLeft(line.left() + mark + spacing);
     const auto alignment = QStyle::visualAlignment(option.direction, Qt::AlignLeft);
     const auto opposite = QStyle::visualAlignment(option.direction, Qt::AlignRight);
-    if (const QString detail = index.data(PickerChoices::DetailRole).toString(); !detail.isEmpty()) {
+    if (const QString detail = index.data(PickerChoices::detailRole).toString(); !detail.isEmpty()) {
         painter->setPen(isSelected ? colors.onAccent : colors.secondaryText);
         painter->drawText(placed(line), static_cast<int>(opposite | Qt::AlignVCenter), detail);
         line.setRight(line.right() - option.fontMetrics.horizontalAdvance(detail) - spacing);

@@ -23,7 +23,7 @@ struct Lines {
 Lines linesOf(const WrappedText &wrapped, int width)
 {
     QString text = wrapped.text.left(longestLaidOut);
-    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    text.replace(u'\n', QChar::LineSeparator);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     QTextLayout layout(text, wrapped.font);
@@ -38,7 +38,7 @@ Lines linesOf(const WrappedText &wrapped, int width)
         if (lines.texts.size() + 1 == wrapped.maximumLines &&
             line.textStart() + line.textLength() < wrapped.text.size()) {
             QString rest = text.mid(line.textStart());
-            rest.replace(QChar::LineSeparator, QLatin1Char(' '));
+            rest.replace(QChar::LineSeparator, u' ');
             lines.texts.append(metrics.elidedText(rest, Qt::ElideRight, width));
             lines.width = width;
             lines.isCut = true;

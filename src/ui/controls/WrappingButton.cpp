@@ -10,6 +10,8 @@
 #include <QStylePainter>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -97,7 +99,7 @@ void WrappingButton::updateToolTip()
 {
     const bool isCut = WrappedText{m_label, font(), maximumLines}.isElided(width() - 2 * horizontalPadding);
     // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
-    setToolTip(isCut ? QStringLiteral("<qt>%1</qt>").arg(m_label.toHtmlEscaped()) : QString());
+    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
 }
 
 } // namespace morvane

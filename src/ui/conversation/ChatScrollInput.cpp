@@ -18,6 +18,8 @@
 #include <QUrl>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -28,9 +30,8 @@ constexpr int dragScrollInterval = 30;
 
 void ChatScrollView::setCurrentRow(qsizetype row)
 {
-    if (row < 0 || row >= m_content.count()) {
+    if (row < 0 || row >= m_content.count())
         return;
-    }
     const ConversationItem item = m_content.item(row);
     m_current = item;
     showRow(item);
@@ -47,9 +48,8 @@ void ChatScrollView::showRow(const ConversationItem &item)
         const int top = m_layout.top(row);
         const int bottom = top + m_layout.rowHeight(item);
         const bool fits = bottom - top <= viewHeight;
-        if (top >= m_offset && bottom <= m_offset + viewHeight) {
+        if (top >= m_offset && bottom <= m_offset + viewHeight)
             break;
-        }
         const bool entersFromAbove = top < m_offset;
         const int offset = !fits || entersFromAbove ? top : bottom - viewHeight;
         m_scrolling.stop();
@@ -101,11 +101,10 @@ void ChatScrollView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Up:
     case Qt::Key_Down: {
         const int direction = event->key() == Qt::Key_Up ? -1 : 1;
-        if (scrollsOnly) {
+        if (scrollsOnly)
             verticalScrollBar()->setValue(m_offset + direction * verticalScrollBar()->singleStep());
-        } else {
+        else
             setCurrentRow(row < 0 ? count - 1 : qBound<qsizetype>(0, row + direction, count - 1));
-        }
         return;
     }
     case Qt::Key_Home:
@@ -149,14 +148,12 @@ bool ChatScrollView::event(QEvent *event)
 void ChatScrollView::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
-    if (currentRow() < 0 && m_content.count() > 0) {
+    if (currentRow() < 0 && m_content.count() > 0)
         m_current = m_content.item(m_content.count() - 1);
-    }
     m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
                    event->reason() == Qt::ShortcutFocusReason;
-    if (m_showsFocus && currentRow() >= 0) {
+    if (m_showsFocus && currentRow() >= 0)
         showRow(*m_current);
-    }
     if (currentRow() >= 0) {
         prepareToTell();
         Q_EMIT currentRowChanged(currentRow());
@@ -172,18 +169,16 @@ void ChatScrollView::focusOutEvent(QFocusEvent *event)
 
 void ChatScrollView::copy()
 {
-    if (!m_selection.isEmpty()) {
+    if (!m_selection.isEmpty())
         QGuiApplication::clipboard()->setText(selectedText());
-    } else if (currentRow() >= 0) {
+    else if (currentRow() >= 0)
         m_actions.copy(*m_current);
-    }
 }
 
 void ChatScrollView::selectAll()
 {
-    if (currentRow() < 0) {
+    if (currentRow() < 0)
         return;
-    }
     m_selection.start(*m_current, {});
     m_selection.extendTo({.segment = m_layout.row(*m_current).segments.size() - 1,
                           .position = std::numeric_limits<int>::max()});
@@ -195,9 +190,8 @@ std::optional<ChatScrollView::Hit> ChatScrollView::hitTest(const QPoint &positio
 {
     const int y = m_offset + position.y();
     const qsizetype row = within ? m_content.position(*within) : m_layout.rowAt(y);
-    if (row < 0) {
+    if (row < 0)
         return std::nullopt;
-    }
     const ConversationItem item = m_content.item(row);
     const int inRow = y - m_layout.top(row);
     const qsizetype segment = m_layout.segmentAt(item, inRow);
@@ -213,14 +207,12 @@ std::optional<ChatScrollView::Hit> ChatScrollView::hitTest(const QPoint &positio
 
 void ChatScrollView::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() != Qt::LeftButton) {
+    if (event->button() != Qt::LeftButton)
         return;
-    }
     const QPoint position = event->position().toPoint();
     const auto hit = hitTest(position, std::nullopt);
-    if (!hit) {
+    if (!hit)
         return;
-    }
     m_pressedAt = position;
     m_pressedLink = hit->link;
     m_isDragging = true;
@@ -245,9 +237,8 @@ void ChatScrollView::mousePressEvent(QMouseEvent *event)
 void ChatScrollView::mouseDoubleClickEvent(QMouseEvent *event)
 {
     const auto hit = hitTest(event->position().toPoint(), std::nullopt);
-    if (!hit || event->button() != Qt::LeftButton) {
+    if (!hit || event->button() != Qt::LeftButton)
         return;
-    }
     QTextCursor cursor(&m_layout.document(hit->item, hit->position.segment));
     cursor.setPosition(hit->position.position);
     cursor.select(QTextCursor::WordUnderCursor);
@@ -266,15 +257,13 @@ void ChatScrollView::mouseMoveEvent(QMouseEvent *event)
         viewport()->setCursor(isOnLink ? Qt::PointingHandCursor : Qt::IBeamCursor);
         return;
     }
-    if ((position - m_pressedAt).manhattanLength() >= QApplication::startDragDistance()) {
+    if ((position - m_pressedAt).manhattanLength() >= QApplication::startDragDistance())
         m_pressedLink.clear();
-    }
     extendSelection(position);
-    if (viewport()->rect().contains(position)) {
+    if (viewport()->rect().contains(position))
         m_dragTimer.stop();
-    } else if (!m_dragTimer.isActive()) {
+    else if (!m_dragTimer.isActive())
         m_dragTimer.start(dragScrollInterval, this);
-    }
 }
 
 void ChatScrollView::extendSelection(const QPoint &position)
@@ -290,16 +279,14 @@ void ChatScrollView::extendSelection(const QPoint &position)
 
 void ChatScrollView::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() != Qt::LeftButton || !m_isDragging) {
+    if (event->button() != Qt::LeftButton || !m_isDragging)
         return;
-    }
     m_isDragging = false;
     m_dragTimer.stop();
-    if (!m_pressedLink.isEmpty()) {
+    if (!m_pressedLink.isEmpty())
         openLink(std::exchange(m_pressedLink, QString()));
-    } else if (!m_selection.isEmpty() && QGuiApplication::clipboard()->supportsSelection()) {
+    else if (!m_selection.isEmpty() && QGuiApplication::clipboard()->supportsSelection())
         QGuiApplication::clipboard()->setText(selectedText(), QClipboard::Selection);
-    }
 }
 
 void ChatScrollView::timerEvent(QTimerEvent *event)
@@ -321,11 +308,10 @@ bool ChatScrollView::viewportEvent(QEvent *event)
     if (event->type() == QEvent::ToolTip) {
         const auto *help = static_cast<QHelpEvent *>(event);
         const auto hit = hitTest(help->pos(), std::nullopt);
-        if (hit && !hit->link.isEmpty()) {
+        if (hit && !hit->link.isEmpty())
             QToolTip::showText(help->globalPos(), hit->link.toHtmlEscaped(), viewport());
-        } else {
+        else
             QToolTip::hideText();
-        }
         return true;
     }
     return QAbstractScrollArea::viewportEvent(event);
@@ -333,9 +319,8 @@ bool ChatScrollView::viewportEvent(QEvent *event)
 
 void ChatScrollView::openLink(const QString &address)
 {
-    if (isSafeLink(address)) {
+    if (isSafeLink(address))
         m_openLink(QUrl(address));
-    }
 }
 
 void ChatScrollView::contextMenuEvent(QContextMenuEvent *event)
@@ -357,15 +342,13 @@ void ChatScrollView::openMenu(const ConversationItem &item, const QPoint &global
 {
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    if (!m_selection.isEmpty() && m_selection.item() == item) {
-        menu->addAction(QStringLiteral("Copy Selection"), this, &ChatScrollView::copy);
-    }
-    for (const QString &name : m_actions.names(item)) {
+    if (!m_selection.isEmpty() && m_selection.item() == item)
+        menu->addAction(u"Copy Selection"_s, this, &ChatScrollView::copy);
+    for (const QString &name : m_actions.names(item))
         menu->addAction(name, this, [this, name, item] { m_actions.perform(name, item); });
-    }
     for (const QString &link : m_layout.links(item)) {
         const QString shown = fontMetrics().elidedText(link, Qt::ElideMiddle, width() / 2);
-        menu->addAction(QStringLiteral("Open ") + QString(shown).replace(u'&', QLatin1String("&&")), this,
+        menu->addAction(u"Open "_s + QString(shown).replace(u'&', "&&"_L1), this,
                         [this, link] { openLink(link); });
     }
     if (menu->isEmpty()) {

@@ -12,6 +12,8 @@
 #include <QUrl>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -34,7 +36,7 @@ ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::StrongFocus);
-    setAccessibleName(QStringLiteral("Conversation"));
+    setAccessibleName(u"Conversation"_s);
     viewport()->setBackgroundRole(QPalette::Base);
     viewport()->setAutoFillBackground(true);
     viewport()->setMouseTracking(true);
@@ -85,12 +87,10 @@ void ChatScrollView::rebuild()
 void ChatScrollView::takeMessageChange(qsizetype row)
 {
     const ConversationItem item{.kind = ConversationItem::Kind::message, .index = row};
-    if (m_selection.item() == item) {
+    if (m_selection.item() == item)
         m_selection.clear();
-    }
-    if (m_grownMessage == row) {
+    if (m_grownMessage == row)
         m_grownMessage.reset();
-    }
     m_layout.invalidate(item);
     schedule();
     prepareToTell();
@@ -119,25 +119,22 @@ void ChatScrollView::takeRows()
 void ChatScrollView::prepareToTell()
 {
     // Whoever listens must have been made before there is something to hear.
-    if (QAccessible::isActive()) {
+    if (QAccessible::isActive())
         QAccessible::queryAccessibleInterface(this);
-    }
 }
 
 void ChatScrollView::schedule()
 {
     m_isDirty = true;
-    if (!m_frameTimer.isActive()) {
+    if (!m_frameTimer.isActive())
         m_frameTimer.start(frameTime);
-    }
 }
 
 void ChatScrollView::flush()
 {
     m_frameTimer.stop();
-    if (!m_isDirty || !isVisible()) {
+    if (!m_isDirty || !isVisible())
         return;
-    }
     m_isDirty = false;
     if (m_grownMessage) {
         m_layout.grow({.kind = ConversationItem::Kind::message, .index = *m_grownMessage});
@@ -164,9 +161,8 @@ void ChatScrollView::relayout(Keep keep)
     int offset = m_offset;
     for (int round = 0; round < roundLimit; ++round) {
         offset = keep == Keep::bottom ? maximumOffset() : qBound(0, anchoredOffset(anchor), maximumOffset());
-        if (!m_layout.prepare(offset, offset + viewport()->height())) {
+        if (!m_layout.prepare(offset, offset + viewport()->height()))
             break;
-        }
     }
     setOffset(offset);
 }
@@ -187,32 +183,28 @@ void ChatScrollView::setOffset(int offset)
 ScrollAnchor ChatScrollView::anchorAt(int offset)
 {
     const qsizetype firstRow = m_layout.rowAt(offset);
-    if (firstRow < 0) {
+    if (firstRow < 0)
         return {};
-    }
     // What is already laid out must not move; what is only estimated has no place to keep yet.
     for (qsizetype row = firstRow; row < m_content.count(); ++row) {
         const ConversationItem item = m_content.item(row);
         const int rowTop = m_layout.top(row);
-        if (rowTop >= offset + viewport()->height()) {
+        if (rowTop >= offset + viewport()->height())
             break;
-        }
         const RowLayout &layout = m_layout.peek(item);
         int top = rowTop + m_layout.rowFrame(item).top;
         for (qsizetype i = 0; i < layout.segments.size(); ++i) {
             const SegmentLayout &segment = layout.segments.at(i);
             const bool isVisible = top + segment.height > offset && top < offset + viewport()->height();
-            if (isVisible && segment.isMeasured) {
+            if (isVisible && segment.isMeasured)
                 return {.item = item, .segment = i, .source = segment.segment.from, .screenY = top - offset};
-            }
             top += segment.height;
         }
     }
     const ConversationItem item = m_content.item(firstRow);
     const int y = offset - m_layout.top(firstRow);
-    if (!m_layout.peek(item).isSplit()) {
+    if (!m_layout.peek(item).isSplit())
         return {.item = item, .within = static_cast<double>(y) / qMax(1, m_layout.rowHeight(item))};
-    }
     const qsizetype index = m_layout.segmentAt(item, y);
     const SegmentLayout &segment = m_layout.peek(item).segments.at(index);
     const int inSegment = y - m_layout.segmentTop(item, index);
@@ -225,13 +217,11 @@ ScrollAnchor ChatScrollView::anchorAt(int offset)
 int ChatScrollView::anchoredOffset(const ScrollAnchor &anchor)
 {
     const qsizetype row = m_content.position(anchor.item);
-    if (row < 0) {
+    if (row < 0)
         return m_offset;
-    }
     const int rowTop = m_layout.top(row);
-    if (anchor.segment < 0) {
+    if (anchor.segment < 0)
         return rowTop + qRound(anchor.within * m_layout.rowHeight(anchor.item)) - anchor.screenY;
-    }
     const auto &segments = m_layout.row(anchor.item).segments;
     qsizetype index = anchor.segment;
     if (index >= segments.size() || segments.at(index).segment.from != anchor.source) {
@@ -253,9 +243,8 @@ void ChatScrollView::scrollToBottom(Travel travel)
     }
     const qint64 now = m_clock.elapsed();
     if (!m_tracker.mayScroll(now)) {
-        if (!m_followTimer.isActive()) {
+        if (!m_followTimer.isActive())
             m_followTimer.start(static_cast<int>(m_tracker.pause(now)));
-        }
         return;
     }
     const bool animates = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
@@ -270,9 +259,8 @@ void ChatScrollView::scrollToBottom(Travel travel)
 
 void ChatScrollView::advanceScroll(const QVariant &progress)
 {
-    if (m_scrolling.state() != QVariantAnimation::Running) {
+    if (m_scrolling.state() != QVariantAnimation::Running)
         return;
-    }
     const int distance = maximumOffset() - m_scrollStart;
     const int offset = m_scrollStart + qRound(distance * progress.toDouble());
     m_layout.beginPass();
@@ -287,15 +275,13 @@ void ChatScrollView::endScroll()
 
 void ChatScrollView::scrollContentsBy(int, int)
 {
-    if (m_isAdjusting) {
+    if (m_isAdjusting)
         return;
-    }
     m_scrolling.stop();
     m_offset = verticalScrollBar()->value();
     m_anchor = anchorAt(m_offset);
-    if (m_offset == 0 && m_content.count() > 0) {
+    if (m_offset == 0 && m_content.count() > 0)
         m_anchor = {.item = m_content.item(0), .screenY = m_layout.style().endGap};
-    }
     relayout(m_offset >= verticalScrollBar()->maximum() ? Keep::bottom : Keep::anchor);
     m_tracker.updateNearBottom(m_layout.height(),
                                {.offset = static_cast<double>(m_offset),
@@ -327,9 +313,8 @@ void ChatScrollView::paintEvent(QPaintEvent *event)
 void ChatScrollView::changeEvent(QEvent *event)
 {
     QAbstractScrollArea::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::PaletteChange)
         updateStyle();
-    }
 }
 
 bool ChatScrollView::isSettled() const

@@ -5,13 +5,14 @@
 
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QAccessibleInterface *ChatScrollViewAccessible::create(const QString &className, QObject *object)
 {
-    if (className != QLatin1String("morvane::ChatScrollView")) {
+    if (className != "morvane::ChatScrollView"_L1)
         return nullptr;
-    }
     return new ChatScrollViewAccessible(static_cast<ChatScrollView *>(object));
 }
 
@@ -35,12 +36,10 @@ ChatScrollViewAccessible::ChatScrollViewAccessible(ChatScrollView *view)
 
 ChatScrollViewAccessible::~ChatScrollViewAccessible()
 {
-    for (const QMetaObject::Connection &connection : m_connections) {
+    for (const QMetaObject::Connection &connection : m_connections)
         QObject::disconnect(connection);
-    }
-    for (const QAccessible::Id id : std::as_const(m_rows)) {
+    for (const QAccessible::Id id : std::as_const(m_rows))
         QAccessible::deleteAccessibleInterface(id);
-    }
 }
 
 int ChatScrollViewAccessible::childCount() const
@@ -51,12 +50,10 @@ int ChatScrollViewAccessible::childCount() const
 QAccessibleInterface *ChatScrollViewAccessible::child(int index) const
 {
     const qsizetype rows = m_view->content().count();
-    if (index < 0 || index >= childCount()) {
+    if (index < 0 || index >= childCount())
         return nullptr;
-    }
-    if (index >= rows) {
+    if (index >= rows)
         return QAccessible::queryAccessibleInterface(m_view->codeButtons().at(index - rows));
-    }
     const ConversationItem item = m_view->content().item(index);
     auto known = m_rows.constFind(item);
     if (known == m_rows.constEnd()) {
@@ -68,9 +65,8 @@ QAccessibleInterface *ChatScrollViewAccessible::child(int index) const
 
 int ChatScrollViewAccessible::indexOfChild(const QAccessibleInterface *child) const
 {
-    if (const auto *row = dynamic_cast<const ConversationRowAccessible *>(child)) {
+    if (const auto *row = dynamic_cast<const ConversationRowAccessible *>(child))
         return static_cast<int>(m_view->content().position(row->item()));
-    }
     const auto buttons = m_view->codeButtons();
     const qsizetype button =
         child == nullptr ? -1 : buttons.indexOf(qobject_cast<QToolButton *>(child->object()));
@@ -79,20 +75,17 @@ int ChatScrollViewAccessible::indexOfChild(const QAccessibleInterface *child) co
 
 QAccessibleInterface *ChatScrollViewAccessible::childAt(int x, int y) const
 {
-    for (QToolButton *button : m_view->codeButtons()) {
-        if (button->rect().contains(button->mapFromGlobal(QPoint(x, y)))) {
+    for (QToolButton *button : m_view->codeButtons())
+        if (button->rect().contains(button->mapFromGlobal(QPoint(x, y))))
             return QAccessible::queryAccessibleInterface(button);
-        }
-    }
     const qsizetype row = m_view->rowAt(m_view->viewport()->mapFromGlobal(QPoint(x, y)));
     return child(static_cast<int>(row));
 }
 
 QAccessibleInterface *ChatScrollViewAccessible::focusChild() const
 {
-    if (m_view->hasFocus()) {
+    if (m_view->hasFocus())
         return child(static_cast<int>(m_view->currentRow()));
-    }
     return QAccessibleWidget::focusChild();
 }
 
@@ -117,9 +110,8 @@ void ChatScrollViewAccessible::tellAdded()
         QAccessibleEvent event(child(static_cast<int>(content.position(item))), QAccessible::ObjectCreated);
         QAccessible::updateAccessibility(&event);
     };
-    while (m_messages < content.messageCount()) {
+    while (m_messages < content.messageCount())
         tell({.kind = ConversationItem::Kind::message, .index = m_messages++});
-    }
     while (m_activity < content.activityCount()) {
         const bool isHeader = m_activity == 0;
         tell(

@@ -10,6 +10,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -29,13 +31,11 @@ void CodeButtons::place(int offset, int height, const std::optional<Conversation
     const ConversationContent &content = m_layout.content();
     for (qsizetype row = qMax<qsizetype>(0, m_layout.rowAt(offset)); row < content.count(); ++row) {
         const int rowTop = m_layout.top(row) - offset;
-        if (rowTop >= height) {
+        if (rowTop >= height)
             break;
-        }
         const ConversationItem item = content.item(row);
-        if (!content.isFormatted(item)) {
+        if (!content.isFormatted(item))
             continue;
-        }
         const RowFrame rowFrame = m_layout.rowFrame(item);
         const auto &segments = m_layout.row(item).segments;
         int top = rowTop + rowFrame.top;
@@ -49,9 +49,8 @@ void CodeButtons::place(int offset, int height, const std::optional<Conversation
                 continue;
             }
             m_places.append({.item = item, .segment = i});
-            if (m_buttons.size() < m_places.size()) {
+            if (m_buttons.size() < m_places.size())
                 m_buttons.append(makeButton());
-            }
             QToolButton *button = m_buttons.at(m_places.size() - 1);
             button->setFont(m_layout.style().captionFont);
             const QSize size = button->sizeHint().boundedTo({frame.width, frame.header});
@@ -62,9 +61,8 @@ void CodeButtons::place(int offset, int height, const std::optional<Conversation
             button->show();
         }
     }
-    for (qsizetype i = m_places.size(); i < m_buttons.size(); ++i) {
+    for (qsizetype i = m_places.size(); i < m_buttons.size(); ++i)
         m_buttons.at(i)->hide();
-    }
 }
 
 QList<QToolButton *> CodeButtons::visibleButtons() const
@@ -75,8 +73,8 @@ QList<QToolButton *> CodeButtons::visibleButtons() const
 QToolButton *CodeButtons::makeButton()
 {
     auto *button = new QToolButton(&m_host);
-    button->setText(QStringLiteral("Copy"));
-    button->setAccessibleName(QStringLiteral("Copy code"));
+    button->setText(u"Copy"_s);
+    button->setAccessibleName(u"Copy code"_s);
     button->setIcon(symbolIcon(Symbol::copy));
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setAutoRaise(true);
@@ -89,20 +87,18 @@ QToolButton *CodeButtons::makeButton()
 
 void CodeButtons::copy(qsizetype index)
 {
-    if (index >= m_places.size()) {
+    if (index >= m_places.size())
         return;
-    }
     const Place place = m_places.at(index);
     const auto &segments = m_layout.row(place.item).segments;
     TextSegment block = segments.at(place.segment).segment;
     for (qsizetype i = place.segment; i < segments.size(); ++i) {
         block.length = segments.at(i).segment.end() - block.from;
-        if (segments.at(i).segment.endsBlock) {
+        if (segments.at(i).segment.endsBlock)
             break;
-        }
     }
     QGuiApplication::clipboard()->setText(copiedCode(m_layout.content().text(place.item), block));
-    m_announcer.announce(QStringLiteral("Code copied."));
+    m_announcer.announce(u"Code copied."_s);
     QToolButton *button = m_buttons.at(index);
     button->setIcon(symbolIcon(Symbol::check));
     QTimer::singleShot(confirmationTime, button, [button] { button->setIcon(symbolIcon(Symbol::copy)); });

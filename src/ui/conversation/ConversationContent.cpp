@@ -5,6 +5,8 @@
 
 #include <QLocale>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 using Kind = ConversationItem::Kind;
@@ -34,16 +36,13 @@ bool ConversationContent::hasActiveResponse() const
 ConversationItem ConversationContent::item(qsizetype position) const
 {
     const qsizetype completed = completedCount();
-    if (position < completed) {
+    if (position < completed)
         return {.kind = Kind::message, .index = position};
-    }
     const qsizetype inActivity = position - completed;
-    if (inActivity >= activityCount()) {
+    if (inActivity >= activityCount())
         return {.kind = Kind::message, .index = completed};
-    }
-    if (inActivity == 0) {
+    if (inActivity == 0)
         return {.kind = Kind::activityHeader, .index = 0};
-    }
     return {.kind = Kind::activityStep, .index = inActivity - 1};
 }
 
@@ -52,9 +51,8 @@ qsizetype ConversationContent::position(const ConversationItem &item) const
     const qsizetype completed = completedCount();
     switch (item.kind) {
     case Kind::message:
-        if (item.index >= m_transcript.messages().size()) {
+        if (item.index >= m_transcript.messages().size())
             return -1;
-        }
         return item.index < completed ? item.index : completed + activityCount();
     case Kind::activityHeader:
         return activityCount() > 0 ? completed : -1;
@@ -80,7 +78,7 @@ QString ConversationContent::text(const ConversationItem &item) const
     case Kind::message:
         return message(item).displayText();
     case Kind::activityHeader:
-        return QStringLiteral("Activity");
+        return u"Activity"_s;
     case Kind::activityStep:
         return step(item).text;
     }
@@ -93,9 +91,9 @@ QString ConversationContent::accessibleName(const ConversationItem &item) const
     case Kind::message:
         return message(item).accessibilityLabel();
     case Kind::activityHeader:
-        return QStringLiteral("Activity, %1 steps").arg(m_activity.steps().size());
+        return u"Activity, %1 steps"_s.arg(m_activity.steps().size());
     case Kind::activityStep:
-        return step(item).text + QStringLiteral(", ") + timeText(step(item));
+        return step(item).text + u", "_s + timeText(step(item));
     }
     Q_UNREACHABLE();
 }
@@ -115,9 +113,8 @@ QString ConversationContent::copyText(const ConversationItem &item) const
 
 bool ConversationContent::isFormatted(const ConversationItem &item) const
 {
-    if (item.kind != Kind::message) {
+    if (item.kind != Kind::message)
         return false;
-    }
     const ChatMessage &shown = message(item);
     return shown.role == Role::assistant && !shown.isStreaming && !shown.text.isEmpty();
 }

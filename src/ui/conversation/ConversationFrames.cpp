@@ -32,9 +32,8 @@ int ConversationLayout::bubbleWidth(const ConversationItem &item) const
 {
     const RowLayout &row = rowLayout(item);
     int width = row.isSplit() ? 1 : bubbleLimit();
-    for (const SegmentLayout &segment : row.segments) {
+    for (const SegmentLayout &segment : row.segments)
         width = qMax(width, segment.isMeasured ? segment.naturalWidth : bubbleLimit());
-    }
     return qMin(width, bubbleLimit());
 }
 

@@ -52,9 +52,8 @@ void ConversationLayout::setStyle(const ConversationStyle &style)
 
 void ConversationLayout::setWidth(int width)
 {
-    if (width == m_width) {
+    if (width == m_width)
         return;
-    }
     m_width = width;
     for (qsizetype row = 0; row < m_content.count(); ++row) {
         const ConversationItem item = m_content.item(row);
@@ -100,9 +99,8 @@ void ConversationLayout::grow(const ConversationItem &item)
         updateRowHeight(item);
         return;
     }
-    while (row.segments.last().segment.kind == TextSegment::Kind::note) {
+    while (row.segments.last().segment.kind == TextSegment::Kind::note)
         row.segments.removeLast();
-    }
     const SegmentLayout last = row.segments.takeLast();
     const qsizetype first = row.segments.size();
     QList<TextSegment> tail{last.segment};
@@ -112,9 +110,8 @@ void ConversationLayout::grow(const ConversationItem &item)
         row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
     }
     // While a segment is in sight its measured height is closer to the next one than any estimate.
-    if (last.isMeasured && row.segments.at(first).segment.length >= last.segment.length) {
+    if (last.isMeasured && row.segments.at(first).segment.length >= last.segment.length)
         row.segments[first].height = qMax(last.height, row.segments.at(first).height);
-    }
     addNotes(item, row);
     updateRowHeight(item);
 }
@@ -134,9 +131,8 @@ int ConversationLayout::height() const
 int ConversationLayout::top(qsizetype row) const
 {
     const qsizetype completed = m_content.completedCount();
-    if (row <= completed) {
+    if (row <= completed)
         return m_style.endGap + m_messageHeights.top(row);
-    }
     const qsizetype activity = m_content.activityCount();
     const qsizetype inActivity = row - completed;
     const int above =
@@ -151,18 +147,15 @@ int ConversationLayout::rowHeight(const ConversationItem &item) const
 
 qsizetype ConversationLayout::rowAt(int y) const
 {
-    if (m_content.count() == 0) {
+    if (m_content.count() == 0)
         return -1;
-    }
     const qsizetype completed = m_content.completedCount();
     const int completedBottom = top(completed);
-    if (y < completedBottom || m_content.count() == completed) {
+    if (y < completedBottom || m_content.count() == completed)
         return qMin(m_messageHeights.rowAt(y - m_style.endGap), completed - 1);
-    }
     const qsizetype activity = m_content.activityCount();
-    if (activity > 0 && (y < completedBottom + m_activityHeights.total() || !m_content.hasActiveResponse())) {
+    if (activity > 0 && (y < completedBottom + m_activityHeights.total() || !m_content.hasActiveResponse()))
         return completed + m_activityHeights.rowAt(y - completedBottom);
-    }
     return m_content.count() - 1;
 }
 
@@ -171,9 +164,8 @@ bool ConversationLayout::prepare(int top, int bottom)
     bool hasChanged = false;
     for (qsizetype row = qMax<qsizetype>(0, rowAt(top)); row < m_content.count(); ++row) {
         const int rowTop = this->top(row);
-        if (rowTop >= bottom) {
+        if (rowTop >= bottom)
             break;
-        }
         hasChanged |= prepareRow(m_content.item(row), top - rowTop, bottom - rowTop);
     }
     return hasChanged;
@@ -188,11 +180,10 @@ bool ConversationLayout::prepareRow(const ConversationItem &item, int top, int b
     for (qsizetype i = 0; i < row.segments.size() && y < bottom; ++i) {
         SegmentLayout &segment = row.segments[i];
         if (y + segment.height > top) {
-            if (segment.isMeasured) {
+            if (segment.isMeasured)
                 document(item, i);
-            } else {
+            else
                 measure(item, i);
-            }
         }
         y += segment.height;
     }
@@ -217,9 +208,8 @@ void ConversationLayout::updateRowHeight(const ConversationItem &item)
     if (row.isSplit()) {
         const RowFrame frame = rowFrame(item);
         height = frame.top + frame.bottom;
-        for (const SegmentLayout &segment : row.segments) {
+        for (const SegmentLayout &segment : row.segments)
             height += segment.height;
-        }
     } else {
         height = estimatedRowHeight(item);
     }
@@ -235,9 +225,8 @@ const RowLayout &ConversationLayout::row(const ConversationItem &item)
 void ConversationLayout::split(const ConversationItem &item)
 {
     RowLayout &row = rowLayout(item);
-    if (row.isSplit()) {
+    if (row.isSplit())
         return;
-    }
     const QString text = m_content.text(item);
     QList<TextSegment> segments;
     if (m_content.isFormatted(item)) {
@@ -252,9 +241,8 @@ void ConversationLayout::split(const ConversationItem &item)
         row.segments.append({.segment = segment});
         row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
     }
-    if (isMessage(item)) {
+    if (isMessage(item))
         addNotes(item, row);
-    }
     updateRowHeight(item);
 }
 
@@ -265,15 +253,12 @@ void ConversationLayout::addNotes(const ConversationItem &item, RowLayout &row) 
         row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
     };
     const ChatMessage &message = m_content.message(item);
-    if (!message.text.isEmpty() && !message.attachments.isEmpty()) {
+    if (!message.text.isEmpty() && !message.attachments.isEmpty())
         add(SegmentLayout::Note::attachments);
-    }
-    if (message.isStreaming) {
+    if (message.isStreaming)
         add(SegmentLayout::Note::responding);
-    }
-    if (message.errorMessage) {
+    if (message.errorMessage)
         add(SegmentLayout::Note::error);
-    }
 }
 
 qsizetype ConversationLayout::segmentAt(const ConversationItem &item, int y)
@@ -282,9 +267,8 @@ qsizetype ConversationLayout::segmentAt(const ConversationItem &item, int y)
     int bottom = rowFrame(item).top;
     for (qsizetype i = 0; i < layout.segments.size(); ++i) {
         bottom += layout.segments.at(i).height;
-        if (y < bottom) {
+        if (y < bottom)
             return i;
-        }
     }
     return layout.segments.size() - 1;
 }
@@ -293,9 +277,8 @@ int ConversationLayout::segmentTop(const ConversationItem &item, qsizetype segme
 {
     int y = rowFrame(item).top;
     const RowLayout &row = rowLayout(item);
-    for (qsizetype i = 0; i < segment; ++i) {
+    for (qsizetype i = 0; i < segment; ++i)
         y += row.segments.at(i).height;
-    }
     return y;
 }
 
@@ -323,9 +306,8 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
         entry->width = width;
         entry->document->setTextWidth(width);
         // A short message gets a narrow bubble, in which text from right to left must find its edge.
-        if (isUser(item)) {
+        if (isUser(item))
             entry->document->setTextWidth(qMin(width, qCeil(entry->document->idealWidth())));
-        }
     }
     return *entry->document;
 }
@@ -347,14 +329,12 @@ QStringList ConversationLayout::links(const ConversationItem &item)
     const qsizetype count = rowLayout(item).segments.size();
     for (qsizetype i = 0; i < count; ++i) {
         const SegmentDocuments::Entry *entry = m_documents.find({.item = item, .segment = i});
-        if (entry == nullptr) {
+        if (entry == nullptr)
             continue;
-        }
         for (const QTextFormat &format : entry->document->allFormats()) {
             const QString address = format.toCharFormat().anchorHref();
-            if (!address.isEmpty() && !links.contains(address) && links.size() < limit) {
+            if (!address.isEmpty() && !links.contains(address) && links.size() < limit)
                 links += address;
-            }
         }
     }
     return links;

@@ -47,9 +47,8 @@ void ConversationPainter::paint(QPainter &painter, const QRect &exposed, const S
     const qsizetype first = m_layout.rowAt(state.offset + exposed.top());
     for (qsizetype row = qMax<qsizetype>(0, first); row < content.count(); ++row) {
         const int top = m_layout.top(row) - state.offset;
-        if (top > exposed.bottom()) {
+        if (top > exposed.bottom())
             break;
-        }
         const ConversationItem item = content.item(row);
         paintRow(painter, item, top, exposed);
         if (row == state.focusRow) {
@@ -63,11 +62,10 @@ void ConversationPainter::paint(QPainter &painter, const QRect &exposed, const S
 void ConversationPainter::paintRow(QPainter &painter, const ConversationItem &item, int top,
                                    const QRect &exposed)
 {
-    if (item.kind == Kind::message) {
+    if (item.kind == Kind::message)
         paintGround(painter, item, top);
-    } else {
+    else
         paintActivity(painter, item, top);
-    }
     paintSegments(painter, item, top, exposed);
 }
 
@@ -129,9 +127,8 @@ void ConversationPainter::paintSegments(QPainter &painter, const ConversationIte
         const SegmentLayout &segment = row.segments.at(i);
         if (y + segment.height >= exposed.top()) {
             const SegmentFrame frame = m_layout.segmentFrame(item, i);
-            if (segment.segment.kind == TextSegment::Kind::code) {
+            if (segment.segment.kind == TextSegment::Kind::code)
                 paintCodeGround(painter, item, i, y);
-            }
             paintDocument(painter, item, i, {rowFrame.left + frame.left, y + frame.gap + frame.header},
                           exposed);
         }

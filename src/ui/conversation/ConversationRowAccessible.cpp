@@ -28,9 +28,8 @@ QAccessibleInterface *ConversationRowAccessible::parent() const
 
 QString ConversationRowAccessible::text(QAccessible::Text text) const
 {
-    if (!isValid()) {
+    if (!isValid())
         return {};
-    }
     switch (text) {
     case QAccessible::Name:
         return m_view->content().accessibleName(m_item);
@@ -43,9 +42,8 @@ QString ConversationRowAccessible::text(QAccessible::Text text) const
 
 QRect ConversationRowAccessible::rect() const
 {
-    if (!isValid()) {
+    if (!isValid())
         return {};
-    }
     const QRect rect = m_view->rowRect(row());
     return {m_view->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
 }
@@ -85,9 +83,8 @@ QStringList ConversationRowAccessible::actionNames() const
 
 void ConversationRowAccessible::doAction(const QString &name)
 {
-    if (isValid()) {
+    if (isValid())
         m_view->actions().perform(name, m_item);
-    }
 }
 
 } // namespace morvane

@@ -3,6 +3,8 @@
 #include <QFontDatabase>
 #include <QFontMetricsF>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -13,11 +15,10 @@ constexpr int lineLengthLimit = 92;
 
 QFont scaled(QFont font, double factor)
 {
-    if (font.pointSizeF() > 0) {
+    if (font.pointSizeF() > 0)
         font.setPointSizeF(font.pointSizeF() * factor);
-    } else {
+    else
         font.setPixelSize(qRound(font.pixelSize() * factor));
-    }
     return font;
 }
 
@@ -28,11 +29,10 @@ ConversationStyle::ConversationStyle(const QFont &base, const QPalette &palette)
       colors(ThemeColors::fromPalette(palette))
 {
     codeFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    if (font.pointSizeF() > 0) {
+    if (font.pointSizeF() > 0)
         codeFont.setPointSizeF(base.pointSizeF());
-    } else {
+    else
         codeFont.setPixelSize(base.pixelSize());
-    }
 
     const QFontMetricsF metrics(font);
     lineHeight = qCeil(metrics.lineSpacing());
@@ -53,7 +53,7 @@ ConversationStyle::ConversationStyle(const QFont &base, const QPalette &palette)
     codeHeaderHeight = captionLineHeight + unit * 2;
     symbolSize = qMax(symbolSize, qRound(captionLineHeight * 0.9));
     indentWidth = qRound(averageCharacter * 3.4);
-    timeWidth = qCeil(QFontMetricsF(captionFont).horizontalAdvance(QStringLiteral("00:00 PM ")));
+    timeWidth = qCeil(QFontMetricsF(captionFont).horizontalAdvance(u"00:00 PM "_s));
 }
 
 } // namespace morvane

@@ -34,9 +34,8 @@ int HeightIndex::top(qsizetype row) const
 
 qsizetype HeightIndex::rowAt(int y) const
 {
-    if (m_heights.empty()) {
+    if (m_heights.empty())
         return -1;
-    }
     updateTops(count());
     const auto after = std::upper_bound(m_tops.begin(), m_tops.end(), y);
     return std::clamp<qsizetype>(after - m_tops.begin() - 1, 0, count() - 1);

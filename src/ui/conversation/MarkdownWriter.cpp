@@ -5,6 +5,8 @@
 #include <QTextTable>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -95,11 +97,10 @@ QTextCharFormat MarkdownWriter::textFormat(const MarkdownBlock &block) const
         constexpr std::array scales{1.5, 1.3, 1.15, 1.05, 1.0, 1.0};
         QFont font = m_style.font;
         const auto level = static_cast<std::size_t>(qBound(1, block.level, 6) - 1);
-        if (font.pointSizeF() > 0) {
+        if (font.pointSizeF() > 0)
             font.setPointSizeF(font.pointSizeF() * scales[level]);
-        } else {
+        else
             font.setPixelSize(qRound(font.pixelSize() * scales[level]));
-        }
         font.setWeight(QFont::DemiBold);
         format.setFont(font);
     } else if (block.kind == MarkdownBlock::Kind::code) {
@@ -112,9 +113,8 @@ void MarkdownWriter::writeText(const MarkdownBlock &block)
 {
     const QTextCharFormat format = textFormat(block);
     startBlock(blockFormat(block), format);
-    if (!block.marker.isEmpty()) {
+    if (!block.marker.isEmpty())
         m_cursor.insertText(block.marker + u'\t', format);
-    }
     writeRuns(m_cursor, block.runs, format);
 }
 
@@ -132,15 +132,12 @@ void MarkdownWriter::writeRuns(QTextCursor &cursor, const QList<MarkdownRun> &ru
             format.setFont(font);
             format.setBackground(m_style.colors.codeGround);
         }
-        if (run.style.testFlag(MarkdownRun::bold)) {
+        if (run.style.testFlag(MarkdownRun::bold))
             format.setFontWeight(QFont::Bold);
-        }
-        if (run.style.testFlag(MarkdownRun::italic)) {
+        if (run.style.testFlag(MarkdownRun::italic))
             format.setFontItalic(true);
-        }
-        if (run.style.testFlag(MarkdownRun::strikethrough)) {
+        if (run.style.testFlag(MarkdownRun::strikethrough))
             format.setFontStrikeOut(true);
-        }
         if (!run.link.isEmpty()) {
             format.setAnchor(true);
             format.setAnchorHref(run.link);
@@ -164,19 +161,16 @@ void MarkdownWriter::writeRule()
 void MarkdownWriter::writeTable(const MarkdownBlock &block)
 {
     qsizetype columns = 0;
-    for (const auto &row : block.rows) {
+    for (const auto &row : block.rows)
         columns = qMax(columns, row.size());
-    }
-    if (columns == 0) {
+    if (columns == 0)
         return;
-    }
     if (columns > tableColumnLimit || columns * block.rows.size() > tableCellLimit) {
         writeTableAsText(block);
         return;
     }
-    if (m_isBlockUsed) {
+    if (m_isBlockUsed)
         m_cursor.insertBlock(QTextBlockFormat(), QTextCharFormat());
-    }
     QTextTableFormat format;
     format.setBorder(1);
     format.setBorderBrush(m_style.colors.border);
@@ -222,7 +216,7 @@ void MarkdownWriter::writeTableAsText(const MarkdownBlock &block)
     for (const auto &row : block.rows) {
         for (const MarkdownCell &cell : row) {
             lines.runs += cell.runs;
-            lines.runs.append({.text = QStringLiteral(" | "), .style = {}, .link = {}});
+            lines.runs.append({.text = u" | "_s, .style = {}, .link = {}});
         }
         lines.runs.append({.text = QString(QChar::LineSeparator), .style = {}, .link = {}});
     }

@@ -18,9 +18,8 @@ void NearBottomTracker::updateNearBottom(double contentHeight, const ChatScrollM
 
 bool NearBottomTracker::mayScroll(qint64 now)
 {
-    if (!m_isNearBottom || pause(now) > 0) {
+    if (!m_isNearBottom || pause(now) > 0)
         return false;
-    }
     m_lastScroll = now;
     return true;
 }

@@ -5,17 +5,17 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QStringList RowActions::names(const ConversationItem &item) const
 {
-    if (item.kind == ConversationItem::Kind::activityHeader) {
+    if (item.kind == ConversationItem::Kind::activityHeader)
         return {};
-    }
     QStringList names{QLatin1String(copyName)};
-    if (m_content.isReadable(item)) {
+    if (m_content.isReadable(item))
         names += QLatin1String(readAgainName);
-    }
     return names;
 }
 
@@ -25,22 +25,20 @@ QString RowActions::hint(const ConversationItem &item) const
     case 0:
         return {};
     case 1:
-        return QStringLiteral("Accessibility action: copy.");
+        return u"Accessibility action: copy."_s;
     default:
-        return QStringLiteral("Accessibility actions: copy, read again.");
+        return u"Accessibility actions: copy, read again."_s;
     }
 }
 
 void RowActions::perform(const QString &name, const ConversationItem &item) const
 {
-    if (!names(item).contains(name)) {
+    if (!names(item).contains(name))
         return;
-    }
-    if (name == QLatin1String(copyName)) {
+    if (name == QLatin1String(copyName))
         copy(item);
-    } else {
+    else
         readAgain(item);
-    }
 }
 
 void RowActions::copy(const ConversationItem &item) const
@@ -51,7 +49,7 @@ void RowActions::copy(const ConversationItem &item) const
 void RowActions::readAgain(const ConversationItem &item) const
 {
     const QString text = m_content.copyText(item);
-    m_announcer.announce(text.isEmpty() ? QStringLiteral("There is no text to read.") : text);
+    m_announcer.announce(text.isEmpty() ? u"There is no text to read."_s : text);
 }
 
 } // namespace morvane

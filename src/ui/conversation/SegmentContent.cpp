@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QString SegmentContent::noteText(const ChatMessage &message, SegmentLayout::Note note) const
@@ -13,28 +15,25 @@ QString SegmentContent::noteText(const ChatMessage &message, SegmentLayout::Note
     switch (note) {
     case SegmentLayout::Note::attachments: {
         QStringList names;
-        for (const ChatAttachment &attachment : message.attachments) {
+        for (const ChatAttachment &attachment : message.attachments)
             names += attachment.filename;
-        }
-        return names.join(QStringLiteral(", "));
+        return names.join(u", "_s);
     }
     case SegmentLayout::Note::responding:
-        return QStringLiteral("Morvane is responding…");
+        return u"Morvane is responding…"_s;
     case SegmentLayout::Note::error:
-        return QStringLiteral("Error: ") + message.errorMessage.value_or(QString());
+        return u"Error: "_s + message.errorMessage.value_or(QString());
     }
     Q_UNREACHABLE();
 }
 
 QString SegmentContent::text(const ConversationItem &item, const SegmentLayout &segment) const
 {
-    if (segment.segment.kind == TextSegment::Kind::note) {
+    if (segment.segment.kind == TextSegment::Kind::note)
         return noteText(m_content.message(item), segment.note);
-    }
     QString text = m_content.text(item).sliced(segment.segment.from, segment.segment.length);
-    if (segment.segment.kind == TextSegment::Kind::plain && text.endsWith(u'\n')) {
+    if (segment.segment.kind == TextSegment::Kind::plain && text.endsWith(u'\n'))
         text.chop(1);
-    }
     return text;
 }
 

@@ -13,9 +13,8 @@ constexpr std::size_t documentLimit = 64;
 SegmentDocuments::Entry *SegmentDocuments::find(const SegmentKey &key)
 {
     const auto found = m_entries.find(key);
-    if (found == m_entries.end()) {
+    if (found == m_entries.end())
         return nullptr;
-    }
     found->second.lastUse = m_pass;
     return &found->second;
 }

@@ -44,34 +44,29 @@ void TextSelection::start(const ConversationItem &item, const TextPosition &posi
 
 std::optional<SelectedRange> TextSelection::range(const ConversationItem &item, qsizetype segment) const
 {
-    if (isEmpty() || *m_item != item) {
+    if (isEmpty() || *m_item != item)
         return std::nullopt;
-    }
     const auto [first, last] = std::minmax(m_anchor, m_cursor);
-    if (segment < first.segment || segment > last.segment) {
+    if (segment < first.segment || segment > last.segment)
         return std::nullopt;
-    }
     return SelectedRange{.from = segment == first.segment ? first.position : 0,
                          .to = segment == last.segment ? last.position : -1};
 }
 
 QString TextSelection::text(ConversationLayout &layout) const
 {
-    if (isEmpty()) {
+    if (isEmpty())
         return {};
-    }
     const auto [first, last] = std::minmax(m_anchor, m_cursor);
     QString text;
     for (qsizetype segment = first.segment; segment <= last.segment; ++segment) {
         const bool isWhole = segment > first.segment && segment < last.segment;
-        if (isWhole) {
+        if (isWhole)
             text += layout.plainText(*m_item, segment);
-        } else if (const auto selected = range(*m_item, segment)) {
+        else if (const auto selected = range(*m_item, segment))
             text += documentText(layout.document(*m_item, segment), *selected);
-        }
-        if (segment < last.segment && layout.endsLine(*m_item, segment)) {
+        if (segment < last.segment && layout.endsLine(*m_item, segment))
             text += u'\n';
-        }
     }
     return text;
 }

@@ -6,6 +6,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -113,15 +115,13 @@ void MarkdownBuilder::leaveBlock(MD_BLOCKTYPE type)
         m_lists.removeLast();
         break;
     case MD_BLOCK_LI:
-        if (!m_pendingMarker.isEmpty()) {
+        if (!m_pendingMarker.isEmpty())
             beginBlock(MarkdownBlock::Kind::paragraph);
-        }
         endBlock();
         break;
     case MD_BLOCK_CODE:
-        if (!m_blocks.last().runs.isEmpty() && m_blocks.last().runs.last().text.endsWith(u'\n')) {
+        if (!m_blocks.last().runs.isEmpty() && m_blocks.last().runs.last().text.endsWith(u'\n'))
             m_blocks.last().runs.last().text.chop(1);
-        }
         endBlock();
         break;
     case MD_BLOCK_H:
@@ -141,13 +141,12 @@ void MarkdownBuilder::enterItem(const MD_BLOCK_LI_DETAIL &detail)
 {
     endBlock();
     List &list = m_lists.last();
-    if (detail.is_task != 0) {
-        m_pendingMarker = detail.task_mark == ' ' ? QStringLiteral("☐") : QStringLiteral("☑");
-    } else if (list.isOrdered) {
+    if (detail.is_task != 0)
+        m_pendingMarker = detail.task_mark == ' ' ? u"☐"_s : u"☑"_s;
+    else if (list.isOrdered)
         m_pendingMarker = QString::number(list.next) + u'.';
-    } else {
-        m_pendingMarker = QStringLiteral("•");
-    }
+    else
+        m_pendingMarker = u"•"_s;
     ++list.next;
 }
 
@@ -221,22 +220,18 @@ void MarkdownBuilder::addText(MD_TEXTTYPE type, const QString &text)
 
 void MarkdownBuilder::addRun(const QString &text)
 {
-    if (text.isEmpty()) {
+    if (text.isEmpty())
         return;
-    }
-    if (!m_inTable && !m_isOpen) {
+    if (!m_inTable && !m_isOpen)
         beginBlock(MarkdownBlock::Kind::paragraph);
-    }
     MarkdownRun run{.text = text, .style = style(), .link = {}};
-    if (!m_links.isEmpty() && isSafeLink(m_links.last())) {
+    if (!m_links.isEmpty() && isSafeLink(m_links.last()))
         run.link = m_links.last();
-    }
     auto &runs = m_inTable ? m_blocks.last().rows.last().last().runs : m_blocks.last().runs;
-    if (!runs.isEmpty() && runs.last().style == run.style && runs.last().link == run.link) {
+    if (!runs.isEmpty() && runs.last().style == run.style && runs.last().link == run.link)
         runs.last().text += run.text;
-    } else {
+    else
         runs.append(std::move(run));
-    }
 }
 
 MarkdownRun::Style MarkdownBuilder::style() const

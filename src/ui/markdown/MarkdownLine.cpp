@@ -31,37 +31,29 @@ MarkdownLine::MarkdownLine(QStringView line) : text(line)
     while (text.startsWith(u'>')) {
         isQuoted = true;
         text = text.sliced(1);
-        if (text.startsWith(u' ')) {
+        if (text.startsWith(u' '))
             text = text.sliced(1);
-        }
     }
     trimmed = text.trimmed();
     for (const QChar character : text) {
-        if (!isBlankCharacter(character)) {
+        if (!isBlankCharacter(character))
             break;
-        }
         indent = nextColumn(indent, character);
     }
 }
 
 bool MarkdownLine::isListItem() const
 {
-    if (trimmed.isEmpty()) {
+    if (trimmed.isEmpty())
         return false;
-    }
     const QChar first = trimmed.front();
-    if (first == u'-' || first == u'*' || first == u'+') {
+    if (first == u'-' || first == u'*' || first == u'+')
         return trimmed.size() == 1 || isBlankCharacter(trimmed.at(1));
-    }
     qsizetype digits = 0;
-    while (digits < trimmed.size() && digits < 9 && trimmed.at(digits) >= u'0' &&
-           trimmed.at(digits) <= u'9') {
+    while (digits < trimmed.size() && digits < 9 && trimmed.at(digits) >= u'0' && trimmed.at(digits) <= u'9')
         ++digits;
-    }
-    if (digits == 0 || digits >= trimmed.size() ||
-        (trimmed.at(digits) != u'.' && trimmed.at(digits) != u')')) {
+    if (digits == 0 || digits >= trimmed.size() || (trimmed.at(digits) != u'.' && trimmed.at(digits) != u')'))
         return false;
-    }
     return digits + 1 == trimmed.size() || isBlankCharacter(trimmed.at(digits + 1));
 }
 
@@ -92,16 +84,14 @@ QStringView dedented(QStringView line, int columns)
 
 std::optional<CodeFence> CodeFence::opening(const MarkdownLine &line)
 {
-    if (line.trimmed.isEmpty() || (line.trimmed.front() != u'`' && line.trimmed.front() != u'~')) {
+    if (line.trimmed.isEmpty() || (line.trimmed.front() != u'`' && line.trimmed.front() != u'~'))
         return std::nullopt;
-    }
     CodeFence fence;
     fence.mark = line.trimmed.front();
     fence.length = leadingCount(line.trimmed, fence.mark);
     const QStringView info = line.trimmed.sliced(fence.length).trimmed();
-    if (fence.length < 3 || (fence.mark == u'`' && info.contains(u'`'))) {
+    if (fence.length < 3 || (fence.mark == u'`' && info.contains(u'`')))
         return std::nullopt;
-    }
     fence.indent = line.indent;
     fence.isQuoted = line.isQuoted;
     const auto languageEnd =

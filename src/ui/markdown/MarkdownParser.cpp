@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -47,9 +49,8 @@ int addText(MD_TEXTTYPE type, const MD_CHAR *text, MD_SIZE size, void *userData)
 QString runsText(const QList<MarkdownRun> &runs)
 {
     QString text;
-    for (const MarkdownRun &run : runs) {
+    for (const MarkdownRun &run : runs)
         text += run.text;
-    }
     return text.replace(QChar::LineSeparator, u'\n');
 }
 
@@ -84,13 +85,12 @@ QString markdownPlainText(const QList<MarkdownBlock> &blocks)
         if (block.kind == MarkdownBlock::Kind::table) {
             for (const QList<MarkdownCell> &row : block.rows) {
                 QStringList cells;
-                for (const MarkdownCell &cell : row) {
+                for (const MarkdownCell &cell : row)
                     cells += runsText(cell.runs);
-                }
                 lines += cells.join(u'\t');
             }
         } else if (block.kind == MarkdownBlock::Kind::rule) {
-            lines += QStringLiteral("---");
+            lines += u"---"_s;
         } else {
             lines +=
                 indent + (block.marker.isEmpty() ? QString() : block.marker + u' ') + runsText(block.runs);
@@ -103,11 +103,9 @@ bool isSafeLink(const QString &address)
 {
     const QUrl url(address, QUrl::StrictMode);
     const QString scheme = url.scheme();
-    if (scheme == QLatin1String("mailto")) {
+    if (scheme == "mailto"_L1)
         return url.isValid() && !url.path().isEmpty();
-    }
-    return (scheme == QLatin1String("http") || scheme == QLatin1String("https")) && url.isValid() &&
-           !url.host().isEmpty();
+    return (scheme == "http"_L1 || scheme == "https"_L1) && url.isValid() && !url.host().isEmpty();
 }
 
 } // namespace morvane

@@ -13,17 +13,14 @@ constexpr qsizetype referencesLimit = 16'000;
 /// A fence may also open right behind the marker of a list item.
 std::optional<CodeFence> fenceOpenedBy(const MarkdownLine &line)
 {
-    if (!line.isListItem()) {
+    if (!line.isListItem())
         return CodeFence::opening(line);
-    }
     const qsizetype markerEnd = line.trimmed.indexOf(u' ');
-    if (markerEnd < 0) {
+    if (markerEnd < 0)
         return std::nullopt;
-    }
     auto fence = CodeFence::opening(MarkdownLine(line.trimmed.sliced(markerEnd)));
-    if (fence) {
+    if (fence)
         fence->indent += line.indent + static_cast<int>(markerEnd);
-    }
     return fence;
 }
 
@@ -47,30 +44,26 @@ void MarkdownSegmenter::run()
         at = end + 1;
         ++m_line;
     }
-    if (m_fence || m_inIndentedCode) {
+    if (m_fence || m_inIndentedCode)
         closeCode();
-    } else {
+    else
         flushText();
-    }
-    if (m_result.segments.isEmpty()) {
+    if (m_result.segments.isEmpty())
         m_result.segments.append({.kind = TextSegment::Kind::markdown});
-    }
 }
 
 void MarkdownSegmenter::addLine(const MarkdownLine &line, qsizetype from, qsizetype end)
 {
     if (m_fence) {
-        if (m_fence->isClosedBy(line)) {
+        if (m_fence->isClosedBy(line))
             closeCode();
-        } else {
+        else
             addCodeLine(from, end);
-        }
         return;
     }
     if (m_inIndentedCode) {
-        if (line.isBlank()) {
+        if (line.isBlank())
             return;
-        }
         if (line.indent >= codeIndent) {
             addCodeLine(from, end);
             return;
@@ -120,9 +113,8 @@ void MarkdownSegmenter::addCodeLine(qsizetype from, qsizetype end)
 
 void MarkdownSegmenter::closeCode()
 {
-    if (m_from >= 0) {
+    if (m_from >= 0)
         append(m_from, m_end, TextSegment::Kind::code);
-    }
     auto &segments = m_result.segments;
     for (qsizetype i = m_firstCode; i < segments.size(); ++i) {
         segments[i].startsBlock = i == m_firstCode;
@@ -156,16 +148,14 @@ void MarkdownSegmenter::addTextLine(const MarkdownLine &line, qsizetype from, qs
         const bool isTableBody = m_tableHead >= 0 && from > m_tableDelimiter;
         m_cuts[rankBefore(line)] = {.at = from, .line = m_line, .tableHead = isTableBody ? m_tableHead : -1};
     }
-    if (line.isListItem()) {
+    if (line.isListItem())
         m_inList = true;
-    } else if (line.isHeading() || (m_afterBlank && line.indent == 0)) {
+    else if (line.isHeading() || (m_afterBlank && line.indent == 0))
         m_inList = false;
-    }
     m_afterBlank = false;
     m_afterHeading = line.isHeading();
-    while (isFull(end)) {
+    while (isFull(end))
         cut();
-    }
     m_end = end;
 }
 
@@ -195,9 +185,8 @@ MarkdownSegmenter::Rank MarkdownSegmenter::rankBefore(const MarkdownLine &line) 
 {
     const int indent = line.indent - m_indent;
     if (m_inList) {
-        if (line.isListItem()) {
+        if (line.isListItem())
             return indent <= 1 ? betweenItems : betweenLines;
-        }
         return line.isHeading() || (m_afterBlank && indent <= 0) ? betweenBlocks : betweenLines;
     }
     return m_afterBlank || m_afterHeading || line.isHeading() ? betweenBlocks : betweenLines;
@@ -227,9 +216,8 @@ void MarkdownSegmenter::cut()
 
 void MarkdownSegmenter::flushText()
 {
-    if (m_from >= 0) {
+    if (m_from >= 0)
         append(m_from, m_end, TextSegment::Kind::markdown);
-    }
     m_from = -1;
     m_opening = -1;
     m_cuts = {};
@@ -237,11 +225,9 @@ void MarkdownSegmenter::flushText()
 
 void MarkdownSegmenter::append(qsizetype from, qsizetype end, TextSegment::Kind kind)
 {
-    if (kind == TextSegment::Kind::markdown) {
-        while (end > from && m_text.at(end - 1).isSpace()) {
+    if (kind == TextSegment::Kind::markdown)
+        while (end > from && m_text.at(end - 1).isSpace())
             --end;
-        }
-    }
     const int indent = kind != TextSegment::Kind::code ? m_indent : m_fence ? m_fence->indent : codeIndent;
     m_result.segments.append({.from = from,
                               .length = end - from,

@@ -2,6 +2,8 @@
 
 #include "ui/markdown/MarkdownLine.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -12,13 +14,11 @@ template <typename Use> void forEachLine(QStringView text, Use use)
     qsizetype at = 0;
     while (at <= text.size()) {
         qsizetype end = text.indexOf(u'\n', at);
-        if (end < 0) {
+        if (end < 0)
             end = text.size();
-        }
         QStringView line = text.sliced(at, end - at);
-        if (line.endsWith(u'\r')) {
+        if (line.endsWith(u'\r'))
             line.chop(1);
-        }
         use(line);
         at = end + 1;
     }
@@ -37,12 +37,10 @@ QString shownLines(QStringView text, const TextSegment &segment)
     bool isFirst = true;
     forEachLine(text.sliced(segment.from, segment.length), [&](QStringView view) {
         const MarkdownLine line(view);
-        if (line.isBacktickLine()) {
+        if (line.isBacktickLine())
             return;
-        }
-        if (!isFirst) {
+        if (!isFirst)
             lines += u'\n';
-        }
         isFirst = false;
         lines += dedented(line.text, segment.indent);
     });
@@ -60,9 +58,8 @@ QString markdownSource(QStringView text, const TextSegment &segment, const QStri
         source += dedented(lineAt(text, delimiter).text, segment.indent).toString() + u'\n';
     }
     source += shownLines(text, segment);
-    if (!references.isEmpty()) {
-        source += QLatin1String("\n\n") + references;
-    }
+    if (!references.isEmpty())
+        source += "\n\n"_L1 + references;
     return source;
 }
 
@@ -74,15 +71,13 @@ QString codeText(QStringView text, const TextSegment &segment)
 QString copiedCode(QStringView text, const TextSegment &block)
 {
     const bool isQuoted = block.opening >= 0 && lineAt(text, block.opening).isQuoted;
-    if (isQuoted) {
+    if (isQuoted)
         return codeText(text, block);
-    }
     QString code;
     bool isFirst = true;
     forEachLine(text.sliced(block.from, block.length), [&](QStringView line) {
-        if (!isFirst) {
+        if (!isFirst)
             code += u'\n';
-        }
         isFirst = false;
         code += dedented(line, block.indent);
     });
@@ -91,9 +86,8 @@ QString copiedCode(QStringView text, const TextSegment &block)
 
 QString codeLanguage(QStringView text, const TextSegment &segment)
 {
-    if (segment.opening < 0) {
+    if (segment.opening < 0)
         return {};
-    }
     const MarkdownLine line = lineAt(text, segment.opening);
     const qsizetype marks = qMax(line.trimmed.lastIndexOf(u'`'), line.trimmed.lastIndexOf(u'~'));
     const QString info = line.trimmed.sliced(marks + 1).trimmed().toString();
@@ -105,9 +99,8 @@ QString documentText(QString text)
     for (QChar &character : text) {
         const char16_t unit = character.unicode();
         const bool isStructure = unit == 0xfffc || unit == 0xfdd0 || unit == 0xfdd1 || unit == 0;
-        if (isStructure) {
+        if (isStructure)
             character = QChar::ReplacementCharacter;
-        }
     }
     return text;
 }

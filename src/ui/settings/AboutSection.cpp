@@ -2,16 +2,17 @@
 
 #include <QApplication>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
-AboutSection::AboutSection(QWidget *parent) : SettingsSection(QStringLiteral("About"), parent)
+AboutSection::AboutSection(QWidget *parent) : SettingsSection(u"About"_s, parent)
 {
     const QString version = QApplication::applicationVersion();
     const QString build = QApplication::instance()->property("buildNumber").toString();
-    NoteLabel *line =
-        addNote(QStringLiteral("Morvane %1 (build %2)").arg(version, build), NoteLabel::Tone::plain);
-    line->setAccessibleName(QStringLiteral("Morvane version %1, build %2").arg(version, build));
-    addNote(QStringLiteral("Check for updates anytime from the Morvane menu, or press Command-U."));
+    NoteLabel *line = addNote(u"Morvane %1 (build %2)"_s.arg(version, build), NoteLabel::Tone::plain);
+    line->setAccessibleName(u"Morvane version %1, build %2"_s.arg(version, build));
+    addNote(u"Check for updates anytime from the Morvane menu, or press Command-U."_s);
 }
 
 } // namespace morvane

@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -24,17 +26,16 @@ QString capitalized(const QString &text)
 } // namespace
 
 AlwaysAllowSection::AlwaysAllowSection(SettingsStore &settings, QWidget *parent)
-    : SettingsSection(QStringLiteral("Always Allow"), parent), m_settings(settings), m_rows(new QWidget)
+    : SettingsSection(u"Always Allow"_s, parent), m_settings(settings), m_rows(new QWidget)
 {
-    addNote(
-        QStringLiteral("These actions run automatically without asking. Destructive commands always ask for "
-                       "approval first, and safe commands never ask. Remove anything you no longer want to "
-                       "auto-run."));
-    m_empty = addNote(QStringLiteral(
-        "Safe commands now run automatically. You are only asked when an action is destructive or could "
+    addNote(u"These actions run automatically without asking. Destructive commands always ask for "
+            "approval first, and safe commands never ask. Remove anything you no longer want to "
+            "auto-run."_s);
+    m_empty = addNote(
+        u"Safe commands now run automatically. You are only asked when an action is destructive or could "
         "change "
         "your files. You can tick \"always allow\" on an approval to skip future prompts for that type of "
-        "action."));
+        "action."_s);
     auto *rows = new QVBoxLayout(m_rows);
     rows->setContentsMargins(0, 0, 0, 0);
     column()->addWidget(m_rows);
@@ -68,8 +69,8 @@ QWidget *AlwaysAllowSection::makeRow(const QString &name)
     auto *row = new QWidget;
     auto *place = new QHBoxLayout(row);
     place->setContentsMargins(0, 0, 0, 0);
-    auto *remove = new QPushButton(QStringLiteral("Remove"));
-    remove->setAccessibleName(QStringLiteral("Stop always allowing ") + shown);
+    auto *remove = new QPushButton(u"Remove"_s);
+    remove->setAccessibleName(u"Stop always allowing "_s + shown);
     connect(remove, &QPushButton::clicked, this, [this, name] { this->remove(name); });
     auto *text = new WrappingLabel(capitalized(flattened(describeTool(name), longestShownName)));
     text->setSymbol(Symbol::checkCircle);
@@ -86,10 +87,9 @@ void AlwaysAllowSection::remove(const QString &name)
     m_settings.setAlwaysAllowedTools(allowed);
     // The button that had the focus is gone; the one that took its place is the next to be wanted.
     QList<QPushButton *> buttons;
-    for (QPushButton *button : m_rows->findChildren<QPushButton *>()) {
+    for (QPushButton *button : m_rows->findChildren<QPushButton *>())
         if (button->isVisibleTo(m_rows))
             buttons.append(button);
-    }
     if (!buttons.isEmpty())
         buttons[std::min(place, buttons.size() - 1)]->setFocus();
 }

@@ -9,6 +9,8 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -21,28 +23,26 @@ constexpr int mostSteps = 200;
 } // namespace
 
 BehaviourSection::BehaviourSection(SettingsStore &settings, QWidget *parent)
-    : SettingsSection(QStringLiteral("Behaviour"), parent), m_settings(settings),
+    : SettingsSection(u"Behaviour"_s, parent), m_settings(settings),
       m_temperatureLabel(addNote({}, NoteLabel::Tone::plain)),
       m_temperature(new StepSlider(0, temperatureStep, temperatureSteps)),
-      m_unlimited(new WrappingCheckBox(QStringLiteral("Keep going until the task is done"))),
-      m_tools(new WrappingCheckBox(
-          QStringLiteral("Allow the assistant to use tools (commands, files, web, subagents)")))
+      m_unlimited(new WrappingCheckBox(u"Keep going until the task is done"_s)),
+      m_tools(new WrappingCheckBox(u"Allow the assistant to use tools (commands, files, web, subagents)"_s))
 {
-    m_temperature->setAccessibleName(QStringLiteral("Creativity temperature"));
-    m_tools->setAccessibleName(QStringLiteral("Allow tools"));
+    m_temperature->setAccessibleName(u"Creativity temperature"_s);
+    m_tools->setAccessibleName(u"Allow tools"_s);
 
     column()->addWidget(m_temperature);
     addGap();
     column()->addWidget(m_unlimited);
-    addNote(
-        QStringLiteral("When on, the assistant works until the task finishes instead of stopping at the step "
-                       "limit. It still stops if it repeats the same action without progress."));
+    addNote(u"When on, the assistant works until the task finishes instead of stopping at the step "
+            "limit. It still stops if it repeats the same action without progress."_s);
     m_stepsBlock = makeStepsBlock();
     column()->addWidget(m_stepsBlock);
     addGap();
     column()->addWidget(m_tools);
-    addNote(QStringLiteral(
-        "Lets the assistant run commands, work with files, search the web, and delegate to subagents."));
+    addNote(
+        u"Lets the assistant run commands, work with files, search the web, and delegate to subagents."_s);
 
     connect(m_temperature, &StepSlider::stepValueChanged, &settings, &SettingsStore::setTemperature);
     connect(m_unlimited, &QCheckBox::toggled, &settings, &SettingsStore::setUnlimitedSteps);
@@ -57,21 +57,21 @@ QWidget *BehaviourSection::makeStepsBlock()
     auto *rows = new QVBoxLayout(block);
     rows->setContentsMargins(0, 8, 0, 0);
     auto *row = new QHBoxLayout;
-    auto *label = new NoteLabel(QStringLiteral("Maximum steps per task"), NoteLabel::Tone::plain);
+    auto *label = new NoteLabel(u"Maximum steps per task"_s, NoteLabel::Tone::plain);
     m_steps = new QSpinBox;
     m_steps->setRange(fewestSteps, mostSteps);
-    m_steps->setSuffix(QStringLiteral(" steps"));
-    m_steps->setAccessibleName(QStringLiteral("Maximum steps per task"));
+    m_steps->setSuffix(u" steps"_s);
+    m_steps->setAccessibleName(u"Maximum steps per task"_s);
     label->setBuddy(m_steps);
     takeWheelOnlyWithFocus(m_steps);
     row->addWidget(label, 1);
     row->addWidget(m_steps);
     rows->addLayout(row);
+    rows->addWidget(
+        new NoteLabel(u"How many tool actions one task may take before the assistant stops and reports."_s));
     rows->addWidget(new NoteLabel(
-        QStringLiteral("How many tool actions one task may take before the assistant stops and reports.")));
-    rows->addWidget(new NoteLabel(QStringLiteral(
-        "Higher lets the assistant work through longer jobs. If it ever repeats the same action "
-        "without progress, it stops on its own.")));
+        u"Higher lets the assistant work through longer jobs. If it ever repeats the same action "
+        "without progress, it stops on its own."_s));
     connect(m_steps, &QSpinBox::valueChanged, &m_settings, &SettingsStore::setMaxSteps);
     return block;
 }
@@ -79,8 +79,8 @@ QWidget *BehaviourSection::makeStepsBlock()
 void BehaviourSection::refresh()
 {
     const QString value = QString::number(m_settings.temperature(), 'f', 1);
-    m_temperatureLabel->setText(QStringLiteral("Creativity (temperature): ") + value);
-    m_temperature->setAccessibleDescription(QStringLiteral("Creativity temperature ") + value);
+    m_temperatureLabel->setText(u"Creativity (temperature): "_s + value);
+    m_temperature->setAccessibleDescription(u"Creativity temperature "_s + value);
     m_temperature->showStepValue(m_settings.temperature());
     const QSignalBlocker stepsBlocker(m_steps);
     const QSignalBlocker unlimitedBlocker(m_unlimited);

@@ -12,47 +12,47 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 QList<PickerChoice> presetChoices()
 {
-    QList<PickerChoice> choices{{QStringLiteral("None — enter a URL myself"), {}, {}}};
+    QList<PickerChoice> choices{{u"None — enter a URL myself"_s, {}, {}}};
     for (const CustomPreset &preset : customPresets())
-        choices.append({preset.name + QStringLiteral(" — ") + preset.note, preset.name, {}});
+        choices.append({preset.name + u" — "_s + preset.note, preset.name, {}});
     return choices;
 }
 
 } // namespace
 
 CustomServerBlock::CustomServerBlock(SettingsStore &settings, SettingsModel &model, QWidget *parent)
-    : QWidget(parent), m_settings(settings), m_model(model),
-      m_preset(new MenuPicker(QStringLiteral("Server preset"))), m_baseURL(new QLineEdit),
-      m_warning(new NoteLabel(QStringLiteral("That does not look like a valid http(s) URL yet."),
-                              NoteLabel::Tone::warning))
+    : QWidget(parent), m_settings(settings), m_model(model), m_preset(new MenuPicker(u"Server preset"_s)),
+      m_baseURL(new QLineEdit), m_warning(new NoteLabel(u"That does not look like a valid http(s) URL yet."_s,
+                                                        NoteLabel::Tone::warning))
 {
     m_preset->setChoices(presetChoices());
     m_baseURL->setPlaceholderText(QString::fromUtf16(exampleBaseURL));
-    m_baseURL->setAccessibleName(QStringLiteral("API base URL"));
+    m_baseURL->setAccessibleName(u"API base URL"_s);
     m_warning->setSymbol(Symbol::triangleExclamation);
-    auto *presetLabel = new QLabel(QStringLiteral("Preset"));
+    auto *presetLabel = new QLabel(u"Preset"_s);
     presetLabel->setBuddy(m_preset);
-    auto *urlLabel = new QLabel(QStringLiteral("API base URL"));
+    auto *urlLabel = new QLabel(u"API base URL"_s);
     urlLabel->setBuddy(m_baseURL);
 
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 8, 0, 0);
-    rows->addWidget(new HeadingLabel(QStringLiteral("Server"), HeadingLabel::Level::group));
+    rows->addWidget(new HeadingLabel(u"Server"_s, HeadingLabel::Level::group));
     rows->addWidget(presetLabel);
     rows->addWidget(m_preset);
-    rows->addWidget(
-        new NoteLabel(QStringLiteral("Fills in the base URL of a known OpenAI-compatible service.")));
+    rows->addWidget(new NoteLabel(u"Fills in the base URL of a known OpenAI-compatible service."_s));
     rows->addSpacing(4);
     rows->addWidget(urlLabel);
     rows->addWidget(m_baseURL);
-    rows->addWidget(new NoteLabel(QStringLiteral(
-        "The root of your provider's OpenAI-compatible API. /chat/completions is added automatically.")));
+    rows->addWidget(new NoteLabel(
+        u"The root of your provider's OpenAI-compatible API. /chat/completions is added automatically."_s));
     rows->addWidget(m_warning);
 
     connect(m_preset, &MenuPicker::chosen, &model, &SettingsModel::selectPreset);

@@ -10,10 +10,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 KeySection::KeySection(SettingsStore &settings, SettingsModel &model, QWidget *parent)
-    : SettingsSection(QStringLiteral("API Key"), parent), m_settings(settings), m_key(new QLineEdit),
+    : SettingsSection(u"API Key"_s, parent), m_settings(settings), m_key(new QLineEdit),
       m_show(new QPushButton), m_signup(new WrappingButton({}))
 {
     auto *row = new QHBoxLayout;
@@ -47,8 +49,8 @@ void KeySection::setKeyVisibility(Visibility visibility)
     m_visibility = visibility;
     const bool shown = visibility == Visibility::shown;
     m_key->setEchoMode(shown ? QLineEdit::Normal : QLineEdit::Password);
-    m_show->setText(shown ? QStringLiteral("Hide") : QStringLiteral("Show"));
-    m_show->setAccessibleName(shown ? QStringLiteral("Hide API key") : QStringLiteral("Show API key"));
+    m_show->setText(shown ? u"Hide"_s : u"Show"_s);
+    m_show->setAccessibleName(shown ? u"Hide API key"_s : u"Show API key"_s);
 }
 
 void KeySection::refresh()
@@ -57,18 +59,16 @@ void KeySection::refresh()
     const bool custom = provider == ProviderID::custom;
     const QString name = displayName(provider);
     setVisible(provider != ProviderID::ollama);
-    setSectionHeading(custom ? QStringLiteral("API Key (optional)") : QStringLiteral("API Key"));
-    m_key->setAccessibleName(name + QStringLiteral(" API key"));
+    setSectionHeading(custom ? u"API Key (optional)"_s : u"API Key"_s);
+    m_key->setAccessibleName(name + u" API key"_s);
     if (trimmed(m_key->text()) != m_settings.apiKey())
         m_key->setText(m_settings.apiKey());
     m_signup->setVisible(!custom);
-    m_signup->setLabel(QStringLiteral("Get a free API key for ") + name);
-    m_signup->setAccessibleName(QStringLiteral("Free API key"));
-    m_note->setText(
-        QStringLiteral(
-            "Your key is stored on this Mac and is sent only to %1. It is kept out of the Keychain "
-            "so macOS does not ask for a password on every launch.")
-            .arg(custom ? QStringLiteral("the server you configured") : name));
+    m_signup->setLabel(u"Get a free API key for "_s + name);
+    m_signup->setAccessibleName(u"Free API key"_s);
+    m_note->setText(u"Your key is stored on this Mac and is sent only to %1. It is kept out of the Keychain "
+                    "so macOS does not ask for a password on every launch."_s.arg(
+                        custom ? u"the server you configured"_s : name));
 }
 
 } // namespace morvane

@@ -9,19 +9,20 @@
 
 #include <QProgressBar>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 LocalModelSection::LocalModelSection(const AppServices &services, LocalModelFlow &flow, QWidget *parent)
-    : SettingsSection(QStringLiteral("Built-in Local Model"), parent), m_settings(services.settings),
-      m_flow(flow), m_progress(new QProgressBar),
-      m_install(new WrappingButton(QStringLiteral("Install the built-in local model")))
+    : SettingsSection(u"Built-in Local Model"_s, parent), m_settings(services.settings), m_flow(flow),
+      m_progress(new QProgressBar), m_install(new WrappingButton(u"Install the built-in local model"_s))
 {
     const QString summary = services.machineSummary();
     NoteLabel *machine = addNote(summary);
     machine->setSymbol(Symbol::laptop);
-    machine->setAccessibleName(QStringLiteral("Your Mac. ") + summary);
-    m_ready = addNote(QStringLiteral("The local model is ready. No limits, nothing leaves this Mac."),
-                      NoteLabel::Tone::plain);
+    machine->setAccessibleName(u"Your Mac. "_s + summary);
+    m_ready =
+        addNote(u"The local model is ready. No limits, nothing leaves this Mac."_s, NoteLabel::Tone::plain);
     m_ready->setSymbol(Symbol::arrowRightCircle);
     m_installing = addNote({}, NoteLabel::Tone::plain);
     m_progress->setTextVisible(false);
@@ -29,11 +30,9 @@ LocalModelSection::LocalModelSection(const AppServices &services, LocalModelFlow
     column()->addWidget(m_install, 0, Qt::AlignLeft);
     m_error = addNote({}, NoteLabel::Tone::error);
     addGap();
-    column()->addWidget(
-        new HeadingLabel(QStringLiteral("Recommended models for your Mac"), HeadingLabel::Level::group));
-    addNote(
-        QStringLiteral("Pick the model you want to use. It downloads once and then runs fully on your Mac "
-                       "with no limits."));
+    column()->addWidget(new HeadingLabel(u"Recommended models for your Mac"_s, HeadingLabel::Level::group));
+    addNote(u"Pick the model you want to use. It downloads once and then runs fully on your Mac "
+            "with no limits."_s);
     for (const LocalModelRecommendation &recommendation : recommendations(services.machineMemory()))
         column()->addWidget(new RecommendedModelRow(recommendation, m_settings, flow));
 
@@ -50,12 +49,12 @@ void LocalModelSection::refresh()
     const bool installing = info.installing && !info.running;
     m_ready->setVisible(info.running);
     m_installing->setText(info.progress);
-    m_installing->setAccessibleName(QStringLiteral("Installing the local model. ") + info.progress);
+    m_installing->setAccessibleName(u"Installing the local model. "_s + info.progress);
     m_installing->setVisible(installing);
     m_progress->setVisible(installing);
     showDownloadProgress(*m_progress, info.progressFraction);
     m_install->setVisible(!info.running && !installing);
-    m_error->setText(QStringLiteral("Local model error: ") + info.error);
+    m_error->setText(u"Local model error: "_s + info.error);
     m_error->setVisible(!info.error.isEmpty());
 }
 

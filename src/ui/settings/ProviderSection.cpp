@@ -8,27 +8,27 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 QStringList shortLabels()
 {
-    return {QStringLiteral("Gemini"), QStringLiteral("OpenRouter"), QStringLiteral("Groq"),
-            QStringLiteral("Ollama"), QStringLiteral("OpenAI"),     QStringLiteral("Zen"),
-            QStringLiteral("Custom")};
+    return {u"Gemini"_s, u"OpenRouter"_s, u"Groq"_s, u"Ollama"_s, u"OpenAI"_s, u"Zen"_s, u"Custom"_s};
 }
 
 } // namespace
 
 ProviderSection::ProviderSection(SettingsStore &settings, SettingsModel &model, QWidget *parent)
-    : SettingsSection(QStringLiteral("AI Provider"), parent), m_settings(settings),
-      m_provider(new SegmentedPicker(QStringLiteral("Provider"), shortLabels())),
+    : SettingsSection(u"AI Provider"_s, parent), m_settings(settings),
+      m_provider(new SegmentedPicker(u"Provider"_s, shortLabels())),
       m_server(new CustomServerBlock(settings, model))
 {
     column()->addWidget(m_provider);
     m_note = addNote({});
-    addNote(QStringLiteral("Each provider keeps its own API key and model."));
+    addNote(u"Each provider keeps its own API key and model."_s);
     column()->addWidget(m_server);
     addGap();
     column()->addWidget(new ModelBlock(settings, model));
@@ -44,7 +44,7 @@ void ProviderSection::refresh()
     const auto *const place = std::find(allProviders.begin(), allProviders.end(), provider);
     m_provider->setCurrentIndex(static_cast<int>(place - allProviders.begin()));
     m_note->setText(providerNote(provider));
-    m_note->setAccessibleName(QStringLiteral("Provider info. ") + providerNote(provider));
+    m_note->setAccessibleName(u"Provider info. "_s + providerNote(provider));
     m_server->setVisible(provider == ProviderID::custom);
 }
 

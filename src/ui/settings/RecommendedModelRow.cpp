@@ -12,19 +12,21 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recommendation,
                                          SettingsStore &settings, LocalModelFlow &flow, QWidget *parent)
     : QWidget(parent), m_name(recommendation.name), m_settings(settings), m_flow(flow),
-      m_active(new NoteLabel(QStringLiteral("Active"), NoteLabel::Tone::plain)), m_pulling(new NoteLabel({})),
+      m_active(new NoteLabel(u"Active"_s, NoteLabel::Tone::plain)), m_pulling(new NoteLabel({})),
       m_progress(new QProgressBar)
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setAccessibleName(recommendation.name);
     m_active->setSymbol(Symbol::checkCircle);
     m_active->setWordWrap(false);
-    m_active->setAccessibleName(recommendation.name + QStringLiteral(" is active"));
+    m_active->setAccessibleName(recommendation.name + u" is active"_s);
     m_progress->setTextVisible(false);
 
     auto *top = new QHBoxLayout;
@@ -40,9 +42,8 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
     rows->setSpacing(2);
     rows->addLayout(top);
     rows->addWidget(new NoteLabel(recommendation.note, NoteLabel::Tone::plain));
-    rows->addWidget(new NoteLabel(QStringLiteral("~%1 GB download · needs %2 GB RAM")
-                                      .arg(QString::number(recommendation.downloadGB, 'f', 1),
-                                           QString::number(recommendation.ramRequiredGB))));
+    rows->addWidget(new NoteLabel(u"~%1 GB download · needs %2 GB RAM"_s.arg(
+        QString::number(recommendation.downloadGB, 'f', 1), QString::number(recommendation.ramRequiredGB))));
     rows->addWidget(m_pulling);
     rows->addWidget(m_progress);
 
@@ -56,7 +57,7 @@ void RecommendedModelRow::refresh()
     const LocalModelInfo &info = m_flow.info();
     const bool pulling = m_flow.pullingModel() == m_name;
     m_active->setVisible(!pulling && info.running && m_settings.model() == m_name);
-    m_pulling->setText(QStringLiteral("Downloading %1\n%2").arg(m_name, info.progress).trimmed());
+    m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
     m_pulling->setVisible(pulling);
     m_progress->setVisible(pulling);
     showDownloadProgress(*m_progress, info.progressFraction);

@@ -5,6 +5,8 @@
 
 #include <QHBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -20,7 +22,7 @@ SettingsHeader::SettingsHeader(QWidget *parent) : QWidget(parent)
     setMinimumHeight(markSide + 2 * padding);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(padding + markSide + spacing, padding, padding, padding);
-    row->addWidget(new HeadingLabel(QStringLiteral("Morvane Settings"), HeadingLabel::Level::title));
+    row->addWidget(new HeadingLabel(u"Morvane Settings"_s, HeadingLabel::Level::title));
 }
 
 void SettingsHeader::paintEvent(QPaintEvent *)

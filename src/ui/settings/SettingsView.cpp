@@ -20,6 +20,8 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -37,13 +39,13 @@ SettingsView::SettingsView(AppModel &model, QWidget *parent)
       m_settingsModel(new SettingsModel(model.services(), model.localModel(), this))
 {
     setAccessibleRole(this, QAccessible::Window);
-    setWindowTitle(QStringLiteral("Morvane Settings"));
+    setWindowTitle(u"Morvane Settings"_s);
     resize(standardSize);
     auto *tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     // Its bar takes the keys; a second stop without a name would say nothing.
     tabs->setFocusPolicy(Qt::NoFocus);
-    tabs->addTab(makeGeneralTab(model), symbolIcon(Symbol::gear), QStringLiteral("General"));
+    tabs->addTab(makeGeneralTab(model), symbolIcon(Symbol::gear), u"General"_s);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tabs);

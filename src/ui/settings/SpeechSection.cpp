@@ -5,17 +5,18 @@
 
 #include <QSignalBlocker>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 SpeechSection::SpeechSection(SettingsStore &settings, QWidget *parent)
-    : SettingsSection(QStringLiteral("Accessibility"), parent)
+    : SettingsSection(u"Accessibility"_s, parent)
 {
-    auto *speak = new WrappingCheckBox(QStringLiteral("Speak responses aloud when they finish"));
-    speak->setAccessibleName(QStringLiteral("Speak responses"));
+    auto *speak = new WrappingCheckBox(u"Speak responses aloud when they finish"_s);
+    speak->setAccessibleName(u"Speak responses"_s);
     column()->addWidget(speak);
-    addNote(QStringLiteral(
-        "Morvane is designed to be fully usable with VoiceOver and Full Keyboard Access. Every "
-        "action and approval is announced."));
+    addNote(u"Morvane is designed to be fully usable with VoiceOver and Full Keyboard Access. Every "
+            "action and approval is announced."_s);
     const auto refresh = [speak, &settings] {
         const QSignalBlocker blocker(speak);
         speak->setChecked(settings.announceResponses());

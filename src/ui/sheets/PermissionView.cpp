@@ -13,20 +13,21 @@
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 PermissionView::PermissionView(ApprovalGate &gate, QWidget *window, SteadyNow now)
     : Sheet(window, std::move(now)), m_gate(gate), m_header(new SheetHeader),
-      m_summary(new ScrollingText(QStringLiteral("Action to approve"))), m_advice(new NoteLabel(QString())),
-      m_alwaysAllow(
-          new WrappingCheckBox(QStringLiteral("Always allow this type of action without asking again"))),
-      m_deny(new WrappingButton(QStringLiteral("Deny"))), m_allow(new WrappingButton(QStringLiteral("Allow")))
+      m_summary(new ScrollingText(u"Action to approve"_s)), m_advice(new NoteLabel(QString())),
+      m_alwaysAllow(new WrappingCheckBox(u"Always allow this type of action without asking again"_s)),
+      m_deny(new WrappingButton(u"Deny"_s)), m_allow(new WrappingButton(u"Allow"_s))
 {
-    m_alwaysAllow->setAccessibleName(QStringLiteral("Always allow this type of action"));
+    m_alwaysAllow->setAccessibleName(u"Always allow this type of action"_s);
     m_alwaysAllow->setAccessibleDescription(
-        QStringLiteral("It will run automatically next time. You can change this in Settings."));
+        u"It will run automatically next time. You can change this in Settings."_s);
     m_alwaysAllow->setToolTip(m_alwaysAllow->accessibleDescription());
-    m_deny->setAccessibleName(QStringLiteral("Deny the action"));
+    m_deny->setAccessibleName(u"Deny the action"_s);
     m_allow->setDefault(true);
 
     card()->content()->addWidget(m_header);
@@ -56,25 +57,24 @@ void PermissionView::showPending()
         return;
     m_shown = call->id;
 
-    const QString title = call->destructive ? QStringLiteral("Destructive action requires approval")
-                                            : QStringLiteral("Action requires approval");
+    const QString title =
+        call->destructive ? u"Destructive action requires approval"_s : u"Action requires approval"_s;
     m_header->setContent(call->destructive ? Symbol::triangleExclamation : Symbol::shieldExclamation,
                          call->destructive ? SheetHeader::Tone::danger : SheetHeader::Tone::caution, title);
     card()->setAccessibleName(title);
-    const bool isCommand = call->toolName == QLatin1String("run_shell_command");
+    const bool isCommand = call->toolName == "run_shell_command"_L1;
     m_summary->setContent(visibleText(call->summary),
                           isCommand ? ScrollingText::Style::command : ScrollingText::Style::prose);
-    m_advice->setText(
-        call->destructive
-            ? QStringLiteral("This action can delete data or be hard to undo. Only allow it if "
-                             "you are sure it is safe.")
-            : QStringLiteral("Only allow this if you trust what it will do on your Mac. You can "
-                             "deny it and the assistant will continue without doing it."));
+    m_advice->setText(call->destructive
+                          ? u"This action can delete data or be hard to undo. Only allow it if "
+                            "you are sure it is safe."_s
+                          : u"Only allow this if you trust what it will do on your Mac. You can "
+                            "deny it and the assistant will continue without doing it."_s);
     card()->setAccessibleDescription(m_advice->text());
     m_alwaysAllow->setChecked(false);
     m_alwaysAllow->setVisible(!call->destructive);
-    m_allow->setAccessibleName(call->destructive ? QStringLiteral("Allow this destructive action")
-                                                 : QStringLiteral("Allow the action"));
+    m_allow->setAccessibleName(call->destructive ? u"Allow this destructive action"_s
+                                                 : u"Allow the action"_s);
     openSheet(m_summary->field());
 }
 

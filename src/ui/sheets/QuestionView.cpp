@@ -14,22 +14,23 @@
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 QuestionView::QuestionView(Questions &questions, QWidget *window, SteadyNow now)
     : Sheet(window, std::move(now)), m_questions(questions), m_header(new SheetHeader),
-      m_question(new ScrollingText(QStringLiteral("Question"))),
-      m_optionsHeading(new HeadingLabel(QStringLiteral("Choose an answer:"), HeadingLabel::Level::section)),
-      m_options(new QWidget), m_customHeading(new HeadingLabel(QStringLiteral("Or type your own answer:"),
-                                                               HeadingLabel::Level::section)),
+      m_question(new ScrollingText(u"Question"_s)),
+      m_optionsHeading(new HeadingLabel(u"Choose an answer:"_s, HeadingLabel::Level::section)),
+      m_options(new QWidget),
+      m_customHeading(new HeadingLabel(u"Or type your own answer:"_s, HeadingLabel::Level::section)),
       m_custom(new QLineEdit)
 {
-    m_header->setContent(Symbol::question, SheetHeader::Tone::neutral,
-                         QStringLiteral("Morvane has a question"));
-    m_custom->setAccessibleName(QStringLiteral("Your answer"));
-    m_custom->setPlaceholderText(QStringLiteral("Custom answer"));
-    auto *send = new WrappingButton(QStringLiteral("Send Answer"));
-    send->setAccessibleName(QStringLiteral("Send your custom answer"));
+    m_header->setContent(Symbol::question, SheetHeader::Tone::neutral, u"Morvane has a question"_s);
+    m_custom->setAccessibleName(u"Your answer"_s);
+    m_custom->setPlaceholderText(u"Custom answer"_s);
+    auto *send = new WrappingButton(u"Send Answer"_s);
+    send->setAccessibleName(u"Send your custom answer"_s);
     send->setDefault(true);
 
     auto *optionsLayout = new QVBoxLayout(m_options);
@@ -59,7 +60,7 @@ void QuestionView::showPending()
         return;
     m_shown = question->id;
 
-    card()->setAccessibleName(QStringLiteral("Morvane asks: ") + question->question);
+    card()->setAccessibleName(u"Morvane asks: "_s + question->question);
     m_question->setContent({question->question, {}}, ScrollingText::Style::prose);
     m_custom->clear();
     showOptions(question->options);
@@ -73,7 +74,7 @@ void QuestionView::showOptions(const QStringList &options)
     QWidget *previous = m_question->field();
     for (const QString &option : options) {
         auto *button = new WrappingButton(option, WrappingButton::Alignment::leading, m_options);
-        button->setAccessibleName(QStringLiteral("Answer: ") + option);
+        button->setAccessibleName(u"Answer: "_s + option);
         connect(button, &QPushButton::clicked, this, [this, option] { m_questions.resolveQuestion(option); });
         m_options->layout()->addWidget(button);
         // New widgets come last in the order of the Tab key otherwise.

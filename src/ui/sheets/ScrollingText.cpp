@@ -16,6 +16,8 @@
 #include <QtMath>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -163,10 +165,9 @@ void ScrollingText::arrange()
         const auto lines = m_field->document()->blockCount();
         const auto characters = characterCount(m_field->toPlainText());
         const QLocale english(QLocale::English, QLocale::UnitedStates);
-        m_extent->setText(QStringLiteral("%1, %2 in all. Scroll to read the rest.")
-                              .arg(lines == 1 ? QStringLiteral("1 line")
-                                              : QStringLiteral("%1 lines").arg(english.toString(lines)),
-                                   QStringLiteral("%1 characters").arg(english.toString(characters))));
+        m_extent->setText(u"%1, %2 in all. Scroll to read the rest."_s.arg(
+            lines == 1 ? u"1 line"_s : u"%1 lines"_s.arg(english.toString(lines)),
+            u"%1 characters"_s.arg(english.toString(characters))));
     }
     m_extent->setVisible(overflows);
     m_field->setAccessibleDescription(overflows ? m_extent->text() : QString());

@@ -3,6 +3,8 @@
 #include <QChar>
 #include <unicode/uchar.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -38,13 +40,13 @@ bool isHidden(char32_t character)
 QString escape(char32_t character)
 {
     if (character == U'\t')
-        return QStringLiteral("\\t");
+        return u"\\t"_s;
     if (character == U'\r')
-        return QStringLiteral("\\r");
+        return u"\\r"_s;
     const QString digits = QString::number(static_cast<uint>(character), 16).toUpper();
     if (QChar::requiresSurrogates(character))
-        return QStringLiteral("\\U") + digits.rightJustified(8, QLatin1Char('0'));
-    return QStringLiteral("\\u") + digits.rightJustified(4, QLatin1Char('0'));
+        return u"\\U"_s + digits.rightJustified(8, u'0');
+    return u"\\u"_s + digits.rightJustified(4, u'0');
 }
 
 } // namespace

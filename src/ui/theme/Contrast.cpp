@@ -40,9 +40,8 @@ QColor readable(const QColor &color, const QColor &ground, double ratio)
     constexpr int steps = 20;
     for (int step = 0; step < steps; ++step) {
         const QColor shade = blended(color, end, static_cast<double>(step) / steps);
-        if (contrastRatio(shade, ground) >= ratio) {
+        if (contrastRatio(shade, ground) >= ratio)
             return shade;
-        }
     }
     return end;
 }

@@ -7,6 +7,8 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -15,55 +17,55 @@ QString fileName(Symbol symbol)
 {
     switch (symbol) {
     case Symbol::arrowRight:
-        return QStringLiteral("arrow-right");
+        return u"arrow-right"_s;
     case Symbol::arrowRightCircle:
-        return QStringLiteral("arrow-right-circle");
+        return u"arrow-right-circle"_s;
     case Symbol::arrowUp:
-        return QStringLiteral("arrow-up");
+        return u"arrow-up"_s;
     case Symbol::check:
-        return QStringLiteral("check");
+        return u"check"_s;
     case Symbol::checkCircle:
-        return QStringLiteral("check-circle");
+        return u"check-circle"_s;
     case Symbol::chevronDown:
-        return QStringLiteral("chevron-down");
+        return u"chevron-down"_s;
     case Symbol::compose:
-        return QStringLiteral("compose");
+        return u"compose"_s;
     case Symbol::copy:
-        return QStringLiteral("copy");
+        return u"copy"_s;
     case Symbol::cross:
-        return QStringLiteral("cross");
+        return u"cross"_s;
     case Symbol::crossCircle:
-        return QStringLiteral("cross-circle");
+        return u"cross-circle"_s;
     case Symbol::document:
-        return QStringLiteral("document");
+        return u"document"_s;
     case Symbol::documentPlain:
-        return QStringLiteral("document-plain");
+        return u"document-plain"_s;
     case Symbol::gear:
-        return QStringLiteral("gear");
+        return u"gear"_s;
     case Symbol::globe:
-        return QStringLiteral("globe");
+        return u"globe"_s;
     case Symbol::laptop:
-        return QStringLiteral("laptop");
+        return u"laptop"_s;
     case Symbol::list:
-        return QStringLiteral("list");
+        return u"list"_s;
     case Symbol::octagonExclamation:
-        return QStringLiteral("octagon-exclamation");
+        return u"octagon-exclamation"_s;
     case Symbol::paperclip:
-        return QStringLiteral("paperclip");
+        return u"paperclip"_s;
     case Symbol::photo:
-        return QStringLiteral("photo");
+        return u"photo"_s;
     case Symbol::question:
-        return QStringLiteral("question");
+        return u"question"_s;
     case Symbol::shieldExclamation:
-        return QStringLiteral("shield-exclamation");
+        return u"shield-exclamation"_s;
     case Symbol::stop:
-        return QStringLiteral("stop");
+        return u"stop"_s;
     case Symbol::trash:
-        return QStringLiteral("trash");
+        return u"trash"_s;
     case Symbol::triangleExclamation:
-        return QStringLiteral("triangle-exclamation");
+        return u"triangle-exclamation"_s;
     case Symbol::wrench:
-        return QStringLiteral("wrench");
+        return u"wrench"_s;
     }
     Q_UNREACHABLE();
 }
@@ -83,15 +85,13 @@ QIcon symbolIconOnAccent(Symbol symbol)
 QPixmap symbolPixmap(Symbol symbol, int size, const QColor &color, qreal devicePixelRatio)
 {
     const int pixels = qMax(1, qRound(size * devicePixelRatio));
-    const QString key = QStringLiteral("morvane-symbol-%1-%2-%3")
-                            .arg(static_cast<int>(symbol))
-                            .arg(pixels)
-                            .arg(color.rgba(), 8, 16, QLatin1Char('0'));
+    const QString key =
+        u"morvane-symbol-%1-%2-%3"_s.arg(static_cast<int>(symbol)).arg(pixels).arg(color.rgba(), 8, 16, QChar(u'0'));
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap)) {
         pixmap = QPixmap(pixels, pixels);
         pixmap.fill(Qt::transparent);
-        QFile file(QStringLiteral(":/icons/%1.svg").arg(fileName(symbol)));
+        QFile file(u":/icons/%1.svg"_s.arg(fileName(symbol)));
         if (file.open(QIODevice::ReadOnly)) {
             QSvgRenderer renderer(file.readAll().replace("currentColor", color.name().toLatin1()));
             QPainter painter(&pixmap);

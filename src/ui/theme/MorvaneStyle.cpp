@@ -11,6 +11,8 @@
 #include <QStyleFactory>
 #include <QStyleOption>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -49,7 +51,7 @@ bool isPlainSlider(QStyle::ComplexControl control, const QStyleOptionSlider &opt
 
 } // namespace
 
-MorvaneStyle::MorvaneStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("fusion"))) {}
+MorvaneStyle::MorvaneStyle() : QProxyStyle(QStyleFactory::create(u"fusion"_s)) {}
 
 void MorvaneStyle::drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const QPalette &palette)
 {
@@ -135,16 +137,14 @@ void MorvaneStyle::drawScrollBar(const QStyleOptionComplex &option, QPainter &pa
     const ThemeColors &colors = colorsOf(option.palette);
     QRectF handle = subControlRect(CC_ScrollBar, &option, SC_ScrollBarSlider, widget);
     const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(&option);
-    if (slider == nullptr || slider->maximum <= slider->minimum) {
+    if (slider == nullptr || slider->maximum <= slider->minimum)
         return;
-    }
     const bool isActive = option.state.testFlag(State_MouseOver) || option.state.testFlag(State_Sunken);
     const qreal inset = isActive ? 2 : 3;
-    if (slider->orientation == Qt::Vertical) {
+    if (slider->orientation == Qt::Vertical)
         handle.adjust(inset, 1, -inset, -1);
-    } else {
+    else
         handle.adjust(1, inset, -1, -inset);
-    }
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
@@ -194,12 +194,10 @@ QRect MorvaneStyle::subControlRect(ComplexControl control, const QStyleOptionCom
 QRect MorvaneStyle::subElementRect(SubElement element, const QStyleOption *option,
                                    const QWidget *widget) const
 {
-    if (element == SE_PushButtonFocusRect) {
+    if (element == SE_PushButtonFocusRect)
         return option->rect;
-    }
-    if (element == SE_LineEditContents) {
+    if (element == SE_LineEditContents)
         return QProxyStyle::subElementRect(element, option, widget).adjusted(4, 0, -4, 0);
-    }
     return QProxyStyle::subElementRect(element, option, widget);
 }
 

@@ -15,11 +15,10 @@ QPainterPath playTriangleShape(const QRectF &rect)
         const QPointF before = corners[(i + corners.size() - 1) % corners.size()];
         const QPointF after = corners[(i + 1) % corners.size()];
         const QPointF start = corner + (before - corner) * rounding;
-        if (i == 0) {
+        if (i == 0)
             path.moveTo(start);
-        } else {
+        else
             path.lineTo(start);
-        }
         path.quadTo(corner, corner + (after - corner) * rounding);
     }
     path.closeSubpath();

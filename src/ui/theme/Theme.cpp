@@ -23,18 +23,16 @@ QPalette Theme::chosen(const QPalette &current, Origin origin, ColorScheme::Pref
     const bool isDark = current.color(QPalette::Window).lightnessF() < 0.5;
     const bool wantsDark =
         preference == ColorScheme::Preference::none ? isDark : preference == ColorScheme::Preference::dark;
-    if (origin == Origin::desktop && isDark == wantsDark) {
+    if (origin == Origin::desktop && isDark == wantsDark)
         return current;
-    }
     return wantsDark ? darkPalette() : lightPalette();
 }
 
 void Theme::apply()
 {
     const QPalette palette = chosen(m_desktopPalette, m_origin, m_scheme.preference());
-    if (palette != QApplication::palette()) {
+    if (palette != QApplication::palette())
         QApplication::setPalette(palette);
-    }
 }
 
 } // namespace morvane

@@ -9,6 +9,8 @@
 #include <QToolButton>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -39,11 +41,11 @@ QString wordFor(AttachmentKind kind)
 {
     switch (kind) {
     case AttachmentKind::image:
-        return QStringLiteral("image");
+        return u"image"_s;
     case AttachmentKind::pdf:
-        return QStringLiteral("PDF");
+        return u"PDF"_s;
     case AttachmentKind::text:
-        return QStringLiteral("text");
+        return u"text"_s;
     }
     Q_UNREACHABLE();
 }
@@ -55,11 +57,10 @@ AttachmentChip::AttachmentChip(const ChatAttachment &attachment, QWidget *parent
       m_symbol(symbolOf(attachment.kind)), m_remove(new QToolButton(this))
 {
     setAccessibleRole(this, QAccessible::ListItem);
-    setAccessibleName(QStringLiteral("Attachment ") + m_name + QStringLiteral(", ") +
-                      wordFor(attachment.kind));
+    setAccessibleName(u"Attachment "_s + m_name + u", "_s + wordFor(attachment.kind));
     setToolTip(m_name.toHtmlEscaped());
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
-    const QString label = QStringLiteral("Remove attachment ") + m_name;
+    const QString label = u"Remove attachment "_s + m_name;
     m_remove->setIcon(symbolIcon(Symbol::cross));
     m_remove->setAutoRaise(true);
     m_remove->setFocusPolicy(Qt::TabFocus);

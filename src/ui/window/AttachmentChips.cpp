@@ -7,6 +7,8 @@
 #include <QEvent>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -38,16 +40,15 @@ void AttachmentChips::setAttachments(const QList<ChatAttachment> &attachments)
             return attachment.id == chip->attachmentID();
         });
     };
-    for (qsizetype index = m_chips.size() - 1; index >= 0; --index) {
+    for (qsizetype index = m_chips.size() - 1; index >= 0; --index)
         if (!has(m_chips.at(index)))
             removeChip(index);
-    }
     // Files are only ever added behind those that are there.
     for (qsizetype index = m_chips.size(); index < attachments.size(); ++index)
         addChip(attachments.at(index));
     const auto count = QString::number(attachments.size());
-    m_content->setAccessibleName(count + (attachments.size() == 1 ? QStringLiteral(" pending attachment")
-                                                                  : QStringLiteral(" pending attachments")));
+    m_content->setAccessibleName(
+        count + (attachments.size() == 1 ? u" pending attachment"_s : u" pending attachments"_s));
     setVisible(!attachments.isEmpty());
     fitHeight();
 }

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -19,11 +21,11 @@ constexpr int maximumLines = 8;
 QString imageExtension(const QMimeData *data)
 {
     // A cell of a spreadsheet or a paragraph also comes as a picture of itself; it is meant as text.
-    if (data->hasFormat(QStringLiteral("text/plain")))
+    if (data->hasFormat(u"text/plain"_s))
         return {};
     for (const char *extension : {"png", "jpeg", "webp", "gif", "tiff", "bmp"}) {
         const QString name = QString::fromLatin1(extension);
-        if (data->formats().contains(QStringLiteral("image/") + name))
+        if (data->formats().contains(u"image/"_s + name))
             return name;
     }
     return {};
@@ -35,9 +37,9 @@ ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent)
 {
     setTabChangesFocus(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setPlaceholderText(QStringLiteral("Message Morvane"));
-    setAccessibleName(QStringLiteral("Message Morvane"));
-    setAccessibleDescription(QStringLiteral("Type your message, then press Return to send it."));
+    setPlaceholderText(u"Message Morvane"_s);
+    setAccessibleName(u"Message Morvane"_s);
+    setAccessibleDescription(u"Type your message, then press Return to send it."_s);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             &ComposerEdit::fitHeight);
     fitHeight();
@@ -64,16 +66,15 @@ bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
 
 void ComposerEdit::insertFromMimeData(const QMimeData *source)
 {
-    const auto pastedName = QStringLiteral("Pasted image.");
-    if (const QList<QUrl> files = FileDropFilter::filesOf(source); !files.isEmpty()) {
+    const auto pastedName = u"Pasted image."_s;
+    if (const QList<QUrl> files = FileDropFilter::filesOf(source); !files.isEmpty())
         Q_EMIT filesPasted(files);
-    } else if (const QString extension = imageExtension(source); !extension.isEmpty()) {
-        Q_EMIT imagePasted(source->data(QStringLiteral("image/") + extension), pastedName + extension);
-    } else if (source->hasImage() && !source->hasText()) {
-        Q_EMIT ownImagePasted(qvariant_cast<QImage>(source->imageData()), pastedName + QStringLiteral("png"));
-    } else {
+    else if (const QString extension = imageExtension(source); !extension.isEmpty())
+        Q_EMIT imagePasted(source->data(u"image/"_s + extension), pastedName + extension);
+    else if (source->hasImage() && !source->hasText())
+        Q_EMIT ownImagePasted(qvariant_cast<QImage>(source->imageData()), pastedName + u"png"_s);
+    else
         QPlainTextEdit::insertFromMimeData(source);
-    }
 }
 
 void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)

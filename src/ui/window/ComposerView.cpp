@@ -20,6 +20,8 @@
 #include <QToolButton>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -51,11 +53,11 @@ QWidget *makeRow(const QList<QWidget *> &widgets)
 
 QWidget *makeVisionWarning()
 {
-    auto *text = new NoteLabel(
-        QStringLiteral("The current model can't see images — switch to a vision model to send them."),
-        NoteLabel::Tone::warning);
-    text->setAccessibleName(QStringLiteral(
-        "Warning: the current model can't see images. Switch to a vision model to send them."));
+    auto *text =
+        new NoteLabel(u"The current model can't see images — switch to a vision model to send them."_s,
+                      NoteLabel::Tone::warning);
+    text->setAccessibleName(
+        u"Warning: the current model can't see images. Switch to a vision model to send them."_s);
     auto *symbol = new SymbolLabel(Symbol::octagonExclamation, &ThemeColors::warning);
     QWidget *row = makeRow({symbol, text});
     row->layout()->setAlignment(symbol, Qt::AlignTop);
@@ -68,15 +70,14 @@ ComposerView::ComposerView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_attachments(model), m_chips(new AttachmentChips),
       m_warning(makeVisionWarning()), m_processing(nullptr), m_progress(new QProgressBar),
       m_edit(new ComposerEdit),
-      m_attach(roundButton(symbolIcon(Symbol::paperclip), QStringLiteral("Attach a file or image"))),
-      m_send(roundButton(symbolIcon(Symbol::arrowUp), QStringLiteral("Send message"))),
-      m_stop(roundButton(symbolIcon(Symbol::stop), QStringLiteral("Stop generating"))), m_note(new QLabel)
+      m_attach(roundButton(symbolIcon(Symbol::paperclip), u"Attach a file or image"_s)),
+      m_send(roundButton(symbolIcon(Symbol::arrowUp), u"Send message"_s)),
+      m_stop(roundButton(symbolIcon(Symbol::stop), u"Stop generating"_s)), m_note(new QLabel)
 {
     m_note->setTextFormat(Qt::PlainText);
     m_note->setForegroundRole(QPalette::PlaceholderText);
     m_note->setWordWrap(true);
-    m_attach->setAccessibleDescription(
-        QStringLiteral("Adds images, PDFs, or text files to your next message."));
+    m_attach->setAccessibleDescription(u"Adds images, PDFs, or text files to your next message."_s);
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(12, 10, 12, 8);
@@ -110,7 +111,7 @@ QWidget *ComposerView::makeAttachmentArea()
     m_progress->setRange(0, 0);
     m_progress->setTextVisible(false);
     m_progress->setFixedSize(progressSize);
-    m_processing = makeRow({m_progress, new NoteLabel(QStringLiteral("Processing attachment"))});
+    m_processing = makeRow({m_progress, new NoteLabel(u"Processing attachment"_s)});
 
     auto *area = new QWidget;
     auto *column = new QVBoxLayout(area);
@@ -218,9 +219,8 @@ void ComposerView::updateSendButton()
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
-    m_send->setAccessibleName(lacksInput && !busy
-                                  ? QStringLiteral("Send message. Add a message or an attachment first.")
-                                  : QStringLiteral("Send message"));
+    m_send->setAccessibleName(lacksInput && !busy ? u"Send message. Add a message or an attachment first."_s
+                                                  : u"Send message"_s);
     if (buttonHadFocus)
         focusDraft();
 }
@@ -228,18 +228,18 @@ void ComposerView::updateSendButton()
 void ComposerView::updateNote()
 {
     if (m_model.isUpdateRequired())
-        m_note->setText(QStringLiteral("This update is required to continue. Please update Morvane now."));
+        m_note->setText(u"This update is required to continue. Please update Morvane now."_s);
     else if (m_model.isBusy())
-        m_note->setText(QStringLiteral("Morvane is responding…"));
+        m_note->setText(u"Morvane is responding…"_s);
     else
-        m_note->setText(QStringLiteral("Return to send · ⌘N for a new conversation"));
+        m_note->setText(u"Return to send · ⌘N for a new conversation"_s);
 }
 
 void ComposerView::updateProcessing()
 {
     const int count = m_attachments.processingCount();
     m_processing->setVisible(count > 0);
-    m_progress->setAccessibleName(QStringLiteral("Processing %1 attachments").arg(count));
+    m_progress->setAccessibleName(u"Processing %1 attachments"_s.arg(count));
 }
 
 void ComposerView::fitIcons()

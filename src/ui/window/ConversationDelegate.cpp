@@ -45,7 +45,7 @@ void ConversationDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     const QFont small = detailFont(option.font);
     painter->setFont(small);
     painter->setPen(selected ? colors.onSelection : colors.secondaryText);
-    const QString detail = index.data(ConversationListModel::DetailRole).toString();
+    const QString detail = index.data(ConversationListModel::detailRole).toString();
     painter->drawText(text, Qt::AlignLeft | Qt::AlignBottom,
                       QFontMetrics(small).elidedText(detail, Qt::ElideRight, text.width()));
     if (option.state & QStyle::State_HasFocus)

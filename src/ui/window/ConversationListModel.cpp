@@ -5,19 +5,20 @@
 
 #include <QLocale>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 QString dateText(const ConversationMeta &meta)
 {
-    return QLocale().toString(dateTimeFromReferenceDate(meta.updatedAt).toLocalTime(),
-                              QStringLiteral("MMM d, h:mm AP"));
+    return QLocale().toString(dateTimeFromReferenceDate(meta.updatedAt).toLocalTime(), u"MMM d, h:mm AP"_s);
 }
 
 QString countText(const ConversationMeta &meta)
 {
-    return QStringLiteral("%1 messages").arg(meta.messageCount);
+    return u"%1 messages"_s.arg(meta.messageCount);
 }
 
 } // namespace
@@ -44,10 +45,9 @@ const ConversationMeta &ConversationListModel::conversation(int row) const
 int ConversationListModel::currentRow() const
 {
     const auto &conversations = m_model.conversations();
-    for (qsizetype row = 0; row < conversations.size(); ++row) {
+    for (qsizetype row = 0; row < conversations.size(); ++row)
         if (conversations.at(row).id == m_model.currentConversationID())
             return static_cast<int>(row);
-    }
     return -1;
 }
 
@@ -60,10 +60,10 @@ QVariant ConversationListModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
         return meta.title;
-    case DetailRole:
-        return QString(dateText(meta) + QStringLiteral(" · ") + countText(meta));
+    case detailRole:
+        return QString(dateText(meta) + u" · "_s + countText(meta));
     case Qt::AccessibleTextRole:
-        return QStringLiteral("Open %1, updated %2, %3").arg(meta.title, dateText(meta), countText(meta));
+        return u"Open %1, updated %2, %3"_s.arg(meta.title, dateText(meta), countText(meta));
     default:
         return {};
     }

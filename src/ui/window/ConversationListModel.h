@@ -11,12 +11,12 @@ struct ConversationMeta;
 class ConversationListModel : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum ConversationRole { DetailRole = Qt::UserRole + 1 };
+    enum ConversationRole { detailRole = Qt::UserRole + 1 };
 
     explicit ConversationListModel(AppModel &model, QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
-    /// DisplayRole is the title, DetailRole date and count, AccessibleTextRole what a screen reader says.
+    /// DisplayRole is the title, detailRole date and count, AccessibleTextRole what a screen reader says.
     QVariant data(const QModelIndex &index, int role) const override;
 
     const ConversationMeta &conversation(int row) const;

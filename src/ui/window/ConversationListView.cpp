@@ -17,6 +17,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -27,9 +29,9 @@ constexpr int smallestWidth = 160;
 
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model, this)), m_list(new QListView),
-      m_empty(new QLabel(QStringLiteral("No saved conversations yet."))), m_delete(new QToolButton(this))
+      m_empty(new QLabel(u"No saved conversations yet."_s)), m_delete(new QToolButton(this))
 {
-    auto *title = new QLabel(QStringLiteral("Conversations"));
+    auto *title = new QLabel(u"Conversations"_s);
     QFont bold = title->font();
     bold.setBold(true);
     title->setFont(bold);
@@ -38,7 +40,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
 
     m_list->setModel(m_rows);
     m_list->setItemDelegate(new ConversationDelegate(m_list));
-    m_list->setAccessibleName(QStringLiteral("Conversations"));
+    m_list->setAccessibleName(u"Conversations"_s);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setUniformItemSizes(true);
     m_list->setMouseTracking(true);
@@ -50,7 +52,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
 
-    m_empty->setAccessibleName(QStringLiteral("No saved conversations yet. They are saved automatically."));
+    m_empty->setAccessibleName(u"No saved conversations yet. They are saved automatically."_s);
     m_empty->setWordWrap(true);
     m_empty->setAlignment(Qt::AlignTop);
     m_empty->setContentsMargins(14, 4, 8, 4);
@@ -142,8 +144,8 @@ void ConversationListView::openMenu(const QPoint &position)
     const QUuid id = m_rows->conversation(index.row()).id;
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(QStringLiteral("Open"), this, [this, id] { m_model.openConversation(id); });
-    menu->addAction(symbolIcon(Symbol::trash), QStringLiteral("Delete"), this,
+    menu->addAction(u"Open"_s, this, [this, id] { m_model.openConversation(id); });
+    menu->addAction(symbolIcon(Symbol::trash), u"Delete"_s, this,
                     [this, id] { m_model.deleteConversation(id); });
     menu->popup(m_list->viewport()->mapToGlobal(position));
 }
@@ -157,7 +159,7 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
         m_delete->hide();
         return;
     }
-    const QString label = QStringLiteral("Delete ") + m_rows->conversation(index.row()).title;
+    const QString label = u"Delete "_s + m_rows->conversation(index.row()).title;
     m_delete->setAccessibleName(label);
     m_delete->setToolTip(label);
     const int side = ConversationDelegate::buttonPlace - 4;

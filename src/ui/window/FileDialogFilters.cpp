@@ -2,13 +2,15 @@
 
 #include "attachments/AttachmentTypes.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
 
 QString filter(const QString &label, const QStringList &extensions)
 {
-    return label + QStringLiteral(" (*.") + extensions.join(QStringLiteral(" *.")) + QLatin1Char(')');
+    return label + u" (*."_s + extensions.join(u" *."_s) + u')';
 }
 
 } // namespace
@@ -18,9 +20,8 @@ QStringList fileDialogFilters()
     const QStringList images = extensionsOf(AttachmentKind::image);
     const QStringList documents = extensionsOf(AttachmentKind::pdf);
     const QStringList texts = extensionsOf(AttachmentKind::text);
-    return {filter(QStringLiteral("Images, PDFs and text files"), images + documents + texts),
-            filter(QStringLiteral("Images"), images), filter(QStringLiteral("PDFs"), documents),
-            filter(QStringLiteral("Text and code files"), texts), QStringLiteral("All files (*)")};
+    return {filter(u"Images, PDFs and text files"_s, images + documents + texts), filter(u"Images"_s, images),
+            filter(u"PDFs"_s, documents), filter(u"Text and code files"_s, texts), u"All files (*)"_s};
 }
 
 } // namespace morvane

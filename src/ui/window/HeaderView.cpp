@@ -12,6 +12,8 @@
 #include <QPainter>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -36,22 +38,22 @@ HeaderView::HeaderView(AppModel &model, QWidget *parent)
     row->addWidget(m_subagent);
     row->addStretch();
 
-    auto *browser = addButton(symbolIcon(Symbol::globe), QStringLiteral("Morvane Browser"));
+    auto *browser = addButton(symbolIcon(Symbol::globe), u"Morvane Browser"_s);
     browser->setEnabled(model.browserWindow().isAvailable());
     if (!browser->isEnabled()) {
-        browser->setToolTip(QStringLiteral("The built-in browser is not part of this version."));
+        browser->setToolTip(u"The built-in browser is not part of this version."_s);
         browser->setAccessibleDescription(browser->toolTip());
     }
     connect(browser, &QToolButton::clicked, &model, [&model] { model.browserWindow().show(); });
 
-    auto *compose = addButton(symbolIcon(Symbol::compose), QStringLiteral("New Conversation"));
-    compose->setAccessibleName(QStringLiteral("New conversation"));
-    compose->setToolTip(QStringLiteral("New conversation (⌘N)"));
+    auto *compose = addButton(symbolIcon(Symbol::compose), u"New Conversation"_s);
+    compose->setAccessibleName(u"New conversation"_s);
+    compose->setToolTip(u"New conversation (⌘N)"_s);
     compose->setAccessibleDescription(compose->toolTip());
     connect(compose, &QToolButton::clicked, &model, &AppModel::newConversation);
 
-    auto *settings = addButton(symbolIcon(Symbol::gear), QStringLiteral("Settings"));
-    settings->setToolTip(QStringLiteral("Settings (Ctrl+,)"));
+    auto *settings = addButton(symbolIcon(Symbol::gear), u"Settings"_s);
+    settings->setToolTip(u"Settings (Ctrl+,)"_s);
     connect(settings, &QToolButton::clicked, this, &HeaderView::settingsRequested);
 
     connect(&model.settings(), &SettingsStore::changed, this, &HeaderView::updateProvider);
@@ -76,9 +78,9 @@ QToolButton *HeaderView::addButton(const QIcon &icon, const QString &text)
 void HeaderView::updateProvider()
 {
     const QString provider = displayName(m_model.settings().providerID());
-    const QString label = QStringLiteral("AI provider: ") + provider;
-    m_title->setText(QStringLiteral("<b>Morvane</b><br><small>%1</small>").arg(label.toHtmlEscaped()));
-    m_title->setAccessibleName(QStringLiteral("Morvane. ") + label);
+    const QString label = u"AI provider: "_s + provider;
+    m_title->setText(u"<b>Morvane</b><br><small>%1</small>"_s.arg(label.toHtmlEscaped()));
+    m_title->setAccessibleName(u"Morvane. "_s + label);
 }
 
 void HeaderView::updateSubagent()

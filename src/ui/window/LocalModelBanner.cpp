@@ -8,6 +8,8 @@
 #include <QProgressBar>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
@@ -22,7 +24,7 @@ LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
     cancel->setIcon(symbolIcon(Symbol::cross));
     cancel->setAutoRaise(true);
     cancel->setFocusPolicy(Qt::TabFocus);
-    cancel->setAccessibleName(QStringLiteral("Cancel the local model setup"));
+    cancel->setAccessibleName(u"Cancel the local model setup"_s);
     cancel->setToolTip(cancel->accessibleName());
     connect(cancel, &QToolButton::clicked, &model, &AppModel::cancelLocalModelWork);
 
@@ -39,11 +41,10 @@ void LocalModelBanner::updateState()
 {
     const LocalModelInfo &info = m_model.localModel().info();
     setVisible(info.installing);
-    m_text->setText(QStringLiteral("Setting up the local model…\n") + info.progress);
+    m_text->setText(u"Setting up the local model…\n"_s + info.progress);
     m_progress->setRange(0, info.progressFraction ? 100 : 0);
     m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
-    m_progress->setAccessibleName(QStringLiteral("Download progress %1").arg(m_progress->value()) +
-                                  QLatin1Char('%'));
+    m_progress->setAccessibleName(u"Download progress %1"_s.arg(m_progress->value()) + u'%');
 }
 
 } // namespace morvane

@@ -8,6 +8,8 @@
 #include <QProgressBar>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
@@ -17,10 +19,10 @@ LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
     m_progress->setTextVisible(false);
-    m_progress->setAccessibleName(QStringLiteral("Download progress"));
+    m_progress->setAccessibleName(u"Download progress"_s);
 
-    auto *install = new WrappingButton(QStringLiteral("Install the built-in local model"));
-    auto *connectProvider = new WrappingButton(QStringLiteral("Connect a free AI provider"));
+    auto *install = new WrappingButton(u"Install the built-in local model"_s);
+    auto *connectProvider = new WrappingButton(u"Connect a free AI provider"_s);
     connect(install, &QPushButton::clicked, &model.localModel(), &LocalModelFlow::installLocalModelIfNeeded);
     connect(connectProvider, &QPushButton::clicked, this, &LocalModelCard::settingsRequested);
     auto *row = new QVBoxLayout(m_buttons);
@@ -44,17 +46,16 @@ void LocalModelCard::updateState()
     const QString pulling = m_model.localModel().pullingModel();
     const bool working = info.installing || !pulling.isEmpty();
     if (info.running)
-        m_text->setText(QStringLiteral("Local model is ready — no limits, nothing leaves this Mac."));
+        m_text->setText(u"Local model is ready — no limits, nothing leaves this Mac."_s);
     else if (info.installing)
-        m_text->setText(QStringLiteral("Installing the local model…\n") + info.progress);
+        m_text->setText(u"Installing the local model…\n"_s + info.progress);
     else if (working)
-        m_text->setText(QStringLiteral("Downloading ") + pulling);
+        m_text->setText(u"Downloading "_s + pulling);
     else {
-        QString text =
-            QStringLiteral("No setup needed. Install the free local model that runs inside this app — "
-                           "no rate limits, and your data stays on your Mac.");
+        QString text = u"No setup needed. Install the free local model that runs inside this app — "
+                       "no rate limits, and your data stays on your Mac."_s;
         if (!info.error.isEmpty())
-            text += QStringLiteral("\n\nLocal model error: ") + info.error;
+            text += u"\n\nLocal model error: "_s + info.error;
         m_text->setText(text);
     }
     m_progress->setVisible(working && info.progressFraction.has_value());

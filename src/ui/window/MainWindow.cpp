@@ -22,6 +22,8 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -36,7 +38,7 @@ constexpr int smallestDetail = 400;
 
 MainWindow::MainWindow(AppModel &model) : m_model(model)
 {
-    setWindowTitle(QStringLiteral("Morvane"));
+    setWindowTitle(u"Morvane"_s);
     setMinimumSize(smallestSize);
     resize(standardSize);
 
@@ -111,16 +113,16 @@ void MainWindow::addMenus()
 
 void MainWindow::addApplicationMenu()
 {
-    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Morvane"));
-    menu->addAction(QStringLiteral("About Morvane"), this, &MainWindow::showAbout);
-    QAction *updates = menu->addAction(QStringLiteral("Check for Updates…"));
+    QMenu *menu = menuBar()->addMenu(u"&Morvane"_s);
+    menu->addAction(u"About Morvane"_s, this, &MainWindow::showAbout);
+    QAction *updates = menu->addAction(u"Check for Updates…"_s);
     updates->setShortcut(Qt::CTRL | Qt::Key_U);
     updates->setEnabled(m_model.updates().isAvailable());
     menu->addSeparator();
-    QAction *settings = menu->addAction(QStringLiteral("Settings…"), this, &MainWindow::showSettings);
+    QAction *settings = menu->addAction(u"Settings…"_s, this, &MainWindow::showSettings);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
     menu->addSeparator();
-    QAction *quit = menu->addAction(QStringLiteral("Quit Morvane"), qApp, &QApplication::quit);
+    QAction *quit = menu->addAction(u"Quit Morvane"_s, qApp, &QApplication::quit);
     quit->setShortcut(QKeySequence::Quit);
 }
 
@@ -136,7 +138,7 @@ void MainWindow::addEditMenu()
         {"Undo", QKeySequence::Undo, "undo"},    {"Redo", QKeySequence::Redo, "redo"},
         {"Cut", QKeySequence::Cut, "cut"},       {"Copy", QKeySequence::Copy, "copy"},
         {"Paste", QKeySequence::Paste, "paste"}, {"Select All", QKeySequence::SelectAll, "selectAll"}};
-    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Edit"));
+    QMenu *menu = menuBar()->addMenu(u"&Edit"_s);
     for (const Entry &entry : entries) {
         QAction *action = menu->addAction(QString::fromLatin1(entry.text), this,
                                           [this, slot = entry.slot] { applyToFocus(slot); });
@@ -154,15 +156,14 @@ void MainWindow::applyToFocus(const char *slot)
 
 void MainWindow::addConversationMenu()
 {
-    QMenu *menu = menuBar()->addMenu(QStringLiteral("&Conversation"));
-    QAction *compose =
-        menu->addAction(QStringLiteral("New Conversation"), &m_model, &AppModel::newConversation);
+    QMenu *menu = menuBar()->addMenu(u"&Conversation"_s);
+    QAction *compose = menu->addAction(u"New Conversation"_s, &m_model, &AppModel::newConversation);
     compose->setShortcut(QKeySequence::New);
-    QMenu *conversations = menu->addMenu(QStringLiteral("Conversations"));
+    QMenu *conversations = menu->addMenu(u"Conversations"_s);
     connect(conversations, &QMenu::aboutToShow, this,
             [this, conversations] { fillConversations(conversations); });
     menu->addSeparator();
-    QAction *stop = menu->addAction(QStringLiteral("Stop Generating"), &m_model, &AppModel::cancel);
+    QAction *stop = menu->addAction(u"Stop Generating"_s, &m_model, &AppModel::cancel);
     stop->setShortcut(Qt::Key_Escape);
     stop->setEnabled(false);
     // While a sheet asks something, Escape belongs to it.
@@ -180,12 +181,12 @@ void MainWindow::fillConversations(QMenu *menu)
     menu->clear();
     const QList<ConversationMeta> &conversations = m_model.conversations();
     if (conversations.isEmpty()) {
-        menu->addAction(QStringLiteral("No saved conversations"))->setEnabled(false);
+        menu->addAction(u"No saved conversations"_s)->setEnabled(false);
         return;
     }
     for (const ConversationMeta &meta : conversations) {
         QString title = meta.title.simplified();
-        title.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        title.replace(u'&', u"&&"_s);
         menu->addAction(fontMetrics().elidedText(title, Qt::ElideRight, standardSize.width() / 2), this,
                         [this, id = meta.id] { m_model.openConversation(id); });
     }
@@ -204,11 +205,10 @@ void MainWindow::showSettings()
 
 void MainWindow::showAbout()
 {
-    auto *box =
-        new QMessageBox(QMessageBox::NoIcon, QStringLiteral("About Morvane"),
-                        QStringLiteral("Morvane %1\n\nA desktop AI agent for one person on one computer.")
-                            .arg(QApplication::applicationVersion()),
-                        QMessageBox::Close, this);
+    auto *box = new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s,
+                                u"Morvane %1\n\nA desktop AI agent for one person on one computer."_s.arg(
+                                    QApplication::applicationVersion()),
+                                QMessageBox::Close, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIconPixmap(windowIcon().pixmap(64, 64));
     box->open();

@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -31,7 +33,7 @@ void StatusBarView::updateText()
     const QString &status = m_model.status().statusText();
     setText(status);
     setToolTip(status);
-    setAccessibleName(QStringLiteral("Status. ") + status);
+    setAccessibleName(u"Status. "_s + status);
 }
 
 QSize StatusBarView::minimumSizeHint() const

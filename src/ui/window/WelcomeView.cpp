@@ -13,6 +13,8 @@
 #include <QVBoxLayout>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -37,7 +39,7 @@ QPixmap markPixmap(qreal ratio)
 /// Decoration: drawn by the label of the name below it, so that assistive technology finds one element only.
 class NameLabel : public QLabel {
 public:
-    NameLabel() : QLabel(QStringLiteral("Morvane"))
+    NameLabel() : QLabel(u"Morvane"_s)
     {
         QFont large = font();
         large.setPointSizeF(large.pointSizeF() * 1.8);
@@ -65,7 +67,7 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
 
-    auto *settings = new QPushButton(symbolIcon(Symbol::gear), QStringLiteral("Morvane Settings"));
+    auto *settings = new QPushButton(symbolIcon(Symbol::gear), u"Morvane Settings"_s);
     connect(settings, &QPushButton::clicked, this, &WelcomeView::settingsRequested);
     connect(static_cast<LocalModelCard *>(m_localModel), &LocalModelCard::settingsRequested, this,
             &WelcomeView::settingsRequested);
@@ -79,13 +81,13 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
     column->addWidget(m_settings, 0, Qt::AlignHCenter);
     column->addWidget(m_localModel);
     column->addSpacing(8);
-    auto *heading = new QLabel(QStringLiteral("Try asking:"));
+    auto *heading = new QLabel(u"Try asking:"_s);
     heading->setAlignment(Qt::AlignHCenter);
     column->addWidget(heading);
     for (const char *suggestion : suggestions) {
         const QString prompt = QString::fromLatin1(suggestion);
         auto *button = new WrappingButton(prompt);
-        button->setAccessibleName(QStringLiteral("Try asking: ") + prompt);
+        button->setAccessibleName(u"Try asking: "_s + prompt);
         connect(button, &QPushButton::clicked, &model, [&model, prompt] { model.suggestPrompt(prompt); });
         column->addWidget(button);
     }

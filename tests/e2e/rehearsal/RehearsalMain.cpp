@@ -12,11 +12,13 @@
 #include <cstdio>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 using namespace morvane;
 
 namespace {
 
-const auto request = QStringLiteral("How many hours has a leap year? Write it to two files.");
+const auto request = u"How many hours has a leap year? Write it to two files."_s;
 
 constexpr auto script = R"json({
   "title": "Hours in a leap year",
@@ -36,27 +38,23 @@ constexpr auto script = R"json({
 void print(const QString &heading, const QStringList &lines)
 {
     std::printf("\n%s\n", qUtf8Printable(heading));
-    for (QString line : lines) {
-        std::printf("  %s\n", qUtf8Printable(line.replace(u'\n', QStringLiteral("\n  "))));
-    }
+    for (QString line : lines)
+        std::printf("  %s\n", qUtf8Printable(line.replace(u'\n', u"\n  "_s)));
     std::fflush(stdout);
 }
 
 void expect(bool happened, const QString &what)
 {
-    if (!happened) {
+    if (!happened)
         throw std::runtime_error(what.toStdString());
-    }
 }
 
 QStringList rowsOf(const AccessibleNode &tree)
 {
     QStringList rows;
     tree.visit([&](const AccessibleNode &node) {
-        if (node.name.startsWith(QLatin1String("You said ")) ||
-            node.name.startsWith(QLatin1String("Morvane said "))) {
+        if (node.name.startsWith("You said "_L1) || node.name.startsWith("Morvane said "_L1))
             rows.append(node.name);
-        }
     });
     return rows;
 }
@@ -64,8 +62,8 @@ QStringList rowsOf(const AccessibleNode &tree)
 /// Answers the sheet that asks whether the file may be written.
 void answer(MorvaneSession &morvane, const QString &file, const QString &button)
 {
-    const QString asked = QStringLiteral("Morvane wants to write a file at ~/%1. Do you allow it?").arg(file);
-    expect(morvane.ear().hears(asked), QStringLiteral("\"%1\" was not heard").arg(asked));
+    const QString asked = u"Morvane wants to write a file at ~/%1. Do you allow it?"_s.arg(file);
+    expect(morvane.ear().hears(asked), u"\"%1\" was not heard"_s.arg(asked));
     morvane.program().find(button).press();
 }
 
@@ -78,26 +76,25 @@ void play(MorvaneSession &morvane)
 {
     morvane.start();
     morvane.send(request);
-    const auto heardEarly = {QStringLiteral("Morvane is responding."),
-                             QStringLiteral("Assistant is running: use the get_current_datetime tool."),
-                             QStringLiteral("Assistant is running: use the calculate tool.")};
-    for (const QString &text : heardEarly) {
-        expect(morvane.ear().hears(text), QStringLiteral("\"%1\" was not heard").arg(text));
-    }
-    answer(morvane, QStringLiteral("hours.txt"), QStringLiteral("Allow the action"));
-    answer(morvane, QStringLiteral("again.txt"), QStringLiteral("Deny the action"));
-    const auto title = QStringLiteral("Conversation summarized as: Hours in a leap year.");
-    expect(morvane.ear().hears(title), QStringLiteral("\"%1\" was not heard").arg(title));
-    expect(morvane.hasStatus(QStringLiteral("Ready")), QStringLiteral("the status did not become \"Ready\""));
+    const auto heardEarly = {u"Morvane is responding."_s,
+                             u"Assistant is running: use the get_current_datetime tool."_s,
+                             u"Assistant is running: use the calculate tool."_s};
+    for (const QString &text : heardEarly)
+        expect(morvane.ear().hears(text), u"\"%1\" was not heard"_s.arg(text));
+    answer(morvane, u"hours.txt"_s, u"Allow the action"_s);
+    answer(morvane, u"again.txt"_s, u"Deny the action"_s);
+    const auto title = u"Conversation summarized as: Hours in a leap year."_s;
+    expect(morvane.ear().hears(title), u"\"%1\" was not heard"_s.arg(title));
+    expect(morvane.hasStatus(u"Ready"_s), u"the status did not become \"Ready\""_s);
     const auto isAnswer = [](const AccessibleNode &node) {
-        return node.name.startsWith(QLatin1String("Morvane said A leap year has"));
+        return node.name.startsWith("Morvane said A leap year has"_L1);
     };
-    expect(morvane.program().shows(isAnswer), QStringLiteral("the answer is not in the conversation"));
-    expect(morvane.activity().filter(QStringLiteral("calculate returned: The result is 8784.")).size() == 1,
-           QStringLiteral("the result of the calculation is not in the activity log"));
-    expect(isWritten(morvane, QStringLiteral("hours.txt")), QStringLiteral("the allowed file is not there"));
-    expect(!isWritten(morvane, QStringLiteral("again.txt")), QStringLiteral("the denied file was written"));
-    expect(morvane.storedConversations().size() == 1, QStringLiteral("the conversation is not on disk"));
+    expect(morvane.program().shows(isAnswer), u"the answer is not in the conversation"_s);
+    expect(morvane.activity().filter(u"calculate returned: The result is 8784."_s).size() == 1,
+           u"the result of the calculation is not in the activity log"_s);
+    expect(isWritten(morvane, u"hours.txt"_s), u"the allowed file is not there"_s);
+    expect(!isWritten(morvane, u"again.txt"_s), u"the denied file was written"_s);
+    expect(morvane.storedConversations().size() == 1, u"the conversation is not on disk"_s);
 }
 
 } // namespace
@@ -122,15 +119,14 @@ int main(int argc, char **argv)
             status = 1;
         }
         if (morvane.isRunning()) {
-            print(QStringLiteral("What the conversation shows:"), rowsOf(morvane.program().tree()));
-            print(QStringLiteral("What the activity log shows:"), morvane.activity());
+            print(u"What the conversation shows:"_s, rowsOf(morvane.program().tree()));
+            print(u"What the activity log shows:"_s, morvane.activity());
         }
-        print(QStringLiteral("What a screen reader says:"), morvane.ear().heard());
+        print(u"What a screen reader says:"_s, morvane.ear().heard());
         const bool isSaved = desktop.screenshot().save(arguments.at(2));
         std::printf("\nPicture: %s\n", isSaved ? qUtf8Printable(arguments.at(2)) : "could not be written");
-        if (!isSaved) {
+        if (!isSaved)
             status = 1;
-        }
     } catch (const std::exception &error) {
         std::fprintf(stderr, "The rehearsal failed: %s\n", error.what());
         return 1;

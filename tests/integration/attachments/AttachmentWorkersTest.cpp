@@ -12,6 +12,8 @@
 #include <QFile>
 #include <csignal>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -25,15 +27,15 @@ protected:
     ReaderProcess hangingReader()
     {
         const QString path =
-            home.write(QStringLiteral("reader"), "#!/bin/sh\necho $$ > " + QFile::encodeName(home.path()) +
-                                                     "/pid.$$\nexec sleep 1000\n");
+            home.write(u"reader"_s, "#!/bin/sh\necho $$ > " + QFile::encodeName(home.path()) +
+                                        "/pid.$$\nexec sleep 1000\n");
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return ReaderProcess(path, 1h);
     }
-    qsizetype startedReaders() const { return QDir(home.path()).entryList({QStringLiteral("pid.*")}).size(); }
+    qsizetype startedReaders() const { return QDir(home.path()).entryList({u"pid.*"_s}).size(); }
     QUrl picture(int number) const
     {
-        return QUrl::fromLocalFile(home.write(QStringLiteral("%1.png").arg(number), "bytes"));
+        return QUrl::fromLocalFile(home.write(u"%1.png"_s.arg(number), "bytes"));
     }
 
     FakeClock clock;
@@ -44,17 +46,17 @@ TEST_F(AttachmentWorkersTest, FileIsProcessedOffTheMainThread)
 {
     AttachmentWorkers workers(processor);
     const QUrl file =
-        QUrl::fromLocalFile(home.write(QStringLiteral("a.png"), encoded(samplePhoto({2'000, 1'000}), "png")));
+        QUrl::fromLocalFile(home.write(u"a.png"_s, encoded(samplePhoto({2'000, 1'000}), "png")));
     const ChatAttachment attachment = runTask(scheduler, workers.process(file));
-    EXPECT_EQ(attachment.mimeType, QStringLiteral("image/jpeg"));
+    EXPECT_EQ(attachment.mimeType, u"image/jpeg"_s);
 }
 
 TEST_F(AttachmentWorkersTest, FailureIsThrown)
 {
     AttachmentWorkers workers(processor);
-    const QUrl missing = QUrl::fromLocalFile(home.path(QStringLiteral("missing")));
+    const QUrl missing = QUrl::fromLocalFile(home.path(u"missing"_s));
     EXPECT_THROW(runTask(scheduler, workers.process(missing)), AttachmentError);
-    EXPECT_THROW(runTask(scheduler, workers.processImage({}, QStringLiteral("a.png"))), AttachmentError);
+    EXPECT_THROW(runTask(scheduler, workers.processImage({}, u"a.png"_s)), AttachmentError);
 }
 
 TEST_F(AttachmentWorkersTest, SeveralFilesAreReadAtOnceAndKeepNoToolFromItsThread)
@@ -77,11 +79,11 @@ TEST_F(AttachmentWorkersTest, CancellingEndsTheReader)
     AttachmentWorkers workers{AttachmentProcessor(hangingReader())};
     auto task = scheduler.spawn(workers.process(picture(1)));
     ASSERT_TRUE(waitUntil([&] { return startedReaders() == 1; }));
-    const QString name = QDir(home.path()).entryList({QStringLiteral("pid.*")}).constFirst();
+    const QString name = QDir(home.path()).entryList({u"pid.*"_s}).constFirst();
     task.cancel();
     ASSERT_TRUE(waitUntil([&] { return task.done(); }));
     EXPECT_THROW(task.result(), Cancelled);
-    EXPECT_NE(::kill(name.section(QLatin1Char('.'), 1).toInt(), 0), 0);
+    EXPECT_NE(::kill(name.section(u'.', 1).toInt(), 0), 0);
 }
 
 TEST_F(AttachmentWorkersTest, ShutdownDoesNotWaitForAReaderThatHangs)

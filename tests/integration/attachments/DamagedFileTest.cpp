@@ -5,6 +5,8 @@
 
 #include <random>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -33,8 +35,8 @@ protected:
     void expectHarmlessPicture(const QString &name, const QByteArray &whole)
     {
         for (const QByteArray &file : damaged(whole, 24)) {
-            const auto image = processor.prepareForVision(file, QStringLiteral("png"), stop);
-            if (image.mimeType == QLatin1String("image/jpeg"))
+            const auto image = processor.prepareForVision(file, u"png"_s, stop);
+            if (image.mimeType == "image/jpeg"_L1)
                 EXPECT_LE(QImage::fromData(image.data, "jpeg").width(), 1'568) << name.toStdString();
             else
                 EXPECT_TRUE(image.data == file) << name.toStdString();
@@ -55,15 +57,15 @@ TEST_F(DamagedFileTest, PicturesOfEveryFormatDoNoHarm)
     const QImage image = samplePhoto({1'700, 300});
     for (const char *format : {"png", "jpeg", "webp", "bmp", "tiff"})
         expectHarmlessPicture(QString::fromLatin1(format), encoded(image, format, 80));
-    expectHarmlessPicture(QStringLiteral("heic"), encodedHeic(image));
+    expectHarmlessPicture(u"heic"_s, encodedHeic(image));
 }
 
 TEST_F(DamagedFileTest, DocumentsDoNoHarm)
 {
-    const QByteArray whole = samplePdf({{SamplePage::Kind::text, QStringLiteral("Printed page")},
-                                        {SamplePage::Kind::scanned, QStringLiteral("Scanned page")}});
+    const QByteArray whole = samplePdf(
+        {{SamplePage::Kind::text, u"Printed page"_s}, {SamplePage::Kind::scanned, u"Scanned page"_s}});
     for (const QByteArray &file : damaged(whole, 30)) {
-        const QString failure = failureOf(QStringLiteral("a.pdf"), file);
+        const QString failure = failureOf(u"a.pdf"_s, file);
         EXPECT_THAT(failure.toStdString(), AnyOf("", "Could not open \"a.pdf\" as a PDF.",
                                                  testing::StartsWith("\"a.pdf\" contains no readable text")));
     }

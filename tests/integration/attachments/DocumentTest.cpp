@@ -5,6 +5,8 @@
 
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -14,44 +16,41 @@ class DocumentTest : public AttachmentFixture {
 protected:
     QString textOf(const QList<SamplePage> &pages) const
     {
-        return process(QStringLiteral("a.pdf"), samplePdf(pages)).extractedText;
+        return process(u"a.pdf"_s, samplePdf(pages)).extractedText;
     }
     /// The document with a password for reading, or with one for its owner only.
     QByteArray encrypted(const QByteArray &pdf, const QString &userPassword) const
     {
-        const QString plain = home.write(QStringLiteral("plain.pdf"), pdf);
-        const QString locked = home.path(QStringLiteral("locked.pdf"));
-        EXPECT_EQ(QProcess::execute(QStringLiteral("qpdf"),
-                                    {QStringLiteral("--encrypt"), userPassword, QStringLiteral("owner"),
-                                     QStringLiteral("256"), QStringLiteral("--"), plain, locked}),
+        const QString plain = home.write(u"plain.pdf"_s, pdf);
+        const QString locked = home.path(u"locked.pdf"_s);
+        EXPECT_EQ(QProcess::execute(u"qpdf"_s, {u"--encrypt"_s, userPassword, u"owner"_s, u"256"_s, u"--"_s,
+                                                plain, locked}),
                   0);
-        return home.read(QStringLiteral("locked.pdf"));
+        return home.read(u"locked.pdf"_s);
     }
 };
 
 TEST_F(DocumentTest, DocumentIsFilledAsTold)
 {
-    const QByteArray pdf = samplePdf({{Kind::text, QStringLiteral("First page.")}});
-    const ChatAttachment attachment = process(QStringLiteral("report.pdf"), pdf);
-    EXPECT_EQ(attachment.filename, QStringLiteral("report.pdf"));
+    const QByteArray pdf = samplePdf({{Kind::text, u"First page."_s}});
+    const ChatAttachment attachment = process(u"report.pdf"_s, pdf);
+    EXPECT_EQ(attachment.filename, u"report.pdf"_s);
     EXPECT_EQ(attachment.kind, AttachmentKind::pdf);
     EXPECT_EQ(attachment.data, std::nullopt);
-    EXPECT_EQ(attachment.extractedText, QStringLiteral("First page."));
-    EXPECT_EQ(attachment.mimeType, QStringLiteral("application/pdf"));
+    EXPECT_EQ(attachment.extractedText, u"First page."_s);
+    EXPECT_EQ(attachment.mimeType, u"application/pdf"_s);
     EXPECT_EQ(attachment.byteSize, pdf.size());
 }
 
 TEST_F(DocumentTest, PagesAreJoinedWithAnEmptyLine)
 {
-    EXPECT_EQ(
-        textOf(
-            {{Kind::text, QStringLiteral("One")}, {Kind::blank, {}}, {Kind::text, QStringLiteral("Three")}}),
-        QStringLiteral("One\n\nThree"));
+    EXPECT_EQ(textOf({{Kind::text, u"One"_s}, {Kind::blank, {}}, {Kind::text, u"Three"_s}}),
+              u"One\n\nThree"_s);
 }
 
 TEST_F(DocumentTest, TextBeyondTheAlphabetComesOut)
 {
-    const auto text = QStringLiteral("Grüße aus Łódź: 42 €, αβγ, привет");
+    const auto text = u"Grüße aus Łódź: 42 €, αβγ, привет"_s;
     EXPECT_EQ(textOf({{Kind::text, text}}), text);
 }
 
@@ -60,49 +59,48 @@ TEST_F(DocumentTest, OnlyTheFirstTwoHundredPagesAreRead)
     QList<SamplePage> pages;
     QStringList expected;
     for (int page = 1; page <= 250; ++page) {
-        pages.append({Kind::text, QStringLiteral("p%1").arg(page)});
+        pages.append({Kind::text, u"p%1"_s.arg(page)});
         if (page <= 200)
             expected.append(pages.last().text);
     }
-    EXPECT_EQ(textOf(pages), expected.join(QStringLiteral("\n\n")));
+    EXPECT_EQ(textOf(pages), expected.join(u"\n\n"_s));
 }
 
 TEST_F(DocumentTest, ThousandPagesAreRead)
 {
-    QList<SamplePage> pages(1'000, {Kind::text, QStringLiteral("page")});
-    EXPECT_EQ(textOf(pages).count(QStringLiteral("page")), 200);
+    QList<SamplePage> pages(1'000, {Kind::text, u"page"_s});
+    EXPECT_EQ(textOf(pages).count(u"page"_s), 200);
 }
 
 TEST_F(DocumentTest, LongTextIsCutAndMarked)
 {
-    const QList<SamplePage> pages(30, {Kind::text, QStringLiteral("word ").repeated(300)});
+    const QList<SamplePage> pages(30, {Kind::text, u"word "_s.repeated(300)});
     const QString text = textOf(pages);
-    const auto mark = QStringLiteral("\n[…truncated…]");
+    const auto mark = u"\n[…truncated…]"_s;
     ASSERT_TRUE(text.endsWith(mark));
     EXPECT_EQ(characterCount(text), 16'000 + characterCount(mark));
 }
 
 TEST_F(DocumentTest, ScannedPagesEachHaveTheirLine)
 {
-    EXPECT_EQ(textOf({{Kind::scanned, QStringLiteral("Dear Sir or Madam")},
-                      {Kind::scanned, QStringLiteral("Yours sincerely")}}),
-              QStringLiteral("[Scanned page 1]\nDear Sir or Madam\n\n[Scanned page 2]\nYours sincerely"));
+    EXPECT_EQ(textOf({{Kind::scanned, u"Dear Sir or Madam"_s}, {Kind::scanned, u"Yours sincerely"_s}}),
+              u"[Scanned page 1]\nDear Sir or Madam\n\n[Scanned page 2]\nYours sincerely"_s);
 }
 
 TEST_F(DocumentTest, ScannedPagesFollowThePagesOfText)
 {
-    EXPECT_EQ(textOf({{Kind::scanned, QStringLiteral("Scanned cover")},
-                      {Kind::text, QStringLiteral("Printed inside")},
+    EXPECT_EQ(textOf({{Kind::scanned, u"Scanned cover"_s},
+                      {Kind::text, u"Printed inside"_s},
                       {Kind::blank, {}},
-                      {Kind::scanned, QStringLiteral("Scanned back")}}),
-              QStringLiteral("Printed inside\n\n[Scanned page 1]\nScanned cover\n\n[Scanned page "
-                             "4]\nScanned back"));
+                      {Kind::scanned, u"Scanned back"_s}}),
+              u"Printed inside\n\n[Scanned page 1]\nScanned cover\n\n[Scanned page "
+              "4]\nScanned back"_s);
 }
 
 TEST_F(DocumentTest, LinesOfAScannedPageAreJoinedByLineFeeds)
 {
-    EXPECT_EQ(textOf({{Kind::scanned, QStringLiteral("The first line\nThe second line")}}),
-              QStringLiteral("[Scanned page 1]\nThe first line\nThe second line"));
+    EXPECT_EQ(textOf({{Kind::scanned, u"The first line\nThe second line"_s}}),
+              u"[Scanned page 1]\nThe first line\nThe second line"_s);
 }
 
 TEST_F(DocumentTest, ManyScannedPagesKeepTheirOrderAndNumbers)
@@ -111,61 +109,59 @@ TEST_F(DocumentTest, ManyScannedPagesKeepTheirOrderAndNumbers)
     QList<SamplePage> pages;
     QStringList expected;
     for (const QString &word : words) {
-        pages.append({Kind::scanned, QStringLiteral("The word is ") + word});
-        expected.append(QStringLiteral("[Scanned page %1]\nThe word is %2").arg(pages.size()).arg(word));
+        pages.append({Kind::scanned, u"The word is "_s + word});
+        expected.append(u"[Scanned page %1]\nThe word is %2"_s.arg(pages.size()).arg(word));
         pages.append({Kind::blank, {}});
     }
-    EXPECT_EQ(textOf(pages), expected.join(QStringLiteral("\n\n")));
+    EXPECT_EQ(textOf(pages), expected.join(u"\n\n"_s));
 }
 
 TEST_F(DocumentTest, RecognisedTextIsCutAndMarked)
 {
-    const QString page = QStringLiteral("The quick brown fox jumps over the lazy dog.\n").repeated(36);
+    const QString page = u"The quick brown fox jumps over the lazy dog.\n"_s.repeated(36);
     const QString text = textOf(QList<SamplePage>(14, {Kind::scanned, page}));
-    const auto mark = QStringLiteral("\n[…truncated…]");
+    const auto mark = u"\n[…truncated…]"_s;
     ASSERT_TRUE(text.endsWith(mark));
     EXPECT_EQ(characterCount(text), 16'000 + characterCount(mark));
 }
 
 TEST_F(DocumentTest, DocumentWithoutTextIsRefused)
 {
-    EXPECT_EQ(failureOf(QStringLiteral("blank.pdf"), samplePdf({{Kind::blank, {}}, {Kind::blank, {}}})),
-              QStringLiteral("\"blank.pdf\" contains no readable text — it may be empty or made entirely of "
-                             "images that could not be recognized."));
+    EXPECT_EQ(failureOf(u"blank.pdf"_s, samplePdf({{Kind::blank, {}}, {Kind::blank, {}}})),
+              u"\"blank.pdf\" contains no readable text — it may be empty or made entirely of "
+              "images that could not be recognized."_s);
 }
 
 TEST_F(DocumentTest, DocumentWithAPasswordCannotBeOpened)
 {
-    const QByteArray pdf = samplePdf({{Kind::text, QStringLiteral("Secret")}});
-    EXPECT_EQ(failureOf(QStringLiteral("a.pdf"), encrypted(pdf, QStringLiteral("password"))),
-              QStringLiteral("Could not open \"a.pdf\" as a PDF."));
+    const QByteArray pdf = samplePdf({{Kind::text, u"Secret"_s}});
+    EXPECT_EQ(failureOf(u"a.pdf"_s, encrypted(pdf, u"password"_s)), u"Could not open \"a.pdf\" as a PDF."_s);
 }
 
 TEST_F(DocumentTest, DocumentWithAnOwnersPasswordOnlyIsRead)
 {
-    const QByteArray pdf = samplePdf({{Kind::text, QStringLiteral("Not so secret")}});
-    EXPECT_EQ(process(QStringLiteral("a.pdf"), encrypted(pdf, {})).extractedText,
-              QStringLiteral("Not so secret"));
+    const QByteArray pdf = samplePdf({{Kind::text, u"Not so secret"_s}});
+    EXPECT_EQ(process(u"a.pdf"_s, encrypted(pdf, {})).extractedText, u"Not so secret"_s);
 }
 
 TEST_F(DocumentTest, WhatIsNoDocumentCannotBeOpened)
 {
-    const auto message = QStringLiteral("Could not open \"a.pdf\" as a PDF.");
-    EXPECT_EQ(failureOf(QStringLiteral("a.pdf"), {}), message);
-    EXPECT_EQ(failureOf(QStringLiteral("a.pdf"), "just text"), message);
-    EXPECT_EQ(failureOf(QStringLiteral("a.pdf"), "%PDF-1.7\n"), message);
+    const auto message = u"Could not open \"a.pdf\" as a PDF."_s;
+    EXPECT_EQ(failureOf(u"a.pdf"_s, {}), message);
+    EXPECT_EQ(failureOf(u"a.pdf"_s, "just text"), message);
+    EXPECT_EQ(failureOf(u"a.pdf"_s, "%PDF-1.7\n"), message);
 }
 
 TEST_F(DocumentTest, PageOfAbsurdSizeDoesNoHarm)
 {
-    QByteArray pdf = samplePdf({{Kind::scanned, QStringLiteral("Readable")}});
+    QByteArray pdf = samplePdf({{Kind::scanned, u"Readable"_s}});
     const qsizetype box = pdf.indexOf("/MediaBox [");
     ASSERT_GT(box, 0);
     const qsizetype end = pdf.indexOf(']', box);
     pdf.replace(box, end - box, QByteArray("/MediaBox [0 0 99999999 99999999").leftJustified(end - box));
-    EXPECT_EQ(failureOf(QStringLiteral("a.pdf"), pdf),
-              QStringLiteral("\"a.pdf\" contains no readable text — it may be empty or made entirely of "
-                             "images that could not be recognized."));
+    EXPECT_EQ(failureOf(u"a.pdf"_s, pdf),
+              u"\"a.pdf\" contains no readable text — it may be empty or made entirely of "
+              "images that could not be recognized."_s);
 }
 
 } // namespace

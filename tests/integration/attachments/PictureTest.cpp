@@ -5,6 +5,8 @@
 #include <QColorSpace>
 #include <QPainter>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -13,7 +15,7 @@ protected:
     QImage prepared(const QString &name, const QByteArray &content) const
     {
         const ChatAttachment attachment = process(name, content);
-        EXPECT_EQ(attachment.mimeType, QStringLiteral("image/jpeg"));
+        EXPECT_EQ(attachment.mimeType, u"image/jpeg"_s);
         EXPECT_TRUE(attachment.data->startsWith("\xFF\xD8\xFF"));
         EXPECT_EQ(attachment.byteSize, attachment.data->size());
         return QImage::fromData(*attachment.data, "jpeg");
@@ -55,13 +57,13 @@ TEST_F(PictureTest, PngOfAThousandPixelsAndOneMegabyteGoesAsItIs)
     const QByteArray png = encoded(samplePhoto({1'000, 1'000}), "png");
     ASSERT_GT(png.size(), 500'000);
     ASSERT_LE(png.size(), 2'000'000);
-    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+    expectUnchanged(u"a.png"_s, png, u"image/png"_s);
 }
 
 TEST_F(PictureTest, PngOfFourThousandPixelsBecomesASmallerJpeg)
 {
     const QByteArray png = encoded(quarters({4'000, 3'000}), "png");
-    EXPECT_EQ(prepared(QStringLiteral("a.png"), png).size(), QSize(1'568, 1'176));
+    EXPECT_EQ(prepared(u"a.png"_s, png).size(), QSize(1'568, 1'176));
 }
 
 TEST_F(PictureTest, SmallPictureOfThreeMegabytesIsEncodedAnewAtItsOwnSize)
@@ -69,23 +71,20 @@ TEST_F(PictureTest, SmallPictureOfThreeMegabytesIsEncodedAnewAtItsOwnSize)
     const QImage photo = samplePhoto({1'200, 1'100});
     const QByteArray bmp = encoded(photo, "bmp");
     ASSERT_GT(bmp.size(), 3'000'000);
-    const QImage result = prepared(QStringLiteral("a.bmp"), bmp);
+    const QImage result = prepared(u"a.bmp"_s, bmp);
     EXPECT_EQ(result.size(), photo.size());
     EXPECT_TRUE(isNear(result.pixelColor(1'000, 1'000), photo.pixelColor(1'000, 1'000)));
 }
 
 TEST_F(PictureTest, PictureOfExactlyTheLongestSideGoesAsItIs)
 {
-    expectUnchanged(QStringLiteral("a.jpg"), encoded(quarters({1'568, 10}), "jpeg"),
-                    QStringLiteral("image/jpeg"));
-    EXPECT_EQ(prepared(QStringLiteral("b.jpg"), encoded(quarters({10, 1'569}), "jpeg")).size(),
-              QSize(9, 1'568));
+    expectUnchanged(u"a.jpg"_s, encoded(quarters({1'568, 10}), "jpeg"), u"image/jpeg"_s);
+    EXPECT_EQ(prepared(u"b.jpg"_s, encoded(quarters({10, 1'569}), "jpeg")).size(), QSize(9, 1'568));
 }
 
 TEST_F(PictureTest, ThinPictureKeepsAtLeastOnePixel)
 {
-    EXPECT_EQ(prepared(QStringLiteral("a.png"), encoded(quarters({20'000, 4}), "png")).size(),
-              QSize(1'568, 1));
+    EXPECT_EQ(prepared(u"a.png"_s, encoded(quarters({20'000, 4}), "png")).size(), QSize(1'568, 1));
 }
 
 TEST_F(PictureTest, TransparencyComesOutWhite)
@@ -93,7 +92,7 @@ TEST_F(PictureTest, TransparencyComesOutWhite)
     QImage image(2'000, 2'000, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
     QPainter(&image).fillRect(0, 0, 1'000, 2'000, QColor(255, 0, 0, 128));
-    const QImage result = prepared(QStringLiteral("a.png"), encoded(image, "png"));
+    const QImage result = prepared(u"a.png"_s, encoded(image, "png"));
     EXPECT_TRUE(isNear(result.pixelColor(1'200, 700), Qt::white));
     EXPECT_TRUE(isNear(result.pixelColor(300, 700), QColor(255, 127, 127)));
 }
@@ -103,8 +102,8 @@ TEST_F(PictureTest, EveryFormatIsScaledDown)
     const QImage image = quarters({2'000, 1'000});
     QList<std::pair<QString, QByteArray>> files;
     for (const char *format : {"png", "jpeg", "webp", "bmp", "tiff"})
-        files.append({QStringLiteral("a.") + QString::fromLatin1(format), encoded(image, format, 90)});
-    files.append({QStringLiteral("a.heic"), encodedHeic(image)});
+        files.append({u"a."_s + QString::fromLatin1(format), encoded(image, format, 90)});
+    files.append({u"a.heic"_s, encodedHeic(image)});
     for (const auto &[name, content] : files) {
         ASSERT_FALSE(content.isEmpty()) << name.toStdString();
         const QImage result = prepared(name, content);
@@ -119,20 +118,20 @@ TEST_F(PictureTest, SmallHeicGoesAsItIs)
 {
     const QByteArray heic = encodedHeic(quarters({200, 100}));
     ASSERT_FALSE(heic.isEmpty());
-    expectUnchanged(QStringLiteral("photo.HEIC"), heic, QStringLiteral("image/heic"));
-    expectUnchanged(QStringLiteral("photo.heif"), heic, QStringLiteral("image/heif"));
+    expectUnchanged(u"photo.HEIC"_s, heic, u"image/heic"_s);
+    expectUnchanged(u"photo.heif"_s, heic, u"image/heif"_s);
 }
 
 TEST_F(PictureTest, PhotoIsTurnedAsItWasHeld)
 {
     const QByteArray jpeg = encoded(quarters({2'000, 1'000}), "jpeg", 95);
     // Held with its left side down: what is above in the data is seen at the right.
-    const QImage turned = prepared(QStringLiteral("a.jpg"), withExifOrientation(jpeg, 6));
+    const QImage turned = prepared(u"a.jpg"_s, withExifOrientation(jpeg, 6));
     EXPECT_EQ(turned.size(), QSize(784, 1'568));
     EXPECT_TRUE(isNear(turned.pixelColor(700, 100), Qt::red));
     EXPECT_TRUE(isNear(turned.pixelColor(700, 1'400), Qt::green));
     EXPECT_TRUE(isNear(turned.pixelColor(100, 100), Qt::blue));
-    const QImage upsideDown = prepared(QStringLiteral("b.jpg"), withExifOrientation(jpeg, 3));
+    const QImage upsideDown = prepared(u"b.jpg"_s, withExifOrientation(jpeg, 3));
     EXPECT_EQ(upsideDown.size(), QSize(1'568, 784));
     EXPECT_TRUE(isNear(upsideDown.pixelColor(1'400, 700), Qt::red));
 }
@@ -144,28 +143,27 @@ TEST_F(PictureTest, ColoursOfAWiderSpaceAreConverted)
     image.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
     const QImage standard = image.convertedToColorSpace(QColorSpace(QColorSpace::SRgb));
     ASSERT_FALSE(isNear(standard.pixelColor(0, 0), QColor(170, 100, 50)));
-    const QImage result = prepared(QStringLiteral("a.png"), encoded(image, "png"));
+    const QImage result = prepared(u"a.png"_s, encoded(image, "png"));
     EXPECT_TRUE(isNear(result.pixelColor(700, 30), standard.pixelColor(700, 30)));
     EXPECT_FALSE(result.colorSpace().isValid() && result.colorSpace() == QColorSpace(QColorSpace::DisplayP3));
 }
 
 TEST_F(PictureTest, FormatIsToldByTheContent)
 {
-    EXPECT_EQ(prepared(QStringLiteral("wrong.png"), encoded(quarters({2'000, 1'000}), "jpeg")).size(),
-              QSize(1'568, 784));
+    EXPECT_EQ(prepared(u"wrong.png"_s, encoded(quarters({2'000, 1'000}), "jpeg")).size(), QSize(1'568, 784));
 }
 
 TEST_F(PictureTest, WhatIsNoPictureGoesAsItIs)
 {
-    expectUnchanged(QStringLiteral("a.png"), "no picture at all", QStringLiteral("image/png"));
-    expectUnchanged(QStringLiteral("a.heic"), QByteArray(3'000'000, '\x7F'), QStringLiteral("image/heic"));
+    expectUnchanged(u"a.png"_s, "no picture at all", u"image/png"_s);
+    expectUnchanged(u"a.heic"_s, QByteArray(3'000'000, '\x7F'), u"image/heic"_s);
 }
 
 TEST_F(PictureTest, DrawingThatIsAProgramIsNotRun)
 {
     const QByteArray svg("<svg xmlns='http://www.w3.org/2000/svg' width='9000' height='9000'><rect "
                          "width='9000' height='9000'/></svg>");
-    expectUnchanged(QStringLiteral("a.svg"), svg, QStringLiteral("image/png"));
+    expectUnchanged(u"a.svg"_s, svg, u"image/png"_s);
 }
 
 TEST_F(PictureTest, PictureOfTwoHundredMegapixelsGoesAsItIs)
@@ -174,7 +172,7 @@ TEST_F(PictureTest, PictureOfTwoHundredMegapixelsGoesAsItIs)
     image.fill(0);
     const QByteArray png = encoded(image, "png");
     ASSERT_LT(png.size(), 1'000'000);
-    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+    expectUnchanged(u"a.png"_s, png, u"image/png"_s);
 }
 
 TEST_F(PictureTest, SizeThatIsALieGoesAsItIs)
@@ -182,10 +180,9 @@ TEST_F(PictureTest, SizeThatIsALieGoesAsItIs)
     // The head names two thousand million pixels; behind it stand a few bytes.
     QByteArray png = encoded(quarters({2'000, 2'000}), "png").first(200);
     png.replace(16, 8, QByteArray("\x7F\xFF\xFF\xFF\x00\x00\x00\x01", 8));
-    expectUnchanged(QStringLiteral("a.png"), png, QStringLiteral("image/png"));
+    expectUnchanged(u"a.png"_s, png, u"image/png"_s);
     QByteArray gif("GIF89a\xFF\xFF\xFF\xFF\xF7\x00\x00", 13);
-    expectUnchanged(QStringLiteral("a.gif"), gif + QByteArray(2'500'000, '\x21'),
-                    QStringLiteral("image/gif"));
+    expectUnchanged(u"a.gif"_s, gif + QByteArray(2'500'000, '\x21'), u"image/gif"_s);
 }
 
 TEST_F(PictureTest, TextOfAPictureIsRecognised)
@@ -193,14 +190,13 @@ TEST_F(PictureTest, TextOfAPictureIsRecognised)
     QImage image(800, 200, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
-    QFont font(QStringLiteral("DejaVu Sans"));
+    QFont font(u"DejaVu Sans"_s);
     font.setPixelSize(40);
     painter.setFont(font);
-    painter.drawText(20, 60, QStringLiteral("Invoice number 4711"));
-    painter.drawText(20, 140, QStringLiteral("Thank you very much"));
+    painter.drawText(20, 60, u"Invoice number 4711"_s);
+    painter.drawText(20, 140, u"Thank you very much"_s);
     painter.end();
-    EXPECT_EQ(processor.ocr(encoded(image, "png"), stop),
-              QStringLiteral("Invoice number 4711\nThank you very much"));
+    EXPECT_EQ(processor.ocr(encoded(image, "png"), stop), u"Invoice number 4711\nThank you very much"_s);
 }
 
 TEST_F(PictureTest, NothingIsRecognisedWhereNothingIsWritten)

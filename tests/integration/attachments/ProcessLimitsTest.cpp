@@ -13,6 +13,8 @@
 #include <thread>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -38,7 +40,7 @@ protected:
 
 TEST_F(ProcessLimitsTest, FilesCanStillBeRead)
 {
-    const QByteArray path = QFile::encodeName(home.write(QStringLiteral("file"), "content"));
+    const QByteArray path = QFile::encodeName(home.write(u"file"_s, "content"));
     EXPECT_TRUE(canStill([&] {
         char content[8]{};
         const int file = ::open(path.constData(), O_RDONLY);
@@ -48,7 +50,7 @@ TEST_F(ProcessLimitsTest, FilesCanStillBeRead)
 
 TEST_F(ProcessLimitsTest, FilesCanNoLongerBeChanged)
 {
-    const QByteArray path = QFile::encodeName(home.write(QStringLiteral("file"), "content"));
+    const QByteArray path = QFile::encodeName(home.write(u"file"_s, "content"));
     const QByteArray other = path + "2";
     EXPECT_FALSE(canStill([&] { return ::open(path.constData(), O_WRONLY) >= 0; }));
     EXPECT_FALSE(canStill([&] { return ::open(path.constData(), O_RDWR) >= 0; }));
@@ -57,7 +59,7 @@ TEST_F(ProcessLimitsTest, FilesCanNoLongerBeChanged)
     EXPECT_FALSE(canStill([&] { return ::rename(path.constData(), other.constData()) == 0; }));
     EXPECT_FALSE(canStill([&] { return ::truncate(path.constData(), 0) == 0; }));
     EXPECT_FALSE(canStill([&] { return ::chmod(path.constData(), 0777) == 0; }));
-    EXPECT_EQ(home.read(QStringLiteral("file")), "content");
+    EXPECT_EQ(home.read(u"file"_s), "content");
 }
 
 TEST_F(ProcessLimitsTest, NetworkIsOutOfReach)

@@ -7,6 +7,8 @@
 #include <csignal>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -17,34 +19,34 @@ class ReaderProcessTest : public AttachmentFixture {
 protected:
     AttachmentProcessor withReader(const QByteArray &script, std::chrono::milliseconds limit = 20s)
     {
-        const QString path = home.write(QStringLiteral("reader"), "#!/bin/sh\n" + script + '\n');
+        const QString path = home.write(u"reader"_s, "#!/bin/sh\n" + script + '\n');
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         return AttachmentProcessor(ReaderProcess(path, limit));
     }
     void expectFailure(const AttachmentProcessor &broken)
     {
-        const auto image = broken.prepareForVision("bytes", QStringLiteral("gif"), stop);
+        const auto image = broken.prepareForVision("bytes", u"gif"_s, stop);
         EXPECT_EQ(image.data, "bytes");
-        EXPECT_EQ(image.mimeType, QStringLiteral("image/gif"));
+        EXPECT_EQ(image.mimeType, u"image/gif"_s);
         EXPECT_EQ(broken.ocr("bytes", stop), QString());
-        const QUrl document = QUrl::fromLocalFile(home.write(QStringLiteral("a.pdf"), "%PDF"));
+        const QUrl document = QUrl::fromLocalFile(home.write(u"a.pdf"_s, "%PDF"));
         try {
             broken.process(document, stop);
             ADD_FAILURE() << "the document was taken";
         } catch (const AttachmentError &error) {
-            EXPECT_EQ(error.message(), QStringLiteral("Could not open \"a.pdf\" as a PDF."));
+            EXPECT_EQ(error.message(), u"Could not open \"a.pdf\" as a PDF."_s);
         }
     }
     /// The process id that a script of this fixture has left in the home folder, now or soon.
     pid_t startedProcess() const
     {
-        while (QFileInfo(home.path(QStringLiteral("pid"))).size() == 0)
+        while (QFileInfo(home.path(u"pid"_s)).size() == 0)
             std::this_thread::yield();
-        return home.read(QStringLiteral("pid")).trimmed().toInt();
+        return home.read(u"pid"_s).trimmed().toInt();
     }
     QByteArray leavingPid() const
     {
-        const QByteArray path = QFile::encodeName(home.path(QStringLiteral("pid")));
+        const QByteArray path = QFile::encodeName(home.path(u"pid"_s));
         return "echo $$ > " + path + ".part; mv " + path + ".part " + path + '\n';
     }
 };
@@ -87,14 +89,14 @@ TEST_F(ReaderProcessTest, ReaderThatHangsBehindItsAnswerIsKilledAtTheLimit)
 TEST_F(ReaderProcessTest, AnswerOfTheRightFormIsTaken)
 {
     const AttachmentProcessor reader = withReader("printf 'MARt\\004\\000\\000\\000text'");
-    EXPECT_EQ(reader.ocr("bytes", stop), QStringLiteral("text"));
+    EXPECT_EQ(reader.ocr("bytes", stop), u"text"_s);
 }
 
 TEST_F(ReaderProcessTest, JobIsNamedAndTheFileComesThroughTheInput)
 {
     const AttachmentProcessor reader =
         withReader("input=$(cat); text=\"$1:$input\"; printf 'MARt\\021\\000\\000\\000%s' \"$text\"");
-    EXPECT_EQ(reader.ocr("bytes", stop), QStringLiteral("recognition:bytes"));
+    EXPECT_EQ(reader.ocr("bytes", stop), u"recognition:bytes"_s);
 }
 
 TEST_F(ReaderProcessTest, RaisedFlagKillsTheReader)
@@ -117,9 +119,9 @@ TEST_F(ReaderProcessTest, RealReaderWantsOneJob)
         EXPECT_TRUE(reader.waitForFinished());
         return reader.exitCode();
     };
-    EXPECT_EQ(statusOf({QStringLiteral("document")}), 0);
+    EXPECT_EQ(statusOf({u"document"_s}), 0);
     EXPECT_EQ(statusOf({}), 2);
-    EXPECT_EQ(statusOf({QStringLiteral("document"), QStringLiteral("more")}), 2);
+    EXPECT_EQ(statusOf({u"document"_s, u"more"_s}), 2);
 }
 
 } // namespace

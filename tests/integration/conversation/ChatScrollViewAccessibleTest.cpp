@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -12,9 +14,8 @@ protected:
     QStringList names()
     {
         QStringList names;
-        for (int i = 0; i < accessible()->childCount(); ++i) {
+        for (int i = 0; i < accessible()->childCount(); ++i)
             names += accessible()->child(i)->text(QAccessible::Name);
-        }
         return names;
     }
 
@@ -23,16 +24,16 @@ protected:
 
 TEST_F(ChatScrollViewAccessibleTest, RowsStandInOrderWithTheActivityAboveTheAnswer)
 {
-    say(Role::user, QStringLiteral("Hello"));
-    startAnswer(QStringLiteral("Partial"));
-    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    say(Role::user, u"Hello"_s);
+    startAnswer(u"Partial"_s);
+    activity.log(u"Running: a tool"_s, ActivityStep::Kind::tool);
     show();
     const QStringList all = names();
     ASSERT_EQ(all.size(), 4);
-    EXPECT_EQ(all[0], QStringLiteral("You said Hello"));
-    EXPECT_EQ(all[1], QStringLiteral("Activity, 1 steps"));
-    EXPECT_TRUE(all[2].startsWith(QStringLiteral("Running: a tool")));
-    EXPECT_EQ(all[3], QStringLiteral("Morvane is responding"));
+    EXPECT_EQ(all[0], u"You said Hello"_s);
+    EXPECT_EQ(all[1], u"Activity, 1 steps"_s);
+    EXPECT_TRUE(all[2].startsWith(u"Running: a tool"_s));
+    EXPECT_EQ(all[3], u"Morvane is responding"_s);
 }
 
 TEST_F(ChatScrollViewAccessibleTest, EveryRowExistsWhetherInSightOrNot)
@@ -40,9 +41,9 @@ TEST_F(ChatScrollViewAccessibleTest, EveryRowExistsWhetherInSightOrNot)
     transcript.reset(dialogue(5000));
     show();
     EXPECT_EQ(accessible()->role(), QAccessible::List);
-    EXPECT_EQ(accessible()->text(QAccessible::Name), QStringLiteral("Conversation"));
+    EXPECT_EQ(accessible()->text(QAccessible::Name), u"Conversation"_s);
     EXPECT_EQ(accessible()->childCount(), 5000);
-    EXPECT_TRUE(accessibleRow(0)->text(QAccessible::Name).startsWith(QStringLiteral("You said Message 0.")));
+    EXPECT_TRUE(accessibleRow(0)->text(QAccessible::Name).startsWith(u"You said Message 0."_s));
     EXPECT_TRUE(accessibleRow(0)->state().offscreen);
     EXPECT_FALSE(accessibleRow(4999)->state().offscreen);
     EXPECT_LT(view.rows().documentCount(), 64);
@@ -62,14 +63,13 @@ TEST_F(ChatScrollViewAccessibleTest, RowsKnowTheirPlaceAndTheirParent)
 
 TEST_F(ChatScrollViewAccessibleTest, AMessageIsOneElementWithTwoNamedActions)
 {
-    say(Role::assistant, QStringLiteral("**Bold** answer"));
+    say(Role::assistant, u"**Bold** answer"_s);
     show();
     QAccessibleInterface *row = accessibleRow(0);
     EXPECT_EQ(row->role(), QAccessible::ListItem);
-    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("Morvane said **Bold** answer"));
-    EXPECT_EQ(row->text(QAccessible::Description),
-              QStringLiteral("Accessibility actions: copy, read again."));
-    EXPECT_EQ(actions(0)->actionNames(), (QStringList{QStringLiteral("Copy"), QStringLiteral("Read again")}));
+    EXPECT_EQ(row->text(QAccessible::Name), u"Morvane said **Bold** answer"_s);
+    EXPECT_EQ(row->text(QAccessible::Description), u"Accessibility actions: copy, read again."_s);
+    EXPECT_EQ(actions(0)->actionNames(), (QStringList{u"Copy"_s, u"Read again"_s}));
     EXPECT_EQ(row->childCount(), 0);
     EXPECT_EQ(row->textInterface(), nullptr);
     EXPECT_TRUE(row->text(QAccessible::Value).isEmpty());
@@ -77,79 +77,78 @@ TEST_F(ChatScrollViewAccessibleTest, AMessageIsOneElementWithTwoNamedActions)
 
 TEST_F(ChatScrollViewAccessibleTest, CopyPutsTheTextOnTheClipboard)
 {
-    say(Role::assistant, QStringLiteral("**Bold** answer"));
+    say(Role::assistant, u"**Bold** answer"_s);
     show();
-    actions(0)->doAction(QStringLiteral("Copy"));
-    EXPECT_EQ(clipboard(), QStringLiteral("**Bold** answer"));
+    actions(0)->doAction(u"Copy"_s);
+    EXPECT_EQ(clipboard(), u"**Bold** answer"_s);
 }
 
 TEST_F(ChatScrollViewAccessibleTest, ReadAgainSpeaksTheText)
 {
-    say(Role::assistant, QStringLiteral("The answer"));
+    say(Role::assistant, u"The answer"_s);
     show();
-    actions(0)->doAction(QStringLiteral("Read again"));
-    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("The answer")});
+    actions(0)->doAction(u"Read again"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"The answer"_s});
 }
 
 TEST_F(ChatScrollViewAccessibleTest, ReadAgainOfAnEmptyMessageSaysSo)
 {
     say(Role::assistant, QString());
     show();
-    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), QStringLiteral("Morvane said No text"));
-    actions(0)->doAction(QStringLiteral("Read again"));
-    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("There is no text to read.")});
+    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), u"Morvane said No text"_s);
+    actions(0)->doAction(u"Read again"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"There is no text to read."_s});
 }
 
 TEST_F(ChatScrollViewAccessibleTest, AStepCanOnlyBeCopied)
 {
     startAnswer();
-    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    activity.log(u"Running: a tool"_s, ActivityStep::Kind::tool);
     show();
-    EXPECT_EQ(accessibleRow(1)->text(QAccessible::Description),
-              QStringLiteral("Accessibility action: copy."));
-    EXPECT_EQ(actions(1)->actionNames(), QStringList{QStringLiteral("Copy")});
-    actions(1)->doAction(QStringLiteral("Read again"));
+    EXPECT_EQ(accessibleRow(1)->text(QAccessible::Description), u"Accessibility action: copy."_s);
+    EXPECT_EQ(actions(1)->actionNames(), QStringList{u"Copy"_s});
+    actions(1)->doAction(u"Read again"_s);
     EXPECT_TRUE(announcer.spoken.isEmpty());
-    actions(1)->doAction(QStringLiteral("Copy"));
-    EXPECT_EQ(clipboard(), QStringLiteral("Running: a tool"));
+    actions(1)->doAction(u"Copy"_s);
+    EXPECT_EQ(clipboard(), u"Running: a tool"_s);
     EXPECT_EQ(accessibleRow(0)->role(), QAccessible::Heading);
     EXPECT_EQ(actions(0), nullptr);
 }
 
 TEST_F(ChatScrollViewAccessibleTest, ARowKeepsItsElementWhileOthersAreAddedAroundIt)
 {
-    say(Role::user, QStringLiteral("Hello"));
-    startAnswer(QStringLiteral("Partial"));
+    say(Role::user, u"Hello"_s);
+    startAnswer(u"Partial"_s);
     show();
     QAccessibleInterface *answer = accessibleRow(1);
-    activity.log(QStringLiteral("Running: a tool"), ActivityStep::Kind::tool);
+    activity.log(u"Running: a tool"_s, ActivityStep::Kind::tool);
     EXPECT_EQ(accessible()->indexOfChild(answer), 3);
     EXPECT_EQ(accessibleRow(3), answer);
     endAnswer();
-    EXPECT_EQ(answer->text(QAccessible::Name), QStringLiteral("Morvane said Partial"));
+    EXPECT_EQ(answer->text(QAccessible::Name), u"Morvane said Partial"_s);
 }
 
 TEST_F(ChatScrollViewAccessibleTest, AnErrorIsPartOfTheRow)
 {
     startAnswer();
     show();
-    transcript.setErrorMessage(0, QStringLiteral("No network."));
+    transcript.setErrorMessage(0, u"No network."_s);
     endAnswer();
-    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), QStringLiteral("Morvane said  Error: No network."));
+    EXPECT_EQ(accessibleRow(0)->text(QAccessible::Name), u"Morvane said  Error: No network."_s);
 }
 
 TEST_F(ChatScrollViewAccessibleTest, TheCopyButtonsOfCodeInSightFollowTheRows)
 {
-    say(Role::assistant, QStringLiteral("Code:\n```sh\nls -l\n```\nand\n```\ncat x\n```"));
+    say(Role::assistant, u"Code:\n```sh\nls -l\n```\nand\n```\ncat x\n```"_s);
     show();
     ASSERT_EQ(accessible()->childCount(), 3);
     QAccessibleInterface *button = accessible()->child(2);
-    EXPECT_EQ(button->text(QAccessible::Name), QStringLiteral("Copy code"));
+    EXPECT_EQ(button->text(QAccessible::Name), u"Copy code"_s);
     EXPECT_EQ(button->role(), QAccessible::PushButton);
     EXPECT_EQ(accessible()->indexOfChild(button), 2);
     EXPECT_EQ(button->parent(), accessible());
     button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_TRUE(QTest::qWaitFor([] { return clipboard() == QStringLiteral("cat x"); }));
+    EXPECT_TRUE(QTest::qWaitFor([] { return clipboard() == u"cat x"_s; }));
 }
 
 TEST_F(ChatScrollViewAccessibleTest, TheElementUnderAPointIsTheRowDrawnThere)

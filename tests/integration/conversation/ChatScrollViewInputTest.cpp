@@ -8,6 +8,8 @@
 #include <QToolButton>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -95,7 +97,7 @@ TEST_F(ChatScrollViewInputTest, PagesScrollAndTakeTheFocusAlong)
 
 TEST_F(ChatScrollViewInputTest, PagesReadARowThatIsTallerThanTheWindow)
 {
-    say(Role::assistant, QStringLiteral("A line.\n\n").repeated(200));
+    say(Role::assistant, u"A line.\n\n"_s.repeated(200));
     showWithFocus();
     press(Qt::Key_Home);
     const int top = offset();
@@ -126,22 +128,22 @@ TEST_F(ChatScrollViewInputTest, ControlCCopiesTheRow)
 
 TEST_F(ChatScrollViewInputTest, ReturnOffersCopyAndReadAgain)
 {
-    say(Role::assistant, QStringLiteral("The answer"));
+    say(Role::assistant, u"The answer"_s);
     showWithFocus();
     press(Qt::Key_Return);
     ASSERT_NE(menu(), nullptr);
     const auto offered = menu()->actions();
     ASSERT_EQ(offered.size(), 2);
-    EXPECT_EQ(offered[0]->text(), QStringLiteral("Copy"));
-    EXPECT_EQ(offered[1]->text(), QStringLiteral("Read again"));
+    EXPECT_EQ(offered[0]->text(), u"Copy"_s);
+    EXPECT_EQ(offered[1]->text(), u"Read again"_s);
     offered[1]->trigger();
     menu()->close();
-    EXPECT_EQ(announcer.spoken, QStringList{QStringLiteral("The answer")});
+    EXPECT_EQ(announcer.spoken, QStringList{u"The answer"_s});
 }
 
 TEST_F(ChatScrollViewInputTest, SpaceAndTheContextMenuOfferTheSame)
 {
-    say(Role::assistant, QStringLiteral("The answer"));
+    say(Role::assistant, u"The answer"_s);
     showWithFocus();
     press(Qt::Key_Space);
     ASSERT_NE(menu(), nullptr);
@@ -156,27 +158,27 @@ TEST_F(ChatScrollViewInputTest, SpaceAndTheContextMenuOfferTheSame)
 
 TEST_F(ChatScrollViewInputTest, TheMenuOpensTheRowsLinks)
 {
-    say(Role::assistant, QStringLiteral("See [this](https://example.com/a&b) and [that](javascript:x)."));
+    say(Role::assistant, u"See [this](https://example.com/a&b) and [that](javascript:x)."_s);
     showWithFocus();
     press(Qt::Key_Return);
     ASSERT_NE(menu(), nullptr);
     ASSERT_EQ(menu()->actions().size(), 3);
     menu()->actions()[2]->trigger();
     menu()->close();
-    EXPECT_EQ(opened, QStringList{QStringLiteral("https://example.com/a&b")});
+    EXPECT_EQ(opened, QStringList{u"https://example.com/a&b"_s});
 }
 
 TEST_F(ChatScrollViewInputTest, APressOnALinkOpensIt)
 {
-    say(Role::assistant, QStringLiteral("[linked words](https://example.com/)"));
+    say(Role::assistant, u"[linked words](https://example.com/)"_s);
     show();
     QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
-    EXPECT_EQ(opened, QStringList{QStringLiteral("https://example.com/")});
+    EXPECT_EQ(opened, QStringList{u"https://example.com/"_s});
 }
 
 TEST_F(ChatScrollViewInputTest, ALinkInTheUsersOwnTextIsText)
 {
-    say(Role::user, QStringLiteral("[linked words](https://example.com/)"));
+    say(Role::user, u"[linked words](https://example.com/)"_s);
     show();
     QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
     EXPECT_TRUE(opened.isEmpty());
@@ -184,17 +186,17 @@ TEST_F(ChatScrollViewInputTest, ALinkInTheUsersOwnTextIsText)
 
 TEST_F(ChatScrollViewInputTest, ADoubleClickSelectsAWordForCopying)
 {
-    say(Role::assistant, QStringLiteral("several words"));
+    say(Role::assistant, u"several words"_s);
     show();
     QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
-    EXPECT_EQ(view.selectedText(), QStringLiteral("several"));
+    EXPECT_EQ(view.selectedText(), u"several"_s);
     view.copy();
-    EXPECT_EQ(clipboard(), QStringLiteral("several"));
+    EXPECT_EQ(clipboard(), u"several"_s);
 }
 
 TEST_F(ChatScrollViewInputTest, SelectAllTakesTheWholeRowAcrossItsSegments)
 {
-    const QString text = QStringLiteral("token ").repeated(3000).trimmed();
+    const QString text = u"token "_s.repeated(3000).trimmed();
     say(Role::user, text);
     showWithFocus();
     press(Qt::Key_A, Qt::ControlModifier);
@@ -203,17 +205,17 @@ TEST_F(ChatScrollViewInputTest, SelectAllTakesTheWholeRowAcrossItsSegments)
 
 TEST_F(ChatScrollViewInputTest, SelectedCodeHasNoFenceLines)
 {
-    say(Role::assistant, QStringLiteral("Before\n\n```sh\nls -l\n```\n\n> after"));
+    say(Role::assistant, u"Before\n\n```sh\nls -l\n```\n\n> after"_s);
     showWithFocus();
     press(Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(view.selectedText(), QStringLiteral("Before\nls -l\nafter"));
+    EXPECT_EQ(view.selectedText(), u"Before\nls -l\nafter"_s);
 }
 
 TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTab)
 {
-    say(Role::assistant, QStringLiteral("```\none\n```"));
-    say(Role::user, QStringLiteral("and"));
-    say(Role::assistant, QStringLiteral("```\ntwo\n```"));
+    say(Role::assistant, u"```\none\n```"_s);
+    say(Role::user, u"and"_s);
+    say(Role::assistant, u"```\ntwo\n```"_s);
     showWithFocus();
     ASSERT_EQ(view.codeButtons().size(), 2);
     EXPECT_EQ(view.currentRow(), 2);

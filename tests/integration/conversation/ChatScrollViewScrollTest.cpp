@@ -3,6 +3,8 @@
 #include <QScrollBar>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -22,9 +24,8 @@ TEST_F(ChatScrollViewScrollTest, FollowsAnAnswerThatGrows)
     transcript.reset(dialogue(20));
     startAnswer();
     show();
-    for (int i = 0; i < 30; ++i) {
-        transcript.appendToken(QStringLiteral("A line of the answer.\n"));
-    }
+    for (int i = 0; i < 30; ++i)
+        transcript.appendToken(u"A line of the answer.\n"_s);
     settle();
     EXPECT_EQ(remaining(), 0);
 }
@@ -32,11 +33,11 @@ TEST_F(ChatScrollViewScrollTest, FollowsAnAnswerThatGrows)
 TEST_F(ChatScrollViewScrollTest, StaysLockedWhenTheUserScrollsUpByAHundredWhileAnAnswerStreams)
 {
     transcript.reset(dialogue(40));
-    startAnswer(QStringLiteral("Begun. "));
+    startAnswer(u"Begun. "_s);
     show();
     scrollUpFromBottom(100);
     EXPECT_TRUE(view.isNearBottom());
-    transcript.appendToken(QStringLiteral("more\n"));
+    transcript.appendToken(u"more\n"_s);
     settle();
     EXPECT_EQ(remaining(), 0);
 }
@@ -44,14 +45,13 @@ TEST_F(ChatScrollViewScrollTest, StaysLockedWhenTheUserScrollsUpByAHundredWhileA
 TEST_F(ChatScrollViewScrollTest, UnlocksAtThreeHundredAndStaysWhereTheUserLeftIt)
 {
     transcript.reset(dialogue(40));
-    startAnswer(QStringLiteral("Begun. "));
+    startAnswer(u"Begun. "_s);
     show();
     scrollUpFromBottom(300);
     EXPECT_FALSE(view.isNearBottom());
     const int before = offset();
-    for (int i = 0; i < 20; ++i) {
-        transcript.appendToken(QStringLiteral("more\n"));
-    }
+    for (int i = 0; i < 20; ++i)
+        transcript.appendToken(u"more\n"_s);
     settle();
     EXPECT_EQ(offset(), before);
     EXPECT_GT(remaining(), 300);
@@ -71,7 +71,7 @@ TEST_F(ChatScrollViewScrollTest, LocksAgainOnlyWithinEightyPixelsOfTheEnd)
 TEST_F(ChatScrollViewScrollTest, WhatTheUserReadsDoesNotMoveWhenTheAnswerIsFormatted)
 {
     transcript.reset(dialogue(40));
-    startAnswer(QStringLiteral("# Title\n\n- one\n- two\n\n```\ncode\n```\n\n").repeated(20));
+    startAnswer(u"# Title\n\n- one\n- two\n\n```\ncode\n```\n\n"_s.repeated(20));
     show();
     view.setCurrentRow(10);
     const QRect before = view.rowRect(10);
@@ -83,13 +83,12 @@ TEST_F(ChatScrollViewScrollTest, WhatTheUserReadsDoesNotMoveWhenTheAnswerIsForma
 TEST_F(ChatScrollViewScrollTest, WhatTheUserReadsDoesNotMoveWhenTheLogGrowsBelow)
 {
     transcript.reset(dialogue(40));
-    startAnswer(QStringLiteral("Begun."));
+    startAnswer(u"Begun."_s);
     show();
     view.setCurrentRow(10);
     const QRect before = view.rowRect(10);
-    for (int i = 0; i < 50; ++i) {
-        activity.log(QStringLiteral("step"), ActivityStep::Kind::info);
-    }
+    for (int i = 0; i < 50; ++i)
+        activity.log(u"step"_s, ActivityStep::Kind::info);
     settle();
     EXPECT_EQ(view.rowRect(10), before);
 }
@@ -144,10 +143,9 @@ TEST_F(ChatScrollViewScrollTest, ALongAnswerIsLaidOutOnlyWhereItIsSeen)
 {
     startAnswer();
     show();
-    const QString batch = QStringLiteral("token ").repeated(1000);
-    for (int i = 0; i < 100; ++i) {
+    const QString batch = u"token "_s.repeated(1000);
+    for (int i = 0; i < 100; ++i)
         transcript.appendToken(batch);
-    }
     settle();
     EXPECT_EQ(remaining(), 0);
     EXPECT_LT(view.rows().documentCount(), 64);
@@ -185,12 +183,11 @@ TEST_F(ChatScrollViewScrollTest, AnotherConversationOpensAtItsOwnEnd)
 
 TEST_F(ChatScrollViewScrollTest, ThousandsOfStepsStayCheap)
 {
-    say(Role::user, QStringLiteral("Go"));
+    say(Role::user, u"Go"_s);
     startAnswer();
     show();
-    for (int i = 0; i < 5000; ++i) {
-        activity.log(QStringLiteral("Running: step %1").arg(i), ActivityStep::Kind::tool);
-    }
+    for (int i = 0; i < 5000; ++i)
+        activity.log(u"Running: step %1"_s.arg(i), ActivityStep::Kind::tool);
     settle();
     EXPECT_EQ(view.content().count(), 5003);
     EXPECT_EQ(remaining(), 0);

@@ -5,6 +5,8 @@
 #include <QScrollBar>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 ConversationFixture::ConversationFixture()
@@ -26,8 +28,7 @@ QList<ChatMessage> ConversationFixture::dialogue(qsizetype count)
     QList<ChatMessage> messages;
     for (qsizetype i = 0; i < count; ++i) {
         const Role role = i % 2 == 0 ? Role::user : Role::assistant;
-        messages.append(message(role, QStringLiteral("Message %1. ").arg(i) +
-                                          QStringLiteral("Some words. ").repeated(5 + i % 40)));
+        messages.append(message(role, u"Message %1. "_s.arg(i) + u"Some words. "_s.repeated(5 + i % 40)));
     }
     return messages;
 }

@@ -7,9 +7,8 @@
 /// The conversation's tests run on a screen that nobody sees, unless QT_QPA_PLATFORM names another.
 int main(int argc, char **argv)
 {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
     QApplication application(argc, argv);
     QApplication::setStyle(new morvane::MorvaneStyle);
     QApplication::setPalette(morvane::lightPalette());

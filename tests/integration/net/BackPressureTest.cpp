@@ -123,7 +123,7 @@ TEST_F(BackPressureTest, TransferThatBreaksWhilePausedFailsOnceItIsRead)
     stopped = true;
     ASSERT_TRUE(waitUntil([&breaking] { return breaking.openConnections() == 0; }));
     LineReader reader = response.lines();
-    EXPECT_EQ(failureOf(countLines(&reader)), TransportError::Kind::NetworkConnectionLost);
+    EXPECT_EQ(failureOf(countLines(&reader)), TransportError::Kind::networkConnectionLost);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -105,8 +107,8 @@ TEST_F(CancellationTest, WhileConnecting)
         fillers.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
         ::connect(fillers.back(), generic, size);
     }
-    auto handle = scheduler.spawn(
-        client.open(get(QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(ntohs(address.sin_port))))));
+    auto handle =
+        scheduler.spawn(client.open(get(QUrl(u"http://127.0.0.1:%1/"_s.arg(ntohs(address.sin_port))))));
     settle();
     EXPECT_FALSE(handle.done());
     handle.cancel();
@@ -147,10 +149,9 @@ TEST_F(CancellationTest, NoLineIsGivenOnceTheTaskIsCancelled)
         {
             HttpResponse response = co_await std::move(opening);
             LineReader reader = response.lines();
-            while (co_await reader.next()) {
+            while (co_await reader.next())
                 if (++self->count == 5)
                     self->handle->cancel();
-            }
             co_return self->count;
         }
     } reading;
@@ -193,7 +194,7 @@ TEST_F(CancellationTest, ClientThatGoesAwayEndsOpenTransfers)
     ASSERT_TRUE(waitUntil([&] { return reading.done() && waiting.done(); }));
     EXPECT_THROW(reading.result(), TransportError);
     EXPECT_THROW(waiting.result(), TransportError);
-    EXPECT_EQ(failureOf(std::move(unstarted)), TransportError::Kind::ClientClosed);
+    EXPECT_EQ(failureOf(std::move(unstarted)), TransportError::Kind::clientClosed);
     EXPECT_TRUE(waitUntil([&server] { return server.connectionsClosedByPeer() == 2; }));
 }
 

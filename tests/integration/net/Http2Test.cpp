@@ -1,6 +1,8 @@
 #include "integration/net/NetFixture.h"
 #include "support/TlsServer.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -8,15 +10,15 @@ class Http2Test : public NetTest {
 protected:
     static constexpr int lineCount = 500000;
 
-    TestCertificate certificate{QStringLiteral("IP:127.0.0.1")};
-    TlsServer server{TlsServer::Protocol::Http2, certificate};
+    TestCertificate certificate{u"IP:127.0.0.1"_s};
+    TlsServer server{TlsServer::Protocol::http2, certificate};
     HttpClient client2{optionsTrusting(certificate)};
 
     void SetUp() override
     {
         ASSERT_TRUE(server.isRunning());
-        server.addFile(QStringLiteral("lines"), QByteArray("data: 0123456789\n").repeated(lineCount));
-        server.addFile(QStringLiteral("page"), "small");
+        server.addFile(u"lines"_s, QByteArray("data: 0123456789\n").repeated(lineCount));
+        server.addFile(u"page"_s, "small");
     }
 
     static HttpClientOptions optionsTrusting(const TestCertificate &trusted)

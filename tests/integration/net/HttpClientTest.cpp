@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -20,7 +22,7 @@ protected:
     }
     static qsizetype openDescriptors()
     {
-        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
+        return QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size();
     }
 };
 
@@ -187,7 +189,7 @@ TEST_F(HttpClientTest, ManyRequestsAtOnce)
     });
     QList<TaskHandle<FetchResult>> handles;
     for (int i = 0; i < count; ++i)
-        handles.append(scheduler.spawn(client.fetch(get(server.url(QStringLiteral("/%1").arg(i))), 100)));
+        handles.append(scheduler.spawn(client.fetch(get(server.url(u"/%1"_s.arg(i))), 100)));
     for (int i = 0; i < count; ++i) {
         ASSERT_TRUE(waitUntil([&handles, i] { return handles[i].done(); })) << i;
         EXPECT_EQ(handles[i].result().body, "/" + QByteArray::number(i));
@@ -229,7 +231,7 @@ TEST_F(HttpClientTest, DecompressedSizeIsWhatTheLimitMeans)
         return rawHttpResponse(200, compressed, {{"Content-Encoding", "deflate"}});
     }));
     ASSERT_LT(compressed.size(), 100 * 1000);
-    EXPECT_EQ(fetchFailure(get(server.url()), 1000 * 1000), TransportError::Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(server.url()), 1000 * 1000), TransportError::Kind::tooLarge);
     EXPECT_EQ(fetch(get(server.url())).body.size(), 50 * 1000 * 1000);
 }
 
@@ -238,7 +240,7 @@ TEST_F(HttpClientTest, SizeLimitHoldsToTheByte)
     RawHttpServer server(RawHttpServer::answering(
         [](const RawHttpRequest &) { return rawHttpResponse(200, QByteArray(1000, 'x')); }));
     EXPECT_EQ(fetch(get(server.url()), 1000).body.size(), 1000);
-    EXPECT_EQ(fetchFailure(get(server.url()), 999), TransportError::Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(server.url()), 999), TransportError::Kind::tooLarge);
 }
 
 TEST_F(HttpClientTest, SizeLimitStopsAnEndlessTransfer)
@@ -251,7 +253,7 @@ TEST_F(HttpClientTest, SizeLimitStopsAnEndlessTransfer)
         }
         closed = true;
     });
-    EXPECT_EQ(fetchFailure(get(server.url()), 1000 * 1000), TransportError::Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(server.url()), 1000 * 1000), TransportError::Kind::tooLarge);
     EXPECT_TRUE(waitUntil([&closed] { return closed.load(); }));
 }
 
@@ -262,7 +264,7 @@ TEST_F(HttpClientTest, SizeLimitHoldsForABodyThatCameBeforeItWasAskedFor)
     auto opening = scheduler.spawn(client.open(get(server.url())));
     ASSERT_TRUE(waitUntil([&opening] { return opening.done(); }));
     HttpResponse response = opening.result();
-    EXPECT_EQ(failureOf(response.body(999)), TransportError::Kind::TooLarge);
+    EXPECT_EQ(failureOf(response.body(999)), TransportError::Kind::tooLarge);
 }
 
 TEST_F(HttpClientTest, LargeBodyArrivesWholeAfterTheHead)
@@ -292,9 +294,9 @@ TEST_F(HttpClientTest, LoopbackIsNeverAskedThroughAProxyAndOthersAre)
     qunsetenv("no_proxy");
     EXPECT_EQ(fetch(get(server.url())).body, "direct");
     QUrl named = server.url();
-    named.setHost(QStringLiteral("localhost"));
+    named.setHost(u"localhost"_s);
     EXPECT_EQ(fetch(get(named)).body, "direct");
-    EXPECT_EQ(fetch(get(QUrl(QStringLiteral("http://example.test/page")))).body, "proxy");
+    EXPECT_EQ(fetch(get(QUrl(u"http://example.test/page"_s))).body, "proxy");
     qunsetenv("http_proxy");
     EXPECT_EQ(proxy.requests().size(), 1);
     EXPECT_EQ(proxy.requests().value(0).target, "http://example.test/page");
@@ -305,8 +307,8 @@ TEST_F(HttpClientTest, UserNameAndPasswordOfTheAddressAreSent)
     RawHttpServer server(
         RawHttpServer::answering([](const RawHttpRequest &) { return rawHttpResponse(200, "ok"); }));
     QUrl url = server.url();
-    url.setUserName(QStringLiteral("user"));
-    url.setPassword(QStringLiteral("secret"));
+    url.setUserName(u"user"_s);
+    url.setPassword(u"secret"_s);
     fetch(get(url));
     EXPECT_EQ(server.requests().value(0).headers.value("Authorization"),
               "Basic " + QByteArray("user:secret").toBase64());
@@ -315,7 +317,7 @@ TEST_F(HttpClientTest, UserNameAndPasswordOfTheAddressAreSent)
 TEST_F(HttpClientTest, NoThreadBeforeTheFirstRequest)
 {
     const auto threads = [] {
-        return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+        return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
     };
     const auto before = threads();
     HttpClient idle;

@@ -88,7 +88,7 @@ TEST_F(LineReaderTest, LineAboveTheLimitIsAnErrorAfterTheLinesBefore)
     request.maximumLineBytes = 4999;
     const Lines result = linesOf(request);
     EXPECT_EQ(result.lines, (QList<QByteArray>{"first", "second"}));
-    EXPECT_EQ(result.error, TransportError::Kind::TooLarge);
+    EXPECT_EQ(result.error, TransportError::Kind::tooLarge);
     EXPECT_TRUE(waitUntil([&server] { return server.connectionsClosedByPeer() == 1; }));
 }
 
@@ -113,7 +113,7 @@ TEST_F(LineReaderTest, EndlessLineEndsAtItsLimit)
     });
     const Lines result = linesOf(get(server.url()));
     EXPECT_TRUE(result.lines.isEmpty());
-    EXPECT_EQ(result.error, TransportError::Kind::TooLarge);
+    EXPECT_EQ(result.error, TransportError::Kind::tooLarge);
     EXPECT_GE(server.sentBytes(), 16 * 1024 * 1024);
 }
 

@@ -6,6 +6,8 @@
 #include <dlfcn.h>
 #include <netdb.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr const char *stalledName = "stalled.test";
@@ -43,7 +45,7 @@ protected:
         EXPECT_TRUE(waitUntil([] { return lookupsUnderWay == 0; }));
     }
 
-    static HttpRequest stalled() { return get(QUrl(QStringLiteral("http://stalled.test/"))); }
+    static HttpRequest stalled() { return get(QUrl(u"http://stalled.test/"_s)); }
 };
 
 TEST_F(NameLookupTest, CancellationDoesNotWaitForTheNameServer)
@@ -63,7 +65,7 @@ TEST_F(NameLookupTest, LookupThatHangsTimesOut)
 {
     HttpRequest request = stalled();
     request.connectLimit = std::chrono::milliseconds(150);
-    EXPECT_EQ(fetchFailure(request), TransportError::Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(request), TransportError::Kind::timedOut);
     EXPECT_EQ(lookupsUnderWay, 1);
 }
 

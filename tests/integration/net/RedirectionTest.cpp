@@ -1,5 +1,7 @@
 #include "integration/net/NetFixture.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -14,7 +16,7 @@ protected:
 
     HttpRequest from(int status, const QByteArray &method = "GET", const QByteArray &body = {})
     {
-        HttpRequest request = get(server.url(QStringLiteral("/from/%1").arg(status)));
+        HttpRequest request = get(server.url(u"/from/%1"_s.arg(status)));
         request.method = method;
         request.body = body;
         return request;
@@ -51,7 +53,7 @@ TEST_F(RedirectionTest, PostBecomesAGetWhereTheRequestAllowsIt)
 {
     for (const int status : {301, 302, 303}) {
         HttpRequest request = from(status, "POST", "payload");
-        request.redirects = RedirectRule::AllowGet;
+        request.redirects = RedirectRule::allowGet;
         EXPECT_EQ(fetch(request).body, "GET ") << status;
     }
     EXPECT_FALSE(server.requests().last().headers.contains("Content-Length"));
@@ -60,17 +62,16 @@ TEST_F(RedirectionTest, PostBecomesAGetWhereTheRequestAllowsIt)
 TEST_F(RedirectionTest, NothingIsFollowedWhereTheRequestForbidsIt)
 {
     HttpRequest request = from(302);
-    request.redirects = RedirectRule::None;
+    request.redirects = RedirectRule::none;
     EXPECT_EQ(fetch(request).status, 302);
     EXPECT_EQ(server.requests().size(), 1);
 }
 
 TEST_F(RedirectionTest, EndlessRedirectsEnd)
 {
-    RawHttpServer circle(RawHttpServer::answering([](const RawHttpRequest &) {
-        return rawHttpResponse(302, "", {{"Location", "/again"}});
-    }));
-    EXPECT_EQ(fetchFailure(get(circle.url())), TransportError::Kind::TooManyRedirects);
+    RawHttpServer circle(RawHttpServer::answering(
+        [](const RawHttpRequest &) { return rawHttpResponse(302, "", {{"Location", "/again"}}); }));
+    EXPECT_EQ(fetchFailure(get(circle.url())), TransportError::Kind::tooManyRedirects);
     EXPECT_EQ(circle.requests().size(), 21);
 }
 
@@ -79,7 +80,7 @@ TEST_F(RedirectionTest, OtherSchemesAreNotFollowed)
     RawHttpServer trap(RawHttpServer::answering([](const RawHttpRequest &) {
         return rawHttpResponse(302, "", {{"Location", "file:///etc/passwd"}});
     }));
-    EXPECT_EQ(fetchFailure(get(trap.url())), TransportError::Kind::InvalidUrl);
+    EXPECT_EQ(fetchFailure(get(trap.url())), TransportError::Kind::invalidUrl);
 }
 
 TEST_F(RedirectionTest, KeysDoNotReachAnotherOrigin)

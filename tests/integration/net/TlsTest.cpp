@@ -1,6 +1,8 @@
 #include "integration/net/NetFixture.h"
 #include "support/TlsServer.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -8,7 +10,7 @@ using Kind = TransportError::Kind;
 
 class TlsTest : public NetTest {
 protected:
-    TestCertificate certificate{QStringLiteral("IP:127.0.0.1")};
+    TestCertificate certificate{u"IP:127.0.0.1"_s};
 
     void SetUp() override { ASSERT_TRUE(certificate.isMade()); }
 
@@ -22,23 +24,23 @@ protected:
 
 TEST_F(TlsTest, TrustedServerAnswers)
 {
-    TlsServer server(TlsServer::Protocol::Http1, certificate);
+    TlsServer server(TlsServer::Protocol::http1, certificate);
     ASSERT_TRUE(server.isRunning());
-    server.addFile(QStringLiteral("page"), rawHttpResponse(200, "secret"));
+    server.addFile(u"page"_s, rawHttpResponse(200, "secret"));
     HttpClient trustful(trusting(certificate));
     EXPECT_EQ(runTask(scheduler, trustful.fetch(get(server.url("page")), ampleBytes)).body, "secret");
 }
 
 TEST_F(TlsTest, CertificateThatNobodyVouchesForIsRefused)
 {
-    TlsServer server(TlsServer::Protocol::Http1, certificate);
+    TlsServer server(TlsServer::Protocol::http1, certificate);
     ASSERT_TRUE(server.isRunning());
-    server.addFile(QStringLiteral("page"), rawHttpResponse(200, "secret"));
+    server.addFile(u"page"_s, rawHttpResponse(200, "secret"));
     try {
         fetch(get(server.url("page")));
         FAIL() << "the certificate was accepted";
     } catch (const TransportError &error) {
-        EXPECT_EQ(error.kind(), Kind::TlsFailure);
+        EXPECT_EQ(error.kind(), Kind::tlsFailure);
         EXPECT_FALSE(error.isConnectionFailure());
         EXPECT_TRUE(error.description().contains("certificate")) << error.what();
     }
@@ -46,12 +48,12 @@ TEST_F(TlsTest, CertificateThatNobodyVouchesForIsRefused)
 
 TEST_F(TlsTest, CertificateForAnotherNameIsRefused)
 {
-    TestCertificate other(QStringLiteral("DNS:other.test"));
+    TestCertificate other(u"DNS:other.test"_s);
     ASSERT_TRUE(other.isMade());
-    TlsServer server(TlsServer::Protocol::Http1, other);
+    TlsServer server(TlsServer::Protocol::http1, other);
     ASSERT_TRUE(server.isRunning());
     HttpClient trustful(trusting(other));
-    EXPECT_EQ(failureOf(trustful.fetch(get(server.url("page")), ampleBytes)), Kind::TlsFailure);
+    EXPECT_EQ(failureOf(trustful.fetch(get(server.url("page")), ampleBytes)), Kind::tlsFailure);
 }
 
 TEST_F(TlsTest, ServerWithoutTlsIsATlsFailure)
@@ -61,8 +63,8 @@ TEST_F(TlsTest, ServerWithoutTlsIsATlsFailure)
         connection.waitUntilClosedByPeer();
     });
     QUrl url = server.url();
-    url.setScheme(QStringLiteral("https"));
-    EXPECT_EQ(fetchFailure(get(url)), Kind::TlsFailure);
+    url.setScheme(u"https"_s);
+    EXPECT_EQ(fetchFailure(get(url)), Kind::tlsFailure);
 }
 
 TEST_F(TlsTest, ConnectionThatEndsInTheHandshakeIsLost)
@@ -72,29 +74,29 @@ TEST_F(TlsTest, ConnectionThatEndsInTheHandshakeIsLost)
         connection.reset();
     });
     QUrl url = resetting.url();
-    url.setScheme(QStringLiteral("https"));
-    EXPECT_EQ(fetchFailure(get(url)), Kind::NetworkConnectionLost);
+    url.setScheme(u"https"_s);
+    EXPECT_EQ(fetchFailure(get(url)), Kind::networkConnectionLost);
     RawHttpServer closing([](RawHttpConnection &connection) { connection.waitForBytes(); });
     url.setPort(closing.port());
-    EXPECT_EQ(fetchFailure(get(url)), Kind::NetworkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(url)), Kind::networkConnectionLost);
 }
 
 TEST_F(TlsTest, SilenceInTheHandshakeTimesOut)
 {
     RawHttpServer server([](RawHttpConnection &connection) { connection.waitUntilClosedByPeer(); });
     HttpRequest request = get(server.url());
-    request.url.setScheme(QStringLiteral("https"));
+    request.url.setScheme(u"https"_s);
     request.silenceLimit = std::chrono::milliseconds(150);
-    EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(request), Kind::timedOut);
 }
 
 TEST_F(TlsTest, TruncatedBodyIsALostConnection)
 {
-    TlsServer server(TlsServer::Protocol::Http1, certificate);
+    TlsServer server(TlsServer::Protocol::http1, certificate);
     ASSERT_TRUE(server.isRunning());
-    server.addFile(QStringLiteral("page"), rawHttpHead(200, {{"Content-Length", "100"}}) + "short");
+    server.addFile(u"page"_s, rawHttpHead(200, {{"Content-Length", "100"}}) + "short");
     HttpClient trustful(trusting(certificate));
-    EXPECT_EQ(failureOf(trustful.fetch(get(server.url("page")), ampleBytes)), Kind::NetworkConnectionLost);
+    EXPECT_EQ(failureOf(trustful.fetch(get(server.url("page")), ampleBytes)), Kind::networkConnectionLost);
 }
 
 } // namespace

@@ -4,6 +4,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -51,16 +53,16 @@ protected:
 
 TEST_F(TransportFailureTest, RefusedPort)
 {
-    const QUrl url(QStringLiteral("http://127.0.0.1:%1/").arg(portWithoutListener()));
-    EXPECT_EQ(fetchFailure(get(url)), Kind::CannotConnectToHost);
-    EXPECT_EQ(failureOf(client.open(get(url))), Kind::CannotConnectToHost);
+    const QUrl url(u"http://127.0.0.1:%1/"_s.arg(portWithoutListener()));
+    EXPECT_EQ(fetchFailure(get(url)), Kind::cannotConnectToHost);
+    EXPECT_EQ(failureOf(client.open(get(url))), Kind::cannotConnectToHost);
 }
 
 TEST_F(TransportFailureTest, UnresolvedHostIsAConnectionFailure)
 {
     // ".invalid" never resolves; without any network that is the reason that is told.
-    const auto kind = fetchFailure(get(QUrl(QStringLiteral("http://morvane-test.invalid/"))));
-    EXPECT_TRUE(kind == Kind::UnresolvedHost || kind == Kind::NotConnectedToInternet);
+    const auto kind = fetchFailure(get(QUrl(u"http://morvane-test.invalid/"_s)));
+    EXPECT_TRUE(kind == Kind::unresolvedHost || kind == Kind::notConnectedToInternet);
     EXPECT_TRUE(TransportError(*kind).isConnectionFailure());
 }
 
@@ -69,8 +71,8 @@ TEST_F(TransportFailureTest, ContentLengthThatIsNotReachedIsALostConnection)
     RawHttpServer server(sendAndClose(rawHttpHead(200, {{"Content-Length", "100"}}) + "one\ntwo\nthr"));
     const Lines result = linesOf(get(server.url()));
     EXPECT_EQ(result.lines, (QList<QByteArray>{"one", "two"}));
-    EXPECT_EQ(result.error, Kind::NetworkConnectionLost);
-    EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost);
+    EXPECT_EQ(result.error, Kind::networkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(server.url())), Kind::networkConnectionLost);
 }
 
 TEST_F(TransportFailureTest, ChunkedBodyWithoutItsEndIsALostConnection)
@@ -80,7 +82,7 @@ TEST_F(TransportFailureTest, ChunkedBodyWithoutItsEndIsALostConnection)
         RawHttpServer server(sendAndClose(head + body));
         const Lines result = linesOf(get(server.url()));
         EXPECT_EQ(result.lines, QList<QByteArray>{"one"}) << body;
-        EXPECT_EQ(result.error, Kind::NetworkConnectionLost) << body;
+        EXPECT_EQ(result.error, Kind::networkConnectionLost) << body;
     }
 }
 
@@ -89,7 +91,7 @@ TEST_F(TransportFailureTest, TruncationIsSeenEveryTime)
     RawHttpServer server(
         sendAndClose(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}) + "6\r\nhello\n\r\n"));
     for (int i = 0; i < 100; ++i)
-        ASSERT_EQ(linesOf(get(server.url())).error, Kind::NetworkConnectionLost) << i;
+        ASSERT_EQ(linesOf(get(server.url())).error, Kind::networkConnectionLost) << i;
 }
 
 TEST_F(TransportFailureTest, BodyWithoutLengthEndsWithTheConnection)
@@ -119,19 +121,19 @@ TEST_F(TransportFailureTest, ResetInMidStreamIsALostConnection)
     EXPECT_EQ(runTask(scheduler, next(&reader)), "one");
     EXPECT_EQ(runTask(scheduler, next(&reader)), "two");
     read = true;
-    EXPECT_EQ(failureOf(next(&reader)), Kind::NetworkConnectionLost);
-    EXPECT_EQ(failureOf(next(&reader)), Kind::NetworkConnectionLost);
+    EXPECT_EQ(failureOf(next(&reader)), Kind::networkConnectionLost);
+    EXPECT_EQ(failureOf(next(&reader)), Kind::networkConnectionLost);
 }
 
 TEST_F(TransportFailureTest, ConnectionEndedWithoutAnAnswerIsLost)
 {
     RawHttpServer closing([](RawHttpConnection &connection) { connection.readRequest(); });
-    EXPECT_EQ(fetchFailure(get(closing.url())), Kind::NetworkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(closing.url())), Kind::networkConnectionLost);
     RawHttpServer resetting([](RawHttpConnection &connection) {
         connection.readRequest();
         connection.reset();
     });
-    EXPECT_EQ(fetchFailure(get(resetting.url())), Kind::NetworkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(resetting.url())), Kind::networkConnectionLost);
 }
 
 TEST_F(TransportFailureTest, HeadThatBreaksOffIsALostConnection)
@@ -139,42 +141,42 @@ TEST_F(TransportFailureTest, HeadThatBreaksOffIsALostConnection)
     for (const char *head : {"HTTP/1.1 200 OK\r\nContent-Le", "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n",
                              "HTTP/1.1 200 OK\r\n", "HTTP/1.1 20"}) {
         RawHttpServer server(sendAndClose(head));
-        EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost) << head;
-        EXPECT_EQ(failureOf(client.open(get(server.url()))), Kind::NetworkConnectionLost) << head;
+        EXPECT_EQ(fetchFailure(get(server.url())), Kind::networkConnectionLost) << head;
+        EXPECT_EQ(failureOf(client.open(get(server.url()))), Kind::networkConnectionLost) << head;
     }
 }
 
 TEST_F(TransportFailureTest, WhatIsNoHttpIsMalformed)
 {
     RawHttpServer other(sendAndClose("220 mail.example ESMTP ready\r\n"));
-    EXPECT_EQ(fetchFailure(get(other.url())), Kind::MalformedResponse);
+    EXPECT_EQ(fetchFailure(get(other.url())), Kind::malformedResponse);
     RawHttpServer binary(sendAndClose(QByteArray(1000, '\0')));
-    EXPECT_EQ(fetchFailure(get(binary.url())), Kind::MalformedResponse);
+    EXPECT_EQ(fetchFailure(get(binary.url())), Kind::malformedResponse);
 }
 
 TEST_F(TransportFailureTest, BrokenChunksAndCompressionAreMalformed)
 {
     RawHttpServer chunks(
         sendAndClose(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}) + "zz\r\nhello\r\n0\r\n\r\n"));
-    EXPECT_EQ(fetchFailure(get(chunks.url())), Kind::MalformedResponse);
+    EXPECT_EQ(fetchFailure(get(chunks.url())), Kind::malformedResponse);
     RawHttpServer compressed(
         sendAndClose(rawHttpResponse(200, "this is no gzip", {{"Content-Encoding", "gzip"}})));
-    EXPECT_EQ(fetchFailure(get(compressed.url())), Kind::MalformedResponse);
+    EXPECT_EQ(fetchFailure(get(compressed.url())), Kind::malformedResponse);
 }
 
 TEST_F(TransportFailureTest, HeadersAboveTheLimitAreTooLarge)
 {
     RawHttpServer oneLine(sendAndStall("HTTP/1.1 200 OK\r\nX: " + QByteArray(1000 * 1000, 'x')));
-    EXPECT_EQ(fetchFailure(get(oneLine.url())), Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(oneLine.url())), Kind::tooLarge);
     RawHttpServer manyLines(
         sendAndStall("HTTP/1.1 200 OK\r\n" + QByteArray("X: 0123456789\r\n").repeated(100000)));
-    EXPECT_EQ(fetchFailure(get(manyLines.url())), Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(manyLines.url())), Kind::tooLarge);
     RawHttpServer interim([](RawHttpConnection &connection) {
         connection.readRequest();
         while (connection.send("HTTP/1.1 100 Continue\r\n\r\n")) {
         }
     });
-    EXPECT_EQ(fetchFailure(get(interim.url())), Kind::TooLarge);
+    EXPECT_EQ(fetchFailure(get(interim.url())), Kind::tooLarge);
 }
 
 TEST_F(TransportFailureTest, ManyHeadersBelowTheLimitAreRead)
@@ -193,15 +195,15 @@ TEST_F(TransportFailureTest, LineEndsInRequestHeadersAreRefused)
     for (const char *value : {"a\r\nX-Injected: 1", "a\nb", "a\rb", "key\n"}) {
         HttpRequest request = get(server.url());
         request.headers.set("Authorization", value);
-        EXPECT_EQ(fetchFailure(request), Kind::InvalidRequest) << value;
-        EXPECT_EQ(failureOf(client.open(request)), Kind::InvalidRequest) << value;
+        EXPECT_EQ(fetchFailure(request), Kind::invalidRequest) << value;
+        EXPECT_EQ(failureOf(client.open(request)), Kind::invalidRequest) << value;
     }
     HttpRequest named = get(server.url());
     named.headers.set("X-A: b\r\nX-Injected", "1");
-    EXPECT_EQ(fetchFailure(named), Kind::InvalidRequest);
+    EXPECT_EQ(fetchFailure(named), Kind::invalidRequest);
     HttpRequest method = get(server.url());
     method.method = "GET / HTTP/1.1\r\nX-Injected: 1\r\n";
-    EXPECT_EQ(fetchFailure(method), Kind::InvalidRequest);
+    EXPECT_EQ(fetchFailure(method), Kind::invalidRequest);
     EXPECT_EQ(server.acceptedConnections(), 0);
 }
 
@@ -209,14 +211,14 @@ TEST_F(TransportFailureTest, AddressesThatAreNoHttpAreRefused)
 {
     for (const char *url : {"", "no scheme", "ftp://127.0.0.1/", "file:///etc/passwd", "http://", "http:///x",
                             "dict://127.0.0.1:1/"}) {
-        EXPECT_EQ(fetchFailure(get(QUrl(QString::fromLatin1(url)))), Kind::InvalidUrl) << url;
+        EXPECT_EQ(fetchFailure(get(QUrl(QString::fromLatin1(url)))), Kind::invalidUrl) << url;
     }
 }
 
 TEST_F(TransportFailureTest, SilenceBeforeTheHeadTimesOut)
 {
     RawHttpServer server(sendAndStall(""));
-    EXPECT_EQ(failureOf(client.open(impatient(server.url()))), Kind::TimedOut);
+    EXPECT_EQ(failureOf(client.open(impatient(server.url()))), Kind::timedOut);
     EXPECT_TRUE(waitUntil([&server] { return server.connectionsClosedByPeer() == 1; }));
 }
 
@@ -225,22 +227,22 @@ TEST_F(TransportFailureTest, SilenceInTheBodyTimesOut)
     RawHttpServer server(sendAndStall(rawHttpHead(200, {{"Content-Length", "50000000"}}) + "one\ntw"));
     const Lines result = linesOf(impatient(server.url()));
     EXPECT_EQ(result.lines, QList<QByteArray>{"one"});
-    EXPECT_EQ(result.error, Kind::TimedOut);
-    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::TimedOut);
+    EXPECT_EQ(result.error, Kind::timedOut);
+    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::timedOut);
 }
 
 TEST_F(TransportFailureTest, LargeBodyThatStallsTimesOut)
 {
     RawHttpServer server(
         sendAndStall(rawHttpHead(200, {{"Content-Length", "50000000"}}) + QByteArray(30 * 1000 * 1000, 'x')));
-    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(impatient(server.url())), Kind::timedOut);
 }
 
 TEST_F(TransportFailureTest, LargeBodyThatEndsEarlyIsALostConnection)
 {
     RawHttpServer server(
         sendAndClose(rawHttpHead(200, {{"Content-Length", "50000000"}}) + QByteArray(49 * 1000 * 1000, 'x')));
-    EXPECT_EQ(fetchFailure(get(server.url())), Kind::NetworkConnectionLost);
+    EXPECT_EQ(fetchFailure(get(server.url())), Kind::networkConnectionLost);
 }
 
 TEST_F(TransportFailureTest, ServerThatDoesNotTakeTheUploadTimesOut)
@@ -249,7 +251,7 @@ TEST_F(TransportFailureTest, ServerThatDoesNotTakeTheUploadTimesOut)
     HttpRequest request = impatient(server.url());
     request.method = "POST";
     request.body = QByteArray(50 * 1000 * 1000, 'x');
-    EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(request), Kind::timedOut);
 }
 
 TEST_F(TransportFailureTest, UploadThatIsTakenSlowlyIsNoSilence)
@@ -310,9 +312,9 @@ TEST_F(TransportFailureTest, ConnectionThatNobodyAcceptsTimesOut)
         fillers.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
         ::connect(fillers.back(), generic, size);
     }
-    HttpRequest request = get(QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(ntohs(address.sin_port))));
+    HttpRequest request = get(QUrl(u"http://127.0.0.1:%1/"_s.arg(ntohs(address.sin_port))));
     request.connectLimit = 200ms;
-    EXPECT_EQ(fetchFailure(request), Kind::TimedOut);
+    EXPECT_EQ(fetchFailure(request), Kind::timedOut);
     for (const int filler : fillers)
         ::close(filler);
     ::close(listener);

@@ -7,9 +7,8 @@
 int main(int argc, char **argv)
 {
     testing::InitGoogleMock(&argc, argv);
-    if (testing::GTEST_FLAG(list_tests)) {
+    if (testing::GTEST_FLAG(list_tests))
         return RUN_ALL_TESTS();
-    }
     const morvane::PrivateDesktop desktop;
     desktop.adopt();
     QApplication application(argc, argv);

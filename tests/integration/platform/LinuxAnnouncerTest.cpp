@@ -8,6 +8,8 @@
 #include <QWidget>
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -23,7 +25,7 @@ class LinuxAnnouncerTest : public testing::Test {
 protected:
     LinuxAnnouncerTest()
     {
-        m_window.setWindowTitle(QStringLiteral("Announcing window"));
+        m_window.setWindowTitle(u"Announcing window"_s);
         m_window.show();
     }
 
@@ -42,11 +44,10 @@ TEST_F(LinuxAnnouncerTest, AReaderThatKnowsAnnouncementsHearsThemOnce)
     const AnnouncementRecorder reader(m_bus, Hearing::announcements);
     LinuxAnnouncer announcer;
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
-    announcer.announce(QStringLiteral("Morvane is responding."));
-    announcer.announce(QStringLiteral("Done."));
-    ASSERT_TRUE(reader.hears(QStringLiteral("Done.")));
-    EXPECT_THAT(reader.heard(),
-                ElementsAre(QStringLiteral("Morvane is responding."), QStringLiteral("Done.")));
+    announcer.announce(u"Morvane is responding."_s);
+    announcer.announce(u"Done."_s);
+    ASSERT_TRUE(reader.hears(u"Done."_s));
+    EXPECT_THAT(reader.heard(), ElementsAre(u"Morvane is responding."_s, u"Done."_s));
     m_bus.deregisterEvents();
 }
 
@@ -55,11 +56,10 @@ TEST_F(LinuxAnnouncerTest, AnOlderReaderHearsNotificationsInstead)
     const AnnouncementRecorder reader(m_bus, Hearing::notifications);
     LinuxAnnouncer announcer;
     ASSERT_TRUE(needsBecome({.announcements = false, .notifications = true}));
-    announcer.announce(QStringLiteral("Morvane is responding."));
-    announcer.announce(QStringLiteral("Done."));
-    ASSERT_TRUE(reader.hears(QStringLiteral("Done.")));
-    EXPECT_THAT(reader.heard(),
-                ElementsAre(QStringLiteral("Morvane is responding."), QStringLiteral("Done.")));
+    announcer.announce(u"Morvane is responding."_s);
+    announcer.announce(u"Done."_s);
+    ASSERT_TRUE(reader.hears(u"Done."_s));
+    EXPECT_THAT(reader.heard(), ElementsAre(u"Morvane is responding."_s, u"Done."_s));
     m_bus.deregisterEvents();
 }
 
@@ -72,7 +72,7 @@ TEST_F(LinuxAnnouncerTest, ABurstKeepsItsOrderAndLosesNothing)
         ASSERT_TRUE(needsBecome({.announcements = isModern, .notifications = !isModern}));
         QStringList said;
         for (int i = 0; i < 50; ++i) {
-            said.append(QStringLiteral("Announcement number %1.").arg(i));
+            said.append(u"Announcement number %1."_s.arg(i));
             announcer.announce(said.constLast());
         }
         ASSERT_TRUE(reader.hearsCount(said.size()));
@@ -83,26 +83,23 @@ TEST_F(LinuxAnnouncerTest, ABurstKeepsItsOrderAndLosesNothing)
 
 TEST_F(LinuxAnnouncerTest, AReaderThatAsksLateStillFindsTheText)
 {
-    m_bus.registerEvent(QStringLiteral("object:state-changed:showing"));
+    m_bus.registerEvent(u"object:state-changed:showing"_s);
     LinuxAnnouncer announcer;
     ASSERT_TRUE(needsBecome({.announcements = false, .notifications = true}));
     QList<AccessibleElement> shown;
     QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &m_window, [&](const QDBusMessage &event) {
         shown.append(AccessibleElement(m_bus, event.service(), event.path()));
     });
-    for (int i = 0; i < 10; ++i) {
-        announcer.announce(QStringLiteral("Text %1").arg(i));
-    }
+    for (int i = 0; i < 10; ++i)
+        announcer.announce(u"Text %1"_s.arg(i));
     ASSERT_TRUE(waitUntil([&] { return shown.size() >= 10; }));
     QStringList names;
-    for (const AccessibleElement &element : shown) {
-        if (element.role() == AccessibleRole::notification) {
+    for (const AccessibleElement &element : shown)
+        if (element.role() == AccessibleRole::notification)
             names.append(element.name());
-        }
-    }
     EXPECT_EQ(names.size(), 10);
-    EXPECT_EQ(names.first(), QStringLiteral("Text 0"));
-    EXPECT_EQ(names.last(), QStringLiteral("Text 9"));
+    EXPECT_EQ(names.first(), u"Text 0"_s);
+    EXPECT_EQ(names.last(), u"Text 9"_s);
     m_bus.deregisterEvents();
 }
 
@@ -110,8 +107,8 @@ TEST_F(LinuxAnnouncerTest, WhatIsSaidBeforeTheReaderIsKnownIsSpokenAfterwards)
 {
     const AnnouncementRecorder reader(m_bus, Hearing::announcements);
     LinuxAnnouncer announcer;
-    announcer.announce(QStringLiteral("Said at once."));
-    EXPECT_TRUE(reader.hears(QStringLiteral("Said at once.")));
+    announcer.announce(u"Said at once."_s);
+    EXPECT_TRUE(reader.hears(u"Said at once."_s));
     m_bus.deregisterEvents();
 }
 
@@ -122,19 +119,19 @@ TEST_F(LinuxAnnouncerTest, WithoutAListenerNothingIsSent)
     QStringList seen;
     QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &m_window,
                      [&](const QDBusMessage &event) { seen.append(event.member()); });
-    announcer.announce(QStringLiteral("Nobody listens."));
+    announcer.announce(u"Nobody listens."_s);
     // What comes next on the same road shows that the first was not sent.
-    m_bus.registerEvent(QStringLiteral("object:announcement"));
+    m_bus.registerEvent(u"object:announcement"_s);
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
-    announcer.announce(QStringLiteral("Now someone does."));
-    ASSERT_TRUE(waitUntil([&] { return seen.contains(QStringLiteral("Announcement")); }));
-    EXPECT_EQ(seen.count(QStringLiteral("Announcement")), 1);
+    announcer.announce(u"Now someone does."_s);
+    ASSERT_TRUE(waitUntil([&] { return seen.contains(u"Announcement"_s); }));
+    EXPECT_EQ(seen.count(u"Announcement"_s), 1);
     m_bus.deregisterEvents();
 }
 
 TEST_F(LinuxAnnouncerTest, AReaderThatGoesIsForgotten)
 {
-    m_bus.registerEvent(QStringLiteral("object:announcement"));
+    m_bus.registerEvent(u"object:announcement"_s);
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
     m_bus.deregisterEvents();
     EXPECT_TRUE(needsBecome({}));
@@ -143,7 +140,7 @@ TEST_F(LinuxAnnouncerTest, AReaderThatGoesIsForgotten)
 TEST_F(LinuxAnnouncerTest, AReaderThatDiesIsForgotten)
 {
     auto dying = std::make_unique<AccessibilityBus>(sessionBus());
-    dying->registerEvent(QStringLiteral("object:announcement"));
+    dying->registerEvent(u"object:announcement"_s);
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
     dying.reset();
     EXPECT_TRUE(needsBecome({}));
@@ -156,9 +153,9 @@ TEST_F(LinuxAnnouncerTest, AModernAndAnOlderReaderAreBothServed)
     const AnnouncementRecorder older(other, Hearing::notifications);
     LinuxAnnouncer announcer;
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = true}));
-    announcer.announce(QStringLiteral("To both."));
-    EXPECT_TRUE(modern.hears(QStringLiteral("To both.")));
-    EXPECT_TRUE(older.hears(QStringLiteral("To both.")));
+    announcer.announce(u"To both."_s);
+    EXPECT_TRUE(modern.hears(u"To both."_s));
+    EXPECT_TRUE(older.hears(u"To both."_s));
     m_bus.deregisterEvents();
     other.deregisterEvents();
     ASSERT_TRUE(needsBecome({}));
@@ -169,30 +166,30 @@ TEST_F(LinuxAnnouncerTest, HostileTextNeitherBreaksTheBusNorTheNextAnnouncement)
     const AnnouncementRecorder reader(m_bus, Hearing::announcements);
     LinuxAnnouncer announcer;
     ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
-    announcer.announce(QStringLiteral("nul") + QChar(0) + QStringLiteral("inside"));
-    announcer.announce(QString(QChar(0xd800)) + QStringLiteral("lone") + QChar(0xdfff));
+    announcer.announce(u"nul"_s + QChar(0) + u"inside"_s);
+    announcer.announce(QString(QChar(0xd800)) + u"lone"_s + QChar(0xdfff));
     announcer.announce(QString(QChar(0xfffe)) + QChar(0xffff));
     announcer.announce(QString());
-    announcer.announce(QStringLiteral("still here"));
-    ASSERT_TRUE(reader.hears(QStringLiteral("still here")));
-    EXPECT_EQ(reader.heard().first(), QStringLiteral("nul inside"));
-    EXPECT_EQ(reader.heard().at(1), QChar(0xfffd) + QStringLiteral("lone") + QChar(0xfffd));
+    announcer.announce(u"still here"_s);
+    ASSERT_TRUE(reader.hears(u"still here"_s));
+    EXPECT_EQ(reader.heard().first(), u"nul inside"_s);
+    EXPECT_EQ(reader.heard().at(1), QChar(0xfffd) + u"lone"_s + QChar(0xfffd));
     EXPECT_TRUE(ScreenReaderWatch::bus().isConnected());
     m_bus.deregisterEvents();
 }
 
 TEST_F(LinuxAnnouncerTest, AVeryLongTextArrivesWholeInOrder)
 {
-    const QString text = QStringLiteral("This is one of a great many sentences. ").repeated(100'000);
+    const QString text = u"This is one of a great many sentences. "_s.repeated(100'000);
     for (const Hearing hearing : {Hearing::announcements, Hearing::notifications}) {
         const AnnouncementRecorder reader(m_bus, hearing);
         LinuxAnnouncer announcer;
         const bool isModern = hearing == Hearing::announcements;
         ASSERT_TRUE(needsBecome({.announcements = isModern, .notifications = !isModern}));
         announcer.announce(text.first(39 * 20'000));
-        announcer.announce(QStringLiteral("the end"));
-        ASSERT_TRUE(reader.hears(QStringLiteral("the end")));
-        EXPECT_EQ(reader.heard().join(QString()), text.first(39 * 20'000) + QStringLiteral("the end"));
+        announcer.announce(u"the end"_s);
+        ASSERT_TRUE(reader.hears(u"the end"_s));
+        EXPECT_EQ(reader.heard().join(QString()), text.first(39 * 20'000) + u"the end"_s);
         m_bus.deregisterEvents();
     }
 }

@@ -16,6 +16,8 @@
 #include <thread>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -23,7 +25,7 @@ using Claim = SingleInstance::Claim;
 
 class LinuxSingleInstanceTest : public testing::Test {
 protected:
-    QString folder() const { return m_folder.filePath(QStringLiteral("Morvane")); }
+    QString folder() const { return m_folder.filePath(u"Morvane"_s); }
 
     /// What a later start gets, while the event loop of the first is served.
     Claim startAgain(const ActivationToken &token)
@@ -61,9 +63,8 @@ TEST_F(LinuxSingleInstanceTest, AStartBeforeTheFirstListensIsNotLost)
 {
     LinuxSingleInstance first(folder());
     ASSERT_EQ(first.claim({}), Claim::first);
-    auto later = std::async(std::launch::async, [this] {
-        return LinuxSingleInstance(folder()).claim({"early", {}});
-    });
+    auto later =
+        std::async(std::launch::async, [this] { return LinuxSingleInstance(folder()).claim({"early", {}}); });
     EXPECT_EQ(later.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     QByteArray startupID;
     first.listen([&](const ActivationToken &token) { startupID = token.startupID; });
@@ -100,7 +101,7 @@ TEST_F(LinuxSingleInstanceTest, ACrashLeavesNothingThatStandsInTheWay)
     ::waitpid(child, nullptr, 0);
     ::close(ready[0]);
     ::close(ready[1]);
-    ASSERT_TRUE(QFileInfo::exists(folder() + QStringLiteral("/instance.socket")));
+    ASSERT_TRUE(QFileInfo::exists(folder() + u"/instance.socket"_s));
 
     LinuxSingleInstance next(folder());
     ASSERT_EQ(next.claim({}), Claim::first);
@@ -114,9 +115,8 @@ TEST_F(LinuxSingleInstanceTest, OfManySimultaneousStartsExactlyOneIsFirst)
 {
     constexpr int starts = 12;
     std::vector<std::unique_ptr<LinuxSingleInstance>> instances;
-    for (int i = 0; i < starts; ++i) {
+    for (int i = 0; i < starts; ++i)
         instances.push_back(std::make_unique<LinuxSingleInstance>(folder()));
-    }
     std::atomic<int> winner = -1;
     std::atomic<int> firsts = 0;
     std::atomic<int> handedOver = 0;
@@ -142,7 +142,7 @@ TEST_F(LinuxSingleInstanceTest, OfManySimultaneousStartsExactlyOneIsFirst)
 
 TEST_F(LinuxSingleInstanceTest, AFolderPathLongerThanASocketAddressWorks)
 {
-    const QString deep = folder() + (QStringLiteral("/") + QString(60, u'x')).repeated(4);
+    const QString deep = folder() + (u"/"_s + QString(60, u'x')).repeated(4);
     LinuxSingleInstance first(deep);
     ASSERT_EQ(first.claim({}), Claim::first);
     int activations = 0;
@@ -179,7 +179,7 @@ TEST_F(LinuxSingleInstanceTest, ConnectionsThatSayNothingDoNotKeepOthersOut)
     std::vector<FileDescriptor> silent;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    const QByteArray path = QFile::encodeName(folder() + QStringLiteral("/instance.socket"));
+    const QByteArray path = QFile::encodeName(folder() + u"/instance.socket"_s);
     ASSERT_LT(size_t(path.size()), sizeof address.sun_path);
     std::copy(path.begin(), path.end(), address.sun_path);
     for (int i = 0; i < 8; ++i) {

@@ -6,6 +6,8 @@
 
 #include <QThread>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -29,7 +31,7 @@ protected:
     }
 };
 
-const QString emptyResponse = QStringLiteral("The AI provider returned an empty response. Please try again.");
+const QString emptyResponse = u"The AI provider returned an empty response. Please try again."_s;
 
 TEST_F(HttpAIServiceTest, DeliversEachPieceInOrderAndTheResult)
 {
@@ -119,9 +121,7 @@ TEST_F(HttpAIServiceTest, SegmentsMayBeCutAnywhereEvenWithinACharacter)
         ScriptedTurn scripted = ScriptedTurn::saying({"é", "日本", "😀 ok"});
         scripted.segmentBytes = bytes;
         const TurnOutcome outcome = turn(scripted);
-        EXPECT_EQ(outcome.pieces,
-                  QStringList({QStringLiteral(u"é"), QStringLiteral(u"日本"), QStringLiteral(u"😀 ok")}))
-            << bytes;
+        EXPECT_EQ(outcome.pieces, QStringList({u"é"_s, u"日本"_s, u"😀 ok"_s})) << bytes;
     }
 }
 
@@ -191,7 +191,7 @@ TEST_F(HttpAIServiceTest, ResetConnectionIsATransportError)
     ScriptedTurn scripted = ScriptedTurn::saying({"a"});
     scripted.steps.push_back(step::Reset{});
     const TurnOutcome outcome = turn(scripted);
-    EXPECT_EQ(outcome.transportError, TransportError::Kind::NetworkConnectionLost);
+    EXPECT_EQ(outcome.transportError, TransportError::Kind::networkConnectionLost);
 }
 
 TEST_F(HttpAIServiceTest, RefusedConnectionIsATransportError)
@@ -204,7 +204,7 @@ TEST_F(HttpAIServiceTest, RefusedConnectionIsATransportError)
     HttpAIService lonely(client, endpointsAt(nobody));
     const auto config = configurationFor(ProviderID::openai);
     EXPECT_EQ(RunningTurn(scheduler, lonely, contextSaying("Hi"), config).wait().transportError,
-              TransportError::Kind::CannotConnectToHost);
+              TransportError::Kind::cannotConnectToHost);
 }
 
 TEST_F(HttpAIServiceTest, PageInsteadOfAStreamIsAnEmptyResponse)
@@ -312,7 +312,7 @@ TEST_F(HttpAIServiceTest, ErrorBodyThatBreaksOffIsATransportError)
     ScriptedTurn scripted;
     scripted.status = 404;
     scripted.steps = {step::Raw{"half"}, step::Reset{}};
-    EXPECT_EQ(turn(scripted).transportError, TransportError::Kind::NetworkConnectionLost);
+    EXPECT_EQ(turn(scripted).transportError, TransportError::Kind::networkConnectionLost);
 }
 
 TEST_F(HttpAIServiceTest, GeminiTurnSpeaksItsOwnDialect)

@@ -4,6 +4,8 @@
 #include "support/RawHttpServer.h"
 #include "support/ScriptedModel.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -30,10 +32,7 @@ protected:
         return load(QString::fromStdString(server.baseURL()), provider, key, baseURL);
     }
 
-    static QString origin(const RawHttpServer &server)
-    {
-        return QStringLiteral("http://127.0.0.1:%1").arg(server.port());
-    }
+    static QString origin(const RawHttpServer &server) { return u"http://127.0.0.1:%1"_s.arg(server.port()); }
 
     /// The value of a header of the only request; "(none)" if it was not sent.
     static std::string header(const ScriptedModel &server, const std::string &name)
@@ -51,7 +50,7 @@ protected:
     HttpClient client;
 };
 
-const QList<CatalogModel> oneModel{{QStringLiteral("m"), std::nullopt}};
+const QList<CatalogModel> oneModel{{u"m"_s, std::nullopt}};
 constexpr auto oneModelReply = R"({"data":[{"id":"m"}]})";
 
 TEST_F(ModelCatalogTest, OpenRouterIsAskedWithoutTheKey)
@@ -157,7 +156,7 @@ TEST_F(ModelCatalogTest, AServerThatIsNotThereGivesNone)
         const ScriptedModel server;
         port = server.port();
     }
-    EXPECT_EQ(load(QStringLiteral("http://127.0.0.1:%1").arg(port), ProviderID::openai), std::nullopt);
+    EXPECT_EQ(load(u"http://127.0.0.1:%1"_s.arg(port), ProviderID::openai), std::nullopt);
 }
 
 TEST_F(ModelCatalogTest, AReplyThatBreaksOffGivesNone)

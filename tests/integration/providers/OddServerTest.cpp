@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <atomic>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -22,7 +24,7 @@ protected:
 
     TurnOutcome turn(const RawHttpServer &server)
     {
-        HttpAIService service(client, endpointsAt(QStringLiteral("http://127.0.0.1:%1").arg(server.port())));
+        HttpAIService service(client, endpointsAt(u"http://127.0.0.1:%1"_s.arg(server.port())));
         return RunningTurn(scheduler, service, contextSaying("Hi"), configurationFor(ProviderID::openai))
             .wait();
     }
@@ -80,7 +82,7 @@ TEST_F(OddServerTest, TruncatedChunkedBodyIsATransportError)
     });
     const TurnOutcome outcome = turn(server);
     EXPECT_EQ(outcome.pieces, QStringList("a"));
-    EXPECT_EQ(outcome.transportError, TransportError::Kind::NetworkConnectionLost);
+    EXPECT_EQ(outcome.transportError, TransportError::Kind::networkConnectionLost);
 }
 
 TEST_F(OddServerTest, EndMarkerEndsTheTurnThoughTheConnectionStaysOpen)
@@ -135,7 +137,7 @@ TEST_F(OddServerTest, LineAboveTheLimitIsATransportError)
         while (connection.send(QByteArray(1024 * 1024, 'x'))) {
         }
     });
-    EXPECT_EQ(turn(server).transportError, TransportError::Kind::TooLarge);
+    EXPECT_EQ(turn(server).transportError, TransportError::Kind::tooLarge);
 }
 
 TEST_F(OddServerTest, StreamWithoutEndIsGivenUpAboveTheLimit)
@@ -147,7 +149,7 @@ TEST_F(OddServerTest, StreamWithoutEndIsGivenUpAboveTheLimit)
         while (connection.send(comment)) {
         }
     });
-    EXPECT_EQ(turn(server).transportError, TransportError::Kind::TooLarge);
+    EXPECT_EQ(turn(server).transportError, TransportError::Kind::tooLarge);
     EXPECT_LT(server.sentBytes(), 300 * 1024 * 1024);
 }
 
@@ -165,7 +167,7 @@ TEST_F(OddServerTest, AnotherReaderOfJsonUnderstandsEveryNumberInABody)
     config.tools = {AITool{"t", "d", SharedJsonObject(boost::json::object{{"maximum", 0.1}})}};
     const QList<APIMessage> context{
         APIMessage{APIMessage::FunctionCall{"c", "f", SharedJsonObject(numbers), {}}}};
-    HttpAIService service(client, endpointsAt(QStringLiteral("http://127.0.0.1:%1").arg(server.port())));
+    HttpAIService service(client, endpointsAt(u"http://127.0.0.1:%1"_s.arg(server.port())));
     EXPECT_EQ(RunningTurn(scheduler, service, context, config).wait().text(), "ok");
 
     const QByteArray check = "import json, sys\n"

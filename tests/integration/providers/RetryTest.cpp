@@ -4,6 +4,8 @@
 #include "support/RawHttpServer.h"
 #include "support/ScriptedModel.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -184,10 +186,10 @@ TEST_F(RetryTest, TransportFailureIsNotRetried)
         connection.readRequest();
         connection.reset();
     });
-    HttpAIService dropped(client, endpointsAt(QStringLiteral("http://127.0.0.1:%1").arg(server.port())));
+    HttpAIService dropped(client, endpointsAt(u"http://127.0.0.1:%1"_s.arg(server.port())));
     const TurnOutcome outcome =
         finish(RunningTurn(scheduler, dropped, contextSaying("Hi"), configurationFor(ProviderID::openai)));
-    EXPECT_EQ(outcome.transportError, TransportError::Kind::NetworkConnectionLost);
+    EXPECT_EQ(outcome.transportError, TransportError::Kind::networkConnectionLost);
     EXPECT_TRUE(delays.empty());
     EXPECT_EQ(server.requests().size(), 1);
 }

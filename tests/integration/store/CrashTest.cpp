@@ -9,6 +9,8 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -17,7 +19,7 @@ class Writer {
 public:
     Writer(const QString &role, const QString &path)
     {
-        m_process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--writer"), role, path});
+        m_process.start(QCoreApplication::applicationFilePath(), {u"--writer"_s, role, path});
     }
 
     /// Waits for the next line that it prints.

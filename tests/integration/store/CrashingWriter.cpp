@@ -12,6 +12,8 @@
 #include <csignal>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -61,11 +63,11 @@ void changeOnceAndDie(const QString &path)
 
 int runCrashingWriter(const QString &role, const QString &path)
 {
-    if (role == QStringLiteral("settings-once"))
+    if (role == u"settings-once"_s)
         changeOnceAndDie(path);
-    if (role == QStringLiteral("settings"))
+    if (role == u"settings"_s)
         changeForever(path);
-    if (role == QStringLiteral("conversations"))
+    if (role == u"conversations"_s)
         saveForever(path);
     return 1;
 }

@@ -15,6 +15,8 @@
 #include <memory>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -24,7 +26,7 @@ const QString stopped = "The command did not finish within 30 seconds and was st
 
 QString exitedWith(int status)
 {
-    return QStringLiteral("The command exited with status %1.\n").arg(status);
+    return u"The command exited with status %1.\n"_s.arg(status);
 }
 
 /// A number that a command has written into a file, or 0 as long as it has not.
@@ -38,7 +40,7 @@ bool isGone(pid_t process)
     if (::kill(process, 0) != 0)
         return errno == ESRCH;
     // Processes of others wait for whoever takes their status.
-    QFile status(QStringLiteral("/proc/%1/stat").arg(process));
+    QFile status(u"/proc/%1/stat"_s.arg(process));
     return !status.open(QIODevice::ReadOnly) || status.readAll().contains(") Z ");
 }
 
@@ -65,10 +67,9 @@ qint64 statusKilobytes(const QByteArray &name)
     QFile file("/proc/self/status");
     if (file.open(QIODevice::ReadOnly)) {
         const QList<QByteArray> lines = file.readAll().split('\n');
-        for (const QByteArray &line : lines) {
+        for (const QByteArray &line : lines)
             if (line.startsWith(name + ':'))
                 return line.sliced(name.size() + 1).simplified().split(' ').first().toLongLong();
-        }
     }
     ADD_FAILURE() << "no " << name.constData();
     return 0;

@@ -5,6 +5,8 @@
 #include "support/RawHttpServer.h"
 #include "tools/BuiltinTools.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -22,14 +24,11 @@ protected:
 
     AIToolCall fetch(const RawHttpServer &server) const
     {
-        return {QStringLiteral("web_fetch"),
-                boost::json::object{{"url", server.url().toString().toStdString()}},
-                {},
-                {}};
+        return {u"web_fetch"_s, boost::json::object{{"url", server.url().toString().toStdString()}}, {}, {}};
     }
 
     HttpClient http;
-    QuietReminders reminders{scheduler, home.path(QStringLiteral("Morvane.conf"))};
+    QuietReminders reminders{scheduler, home.path(u"Morvane.conf"_s)};
     BuiltinTools tools{http, reminders.store};
 };
 
@@ -41,16 +40,16 @@ TEST_F(WebCancellationTest, StoppingTheAgentClosesTheConnectionAndEndsTheRun)
         connection.waitUntilClosedByPeer();
     });
     service.willTurn(Service::calls({fetch(server), fetch(server)}));
-    service.willTurn(Service::answer(QStringLiteral("never said")));
-    ASSERT_TRUE(model->send(QStringLiteral("read it"), {}));
+    service.willTurn(Service::answer(u"never said"_s));
+    ASSERT_TRUE(model->send(u"read it"_s, {}));
     ASSERT_TRUE(waitUntil([&server] { return server.requests().size() == 1; }));
     model->cancel();
     EXPECT_TRUE(waitUntil([&server] { return server.connectionsClosedByPeer() >= 1; }));
     // The second call of the turn is answered without a wait; the task ends with the next turn.
-    EXPECT_TRUE(waitUntil(
-        [this] { return activityTexts().filter(QStringLiteral("The request was cancelled.")).size() == 2; }));
+    EXPECT_TRUE(
+        waitUntil([this] { return activityTexts().filter(u"The request was cancelled."_s).size() == 2; }));
     finishRun();
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
     EXPECT_EQ(lastMessage().text, QString());
 }
 
@@ -59,10 +58,10 @@ TEST_F(WebCancellationTest, APageIsAResultLikeAnyOther)
     RawHttpServer server(RawHttpServer::answering(
         [](const RawHttpRequest &) { return rawHttpResponse(200, "<h1>Fish</h1>"); }));
     service.willTurn(Service::calls({fetch(server)}));
-    service.willTurn(Service::answer(QStringLiteral("It is about fish.")));
-    sendAndFinish(QStringLiteral("read it"));
-    EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().value(0).content, QStringLiteral("Fish"));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("web fetch returned: Fish")));
+    service.willTurn(Service::answer(u"It is about fish."_s));
+    sendAndFinish(u"read it"_s);
+    EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().value(0).content, u"Fish"_s);
+    EXPECT_THAT(activityTexts(), Contains(u"web fetch returned: Fish"_s));
 }
 
 } // namespace

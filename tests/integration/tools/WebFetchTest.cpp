@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -238,7 +240,7 @@ TEST_F(WebFetchTest, ARefusedConnectionFails)
     socklen_t size = sizeof address;
     ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr *>(&address), size), 0);
     ASSERT_EQ(::getsockname(socket, reinterpret_cast<sockaddr *>(&address), &size), 0);
-    const QString unserved = QStringLiteral("http://127.0.0.1:%1/").arg(ntohs(address.sin_port));
+    const QString unserved = u"http://127.0.0.1:%1/"_s.arg(ntohs(address.sin_port));
     EXPECT_EQ(runTask(scheduler, tools->webFetch(unserved)),
               "Fetch failed: The server could not be reached.");
     ::close(socket);

@@ -7,6 +7,8 @@
 
 #include <QUrlQuery>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -200,7 +202,7 @@ TEST_F(WebSearchTest, AnAddressThatIsNoneIsTold)
 TEST_F(WebSearchTest, TheTwoToolsAreCalledByName)
 {
     serveSearch(rawHttpResponse(200, resultPage(1, 0)), rawHttpResponse(200, "<p>a page</p>"));
-    const QString origin = QStringLiteral("http://127.0.0.1:%1").arg(server->port());
+    const QString origin = u"http://127.0.0.1:%1"_s.arg(server->port());
     TemporaryHome home;
     QuietReminders reminders(scheduler, home.path("Morvane.conf"));
     BuiltinTools builtin(client, reminders.store, {origin, origin});

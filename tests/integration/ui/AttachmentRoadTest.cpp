@@ -8,6 +8,8 @@
 #include "support/ScriptedModel.h"
 #include "ui/window/ComposerView.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -36,16 +38,15 @@ protected:
     boost::json::value sent(ProviderID provider, const QString &modelName)
     {
         settings->setProviderID(provider);
-        settings->setApiKey(QStringLiteral("key"));
+        settings->setApiKey(u"key"_s);
         settings->setModel(modelName);
         server.appendTurn(ScriptedTurn::saying({"Seen."}));
-        view->handleFiles({file(QStringLiteral("photo.png"), photo),
-                           file(QStringLiteral("scan.pdf"),
-                                samplePdf({{SamplePage::Kind::scanned, QStringLiteral("Dear reader")}})),
-                           file(QStringLiteral("notes.txt"), "Remember the milk.")});
+        view->handleFiles({file(u"photo.png"_s, photo),
+                           file(u"scan.pdf"_s, samplePdf({{SamplePage::Kind::scanned, u"Dear reader"_s}})),
+                           file(u"notes.txt"_s, "Remember the milk.")});
         EXPECT_TRUE(waitUntil([this] { return view->attachments().processingCount() == 0; }));
         EXPECT_EQ(view->attachments().attachments().size(), 3);
-        EXPECT_TRUE(roadModel->send(QStringLiteral("What is this?"), view->attachments().attachments()));
+        EXPECT_TRUE(roadModel->send(u"What is this?"_s, view->attachments().attachments()));
         EXPECT_TRUE(waitUntil([this] { return !roadModel->isBusy(); }));
         EXPECT_FALSE(server.requests().empty());
         return server.requests().empty() ? boost::json::object() : server.requests().front().json;
@@ -68,8 +69,8 @@ protected:
     ScriptedModel server;
     HttpClient http;
     HttpAIService realService{http, endpointsAt(QString::fromStdString(server.baseURL()))};
-    AttachmentWorkers workers{AttachmentProcessor(ReaderProcess(
-        QCoreApplication::applicationDirPath() + QStringLiteral("/morvane-attachment-reader")))};
+    AttachmentWorkers workers{AttachmentProcessor(
+        ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s))};
     AppServices road{scheduler,
                      *settings,
                      *store,
@@ -92,7 +93,7 @@ protected:
 
 TEST_F(AttachmentRoadTest, GeminiGetsPicturesBeforeTheText)
 {
-    const auto body = sent(ProviderID::gemini, QStringLiteral("gemini-scripted"));
+    const auto body = sent(ProviderID::gemini, u"gemini-scripted"_s);
     const auto &parts = body.at("contents").at(0).at("parts").as_array();
     ASSERT_EQ(parts.size(), 2u);
     EXPECT_EQ(parts.at(0).at("inline_data").at("mime_type").as_string(), "image/png");
@@ -102,7 +103,7 @@ TEST_F(AttachmentRoadTest, GeminiGetsPicturesBeforeTheText)
 
 TEST_F(AttachmentRoadTest, OpenAIGetsPicturesBehindTheText)
 {
-    const auto body = sent(ProviderID::openai, QStringLiteral("scripted"));
+    const auto body = sent(ProviderID::openai, u"scripted"_s);
     const auto &content = body.at("messages").as_array().back().at("content").as_array();
     ASSERT_EQ(content.size(), 2u);
     expectFilesIn(content.at(0).at("text"));
@@ -112,7 +113,7 @@ TEST_F(AttachmentRoadTest, OpenAIGetsPicturesBehindTheText)
 
 TEST_F(AttachmentRoadTest, ModelThatSeesByItsNameGetsThePicture)
 {
-    const auto body = sent(ProviderID::groq, QStringLiteral("some-vision-model"));
+    const auto body = sent(ProviderID::groq, u"some-vision-model"_s);
     EXPECT_EQ(body.at("messages").as_array().back().at("content").as_array().size(), 2u);
 }
 

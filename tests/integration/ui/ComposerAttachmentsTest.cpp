@@ -18,6 +18,8 @@
 #include <QTest>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -30,7 +32,7 @@ protected:
     ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model))
     {
         settings->setProviderID(ProviderID::gemini);
-        settings->setApiKey(QStringLiteral("key"));
+        settings->setApiKey(u"key"_s);
         view->resize(600, 300);
         view->show();
         view->activateWindow();
@@ -40,7 +42,7 @@ protected:
     }
     ~ComposerAttachmentsTest() override { view.reset(); }
 
-    static QUrl file(const QString &name) { return QUrl::fromLocalFile(QStringLiteral("/files/") + name); }
+    static QUrl file(const QString &name) { return QUrl::fromLocalFile(u"/files/"_s + name); }
     void attach(const QStringList &names)
     {
         QList<QUrl> urls;
@@ -58,10 +60,9 @@ protected:
     }
     template <class Widget> Widget *shown(const QString &accessibleName) const
     {
-        for (auto *widget : view->findChildren<Widget *>()) {
+        for (auto *widget : view->findChildren<Widget *>())
             if (widget->isVisible() && nameOf(widget) == accessibleName)
                 return widget;
-        }
         return nullptr;
     }
     QWidget *shownWidget(const QString &accessibleName) const { return shown<QWidget>(accessibleName); }
@@ -85,8 +86,8 @@ protected:
     }
     bool warns() const
     {
-        return shownWidget(QStringLiteral("Warning: the current model can't see images. Switch to a vision "
-                                          "model to send them.")) != nullptr;
+        return shownWidget(u"Warning: the current model can't see images. Switch to a vision "
+                           "model to send them."_s) != nullptr;
     }
 
     std::unique_ptr<ComposerView> view;
@@ -95,39 +96,38 @@ protected:
 
 TEST_F(ComposerAttachmentsTest, EachFileIsAnnouncedAsItBeginsAndAsItEnds)
 {
-    attach({QStringLiteral("a.png"), QStringLiteral("b.txt")});
-    EXPECT_THAT(announcer.spoken,
-                ElementsAre(QStringLiteral("Attaching a.png…"), QStringLiteral("Attaching b.txt…"),
-                            QStringLiteral("Attached a.png."), QStringLiteral("Attached b.txt.")));
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("a.png"), QStringLiteral("b.txt")));
+    attach({u"a.png"_s, u"b.txt"_s});
+    EXPECT_THAT(announcer.spoken, ElementsAre(u"Attaching a.png…"_s, u"Attaching b.txt…"_s,
+                                              u"Attached a.png."_s, u"Attached b.txt."_s));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"a.png"_s, u"b.txt"_s));
 }
 
 TEST_F(ComposerAttachmentsTest, AnnouncementsAreMadeAlsoWithTheSettingOff)
 {
     settings->setAnnounceResponses(false);
-    attach({QStringLiteral("a.txt")});
+    attach({u"a.txt"_s});
     EXPECT_EQ(announcer.spoken.size(), 2);
 }
 
 TEST_F(ComposerAttachmentsTest, OneFailureDoesNotStopTheOthers)
 {
-    attachments.failing = {QStringLiteral("bad.pdf")};
-    attach({QStringLiteral("bad.pdf"), QStringLiteral("good.txt")});
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("good.txt")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Cannot attach bad.pdf.")));
+    attachments.failing = {u"bad.pdf"_s};
+    attach({u"bad.pdf"_s, u"good.txt"_s});
+    EXPECT_THAT(pendingNames(), ElementsAre(u"good.txt"_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"Cannot attach bad.pdf."_s));
     EXPECT_EQ(view->attachments().processingCount(), 0);
 }
 
 TEST_F(ComposerAttachmentsTest, SendingIsNotPossibleWhileAFileIsRead)
 {
     attachments.holds = true;
-    edit->setPlainText(QStringLiteral("text in the field"));
-    attach({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
+    edit->setPlainText(u"text in the field"_s);
+    attach({u"a.txt"_s, u"b.txt"_s});
     EXPECT_FALSE(view->canSend());
-    EXPECT_FALSE(button(QStringLiteral("Send message"))->isEnabled());
+    EXPECT_FALSE(button(u"Send message"_s)->isEnabled());
     QTest::keyClick(edit, Qt::Key_Return);
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_EQ(view->draft(), QStringLiteral("text in the field"));
+    EXPECT_EQ(view->draft(), u"text in the field"_s);
     attachments.release();
     settle();
     EXPECT_FALSE(view->canSend());
@@ -139,25 +139,25 @@ TEST_F(ComposerAttachmentsTest, SendingIsNotPossibleWhileAFileIsRead)
 TEST_F(ComposerAttachmentsTest, FilesBeingReadAreCounted)
 {
     attachments.holds = true;
-    attach({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
-    EXPECT_NE(shownWidget(QStringLiteral("Processing 2 attachments")), nullptr);
-    EXPECT_NE(shownWidget(QStringLiteral("Processing attachment")), nullptr);
+    attach({u"a.txt"_s, u"b.txt"_s});
+    EXPECT_NE(shownWidget(u"Processing 2 attachments"_s), nullptr);
+    EXPECT_NE(shownWidget(u"Processing attachment"_s), nullptr);
     attachments.release();
     settle();
-    EXPECT_NE(shownWidget(QStringLiteral("Processing 1 attachments")), nullptr);
+    EXPECT_NE(shownWidget(u"Processing 1 attachments"_s), nullptr);
     attachments.release();
     settle();
-    EXPECT_EQ(shownWidget(QStringLiteral("Processing attachment")), nullptr);
+    EXPECT_EQ(shownWidget(u"Processing attachment"_s), nullptr);
 }
 
 TEST_F(ComposerAttachmentsTest, AttachmentAloneIsSentAndGone)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    attach({QStringLiteral("a.txt")});
+    service.willTurn(Service::answer(u"ok"_s));
+    attach({u"a.txt"_s});
     ASSERT_TRUE(view->canSend());
     QTest::keyClick(edit, Qt::Key_Return);
     finishRun();
-    EXPECT_EQ(model->messages().first().attachments.first().filename, QStringLiteral("a.txt"));
+    EXPECT_EQ(model->messages().first().attachments.first().filename, u"a.txt"_s);
     EXPECT_TRUE(pendingNames().isEmpty());
     EXPECT_TRUE(chips().isEmpty());
 }
@@ -165,17 +165,17 @@ TEST_F(ComposerAttachmentsTest, AttachmentAloneIsSentAndGone)
 TEST_F(ComposerAttachmentsTest, RefusedImageKeepsTheDraftUntilTheModelIsSwitched)
 {
     settings->setProviderID(ProviderID::custom);
-    settings->setModel(QStringLiteral("text-only"));
-    edit->setPlainText(QStringLiteral("What is this?"));
-    attach({QStringLiteral("a.png")});
+    settings->setModel(u"text-only"_s);
+    edit->setPlainText(u"What is this?"_s);
+    attach({u"a.png"_s});
     ASSERT_TRUE(view->canSend());
     QTest::keyClick(edit, Qt::Key_Return);
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_EQ(view->draft(), QStringLiteral("What is this?"));
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("a.png")));
+    EXPECT_EQ(view->draft(), u"What is this?"_s);
+    EXPECT_THAT(pendingNames(), ElementsAre(u"a.png"_s));
 
-    settings->setModel(QStringLiteral("llava"));
-    service.willTurn(Service::answer(QStringLiteral("A cat.")));
+    settings->setModel(u"llava"_s);
+    service.willTurn(Service::answer(u"A cat."_s));
     QTest::keyClick(edit, Qt::Key_Return);
     finishRun();
     EXPECT_EQ(model->messages().first().attachments.size(), 1);
@@ -186,119 +186,117 @@ TEST_F(ComposerAttachmentsTest, RefusedImageKeepsTheDraftUntilTheModelIsSwitched
 TEST_F(ComposerAttachmentsTest, WarningFollowsProviderModelAndAttachments)
 {
     EXPECT_FALSE(warns());
-    attach({QStringLiteral("a.png"), QStringLiteral("b.txt")});
+    attach({u"a.png"_s, u"b.txt"_s});
     EXPECT_FALSE(warns());
     settings->setProviderID(ProviderID::groq);
-    settings->setModel(QStringLiteral("text-only"));
+    settings->setModel(u"text-only"_s);
     EXPECT_TRUE(warns());
-    settings->setModel(QStringLiteral("some-vision-model"));
+    settings->setModel(u"some-vision-model"_s);
     EXPECT_FALSE(warns());
-    settings->setModel(QStringLiteral("text-only"));
+    settings->setModel(u"text-only"_s);
     EXPECT_TRUE(warns());
     settings->setProviderID(ProviderID::gemini);
     EXPECT_FALSE(warns());
     settings->setProviderID(ProviderID::groq);
-    settings->setModel(QStringLiteral("text-only"));
+    settings->setModel(u"text-only"_s);
     ASSERT_TRUE(warns());
-    button(QStringLiteral("Remove attachment a.png"))->click();
+    button(u"Remove attachment a.png"_s)->click();
     EXPECT_FALSE(warns());
 }
 
 TEST_F(ComposerAttachmentsTest, WarningSaysWhatToDo)
 {
     settings->setProviderID(ProviderID::groq);
-    settings->setModel(QStringLiteral("text-only"));
-    attach({QStringLiteral("a.png")});
+    settings->setModel(u"text-only"_s);
+    attach({u"a.png"_s});
     const auto labels = view->findChildren<QLabel *>();
     EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
-        return label->isVisible() &&
-               label->text() == QStringLiteral("The current model can't see images — "
-                                               "switch to a vision model to send them.");
+        return label->isVisible() && label->text() == u"The current model can't see images — "
+                                                      "switch to a vision model to send them."_s;
     }));
 }
 
 TEST_F(ComposerAttachmentsTest, ChipsTellTheirFilesAndTheirNumber)
 {
-    attach({QStringLiteral("a.png")});
-    EXPECT_NE(shownWidget(QStringLiteral("1 pending attachment")), nullptr);
-    attach({QStringLiteral("b.pdf"), QStringLiteral("c.txt")});
-    EXPECT_NE(shownWidget(QStringLiteral("3 pending attachments")), nullptr);
+    attach({u"a.png"_s});
+    EXPECT_NE(shownWidget(u"1 pending attachment"_s), nullptr);
+    attach({u"b.pdf"_s, u"c.txt"_s});
+    EXPECT_NE(shownWidget(u"3 pending attachments"_s), nullptr);
     QStringList names;
     for (AttachmentChip *chip : chips())
         names.append(nameOf(chip));
-    EXPECT_THAT(names, ElementsAre(QStringLiteral("Attachment a.png, image"),
-                                   QStringLiteral("Attachment b.pdf, PDF"),
-                                   QStringLiteral("Attachment c.txt, text")));
+    EXPECT_THAT(names, ElementsAre(u"Attachment a.png, image"_s, u"Attachment b.pdf, PDF"_s,
+                                   u"Attachment c.txt, text"_s));
 }
 
 TEST_F(ComposerAttachmentsTest, RemovedAttachmentIsAnnounced)
 {
-    attach({QStringLiteral("a.png"), QStringLiteral("b.txt")});
+    attach({u"a.png"_s, u"b.txt"_s});
     announcer.spoken.clear();
-    button(QStringLiteral("Remove attachment a.png"))->click();
-    EXPECT_THAT(announcer.spoken, ElementsAre(QStringLiteral("Removed attachment a.png")));
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("b.txt")));
-    EXPECT_NE(shownWidget(QStringLiteral("1 pending attachment")), nullptr);
+    button(u"Remove attachment a.png"_s)->click();
+    EXPECT_THAT(announcer.spoken, ElementsAre(u"Removed attachment a.png"_s));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"b.txt"_s));
+    EXPECT_NE(shownWidget(u"1 pending attachment"_s), nullptr);
 }
 
 TEST_F(ComposerAttachmentsTest, FocusGoesToTheNextChipAndAtLastToTheField)
 {
-    attach({QStringLiteral("a.txt"), QStringLiteral("b.txt"), QStringLiteral("c.txt")});
+    attach({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
     const auto remove = [this](const QString &name) {
-        auto *target = button(QStringLiteral("Remove attachment ") + name);
+        auto *target = button(u"Remove attachment "_s + name);
         target->setFocus();
         QTest::keyClick(target, Qt::Key_Space);
         settle();
     };
-    remove(QStringLiteral("a.txt"));
-    EXPECT_EQ(view->focusWidget(), button(QStringLiteral("Remove attachment b.txt")));
-    remove(QStringLiteral("c.txt"));
-    EXPECT_EQ(view->focusWidget(), button(QStringLiteral("Remove attachment b.txt")));
-    remove(QStringLiteral("b.txt"));
+    remove(u"a.txt"_s);
+    EXPECT_EQ(view->focusWidget(), button(u"Remove attachment b.txt"_s));
+    remove(u"c.txt"_s);
+    EXPECT_EQ(view->focusWidget(), button(u"Remove attachment b.txt"_s));
+    remove(u"b.txt"_s);
     EXPECT_EQ(view->focusWidget(), edit);
 }
 
 TEST_F(ComposerAttachmentsTest, ChipsAreReachedWithTheKeyboard)
 {
-    attach({QStringLiteral("a.txt")});
+    attach({u"a.txt"_s});
     QSet<QString> reached;
     for (int step = 0; step < 8; ++step) {
         QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
         reached.insert(nameOf(view->focusWidget()));
     }
-    EXPECT_TRUE(reached.contains(QStringLiteral("Remove attachment a.txt")));
-    EXPECT_TRUE(reached.contains(QStringLiteral("Attach a file or image")));
+    EXPECT_TRUE(reached.contains(u"Remove attachment a.txt"_s));
+    EXPECT_TRUE(reached.contains(u"Attach a file or image"_s));
 }
 
 TEST_F(ComposerAttachmentsTest, LongNameIsElidedAndHeardWhole)
 {
-    const QString name = QString(300, QLatin1Char('n')) + QStringLiteral(".txt");
+    const QString name = QString(300, u'n') + u".txt"_s;
     attach({name});
     ASSERT_EQ(chips().size(), 1);
     AttachmentChip *chip = chips().constFirst();
     EXPECT_LT(chip->width(), view->width() / 2);
-    EXPECT_EQ(nameOf(chip), QStringLiteral("Attachment ") + name + QStringLiteral(", text"));
+    EXPECT_EQ(nameOf(chip), u"Attachment "_s + name + u", text"_s);
     EXPECT_EQ(chip->toolTip(), name);
 }
 
 TEST_F(ComposerAttachmentsTest, NameIsNeverTakenForMarkup)
 {
-    attach({QStringLiteral("<b>bold<b>.txt")});
-    EXPECT_FALSE(chips().constFirst()->toolTip().contains(QLatin1Char('<')));
+    attach({u"<b>bold<b>.txt"_s});
+    EXPECT_FALSE(chips().constFirst()->toolTip().contains(u'<'));
 }
 
 TEST_F(ComposerAttachmentsTest, ManyChipsWrapAndScrollInsteadOfFillingTheWindow)
 {
     QStringList names;
     for (int number = 0; number < 40; ++number)
-        names.append(QStringLiteral("file number %1.txt").arg(number));
+        names.append(u"file number %1.txt"_s.arg(number));
     attach(names);
     const QList<AttachmentChip *> all = chips();
     ASSERT_EQ(all.size(), 40);
     EXPECT_GT(all.at(10)->y(), all.at(0)->y());
     EXPECT_LT(view->sizeHint().height(), 320);
-    auto *last = button(QStringLiteral("Remove attachment file number 39.txt"));
-    button(QStringLiteral("Remove attachment file number 38.txt"))->setFocus();
+    auto *last = button(u"Remove attachment file number 39.txt"_s);
+    button(u"Remove attachment file number 38.txt"_s)->setFocus();
     QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(view->focusWidget(), last);
     EXPECT_FALSE(last->visibleRegion().isEmpty());
@@ -306,8 +304,8 @@ TEST_F(ComposerAttachmentsTest, ManyChipsWrapAndScrollInsteadOfFillingTheWindow)
 
 TEST_F(ComposerAttachmentsTest, SymbolsGrowWithTheFont)
 {
-    attach({QStringLiteral("a.txt")});
-    auto *paperclip = button(QStringLiteral("Attach a file or image"));
+    attach({u"a.txt"_s});
+    auto *paperclip = button(u"Attach a file or image"_s);
     const int small = paperclip->iconSize().height();
     const int smallChip = chips().constFirst()->height();
     QFont large = view->font();
@@ -320,36 +318,36 @@ TEST_F(ComposerAttachmentsTest, SymbolsGrowWithTheFont)
 
 TEST_F(ComposerAttachmentsTest, SendButtonNoLongerAsksForAnAttachment)
 {
-    EXPECT_NE(button(QStringLiteral("Send message. Add a message or an attachment first.")), nullptr);
-    attach({QStringLiteral("a.txt")});
-    EXPECT_NE(button(QStringLiteral("Send message")), nullptr);
+    EXPECT_NE(button(u"Send message. Add a message or an attachment first."_s), nullptr);
+    attach({u"a.txt"_s});
+    EXPECT_NE(button(u"Send message"_s), nullptr);
 }
 
 TEST_F(ComposerAttachmentsTest, PastedFilesAreAttached)
 {
     auto *data = new QMimeData;
-    data->setUrls({file(QStringLiteral("a.txt")), file(QStringLiteral("b.png"))});
+    data->setUrls({file(u"a.txt"_s), file(u"b.png"_s)});
     paste(data);
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("a.txt"), QStringLiteral("b.png")));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"a.txt"_s, u"b.png"_s));
     EXPECT_EQ(view->draft(), QString());
 }
 
 TEST_F(ComposerAttachmentsTest, PastedAddressOfAPageIsText)
 {
     auto *data = new QMimeData;
-    data->setUrls({QUrl(QStringLiteral("https://example.com/a.png"))});
-    data->setText(QStringLiteral("https://example.com/a.png"));
+    data->setUrls({QUrl(u"https://example.com/a.png"_s)});
+    data->setText(u"https://example.com/a.png"_s);
     paste(data);
     EXPECT_TRUE(pendingNames().isEmpty());
-    EXPECT_EQ(view->draft(), QStringLiteral("https://example.com/a.png"));
+    EXPECT_EQ(view->draft(), u"https://example.com/a.png"_s);
 }
 
 TEST_F(ComposerAttachmentsTest, PastedPictureIsAttachedWithItsBytes)
 {
     auto *data = new QMimeData;
-    data->setData(QStringLiteral("image/png"), "the bytes");
+    data->setData(u"image/png"_s, "the bytes");
     paste(data);
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("Pasted image.png")));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"Pasted image.png"_s));
     EXPECT_THAT(attachments.images, ElementsAre(QByteArray("the bytes")));
 }
 
@@ -361,17 +359,17 @@ TEST_F(ComposerAttachmentsTest, PastedPictureOfThisProgramBecomesAPng)
     data->setImageData(image);
     paste(data);
     ASSERT_TRUE(waitUntil([this] { return !pendingNames().isEmpty(); }));
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("Pasted image.png")));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"Pasted image.png"_s));
     EXPECT_EQ(QImage::fromData(attachments.images.constFirst(), "png").size(), QSize(4, 3));
 }
 
 TEST_F(ComposerAttachmentsTest, TextThatAlsoComesAsAPictureIsPastedAsText)
 {
     auto *data = new QMimeData;
-    data->setText(QStringLiteral("a cell"));
-    data->setData(QStringLiteral("image/png"), "the cell as a picture");
+    data->setText(u"a cell"_s);
+    data->setData(u"image/png"_s, "the cell as a picture");
     paste(data);
-    EXPECT_EQ(view->draft(), QStringLiteral("a cell"));
+    EXPECT_EQ(view->draft(), u"a cell"_s);
     EXPECT_TRUE(pendingNames().isEmpty());
 }
 
@@ -384,26 +382,26 @@ TEST_F(ComposerAttachmentsTest, DroppedFilesAreTakenFromTheWholeWindowAndNeverMo
     QObject::connect(filter, &FileDropFilter::filesDropped, [&](const QList<QUrl> &urls) { dropped = urls; });
     QObject::connect(filter, &FileDropFilter::hoveringChanged, [&](bool is) { hovering.append(is); });
     QMimeData data;
-    data.setUrls({file(QStringLiteral("a.txt")), QUrl(QStringLiteral("https://example.com/"))});
+    data.setUrls({file(u"a.txt"_s), QUrl(u"https://example.com/"_s)});
     QDragEnterEvent enter({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&window, &enter);
     EXPECT_TRUE(enter.isAccepted());
     QDropEvent drop({5, 5}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&window, &drop);
     EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
-    EXPECT_THAT(dropped, ElementsAre(file(QStringLiteral("a.txt"))));
+    EXPECT_THAT(dropped, ElementsAre(file(u"a.txt"_s)));
     EXPECT_THAT(hovering, ElementsAre(true, false));
 }
 
 TEST_F(ComposerAttachmentsTest, FieldLeavesDroppedFilesToTheWindow)
 {
     QMimeData files;
-    files.setUrls({file(QStringLiteral("a.txt"))});
+    files.setUrls({file(u"a.txt"_s)});
     QDragEnterEvent enterFiles({5, 5}, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(edit->viewport(), &enterFiles);
     EXPECT_FALSE(enterFiles.isAccepted());
     QMimeData text;
-    text.setText(QStringLiteral("words"));
+    text.setText(u"words"_s);
     QDragEnterEvent enterText({5, 5}, Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(edit->viewport(), &enterText);
     EXPECT_TRUE(enterText.isAccepted());
@@ -411,10 +409,10 @@ TEST_F(ComposerAttachmentsTest, FieldLeavesDroppedFilesToTheWindow)
 
 TEST_F(ComposerAttachmentsTest, PaperclipOpensOneDialogForSeveralFiles)
 {
-    auto *paperclip = button(QStringLiteral("Attach a file or image"));
+    auto *paperclip = button(u"Attach a file or image"_s);
     ASSERT_NE(paperclip, nullptr);
     EXPECT_EQ(paperclip->accessibleDescription(),
-              QStringLiteral("Adds images, PDFs, or text files to your next message."));
+              u"Adds images, PDFs, or text files to your next message."_s);
     paperclip->click();
     paperclip->click();
     const auto dialogs = view->findChildren<QFileDialog *>();
@@ -427,27 +425,27 @@ TEST_F(ComposerAttachmentsTest, PaperclipOpensOneDialogForSeveralFiles)
 
 TEST_F(ComposerAttachmentsTest, FilesChosenInTheDialogAreAttached)
 {
-    const QString first = home.write(QStringLiteral("a.txt"), "a");
-    const QString second = home.write(QStringLiteral("b.txt"), "b");
-    button(QStringLiteral("Attach a file or image"))->click();
+    const QString first = home.write(u"a.txt"_s, "a");
+    const QString second = home.write(u"b.txt"_s, "b");
+    button(u"Attach a file or image"_s)->click();
     auto *dialog = view->findChild<QFileDialog *>();
     ASSERT_NE(dialog, nullptr);
     auto *name = dialog->findChild<QLineEdit *>();
-    name->setText(QLatin1Char('"') + first + QStringLiteral("\" \"") + second + QLatin1Char('"'));
+    name->setText(u'"' + first + u"\" \""_s + second + u'"');
     QTest::keyClick(name, Qt::Key_Return);
     settle();
     EXPECT_EQ(view->findChild<QFileDialog *>(), nullptr);
-    EXPECT_THAT(pendingNames(), ElementsAre(QStringLiteral("a.txt"), QStringLiteral("b.txt")));
+    EXPECT_THAT(pendingNames(), ElementsAre(u"a.txt"_s, u"b.txt"_s));
 }
 
 TEST_F(ComposerAttachmentsTest, ClosedComposerEndsTheReadingOfItsFiles)
 {
     attachments.holds = true;
-    attach({QStringLiteral("a.txt")});
+    attach({u"a.txt"_s});
     view.reset();
     attachments.release();
     settle();
-    EXPECT_THAT(announcer.spoken, ElementsAre(QStringLiteral("Attaching a.txt…")));
+    EXPECT_THAT(announcer.spoken, ElementsAre(u"Attaching a.txt…"_s));
 }
 
 } // namespace

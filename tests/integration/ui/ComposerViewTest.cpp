@@ -6,6 +6,8 @@
 #include <QTest>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -36,57 +38,56 @@ protected:
 
 TEST_F(ComposerViewTest, FieldTellsWhatItIsFor)
 {
-    EXPECT_EQ(edit->accessibleName(), QStringLiteral("Message Morvane"));
-    EXPECT_EQ(edit->accessibleDescription(),
-              QStringLiteral("Type your message, then press Return to send it."));
-    EXPECT_EQ(edit->placeholderText(), QStringLiteral("Message Morvane"));
+    EXPECT_EQ(edit->accessibleName(), u"Message Morvane"_s);
+    EXPECT_EQ(edit->accessibleDescription(), u"Type your message, then press Return to send it."_s);
+    EXPECT_EQ(edit->placeholderText(), u"Message Morvane"_s);
 }
 
 TEST_F(ComposerViewTest, ReturnOnAnEmptyDraftDoesNothing)
 {
     QTest::keyClick(edit, Qt::Key_Return);
-    QTest::keyClicks(edit, QStringLiteral("   "));
+    QTest::keyClicks(edit, u"   "_s);
     QTest::keyClick(edit, Qt::Key_Return);
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_EQ(view->draft(), QStringLiteral("   "));
+    EXPECT_EQ(view->draft(), u"   "_s);
 }
 
 TEST_F(ComposerViewTest, ReturnSendsAndEmptiesTheDraft)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    QTest::keyClicks(edit, QStringLiteral("hello"));
+    service.willTurn(Service::answer(u"ok"_s));
+    QTest::keyClicks(edit, u"hello"_s);
     QTest::keyClick(edit, Qt::Key_Return);
     EXPECT_EQ(view->draft(), QString());
     finishRun();
-    EXPECT_EQ(model->messages().first().text, QStringLiteral("hello"));
+    EXPECT_EQ(model->messages().first().text, u"hello"_s);
 }
 
 TEST_F(ComposerViewTest, ShiftReturnBeginsANewLine)
 {
-    QTest::keyClicks(edit, QStringLiteral("one"));
+    QTest::keyClicks(edit, u"one"_s);
     QTest::keyClick(edit, Qt::Key_Return, Qt::ShiftModifier);
-    QTest::keyClicks(edit, QStringLiteral("two"));
-    EXPECT_EQ(view->draft(), QStringLiteral("one\ntwo"));
+    QTest::keyClicks(edit, u"two"_s);
+    EXPECT_EQ(view->draft(), u"one\ntwo"_s);
     EXPECT_TRUE(model->messages().isEmpty());
 }
 
 TEST_F(ComposerViewTest, RefusedMessageKeepsTheDraft)
 {
-    updates.update = UpdateInfo{QStringLiteral("2"), 2};
+    updates.update = UpdateInfo{u"2"_s, 2};
     updates.required = true;
-    edit->setPlainText(QStringLiteral("draft"));
+    edit->setPlainText(u"draft"_s);
     EXPECT_FALSE(view->canSend());
     QTest::keyClick(edit, Qt::Key_Return);
-    EXPECT_EQ(view->draft(), QStringLiteral("draft"));
+    EXPECT_EQ(view->draft(), u"draft"_s);
 }
 
 TEST_F(ComposerViewTest, SendButtonSaysWhatIsMissing)
 {
-    auto *missing = button(QStringLiteral("Send message. Add a message or an attachment first."));
+    auto *missing = button(u"Send message. Add a message or an attachment first."_s);
     ASSERT_NE(missing, nullptr);
     EXPECT_FALSE(missing->isEnabled());
-    edit->setPlainText(QStringLiteral("x"));
-    auto *send = button(QStringLiteral("Send message"));
+    edit->setPlainText(u"x"_s);
+    auto *send = button(u"Send message"_s);
     ASSERT_NE(send, nullptr);
     EXPECT_TRUE(send->isEnabled());
 }
@@ -96,34 +97,34 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
     Service::Turn turn;
     turn.silence = 1h;
     service.willTurn(turn);
-    edit->setPlainText(QStringLiteral("go"));
-    button(QStringLiteral("Send message"))->click();
+    edit->setPlainText(u"go"_s);
+    button(u"Send message"_s)->click();
     ASSERT_TRUE(model->isBusy());
-    EXPECT_EQ(button(QStringLiteral("Send message")), nullptr);
-    edit->setPlainText(QStringLiteral("next"));
+    EXPECT_EQ(button(u"Send message"_s), nullptr);
+    edit->setPlainText(u"next"_s);
     EXPECT_FALSE(view->canSend());
-    auto *stop = button(QStringLiteral("Stop generating"));
+    auto *stop = button(u"Stop generating"_s);
     ASSERT_NE(stop, nullptr);
     stop->click();
     EXPECT_FALSE(model->isBusy());
-    EXPECT_EQ(view->draft(), QStringLiteral("next"));
+    EXPECT_EQ(view->draft(), u"next"_s);
 }
 
 TEST_F(ComposerViewTest, SuggestedPromptBecomesTheDraftAndIsNotSent)
 {
-    model->suggestPrompt(QStringLiteral("What can you do?"));
-    EXPECT_EQ(view->draft(), QStringLiteral("What can you do?"));
+    model->suggestPrompt(u"What can you do?"_s);
+    EXPECT_EQ(view->draft(), u"What can you do?"_s);
     EXPECT_TRUE(model->messages().isEmpty());
 }
 
 TEST_F(ComposerViewTest, FieldGrowsWithItsTextUpToEightLines)
 {
     const int one = edit->height();
-    edit->setPlainText(QStringLiteral("1\n2\n3"));
+    edit->setPlainText(u"1\n2\n3"_s);
     const int three = edit->height();
-    edit->setPlainText(QString(8, QLatin1Char('\n')));
+    edit->setPlainText(QString(8, u'\n'));
     const int many = edit->height();
-    edit->setPlainText(QString(50, QLatin1Char('\n')));
+    edit->setPlainText(QString(50, u'\n'));
     EXPECT_GT(three, one);
     EXPECT_GT(many, three);
     EXPECT_EQ(edit->height(), many);

@@ -12,6 +12,8 @@
 #include <QMimeData>
 #include <QWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -23,7 +25,7 @@ protected:
     FileDropTest() : window(std::make_unique<MainWindow>(*model))
     {
         window->show();
-        files.setUrls({QUrl::fromLocalFile(QStringLiteral("/files/a.txt"))});
+        files.setUrls({QUrl::fromLocalFile(u"/files/a.txt"_s)});
     }
     ~FileDropTest() override { window.reset(); }
 
@@ -47,23 +49,23 @@ protected:
 TEST_F(FileDropTest, FilesAreTakenOnTheMessageField)
 {
     EXPECT_TRUE(dropOn(part<ComposerEdit>()->viewport()));
-    EXPECT_THAT(attachments.processed, ElementsAre(QStringLiteral("a.txt")));
+    EXPECT_THAT(attachments.processed, ElementsAre(u"a.txt"_s));
     EXPECT_EQ(part<ComposerView>()->draft(), QString());
 }
 
 TEST_F(FileDropTest, FilesAreTakenOnTheWelcome)
 {
     EXPECT_TRUE(dropOn(part<WelcomeView>()));
-    EXPECT_THAT(attachments.processed, ElementsAre(QStringLiteral("a.txt")));
+    EXPECT_THAT(attachments.processed, ElementsAre(u"a.txt"_s));
 }
 
 TEST_F(FileDropTest, FilesAreTakenOnTheConversation)
 {
-    service.willTurn(FakeAIService::answer(QStringLiteral("Hello.")));
-    sendAndFinish(QStringLiteral("Hi"));
+    service.willTurn(FakeAIService::answer(u"Hello."_s));
+    sendAndFinish(u"Hi"_s);
     ASSERT_TRUE(part<ChatScrollView>()->isVisible());
     EXPECT_TRUE(dropOn(part<ChatScrollView>()->viewport()));
-    EXPECT_THAT(attachments.processed, ElementsAre(QStringLiteral("a.txt")));
+    EXPECT_THAT(attachments.processed, ElementsAre(u"a.txt"_s));
 }
 
 TEST_F(FileDropTest, FilesAreNotTakenOnTheListOfConversations)
@@ -74,7 +76,7 @@ TEST_F(FileDropTest, FilesAreNotTakenOnTheListOfConversations)
 
 TEST_F(FileDropTest, AddressesOfPagesAreNotTaken)
 {
-    files.setUrls({QUrl(QStringLiteral("https://example.com/"))});
+    files.setUrls({QUrl(u"https://example.com/"_s)});
     EXPECT_FALSE(dropOn(part<WelcomeView>()));
     EXPECT_TRUE(attachments.processed.isEmpty());
 }

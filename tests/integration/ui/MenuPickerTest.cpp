@@ -10,6 +10,8 @@
 #include <QTest>
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -34,10 +36,9 @@ protected:
     {
         QStringList rows;
         auto *list = static_cast<QListView *>(picker.view());
-        for (int row = 0; row < picker.count(); ++row) {
+        for (int row = 0; row < picker.count(); ++row)
             if (!list->isRowHidden(row))
                 rows.append(picker.itemText(row));
-        }
         return rows;
     }
 
@@ -53,7 +54,7 @@ protected:
         QTest::keyClick(isOpen() ? static_cast<QWidget *>(picker.view()) : &picker, key);
     }
 
-    MenuPicker picker{QStringLiteral("Model")};
+    MenuPicker picker{u"Model"_s};
     QStringList chosen;
 };
 
@@ -157,7 +158,7 @@ TEST_F(MenuPickerTest, AListThatComesWhileItIsOpenTakesThePlace)
     type("gpt");
     QList<PickerChoice> many;
     for (int number = 0; number < 100; ++number)
-        many.append({QStringLiteral("gpt-%1").arg(number), QString::number(number), {}});
+        many.append({u"gpt-%1"_s.arg(number), QString::number(number), {}});
     many.append({"other", "other", {}});
     picker.setChoices(many);
     picker.select("7");
@@ -171,7 +172,7 @@ TEST_F(MenuPickerTest, ThousandsOfRowsAreSearched)
 {
     QList<PickerChoice> many;
     for (int number = 0; number < 10'000; ++number)
-        many.append({QStringLiteral("vendor/model-%1").arg(number), QString::number(number), {}});
+        many.append({u"vendor/model-%1"_s.arg(number), QString::number(number), {}});
     picker.setChoices(many);
     picker.showPopup();
     EXPECT_LT(picker.view()->height(), QApplication::primaryScreen()->size().height());

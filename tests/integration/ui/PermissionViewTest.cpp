@@ -6,6 +6,8 @@
 #include <QCheckBox>
 #include <QLabel>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -13,29 +15,25 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-const auto cautionTitle = QStringLiteral("Action requires approval");
-const auto dangerTitle = QStringLiteral("Destructive action requires approval");
-const auto cautionAdvice = QStringLiteral("Only allow this if you trust what it will do on your Mac. You can "
-                                          "deny it and the assistant will continue without doing it.");
-const auto dangerAdvice =
-    QStringLiteral("This action can delete data or be hard to undo. Only allow it if you "
-                   "are sure it is safe.");
-const auto toggleName = QStringLiteral("Always allow this type of action");
+const auto cautionTitle = u"Action requires approval"_s;
+const auto dangerTitle = u"Destructive action requires approval"_s;
+const auto cautionAdvice = u"Only allow this if you trust what it will do on your Mac. You can "
+                           "deny it and the assistant will continue without doing it."_s;
+const auto dangerAdvice = u"This action can delete data or be hard to undo. Only allow it if you "
+                          "are sure it is safe."_s;
+const auto toggleName = u"Always allow this type of action"_s;
 
 class PermissionViewTest : public SheetsFixture {
 protected:
     AIToolCall writeFile() const
     {
-        return toolCall(QStringLiteral("write_file"), R"({"path":"/tmp/notes.txt","content":"x"})");
+        return toolCall(u"write_file"_s, R"({"path":"/tmp/notes.txt","content":"x"})");
     }
-    QPlainTextEdit *summary() const { return named<QPlainTextEdit>(QStringLiteral("Action to approve")); }
+    QPlainTextEdit *summary() const { return named<QPlainTextEdit>(u"Action to approve"_s); }
     QCheckBox *toggle() const { return named<QCheckBox>(toggleName); }
-    QPushButton *deny() const { return named<QPushButton>(QStringLiteral("Deny the action")); }
-    QPushButton *allow() const { return named<QPushButton>(QStringLiteral("Allow the action")); }
-    QPushButton *allowDestructive() const
-    {
-        return named<QPushButton>(QStringLiteral("Allow this destructive action"));
-    }
+    QPushButton *deny() const { return named<QPushButton>(u"Deny the action"_s); }
+    QPushButton *allow() const { return named<QPushButton>(u"Allow the action"_s); }
+    QPushButton *allowDestructive() const { return named<QPushButton>(u"Allow this destructive action"_s); }
 };
 
 TEST_F(PermissionViewTest, IsNotThereWithoutARequest)
@@ -49,21 +47,21 @@ TEST_F(PermissionViewTest, ShowsAPlainRequestWithItsTexts)
     request(writeFile());
     ASSERT_TRUE(permission->isVisible());
     EXPECT_THAT(labels(*permission), ElementsAre(cautionTitle, cautionAdvice));
-    EXPECT_EQ(summary()->toPlainText(), QStringLiteral("write a file at /tmp/notes.txt"));
-    EXPECT_EQ(toggle()->text(), QStringLiteral("Always allow this type of action without asking again"));
+    EXPECT_EQ(summary()->toPlainText(), u"write a file at /tmp/notes.txt"_s);
+    EXPECT_EQ(toggle()->text(), u"Always allow this type of action without asking again"_s);
     EXPECT_EQ(toggle()->accessibleDescription(),
-              QStringLiteral("It will run automatically next time. You can change this in Settings."));
+              u"It will run automatically next time. You can change this in Settings."_s);
     EXPECT_NE(deny(), nullptr);
     EXPECT_TRUE(allow()->isDefault());
 }
 
 TEST_F(PermissionViewTest, ShowsADestructiveRequestWithItsTextsAndNoToggle)
 {
-    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    requestCommand(u"rm -rf /tmp/x"_s);
     EXPECT_THAT(labels(*permission), ElementsAre(dangerTitle, dangerAdvice));
     EXPECT_EQ(summary()->toPlainText(),
-              QStringLiteral("run the command: rm -rf /tmp/x. Warning: this is a destructive action that may "
-                             "delete data or be hard to undo"));
+              u"run the command: rm -rf /tmp/x. Warning: this is a destructive action that may "
+              "delete data or be hard to undo"_s);
     EXPECT_EQ(toggle(), nullptr);
     EXPECT_NE(deny(), nullptr);
     EXPECT_NE(allowDestructive(), nullptr);
@@ -72,7 +70,7 @@ TEST_F(PermissionViewTest, ShowsADestructiveRequestWithItsTextsAndNoToggle)
 
 TEST_F(PermissionViewTest, CommandsAreShownInFixedWidth)
 {
-    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    requestCommand(u"rm -rf /tmp/x"_s);
     EXPECT_TRUE(QFontInfo(summary()->font()).fixedPitch());
 }
 
@@ -96,7 +94,7 @@ TEST_F(PermissionViewTest, AllowWithTheToggleOnIsRemembered)
     click(allow());
     ASSERT_TRUE(answer.done());
     EXPECT_TRUE(answer.result());
-    EXPECT_THAT(settings->alwaysAllowedTools(), ElementsAre(QStringLiteral("write_file")));
+    EXPECT_THAT(settings->alwaysAllowedTools(), ElementsAre(u"write_file"_s));
 }
 
 TEST_F(PermissionViewTest, DenyButtonDeniesAndRemembersNothing)
@@ -154,7 +152,7 @@ TEST_F(PermissionViewTest, ReturnAllowsFromTheToggleWithItsState)
     press(Qt::Key_Enter, Qt::KeypadModifier);
     ASSERT_TRUE(answer.done());
     EXPECT_TRUE(answer.result());
-    EXPECT_THAT(settings->alwaysAllowedTools(), Contains(QStringLiteral("write_file")));
+    EXPECT_THAT(settings->alwaysAllowedTools(), Contains(u"write_file"_s));
 }
 
 TEST_F(PermissionViewTest, ReturnOnTheDenyButtonDenies)
@@ -184,7 +182,7 @@ TEST_F(PermissionViewTest, DestructiveRequestAfterATickedOneStoresNothing)
     notice();
     click(toggle());
     press(Qt::Key_Escape);
-    auto answer = requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    auto answer = requestCommand(u"rm -rf /tmp/x"_s);
     notice();
     click(allowDestructive());
     ASSERT_TRUE(answer.done());
@@ -209,7 +207,7 @@ TEST_F(PermissionViewTest, ShowsARequestThatWasPendingBeforeItWasMade)
 
 TEST_F(PermissionViewTest, IsAModalDialogNamedByItsTitle)
 {
-    requestCommand(QStringLiteral("rm -rf /tmp/x"));
+    requestCommand(u"rm -rf /tmp/x"_s);
     const auto *card = accessible(permission->card());
     EXPECT_EQ(card->role(), QAccessible::Dialog);
     EXPECT_EQ(card->text(QAccessible::Name), dangerTitle);
@@ -228,37 +226,37 @@ TEST_F(PermissionViewTest, TabGoesThroughTheSheetInReadingOrder)
 
 TEST_F(PermissionViewTest, HiddenCharactersOfACommandAreShown)
 {
-    requestCommand(QStringLiteral("ls \u202E/ fr- mr\u2066 \u200Bx\ty"));
+    requestCommand(u"ls \u202E/ fr- mr\u2066 \u200Bx\ty"_s);
     EXPECT_THAT(summary()->toPlainText().toStdString(),
                 testing::HasSubstr("ls \\u202E/ fr- mr\\u2066 \\u200Bx\\ty"));
 }
 
 TEST_F(PermissionViewTest, ACommandCannotHideItsBeginning)
 {
-    requestCommand(QStringLiteral("rm -rf ~ #\r\u001B[2Kls"));
+    requestCommand(u"rm -rf ~ #\r\u001B[2Kls"_s);
     EXPECT_THAT(summary()->toPlainText().toStdString(), testing::HasSubstr("rm -rf ~ #\\r\\u001B[2Kls"));
 }
 
 TEST_F(PermissionViewTest, MarkupInACommandIsShownAsText)
 {
-    requestCommand(QStringLiteral("echo <b>x</b> <img src=y>"));
+    requestCommand(u"echo <b>x</b> <img src=y>"_s);
     EXPECT_THAT(summary()->toPlainText().toStdString(), testing::HasSubstr("echo <b>x</b> <img src=y>"));
 }
 
 TEST_F(PermissionViewTest, SaysHowMuchThereIsOfACommandThatDoesNotFit)
 {
-    requestCommand(QStringLiteral("ls\n").repeated(499) + QStringLiteral("rm -rf ~"));
-    const auto extent = QStringLiteral("500 lines, 1,601 characters in all. Scroll to read the rest.");
+    requestCommand(u"ls\n"_s.repeated(499) + u"rm -rf ~"_s);
+    const auto extent = u"500 lines, 1,601 characters in all. Scroll to read the rest."_s;
     EXPECT_THAT(labels(*permission), Contains(extent));
     EXPECT_EQ(summary()->accessibleDescription(), extent);
-    EXPECT_TRUE(summary()->toPlainText().contains(QStringLiteral("rm -rf ~")));
+    EXPECT_TRUE(summary()->toPlainText().contains(u"rm -rf ~"_s));
     EXPECT_TRUE(allowDestructive()->isVisible());
     EXPECT_TRUE(window->rect().contains(allowDestructive()->mapTo(window.get(), QPoint(0, 0))));
 }
 
 TEST_F(PermissionViewTest, SaysNothingOfTheExtentOfACommandThatFits)
 {
-    requestCommand(QStringLiteral("rm -rf /tmp/x\nls"));
+    requestCommand(u"rm -rf /tmp/x\nls"_s);
     EXPECT_THAT(
         labels(*permission),
         Not(Contains(testing::ResultOf([](const QString &text) { return text.contains(u"in all"); }, true))));

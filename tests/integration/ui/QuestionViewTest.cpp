@@ -3,6 +3,8 @@
 #include "ui/sheets/QuestionView.h"
 #include "ui/sheets/SheetCard.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -10,18 +12,15 @@ using testing::ElementsAre;
 
 class QuestionViewTest : public SheetsFixture {
 protected:
-    QLineEdit *field() const { return named<QLineEdit>(QStringLiteral("Your answer")); }
-    QPushButton *send() const { return named<QPushButton>(QStringLiteral("Send your custom answer")); }
-    QPushButton *option(const QString &text) const
-    {
-        return named<QPushButton>(QStringLiteral("Answer: ") + text);
-    }
-    QPlainTextEdit *text() const { return named<QPlainTextEdit>(QStringLiteral("Question")); }
+    QLineEdit *field() const { return named<QLineEdit>(u"Your answer"_s); }
+    QPushButton *send() const { return named<QPushButton>(u"Send your custom answer"_s); }
+    QPushButton *option(const QString &text) const { return named<QPushButton>(u"Answer: "_s + text); }
+    QPlainTextEdit *text() const { return named<QPlainTextEdit>(u"Question"_s); }
     QList<QWidget *> answers() const
     {
         QList<QWidget *> found;
         for (QPushButton *button : question->findChildren<QPushButton *>())
-            if (button->isVisible() && button->accessibleName().startsWith(QStringLiteral("Answer: ")))
+            if (button->isVisible() && button->accessibleName().startsWith(u"Answer: "_s))
                 found.append(button);
         return found;
     }
@@ -29,72 +28,71 @@ protected:
 
 TEST_F(QuestionViewTest, ShowsTheQuestionAndItsOptionsInOrder)
 {
-    ask(QStringLiteral("Which colour?"), {QStringLiteral("Red"), QStringLiteral("Green")});
+    ask(u"Which colour?"_s, {u"Red"_s, u"Green"_s});
     ASSERT_TRUE(question->isVisible());
-    EXPECT_THAT(labels(*question),
-                ElementsAre(QStringLiteral("Morvane has a question"), QStringLiteral("Choose an answer:"),
-                            QStringLiteral("Or type your own answer:")));
-    EXPECT_EQ(text()->toPlainText(), QStringLiteral("Which colour?"));
-    EXPECT_THAT(answers(), ElementsAre(option(QStringLiteral("Red")), option(QStringLiteral("Green"))));
-    EXPECT_EQ(field()->placeholderText(), QStringLiteral("Custom answer"));
+    EXPECT_THAT(labels(*question), ElementsAre(u"Morvane has a question"_s, u"Choose an answer:"_s,
+                                               u"Or type your own answer:"_s));
+    EXPECT_EQ(text()->toPlainText(), u"Which colour?"_s);
+    EXPECT_THAT(answers(), ElementsAre(option(u"Red"_s), option(u"Green"_s)));
+    EXPECT_EQ(field()->placeholderText(), u"Custom answer"_s);
     ASSERT_NE(send(), nullptr);
 }
 
 TEST_F(QuestionViewTest, QuestionWithoutOptionsShowsTheTextFieldAlone)
 {
-    ask(QStringLiteral("What is your name?"));
-    EXPECT_THAT(labels(*question), ElementsAre(QStringLiteral("Morvane has a question")));
+    ask(u"What is your name?"_s);
+    EXPECT_THAT(labels(*question), ElementsAre(u"Morvane has a question"_s));
     EXPECT_TRUE(answers().isEmpty());
     EXPECT_EQ(focus(), field());
 }
 
 TEST_F(QuestionViewTest, OptionAnswersWithItsText)
 {
-    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One & two"), QStringLiteral("Three")});
+    auto answer = ask(u"Which?"_s, {u"One & two"_s, u"Three"_s});
     notice();
-    click(option(QStringLiteral("One & two")));
+    click(option(u"One & two"_s));
     ASSERT_TRUE(answer.done());
-    EXPECT_EQ(answer.result(), QStringLiteral("One & two"));
+    EXPECT_EQ(answer.result(), u"One & two"_s);
     EXPECT_FALSE(question->isVisible());
 }
 
 TEST_F(QuestionViewTest, ReturnOnAnOptionAnswersWithIt)
 {
-    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One"), QStringLiteral("Two")});
+    auto answer = ask(u"Which?"_s, {u"One"_s, u"Two"_s});
     notice();
-    EXPECT_EQ(focus(), option(QStringLiteral("One")));
+    EXPECT_EQ(focus(), option(u"One"_s));
     press(Qt::Key_Tab);
     press(Qt::Key_Return);
     ASSERT_TRUE(answer.done());
-    EXPECT_EQ(answer.result(), QStringLiteral("Two"));
+    EXPECT_EQ(answer.result(), u"Two"_s);
 }
 
 TEST_F(QuestionViewTest, CustomAnswerIsSentTrimmed)
 {
-    auto answer = ask(QStringLiteral("Which?"));
+    auto answer = ask(u"Which?"_s);
     notice();
-    type(QStringLiteral("  my way  "));
+    type(u"  my way  "_s);
     click(send());
     ASSERT_TRUE(answer.done());
-    EXPECT_EQ(answer.result(), QStringLiteral("my way"));
+    EXPECT_EQ(answer.result(), u"my way"_s);
 }
 
 TEST_F(QuestionViewTest, ReturnInTheFieldSendsTheCustomAnswer)
 {
-    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    auto answer = ask(u"Which?"_s, {u"One"_s});
     notice();
     field()->setFocus();
-    type(QStringLiteral("mine"));
+    type(u"mine"_s);
     press(Qt::Key_Return);
     ASSERT_TRUE(answer.done());
-    EXPECT_EQ(answer.result(), QStringLiteral("mine"));
+    EXPECT_EQ(answer.result(), u"mine"_s);
 }
 
 TEST_F(QuestionViewTest, AnswerOfBlanksOnlyDoesNotCloseTheSheet)
 {
-    auto answer = ask(QStringLiteral("Which?"));
+    auto answer = ask(u"Which?"_s);
     notice();
-    type(QStringLiteral("  \u00A0 "));
+    type(u"  \u00A0 "_s);
     press(Qt::Key_Return);
     click(send());
     EXPECT_FALSE(answer.done());
@@ -103,7 +101,7 @@ TEST_F(QuestionViewTest, AnswerOfBlanksOnlyDoesNotCloseTheSheet)
 
 TEST_F(QuestionViewTest, EscapeLeavesTheQuestionStanding)
 {
-    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    auto answer = ask(u"Which?"_s, {u"One"_s});
     notice();
     press(Qt::Key_Escape);
     EXPECT_FALSE(answer.done());
@@ -113,65 +111,63 @@ TEST_F(QuestionViewTest, EscapeLeavesTheQuestionStanding)
 
 TEST_F(QuestionViewTest, NextQuestionBeginsWithAnEmptyField)
 {
-    auto first = ask(QStringLiteral("First?"), {QStringLiteral("One")});
+    auto first = ask(u"First?"_s, {u"One"_s});
     notice();
     field()->setFocus();
-    type(QStringLiteral("left over"));
-    click(option(QStringLiteral("One")));
+    type(u"left over"_s);
+    click(option(u"One"_s));
     ASSERT_TRUE(first.done());
-    ask(QStringLiteral("Second?"), {QStringLiteral("Two")});
+    ask(u"Second?"_s, {u"Two"_s});
     EXPECT_EQ(field()->text(), QString());
-    EXPECT_THAT(answers(), ElementsAre(option(QStringLiteral("Two"))));
+    EXPECT_THAT(answers(), ElementsAre(option(u"Two"_s)));
 }
 
 TEST_F(QuestionViewTest, IsAModalDialogThatAsksItsQuestion)
 {
-    ask(QStringLiteral("Which colour?"), {QStringLiteral("Red")});
+    ask(u"Which colour?"_s, {u"Red"_s});
     const auto *card = accessible(question->card());
     EXPECT_EQ(card->role(), QAccessible::Dialog);
-    EXPECT_EQ(card->text(QAccessible::Name), QStringLiteral("Morvane asks: Which colour?"));
+    EXPECT_EQ(card->text(QAccessible::Name), u"Morvane asks: Which colour?"_s);
     EXPECT_TRUE(card->state().modal);
-    EXPECT_EQ(accessible(option(QStringLiteral("Red")))->text(QAccessible::Name),
-              QStringLiteral("Answer: Red"));
+    EXPECT_EQ(accessible(option(u"Red"_s))->text(QAccessible::Name), u"Answer: Red"_s);
 }
 
 TEST_F(QuestionViewTest, TabGoesThroughOptionsFieldAndButton)
 {
-    ask(QStringLiteral("Which?"), {QStringLiteral("One"), QStringLiteral("Two")});
+    ask(u"Which?"_s, {u"One"_s, u"Two"_s});
     notice();
-    EXPECT_THAT(tabStops(), ElementsAre(option(QStringLiteral("One")), option(QStringLiteral("Two")), field(),
-                                        send(), text()));
+    EXPECT_THAT(tabStops(), ElementsAre(option(u"One"_s), option(u"Two"_s), field(), send(), text()));
 }
 
 TEST_F(QuestionViewTest, LongOptionWrapsAndTellsAllOfItself)
 {
-    const QString longText = QStringLiteral("a rather long answer that goes on & on ").repeated(40).trimmed();
-    ask(QStringLiteral("Which?"), {longText, QStringLiteral("<b>short</b>")});
+    const QString longText = u"a rather long answer that goes on & on "_s.repeated(40).trimmed();
+    ask(u"Which?"_s, {longText, u"<b>short</b>"_s});
     EXPECT_LE(option(longText)->width(), window->width());
-    EXPECT_GT(option(longText)->height(), 2 * option(QStringLiteral("<b>short</b>"))->height());
+    EXPECT_GT(option(longText)->height(), 2 * option(u"<b>short</b>"_s)->height());
     EXPECT_TRUE(option(longText)->toolTip().contains(longText.toHtmlEscaped()));
-    EXPECT_TRUE(option(QStringLiteral("<b>short</b>"))->toolTip().isEmpty());
+    EXPECT_TRUE(option(u"<b>short</b>"_s)->toolTip().isEmpty());
 }
 
 TEST_F(QuestionViewTest, HundredsOfOptionsScrollAndKeepTheSheetInTheWindow)
 {
     QStringList many;
     for (int i = 0; i < 300; ++i)
-        many.append(QStringLiteral("Option %1").arg(i));
-    auto answer = ask(QStringLiteral("Which?"), many);
+        many.append(u"Option %1"_s.arg(i));
+    auto answer = ask(u"Which?"_s, many);
     notice();
     EXPECT_EQ(answers().size(), 300);
     EXPECT_TRUE(window->rect().contains(question->card()->geometry()));
     EXPECT_TRUE(window->rect().contains(send()->mapTo(window.get(), send()->rect().bottomRight())));
     for (int i = 0; i < 299; ++i)
         press(Qt::Key_Tab);
-    auto *last = option(QStringLiteral("Option 299"));
+    auto *last = option(u"Option 299"_s);
     ASSERT_EQ(focus(), last);
     EXPECT_TRUE(question->card()->rect().contains(
         last->mapTo(question->card(), last->rect().center()))); // scrolled into view
     press(Qt::Key_Return);
     ASSERT_TRUE(answer.done());
-    EXPECT_EQ(answer.result(), QStringLiteral("Option 299"));
+    EXPECT_EQ(answer.result(), u"Option 299"_s);
 }
 
 } // namespace

@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QSpinBox>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -27,27 +29,27 @@ protected:
 TEST_F(SettingsSectionsTest, KeySectionIsNotThereForTheLocalProviderAndTheLocalSectionOnlyThere)
 {
     choose(ProviderID::ollama);
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("Local (Ollama) API key")), nullptr);
-    EXPECT_NE(named<QWidget>(QStringLiteral("Built-in Local Model")), nullptr);
+    EXPECT_EQ(named<QLineEdit>(u"Local (Ollama) API key"_s), nullptr);
+    EXPECT_NE(named<QWidget>(u"Built-in Local Model"_s), nullptr);
     for (const ProviderID provider : allProviders) {
         if (provider == ProviderID::ollama)
             continue;
         choose(provider);
         EXPECT_NE(named<QLineEdit>(displayName(provider) + " API key"), nullptr);
-        EXPECT_EQ(named<QWidget>(QStringLiteral("Built-in Local Model")), nullptr);
+        EXPECT_EQ(named<QWidget>(u"Built-in Local Model"_s), nullptr);
     }
 }
 
 TEST_F(SettingsSectionsTest, KeyIsHiddenUntilItIsShown)
 {
     choose(ProviderID::openai);
-    auto *key = named<QLineEdit>(QStringLiteral("OpenAI API key"));
+    auto *key = named<QLineEdit>(u"OpenAI API key"_s);
     EXPECT_EQ(key->echoMode(), QLineEdit::Password);
-    named<QPushButton>(QStringLiteral("Show API key"))->click();
+    named<QPushButton>(u"Show API key"_s)->click();
     EXPECT_EQ(key->echoMode(), QLineEdit::Normal);
     retype(key, "typed in clear");
     EXPECT_EQ(settings->apiKey(), "typed in clear");
-    named<QPushButton>(QStringLiteral("Hide API key"))->click();
+    named<QPushButton>(u"Hide API key"_s)->click();
     EXPECT_EQ(key->echoMode(), QLineEdit::Password);
 }
 
@@ -158,12 +160,12 @@ TEST_F(SettingsSectionsTest, AFailedInstallationTellsWhyAndCanBeTriedAgain)
 
 TEST_F(SettingsSectionsTest, TemperatureMovesInTenths)
 {
-    auto *slider = named<StepSlider>(QStringLiteral("Creativity temperature"));
+    auto *slider = named<StepSlider>(u"Creativity temperature"_s);
     ASSERT_NE(slider, nullptr);
     slider->setValue(3);
     EXPECT_EQ(settings->temperature(), 0.3);
     EXPECT_TRUE(shows("Creativity (temperature): 0.3"));
-    EXPECT_EQ(slider->accessibleDescription(), QStringLiteral("Creativity temperature 0.3"));
+    EXPECT_EQ(slider->accessibleDescription(), u"Creativity temperature 0.3"_s);
     settings->setTemperature(0.9);
     EXPECT_EQ(slider->value(), 9);
     slider->setFocus();
@@ -189,7 +191,7 @@ TEST_F(SettingsSectionsTest, AReaderHearsTheTemperatureItself)
 
 TEST_F(SettingsSectionsTest, StepsStayBetween8And200)
 {
-    auto *steps = named<QSpinBox>(QStringLiteral("Maximum steps per task"));
+    auto *steps = named<QSpinBox>(u"Maximum steps per task"_s);
     ASSERT_NE(steps, nullptr);
     EXPECT_EQ(steps->text(), "25 steps");
     steps->stepUp();
@@ -206,15 +208,14 @@ TEST_F(SettingsSectionsTest, StepsStayBetween8And200)
 
 TEST_F(SettingsSectionsTest, StepsAreThereOnlyWhileTheyLimitAnything)
 {
-    for (QCheckBox *box : view->findChildren<QCheckBox *>()) {
+    for (QCheckBox *box : view->findChildren<QCheckBox *>())
         if (box->text() == "Keep going until the task is done")
             box->click();
-    }
     EXPECT_TRUE(settings->unlimitedSteps());
-    EXPECT_EQ(named<QSpinBox>(QStringLiteral("Maximum steps per task")), nullptr);
+    EXPECT_EQ(named<QSpinBox>(u"Maximum steps per task"_s), nullptr);
     EXPECT_FALSE(shows("How many tool actions one task may take before the assistant stops and reports."));
     settings->setUnlimitedSteps(false);
-    EXPECT_NE(named<QSpinBox>(QStringLiteral("Maximum steps per task")), nullptr);
+    EXPECT_NE(named<QSpinBox>(u"Maximum steps per task"_s), nullptr);
 }
 
 TEST_F(SettingsSectionsTest, SwitchesWriteThrough)
@@ -229,7 +230,7 @@ TEST_F(SettingsSectionsTest, SwitchesWriteThrough)
 
 TEST_F(SettingsSectionsTest, RemovedToolAsksAgain)
 {
-    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("edit_file")});
+    settings->setAlwaysAllowedTools({u"write_file"_s, u"edit_file"_s});
     settle();
     auto *remove = named<QPushButton>("Stop always allowing write_file");
     ASSERT_NE(remove, nullptr);
@@ -237,7 +238,7 @@ TEST_F(SettingsSectionsTest, RemovedToolAsksAgain)
     EXPECT_NE(named<QWidget>("Write files (write_file)"), nullptr);
     remove->click();
     settle();
-    EXPECT_EQ(settings->alwaysAllowedTools(), QSet<QString>{QStringLiteral("edit_file")});
+    EXPECT_EQ(settings->alwaysAllowedTools(), QSet<QString>{u"edit_file"_s});
     EXPECT_EQ(named<QPushButton>("Stop always allowing write_file"), nullptr);
     EXPECT_EQ(view->focusWidget(), named<QPushButton>("Stop always allowing edit_file"));
     named<QPushButton>("Stop always allowing edit_file")->click();
@@ -256,10 +257,9 @@ TEST_F(SettingsSectionsTest, NamesFromAFileThatSomebodyEditedDoNotSpoilTheWindow
     settle();
     EXPECT_EQ(view->width(), before);
     EXPECT_LT(view->findChild<QWidget *>()->minimumSizeHint().width(), before);
-    for (QPushButton *button : view->findChildren<QPushButton *>()) {
+    for (QPushButton *button : view->findChildren<QPushButton *>())
         if (button->accessibleName().startsWith("Stop always allowing"))
             button->click();
-    }
     EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
 }
 

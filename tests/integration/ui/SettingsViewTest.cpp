@@ -12,6 +12,8 @@
 #include <QTabWidget>
 #include <QWheelEvent>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -20,7 +22,7 @@ class SettingsViewTest : public SettingsViewFixture {
 protected:
     MenuPicker *models(const QString &provider) const
     {
-        return named<MenuPicker>(QStringLiteral("Model for ") + provider);
+        return named<MenuPicker>(u"Model for "_s + provider);
     }
 
     static QStringList rows(const MenuPicker &picker)
@@ -52,10 +54,9 @@ TEST_F(SettingsViewTest, SectionsStandInOrderAndAreGroups)
 {
     const auto visibleSections = [this] {
         QList<QWidget *> sections;
-        for (auto *section : view->findChildren<SettingsSection *>()) {
+        for (auto *section : view->findChildren<SettingsSection *>())
             if (section->isVisible())
                 sections.append(section);
-        }
         std::sort(sections.begin(), sections.end(), [this](QWidget *first, QWidget *second) {
             return first->mapTo(view.get(), QPoint()).y() < second->mapTo(view.get(), QPoint()).y();
         });
@@ -76,10 +77,10 @@ TEST_F(SettingsViewTest, SectionsStandInOrderAndAreGroups)
 
 TEST_F(SettingsViewTest, ChangingTheProviderSetsItsDefaultModel)
 {
-    settings->setModel(QStringLiteral("my favourite"));
+    settings->setModel(u"my favourite"_s);
     choose(ProviderID::openai);
     EXPECT_EQ(settings->providerID(), ProviderID::openai);
-    EXPECT_EQ(settings->model(), QStringLiteral("gpt-5-mini"));
+    EXPECT_EQ(settings->model(), u"gpt-5-mini"_s);
     choose(ProviderID::custom);
     EXPECT_EQ(settings->model(), QString());
 }
@@ -132,12 +133,12 @@ TEST_F(SettingsViewTest, TheProvidersNoteIsShownAndReadOutWithItsPrefix)
 TEST_F(SettingsViewTest, ChangingTheProviderLeavesTheKeysAlone)
 {
     choose(ProviderID::openai);
-    retype(named<QLineEdit>(QStringLiteral("OpenAI API key")), QStringLiteral("sk-one"));
+    retype(named<QLineEdit>(u"OpenAI API key"_s), u"sk-one"_s);
     choose(ProviderID::groq);
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("Groq API key"))->text(), QString());
+    EXPECT_EQ(named<QLineEdit>(u"Groq API key"_s)->text(), QString());
     choose(ProviderID::openai);
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("OpenAI API key"))->text(), QStringLiteral("sk-one"));
-    EXPECT_EQ(settings->apiKey(), QStringLiteral("sk-one"));
+    EXPECT_EQ(named<QLineEdit>(u"OpenAI API key"_s)->text(), u"sk-one"_s);
+    EXPECT_EQ(settings->apiKey(), u"sk-one"_s);
 }
 
 TEST_F(SettingsViewTest, TheListIsLoadedWhenTheWindowOpens)
@@ -170,15 +171,15 @@ TEST_F(SettingsViewTest, TheStateOfTheListIsTold)
 TEST_F(SettingsViewTest, UnlistedModelShowsAsCustomWithItsNameInTheField)
 {
     choose(ProviderID::openai);
-    settings->setModel(QStringLiteral("gpt-next"));
-    EXPECT_EQ(models("OpenAI")->currentText(), QStringLiteral("Custom"));
-    auto *name = named<QLineEdit>(QStringLiteral("Custom model name"));
+    settings->setModel(u"gpt-next"_s);
+    EXPECT_EQ(models("OpenAI")->currentText(), u"Custom"_s);
+    auto *name = named<QLineEdit>(u"Custom model name"_s);
     ASSERT_NE(name, nullptr);
-    EXPECT_EQ(name->text(), QStringLiteral("gpt-next"));
+    EXPECT_EQ(name->text(), u"gpt-next"_s);
     EXPECT_EQ(name->placeholderText(), "Or type a custom model name");
-    named<QPushButton>(QStringLiteral("Reset model to default"))->click();
-    EXPECT_EQ(settings->model(), QStringLiteral("gpt-5-mini"));
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("Custom model name")), nullptr);
+    named<QPushButton>(u"Reset model to default"_s)->click();
+    EXPECT_EQ(settings->model(), u"gpt-5-mini"_s);
+    EXPECT_EQ(named<QLineEdit>(u"Custom model name"_s), nullptr);
     EXPECT_EQ(models("OpenAI")->currentText(), "gpt-5-mini");
 }
 
@@ -189,7 +190,7 @@ TEST_F(SettingsViewTest, ListedModelIsChosenInThePicker)
     ASSERT_NE(picker, nullptr);
     Q_EMIT picker->activated(1);
     EXPECT_EQ(settings->model(), picker->itemText(1));
-    EXPECT_NE(settings->model(), QStringLiteral("Custom"));
+    EXPECT_NE(settings->model(), u"Custom"_s);
     EXPECT_EQ(picker->currentIndex(), 1);
 }
 
@@ -221,18 +222,18 @@ TEST_F(SettingsViewTest, TypingANameStaysInTheFieldThoughItIsListedForAMoment)
 
 TEST_F(SettingsViewTest, ServerBlockStandsForTheCustomProviderOnly)
 {
-    auto *url = named<QLineEdit>(QStringLiteral("API base URL"));
+    auto *url = named<QLineEdit>(u"API base URL"_s);
     ASSERT_NE(url, nullptr);
     EXPECT_EQ(url->placeholderText(), "https://api.example.com/v1");
-    retype(url, QStringLiteral("http://127.0.0.1:1234/v1"));
-    EXPECT_EQ(settings->customBaseURL(), QStringLiteral("http://127.0.0.1:1234/v1"));
-    EXPECT_NE(named<MenuPicker>(QStringLiteral("Server preset")), nullptr);
+    retype(url, u"http://127.0.0.1:1234/v1"_s);
+    EXPECT_EQ(settings->customBaseURL(), u"http://127.0.0.1:1234/v1"_s);
+    EXPECT_NE(named<MenuPicker>(u"Server preset"_s), nullptr);
     EXPECT_TRUE(shows("Server"));
     EXPECT_TRUE(shows("Fills in the base URL of a known OpenAI-compatible service."));
     EXPECT_TRUE(shows("The root of your provider's OpenAI-compatible API. /chat/completions is added "
                       "automatically."));
     choose(ProviderID::groq);
-    EXPECT_EQ(named<QLineEdit>(QStringLiteral("API base URL")), nullptr);
+    EXPECT_EQ(named<QLineEdit>(u"API base URL"_s), nullptr);
     EXPECT_FALSE(shows("Server"));
 }
 

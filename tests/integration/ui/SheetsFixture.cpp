@@ -9,6 +9,8 @@
 #include <QVBoxLayout>
 #include <boost/json.hpp>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 SheetsFixture::SheetsFixture() : window(std::make_unique<QMainWindow>())
@@ -16,7 +18,7 @@ SheetsFixture::SheetsFixture() : window(std::make_unique<QMainWindow>())
     auto *central = new QWidget;
     auto *layout = new QVBoxLayout(central);
     draft = new QPlainTextEdit;
-    behind = new QPushButton(QStringLiteral("Behind"));
+    behind = new QPushButton(u"Behind"_s);
     layout->addWidget(draft);
     layout->addWidget(behind);
     window->setCentralWidget(central);
@@ -47,7 +49,7 @@ TaskHandle<std::optional<ToolPermit>> SheetsFixture::request(const AIToolCall &c
 TaskHandle<std::optional<ToolPermit>> SheetsFixture::requestCommand(const QString &command)
 {
     const boost::json::object arguments{{"command", command.toStdString()}, {"destructive", true}};
-    return request(toolCall(QStringLiteral("run_shell_command"), boost::json::serialize(arguments).c_str()));
+    return request(toolCall(u"run_shell_command"_s, boost::json::serialize(arguments).c_str()));
 }
 
 TaskHandle<QString> SheetsFixture::ask(const QString &text, const QStringList &options)

@@ -8,6 +8,8 @@
 #include <QMenuBar>
 #include <QShortcut>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -18,7 +20,7 @@ class SheetsTest : public SheetsFixture {
 protected:
     TaskHandle<std::optional<ToolPermit>> requestWrite()
     {
-        return request(toolCall(QStringLiteral("write_file"), R"({"path":"/tmp/x"})"));
+        return request(toolCall(u"write_file"_s, R"({"path":"/tmp/x"})"));
     }
     void sendKey(QEvent::Type type, Qt::Key key, bool isAutoRepeat)
     {
@@ -87,9 +89,8 @@ TEST_F(SheetsTest, WhatWasDisabledBeforeStaysDisabledAfterwards)
 TEST_F(SheetsTest, CommandsOfTheMenuStayAtHand)
 {
     int used = 0;
-    QMenu *menu = window->menuBar()->addMenu(QStringLiteral("Program"));
-    menu->addAction(QStringLiteral("New Conversation"), QKeySequence(Qt::CTRL | Qt::Key_N),
-                    [&used] { ++used; });
+    QMenu *menu = window->menuBar()->addMenu(u"Program"_s);
+    menu->addAction(u"New Conversation"_s, QKeySequence(Qt::CTRL | Qt::Key_N), [&used] { ++used; });
     requestWrite();
     notice();
     press(Qt::Key_N, Qt::ControlModifier);
@@ -148,7 +149,7 @@ TEST_F(SheetsTest, TypingThatRunsOnDoesNotAnswer)
     auto answer = requestWrite();
     for (int i = 0; i < 20; ++i) {
         now += 120ms;
-        type(QStringLiteral("a"));
+        type(u"a"_s);
     }
     now += 120ms;
     press(Qt::Key_Return);
@@ -198,14 +199,14 @@ TEST_F(SheetsTest, SecondClickOfADoubleClickDoesNotAnswer)
 {
     auto answer = requestWrite();
     now += 200ms;
-    click(named<QPushButton>(QStringLiteral("Allow the action")));
+    click(named<QPushButton>(u"Allow the action"_s));
     EXPECT_FALSE(answer.done());
 }
 
 TEST_F(SheetsTest, AssistiveTechnologyAnswersAtOnce)
 {
     auto answer = requestWrite();
-    accessible(named<QPushButton>(QStringLiteral("Allow the action")))
+    accessible(named<QPushButton>(u"Allow the action"_s))
         ->actionInterface()
         ->doAction(QAccessibleActionInterface::pressAction());
     ASSERT_TRUE(waitUntil([&answer] { return answer.done(); }));
@@ -214,19 +215,19 @@ TEST_F(SheetsTest, AssistiveTechnologyAnswersAtOnce)
 
 TEST_F(SheetsTest, LettersTypedWhileAQuestionComesUpDoNotLandInTheAnswer)
 {
-    ask(QStringLiteral("Which?"));
+    ask(u"Which?"_s);
     now += 100ms;
-    type(QStringLiteral("abc"));
-    auto *field = named<QLineEdit>(QStringLiteral("Your answer"));
+    type(u"abc"_s);
+    auto *field = named<QLineEdit>(u"Your answer"_s);
     EXPECT_EQ(field->text(), QString());
     notice();
-    type(QStringLiteral("def"));
-    EXPECT_EQ(field->text(), QStringLiteral("def"));
+    type(u"def"_s);
+    EXPECT_EQ(field->text(), u"def"_s);
 }
 
 TEST_F(SheetsTest, SheetAboveAnotherTakesTheInputAndGivesItBack)
 {
-    auto answer = ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    auto answer = ask(u"Which?"_s, {u"One"_s});
     auto allowed = requestWrite();
     notice();
     EXPECT_TRUE(permission->isAncestorOf(focus()));
@@ -244,10 +245,10 @@ TEST_F(SheetsTest, SheetAboveAnotherTakesTheInputAndGivesItBack)
 
 TEST_F(SheetsTest, SheetBelowAnotherMayCloseFirst)
 {
-    ask(QStringLiteral("Which?"), {QStringLiteral("One")});
+    ask(u"Which?"_s, {u"One"_s});
     requestWrite();
     notice();
-    model->questions().resolveQuestion(QStringLiteral("One"));
+    model->questions().resolveQuestion(u"One"_s);
     EXPECT_TRUE(permission->isAncestorOf(focus()));
     EXPECT_FALSE(draft->isEnabled());
     press(Qt::Key_Escape);

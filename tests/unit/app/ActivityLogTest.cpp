@@ -3,61 +3,63 @@
 
 #include <gmock/gmock.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 TEST(ActivityLogTest, SucceedingToolIsSpelledWithBlanks)
 {
     ActivityLog log;
-    log.logResult(toolCall(QStringLiteral("read_file")), QStringLiteral(" a\nb\r\nc "), {});
-    EXPECT_EQ(log.steps().first().text, QStringLiteral("read file returned: a b c"));
+    log.logResult(toolCall(u"read_file"_s), u" a\nb\r\nc "_s, {});
+    EXPECT_EQ(log.steps().first().text, u"read file returned: a b c"_s);
     EXPECT_EQ(log.steps().first().kind, ActivityStep::Kind::info);
 }
 
 TEST(ActivityLogTest, FailingToolKeepsTheWordError)
 {
     ActivityLog log;
-    log.logResult(toolCall(QStringLiteral("read_file")), QStringLiteral("Error: no such file"), {});
-    EXPECT_EQ(log.steps().first().text, QStringLiteral("read file failed: Error: no such file"));
+    log.logResult(toolCall(u"read_file"_s), u"Error: no such file"_s, {});
+    EXPECT_EQ(log.steps().first().text, u"read file failed: Error: no such file"_s);
     EXPECT_EQ(log.steps().first().kind, ActivityStep::Kind::error);
 }
 
 TEST(ActivityLogTest, SubagentStandsBeforeTheToolsName)
 {
     ActivityLog log;
-    log.logResult(toolCall(QStringLiteral("read_file")), QStringLiteral("x"), QStringLiteral("Subagent"));
-    EXPECT_EQ(log.steps().first().text, QStringLiteral("Subagent read file returned: x"));
+    log.logResult(toolCall(u"read_file"_s), u"x"_s, u"Subagent"_s);
+    EXPECT_EQ(log.steps().first().text, u"Subagent read file returned: x"_s);
 }
 
 TEST(ActivityLogTest, ResultsAreCutAt140Characters)
 {
     ActivityLog log;
-    log.logResult(toolCall(QStringLiteral("t")), QString(140, QLatin1Char('a')), {});
-    log.logResult(toolCall(QStringLiteral("t")), QString(141, QLatin1Char('a')), {});
-    EXPECT_EQ(log.steps().at(0).text, QStringLiteral("t returned: ") + QString(140, QLatin1Char('a')));
-    EXPECT_EQ(log.steps().at(1).text, QStringLiteral("t returned: ") + QString(140, QLatin1Char('a')) + u'…');
+    log.logResult(toolCall(u"t"_s), QString(140, u'a'), {});
+    log.logResult(toolCall(u"t"_s), QString(141, u'a'), {});
+    EXPECT_EQ(log.steps().at(0).text, u"t returned: "_s + QString(140, u'a'));
+    EXPECT_EQ(log.steps().at(1).text, u"t returned: "_s + QString(140, u'a') + u'…');
 }
 
 TEST(ActivityLogTest, RunWithoutToolsSaysSo)
 {
     ActivityLog log;
     log.logFinished({});
-    EXPECT_EQ(log.steps().first().text, QStringLiteral("Finished. No tools were needed."));
+    EXPECT_EQ(log.steps().first().text, u"Finished. No tools were needed."_s);
     EXPECT_EQ(log.steps().first().kind, ActivityStep::Kind::success);
 }
 
 TEST(ActivityLogTest, FinishedRunNamesItsTools)
 {
     ActivityLog log;
-    log.logFinished({QStringLiteral("read_file"), QStringLiteral("calculate")});
-    EXPECT_EQ(log.steps().first().text, QStringLiteral("Finished. Completed: read file, calculate."));
+    log.logFinished({u"read_file"_s, u"calculate"_s});
+    EXPECT_EQ(log.steps().first().text, u"Finished. Completed: read file, calculate."_s);
 }
 
 TEST(ActivityLogTest, EqualLinesAreNotMerged)
 {
     ActivityLog log;
-    log.log(QStringLiteral("same"), ActivityStep::Kind::info);
-    log.log(QStringLiteral("same"), ActivityStep::Kind::info);
+    log.log(u"same"_s, ActivityStep::Kind::info);
+    log.log(u"same"_s, ActivityStep::Kind::info);
     EXPECT_EQ(log.steps().size(), 2);
     EXPECT_NE(log.steps().at(0).id, log.steps().at(1).id);
 }

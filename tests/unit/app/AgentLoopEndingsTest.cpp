@@ -3,6 +3,8 @@
 #include "async/OneShot.h"
 #include "providers/AIServiceError.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 using testing::Contains;
 
@@ -11,17 +13,16 @@ namespace {
 
 using Service = FakeAIService;
 
-const QString repetitionNote = QStringLiteral(
-    "I noticed I was repeating the same action without progress, so I stopped to avoid going in circles. The "
-    "obstacle did not respond to that approach — tell me what you would like me to try instead.");
+const QString repetitionNote =
+    u"I noticed I was repeating the same action without progress, so I stopped to avoid going in circles. "
+    u"The "
+    "obstacle did not respond to that approach — tell me what you would like me to try instead."_s;
 
 QString limitNote(int steps)
 {
-    return QStringLiteral(
-               "I reached the limit of %1 steps while working on this and stopped to avoid running "
-               "forever. Ask me to continue and I'll pick up where I left off — or raise the limit "
-               "in Settings under Behaviour.")
-        .arg(steps);
+    return u"I reached the limit of %1 steps while working on this and stopped to avoid running "
+           "forever. Ask me to continue and I'll pick up where I left off — or raise the limit "
+           "in Settings under Behaviour."_s.arg(steps);
 }
 
 using AgentLoopEndingsTest = AppFixture;
@@ -33,58 +34,58 @@ Task<QString> textOf(OneShot<QString> text)
 
 TEST_F(AgentLoopEndingsTest, ThirdIdenticalCallOfOneTurnIsNotRun)
 {
-    const AIToolCall call = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
+    const AIToolCall call = toolCall(u"calculate"_s, R"({"expression":"1"})");
     service.willTurn(Service::calls({call, call, call}));
-    sendAndFinish(QStringLiteral("go"));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(executed.size(), 2);
     EXPECT_EQ(contextEntries<APIMessage::FunctionCall>().size(), 3);
     EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().size(), 2);
     EXPECT_EQ(lastMessage().text, repetitionNote);
-    EXPECT_EQ(lastStep().text, QStringLiteral("Stopped: the same action repeated without progress."));
+    EXPECT_EQ(lastStep().text, u"Stopped: the same action repeated without progress."_s);
     EXPECT_EQ(lastStep().kind, ActivityStep::Kind::error);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
     EXPECT_EQ(service.requests().size(), 1);
 }
 
 TEST_F(AgentLoopEndingsTest, RepetitionIsCountedAcrossTurns)
 {
-    const AIToolCall call = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
+    const AIToolCall call = toolCall(u"calculate"_s, R"({"expression":"1"})");
     for (int turn = 0; turn < 3; ++turn)
         service.willTurn(Service::calls({call}));
-    sendAndFinish(QStringLiteral("go"));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(executed.size(), 2);
     EXPECT_EQ(lastMessage().text, repetitionNote);
 }
 
 TEST_F(AgentLoopEndingsTest, ADifferentCallBetweenLikeOnesResetsTheCount)
 {
-    const AIToolCall one = toolCall(QStringLiteral("calculate"), R"({"expression":"1"})");
-    const AIToolCall other = toolCall(QStringLiteral("calculate"), R"({"expression":"2"})");
+    const AIToolCall one = toolCall(u"calculate"_s, R"({"expression":"1"})");
+    const AIToolCall other = toolCall(u"calculate"_s, R"({"expression":"2"})");
     service.willTurn(Service::calls({one, one, other, one, one}));
-    service.willTurn(Service::answer(QStringLiteral("fine")));
-    sendAndFinish(QStringLiteral("go"));
+    service.willTurn(Service::answer(u"fine"_s));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(executed.size(), 5);
-    EXPECT_EQ(lastMessage().text, QStringLiteral("fine"));
+    EXPECT_EQ(lastMessage().text, u"fine"_s);
 }
 
 TEST_F(AgentLoopEndingsTest, AnotherOrderOfKeysIsAnotherCall)
 {
-    const AIToolCall one = toolCall(QStringLiteral("write"), R"({"a":1,"b":2})");
-    const AIToolCall other = toolCall(QStringLiteral("write"), R"({"b":2,"a":1})");
+    const AIToolCall one = toolCall(u"write"_s, R"({"a":1,"b":2})");
+    const AIToolCall other = toolCall(u"write"_s, R"({"b":2,"a":1})");
     service.willTurn(Service::calls({one, one, other, one}));
-    service.willTurn(Service::answer(QStringLiteral("fine")));
-    sendAndFinish(QStringLiteral("go"));
+    service.willTurn(Service::answer(u"fine"_s));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(executed.size(), 4);
 }
 
 TEST_F(AgentLoopEndingsTest, RepetitionCountsQuestionsTooBeforeTheyAreAsked)
 {
-    const AIToolCall call = toolCall(QStringLiteral("ask_user"), R"({"question":"Which?"})");
+    const AIToolCall call = toolCall(u"ask_user"_s, R"({"question":"Which?"})");
     service.willTurn(Service::calls({call, call, call}));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     for (int question = 0; question < 2; ++question) {
         ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
-        model->questions().resolveQuestion(QStringLiteral("this"));
+        model->questions().resolveQuestion(u"this"_s);
     }
     finishRun();
     EXPECT_EQ(lastMessage().text, repetitionNote);
@@ -93,39 +94,38 @@ TEST_F(AgentLoopEndingsTest, RepetitionCountsQuestionsTooBeforeTheyAreAsked)
 TEST_F(AgentLoopEndingsTest, OneStepGivesOneTurnWithToolsAndThenTheNote)
 {
     settings->setMaxSteps(1);
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
-    sendAndFinish(QStringLiteral("go"));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(service.requests().size(), 1);
     EXPECT_EQ(lastMessage().text, limitNote(1));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
     EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().size(), 1);
 }
 
 TEST_F(AgentLoopEndingsTest, TextOfTheLastAllowedStepIsReplacedByTheNote)
 {
     settings->setMaxSteps(1);
-    service.willTurn(
-        Service::calls({toolCall(QStringLiteral("calculate"))}, QStringLiteral("I am nearly there")));
-    sendAndFinish(QStringLiteral("go"));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}, u"I am nearly there"_s));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(lastMessage().text, limitNote(1));
 }
 
 TEST_F(AgentLoopEndingsTest, AnswerInTheVeryLastAllowedTurnGetsNoNote)
 {
     settings->setMaxSteps(2);
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
-    service.willTurn(Service::answer(QStringLiteral("Two.")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("Two."));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}));
+    service.willTurn(Service::answer(u"Two."_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastMessage().text, u"Two."_s);
 }
 
 TEST_F(AgentLoopEndingsTest, LoweringTheLimitDuringARunStopsItAtTheNextTurn)
 {
     settings->setMaxSteps(10);
-    Service::Turn first = Service::calls({toolCall(QStringLiteral("calculate"))});
+    Service::Turn first = Service::calls({toolCall(u"calculate"_s)});
     first.atStart = [this] { settings->setMaxSteps(1); };
     service.willTurn(first);
-    sendAndFinish(QStringLiteral("go"));
+    sendAndFinish(u"go"_s);
     EXPECT_EQ(service.requests().size(), 1);
     EXPECT_EQ(lastMessage().text, limitNote(1));
 }
@@ -136,24 +136,24 @@ TEST_F(AgentLoopEndingsTest, UnlimitedStepsKnowNoLimit)
     settings->setUnlimitedSteps(true);
     for (int turn = 0; turn < 5; ++turn) {
         const QByteArray arguments = QByteArray(R"({"expression":")") + QByteArray::number(turn) + R"("})";
-        service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"), arguments.constData())}));
+        service.willTurn(Service::calls({toolCall(u"calculate"_s, arguments.constData())}));
     }
-    service.willTurn(Service::answer(QStringLiteral("done")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("done"));
+    service.willTurn(Service::answer(u"done"_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastMessage().text, u"done"_s);
 }
 
 TEST_F(AgentLoopEndingsTest, ErrorEndsTheRunAndTheContextKeepsOnlyTheRequest)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}));
     service.willTurn(Service::failure(std::make_exception_ptr(
-        AIServiceError(AIServiceError::RateLimited{QStringLiteral("The free allowance resets daily.")}))));
-    sendAndFinish(QStringLiteral("go"));
-    const QString error = QStringLiteral(
-        "You reached the free limit for this provider for now. The free allowance resets daily.");
+        AIServiceError(AIServiceError::RateLimited{u"The free allowance resets daily."_s}))));
+    sendAndFinish(u"go"_s);
+    const QString error =
+        u"You reached the free limit for this provider for now. The free allowance resets daily."_s;
     EXPECT_EQ(lastMessage().errorMessage, error);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Error"));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("There was an error. ") + error));
+    EXPECT_EQ(model->status().statusText(), u"Error"_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"There was an error. "_s + error));
     EXPECT_EQ(notifications.notified.value(0).second, NotificationPort::Outcome::error);
     EXPECT_EQ(model->context().size(), 1);
 }
@@ -161,20 +161,20 @@ TEST_F(AgentLoopEndingsTest, ErrorEndsTheRunAndTheContextKeepsOnlyTheRequest)
 TEST_F(AgentLoopEndingsTest, StreamedBatchesSurviveAnErrorAndTheRestIsDropped)
 {
     Service::Turn turn;
-    turn.tokens = {QString(200, QLatin1Char('a')), QStringLiteral("dropped")};
+    turn.tokens = {QString(200, u'a'), u"dropped"_s};
     turn.error = std::make_exception_ptr(AIServiceError(AIServiceError::Blocked{}));
     service.willTurn(turn);
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_EQ(lastMessage().text, QString(200, QLatin1Char('a')));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastMessage().text, QString(200, u'a'));
 }
 
 TEST_F(AgentLoopEndingsTest, StalledModelIsEndedAfter120Seconds)
 {
     Service::Turn turn;
-    turn.tokens = {QStringLiteral("one")};
+    turn.tokens = {u"one"_s};
     turn.silence = 1h;
     service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     settle();
     for (int second = 0; second < 120; ++second) {
         clock.advance(1s);
@@ -183,27 +183,26 @@ TEST_F(AgentLoopEndingsTest, StalledModelIsEndedAfter120Seconds)
     EXPECT_TRUE(model->isBusy());
     clock.advance(1s);
     finishRun();
-    EXPECT_EQ(
-        lastMessage().errorMessage,
-        QStringLiteral("The model stopped responding. Try again, choose a smaller model, or use a faster "
-                       "provider."));
+    EXPECT_EQ(lastMessage().errorMessage,
+              u"The model stopped responding. Try again, choose a smaller model, or use a faster "
+              "provider."_s);
 }
 
 TEST_F(AgentLoopEndingsTest, LocalModelMayBeSilentFor240Seconds)
 {
     settings->setProviderID(ProviderID::ollama);
     localModel.serverRunning = true;
-    localModel.models = {QStringLiteral("scripted")};
+    localModel.models = {u"scripted"_s};
     Service::Turn warmUp;
     service.willTurn(warmUp);
-    settings->setModel(QStringLiteral("scripted"));
+    settings->setModel(u"scripted"_s);
     model->localModel().refreshLocalModel();
     ASSERT_TRUE(waitUntil([this] { return model->localModel().info().running; }));
     settle();
     Service::Turn turn;
     turn.silence = 1h;
     service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     settle();
     for (int second = 0; second < 240; ++second) {
         clock.advance(1s);
@@ -222,17 +221,17 @@ TEST_F(AgentLoopEndingsTest, RemainingCallsOfATurnStillRunAfterACancel)
         executed.append(permit.call().name);
         return textOf(toolEnd);
     };
-    service.willTurn(Service::calls({toolCall(QStringLiteral("first")), toolCall(QStringLiteral("second"))}));
-    service.willTurn(Service::answer(QStringLiteral("never said")));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    service.willTurn(Service::calls({toolCall(u"first"_s), toolCall(u"second"_s)}));
+    service.willTurn(Service::answer(u"never said"_s));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return executed.size() == 1; }));
     model->cancel();
     settle();
     EXPECT_EQ(executed.size(), 1);
-    OneShot(toolEnd).resume(QStringLiteral("tool result"));
+    OneShot(toolEnd).resume(u"tool result"_s);
     settle();
-    EXPECT_EQ(executed, QStringList({QStringLiteral("first"), QStringLiteral("second")}));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
+    EXPECT_EQ(executed, QStringList({u"first"_s, u"second"_s}));
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
     EXPECT_EQ(lastMessage().text, QString());
 }
 

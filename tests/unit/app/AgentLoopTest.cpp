@@ -1,5 +1,7 @@
 #include "support/AppFixture.h"
 
+using namespace Qt::StringLiterals;
+
 using testing::Contains;
 using testing::ElementsAre;
 
@@ -13,158 +15,153 @@ using AgentLoopTest = AppFixture;
 TEST_F(AgentLoopTest, AnswerStreamsIntoTheAssistantRow)
 {
     Service::Turn turn;
-    turn.tokens = {QStringLiteral("Hel"), QStringLiteral("lo")};
-    turn.result.text = QStringLiteral("Hello");
+    turn.tokens = {u"Hel"_s, u"lo"_s};
+    turn.result.text = u"Hello"_s;
     service.willTurn(turn);
-    sendAndFinish(QStringLiteral("hi"));
+    sendAndFinish(u"hi"_s);
     ASSERT_EQ(model->messages().size(), 2);
-    EXPECT_EQ(lastMessage().text, QStringLiteral("Hello"));
+    EXPECT_EQ(lastMessage().text, u"Hello"_s);
     EXPECT_FALSE(lastMessage().isStreaming);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
-    EXPECT_EQ(lastStep().text, QStringLiteral("Finished. No tools were needed."));
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+    EXPECT_EQ(lastStep().text, u"Finished. No tools were needed."_s);
     EXPECT_EQ(lastStep().kind, ActivityStep::Kind::success);
 }
 
 TEST_F(AgentLoopTest, FinalTextOfAProviderWithoutTokensReachesTheMessage)
 {
     Service::Turn turn;
-    turn.result.text = QStringLiteral("All at once");
+    turn.result.text = u"All at once"_s;
     service.willTurn(turn);
-    sendAndFinish(QStringLiteral("hi"));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("All at once"));
+    sendAndFinish(u"hi"_s);
+    EXPECT_EQ(lastMessage().text, u"All at once"_s);
 }
 
 TEST_F(AgentLoopTest, ClosingAnswerIsNotAddedToTheContext)
 {
-    service.willTurn(Service::answer(QStringLiteral("Done.")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"Done."_s));
+    sendAndFinish(u"hi"_s);
     ASSERT_EQ(model->context().size(), 1);
     EXPECT_TRUE(std::holds_alternative<APIMessage::User>(model->context().first().entry));
 }
 
 TEST_F(AgentLoopTest, NarrationMovesToTheActivityLogAndTheMessageStartsEmpty)
 {
-    QString textAtSecondTurn = QStringLiteral("unset");
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"), R"({"expression":"1+1"})")},
-                                    QStringLiteral("  I will\ncalculate. ")));
-    Service::Turn second = Service::answer(QStringLiteral("Two."));
+    QString textAtSecondTurn = u"unset"_s;
+    service.willTurn(
+        Service::calls({toolCall(u"calculate"_s, R"({"expression":"1+1"})")}, u"  I will\ncalculate. "_s));
+    Service::Turn second = Service::answer(u"Two."_s);
     second.atStart = [this, &textAtSecondTurn] { textAtSecondTurn = lastMessage().text; };
     service.willTurn(second);
-    sendAndFinish(QStringLiteral("1+1?"));
+    sendAndFinish(u"1+1?"_s);
     EXPECT_EQ(textAtSecondTurn, QString());
-    EXPECT_EQ(lastMessage().text, QStringLiteral("Two."));
-    EXPECT_THAT(activityTexts(), ElementsAre(QStringLiteral("Says: I will calculate."),
-                                             QStringLiteral("Running: use the calculate tool"),
-                                             QStringLiteral("calculate returned: tool result"),
-                                             QStringLiteral("Finished. Completed: calculate.")));
-    EXPECT_EQ(contextEntries<APIMessage::Assistant>().value(0).text, QStringLiteral("  I will\ncalculate. "));
+    EXPECT_EQ(lastMessage().text, u"Two."_s);
+    EXPECT_THAT(activityTexts(),
+                ElementsAre(u"Says: I will calculate."_s, u"Running: use the calculate tool"_s,
+                            u"calculate returned: tool result"_s, u"Finished. Completed: calculate."_s));
+    EXPECT_EQ(contextEntries<APIMessage::Assistant>().value(0).text, u"  I will\ncalculate. "_s);
 }
 
 TEST_F(AgentLoopTest, NarrationIsCutAt220Characters)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}, QString(221, QLatin1Char('n'))));
-    service.willTurn(Service::calls({toolCall(QStringLiteral("todo_list"))}, QString(220, QLatin1Char('m'))));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Says: ") + QString(220, QLatin1Char('n')) + u'…'));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Says: ") + QString(220, QLatin1Char('m'))));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}, QString(221, u'n')));
+    service.willTurn(Service::calls({toolCall(u"todo_list"_s)}, QString(220, u'm')));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_THAT(activityTexts(), Contains(u"Says: "_s + QString(220, u'n') + u'…'));
+    EXPECT_THAT(activityTexts(), Contains(u"Says: "_s + QString(220, u'm')));
 }
 
 TEST_F(AgentLoopTest, CallAndResultShareAnIdOfTheLoopsOwn)
 {
-    AIToolCall call = toolCall(QStringLiteral("calculate"), R"({"expression":"2"})");
-    call.id = QStringLiteral("call_of_provider");
-    call.thoughtSignature = QStringLiteral("signature");
+    AIToolCall call = toolCall(u"calculate"_s, R"({"expression":"2"})");
+    call.id = u"call_of_provider"_s;
+    call.thoughtSignature = u"signature"_s;
     service.willTurn(Service::calls({call}));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("go"));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"go"_s);
     const auto calls = contextEntries<APIMessage::FunctionCall>();
     const auto responses = contextEntries<APIMessage::FunctionResponse>();
     ASSERT_EQ(calls.size(), 1);
     ASSERT_EQ(responses.size(), 1);
     EXPECT_EQ(calls[0].id, responses[0].id);
-    EXPECT_NE(calls[0].id, QStringLiteral("call_of_provider"));
-    EXPECT_EQ(calls[0].thoughtSignature, QStringLiteral("signature"));
-    EXPECT_EQ(responses[0].content, QStringLiteral("tool result"));
+    EXPECT_NE(calls[0].id, u"call_of_provider"_s);
+    EXPECT_EQ(calls[0].thoughtSignature, u"signature"_s);
+    EXPECT_EQ(responses[0].content, u"tool result"_s);
 }
 
 TEST_F(AgentLoopTest, DeniedApprovalIsAResultAndTheRunGoesOn)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("write_file"), R"({"path":"/x"})")}));
-    service.willTurn(Service::answer(QStringLiteral("Understood.")));
-    ASSERT_TRUE(model->send(QStringLiteral("write"), {}));
+    service.willTurn(Service::calls({toolCall(u"write_file"_s, R"({"path":"/x"})")}));
+    service.willTurn(Service::answer(u"Understood."_s));
+    ASSERT_TRUE(model->send(u"write"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Waiting for your approval…"));
+    EXPECT_EQ(model->status().statusText(), u"Waiting for your approval…"_s);
     model->gate().resolvePermission(false, false);
     finishRun();
     EXPECT_TRUE(executed.isEmpty());
-    EXPECT_EQ(
-        contextEntries<APIMessage::FunctionResponse>().value(0).content,
-        QStringLiteral(
-            "The user denied permission for this action. Do not attempt it again unless the user asks."));
+    EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().value(0).content,
+              u"The user denied permission for this action. Do not attempt it again unless the user asks."_s);
     EXPECT_EQ(service.requests().size(), 2);
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Denied: write a file at /x")));
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("Morvane wants to write a file at /x. Do you allow it?")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Action denied. The assistant will continue.")));
-    EXPECT_EQ(lastStep().text, QStringLiteral("Finished. No tools were needed."));
+    EXPECT_THAT(activityTexts(), Contains(u"Denied: write a file at /x"_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"Morvane wants to write a file at /x. Do you allow it?"_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"Action denied. The assistant will continue."_s));
+    EXPECT_EQ(lastStep().text, u"Finished. No tools were needed."_s);
 }
 
 TEST_F(AgentLoopTest, AllowedCallRunsAndAlwaysAllowIsRemembered)
 {
-    const AIToolCall call = toolCall(QStringLiteral("write_file"), R"({"path":"/x"})");
+    const AIToolCall call = toolCall(u"write_file"_s, R"({"path":"/x"})");
     service.willTurn(Service::calls({call}));
     service.willTurn(Service::calls({call}));
-    service.willTurn(Service::answer(QStringLiteral("Written.")));
-    ASSERT_TRUE(model->send(QStringLiteral("write"), {}));
+    service.willTurn(Service::answer(u"Written."_s));
+    ASSERT_TRUE(model->send(u"write"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     model->gate().resolvePermission(true, true);
     finishRun();
     EXPECT_EQ(executed.size(), 2);
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Approved. Running the action.")));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Automatically allowed: write a file at /x")));
-    EXPECT_TRUE(settings->alwaysAllowedTools().contains(QStringLiteral("write_file")));
+    EXPECT_THAT(announcer.spoken, Contains(u"Approved. Running the action."_s));
+    EXPECT_THAT(activityTexts(), Contains(u"Automatically allowed: write a file at /x"_s));
+    EXPECT_TRUE(settings->alwaysAllowedTools().contains(u"write_file"_s));
 }
 
 TEST_F(AgentLoopTest, ToolsOfServersRunWithoutApproval)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("mcp_files_read"))}));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_THAT(toolServers.executed, ElementsAre(QStringLiteral("mcp_files_read")));
+    service.willTurn(Service::calls({toolCall(u"mcp_files_read"_s)}));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_THAT(toolServers.executed, ElementsAre(u"mcp_files_read"_s));
     EXPECT_TRUE(executed.isEmpty());
-    EXPECT_THAT(activityTexts(), ElementsAre(QStringLiteral("Running: use the mcp_files_read tool"),
-                                             QStringLiteral("mcp files read returned: server result"),
-                                             QStringLiteral("Finished. Completed: mcp files read.")));
+    EXPECT_THAT(activityTexts(), ElementsAre(u"Running: use the mcp_files_read tool"_s,
+                                             u"mcp files read returned: server result"_s,
+                                             u"Finished. Completed: mcp files read."_s));
 }
 
 TEST_F(AgentLoopTest, AskUserGivesTheAnswerWhole)
 {
-    const QString answer = QString(200, QLatin1Char('a')) + QStringLiteral("\nend ");
-    service.willTurn(Service::calls(
-        {toolCall(QStringLiteral("ask_user"), R"({"question":"Which\none?","options":["a","b"]})")}));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    const QString answer = QString(200, u'a') + u"\nend "_s;
+    service.willTurn(
+        Service::calls({toolCall(u"ask_user"_s, R"({"question":"Which\none?","options":["a","b"]})")}));
+    service.willTurn(Service::answer(u"ok"_s));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Waiting for your answer…"));
+    EXPECT_EQ(model->status().statusText(), u"Waiting for your answer…"_s);
     EXPECT_THAT(model->questions().pendingQuestion()->options, ElementsAre(u"a", u"b"));
     model->questions().resolveQuestion(answer);
     finishRun();
     EXPECT_EQ(contextEntries<APIMessage::FunctionResponse>().value(0).content, answer);
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Asks you: Which one?")));
-    EXPECT_THAT(activityTexts(),
-                Contains(QStringLiteral("You answered: ") + QString(140, QLatin1Char('a')) + u'…'));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Morvane asks: Which\none?")));
+    EXPECT_THAT(activityTexts(), Contains(u"Asks you: Which one?"_s));
+    EXPECT_THAT(activityTexts(), Contains(u"You answered: "_s + QString(140, u'a') + u'…'));
+    EXPECT_THAT(announcer.spoken, Contains(u"Morvane asks: Which\none?"_s));
 }
 
 TEST_F(AgentLoopTest, FailingToolIsAResultLikeAnyOther)
 {
-    toolResults = {QStringLiteral("Error: no such thing")};
-    service.willTurn(Service::calls({toolCall(QStringLiteral("read_file"))}));
-    service.willTurn(Service::answer(QStringLiteral("sorry")));
-    sendAndFinish(QStringLiteral("go"));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("read file failed: Error: no such thing")));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("sorry"));
+    toolResults = {u"Error: no such thing"_s};
+    service.willTurn(Service::calls({toolCall(u"read_file"_s)}));
+    service.willTurn(Service::answer(u"sorry"_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_THAT(activityTexts(), Contains(u"read file failed: Error: no such thing"_s));
+    EXPECT_EQ(lastMessage().text, u"sorry"_s);
 }
 
 TEST_F(AgentLoopTest, TextReachesTheMessageInBatchesOf200Characters)
@@ -174,19 +171,19 @@ TEST_F(AgentLoopTest, TextReachesTheMessageInBatchesOf200Characters)
                      [this, &lengths] { lengths.append(lastMessage().text.size()); });
     Service::Turn turn;
     for (int token = 0; token < 450; ++token)
-        turn.tokens.append(QStringLiteral("x"));
-    turn.result.text = QString(450, QLatin1Char('x'));
+        turn.tokens.append(u"x"_s);
+    turn.result.text = QString(450, u'x');
     service.willTurn(turn);
-    sendAndFinish(QStringLiteral("go"));
+    sendAndFinish(u"go"_s);
     EXPECT_THAT(lengths, ElementsAre(200, 400, 450));
 }
 
 TEST_F(AgentLoopTest, GeminiGoesToItsOwnClient)
 {
     settings->setProviderID(ProviderID::gemini);
-    settings->setApiKey(QStringLiteral("key"));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("go"));
+    settings->setApiKey(u"key"_s);
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"go"_s);
     EXPECT_TRUE(service.requests().value(0).gemini);
 }
 

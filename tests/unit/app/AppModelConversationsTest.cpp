@@ -2,6 +2,8 @@
 
 #include "base/Uuid.h"
 
+using namespace Qt::StringLiterals;
+
 using testing::Contains;
 
 namespace morvane {
@@ -34,28 +36,28 @@ TEST_F(AppModelConversationsTest, UnusedNewConversationLeavesNoTrace)
     model->newConversation();
     settle();
     EXPECT_TRUE(listed().isEmpty());
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("New conversation started.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"New conversation started."_s));
 }
 
 TEST_F(AppModelConversationsTest, NewConversationSavesTheOldOne)
 {
     neverAnswer();
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     settle();
     model->newConversation();
     settle();
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_TRUE(model->context().isEmpty());
     EXPECT_FALSE(model->isBusy());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
-    EXPECT_FALSE(settings->value(QStringLiteral("currentConversationID")).isValid());
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+    EXPECT_FALSE(settings->value(u"currentConversationID"_s).isValid());
     EXPECT_EQ(listed().size(), 1);
 }
 
 TEST_F(AppModelConversationsTest, OpeningTheOpenConversationDoesNothing)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"hi"_s);
     announcer.spoken.clear();
     model->openConversation(*model->currentConversationID());
     settle();
@@ -64,25 +66,24 @@ TEST_F(AppModelConversationsTest, OpeningTheOpenConversationDoesNothing)
 
 TEST_F(AppModelConversationsTest, OpeningAConversationRebuildsItsContext)
 {
-    const QUuid id =
-        savedConversation(QStringLiteral("Trip"), {message(Role::user, QStringLiteral(" Where? ")),
-                                                   message(Role::assistant, QStringLiteral("There.")),
-                                                   message(Role::assistant, QStringLiteral("  "))});
+    const QUuid id = savedConversation(u"Trip"_s, {message(Role::user, u" Where? "_s),
+                                                   message(Role::assistant, u"There."_s),
+                                                   message(Role::assistant, u"  "_s)});
     start();
     model->openConversation(id);
     ASSERT_TRUE(waitUntil([&] { return model->currentConversationID() == id; }));
     EXPECT_EQ(model->messages().size(), 3);
     EXPECT_EQ(model->context().size(), 2);
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("Trip"));
-    EXPECT_EQ(settings->value(QStringLiteral("currentConversationID")).toString(), uuidText(id));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Opened Trip.")));
+    EXPECT_EQ(model->currentTitle(), u"Trip"_s);
+    EXPECT_EQ(settings->value(u"currentConversationID"_s).toString(), uuidText(id));
+    EXPECT_THAT(announcer.spoken, Contains(u"Opened Trip."_s));
 }
 
 TEST_F(AppModelConversationsTest, OpeningIsRefusedWhileBusy)
 {
-    const QUuid id = savedConversation(QStringLiteral("Trip"), {message(Role::user, QStringLiteral("x"))});
+    const QUuid id = savedConversation(u"Trip"_s, {message(Role::user, u"x"_s)});
     neverAnswer();
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     model->openConversation(id);
     settle();
     EXPECT_NE(model->currentConversationID(), id);
@@ -94,26 +95,26 @@ TEST_F(AppModelConversationsTest, UnreadableConversationOpensEmpty)
     model->openConversation(id);
     ASSERT_TRUE(waitUntil([&] { return model->currentConversationID() == id; }));
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Opened the conversation.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"Opened the conversation."_s));
 }
 
 TEST_F(AppModelConversationsTest, DeletingAnotherConversationLeavesTheOpenOneAlone)
 {
-    const QUuid other = savedConversation(QStringLiteral("Old"), {message(Role::user, QStringLiteral("x"))});
+    const QUuid other = savedConversation(u"Old"_s, {message(Role::user, u"x"_s)});
     start();
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"hi"_s);
     model->deleteConversation(other);
     settle();
     EXPECT_EQ(model->messages().size(), 2);
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Conversation deleted.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"Conversation deleted."_s));
     EXPECT_EQ(listed().size(), 1);
 }
 
 TEST_F(AppModelConversationsTest, DeletingTheOpenConversationDoesNotBringItBack)
 {
     neverAnswer();
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     settle();
     model->saveCurrentConversation();
     model->deleteConversation(*model->currentConversationID());
@@ -126,8 +127,8 @@ TEST_F(AppModelConversationsTest, DeletingTheOpenConversationDoesNotBringItBack)
 
 TEST_F(AppModelConversationsTest, StartRestoresTheLastConversation)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"hi"_s);
     const QUuid id = *model->currentConversationID();
     start();
     EXPECT_EQ(model->currentConversationID(), id);
@@ -139,30 +140,30 @@ TEST_F(AppModelConversationsTest, StartRestoresTheLastConversation)
 TEST_F(AppModelConversationsTest, KeyOfAVanishedConversationIsIgnoredAndStays)
 {
     const QString gone = uuidText(QUuid::createUuid());
-    settings->setValue(QStringLiteral("currentConversationID"), gone);
+    settings->setValue(u"currentConversationID"_s, gone);
     start();
     EXPECT_FALSE(model->currentConversationID().has_value());
-    EXPECT_EQ(settings->value(QStringLiteral("currentConversationID")).toString(), gone);
-    settings->setValue(QStringLiteral("currentConversationID"), QStringLiteral("no id"));
+    EXPECT_EQ(settings->value(u"currentConversationID"_s).toString(), gone);
+    settings->setValue(u"currentConversationID"_s, u"no id"_s);
     start();
     EXPECT_FALSE(model->currentConversationID().has_value());
 }
 
 TEST_F(AppModelConversationsTest, MessageSavedWhileStreamingComesBackAsItWas)
 {
-    const QUuid id = savedConversation(QStringLiteral("Trip"), {message(Role::user, QStringLiteral("hi")),
-                                                                message(Role::assistant, {}, true)});
-    settings->setValue(QStringLiteral("currentConversationID"), uuidText(id));
+    const QUuid id =
+        savedConversation(u"Trip"_s, {message(Role::user, u"hi"_s), message(Role::assistant, {}, true)});
+    settings->setValue(u"currentConversationID"_s, uuidText(id));
     start();
     ASSERT_EQ(model->currentConversationID(), id);
     EXPECT_TRUE(lastMessage().isStreaming);
-    EXPECT_EQ(lastMessage().displayText(), QStringLiteral("Thinking…"));
+    EXPECT_EQ(lastMessage().displayText(), u"Thinking…"_s);
 }
 
 TEST_F(AppModelConversationsTest, LeavingTheWindowSavesARunningRequest)
 {
     neverAnswer();
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     settle();
     model->saveCurrentConversation();
     const auto file = runTask(scheduler, store->load(*model->currentConversationID()));

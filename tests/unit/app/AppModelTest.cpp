@@ -4,6 +4,8 @@
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 using testing::Contains;
 
@@ -26,173 +28,166 @@ protected:
 
 TEST_F(AppModelTest, FirstMessageOf41CharactersGivesATitleOf40)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QString(41, QLatin1Char('t')));
-    EXPECT_EQ(model->currentTitle(), QString(40, QLatin1Char('t')));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(QString(41, u't'));
+    EXPECT_EQ(model->currentTitle(), QString(40, u't'));
 }
 
 TEST_F(AppModelTest, EmptyTextWithOneAttachmentIsAcceptedAndNamedByTheFile)
 {
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    ASSERT_TRUE(
-        model->send(QStringLiteral("  \n"), {attachment(AttachmentKind::text, QStringLiteral("notes.txt"))}));
+    service.willTurn(Service::answer(u"ok"_s));
+    ASSERT_TRUE(model->send(u"  \n"_s, {attachment(AttachmentKind::text, u"notes.txt"_s)}));
     finishRun();
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("notes.txt"));
+    EXPECT_EQ(model->currentTitle(), u"notes.txt"_s);
     EXPECT_EQ(model->messages().first().text, QString());
     EXPECT_TRUE(service.titleRequests().isEmpty());
 }
 
 TEST_F(AppModelTest, EmptyTextWithoutAttachmentsIsRefused)
 {
-    EXPECT_FALSE(model->send(QStringLiteral(" \n\t"), {}));
+    EXPECT_FALSE(model->send(u" \n\t"_s, {}));
     EXPECT_TRUE(model->messages().isEmpty());
 }
 
 TEST_F(AppModelTest, ImageForAModelThatCannotSeeAddsNothing)
 {
     settings->setProviderID(ProviderID::groq);
-    settings->setModel(QStringLiteral("llama-3.3-70b-versatile"));
-    EXPECT_FALSE(model->send(QStringLiteral("look"),
-                             {attachment(AttachmentKind::image, QStringLiteral("photo.png"))}));
+    settings->setModel(u"llama-3.3-70b-versatile"_s);
+    EXPECT_FALSE(model->send(u"look"_s, {attachment(AttachmentKind::image, u"photo.png"_s)}));
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Current model can't see images"));
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral(
-                    "The current model can't see images. Switch to a vision model, like Gemini or G P T five "
-                    "mini, to send this attachment, or remove the image.")));
+    EXPECT_EQ(model->status().statusText(), u"Current model can't see images"_s);
+    EXPECT_THAT(
+        announcer.spoken,
+        Contains(u"The current model can't see images. Switch to a vision model, like Gemini or G P T five "
+                 "mini, to send this attachment, or remove the image."_s));
 }
 
 TEST_F(AppModelTest, SecondMessageIsRefusedWhileBusy)
 {
     neverAnswer();
-    ASSERT_TRUE(model->send(QStringLiteral("one"), {}));
+    ASSERT_TRUE(model->send(u"one"_s, {}));
     EXPECT_TRUE(model->isBusy());
-    EXPECT_FALSE(model->send(QStringLiteral("two"), {}));
+    EXPECT_FALSE(model->send(u"two"_s, {}));
     EXPECT_EQ(model->messages().size(), 2);
 }
 
 TEST_F(AppModelTest, RequiredUpdateStopsNewRequests)
 {
-    updates.update = UpdateInfo{QStringLiteral("2.1"), 77};
+    updates.update = UpdateInfo{u"2.1"_s, 77};
     updates.required = true;
-    EXPECT_FALSE(model->send(QStringLiteral("hi"), {}));
+    EXPECT_FALSE(model->send(u"hi"_s, {}));
     EXPECT_TRUE(model->messages().isEmpty());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Update required: 2.1 build 77"));
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("This update is required to continue. Please update "
-                                        "Morvane to 2.1 build 77 now.")));
+    EXPECT_EQ(model->status().statusText(), u"Update required: 2.1 build 77"_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"This update is required to continue. Please update "
+                                           "Morvane to 2.1 build 77 now."_s));
 }
 
 TEST_F(AppModelTest, MissingKeyEndsTheRequestAndSendingAgainCarriesBothMessages)
 {
     settings->setProviderID(ProviderID::openai);
-    ASSERT_TRUE(model->send(QStringLiteral("one"), {}));
+    ASSERT_TRUE(model->send(u"one"_s, {}));
     EXPECT_FALSE(model->isBusy());
-    EXPECT_EQ(lastMessage().errorMessage,
-              QStringLiteral("No API key is set. Open Settings to add your free API key."));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Waiting for API key"));
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("Morvane needs an API key. Open Settings and choose "
-                                        "a provider to get started.")));
-    settings->setApiKey(QStringLiteral("key"));
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("two"));
+    EXPECT_EQ(lastMessage().errorMessage, u"No API key is set. Open Settings to add your free API key."_s);
+    EXPECT_EQ(model->status().statusText(), u"Waiting for API key"_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"Morvane needs an API key. Open Settings and choose "
+                                           "a provider to get started."_s));
+    settings->setApiKey(u"key"_s);
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"two"_s);
     EXPECT_EQ(service.requests().value(0).context.size(), 2);
 }
 
 TEST_F(AppModelTest, ConfigurationCarriesPromptMachineToolsAndBrowserNote)
 {
-    settings->setSystemPrompt(QStringLiteral("Be brief."));
-    settings->setModel(QStringLiteral(" scripted \n"));
+    settings->setSystemPrompt(u"Be brief."_s);
+    settings->setModel(u" scripted \n"_s);
     settings->setUseTools(false);
     browserWindow.visible = true;
     AITool serverTool;
-    serverTool.name = QStringLiteral("mcp_x_y");
+    serverTool.name = u"mcp_x_y"_s;
     toolServers.tools = {serverTool};
-    service.willTurn(Service::answer(QStringLiteral("ok")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"hi"_s);
     const AIConfiguration config = service.requests().value(0).config;
-    EXPECT_EQ(
-        config.systemPrompt,
-        QStringLiteral(
-            "Be brief.\n\nYou are running on: Test machine.\n\n[Browser window is open — the user watches "
-            "live. For web tasks use "
-            "browser_open/browser_read/browser_click/browser_type/browser_scroll/browser_back. You can do "
-            "anything in the browser: click links, fill forms, type and submit. Use browser_* tools, then "
-            "browser_read to verify.]"));
-    EXPECT_EQ(config.model, QStringLiteral("scripted"));
+    EXPECT_EQ(config.systemPrompt,
+              u"Be brief.\n\nYou are running on: Test machine.\n\n[Browser window is open — the user watches "
+              "live. For web tasks use "
+              "browser_open/browser_read/browser_click/browser_type/browser_scroll/browser_back. You can do "
+              "anything in the browser: click links, fill forms, type and submit. Use browser_* tools, then "
+              "browser_read to verify.]"_s);
+    EXPECT_EQ(config.model, u"scripted"_s);
     EXPECT_FALSE(config.maxTokens.has_value());
     ASSERT_EQ(config.tools.size(), 1);
-    EXPECT_EQ(config.tools.first().name, QStringLiteral("mcp_x_y"));
+    EXPECT_EQ(config.tools.first().name, u"mcp_x_y"_s);
 }
 
 TEST_F(AppModelTest, ConnectionFailureIsToldInPlainWords)
 {
     service.willTurn(
-        Service::failure(std::make_exception_ptr(TransportError(TransportError::Kind::CannotConnectToHost))));
-    sendAndFinish(QStringLiteral("hi"));
+        Service::failure(std::make_exception_ptr(TransportError(TransportError::Kind::cannotConnectToHost))));
+    sendAndFinish(u"hi"_s);
     EXPECT_EQ(lastMessage().errorMessage,
-              QStringLiteral("Could not connect to the AI provider. Check your internet connection and try "
-                             "again."));
+              u"Could not connect to the AI provider. Check your internet connection and try "
+              "again."_s);
 }
 
 TEST_F(AppModelTest, FailedRequestIsSavedLikeAnyOther)
 {
     service.willTurn(
         Service::failure(std::make_exception_ptr(AIServiceError(AIServiceError::Api{QString()}))));
-    sendAndFinish(QStringLiteral("hi"));
+    sendAndFinish(u"hi"_s);
     const auto list = listed();
     ASSERT_EQ(list.size(), 1);
     const auto file = runTask(scheduler, store->load(list.first().id));
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->messages.last().errorMessage, QStringLiteral("The AI provider returned an error."));
+    EXPECT_EQ(file->messages.last().errorMessage, u"The AI provider returned an error."_s);
 }
 
 TEST_F(AppModelTest, FinishedAnswerIsNotifiedAndSpoken)
 {
-    service.willTurn(Service::answer(QStringLiteral("The answer.")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"The answer."_s));
+    sendAndFinish(u"hi"_s);
     ASSERT_EQ(notifications.notified.size(), 1);
-    EXPECT_EQ(notifications.notified.first().first, QStringLiteral("The answer."));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Morvane is responding.")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("The answer.")));
+    EXPECT_EQ(notifications.notified.first().first, u"The answer."_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"Morvane is responding."_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"The answer."_s));
 }
 
 TEST_F(AppModelTest, ProgressIsNotSpokenWhenTheUserDoesNotWantIt)
 {
     settings->setAnnounceResponses(false);
-    service.willTurn(Service::answer(QStringLiteral("The answer.")));
-    sendAndFinish(QStringLiteral("hi"));
+    service.willTurn(Service::answer(u"The answer."_s));
+    sendAndFinish(u"hi"_s);
     EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
 TEST_F(AppModelTest, CancelWithNothingRunningSavesAndLeavesTheStatus)
 {
     service.willTurn(Service::failure(std::make_exception_ptr(AIServiceError(AIServiceError::Blocked{}))));
-    sendAndFinish(QStringLiteral("hi"));
+    sendAndFinish(u"hi"_s);
     announcer.spoken.clear();
     model->cancel();
     EXPECT_FALSE(model->isBusy());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Error"));
+    EXPECT_EQ(model->status().statusText(), u"Error"_s);
     EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
 TEST_F(AppModelTest, CancelFreesTheInterfaceAtOnceAndKeepsTheStreamedText)
 {
     Service::Turn turn;
-    turn.tokens = {QString(250, QLatin1Char('a'))};
+    turn.tokens = {QString(250, u'a')};
     turn.silence = 1h;
     service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     settle();
     model->cancel();
     EXPECT_FALSE(model->isBusy());
     EXPECT_FALSE(lastMessage().isStreaming);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
     settle();
-    EXPECT_EQ(lastMessage().text, QString(250, QLatin1Char('a')));
-    EXPECT_EQ(announcer.spoken.count(QStringLiteral("Generation cancelled.")), 2);
-    EXPECT_EQ(notifications.sounds.count(QStringLiteral("MorvaneCancelled")), 2);
+    EXPECT_EQ(lastMessage().text, QString(250, u'a'));
+    EXPECT_EQ(announcer.spoken.count(u"Generation cancelled."_s), 2);
+    EXPECT_EQ(notifications.sounds.count(u"MorvaneCancelled"_s), 2);
     EXPECT_TRUE(service.titleRequests().isEmpty());
     EXPECT_EQ(model->context().size(), 1);
     EXPECT_EQ(listed().size(), 1);
@@ -200,8 +195,8 @@ TEST_F(AppModelTest, CancelFreesTheInterfaceAtOnceAndKeepsTheStreamedText)
 
 TEST_F(AppModelTest, CancelAnswersAWaitingApprovalWithNo)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("edit_file"))}));
-    ASSERT_TRUE(model->send(QStringLiteral("edit"), {}));
+    service.willTurn(Service::calls({toolCall(u"edit_file"_s)}));
+    ASSERT_TRUE(model->send(u"edit"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     model->cancel();
     settle();
@@ -212,16 +207,16 @@ TEST_F(AppModelTest, CancelAnswersAWaitingApprovalWithNo)
 
 TEST_F(AppModelTest, CancelLeavesAWaitingQuestionOpen)
 {
-    service.willTurn(Service::calls({toolCall(QStringLiteral("ask_user"), R"({"question":"Which?"})")}));
-    ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+    service.willTurn(Service::calls({toolCall(u"ask_user"_s, R"({"question":"Which?"})")}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
     model->cancel();
     settle();
     EXPECT_TRUE(model->questions().pendingQuestion().has_value());
-    model->questions().resolveQuestion(QStringLiteral("that"));
+    model->questions().resolveQuestion(u"that"_s);
     settle();
     EXPECT_EQ(service.requests().size(), 1);
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
 }
 
 TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
@@ -229,7 +224,7 @@ TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
     EXPECT_TRUE(model->showOnboarding());
     model->completeOnboarding();
     EXPECT_FALSE(model->showOnboarding());
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Let's get started. Ask me anything.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"Let's get started. Ask me anything."_s));
     start();
     EXPECT_FALSE(model->showOnboarding());
 }
@@ -239,7 +234,7 @@ TEST_F(AppModelTest, SkippingOnboardingSaysWhereToChooseAProvider)
     model->skipOnboarding();
     EXPECT_FALSE(model->showOnboarding());
     EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("Skipped local model setup. Open Settings to choose a provider.")));
+                Contains(u"Skipped local model setup. Open Settings to choose a provider."_s));
 }
 
 } // namespace

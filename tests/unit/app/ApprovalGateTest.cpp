@@ -2,6 +2,8 @@
 
 #include "app/ApprovalGate.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -19,7 +21,7 @@ protected:
 
 AIToolCall shell(const char *arguments)
 {
-    return toolCall(QStringLiteral("run_shell_command"), arguments);
+    return toolCall(u"run_shell_command"_s, arguments);
 }
 
 TEST_F(ApprovalGateTest, OnlyDestructiveShellCommandsAsk)
@@ -31,19 +33,19 @@ TEST_F(ApprovalGateTest, OnlyDestructiveShellCommandsAsk)
 
 TEST_F(ApprovalGateTest, AlwaysAllowedListPlaysNoPartForTheShell)
 {
-    settings->setAlwaysAllowedTools({QStringLiteral("run_shell_command")});
+    settings->setAlwaysAllowedTools({u"run_shell_command"_s});
     EXPECT_TRUE(gate().requiresApproval(shell(R"({"command":"sudo ls"})")));
 }
 
 TEST_F(ApprovalGateTest, FileChangesAskUnlessAlwaysAllowed)
 {
-    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("write_file"))));
-    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("edit_file"))));
-    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("mcp_a_b"))));
-    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("mcp_a_b")});
-    EXPECT_FALSE(gate().requiresApproval(toolCall(QStringLiteral("write_file"))));
-    EXPECT_TRUE(gate().requiresApproval(toolCall(QStringLiteral("edit_file"))));
-    EXPECT_FALSE(gate().requiresApproval(toolCall(QStringLiteral("mcp_a_b"))));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(u"write_file"_s)));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(u"edit_file"_s)));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(u"mcp_a_b"_s)));
+    settings->setAlwaysAllowedTools({u"write_file"_s, u"mcp_a_b"_s});
+    EXPECT_FALSE(gate().requiresApproval(toolCall(u"write_file"_s)));
+    EXPECT_TRUE(gate().requiresApproval(toolCall(u"edit_file"_s)));
+    EXPECT_FALSE(gate().requiresApproval(toolCall(u"mcp_a_b"_s)));
 }
 
 TEST_F(ApprovalGateTest, EverythingElseRunsWithoutAsking)
@@ -56,15 +58,15 @@ TEST_F(ApprovalGateTest, AnUnaskedPermitIsThereForCallsThatNeedNoAnswerOnly)
 {
     EXPECT_TRUE(gate().permitUnasked(shell(R"({"command":"ls"})")));
     EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
-    EXPECT_FALSE(gate().permitUnasked(toolCall(QStringLiteral("write_file"))));
-    settings->setAlwaysAllowedTools({QStringLiteral("write_file"), QStringLiteral("run_shell_command")});
-    EXPECT_TRUE(gate().permitUnasked(toolCall(QStringLiteral("write_file"))));
+    EXPECT_FALSE(gate().permitUnasked(toolCall(u"write_file"_s)));
+    settings->setAlwaysAllowedTools({u"write_file"_s, u"run_shell_command"_s});
+    EXPECT_TRUE(gate().permitUnasked(toolCall(u"write_file"_s)));
     EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
 }
 
 TEST_F(ApprovalGateTest, ToolsOfToolServersArePermittedUnasked)
 {
-    const AIToolCall call = toolCall(QStringLiteral("mcp_files_remove"));
+    const AIToolCall call = toolCall(u"mcp_files_remove"_s);
     EXPECT_TRUE(gate().requiresApproval(call));
     EXPECT_TRUE(gate().permitUnasked(call));
 }
@@ -90,10 +92,9 @@ TEST_F(ApprovalGateTest, PendingRequestDescribesTheCall)
 {
     auto handle = request(shell(R"({"command":"ls","destructive":true})"));
     ASSERT_TRUE(gate().pendingToolCall().has_value());
-    EXPECT_EQ(
-        gate().pendingToolCall()->summary,
-        QStringLiteral("run the command: ls. Warning: this is a destructive action that may delete data "
-                       "or be hard to undo"));
+    EXPECT_EQ(gate().pendingToolCall()->summary,
+              u"run the command: ls. Warning: this is a destructive action that may delete data "
+              "or be hard to undo"_s);
     EXPECT_TRUE(gate().pendingToolCall()->destructive);
     gate().resolvePermission(true, true);
     settle();
@@ -104,7 +105,7 @@ TEST_F(ApprovalGateTest, PendingRequestDescribesTheCall)
 
 TEST_F(ApprovalGateTest, SecondAnswerIsHarmless)
 {
-    auto handle = request(toolCall(QStringLiteral("write_file")));
+    auto handle = request(toolCall(u"write_file"_s));
     gate().resolvePermission(false, false);
     gate().resolvePermission(true, true);
     settle();
@@ -115,7 +116,7 @@ TEST_F(ApprovalGateTest, SecondAnswerIsHarmless)
 
 TEST_F(ApprovalGateTest, DenialIsNotRememberedEvenWithTheFlag)
 {
-    auto handle = request(toolCall(QStringLiteral("write_file")));
+    auto handle = request(toolCall(u"write_file"_s));
     gate().resolvePermission(false, true);
     EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
 }
@@ -134,7 +135,7 @@ TEST_F(ApprovalGateTest, QuestionAnswerWithNothingPendingChangesNothing)
     int changes = 0;
     QObject::connect(&model->questions(), &Questions::pendingQuestionChanged, &gate(),
                      [&changes] { ++changes; });
-    model->questions().resolveQuestion(QStringLiteral("x"));
+    model->questions().resolveQuestion(u"x"_s);
     EXPECT_EQ(changes, 0);
 }
 

@@ -181,10 +181,9 @@ TEST(ContextTrimmingTest, TheBudgetIsLargerForTheLocalProvider)
 {
     const QList context{user(text(20000)), assistant(text(20000))};
     EXPECT_EQ(trimmedAPIContext(context, ProviderID::ollama), context);
-    for (const ProviderID provider : allProviders) {
+    for (const ProviderID provider : allProviders)
         if (provider != ProviderID::ollama)
             EXPECT_EQ(trimmedAPIContext(context, provider), (QList{note(text(120)), context.last()}));
-    }
 }
 
 TEST(ContextTrimmingTest, TheHostedBudgetAndTargetHoldToTheCharacter)

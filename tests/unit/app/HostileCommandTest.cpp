@@ -3,6 +3,8 @@
 #include "app/ApprovalGate.h"
 #include "base/Json.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -16,7 +18,7 @@ protected:
         boost::json::object arguments{{"command", jsonFromText(command)}};
         if (destructive)
             arguments["destructive"] = *destructive;
-        return {QStringLiteral("run_shell_command"), std::move(arguments), {}, {}};
+        return {u"run_shell_command"_s, std::move(arguments), {}, {}};
     }
 
     void expectAsked(const QStringList &commands)

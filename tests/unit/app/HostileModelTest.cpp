@@ -5,6 +5,8 @@
 #include "support/QuietReminders.h"
 #include "tools/BuiltinTools.h"
 
+using namespace Qt::StringLiterals;
+
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -14,14 +16,13 @@ namespace {
 
 using Service = FakeAIService;
 
-const QString deniedResult = QStringLiteral(
-    "The user denied permission for this action. Do not attempt it again unless the user asks.");
-const QString warning =
-    QStringLiteral(". Warning: this is a destructive action that may delete data or be hard to undo");
+const QString deniedResult =
+    u"The user denied permission for this action. Do not attempt it again unless the user asks."_s;
+const QString warning = u". Warning: this is a destructive action that may delete data or be hard to undo"_s;
 
 AIToolCall shell(const QString &command)
 {
-    return {QStringLiteral("run_shell_command"),
+    return {u"run_shell_command"_s,
             boost::json::object{{"command", jsonFromText(command)}, {"destructive", false}},
             {},
             {}};
@@ -29,10 +30,7 @@ AIToolCall shell(const QString &command)
 
 AIToolCall writeFile(const QString &path)
 {
-    return {QStringLiteral("write_file"),
-            boost::json::object{{"path", jsonFromText(path)}, {"content", "x"}},
-            {},
-            {}};
+    return {u"write_file"_s, boost::json::object{{"path", jsonFromText(path)}, {"content", "x"}}, {}, {}};
 }
 
 /// A model that tries to get past the gate, against the whole agent.
@@ -49,8 +47,8 @@ protected:
     void modelCalls(const QList<AIToolCall> &calls)
     {
         service.willTurn(Service::calls(calls));
-        service.willTurn(Service::answer(QStringLiteral("done")));
-        ASSERT_TRUE(model->send(QStringLiteral("go"), {}));
+        service.willTurn(Service::answer(u"done"_s));
+        ASSERT_TRUE(model->send(u"go"_s, {}));
         waitForRequestOrEnd();
     }
     void waitForRequestOrEnd()
@@ -87,7 +85,7 @@ private:
         ran.append(permit.call());
         if (real)
             co_return co_await tools.execute(std::move(permit));
-        co_return QStringLiteral("tool result");
+        co_return u"tool result"_s;
     }
 };
 
@@ -156,8 +154,7 @@ TEST_F(HostileModelTest, ARepeatedCallAsksAgainUntilItIsStopped)
     EXPECT_FALSE(pending());
     EXPECT_FALSE(model->isBusy());
     EXPECT_THAT(ran, IsEmpty());
-    EXPECT_THAT(activityTexts(),
-                Contains(QStringLiteral("Stopped: the same action repeated without progress.")));
+    EXPECT_THAT(activityTexts(), Contains(u"Stopped: the same action repeated without progress."_s));
 }
 
 TEST_F(HostileModelTest, CancellingAnswersNo)

@@ -1,5 +1,7 @@
 #include "support/AppFixture.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 using testing::Contains;
 
@@ -13,7 +15,7 @@ protected:
     LocalModelFlowTest()
     {
         settings->setProviderID(ProviderID::ollama);
-        settings->setModel(QStringLiteral("qwen2.5"));
+        settings->setModel(u"qwen2.5"_s);
     }
 
     void refresh()
@@ -26,14 +28,14 @@ protected:
 TEST_F(LocalModelFlowTest, TellsWhatIsMissing)
 {
     refresh();
-    EXPECT_EQ(model->localModel().info().progress, QStringLiteral("Ollama is not installed yet."));
+    EXPECT_EQ(model->localModel().info().progress, u"Ollama is not installed yet."_s);
     localModel.binaryInstalled = true;
     refresh();
-    EXPECT_EQ(model->localModel().info().progress, QStringLiteral("Ollama is not running."));
+    EXPECT_EQ(model->localModel().info().progress, u"Ollama is not running."_s);
     localModel.serverRunning = true;
     refresh();
     EXPECT_EQ(model->localModel().info().progress,
-              QStringLiteral("Ollama is running, but the qwen2.5 model is not downloaded yet."));
+              u"Ollama is running, but the qwen2.5 model is not downloaded yet."_s);
     EXPECT_FALSE(model->localModel().info().running);
 }
 
@@ -46,26 +48,25 @@ TEST_F(LocalModelFlowTest, ModelCountsAsInstalledWithAndWithoutLatest)
         refresh();
         EXPECT_TRUE(model->localModel().info().running) << name;
     }
-    EXPECT_EQ(model->localModel().info().progress, QStringLiteral("The qwen2.5 model is ready."));
+    EXPECT_EQ(model->localModel().info().progress, u"The qwen2.5 model is ready."_s);
 }
 
 TEST_F(LocalModelFlowTest, MessageWaitsForTheInstallationAndGetsItsAnswer)
 {
     localModel.installationTime = 1min;
-    ASSERT_TRUE(model->send(QStringLiteral("hello"), {}));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
     settle();
     EXPECT_TRUE(model->isInstallPending());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Setting up local model…"));
-    EXPECT_FALSE(model->send(QStringLiteral("second"), {}));
+    EXPECT_EQ(model->status().statusText(), u"Setting up local model…"_s);
+    EXPECT_FALSE(model->send(u"second"_s, {}));
     EXPECT_EQ(model->messages().size(), 2);
     service.willTurn(Service::Turn{}); // the request that loads the model
-    service.willTurn(Service::answer(QStringLiteral("Hi.")));
+    service.willTurn(Service::answer(u"Hi."_s));
     clock.advance(1min);
-    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == QLatin1String("Hi."); }));
+    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == "Hi."_L1; }));
     finishRun();
     EXPECT_FALSE(lastMessage().isStreaming);
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("The local model is ready. You can start chatting.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"The local model is ready. You can start chatting."_s));
 }
 
 TEST_F(LocalModelFlowTest, MessageSentDuringAnInstallationWaitsForIt)
@@ -74,50 +75,49 @@ TEST_F(LocalModelFlowTest, MessageSentDuringAnInstallationWaitsForIt)
     model->localModel().installLocalModelIfNeeded();
     model->localModel().installLocalModelIfNeeded();
     settle();
-    ASSERT_TRUE(model->send(QStringLiteral("hello"), {}));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Waiting for the local model setup to finish…"));
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("Waiting for the local model setup before sending.")));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    EXPECT_EQ(model->status().statusText(), u"Waiting for the local model setup to finish…"_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"Waiting for the local model setup before sending."_s));
     service.willTurn(Service::Turn{}); // the request that loads the model
-    service.willTurn(Service::answer(QStringLiteral("Hi.")));
+    service.willTurn(Service::answer(u"Hi."_s));
     clock.advance(1min);
-    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == QLatin1String("Hi."); }));
+    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == "Hi."_L1; }));
     EXPECT_EQ(localModel.installations, 1);
 }
 
 TEST_F(LocalModelFlowTest, FailedInstallationShowsItsErrorInTheWaitingRow)
 {
-    localModel.failure = QStringLiteral("No room.");
-    ASSERT_TRUE(model->send(QStringLiteral("hello"), {}));
+    localModel.failure = u"No room."_s;
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return lastMessage().errorMessage.has_value(); }));
     settle();
-    EXPECT_EQ(lastMessage().errorMessage, QStringLiteral("No room."));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Local model not ready"));
-    EXPECT_EQ(model->localModel().info().error, QStringLiteral("No room."));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Local model setup failed: No room.")));
+    EXPECT_EQ(lastMessage().errorMessage, u"No room."_s);
+    EXPECT_EQ(model->status().statusText(), u"Local model not ready"_s);
+    EXPECT_EQ(model->localModel().info().error, u"No room."_s);
+    EXPECT_THAT(activityTexts(), Contains(u"Local model setup failed: No room."_s));
 }
 
 TEST_F(LocalModelFlowTest, StopEndsTheInstallationToo)
 {
     localModel.installationTime = 1h;
-    ASSERT_TRUE(model->send(QStringLiteral("hello"), {}));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
     settle();
     model->cancel();
     settle();
     EXPECT_FALSE(model->isInstallPending());
     EXPECT_FALSE(model->localModel().info().installing);
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Local model setup was cancelled.")));
+    EXPECT_THAT(activityTexts(), Contains(u"Local model setup was cancelled."_s));
 }
 
 TEST_F(LocalModelFlowTest, SwitchingTheProviderEndsAWaitingMessage)
 {
     localModel.installationTime = 1h;
-    ASSERT_TRUE(model->send(QStringLiteral("hello"), {}));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
     settle();
     settings->setProviderID(ProviderID::groq);
     settle();
     EXPECT_EQ(lastMessage().errorMessage,
-              QStringLiteral("Switched to another provider before the local model finished downloading."));
+              u"Switched to another provider before the local model finished downloading."_s);
     EXPECT_FALSE(lastMessage().isStreaming);
     EXPECT_FALSE(model->isInstallPending());
 }
@@ -137,7 +137,7 @@ TEST_F(LocalModelFlowTest, HostedProviderIsNotWarmedUp)
 {
     settings->setProviderID(ProviderID::groq);
     localModel.serverRunning = true;
-    localModel.models = {QStringLiteral("qwen2.5")};
+    localModel.models = {u"qwen2.5"_s};
     refresh();
     EXPECT_TRUE(model->localModel().info().running);
     EXPECT_TRUE(service.requests().isEmpty());

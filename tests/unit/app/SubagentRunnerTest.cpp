@@ -2,6 +2,8 @@
 
 #include "providers/AIServiceError.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
@@ -18,43 +20,43 @@ protected:
     {
         for (const APIMessage &message : model->context()) {
             const auto *response = std::get_if<APIMessage::FunctionResponse>(&message.entry);
-            if (response && response->name == QLatin1String("task"))
+            if (response && response->name == "task"_L1)
                 return response->content;
         }
-        return QStringLiteral("no result");
+        return u"no result"_s;
     }
 
     void mainLoopCallsTask(const char *arguments)
     {
-        service.willTurn(Service::calls({toolCall(QStringLiteral("task"), arguments)}));
+        service.willTurn(Service::calls({toolCall(u"task"_s, arguments)}));
     }
 
     void runToEnd()
     {
-        service.willTurn(Service::answer(QStringLiteral("combined")));
-        sendAndFinish(QStringLiteral("delegate"));
+        service.willTurn(Service::answer(u"combined"_s));
+        sendAndFinish(u"delegate"_s);
     }
 };
 
 TEST_F(SubagentRunnerTest, ReportsItsFinalTextToTheMainLoop)
 {
     mainLoopCallsTask(R"({"description":"Find it","subagent":"RESEARCHER"})");
-    Service::Turn turn = Service::answer(QStringLiteral(" Report. \n"));
+    Service::Turn turn = Service::answer(u" Report. \n"_s);
     QString labelDuringTurn;
     turn.atStart = [this, &labelDuringTurn] { labelDuringTurn = model->subagents().label(); };
     service.willTurn(turn);
     runToEnd();
-    EXPECT_EQ(resultOfTask(), QStringLiteral("Report."));
-    EXPECT_EQ(labelDuringTurn, QStringLiteral("Researcher is working…"));
+    EXPECT_EQ(resultOfTask(), u"Report."_s);
+    EXPECT_EQ(labelDuringTurn, u"Researcher is working…"_s);
     EXPECT_EQ(model->subagents().label(), QString());
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Launching a subagent to work on this.")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("A researcher subagent is working on this.")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("The researcher subagent finished.")));
-    EXPECT_THAT(activityTexts(), ElementsAre(QStringLiteral("Launching researcher subagent: Find it"),
-                                             QStringLiteral("Researcher subagent finished."),
-                                             QStringLiteral("Finished. No tools were needed.")));
+    EXPECT_THAT(announcer.spoken, Contains(u"Launching a subagent to work on this."_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"A researcher subagent is working on this."_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"The researcher subagent finished."_s));
+    EXPECT_THAT(activityTexts(),
+                ElementsAre(u"Launching researcher subagent: Find it"_s, u"Researcher subagent finished."_s,
+                            u"Finished. No tools were needed."_s));
     const auto request = service.requests().value(1);
-    EXPECT_TRUE(request.config.systemPrompt.startsWith(QStringLiteral("You are a Researcher subagent.")));
+    EXPECT_TRUE(request.config.systemPrompt.startsWith(u"You are a Researcher subagent."_s));
     EXPECT_EQ(request.context.size(), 1);
     EXPECT_EQ(request.config.tools.size(), 41);
 }
@@ -62,48 +64,45 @@ TEST_F(SubagentRunnerTest, ReportsItsFinalTextToTheMainLoop)
 TEST_F(SubagentRunnerTest, UnknownRoleIsGeneralCalledAssistant)
 {
     mainLoopCallsTask(R"({"description":"Do it","subagent":"wizard"})");
-    service.willTurn(Service::answer(QStringLiteral("done")));
+    service.willTurn(Service::answer(u"done"_s));
     runToEnd();
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Launching assistant subagent: Do it")));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Assistant subagent finished.")));
+    EXPECT_THAT(activityTexts(), Contains(u"Launching assistant subagent: Do it"_s));
+    EXPECT_THAT(activityTexts(), Contains(u"Assistant subagent finished."_s));
 }
 
 TEST_F(SubagentRunnerTest, EmptyDescriptionIsAnErrorWithoutATurn)
 {
     mainLoopCallsTask(R"({"subagent":"verifier"})");
     runToEnd();
-    EXPECT_EQ(resultOfTask(),
-              QStringLiteral("Error: the task tool needs a description of what the subagent should do."));
+    EXPECT_EQ(resultOfTask(), u"Error: the task tool needs a description of what the subagent should do."_s);
     EXPECT_EQ(service.requests().size(), 2);
-    EXPECT_THAT(announcer.spoken, Not(Contains(QStringLiteral("A verifier subagent is working on this."))));
+    EXPECT_THAT(announcer.spoken, Not(Contains(u"A verifier subagent is working on this."_s)));
 }
 
 TEST_F(SubagentRunnerTest, StopsAfterItsSixthTurn)
 {
     mainLoopCallsTask(R"({"description":"Loop"})");
     for (int turn = 0; turn < 6; ++turn)
-        service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}));
+        service.willTurn(Service::calls({toolCall(u"calculate"_s)}));
     runToEnd();
-    EXPECT_EQ(
-        resultOfTask(),
-        QStringLiteral("The subagent used all its steps and did not return a final answer. Its last tool "
-                       "outputs were recorded above."));
+    EXPECT_EQ(resultOfTask(),
+              u"The subagent used all its steps and did not return a final answer. Its last tool "
+              "outputs were recorded above."_s);
     EXPECT_EQ(executed.size(), 6);
-    EXPECT_THAT(activityTexts(),
-                Contains(QStringLiteral("The subagent used all its steps without a final answer.")));
+    EXPECT_THAT(activityTexts(), Contains(u"The subagent used all its steps without a final answer."_s));
 }
 
 TEST_F(SubagentRunnerTest, CannotLaunchAnother)
 {
     mainLoopCallsTask(R"({"description":"Nest"})");
-    service.willTurn(Service::calls({toolCall(QStringLiteral("task"), R"({"description":"deeper"})")}));
-    service.willTurn(Service::answer(QStringLiteral("alone then")));
+    service.willTurn(Service::calls({toolCall(u"task"_s, R"({"description":"deeper"})")}));
+    service.willTurn(Service::answer(u"alone then"_s));
     runToEnd();
-    EXPECT_EQ(resultOfTask(), QStringLiteral("alone then"));
+    EXPECT_EQ(resultOfTask(), u"alone then"_s);
     const auto secondTurn = service.requests().value(2).context;
     EXPECT_EQ(std::get<APIMessage::FunctionResponse>(secondTurn.last().entry).content,
-              QStringLiteral("Subagents cannot launch other subagents. Continue and finish the work yourself "
-                             "using your other tools."));
+              u"Subagents cannot launch other subagents. Continue and finish the work yourself "
+              "using your other tools."_s);
 }
 
 TEST_F(SubagentRunnerTest, SilentLastTurnGivesAnEmptyReport)
@@ -120,9 +119,9 @@ TEST_F(SubagentRunnerTest, ErrorIsATextForTheMainModelAndTheRunGoesOn)
     service.willTurn(Service::failure(std::make_exception_ptr(AIServiceError(AIServiceError::Blocked{}))));
     runToEnd();
     EXPECT_EQ(resultOfTask(),
-              QStringLiteral("The subagent encountered an error: Morvane did not respond because the request "
-                             "was blocked by the provider's content safety filter."));
-    EXPECT_EQ(lastMessage().text, QStringLiteral("combined"));
+              u"The subagent encountered an error: Morvane did not respond because the request "
+              "was blocked by the provider's content safety filter."_s);
+    EXPECT_EQ(lastMessage().text, u"combined"_s);
     EXPECT_EQ(model->subagents().label(), QString());
 }
 
@@ -132,71 +131,67 @@ TEST_F(SubagentRunnerTest, CancellationEndsItAndTheMainRun)
     Service::Turn turn;
     turn.silence = 1h;
     service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("delegate"), {}));
+    ASSERT_TRUE(model->send(u"delegate"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return !model->subagents().label().isEmpty(); }));
     model->cancel();
     settle();
     EXPECT_EQ(model->subagents().label(), QString());
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Cancelled"));
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
     EXPECT_EQ(service.requests().size(), 2);
 }
 
 TEST_F(SubagentRunnerTest, NarratesItsToolsInItsOwnWords)
 {
     mainLoopCallsTask(R"({"description":"Read"})");
-    service.willTurn(
-        Service::calls({toolCall(QStringLiteral("read_file")), toolCall(QStringLiteral("mcp_s_t"))}));
-    service.willTurn(Service::answer(QStringLiteral("read")));
+    service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"mcp_s_t"_s)}));
+    service.willTurn(Service::answer(u"read"_s));
     runToEnd();
     const QStringList texts = activityTexts();
-    EXPECT_THAT(texts, Contains(QStringLiteral("Subagent: use the read_file tool")));
-    EXPECT_THAT(texts, Contains(QStringLiteral("Subagent read file returned: tool result")));
-    EXPECT_THAT(texts, Contains(QStringLiteral("Subagent: use the mcp_s_t tool")));
-    EXPECT_THAT(texts, Contains(QStringLiteral("Subagent mcp s t returned: server result")));
-    EXPECT_EQ(texts.last(), QStringLiteral("Finished. No tools were needed."));
+    EXPECT_THAT(texts, Contains(u"Subagent: use the read_file tool"_s));
+    EXPECT_THAT(texts, Contains(u"Subagent read file returned: tool result"_s));
+    EXPECT_THAT(texts, Contains(u"Subagent: use the mcp_s_t tool"_s));
+    EXPECT_THAT(texts, Contains(u"Subagent mcp s t returned: server result"_s));
+    EXPECT_EQ(texts.last(), u"Finished. No tools were needed."_s);
 }
 
 TEST_F(SubagentRunnerTest, AsksForApprovalInItsOwnWords)
 {
     mainLoopCallsTask(R"({"description":"Write"})");
-    service.willTurn(Service::calls({toolCall(QStringLiteral("write_file"), R"({"path":"/y"})")}));
-    service.willTurn(Service::answer(QStringLiteral("denied then")));
-    service.willTurn(Service::answer(QStringLiteral("combined")));
-    ASSERT_TRUE(model->send(QStringLiteral("delegate"), {}));
+    service.willTurn(Service::calls({toolCall(u"write_file"_s, R"({"path":"/y"})")}));
+    service.willTurn(Service::answer(u"denied then"_s));
+    service.willTurn(Service::answer(u"combined"_s));
+    ASSERT_TRUE(model->send(u"delegate"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     model->gate().resolvePermission(false, false);
     finishRun();
-    EXPECT_THAT(announcer.spoken,
-                Contains(QStringLiteral("A subagent wants to write a file at /y. Do you allow it?")));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Action denied. The subagent will continue.")));
-    EXPECT_THAT(activityTexts(),
-                Contains(QStringLiteral("Subagent is waiting for approval to write a file at /y")));
+    EXPECT_THAT(announcer.spoken, Contains(u"A subagent wants to write a file at /y. Do you allow it?"_s));
+    EXPECT_THAT(announcer.spoken, Contains(u"Action denied. The subagent will continue."_s));
+    EXPECT_THAT(activityTexts(), Contains(u"Subagent is waiting for approval to write a file at /y"_s));
     EXPECT_TRUE(executed.isEmpty());
 }
 
 TEST_F(SubagentRunnerTest, AsksTheUserInItsOwnWords)
 {
     mainLoopCallsTask(R"({"description":"Ask"})");
-    service.willTurn(Service::calls({toolCall(QStringLiteral("ask_user"), R"({"question":"Which?"})")}));
-    service.willTurn(Service::answer(QStringLiteral("thanks")));
-    service.willTurn(Service::answer(QStringLiteral("combined")));
-    ASSERT_TRUE(model->send(QStringLiteral("delegate"), {}));
+    service.willTurn(Service::calls({toolCall(u"ask_user"_s, R"({"question":"Which?"})")}));
+    service.willTurn(Service::answer(u"thanks"_s));
+    service.willTurn(Service::answer(u"combined"_s));
+    ASSERT_TRUE(model->send(u"delegate"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Subagent is waiting for your answer…"));
-    model->questions().resolveQuestion(QStringLiteral("that"));
+    EXPECT_EQ(model->status().statusText(), u"Subagent is waiting for your answer…"_s);
+    model->questions().resolveQuestion(u"that"_s);
     finishRun();
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("Subagent asks you: Which?")));
-    EXPECT_THAT(activityTexts(), Contains(QStringLiteral("You answered: that")));
+    EXPECT_THAT(activityTexts(), Contains(u"Subagent asks you: Which?"_s));
+    EXPECT_THAT(activityTexts(), Contains(u"You answered: that"_s));
 }
 
 TEST_F(SubagentRunnerTest, ItsTextStreamsIntoTheMessageAndStaysThere)
 {
     mainLoopCallsTask(R"({"description":"Talk"})");
-    service.willTurn(Service::calls({toolCall(QStringLiteral("calculate"))}, QString(200, QLatin1Char('s'))));
-    service.willTurn(Service::answer(QStringLiteral("end")));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}, QString(200, u's')));
+    service.willTurn(Service::answer(u"end"_s));
     runToEnd();
-    EXPECT_EQ(lastMessage().text,
-              QString(200, QLatin1Char('s')) + QStringLiteral("end") + QStringLiteral("combined"));
+    EXPECT_EQ(lastMessage().text, QString(200, u's') + u"end"_s + u"combined"_s);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "providers/AIServiceError.h"
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 using testing::Contains;
 
@@ -14,21 +16,21 @@ class TitleTest : public AppFixture {
 protected:
     void answerOnce()
     {
-        service.willTurn(Service::answer(QStringLiteral("It is noon.")));
-        sendAndFinish(QStringLiteral("What time is it?"));
+        service.willTurn(Service::answer(u"It is noon."_s));
+        sendAndFinish(u"What time is it?"_s);
     }
 };
 
 TEST_F(TitleTest, FirstFinishedExchangeGetsATitle)
 {
-    service.willTitle(QStringLiteral(" \"Time of day\"\n"));
+    service.willTitle(u" \"Time of day\"\n"_s);
     answerOnce();
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("Time of day"));
-    EXPECT_EQ(model->conversations().first().title, QStringLiteral("Time of day"));
-    EXPECT_THAT(announcer.spoken, Contains(QStringLiteral("Conversation summarized as: Time of day.")));
+    EXPECT_EQ(model->currentTitle(), u"Time of day"_s);
+    EXPECT_EQ(model->conversations().first().title, u"Time of day"_s);
+    EXPECT_THAT(announcer.spoken, Contains(u"Conversation summarized as: Time of day."_s));
     const auto request = service.titleRequests().value(0);
     EXPECT_EQ(std::get<APIMessage::User>(request.context.first().entry).text,
-              QStringLiteral("First message: What time is it?\nReply: It is noon.\nTitle:"));
+              u"First message: What time is it?\nReply: It is noon.\nTitle:"_s);
     EXPECT_EQ(request.config.temperature, 0.3);
     EXPECT_EQ(request.config.maxTokens, 60);
     EXPECT_TRUE(request.config.tools.isEmpty());
@@ -36,7 +38,7 @@ TEST_F(TitleTest, FirstFinishedExchangeGetsATitle)
 
 TEST_F(TitleTest, IsAskedForOnceForAConversation)
 {
-    service.willTitle(QStringLiteral("Time"));
+    service.willTitle(u"Time"_s);
     answerOnce();
     answerOnce();
     EXPECT_EQ(service.titleRequests().size(), 1);
@@ -44,32 +46,32 @@ TEST_F(TitleTest, IsAskedForOnceForAConversation)
 
 TEST_F(TitleTest, ReplyWithTheWordErrorLeavesTheProvisionalTitle)
 {
-    service.willTitle(QStringLiteral("Internal ERROR occurred"));
+    service.willTitle(u"Internal ERROR occurred"_s);
     answerOnce();
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("What time is it?"));
+    EXPECT_EQ(model->currentTitle(), u"What time is it?"_s);
 }
 
 TEST_F(TitleTest, LongReplyIsCutAt60CharactersWithoutAMark)
 {
-    service.willTitle(QString(80, QLatin1Char('t')));
+    service.willTitle(QString(80, u't'));
     answerOnce();
-    EXPECT_EQ(model->currentTitle(), QString(60, QLatin1Char('t')));
+    EXPECT_EQ(model->currentTitle(), QString(60, u't'));
 }
 
 TEST_F(TitleTest, FailureIsSilent)
 {
     answerOnce();
     EXPECT_EQ(service.titleRequests().size(), 1);
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("What time is it?"));
-    EXPECT_EQ(model->status().statusText(), QStringLiteral("Ready"));
+    EXPECT_EQ(model->currentTitle(), u"What time is it?"_s);
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
 }
 
 TEST_F(TitleTest, RunThatEndedWithAnErrorStillAsks)
 {
-    service.willTitle(QStringLiteral("Trouble"));
+    service.willTitle(u"Trouble"_s);
     service.willTurn(Service::failure(std::make_exception_ptr(AIServiceError(AIServiceError::Blocked{}))));
-    sendAndFinish(QStringLiteral("hi"));
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("Trouble"));
+    sendAndFinish(u"hi"_s);
+    EXPECT_EQ(model->currentTitle(), u"Trouble"_s);
 }
 
 TEST_F(TitleTest, CancelledRunAsksForNone)
@@ -77,7 +79,7 @@ TEST_F(TitleTest, CancelledRunAsksForNone)
     Service::Turn turn;
     turn.silence = 1h;
     service.willTurn(turn);
-    ASSERT_TRUE(model->send(QStringLiteral("hi"), {}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
     settle();
     model->cancel();
     settle();
@@ -87,25 +89,25 @@ TEST_F(TitleTest, CancelledRunAsksForNone)
 TEST_F(TitleTest, ConversationThatBeganWithAFileAloneKeepsTheFilesName)
 {
     ChatAttachment file;
-    file.filename = QStringLiteral("notes.txt");
+    file.filename = u"notes.txt"_s;
     file.kind = AttachmentKind::text;
-    file.extractedText = QStringLiteral("milk");
-    service.willTitle(QStringLiteral("Shopping"));
-    service.willTurn(Service::answer(QStringLiteral("A list.")));
+    file.extractedText = u"milk"_s;
+    service.willTitle(u"Shopping"_s);
+    service.willTurn(Service::answer(u"A list."_s));
     ASSERT_TRUE(model->send(QString(), {file}));
     finishRun();
     EXPECT_TRUE(service.titleRequests().isEmpty());
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("notes.txt"));
+    EXPECT_EQ(model->currentTitle(), u"notes.txt"_s);
 }
 
 TEST_F(TitleTest, ReopenedConversationAsksOnceMore)
 {
-    service.willTitle(QStringLiteral("Old title"));
+    service.willTitle(u"Old title"_s);
     answerOnce();
     start();
-    service.willTitle(QStringLiteral("New title"));
+    service.willTitle(u"New title"_s);
     answerOnce();
-    EXPECT_EQ(model->currentTitle(), QStringLiteral("New title"));
+    EXPECT_EQ(model->currentTitle(), u"New title"_s);
     EXPECT_EQ(service.titleRequests().size(), 2);
 }
 

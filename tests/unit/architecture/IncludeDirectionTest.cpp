@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Folders = std::set<std::string>;
@@ -39,11 +41,10 @@ const Folders windowFolders = {"ui", "platform/linux"};
 /// Subfolders belong to the room that they lie in, but for these.
 std::string folderOf(const QString &path)
 {
-    for (const char *own : {"platform/linux", "attachments/reader"}) {
-        if (path.startsWith(QLatin1String(own) + QLatin1Char('/')))
+    for (const char *own : {"platform/linux", "attachments/reader"})
+        if (path.startsWith(QLatin1String(own) + u'/'))
             return own;
-    }
-    return path.section(QLatin1Char('/'), 0, 0).toStdString();
+    return path.section(u'/', 0, 0).toStdString();
 }
 
 struct Include {
@@ -59,8 +60,7 @@ std::vector<Include> includesOfSources()
     static const QRegularExpression line(QStringLiteral(R"(^\s*#\s*include\s*(["<])([^">]+)[">])"),
                                          QRegularExpression::MultilineOption);
     std::vector<Include> includes;
-    QDirIterator files(root, {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
-                       QDirIterator::Subdirectories);
+    QDirIterator files(root, {u"*.h"_s, u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         QFile file(files.next());
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
@@ -68,8 +68,8 @@ std::vector<Include> includesOfSources()
         auto matches = line.globalMatch(QString::fromUtf8(file.readAll()));
         while (matches.hasNext()) {
             const auto match = matches.next();
-            includes.push_back({path.toStdString(), folderOf(path), match.captured(2),
-                                match.captured(1) == QLatin1String("\"")});
+            includes.push_back(
+                {path.toStdString(), folderOf(path), match.captured(2), match.captured(1) == "\""_L1});
         }
     }
     return includes;
@@ -93,8 +93,8 @@ TEST(IncludeDirectionTest, FoldersIncludeOnlyWhatLiesBelowThem)
 TEST(IncludeDirectionTest, OnlyFoldersWithWindowsIncludeWidgets)
 {
     static const QRegularExpression widget(
-        QStringLiteral("^(QtWidgets|QtWebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|"
-                       "QMenu|QPushButton|QDialog|QAccessible|QScreen|QWindow|QPainter|QGuiApplication)"));
+        u"^(QtWidgets|QtWebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|"
+        "QMenu|QPushButton|QDialog|QAccessible|QScreen|QWindow|QPainter|QGuiApplication)"_s);
     for (const Include &include : includesOfSources()) {
         if (windowFolders.contains(include.folder) || include.file == "main.cpp")
             continue;
@@ -105,15 +105,13 @@ TEST(IncludeDirectionTest, OnlyFoldersWithWindowsIncludeWidgets)
 
 TEST(IncludeDirectionTest, FilesKeepToTheirSize)
 {
-    QDirIterator files(QStringLiteral(MORVANE_SOURCE_DIR "/src/"),
-                       {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+    QDirIterator files(QStringLiteral(MORVANE_SOURCE_DIR "/src/"), {u"*.h"_s, u"*.cpp"_s}, QDir::Files,
                        QDirIterator::Subdirectories);
     while (files.hasNext()) {
         QFile file(files.next());
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const auto lines = file.readAll().count('\n');
-        EXPECT_LE(lines, file.fileName().endsWith(QLatin1String(".h")) ? 160 : 400)
-            << file.fileName().toStdString();
+        EXPECT_LE(lines, file.fileName().endsWith(".h"_L1) ? 160 : 400) << file.fileName().toStdString();
     }
 }
 

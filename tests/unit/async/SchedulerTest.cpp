@@ -9,6 +9,8 @@
 #include <memory>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 using namespace std::chrono_literals;
 
 namespace morvane {
@@ -115,7 +117,7 @@ TEST_F(SchedulerTest, HandleMayOutliveTheScheduler)
 
 TEST_F(SchedulerTest, FrameOfAnEndedTaskGoesAtOnceEvenIfItsHandleStays)
 {
-    auto handle = scheduler.spawn(witnessing(&log, QStringLiteral("a"), 0));
+    auto handle = scheduler.spawn(witnessing(&log, u"a"_s, 0));
     settle();
     handle.cancel();
     settle();
@@ -142,8 +144,8 @@ TEST_F(SchedulerTest, WhatIsLeftIsDestroyedInnermostFirstAndNewestFirst)
 {
     {
         Scheduler shortLived(clock);
-        shortLived.spawn(witnessing(&log, QStringLiteral("a"), 2));
-        shortLived.spawn(witnessing(&log, QStringLiteral("b"), 1));
+        shortLived.spawn(witnessing(&log, u"a"_s, 2));
+        shortLived.spawn(witnessing(&log, u"b"_s, 1));
         settle();
     }
     EXPECT_EQ(log, (QStringList{"b0", "b1", "a0", "a1", "a2"}));
@@ -174,7 +176,7 @@ TEST_F(SchedulerTest, ShutdownLetsCancelledTasksTidyUp)
         }
         if (cancelled) {
             co_await runOffMain([] {});
-            to->append(QStringLiteral("tidy"));
+            to->append(u"tidy"_s);
         }
     };
     scheduler.spawn(tidying(&log));
@@ -199,7 +201,7 @@ TEST_F(SchedulerTest, ShutdownDoesNotWaitForAnAnswerBeyondItsLimit)
 {
     OneShot<int> answer;
     const auto asking = [](OneShot<int> shot, QStringList *to) -> Task<> {
-        const Witness witness(to, QStringLiteral("gone"));
+        const Witness witness(to, u"gone"_s);
         co_await shot.wait();
     };
     scheduler.spawn(asking(answer, &log));

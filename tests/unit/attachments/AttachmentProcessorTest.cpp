@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -44,144 +46,139 @@ protected:
     TemporaryHome home;
     StopFlag stop;
     // Without a reader nothing is decoded.
-    AttachmentProcessor processor{ReaderProcess(QStringLiteral("/nonexistent/reader"))};
+    AttachmentProcessor processor{ReaderProcess(u"/nonexistent/reader"_s)};
 };
 
 TEST_F(AttachmentProcessorTest, TextFileIsFilledAsTold)
 {
-    const ChatAttachment attachment = processFile(QStringLiteral("notes.md"), "# Grüße\n");
+    const ChatAttachment attachment = processFile(u"notes.md"_s, "# Grüße\n");
     EXPECT_FALSE(attachment.id.isNull());
-    EXPECT_EQ(attachment.filename, QStringLiteral("notes.md"));
+    EXPECT_EQ(attachment.filename, u"notes.md"_s);
     EXPECT_EQ(attachment.kind, AttachmentKind::text);
     EXPECT_EQ(attachment.data, std::nullopt);
-    EXPECT_EQ(attachment.extractedText, QStringLiteral("# Grüße\n"));
+    EXPECT_EQ(attachment.extractedText, u"# Grüße\n"_s);
     EXPECT_EQ(attachment.mimeType, std::nullopt);
     EXPECT_EQ(attachment.byteSize, 10);
 }
 
 TEST_F(AttachmentProcessorTest, EachAttachmentHasAnIdentityOfItsOwn)
 {
-    const QString path = home.write(QStringLiteral("a.txt"), "a");
+    const QString path = home.write(u"a.txt"_s, "a");
     EXPECT_NE(process(path).id, process(path).id);
 }
 
 TEST_F(AttachmentProcessorTest, TextOfExactlySixteenThousandCharactersStaysWhole)
 {
     const QByteArray text(16'000, 'a');
-    EXPECT_EQ(processFile(QStringLiteral("a.txt"), text).extractedText, QString::fromLatin1(text));
+    EXPECT_EQ(processFile(u"a.txt"_s, text).extractedText, QString::fromLatin1(text));
 }
 
 TEST_F(AttachmentProcessorTest, TextWithOneCharacterMoreIsCutAndMarked)
 {
-    EXPECT_EQ(processFile(QStringLiteral("a.txt"), QByteArray(16'001, 'a')).extractedText,
-              QString(16'000, QLatin1Char('a')) + QStringLiteral("\n[…truncated…]"));
+    EXPECT_EQ(processFile(u"a.txt"_s, QByteArray(16'001, 'a')).extractedText,
+              QString(16'000, u'a') + u"\n[…truncated…]"_s);
 }
 
 TEST_F(AttachmentProcessorTest, CharactersAreCountedAsAPersonSeesThem)
 {
-    const QString family = QStringLiteral("👨‍👩‍👧");
+    const QString family = u"👨‍👩‍👧"_s;
     const QString whole = family.repeated(16'000);
-    EXPECT_EQ(processFile(QStringLiteral("a.txt"), whole.toUtf8()).extractedText, whole);
-    EXPECT_EQ(processFile(QStringLiteral("b.txt"), (whole + family).toUtf8()).extractedText,
-              whole + QStringLiteral("\n[…truncated…]"));
+    EXPECT_EQ(processFile(u"a.txt"_s, whole.toUtf8()).extractedText, whole);
+    EXPECT_EQ(processFile(u"b.txt"_s, (whole + family).toUtf8()).extractedText, whole + u"\n[…truncated…]"_s);
 }
 
 TEST_F(AttachmentProcessorTest, FileWithoutExtensionIsTriedAsText)
 {
-    const ChatAttachment attachment = processFile(QStringLiteral("notes"), "remember the milk");
+    const ChatAttachment attachment = processFile(u"notes"_s, "remember the milk");
     EXPECT_EQ(attachment.kind, AttachmentKind::text);
-    EXPECT_EQ(attachment.extractedText, QStringLiteral("remember the milk"));
+    EXPECT_EQ(attachment.extractedText, u"remember the milk"_s);
 }
 
 TEST_F(AttachmentProcessorTest, ArchiveIsRefused)
 {
-    const QString path = home.write(QStringLiteral("archive.zip"), QByteArray("PK\x03\x04\xFF\xFE\x80\x81"));
+    const QString path = home.write(u"archive.zip"_s, QByteArray("PK\x03\x04\xFF\xFE\x80\x81"));
     EXPECT_EQ(failureOf(path),
-              QStringLiteral("\"archive.zip\" does not appear to be a text file. Supported types are images, "
-                             "PDFs, and text or code files."));
+              u"\"archive.zip\" does not appear to be a text file. Supported types are images, "
+              "PDFs, and text or code files."_s);
 }
 
 TEST_F(AttachmentProcessorTest, EmptyTextFileGivesEmptyText)
 {
-    const ChatAttachment attachment = processFile(QStringLiteral("empty.txt"), {});
+    const ChatAttachment attachment = processFile(u"empty.txt"_s, {});
     EXPECT_EQ(attachment.extractedText, QString());
     EXPECT_EQ(attachment.byteSize, 0);
 }
 
 TEST_F(AttachmentProcessorTest, MissingFileIsNamed)
 {
-    const auto message = QStringLiteral("The file \"gone.txt\" could not be found.");
-    EXPECT_EQ(failureOf(home.path(QStringLiteral("gone.txt"))), message);
-    EXPECT_EQ(failureOf(QUrl(QStringLiteral("https://127.0.0.1/gone.txt"))), message);
+    const auto message = u"The file \"gone.txt\" could not be found."_s;
+    EXPECT_EQ(failureOf(home.path(u"gone.txt"_s)), message);
+    EXPECT_EQ(failureOf(QUrl(u"https://127.0.0.1/gone.txt"_s)), message);
 }
 
 TEST_F(AttachmentProcessorTest, FilesOfExactlyTheLimitAreTaken)
 {
-    const QString image = fileOfSize(QStringLiteral("a.png"), 10'000'000);
+    const QString image = fileOfSize(u"a.png"_s, 10'000'000);
     EXPECT_EQ(process(image).byteSize, 10'000'000);
-    const QString text = fileOfSize(QStringLiteral("a.txt"), 5'000'000);
+    const QString text = fileOfSize(u"a.txt"_s, 5'000'000);
     EXPECT_EQ(process(text).byteSize, 5'000'000);
-    EXPECT_EQ(failureOf(fileOfSize(QStringLiteral("a.pdf"), 20'000'000)),
-              QStringLiteral("Could not open \"a.pdf\" as a PDF."));
+    EXPECT_EQ(failureOf(fileOfSize(u"a.pdf"_s, 20'000'000)), u"Could not open \"a.pdf\" as a PDF."_s);
 }
 
 TEST_F(AttachmentProcessorTest, FilesAboveTheLimitAreRefused)
 {
-    EXPECT_EQ(failureOf(fileOfSize(QStringLiteral("a.png"), 10'000'001)),
-              QStringLiteral("\"a.png\" is larger than 10 MB. Please attach a smaller image."));
-    EXPECT_EQ(failureOf(fileOfSize(QStringLiteral("a.pdf"), 20'000'001)),
-              QStringLiteral("\"a.pdf\" is larger than 20 MB. Please attach a smaller PDF."));
-    EXPECT_EQ(failureOf(fileOfSize(QStringLiteral("a.txt"), 5'000'001)),
-              QStringLiteral("\"a.txt\" is larger than 5 MB — too large to read in full."));
+    EXPECT_EQ(failureOf(fileOfSize(u"a.png"_s, 10'000'001)),
+              u"\"a.png\" is larger than 10 MB. Please attach a smaller image."_s);
+    EXPECT_EQ(failureOf(fileOfSize(u"a.pdf"_s, 20'000'001)),
+              u"\"a.pdf\" is larger than 20 MB. Please attach a smaller PDF."_s);
+    EXPECT_EQ(failureOf(fileOfSize(u"a.txt"_s, 5'000'001)),
+              u"\"a.txt\" is larger than 5 MB — too large to read in full."_s);
 }
 
 TEST_F(AttachmentProcessorTest, FolderIsNoTextFile)
 {
-    home.write(QStringLiteral("folder/file"), "x");
-    const auto refusal = QStringLiteral("\"folder\" does not appear to be a text file. Supported types are "
-                                        "images, PDFs, and text or code files.");
-    EXPECT_EQ(failureOf(home.path(QStringLiteral("folder"))), refusal);
-    EXPECT_EQ(failureOf(home.path(QStringLiteral("folder/"))), refusal);
+    home.write(u"folder/file"_s, "x");
+    const auto refusal = u"\"folder\" does not appear to be a text file. Supported types are "
+                         "images, PDFs, and text or code files."_s;
+    EXPECT_EQ(failureOf(home.path(u"folder"_s)), refusal);
+    EXPECT_EQ(failureOf(home.path(u"folder/"_s)), refusal);
 }
 
 TEST_F(AttachmentProcessorTest, PipeThatNobodyWritesToIsRefusedAtOnce)
 {
-    const QString path = home.path(QStringLiteral("pipe.txt"));
+    const QString path = home.path(u"pipe.txt"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    EXPECT_TRUE(failureOf(path).contains(QStringLiteral("does not appear to be a text file")));
+    EXPECT_TRUE(failureOf(path).contains(u"does not appear to be a text file"_s));
 }
 
 TEST_F(AttachmentProcessorTest, UnreadableImageIsNamed)
 {
-    EXPECT_EQ(failureOf(home.write(QStringLiteral("empty.png"), {})),
-              QStringLiteral("Could not read \"empty.png\"."));
-    home.write(QStringLiteral("folder.png/file"), "x");
-    EXPECT_EQ(failureOf(home.path(QStringLiteral("folder.png"))),
-              QStringLiteral("Could not read \"folder.png\"."));
+    EXPECT_EQ(failureOf(home.write(u"empty.png"_s, {})), u"Could not read \"empty.png\"."_s);
+    home.write(u"folder.png/file"_s, "x");
+    EXPECT_EQ(failureOf(home.path(u"folder.png"_s)), u"Could not read \"folder.png\"."_s);
 }
 
 TEST_F(AttachmentProcessorTest, WithoutTheReaderAPictureGoesAsItIs)
 {
-    const ChatAttachment attachment = processFile(QStringLiteral("photo.HEIC"), "bytes");
+    const ChatAttachment attachment = processFile(u"photo.HEIC"_s, "bytes");
     EXPECT_EQ(attachment.kind, AttachmentKind::image);
     EXPECT_EQ(attachment.data, QByteArray("bytes"));
-    EXPECT_EQ(attachment.mimeType, QStringLiteral("image/heic"));
+    EXPECT_EQ(attachment.mimeType, u"image/heic"_s);
     EXPECT_EQ(attachment.byteSize, 5);
     EXPECT_EQ(attachment.extractedText, QString());
 }
 
 TEST_F(AttachmentProcessorTest, WithoutTheReaderADocumentCannotBeOpened)
 {
-    EXPECT_EQ(failureOf(home.write(QStringLiteral("a.pdf"), "%PDF-1.4")),
-              QStringLiteral("Could not open \"a.pdf\" as a PDF."));
+    EXPECT_EQ(failureOf(home.write(u"a.pdf"_s, "%PDF-1.4")), u"Could not open \"a.pdf\" as a PDF."_s);
 }
 
 TEST_F(AttachmentProcessorTest, ImageThatIsInNoFileHasTheSameLimits)
 {
     const auto image = [this](const QByteArray &data) {
-        return processor.processImage(data, QStringLiteral("Pasted image.png"), stop);
+        return processor.processImage(data, u"Pasted image.png"_s, stop);
     };
-    EXPECT_EQ(image("bytes").mimeType, QStringLiteral("image/png"));
+    EXPECT_EQ(image("bytes").mimeType, u"image/png"_s);
     EXPECT_THROW(image({}), AttachmentError);
     EXPECT_THROW(image(QByteArray(10'000'001, 'x')), AttachmentError);
 }
@@ -205,28 +202,29 @@ TEST_F(AttachmentProcessorTest, ContentTypeDecidesBeforeTheExtension)
 TEST_F(AttachmentProcessorTest, ExtensionDecidesWithoutAContentType)
 {
     const auto kind = [](const QString &name) {
-        return AttachmentProcessor::detectKind(QUrl::fromLocalFile(QLatin1Char('/') + name), std::nullopt);
+        return AttachmentProcessor::detectKind(QUrl::fromLocalFile(u'/' + name), std::nullopt);
     };
-    const QString images = QStringLiteral("png jpg jpeg heic heif gif webp bmp tiff");
-    for (const QString &extension : images.split(QLatin1Char(' ')))
-        EXPECT_EQ(kind(QStringLiteral("a.") + extension), AttachmentKind::image) << extension.toStdString();
-    EXPECT_EQ(kind(QStringLiteral("a.PDF")), AttachmentKind::pdf);
-    EXPECT_EQ(kind(QStringLiteral("A.JPEG")), AttachmentKind::image);
-    EXPECT_EQ(kind(QStringLiteral("a.swift")), AttachmentKind::text);
-    EXPECT_EQ(kind(QStringLiteral("a.unknown")), AttachmentKind::text);
-    EXPECT_EQ(kind(QStringLiteral("png")), AttachmentKind::text);
-    EXPECT_EQ(kind(QStringLiteral(".png")), AttachmentKind::text);
+    const QString images = u"png jpg jpeg heic heif gif webp bmp tiff"_s;
+    for (const QString &extension : images.split(u' '))
+        EXPECT_EQ(kind(u"a."_s + extension), AttachmentKind::image) << extension.toStdString();
+    EXPECT_EQ(kind(u"a.PDF"_s), AttachmentKind::pdf);
+    EXPECT_EQ(kind(u"A.JPEG"_s), AttachmentKind::image);
+    EXPECT_EQ(kind(u"a.swift"_s), AttachmentKind::text);
+    EXPECT_EQ(kind(u"a.unknown"_s), AttachmentKind::text);
+    EXPECT_EQ(kind(u"png"_s), AttachmentKind::text);
+    EXPECT_EQ(kind(u".png"_s), AttachmentKind::text);
 }
 
 TEST_F(AttachmentProcessorTest, EveryNamedTextExtensionIsText)
 {
-    const QString named = QStringLiteral(
-        "txt md markdown swift py js ts tsx jsx html css json csv tsv xml yaml yml sh zsh bash c h cpp hpp m "
+    const QString named =
+        u"txt md markdown swift py js ts tsx jsx html css json csv tsv xml yaml yml sh zsh bash c h cpp hpp "
+        u"m "
         "mm java kt rb go rs sql log tex toml ini cfg conf plist env gitignore r php pl lua dart scala vue "
-        "svelte");
-    EXPECT_EQ(extensionsOf(AttachmentKind::text), named.split(QLatin1Char(' ')));
+        "svelte"_s;
+    EXPECT_EQ(extensionsOf(AttachmentKind::text), named.split(u' '));
     for (const QString &extension : extensionsOf(AttachmentKind::text)) {
-        const ChatAttachment attachment = processFile(QStringLiteral("a.") + extension, "text");
+        const ChatAttachment attachment = processFile(u"a."_s + extension, "text");
         EXPECT_EQ(attachment.kind, AttachmentKind::text) << extension.toStdString();
     }
 }
@@ -236,22 +234,22 @@ TEST_F(AttachmentProcessorTest, MimeTypesAreThoseOfTheExtensions)
     const auto type = [](const char *extension) {
         return AttachmentProcessor::mimeType(QString::fromLatin1(extension));
     };
-    EXPECT_EQ(type("png"), QStringLiteral("image/png"));
-    EXPECT_EQ(type("jpg"), QStringLiteral("image/jpeg"));
-    EXPECT_EQ(type("jpeg"), QStringLiteral("image/jpeg"));
-    EXPECT_EQ(type("heic"), QStringLiteral("image/heic"));
-    EXPECT_EQ(type("heif"), QStringLiteral("image/heif"));
-    EXPECT_EQ(type("gif"), QStringLiteral("image/gif"));
-    EXPECT_EQ(type("webp"), QStringLiteral("image/webp"));
-    EXPECT_EQ(type("bmp"), QStringLiteral("image/bmp"));
-    EXPECT_EQ(type("tiff"), QStringLiteral("image/tiff"));
+    EXPECT_EQ(type("png"), u"image/png"_s);
+    EXPECT_EQ(type("jpg"), u"image/jpeg"_s);
+    EXPECT_EQ(type("jpeg"), u"image/jpeg"_s);
+    EXPECT_EQ(type("heic"), u"image/heic"_s);
+    EXPECT_EQ(type("heif"), u"image/heif"_s);
+    EXPECT_EQ(type("gif"), u"image/gif"_s);
+    EXPECT_EQ(type("webp"), u"image/webp"_s);
+    EXPECT_EQ(type("bmp"), u"image/bmp"_s);
+    EXPECT_EQ(type("tiff"), u"image/tiff"_s);
     for (const char *other : {"", "pdf", "txt", "svg", "tif", "PNG"})
         EXPECT_EQ(type(other), std::nullopt) << other;
 }
 
 TEST_F(AttachmentProcessorTest, PictureOfAnUnknownTypeIsCalledPng)
 {
-    EXPECT_EQ(processFile(QStringLiteral("drawing.svg"), "<svg/>").mimeType, QStringLiteral("image/png"));
+    EXPECT_EQ(processFile(u"drawing.svg"_s, "<svg/>").mimeType, u"image/png"_s);
 }
 
 } // namespace

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -62,7 +64,7 @@ TEST_P(AtomicFileTest, FullDiskLeavesTheOldFileAndNothingElse)
         const FileSizeLimit full(100);
         const auto result = writeFileAtomically(path, QByteArray(200, 'x'), GetParam());
         ASSERT_FALSE(result.has_value());
-        EXPECT_EQ(result.error(), QStringLiteral("File too large"));
+        EXPECT_EQ(result.error(), u"File too large"_s);
     }
     EXPECT_EQ(home.read("a.json"), QByteArray("old"));
     EXPECT_EQ(entries(), QStringList{"a.json"});
@@ -72,7 +74,7 @@ TEST_P(AtomicFileTest, MissingFolderFails)
 {
     const auto result = writeFileAtomically(home.path("none/a.json"), "x", GetParam());
     ASSERT_FALSE(result.has_value());
-    EXPECT_EQ(result.error(), QStringLiteral("No such file or directory"));
+    EXPECT_EQ(result.error(), u"No such file or directory"_s);
 }
 
 TEST_P(AtomicFileTest, FolderInTheFilesPlaceFailsAndStays)

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <random>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -15,7 +17,7 @@ protected:
     /// What QSettings makes of the text; a file of its own each time, since QSettings remembers files.
     QVariantMap readBack(const QVariantMap &values)
     {
-        const QString path = home.write(QStringLiteral("%1.conf").arg(++m_files), iniText(values));
+        const QString path = home.write(u"%1.conf"_s.arg(++m_files), iniText(values));
         const QSettings file(path, QSettings::IniFormat);
         EXPECT_EQ(file.status(), QSettings::NoError);
         QVariantMap read;
@@ -26,7 +28,7 @@ protected:
 
     QVariant readBack(const QVariant &value)
     {
-        return readBack(QVariantMap{{QStringLiteral("key"), value}}).value(QStringLiteral("key"));
+        return readBack(QVariantMap{{u"key"_s, value}}).value(u"key"_s);
     }
 
     TemporaryHome home;
@@ -45,26 +47,26 @@ TEST_F(IniTextTest, KeysStandAtTheTopLevel)
 TEST_F(IniTextTest, TextsSurvive)
 {
     for (const QString &text : {QString(),
-                                QStringLiteral(" "),
-                                QStringLiteral(" a "),
-                                QStringLiteral("a, b"),
-                                QStringLiteral("\"q\""),
-                                QStringLiteral("a=b;c"),
-                                QStringLiteral("@Invalid()"),
-                                QStringLiteral("@"),
-                                QStringLiteral("@@x"),
-                                QStringLiteral("a\\b"),
-                                QStringLiteral("a\nb\r\nc\td"),
-                                QStringLiteral("ü 🙂 — “x”"),
-                                QStringLiteral("[x]"),
-                                QStringLiteral("%20"),
-                                QStringLiteral("\x01") + u'f',
-                                QStringLiteral("\u0085"),
-                                QStringLiteral("true"),
-                                QStringLiteral("0.70"),
-                                QStringLiteral("#"),
-                                QStringLiteral("\\"),
-                                QStringLiteral("x") + QChar(0) + u'1',
+                                u" "_s,
+                                u" a "_s,
+                                u"a, b"_s,
+                                u"\"q\""_s,
+                                u"a=b;c"_s,
+                                u"@Invalid()"_s,
+                                u"@"_s,
+                                u"@@x"_s,
+                                u"a\\b"_s,
+                                u"a\nb\r\nc\td"_s,
+                                u"ü 🙂 — “x”"_s,
+                                u"[x]"_s,
+                                u"%20"_s,
+                                u"\x01"_s + u'f',
+                                u"\u0085"_s,
+                                u"true"_s,
+                                u"0.70"_s,
+                                u"#"_s,
+                                u"\\"_s,
+                                u"x"_s + QChar(0) + u'1',
                                 QString(20'000, u'z')}) {
         const QVariant read = readBack(QVariant(text));
         EXPECT_EQ(read.typeId(), QMetaType::QString) << text.toStdString();
@@ -118,7 +120,7 @@ TEST_F(IniTextTest, OtherTypesAreLeftOut)
 TEST_F(IniTextTest, RandomValuesSurvive)
 {
     std::mt19937 random(1);
-    const QString alphabet = QStringLiteral("ab1f ,;=\"\\@%/[]#\n\r\t\x01\x7fäé—🙂\u2028") + QChar(0);
+    const QString alphabet = u"ab1f ,;=\"\\@%/[]#\n\r\t\x01\x7fäé—🙂\u2028"_s + QChar(0);
     const auto text = [&random, &alphabet] {
         QString result;
         for (auto length = random() % 12; length > 0; --length) {
@@ -130,7 +132,7 @@ TEST_F(IniTextTest, RandomValuesSurvive)
     };
     QVariantMap values;
     for (int i = 0; i < 2000; ++i) {
-        const QString key = QStringLiteral("key%1").arg(i);
+        const QString key = u"key%1"_s.arg(i);
         if (i % 3 == 0)
             values.insert(key, QStringList{text(), text(), text()});
         else if (i % 3 == 1)

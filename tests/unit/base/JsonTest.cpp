@@ -6,6 +6,8 @@
 #include <limits>
 #include <random>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -51,8 +53,8 @@ TEST(JsonTest, SaysWhereATextIsWrong)
 {
     const auto value = parseJson("[1,2,x]");
     ASSERT_FALSE(value.has_value());
-    EXPECT_TRUE(value.error().startsWith(QStringLiteral("syntax error"))) << value.error().toStdString();
-    EXPECT_TRUE(value.error().endsWith(QStringLiteral("at byte 5"))) << value.error().toStdString();
+    EXPECT_TRUE(value.error().startsWith(u"syntax error"_s)) << value.error().toStdString();
+    EXPECT_TRUE(value.error().endsWith(u"at byte 5"_s)) << value.error().toStdString();
 }
 
 TEST(JsonTest, SkipsAByteOrderMark)
@@ -66,7 +68,7 @@ TEST(JsonTest, LastOfEqualKeysWins)
 {
     const auto object = parseJsonObject(R"({"a":1,"a":"x"})");
     ASSERT_TRUE(object.has_value());
-    EXPECT_EQ(stringMember(*object, "a"), QStringLiteral("x"));
+    EXPECT_EQ(stringMember(*object, "a"), u"x"_s);
 }
 
 TEST(JsonTest, NestsUpToTheLimitAndNoDeeper)
@@ -136,7 +138,7 @@ TEST(JsonTest, SerializesTextsOfAnyLength)
 
 TEST(JsonTest, TextsSurviveWithNullsQuotesAndEmoji)
 {
-    const QString text = QStringLiteral("a\"\\\n\t🙂é") + QChar(0) + QChar(0x2028);
+    const QString text = u"a\"\\\n\t🙂é"_s + QChar(0) + QChar(0x2028);
     const auto read = parseJson(serializeJson(json::value(jsonFromText(text))));
     ASSERT_TRUE(read.has_value());
     EXPECT_EQ(textFromJson(read->as_string()), text);
@@ -144,7 +146,7 @@ TEST(JsonTest, TextsSurviveWithNullsQuotesAndEmoji)
 
 TEST(JsonTest, SurrogateWithoutPartnerIsWrittenAsAQuestionMark)
 {
-    const QString broken = QStringLiteral("a") + QChar(0xd83d);
+    const QString broken = u"a"_s + QChar(0xd83d);
     const QByteArray bytes = serializeJson(json::value(jsonFromText(broken)));
     EXPECT_EQ(bytes, QByteArray("\"a?\""));
 }
@@ -154,7 +156,7 @@ TEST(JsonTest, MembersAreReadOnlyWithTheirType)
     const auto object = parseJsonObject(
         R"({"text":"x","number":1.5,"integer":3,"yes":true,"none":null,"list":[1],"map":{"a":1}})");
     ASSERT_TRUE(object.has_value());
-    EXPECT_EQ(stringMember(*object, "text"), QStringLiteral("x"));
+    EXPECT_EQ(stringMember(*object, "text"), u"x"_s);
     EXPECT_EQ(stringMember(*object, "number"), std::nullopt);
     EXPECT_EQ(stringMember(*object, "none"), std::nullopt);
     EXPECT_EQ(stringMember(*object, "absent"), std::nullopt);
@@ -189,7 +191,7 @@ TEST(JsonTest, IntegersMayBeWrittenAsDoubles)
 TEST(JsonTest, ParsesOnlyObjectsWhereAnObjectIsAsked)
 {
     EXPECT_TRUE(parseJsonObject("{}").has_value());
-    EXPECT_EQ(parseJsonObject("[]").error(), QStringLiteral("not an object"));
+    EXPECT_EQ(parseJsonObject("[]").error(), u"not an object"_s);
     EXPECT_FALSE(parseJsonObject("{").has_value());
 }
 

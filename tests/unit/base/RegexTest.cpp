@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -40,7 +42,7 @@ TEST(RegexTest, OptionsChangeTheMeaning)
 
 TEST(RegexTest, GivesGroupsInUtf16Offsets)
 {
-    const QString text = QStringLiteral("🙂 42% of x");
+    const QString text = u"🙂 42% of x"_s;
     const auto match = compiled(u"(\\d+)%( off)?").find(text);
     ASSERT_TRUE(match.has_value());
     ASSERT_TRUE(match->has_value());
@@ -54,7 +56,7 @@ TEST(RegexTest, GivesGroupsInUtf16Offsets)
 
 TEST(RegexTest, SearchFromAnOffsetSeesWhatIsBefore)
 {
-    const QString text = QStringLiteral("ab ab");
+    const QString text = u"ab ab"_s;
     EXPECT_EQ((*compiled(u"ab").find(text, 1))->start(), 3);
     EXPECT_EQ((*compiled(u"(?<=a)b").find(text, 1))->start(), 1);
     EXPECT_FALSE((*compiled(u"^ab").find(text, 1)).has_value());
@@ -63,7 +65,7 @@ TEST(RegexTest, SearchFromAnOffsetSeesWhatIsBefore)
 
 TEST(RegexTest, FindsAllUpToTheMaximum)
 {
-    const QString text = QStringLiteral("a1 b2 c3");
+    const QString text = u"a1 b2 c3"_s;
     const auto all = compiled(u"[a-z](\\d)").findAll(text, 100);
     ASSERT_TRUE(all.has_value());
     ASSERT_EQ(all->size(), 3);
@@ -74,8 +76,8 @@ TEST(RegexTest, FindsAllUpToTheMaximum)
 
 TEST(RegexTest, ReplacesWithPlainText)
 {
-    EXPECT_EQ(compiled(u"<[^>]+>").replaced(u"a<b>c</b>d", u"$0\\"), QStringLiteral("a$0\\c$0\\d"));
-    EXPECT_EQ(compiled(u"x").replaced(u"abc", u"y"), QStringLiteral("abc"));
+    EXPECT_EQ(compiled(u"<[^>]+>").replaced(u"a<b>c</b>d", u"$0\\"), u"a$0\\c$0\\d"_s);
+    EXPECT_EQ(compiled(u"x").replaced(u"abc", u"y"), u"abc"_s);
     EXPECT_EQ(compiled(u"b").replaced(QString(), u"y"), QString());
 }
 
@@ -83,7 +85,7 @@ TEST(RegexTest, SaysWhatIsWrongWithAPattern)
 {
     const auto regex = Regex::compile(u"a(b");
     ASSERT_FALSE(regex.has_value());
-    EXPECT_EQ(regex.error(), QStringLiteral("unbalanced parenthesis at character 3"));
+    EXPECT_EQ(regex.error(), u"unbalanced parenthesis at character 3"_s);
     for (const QStringView pattern :
          {u"[a", u"*a", u"a{2,1}", u"\\p{nope}", u"(?<=a*)b", u"\\1", u"a{", u"(?z)"})
         EXPECT_FALSE(Regex::compile(pattern).has_value()) << pattern.toString().toStdString();
@@ -93,7 +95,7 @@ TEST(RegexTest, RefusesAPatternThatWouldTakeLongToCompile)
 {
     EXPECT_TRUE(Regex::compile(QString(Regex::maximumPatternLength, u'a')).has_value());
     EXPECT_EQ(Regex::compile(QString(Regex::maximumPatternLength + 1, u'a')).error(),
-              QStringLiteral("pattern too large at character 0"));
+              u"pattern too large at character 0"_s);
 }
 
 TEST(RegexTest, EndsABacktrackingPatternAtTheTimeLimit)
@@ -120,10 +122,10 @@ TEST(RegexTest, ReportsExhaustedBacktrackingMemory)
 TEST(RegexTest, HostilePatternsNeverCrashTheCompiler)
 {
     for (const QString &pattern :
-         {QString(100'000, u'('), QString(100'000, u'['), QStringLiteral("a{1000}").repeated(2'800),
-          QStringLiteral("(").repeated(5'000) + QStringLiteral(")*").repeated(5'000),
-          QStringLiteral("(?<=").repeated(2'000) + u'a' + QString(2'000, u')'),
-          QStringLiteral("[^").repeated(20'000) + QString(20'000, u']')}) {
+         {QString(100'000, u'('), QString(100'000, u'['), u"a{1000}"_s.repeated(2'800),
+          u"("_s.repeated(5'000) + u")*"_s.repeated(5'000),
+          u"(?<="_s.repeated(2'000) + u'a' + QString(2'000, u')'),
+          u"[^"_s.repeated(20'000) + QString(20'000, u']')}) {
         const auto regex = Regex::compile(pattern);
         if (regex)
             static_cast<void>(regex->contains(u"aaaaaaaa", 50ms));

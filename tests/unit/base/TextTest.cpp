@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -19,7 +21,7 @@ TEST(TextTest, CountsCarriageReturnLineFeedAsOne)
     EXPECT_EQ(characterCount(u"a\r\nb"), 3);
     EXPECT_EQ(characterCount(u"\r\r\n\n"), 3);
     EXPECT_EQ(characterCount(u"\n\r"), 2);
-    EXPECT_EQ(characterCount(QStringLiteral("\r\n").repeated(500)), 500);
+    EXPECT_EQ(characterCount(u"\r\n"_s.repeated(500)), 500);
 }
 
 TEST(TextTest, CountsCarriageReturnLineFeedAsOneBeforeOtherText)
@@ -77,52 +79,51 @@ TEST(TextTest, OffsetNeverPartsALineEnd)
 
 TEST(TextTest, FirstCharactersKeepsAWholeTextAsItIs)
 {
-    const QString text = QStringLiteral("grüße");
+    const QString text = u"grüße"_s;
     EXPECT_EQ(firstCharacters(text, 5), text);
-    EXPECT_EQ(firstCharacters(text, 4), QStringLiteral("grüß"));
+    EXPECT_EQ(firstCharacters(text, 4), u"grüß"_s);
     EXPECT_EQ(firstCharacters(text, 0), QString());
-    EXPECT_EQ(firstCharacters(QStringLiteral("0123456789"), 4), QStringLiteral("0123"));
+    EXPECT_EQ(firstCharacters(u"0123456789"_s, 4), u"0123"_s);
 }
 
 TEST(TextTest, TrimsUnicodeWhiteSpaceAndLineEnds)
 {
-    EXPECT_EQ(trimmed(u" \t\r\n\u00a0\u3000\u2028\u0085x y\u2029\u000b "), QStringLiteral("x y"));
+    EXPECT_EQ(trimmed(u" \t\r\n\u00a0\u3000\u2028\u0085x y\u2029\u000b "), u"x y"_s);
     EXPECT_EQ(trimmed(u" \n "), QString());
 }
 
 TEST(TextTest, FlattensEveryLineEndToOneBlank)
 {
-    EXPECT_EQ(flattened(u"a\r\nb\nc\rd\u2028e\u2029f\u0085g", 140), QStringLiteral("a b c d e f g"));
-    EXPECT_EQ(flattened(u"a\n\nb", 140), QStringLiteral("a  b"));
-    EXPECT_EQ(flattened(u"\n a \r\n", 140), QStringLiteral("a"));
+    EXPECT_EQ(flattened(u"a\r\nb\nc\rd\u2028e\u2029f\u0085g", 140), u"a b c d e f g"_s);
+    EXPECT_EQ(flattened(u"a\n\nb", 140), u"a  b"_s);
+    EXPECT_EQ(flattened(u"\n a \r\n", 140), u"a"_s);
 }
 
 TEST(TextTest, FlattensToTheLimitAndAnEllipsis)
 {
     EXPECT_EQ(flattened(QString(140, u'x'), 140), QString(140, u'x'));
     EXPECT_EQ(flattened(QString(141, u'x'), 140), QString(140, u'x') + u'…');
-    EXPECT_EQ(flattened(QStringLiteral("👍🏽").repeated(4), 3),
-              QStringLiteral("👍🏽").repeated(3) + u'…');
+    EXPECT_EQ(flattened(u"👍🏽"_s.repeated(4), 3), u"👍🏽"_s.repeated(3) + u'…');
 }
 
 TEST(TextTest, FlattensLongTextsLikeShortOnes)
 {
-    const QString words = QStringLiteral("word\r\n").repeated(10'000);
-    EXPECT_EQ(flattened(words, 12), QStringLiteral("word word wo…"));
-    const QString family = QStringLiteral("👩‍👩‍👧‍👦").repeated(10'000);
-    EXPECT_EQ(flattened(family, 50), QStringLiteral("👩‍👩‍👧‍👦").repeated(50) + u'…');
+    const QString words = u"word\r\n"_s.repeated(10'000);
+    EXPECT_EQ(flattened(words, 12), u"word word wo…"_s);
+    const QString family = u"👩‍👩‍👧‍👦"_s.repeated(10'000);
+    EXPECT_EQ(flattened(family, 50), u"👩‍👩‍👧‍👦"_s.repeated(50) + u'…');
     const QString marks = u'e' + QString(10'000, QChar(0x301));
     EXPECT_EQ(flattened(marks, 1), marks);
     EXPECT_EQ(flattened(marks + u'x', 1), marks + u'…');
-    EXPECT_EQ(flattened(u'x' + QString(10'000, u'\n'), 5), QStringLiteral("x"));
-    EXPECT_EQ(flattened(u"abc", 0), QStringLiteral("…"));
+    EXPECT_EQ(flattened(u'x' + QString(10'000, u'\n'), 5), u"x"_s);
+    EXPECT_EQ(flattened(u"abc", 0), u"…"_s);
 }
 
 TEST(TextTest, OffsetInALongTextIsThatOfItsBeginning)
 {
-    const QString ascii = QStringLiteral("ab\r\n").repeated(10'000);
+    const QString ascii = u"ab\r\n"_s.repeated(10'000);
     EXPECT_EQ(characterOffset(ascii, 100), 133);
-    const QString mixed = QStringLiteral("a").repeated(202) + QStringLiteral("\u0301").repeated(5) + ascii;
+    const QString mixed = u"a"_s.repeated(202) + u"\u0301"_s.repeated(5) + ascii;
     EXPECT_EQ(characterOffset(mixed, 100), 100);
     EXPECT_EQ(characterOffset(mixed, 201), 201);
     EXPECT_EQ(characterOffset(mixed, 202), 207);

@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 TEST(UuidTest, TextIsUpperCaseWithoutBraces)
 {
-    const QUuid uuid(QStringLiteral("{0a1b2c3d-4e5f-4a6b-8c9d-0e1f2a3b4c5d}"));
-    EXPECT_EQ(uuidText(uuid), QStringLiteral("0A1B2C3D-4E5F-4A6B-8C9D-0E1F2A3B4C5D"));
+    const QUuid uuid(u"{0a1b2c3d-4e5f-4a6b-8c9d-0e1f2a3b4c5d}"_s);
+    EXPECT_EQ(uuidText(uuid), u"0A1B2C3D-4E5F-4A6B-8C9D-0E1F2A3B4C5D"_s);
 }
 
 TEST(UuidTest, ReadsBothCases)
@@ -16,7 +18,7 @@ TEST(UuidTest, ReadsBothCases)
     const auto upper = uuidFromText(u"0A1B2C3D-4E5F-4A6B-8C9D-0E1F2A3B4C5D");
     ASSERT_TRUE(upper.has_value());
     EXPECT_EQ(upper, uuidFromText(u"0a1b2c3d-4e5f-4a6b-8c9d-0e1f2a3b4c5d"));
-    EXPECT_EQ(uuidText(*upper), QStringLiteral("0A1B2C3D-4E5F-4A6B-8C9D-0E1F2A3B4C5D"));
+    EXPECT_EQ(uuidText(*upper), u"0A1B2C3D-4E5F-4A6B-8C9D-0E1F2A3B4C5D"_s);
 }
 
 TEST(UuidTest, ReadsTheIdentifierOfZeros)

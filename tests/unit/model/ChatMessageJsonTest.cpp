@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -43,7 +45,7 @@ TEST(ChatMessageJsonTest, MessageIsWrittenExactly)
     ChatMessage message;
     message.id = *uuidFromText(u"0a1b2c3d-4e5f-4a6b-8c9d-0e1f2a3b4c5d");
     message.role = Role::assistant;
-    message.text = QStringLiteral("Hello");
+    message.text = u"Hello"_s;
     message.date = 712345678.5;
     EXPECT_EQ(serializeJson(toJson(message)), plainMessage);
 }
@@ -52,10 +54,10 @@ TEST(ChatMessageJsonTest, AttachmentIsWrittenExactly)
 {
     ChatAttachment attachment;
     attachment.id = *uuidFromText(u"11111111-2222-4333-8444-555555555555");
-    attachment.filename = QStringLiteral("a.png");
+    attachment.filename = u"a.png"_s;
     attachment.kind = AttachmentKind::image;
     attachment.data = QByteArray("\x00\x01\x02\xff", 4);
-    attachment.mimeType = QStringLiteral("image/png");
+    attachment.mimeType = u"image/png"_s;
     attachment.byteSize = 4;
     EXPECT_EQ(serializeJson(toJson(attachment)), fullAttachment);
     EXPECT_EQ(chatAttachmentFromJson(parsed(fullAttachment)), attachment);
@@ -65,14 +67,14 @@ TEST(ChatMessageJsonTest, MessageSurvivesTheRoundTrip)
 {
     ChatMessage message;
     message.id = newUuid();
-    message.text = QStringLiteral("Zeile\n\"quoted\" 🙂\u2028") + QChar(0);
+    message.text = u"Zeile\n\"quoted\" 🙂\u2028"_s + QChar(0);
     message.isStreaming = true;
-    message.errorMessage = QStringLiteral("Nope");
+    message.errorMessage = u"Nope"_s;
     message.date = 785234567.123456789;
     ChatAttachment attachment;
     attachment.id = newUuid();
-    attachment.filename = QStringLiteral("ü.txt");
-    attachment.extractedText = QStringLiteral("body");
+    attachment.filename = u"ü.txt"_s;
+    attachment.extractedText = u"body"_s;
     attachment.byteSize = std::numeric_limits<qint64>::max();
     message.attachments = {attachment, attachment};
 

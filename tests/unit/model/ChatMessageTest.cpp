@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -22,26 +24,24 @@ TEST(ChatMessageTest, StreamingWithoutTextShowsThatItThinks)
 {
     ChatMessage row = message(Role::assistant, QString());
     row.isStreaming = true;
-    EXPECT_EQ(row.displayText(), QStringLiteral("Thinking…"));
+    EXPECT_EQ(row.displayText(), u"Thinking…"_s);
 }
 
 TEST(ChatMessageTest, StreamingWithTextShowsTheText)
 {
-    ChatMessage row = message(Role::assistant, QStringLiteral("Hel"));
+    ChatMessage row = message(Role::assistant, u"Hel"_s);
     row.isStreaming = true;
-    EXPECT_EQ(row.displayText(), QStringLiteral("Hel"));
+    EXPECT_EQ(row.displayText(), u"Hel"_s);
 }
 
 TEST(ChatMessageTest, FinishedAssistantWithoutAnythingShowsThatThereWasNoResponse)
 {
-    EXPECT_EQ(message(Role::assistant, QString()).displayText(),
-              QStringLiteral("(Morvane did not return a response.)"));
+    EXPECT_EQ(message(Role::assistant, QString()).displayText(), u"(Morvane did not return a response.)"_s);
 }
 
 TEST(ChatMessageTest, FinishedUserWithOnlyAttachmentsShowsTheirNames)
 {
-    EXPECT_EQ(message(Role::user, QString(), {"a.png", "b.pdf"}).displayText(),
-              QStringLiteral("a.png, b.pdf"));
+    EXPECT_EQ(message(Role::user, QString(), {"a.png", "b.pdf"}).displayText(), u"a.png, b.pdf"_s);
 }
 
 TEST(ChatMessageTest, FinishedUserWithNothingShowsNothing)
@@ -51,52 +51,51 @@ TEST(ChatMessageTest, FinishedUserWithNothingShowsNothing)
 
 TEST(ChatMessageTest, TextIsShownBeforeTheNamesOfAttachments)
 {
-    EXPECT_EQ(message(Role::user, QStringLiteral("Look"), {"a.png"}).displayText(), QStringLiteral("Look"));
+    EXPECT_EQ(message(Role::user, u"Look"_s, {"a.png"}).displayText(), u"Look"_s);
 }
 
 TEST(ChatMessageTest, LabelOfAStreamingMessageSaysOnlyThatMorvaneResponds)
 {
-    ChatMessage row = message(Role::assistant, QStringLiteral("Hel"), {"a.png"});
+    ChatMessage row = message(Role::assistant, u"Hel"_s, {"a.png"});
     row.isStreaming = true;
-    row.errorMessage = QStringLiteral("x");
-    EXPECT_EQ(row.accessibilityLabel(), QStringLiteral("Morvane is responding"));
+    row.errorMessage = u"x"_s;
+    EXPECT_EQ(row.accessibilityLabel(), u"Morvane is responding"_s);
 }
 
 TEST(ChatMessageTest, LabelNamesTheSpeaker)
 {
-    EXPECT_EQ(message(Role::assistant, QStringLiteral("Hello")).accessibilityLabel(),
-              QStringLiteral("Morvane said Hello"));
-    EXPECT_EQ(message(Role::user, QStringLiteral("Hi")).accessibilityLabel(), QStringLiteral("You said Hi"));
-    EXPECT_EQ(message(Role::user, QString()).accessibilityLabel(), QStringLiteral("You said No text"));
+    EXPECT_EQ(message(Role::assistant, u"Hello"_s).accessibilityLabel(), u"Morvane said Hello"_s);
+    EXPECT_EQ(message(Role::user, u"Hi"_s).accessibilityLabel(), u"You said Hi"_s);
+    EXPECT_EQ(message(Role::user, QString()).accessibilityLabel(), u"You said No text"_s);
 }
 
 TEST(ChatMessageTest, LabelEndsWithTheError)
 {
-    ChatMessage row = message(Role::assistant, QStringLiteral("Half"));
-    row.errorMessage = QStringLiteral("It broke.");
-    EXPECT_EQ(row.accessibilityLabel(), QStringLiteral("Morvane said Half. Error: It broke."));
+    ChatMessage row = message(Role::assistant, u"Half"_s);
+    row.errorMessage = u"It broke."_s;
+    EXPECT_EQ(row.accessibilityLabel(), u"Morvane said Half. Error: It broke."_s);
 }
 
 TEST(ChatMessageTest, LabelOfAnErrorWithoutTextHasTwoBlanks)
 {
     ChatMessage row = message(Role::assistant, QString());
-    row.errorMessage = QStringLiteral("It broke.");
-    EXPECT_EQ(row.accessibilityLabel(), QStringLiteral("Morvane said  Error: It broke."));
+    row.errorMessage = u"It broke."_s;
+    EXPECT_EQ(row.accessibilityLabel(), u"Morvane said  Error: It broke."_s);
 }
 
 TEST(ChatMessageTest, LabelCountsAttachments)
 {
-    EXPECT_EQ(message(Role::user, QStringLiteral("Look"), {"a.png"}).accessibilityLabel(),
-              QStringLiteral("You said Look. 1 attachment: a.png"));
+    EXPECT_EQ(message(Role::user, u"Look"_s, {"a.png"}).accessibilityLabel(),
+              u"You said Look. 1 attachment: a.png"_s);
     EXPECT_EQ(message(Role::user, QString(), {"a.png", "b.pdf", "c.txt"}).accessibilityLabel(),
-              QStringLiteral("You said No text. 3 attachments: a.png, b.pdf, c.txt"));
+              u"You said No text. 3 attachments: a.png, b.pdf, c.txt"_s);
 }
 
 TEST(ChatMessageTest, LabelOfAnErrorAlsoCountsAttachments)
 {
-    ChatMessage row = message(Role::user, QStringLiteral("Look"), {"a.png"});
-    row.errorMessage = QStringLiteral("No");
-    EXPECT_EQ(row.accessibilityLabel(), QStringLiteral("You said Look. Error: No. 1 attachment: a.png"));
+    ChatMessage row = message(Role::user, u"Look"_s, {"a.png"});
+    row.errorMessage = u"No"_s;
+    EXPECT_EQ(row.accessibilityLabel(), u"You said Look. Error: No. 1 attachment: a.png"_s);
 }
 
 } // namespace

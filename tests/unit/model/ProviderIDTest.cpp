@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -11,7 +13,7 @@ TEST(ProviderIDTest, ProvidersAreOfferedInTheirOrder)
     QStringList values;
     for (const ProviderID provider : allProviders)
         values.append(rawValue(provider));
-    EXPECT_EQ(values.join(u' '), QStringLiteral("gemini openrouter groq ollama openai zen custom"));
+    EXPECT_EQ(values.join(u' '), u"gemini openrouter groq ollama openai zen custom"_s);
 }
 
 TEST(ProviderIDTest, StoredTextGivesTheProviderBack)
@@ -28,23 +30,23 @@ TEST(ProviderIDTest, UnknownTextGivesNone)
 
 TEST(ProviderIDTest, HasTheNamesThatTheUserSees)
 {
-    EXPECT_EQ(displayName(ProviderID::gemini), QStringLiteral("Google Gemini"));
-    EXPECT_EQ(displayName(ProviderID::openrouter), QStringLiteral("OpenRouter"));
-    EXPECT_EQ(displayName(ProviderID::groq), QStringLiteral("Groq"));
-    EXPECT_EQ(displayName(ProviderID::ollama), QStringLiteral("Local (Ollama)"));
-    EXPECT_EQ(displayName(ProviderID::openai), QStringLiteral("OpenAI"));
-    EXPECT_EQ(displayName(ProviderID::zen), QStringLiteral("OpenCode Zen"));
-    EXPECT_EQ(displayName(ProviderID::custom), QStringLiteral("Custom"));
+    EXPECT_EQ(displayName(ProviderID::gemini), u"Google Gemini"_s);
+    EXPECT_EQ(displayName(ProviderID::openrouter), u"OpenRouter"_s);
+    EXPECT_EQ(displayName(ProviderID::groq), u"Groq"_s);
+    EXPECT_EQ(displayName(ProviderID::ollama), u"Local (Ollama)"_s);
+    EXPECT_EQ(displayName(ProviderID::openai), u"OpenAI"_s);
+    EXPECT_EQ(displayName(ProviderID::zen), u"OpenCode Zen"_s);
+    EXPECT_EQ(displayName(ProviderID::custom), u"Custom"_s);
 }
 
 TEST(ProviderIDTest, HasADefaultModelForAllButCustom)
 {
-    EXPECT_EQ(defaultModel(ProviderID::gemini), QStringLiteral("gemini-3.6-flash"));
-    EXPECT_EQ(defaultModel(ProviderID::openrouter), QStringLiteral("deepseek/deepseek-chat-v3-0324"));
-    EXPECT_EQ(defaultModel(ProviderID::groq), QStringLiteral("llama-3.3-70b-versatile"));
-    EXPECT_EQ(defaultModel(ProviderID::ollama), QStringLiteral("qwen2.5"));
-    EXPECT_EQ(defaultModel(ProviderID::openai), QStringLiteral("gpt-5-mini"));
-    EXPECT_EQ(defaultModel(ProviderID::zen), QStringLiteral("deepseek-v4-flash-free"));
+    EXPECT_EQ(defaultModel(ProviderID::gemini), u"gemini-3.6-flash"_s);
+    EXPECT_EQ(defaultModel(ProviderID::openrouter), u"deepseek/deepseek-chat-v3-0324"_s);
+    EXPECT_EQ(defaultModel(ProviderID::groq), u"llama-3.3-70b-versatile"_s);
+    EXPECT_EQ(defaultModel(ProviderID::ollama), u"qwen2.5"_s);
+    EXPECT_EQ(defaultModel(ProviderID::openai), u"gpt-5-mini"_s);
+    EXPECT_EQ(defaultModel(ProviderID::zen), u"deepseek-v4-flash-free"_s);
     EXPECT_EQ(defaultModel(ProviderID::custom), QString());
 }
 

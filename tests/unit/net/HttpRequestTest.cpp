@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -20,18 +22,18 @@ TEST(HttpRequestTest, OnlyAbsoluteHttpAndHttpsAddressesCanBeSent)
         EXPECT_EQ(problemOf(QString::fromLatin1(url)), std::nullopt) << url;
     for (const char *url : {"", "/path", "host/path", "ftp://host/", "file:///etc/passwd", "http:///path",
                             "javascript:alert(1)", "http://host:99999/"})
-        EXPECT_EQ(problemOf(QString::fromLatin1(url)), TransportError::Kind::InvalidUrl) << url;
+        EXPECT_EQ(problemOf(QString::fromLatin1(url)), TransportError::Kind::invalidUrl) << url;
 }
 
 TEST(HttpRequestTest, MethodIsAToken)
 {
     HttpRequest request;
-    request.url = QUrl(QStringLiteral("http://host/"));
+    request.url = QUrl(u"http://host/"_s);
     for (const char *method : {"", "GET /", "GET\r\n"}) {
         request.method = method;
         const auto problem = request.problem();
         ASSERT_TRUE(problem) << method;
-        EXPECT_EQ(problem->kind(), TransportError::Kind::InvalidRequest);
+        EXPECT_EQ(problem->kind(), TransportError::Kind::invalidRequest);
     }
 }
 

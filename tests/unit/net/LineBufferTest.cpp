@@ -84,10 +84,9 @@ TEST(LineBufferTest, LimitCountsTheBytesOfALineWithoutItsEnd)
 TEST(LineBufferTest, BytesOfAnyValueStayAsTheyAre)
 {
     QByteArray line;
-    for (int value = 0; value < 256; ++value) {
+    for (int value = 0; value < 256; ++value)
         if (value != '\n' && value != '\r')
             line += static_cast<char>(value);
-    }
     LineBuffer buffer(1000);
     EXPECT_TRUE(buffer.append(line + '\n'));
     EXPECT_EQ(linesOf(buffer.takeLines()), QList<QByteArray>{line});

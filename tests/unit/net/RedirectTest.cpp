@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -9,7 +11,7 @@ class RedirectTest : public testing::Test {
 protected:
     HttpRequest request;
 
-    void SetUp() override { request.url = QUrl(QStringLiteral("https://host/a/b?q=1#f")); }
+    void SetUp() override { request.url = QUrl(u"https://host/a/b?q=1#f"_s); }
 
     std::optional<HttpRequest> follow(int status, const QByteArray &location)
     {
@@ -58,7 +60,7 @@ TEST_F(RedirectTest, PostBecomesAGetWhereAllowed)
 {
     request.method = "POST";
     request.body = "body";
-    request.redirects = RedirectRule::AllowGet;
+    request.redirects = RedirectRule::allowGet;
     request.headers.set("Content-Type", "application/json");
     const auto next = follow(303, "/c");
     ASSERT_TRUE(next);

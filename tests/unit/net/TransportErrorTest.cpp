@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -12,18 +14,18 @@ using Kind = TransportError::Kind;
 
 TEST(TransportErrorTest, ConnectionFailuresAreMarked)
 {
-    for (const Kind kind : {Kind::NotConnectedToInternet, Kind::UnresolvedHost, Kind::CannotConnectToHost,
-                            Kind::NetworkConnectionLost, Kind::TimedOut})
+    for (const Kind kind : {Kind::notConnectedToInternet, Kind::unresolvedHost, Kind::cannotConnectToHost,
+                            Kind::networkConnectionLost, Kind::timedOut})
         EXPECT_TRUE(TransportError(kind).isConnectionFailure()) << static_cast<int>(kind);
-    for (const Kind kind : {Kind::TlsFailure, Kind::MalformedResponse, Kind::TooLarge, Kind::TooManyRedirects,
-                            Kind::InvalidUrl, Kind::InvalidRequest, Kind::ClientClosed, Kind::Other})
+    for (const Kind kind : {Kind::tlsFailure, Kind::malformedResponse, Kind::tooLarge, Kind::tooManyRedirects,
+                            Kind::invalidUrl, Kind::invalidRequest, Kind::clientClosed, Kind::other})
         EXPECT_FALSE(TransportError(kind).isConnectionFailure()) << static_cast<int>(kind);
 }
 
 TEST(TransportErrorTest, EveryKindHasASentenceOfItsOwn)
 {
     QStringList texts;
-    for (int kind = 0; kind <= static_cast<int>(Kind::Other); ++kind) {
+    for (int kind = 0; kind <= static_cast<int>(Kind::other); ++kind) {
         const TransportError error(static_cast<Kind>(kind));
         EXPECT_TRUE(error.description().endsWith('.')) << kind;
         EXPECT_FALSE(texts.contains(error.description())) << kind;
@@ -34,7 +36,7 @@ TEST(TransportErrorTest, EveryKindHasASentenceOfItsOwn)
 
 TEST(TransportErrorTest, DetailIsAddedToTheSentence)
 {
-    const TransportError error(Kind::TlsFailure, QStringLiteral("The certificate has expired."));
+    const TransportError error(Kind::tlsFailure, u"The certificate has expired."_s);
     EXPECT_TRUE(error.description().endsWith(" The certificate has expired."));
 }
 
@@ -43,23 +45,23 @@ TEST(TransportErrorTest, ResultsOfTheLibraryAreToldApart)
     const auto kindOf = [](CURLcode result, const char *text = "", int systemError = 0) {
         return transportError(result, systemError, QByteArrayView(text)).kind();
     };
-    EXPECT_EQ(kindOf(CURLE_COULDNT_CONNECT, "", ECONNREFUSED), Kind::CannotConnectToHost);
-    EXPECT_EQ(kindOf(CURLE_COULDNT_CONNECT, "", ENETUNREACH), Kind::NotConnectedToInternet);
-    EXPECT_EQ(kindOf(CURLE_OPERATION_TIMEDOUT), Kind::TimedOut);
-    EXPECT_EQ(kindOf(CURLE_PARTIAL_FILE), Kind::NetworkConnectionLost);
-    EXPECT_EQ(kindOf(CURLE_GOT_NOTHING), Kind::NetworkConnectionLost);
+    EXPECT_EQ(kindOf(CURLE_COULDNT_CONNECT, "", ECONNREFUSED), Kind::cannotConnectToHost);
+    EXPECT_EQ(kindOf(CURLE_COULDNT_CONNECT, "", ENETUNREACH), Kind::notConnectedToInternet);
+    EXPECT_EQ(kindOf(CURLE_OPERATION_TIMEDOUT), Kind::timedOut);
+    EXPECT_EQ(kindOf(CURLE_PARTIAL_FILE), Kind::networkConnectionLost);
+    EXPECT_EQ(kindOf(CURLE_GOT_NOTHING), Kind::networkConnectionLost);
     EXPECT_EQ(kindOf(CURLE_RECV_ERROR, "Recv failure: Connection reset by peer"),
-              Kind::NetworkConnectionLost);
+              Kind::networkConnectionLost);
     EXPECT_EQ(kindOf(CURLE_RECV_ERROR, "Illegal or missing hexadecimal sequence in chunked-encoding"),
-              Kind::MalformedResponse);
+              Kind::malformedResponse);
     EXPECT_EQ(kindOf(CURLE_SSL_CONNECT_ERROR, "error:0A00010B:SSL routines::wrong version number"),
-              Kind::TlsFailure);
+              Kind::tlsFailure);
     EXPECT_EQ(kindOf(CURLE_SSL_CONNECT_ERROR, "Recv failure: Connection reset by peer"),
-              Kind::NetworkConnectionLost);
-    EXPECT_EQ(kindOf(CURLE_PEER_FAILED_VERIFICATION), Kind::TlsFailure);
-    EXPECT_EQ(kindOf(CURLE_UNSUPPORTED_PROTOCOL), Kind::MalformedResponse);
-    EXPECT_EQ(kindOf(CURLE_BAD_CONTENT_ENCODING), Kind::MalformedResponse);
-    EXPECT_EQ(kindOf(CURLE_LDAP_CANNOT_BIND), Kind::Other);
+              Kind::networkConnectionLost);
+    EXPECT_EQ(kindOf(CURLE_PEER_FAILED_VERIFICATION), Kind::tlsFailure);
+    EXPECT_EQ(kindOf(CURLE_UNSUPPORTED_PROTOCOL), Kind::malformedResponse);
+    EXPECT_EQ(kindOf(CURLE_BAD_CONTENT_ENCODING), Kind::malformedResponse);
+    EXPECT_EQ(kindOf(CURLE_LDAP_CANNOT_BIND), Kind::other);
 }
 
 TEST(TransportErrorTest, OnlyWhatHasNoSentenceOfItsOwnShowsTheLibrarysText)
@@ -68,7 +70,7 @@ TEST(TransportErrorTest, OnlyWhatHasNoSentenceOfItsOwnShowsTheLibrarysText)
                     .description()
                     .endsWith(" SSL certificate problem."));
     EXPECT_EQ(transportError(CURLE_PARTIAL_FILE, 0, "transfer closed").description(),
-              TransportError(Kind::NetworkConnectionLost).description());
+              TransportError(Kind::networkConnectionLost).description());
 }
 
 } // namespace

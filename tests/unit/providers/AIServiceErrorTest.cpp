@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -43,7 +45,7 @@ TEST(AIServiceError, BlockedNamesTheSafetyFilter)
 
 TEST(AIServiceError, WhatIsTheDescriptionInUtf8)
 {
-    const AIServiceError error(AIServiceError::Api{QStringLiteral(u"é")});
+    const AIServiceError error(AIServiceError::Api{u"é"_s});
     EXPECT_STREQ(error.what(), "\xC3\xA9");
 }
 
@@ -67,7 +69,7 @@ TEST(FriendlyDetail, ShowsTheBeginningOfAPage)
 
 TEST(FriendlyDetail, CountsUserPerceivedCharacters)
 {
-    const QString family = QStringLiteral(u"👨‍👩‍👧");
+    const QString family = u"👨‍👩‍👧"_s;
     EXPECT_EQ(friendlyDetail(family.repeated(400)), family.repeated(300));
 }
 

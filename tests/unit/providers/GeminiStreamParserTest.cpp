@@ -2,6 +2,8 @@
 
 #include "ProviderTestData.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -17,7 +19,7 @@ AITurnResult turnOf(const QList<QByteArray> &lines)
     return parser.finish();
 }
 
-const QString emptyResponse = QStringLiteral("The AI provider returned an empty response. Please try again.");
+const QString emptyResponse = u"The AI provider returned an empty response. Please try again."_s;
 
 TEST(GeminiStreamParser, DeliversEveryTextPartEvenAnEmptyOne)
 {

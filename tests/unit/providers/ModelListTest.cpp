@@ -16,10 +16,9 @@ QStringList names(const CatalogModels &models)
 
 std::optional<bool> isFree(const CatalogModels &models, const QString &name)
 {
-    for (const CatalogModel &model : models.value_or(QList<CatalogModel>())) {
+    for (const CatalogModel &model : models.value_or(QList<CatalogModel>()))
         if (model.name == name)
             return model.isFree;
-    }
     ADD_FAILURE() << "not listed: " << qPrintable(name);
     return std::nullopt;
 }

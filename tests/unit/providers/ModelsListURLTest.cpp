@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 QString urlOf(const QString &baseURL)
 {
     const auto url = modelsListURL(baseURL);
-    return url ? url->toString(QUrl::FullyEncoded) : QStringLiteral("(none)");
+    return url ? url->toString(QUrl::FullyEncoded) : u"(none)"_s;
 }
 
 TEST(ModelsListURL, AddsThePathAfterRemovingSlashes)

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -113,7 +115,7 @@ TEST(OpenAIBody, IsValidUtf8JsonForEveryText)
     QString text;
     for (char16_t unit = 0; unit < 0x300; ++unit)
         text.append(QChar(unit));
-    text += QStringLiteral(u"\u2028😀");
+    text += u"\u2028😀"_s;
     const auto body = jsonOf(openAIBody({userMessage(text)}, configuration(ProviderID::openai)));
     EXPECT_EQ(textFromJson(body.at("messages").at(0).at("content").as_string()), text);
 }

@@ -2,6 +2,8 @@
 
 #include "ProviderTestData.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -27,7 +29,7 @@ AITurnResult turnOf(const QList<QByteArray> &lines)
     return parser.finish();
 }
 
-const QString emptyResponse = QStringLiteral("The AI provider returned an empty response. Please try again.");
+const QString emptyResponse = u"The AI provider returned an empty response. Please try again."_s;
 
 TEST(OpenAIStreamParser, DeliversEachPieceAndTheWholeText)
 {
@@ -115,7 +117,7 @@ TEST(OpenAIStreamParser, ErrorObjectWithoutMessageIsUnknown)
 {
     OpenAIStreamParser parser;
     QStringList pieces;
-    const QString unknown = QStringLiteral("Unknown provider error.");
+    const QString unknown = u"Unknown provider error."_s;
     EXPECT_EQ(apiErrorOf([&] { parser.feed(R"(data: {"error":{"code":5}})", pieces); }), unknown);
     EXPECT_EQ(apiErrorOf([&] { parser.feed(R"(data: {"error":{"message":5}})", pieces); }), unknown);
 }
@@ -157,9 +159,8 @@ TEST(OpenAIStreamParser, ContentFilterIsBlocked)
 TEST(OpenAIStreamParser, LaterFinishReasonOverwritesAndEmptyOrNullLeavesIt)
 {
     EXPECT_EQ(turnOf({content("a"), delta("{}", "\"length\""), delta("{}", "\"stop\"")}).text, "a");
-    EXPECT_TRUE(throwsBlocked([] {
-        turnOf({content("a"), delta("{}", "\"content_filter\""), delta("{}", "\"\""), delta("{}")});
-    }));
+    EXPECT_TRUE(throwsBlocked(
+        [] { turnOf({content("a"), delta("{}", "\"content_filter\""), delta("{}", "\"\""), delta("{}")}); }));
 }
 
 TEST(OpenAIStreamParser, FinishReasonOnAChoiceWithoutDeltaIsNotSeen)
@@ -276,7 +277,7 @@ TEST(OpenAIStreamParser, ToolCallsThatAreNotAllObjectsAreIgnored)
 TEST(OpenAIStreamParser, KeepsUnicodeAndEscapes)
 {
     const AITurnResult result = turnOf({content(R"(\u00e9\n\ud83d\ude00)"), content("日本")});
-    EXPECT_EQ(result.text, QStringLiteral(u"é\n😀日本"));
+    EXPECT_EQ(result.text, u"é\n😀日本"_s);
 }
 
 TEST(OpenAIStreamParser, TakesChunksOfAMegabyte)

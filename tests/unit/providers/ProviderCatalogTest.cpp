@@ -27,10 +27,9 @@ TEST(ProviderCatalog, KnowsWhichModelsAreFree)
                                         {"meta-llama/llama-3.3-70b-instruct:free", true},
                                         {"google/gemma-3-27b-it:free", true}};
     EXPECT_EQ(curatedModels(ProviderID::openrouter), expected);
-    for (ProviderID provider : {ProviderID::gemini, ProviderID::groq, ProviderID::ollama, ProviderID::zen}) {
+    for (ProviderID provider : {ProviderID::gemini, ProviderID::groq, ProviderID::ollama, ProviderID::zen})
         for (const ProviderModel &model : curatedModels(provider))
             EXPECT_EQ(model.isFree, true) << qPrintable(model.name);
-    }
     for (const ProviderModel &model : curatedModels(ProviderID::openai))
         EXPECT_EQ(model.isFree, false) << qPrintable(model.name);
 }

@@ -2,10 +2,12 @@
 
 #include "ProviderTestData.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
-AIConfiguration withKey(ProviderID provider, const QString &key = QStringLiteral(" key "))
+AIConfiguration withKey(ProviderID provider, const QString &key = u" key "_s)
 {
     AIConfiguration config = configuration(provider);
     config.apiKey = key;

@@ -58,10 +58,9 @@ inline AIConfiguration configuration(ProviderID provider, const QString &model =
 inline QStringList feedAll(StreamParser &parser, const QList<QByteArray> &lines)
 {
     QStringList pieces;
-    for (const QByteArray &line : lines) {
+    for (const QByteArray &line : lines)
         if (parser.feed(line, pieces) == StreamParser::Progress::ended)
             break;
-    }
     return pieces;
 }
 

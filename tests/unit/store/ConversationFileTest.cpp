@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -25,7 +27,7 @@ TEST(ConversationFileTest, IsWrittenExactly)
 {
     ConversationFile file;
     file.id = *uuidFromText(u"0a1b2c3d-4e5f-4a6b-8c9d-0e1f2a3b4c5d");
-    file.title = QStringLiteral("Hello");
+    file.title = u"Hello"_s;
     file.createdAt = 712345678.5;
     file.updatedAt = 712345679.5;
     EXPECT_EQ(encodeConversation(file), emptyConversation);

@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -117,7 +119,7 @@ TEST_F(ConversationFilesTest, EmptyTitleIsListedAsUntitledAndStaysEmpty)
     const QUuid id = newUuid();
     files.save(id, QString(), messages, 100);
     EXPECT_EQ(titles(), QStringList{"Untitled"});
-    EXPECT_EQ(ConversationFiles(folder).list().front().title, QStringLiteral("Untitled"));
+    EXPECT_EQ(ConversationFiles(folder).list().front().title, u"Untitled"_s);
     EXPECT_EQ(files.load(id)->title, QString());
 }
 
@@ -132,7 +134,7 @@ TEST_F(ConversationFilesTest, NewestIsFirst)
 TEST_F(ConversationFilesTest, EqualDatesKeepTheFoldersOrder)
 {
     for (int i = 0; i < 30; ++i)
-        put(QStringLiteral("%1.json").arg(i), 7, QString::number(i));
+        put(u"%1.json"_s.arg(i), 7, QString::number(i));
     QStringList expected;
     for (const auto &entry : std::filesystem::directory_iterator(folder.toStdString()))
         expected.append(QString::fromStdString(entry.path().stem().string()));
@@ -205,7 +207,7 @@ TEST_F(ConversationFilesTest, LargeConversationIsListed)
 TEST_F(ConversationFilesTest, ManyConversationsAreListed)
 {
     for (int i = 0; i < 100; ++i)
-        put(QStringLiteral("%1.json").arg(i), i, QString::number(i));
+        put(u"%1.json"_s.arg(i), i, QString::number(i));
     const QStringList listed = titles();
     ASSERT_EQ(listed.size(), 100);
     for (int i = 0; i < 100; ++i)

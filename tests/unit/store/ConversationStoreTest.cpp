@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -36,7 +38,7 @@ TEST_F(ConversationStoreTest, SaveAnswersAtOnceWhatTheListWillShow)
 {
     const double before = referenceDateNow();
     const ConversationMeta meta = store->save(newUuid(), "Title", messages);
-    EXPECT_EQ(meta.title, QStringLiteral("Title"));
+    EXPECT_EQ(meta.title, u"Title"_s);
     EXPECT_EQ(meta.messageCount, 3);
     EXPECT_GE(meta.updatedAt, before);
     EXPECT_LE(meta.updatedAt, referenceDateNow());
@@ -46,7 +48,7 @@ TEST_F(ConversationStoreTest, SaveAnswersAtOnceWhatTheListWillShow)
 TEST_F(ConversationStoreTest, SaveAnswersUntitledForAnEmptyTitle)
 {
     const QUuid id = newUuid();
-    EXPECT_EQ(store->save(id, QString(), messages).title, QStringLiteral("Untitled"));
+    EXPECT_EQ(store->save(id, QString(), messages).title, u"Untitled"_s);
     EXPECT_EQ(run(store->load(id))->title, QString());
 }
 
@@ -71,7 +73,7 @@ TEST_F(ConversationStoreTest, LastOfSeveralSavesWins)
     const QUuid id = newUuid();
     for (int i = 0; i < 10; ++i)
         store->save(id, QString::number(i), messages);
-    EXPECT_EQ(run(store->load(id))->title, QStringLiteral("9"));
+    EXPECT_EQ(run(store->load(id))->title, u"9"_s);
     EXPECT_EQ(run(store->list()).size(), 1);
 }
 
@@ -92,7 +94,7 @@ TEST_F(ConversationStoreTest, MessagesThatChangeAfterTheCallAreSavedAsTheyWere)
     QList<ChatMessage> changing = messages;
     store->save(id, "T", changing);
     for (ChatMessage &message : changing)
-        message.text = QStringLiteral("changed");
+        message.text = u"changed"_s;
     EXPECT_EQ(run(store->load(id))->messages, messages);
 }
 

@@ -4,23 +4,25 @@
 #include <QStringList>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 TEST(DefaultSystemPromptTest, HasElevenParagraphsAndNoLineEndBehindThem)
 {
     const QString prompt = defaultSystemPrompt();
-    EXPECT_EQ(prompt.split(QStringLiteral("\n\n")).size(), 11);
+    EXPECT_EQ(prompt.split(u"\n\n"_s).size(), 11);
     EXPECT_FALSE(prompt.endsWith(u'\n'));
-    EXPECT_FALSE(prompt.contains(QStringLiteral("\n\n\n")));
+    EXPECT_FALSE(prompt.contains(u"\n\n\n"_s));
     EXPECT_EQ(prompt.count(u'\n'), 20);
 }
 
 TEST(DefaultSystemPromptTest, KeepsTheRunsOfBlanksOfItsFourthAndFifthParagraph)
 {
-    const QStringList paragraphs = defaultSystemPrompt().split(QStringLiteral("\n\n"));
+    const QStringList paragraphs = defaultSystemPrompt().split(u"\n\n"_s);
     for (qsizetype i = 0; i < paragraphs.size(); ++i)
-        EXPECT_EQ(paragraphs.at(i).count(QStringLiteral("     ")), i == 3 ? 7 : i == 4 ? 4 : 0) << i;
+        EXPECT_EQ(paragraphs.at(i).count(u"     "_s), i == 3 ? 7 : i == 4 ? 4 : 0) << i;
 }
 
 /// A changed prompt needs a higher version, or only new users would get it.

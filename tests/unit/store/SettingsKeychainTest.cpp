@@ -3,10 +3,12 @@
 #include "support/FileSizeLimit.h"
 #include "support/RunTask.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
-const auto service = QStringLiteral("com.morvaneapp.mac");
+const auto service = u"com.morvaneapp.mac"_s;
 
 /// The way of old keys out of the keychain.
 class SettingsKeychainTest : public SettingsStoreFixture {};
@@ -24,7 +26,7 @@ TEST_F(SettingsKeychainTest, KeychainKeysMoveIntoTheSettings)
     EXPECT_EQ(keychain.items().keys(), QStringList{"another service/groq"});
     EXPECT_EQ(changes, 1);
     settings.setProviderID(ProviderID::gemini);
-    EXPECT_EQ(settings.apiKey(), QStringLiteral("key-1"));
+    EXPECT_EQ(settings.apiKey(), u"key-1"_s);
 }
 
 TEST_F(SettingsKeychainTest, KeychainIsAskedInOrderOnceAndNotByTheMainThread)
@@ -77,7 +79,7 @@ TEST_F(SettingsKeychainTest, KeyTypedWhileTheKeychainIsAskedWins)
     keychain.gate.release(7);
     ASSERT_TRUE(waitUntil([this] { return keychain.reads().size() == 7; }));
     settle();
-    EXPECT_EQ(settings.apiKey(), QStringLiteral("typed"));
+    EXPECT_EQ(settings.apiKey(), u"typed"_s);
     close();
     EXPECT_EQ(keychain.items().size(), 1);
 }
@@ -90,7 +92,7 @@ TEST_F(SettingsKeychainTest, KeychainItemStaysUntilItsKeyIsStored)
     {
         const FileSizeLimit full(10);
         keychain.gate.release(7);
-        ASSERT_TRUE(waitUntil([&settings] { return settings.apiKey() == QStringLiteral("old"); }));
+        ASSERT_TRUE(waitUntil([&settings] { return settings.apiKey() == u"old"_s; }));
     }
     close();
     EXPECT_EQ(keychain.items().size(), 1);

@@ -4,6 +4,8 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -15,13 +17,13 @@ TEST_F(SettingsReadingTest, UnknownProviderIsTheLocalOneAndTheModelFollows)
     put({{"provider", "anthropic"}});
     const SettingsStore &settings = open();
     EXPECT_EQ(settings.providerID(), ProviderID::ollama);
-    EXPECT_EQ(settings.model(), QStringLiteral("qwen2.5"));
+    EXPECT_EQ(settings.model(), u"qwen2.5"_s);
 }
 
 TEST_F(SettingsReadingTest, ModelDefaultsToThatOfTheStoredProvider)
 {
     put({{"provider", "groq"}});
-    EXPECT_EQ(open().model(), QStringLiteral("llama-3.3-70b-versatile"));
+    EXPECT_EQ(open().model(), u"llama-3.3-70b-versatile"_s);
 }
 
 TEST_F(SettingsReadingTest, EmptyStoredModelStaysEmpty)
@@ -75,8 +77,8 @@ TEST_F(SettingsReadingTest, TextThatWasEditedByHandWithoutQuotesKeepsItsComma)
     home.write("Morvane/Morvane.conf",
                "[General]\nmodel=a, b\nsystemPromptVersion=7\nsystemPrompt=Be kind, be brief\n");
     const SettingsStore &settings = open();
-    EXPECT_EQ(settings.model(), QStringLiteral("a, b"));
-    EXPECT_EQ(settings.systemPrompt(), QStringLiteral("Be kind, be brief"));
+    EXPECT_EQ(settings.model(), u"a, b"_s);
+    EXPECT_EQ(settings.systemPrompt(), u"Be kind, be brief"_s);
 }
 
 TEST_F(SettingsReadingTest, OlderPromptVersionReplacesAnEditedPrompt)
@@ -93,7 +95,7 @@ TEST_F(SettingsReadingTest, OlderPromptVersionReplacesAnEditedPrompt)
 TEST_F(SettingsReadingTest, CurrentPromptVersionKeepsAnEditedPrompt)
 {
     put({{"systemPromptVersion", 7}, {"systemPrompt", "mine"}});
-    EXPECT_EQ(open().systemPrompt(), QStringLiteral("mine"));
+    EXPECT_EQ(open().systemPrompt(), u"mine"_s);
 }
 
 TEST_F(SettingsReadingTest, NewerPromptVersionKeepsThePromptAndTheVersion)
@@ -106,7 +108,7 @@ TEST_F(SettingsReadingTest, NewerPromptVersionKeepsThePromptAndTheVersion)
 TEST_F(SettingsReadingTest, OldFreeModelOfOpenRouterMovesToThePaidName)
 {
     put({{"provider", "openrouter"}, {"model", "deepseek/deepseek-chat-v3-0324:free"}});
-    EXPECT_EQ(open().model(), QStringLiteral("deepseek/deepseek-chat-v3-0324"));
+    EXPECT_EQ(open().model(), u"deepseek/deepseek-chat-v3-0324"_s);
     EXPECT_EQ(stored("model"), QVariant("deepseek/deepseek-chat-v3-0324"));
     EXPECT_EQ(stored("modelDefaultsVersion").toInt(), 1);
     EXPECT_TRUE(isStored("temperature"));
@@ -117,13 +119,13 @@ TEST_F(SettingsReadingTest, OldFreeModelMovesOnlyOnce)
     put({{"provider", "openrouter"},
          {"model", "deepseek/deepseek-chat-v3-0324:free"},
          {"modelDefaultsVersion", 1}});
-    EXPECT_EQ(open().model(), QStringLiteral("deepseek/deepseek-chat-v3-0324:free"));
+    EXPECT_EQ(open().model(), u"deepseek/deepseek-chat-v3-0324:free"_s);
 }
 
 TEST_F(SettingsReadingTest, OtherProvidersAndModelsDoNotMove)
 {
     put({{"provider", "custom"}, {"model", "deepseek/deepseek-chat-v3-0324:free"}});
-    EXPECT_EQ(open().model(), QStringLiteral("deepseek/deepseek-chat-v3-0324:free"));
+    EXPECT_EQ(open().model(), u"deepseek/deepseek-chat-v3-0324:free"_s);
     EXPECT_EQ(stored("modelDefaultsVersion").toInt(), 1);
     EXPECT_FALSE(isStored("temperature"));
 }

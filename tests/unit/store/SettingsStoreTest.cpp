@@ -6,6 +6,8 @@
 #include <QSettings>
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -16,7 +18,7 @@ TEST_F(SettingsStoreTest, FirstStartHasTheDefaults)
 {
     const SettingsStore &settings = open();
     EXPECT_EQ(settings.providerID(), ProviderID::ollama);
-    EXPECT_EQ(settings.model(), QStringLiteral("qwen2.5"));
+    EXPECT_EQ(settings.model(), u"qwen2.5"_s);
     EXPECT_EQ(settings.customBaseURL(), QString());
     EXPECT_EQ(settings.systemPrompt(), defaultSystemPrompt());
     EXPECT_EQ(settings.temperature(), 0.7);
@@ -57,16 +59,16 @@ TEST_F(SettingsStoreTest, EveryPropertySurvivesARestart)
     }
     const SettingsStore &settings = open();
     EXPECT_EQ(settings.providerID(), ProviderID::custom);
-    EXPECT_EQ(settings.model(), QStringLiteral("my, model \"x\""));
-    EXPECT_EQ(settings.customBaseURL(), QStringLiteral("http://localhost:1234/v1"));
-    EXPECT_EQ(settings.systemPrompt(), QStringLiteral("Zeile 1\nZeile 2 🙂, @x; y=z\n"));
+    EXPECT_EQ(settings.model(), u"my, model \"x\""_s);
+    EXPECT_EQ(settings.customBaseURL(), u"http://localhost:1234/v1"_s);
+    EXPECT_EQ(settings.systemPrompt(), u"Zeile 1\nZeile 2 🙂, @x; y=z\n"_s);
     EXPECT_EQ(settings.temperature(), 0.0);
     EXPECT_EQ(settings.maxSteps(), 100);
     EXPECT_TRUE(settings.unlimitedSteps());
     EXPECT_FALSE(settings.announceResponses());
     EXPECT_FALSE(settings.useTools());
     EXPECT_EQ(settings.alwaysAllowedTools(), (QSet<QString>{"write_file", "mcp_a_b"}));
-    EXPECT_EQ(settings.apiKey(), QStringLiteral("sk-1"));
+    EXPECT_EQ(settings.apiKey(), u"sk-1"_s);
 }
 
 TEST_F(SettingsStoreTest, FileIsOneThatQSettingsReads)
@@ -77,7 +79,7 @@ TEST_F(SettingsStoreTest, FileIsOneThatQSettingsReads)
     settings.setTemperature(0.25);
     const QSettings file(path, QSettings::IniFormat);
     EXPECT_EQ(file.status(), QSettings::NoError);
-    EXPECT_EQ(file.value("model").toString(), QStringLiteral("a, b"));
+    EXPECT_EQ(file.value("model").toString(), u"a, b"_s);
     EXPECT_EQ(file.value("temperature").toDouble(), 0.25);
     EXPECT_EQ(file.value("alwaysAllowedTools").toStringList(), QStringList{"write_file"});
     EXPECT_TRUE(file.childGroups().isEmpty());
@@ -120,7 +122,7 @@ TEST_F(SettingsStoreTest, AnnouncedChangeIsAlreadyInForceAndStored)
     QObject::connect(&settings, &SettingsStore::changed, &settings,
                      [&] { seen = settings.model() + u'/' + stored("model").toString(); });
     settings.setModel("x");
-    EXPECT_EQ(seen, QStringLiteral("x/x"));
+    EXPECT_EQ(seen, u"x/x"_s);
 }
 
 TEST_F(SettingsStoreTest, KeysAreStoredTrimmedForTheCurrentProvider)
@@ -128,12 +130,12 @@ TEST_F(SettingsStoreTest, KeysAreStoredTrimmedForTheCurrentProvider)
     SettingsStore &settings = open();
     settings.setProviderID(ProviderID::openai);
     settings.setApiKey("  sk-abc\n");
-    EXPECT_EQ(settings.apiKey(), QStringLiteral("sk-abc"));
+    EXPECT_EQ(settings.apiKey(), u"sk-abc"_s);
     EXPECT_EQ(stored("apiKey_openai"), QVariant("sk-abc"));
     settings.setProviderID(ProviderID::groq);
     EXPECT_EQ(settings.apiKey(), QString());
     settings.setProviderID(ProviderID::openai);
-    EXPECT_EQ(settings.apiKey(), QStringLiteral("sk-abc"));
+    EXPECT_EQ(settings.apiKey(), u"sk-abc"_s);
 }
 
 TEST_F(SettingsStoreTest, EmptyKeyIsStoredAsTheEmptyText)
@@ -162,14 +164,14 @@ TEST_F(SettingsStoreTest, AnnouncedKeyIsAlreadyInForceAndStored)
     QObject::connect(&settings, &SettingsStore::changed, &settings,
                      [&] { seen = settings.apiKey() + u'/' + stored("apiKey_ollama").toString(); });
     settings.setApiKey("x");
-    EXPECT_EQ(seen, QStringLiteral("x/x"));
+    EXPECT_EQ(seen, u"x/x"_s);
 }
 
 TEST_F(SettingsStoreTest, CustomAddressIsTrimmedAndStoredTrimmed)
 {
     SettingsStore &settings = open();
     settings.setCustomBaseURL("  https://x/v1 \n");
-    EXPECT_EQ(settings.customBaseURL(), QStringLiteral("https://x/v1"));
+    EXPECT_EQ(settings.customBaseURL(), u"https://x/v1"_s);
     EXPECT_EQ(stored("customBaseURL"), QVariant("https://x/v1"));
     EXPECT_EQ(changes, 1);
 }
@@ -186,7 +188,7 @@ TEST_F(SettingsStoreTest, OtherPartsKeepTheirKeysHere)
         EXPECT_EQ(changes, 0);
     }
     const SettingsStore &settings = open();
-    EXPECT_EQ(settings.value("currentConversationID").toString(), QStringLiteral("0A1B"));
+    EXPECT_EQ(settings.value("currentConversationID").toString(), u"0A1B"_s);
     EXPECT_TRUE(settings.value("hasCompletedOnboarding").toBool());
     EXPECT_EQ(settings.value("pendingReminders").toByteArray(), QByteArray("[{\"a\":1}]"));
     EXPECT_FALSE(settings.value("dismissedUpdateVersion").isValid());
@@ -207,7 +209,7 @@ TEST_F(SettingsStoreTest, FullDiskLeavesTheProgramWithItsSettings)
         const FileSizeLimit full(10);
         settings.setModel("x");
     }
-    EXPECT_EQ(settings.model(), QStringLiteral("x"));
+    EXPECT_EQ(settings.model(), u"x"_s);
     EXPECT_EQ(stored("systemPromptVersion").toInt(), 7);
     settings.setTemperature(0.2);
     EXPECT_EQ(stored("model"), QVariant("x"));

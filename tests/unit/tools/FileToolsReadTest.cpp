@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -42,7 +44,7 @@ TEST_F(ListDirectoryTest, LinksToFoldersAreMarkedAndBrokenOnesAreNot)
 TEST_F(ListDirectoryTest, AFolderOf250EntriesGivesTheHeadingAndTheFirst199)
 {
     for (int i = 0; i < 250; ++i)
-        write(QStringLiteral("folder/%1").arg(i, 3, 10, QLatin1Char('0')), "");
+        write(u"folder/%1"_s.arg(i, 3, 10, QChar(u'0')), "");
     const QStringList lines = FileTools::listDirectory(path("folder")).split('\n');
     ASSERT_EQ(lines.size(), 200);
     EXPECT_EQ(lines.first(), "Contents of " + path("folder") + ":");
@@ -180,8 +182,7 @@ TEST_F(ReadFileTest, WhatIsNoFileIsTold)
 TEST_F(ReadFileTest, DevicesPipesAndSocketsAreNotOpened)
 {
     for (const char *const device : {"/dev/zero", "/dev/null", "/dev/tty"})
-        EXPECT_EQ(FileTools::readFile(device),
-                  QStringLiteral("Error reading %1: Not a regular file").arg(device));
+        EXPECT_EQ(FileTools::readFile(device), u"Error reading %1: Not a regular file"_s.arg(device));
 
     makePipe("pipe");
     EXPECT_EQ(FileTools::readFile("~/pipe"), "Error reading ~/pipe: Not a regular file");

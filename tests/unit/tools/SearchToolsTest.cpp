@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -171,18 +173,17 @@ TEST_F(GrepSearchTest, TenMatchesOfAFileAreKept)
 TEST_F(GrepSearchTest, FiftyLinesAreReturned)
 {
     for (int i = 0; i < 700; ++i)
-        write(QStringLiteral("r/%1/%2").arg(i % 7).arg(i), "needle\nneedle\nneedle\n");
+        write(u"r/%1/%2"_s.arg(i % 7).arg(i), "needle\nneedle\nneedle\n");
     EXPECT_EQ(grep("needle", path("r")).count('\n'), 49);
 }
 
 TEST_F(GrepSearchTest, ManyFilesAreAllSearched)
 {
     for (int i = 0; i < 700; ++i)
-        write(QStringLiteral("r/%1/%2").arg(i % 7).arg(i),
-              QByteArray("text ") + QByteArray::number(i) + "\n");
+        write(u"r/%1/%2"_s.arg(i % 7).arg(i), QByteArray("text ") + QByteArray::number(i) + "\n");
     for (const int i : {0, 15, 16, 17, 400, 699})
-        EXPECT_EQ(grep(QStringLiteral(" %1$").arg(i), path("r")),
-                  path(QStringLiteral("r/%1/%2").arg(i % 7).arg(i)) + QStringLiteral(":1: text %1").arg(i));
+        EXPECT_EQ(grep(u" %1$"_s.arg(i), path("r")),
+                  path(u"r/%1/%2"_s.arg(i % 7).arg(i)) + u":1: text %1"_s.arg(i));
 }
 
 TEST_F(GrepSearchTest, FilesOfFiveMillionBytesArePassedOver)

@@ -4,6 +4,8 @@
 #include <thread>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -42,7 +44,7 @@ TEST(TodoListTest, ConcurrentUpdatesEachAnswerForTheirOwnList)
     for (std::thread &thread : threads)
         thread.join();
     for (std::size_t i = 0; i < answers.size(); ++i)
-        EXPECT_EQ(answers[i], QStringLiteral("Todo list:\n1. %1\n2. %1\n3. %1").arg(i));
+        EXPECT_EQ(answers[i], u"Todo list:\n1. %1\n2. %1\n3. %1"_s.arg(i));
 }
 
 } // namespace

@@ -9,10 +9,9 @@ namespace {
 
 const AITool &tool(QLatin1StringView name)
 {
-    for (const AITool &candidate : toolTable()) {
+    for (const AITool &candidate : toolTable())
         if (candidate.name == name)
             return candidate;
-    }
     ADD_FAILURE() << "no tool " << name.data();
     return toolTable().front();
 }

@@ -8,9 +8,8 @@ namespace {
 HeightIndex indexOf(std::initializer_list<int> heights)
 {
     HeightIndex index;
-    for (const int height : heights) {
+    for (const int height : heights)
         index.append(height);
-    }
     return index;
 }
 

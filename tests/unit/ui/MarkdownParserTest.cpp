@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -10,9 +12,8 @@ using Kind = MarkdownBlock::Kind;
 QString textOf(const MarkdownBlock &block)
 {
     QString text;
-    for (const MarkdownRun &run : block.runs) {
+    for (const MarkdownRun &run : block.runs)
         text += run.text;
-    }
     return text;
 }
 
@@ -47,18 +48,18 @@ TEST(MarkdownParserTest, KeepsLineEnds)
 {
     const auto blocks = parse("one\ntwo");
     ASSERT_EQ(blocks.size(), 1);
-    EXPECT_EQ(textOf(blocks[0]), QStringLiteral("one\u2028two"));
+    EXPECT_EQ(textOf(blocks[0]), u"one\u2028two"_s);
 }
 
 TEST(MarkdownParserTest, FlattensListsWithTheirNumbersAndDepth)
 {
     const auto blocks = parse("3. three\n   - inner\n4. four");
     ASSERT_EQ(blocks.size(), 3);
-    EXPECT_EQ(blocks[0].marker, QStringLiteral("3."));
+    EXPECT_EQ(blocks[0].marker, u"3."_s);
     EXPECT_EQ(blocks[0].indent, 1);
-    EXPECT_EQ(blocks[1].marker, QStringLiteral("•"));
+    EXPECT_EQ(blocks[1].marker, u"•"_s);
     EXPECT_EQ(blocks[1].indent, 2);
-    EXPECT_EQ(blocks[2].marker, QStringLiteral("4."));
+    EXPECT_EQ(blocks[2].marker, u"4."_s);
     EXPECT_TRUE(blocks[2].isTight);
 }
 
@@ -66,15 +67,15 @@ TEST(MarkdownParserTest, ReadsTaskLists)
 {
     const auto blocks = parse("- [x] done\n- [ ] open");
     ASSERT_EQ(blocks.size(), 2);
-    EXPECT_EQ(blocks[0].marker, QStringLiteral("☑"));
-    EXPECT_EQ(blocks[1].marker, QStringLiteral("☐"));
+    EXPECT_EQ(blocks[0].marker, u"☑"_s);
+    EXPECT_EQ(blocks[1].marker, u"☐"_s);
 }
 
 TEST(MarkdownParserTest, KeepsEmptyItems)
 {
     const auto blocks = parse("- a\n-\n- c");
     ASSERT_EQ(blocks.size(), 3);
-    EXPECT_EQ(blocks[1].marker, QStringLiteral("•"));
+    EXPECT_EQ(blocks[1].marker, u"•"_s);
     EXPECT_EQ(textOf(blocks[1]), QString());
 }
 
@@ -85,20 +86,20 @@ TEST(MarkdownParserTest, ReadsTablesWithAlignment)
     ASSERT_EQ(blocks[0].kind, Kind::table);
     ASSERT_EQ(blocks[0].rows.size(), 2);
     EXPECT_EQ(blocks[0].rows[1][1].alignment, MarkdownCell::Alignment::right);
-    EXPECT_EQ(blocks[0].rows[1][0].runs[0].text, QStringLiteral("1"));
-    EXPECT_EQ(markdownPlainText(blocks), QStringLiteral("a\tb\n1\t2"));
+    EXPECT_EQ(blocks[0].rows[1][0].runs[0].text, u"1"_s);
+    EXPECT_EQ(markdownPlainText(blocks), u"a\tb\n1\t2"_s);
 }
 
 TEST(MarkdownParserTest, ShowsHtmlAsText)
 {
     const auto blocks = parse("<script>alert(1)</script> and <b>bold</b>");
     ASSERT_EQ(blocks.size(), 1);
-    EXPECT_EQ(textOf(blocks[0]), QStringLiteral("<script>alert(1)</script> and <b>bold</b>"));
+    EXPECT_EQ(textOf(blocks[0]), u"<script>alert(1)</script> and <b>bold</b>"_s);
 }
 
 TEST(MarkdownParserTest, DecodesEntities)
 {
-    EXPECT_EQ(textOf(parse("&lt;b&gt; &amp; &#65; &eacute;")[0]), QStringLiteral("<b> & A é"));
+    EXPECT_EQ(textOf(parse("&lt;b&gt; &amp; &#65; &eacute;")[0]), u"<b> & A é"_s);
 }
 
 TEST(MarkdownParserTest, LinksOnlySafeAddresses)
@@ -107,42 +108,39 @@ TEST(MarkdownParserTest, LinksOnlySafeAddresses)
                               "[file](file:///etc/passwd)");
     ASSERT_EQ(blocks.size(), 1);
     QStringList links;
-    for (const MarkdownRun &run : blocks[0].runs) {
-        if (!run.link.isEmpty()) {
+    for (const MarkdownRun &run : blocks[0].runs)
+        if (!run.link.isEmpty())
             links += run.link;
-        }
-    }
-    EXPECT_EQ(links, (QStringList{QStringLiteral("https://example.com"), QStringLiteral("mailto:a@b.c")}));
+    EXPECT_EQ(links, (QStringList{u"https://example.com"_s, u"mailto:a@b.c"_s}));
 }
 
 TEST(MarkdownParserTest, ImagesBecomeLinksAndAreNotLoaded)
 {
     const auto blocks = parse("![a cat](https://example.com/cat.png)");
     ASSERT_EQ(blocks.size(), 1);
-    EXPECT_EQ(blocks[0].runs[0].text, QStringLiteral("a cat"));
-    EXPECT_EQ(blocks[0].runs[0].link, QStringLiteral("https://example.com/cat.png"));
+    EXPECT_EQ(blocks[0].runs[0].text, u"a cat"_s);
+    EXPECT_EQ(blocks[0].runs[0].link, u"https://example.com/cat.png"_s);
 }
 
 TEST(MarkdownParserTest, SafeLinksNeedAHost)
 {
-    EXPECT_TRUE(isSafeLink(QStringLiteral("http://example.com/x?y=z")));
-    EXPECT_FALSE(isSafeLink(QStringLiteral("https://")));
-    EXPECT_FALSE(isSafeLink(QStringLiteral("data:text/html,x")));
-    EXPECT_FALSE(isSafeLink(QStringLiteral("/etc/passwd")));
+    EXPECT_TRUE(isSafeLink(u"http://example.com/x?y=z"_s));
+    EXPECT_FALSE(isSafeLink(u"https://"_s));
+    EXPECT_FALSE(isSafeLink(u"data:text/html,x"_s));
+    EXPECT_FALSE(isSafeLink(u"/etc/passwd"_s));
     EXPECT_FALSE(isSafeLink(QString()));
 }
 
 TEST(MarkdownParserTest, SurvivesHostileNesting)
 {
-    const QString lists = QStringLiteral("- ").repeated(1500);
-    const QString emphasis = QStringLiteral("*a **b ").repeated(500);
-    const QString brackets = QStringLiteral("[").repeated(3000);
+    const QString lists = u"- "_s.repeated(1500);
+    const QString emphasis = u"*a **b "_s.repeated(500);
+    const QString brackets = u"["_s.repeated(3000);
     EXPECT_FALSE(parseMarkdown(lists).isEmpty());
     EXPECT_FALSE(parseMarkdown(emphasis).isEmpty());
     EXPECT_FALSE(parseMarkdown(brackets).isEmpty());
-    for (const MarkdownBlock &block : parseMarkdown(lists)) {
+    for (const MarkdownBlock &block : parseMarkdown(lists))
         EXPECT_LE(block.indent, 8);
-    }
 }
 
 } // namespace

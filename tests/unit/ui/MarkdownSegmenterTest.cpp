@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -29,7 +31,7 @@ QString shown(const QString &text)
 
 TEST(MarkdownSegmenterTest, AShortAnswerIsOneSegment)
 {
-    const QString text = QStringLiteral("# Title\n\nText.\n\n- a\n- b\n");
+    const QString text = u"# Title\n\nText.\n\n- a\n- b\n"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
     EXPECT_EQ(segments[0].kind, Kind::markdown);
@@ -42,97 +44,97 @@ TEST(MarkdownSegmenterTest, AnEmptyTextIsOneEmptySegment)
 
 TEST(MarkdownSegmenterTest, AFenceShowsItsCodeWithoutTheFenceLines)
 {
-    const QString text = QStringLiteral("Before\n```python\nprint(1)\n\nprint(2)\n```\nAfter");
+    const QString text = u"Before\n```python\nprint(1)\n\nprint(2)\n```\nAfter"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 3);
     EXPECT_EQ(segments[1].kind, Kind::code);
-    EXPECT_EQ(codeText(text, segments[1]), QStringLiteral("print(1)\n\nprint(2)"));
-    EXPECT_EQ(codeLanguage(text, segments[1]), QStringLiteral("python"));
-    EXPECT_FALSE(shown(text).contains(QStringLiteral("```")));
+    EXPECT_EQ(codeText(text, segments[1]), u"print(1)\n\nprint(2)"_s);
+    EXPECT_EQ(codeLanguage(text, segments[1]), u"python"_s);
+    EXPECT_FALSE(shown(text).contains(u"```"_s));
 }
 
 TEST(MarkdownSegmenterTest, EveryLineThatBeginsWithThreeBackticksIsLeftOut)
 {
-    EXPECT_EQ(shown(QStringLiteral("a\n```inline``` b\nc")), QStringLiteral("a\nc"));
-    EXPECT_EQ(shown(QStringLiteral("````\nx\n```\ny\n````")), QStringLiteral("x\ny"));
-    EXPECT_EQ(shown(QStringLiteral("  ```\nx")), QStringLiteral("x"));
+    EXPECT_EQ(shown(u"a\n```inline``` b\nc"_s), u"a\nc"_s);
+    EXPECT_EQ(shown(u"````\nx\n```\ny\n````"_s), u"x\ny"_s);
+    EXPECT_EQ(shown(u"  ```\nx"_s), u"x"_s);
 }
 
 TEST(MarkdownSegmenterTest, LeadingQuoteMarksAreRemovedFromEveryLine)
 {
-    EXPECT_EQ(shown(QStringLiteral("> a\n>b\n>> c\n> > d\nx > y")), QStringLiteral("a\nb\nc\nd\nx > y"));
+    EXPECT_EQ(shown(u"> a\n>b\n>> c\n> > d\nx > y"_s), u"a\nb\nc\nd\nx > y"_s);
 }
 
 TEST(MarkdownSegmenterTest, CodeInAQuoteIsCode)
 {
-    const QString text = QStringLiteral("> ```sh\n> ls\n> ```");
+    const QString text = u"> ```sh\n> ls\n> ```"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
-    EXPECT_EQ(codeText(text, segments[0]), QStringLiteral("ls"));
-    EXPECT_EQ(copiedCode(text, segments[0]), QStringLiteral("ls"));
+    EXPECT_EQ(codeText(text, segments[0]), u"ls"_s);
+    EXPECT_EQ(copiedCode(text, segments[0]), u"ls"_s);
 }
 
 TEST(MarkdownSegmenterTest, CopiedCodeKeepsItsOwnAngleBrackets)
 {
-    const QString text = QStringLiteral("```\n> log.txt\n```");
+    const QString text = u"```\n> log.txt\n```"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
-    EXPECT_EQ(codeText(text, segments[0]), QStringLiteral("log.txt"));
-    EXPECT_EQ(copiedCode(text, segments[0]), QStringLiteral("> log.txt"));
+    EXPECT_EQ(codeText(text, segments[0]), u"log.txt"_s);
+    EXPECT_EQ(copiedCode(text, segments[0]), u"> log.txt"_s);
 }
 
 TEST(MarkdownSegmenterTest, CodeInAListIsDedentedAndTheTextBehindItGoesOnInTheItem)
 {
-    const QString text = QStringLiteral("1. Do:\n   ```\n   a\n     b\n   ```\n   then this\n2. Done");
+    const QString text = u"1. Do:\n   ```\n   a\n     b\n   ```\n   then this\n2. Done"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 4);
-    EXPECT_EQ(codeText(text, segments[1]), QStringLiteral("a\n  b"));
+    EXPECT_EQ(codeText(text, segments[1]), u"a\n  b"_s);
     EXPECT_EQ(segments[1].indent, 3);
     EXPECT_EQ(segments[2].indent, 3);
-    EXPECT_EQ(markdownSource(text, segments[2], {}), QStringLiteral("then this"));
-    EXPECT_EQ(markdownSource(text, segments[3], {}), QStringLiteral("2. Done"));
+    EXPECT_EQ(markdownSource(text, segments[2], {}), u"then this"_s);
+    EXPECT_EQ(markdownSource(text, segments[3], {}), u"2. Done"_s);
 }
 
 TEST(MarkdownSegmenterTest, AFenceBehindAListMarkerOpensCode)
 {
-    const QString text = QStringLiteral("- ```\n  a\n  ```\n- b");
+    const QString text = u"- ```\n  a\n  ```\n- b"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 2);
     EXPECT_EQ(segments[0].kind, Kind::code);
-    EXPECT_EQ(codeText(text, segments[0]), QStringLiteral("a"));
-    EXPECT_EQ(markdownSource(text, segments[1], {}), QStringLiteral("- b"));
+    EXPECT_EQ(codeText(text, segments[0]), u"a"_s);
+    EXPECT_EQ(markdownSource(text, segments[1], {}), u"- b"_s);
 }
 
 TEST(MarkdownSegmenterTest, AnOpenFenceRunsToTheEnd)
 {
-    const QString text = QStringLiteral("```\na\nb");
+    const QString text = u"```\na\nb"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
-    EXPECT_EQ(codeText(text, segments[0]), QStringLiteral("a\nb"));
+    EXPECT_EQ(codeText(text, segments[0]), u"a\nb"_s);
 }
 
 TEST(MarkdownSegmenterTest, TildesFenceToo)
 {
-    const QString text = QStringLiteral("~~~ c\nint x;\n~~~");
+    const QString text = u"~~~ c\nint x;\n~~~"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
-    EXPECT_EQ(codeText(text, segments[0]), QStringLiteral("int x;"));
-    EXPECT_EQ(codeLanguage(text, segments[0]), QStringLiteral("c"));
+    EXPECT_EQ(codeText(text, segments[0]), u"int x;"_s);
+    EXPECT_EQ(codeLanguage(text, segments[0]), u"c"_s);
 }
 
 TEST(MarkdownSegmenterTest, IndentedCodeKeepsItsWhiteSpace)
 {
-    const QString text = QStringLiteral("Text:\n\n    a\n      b\n\n    c\n\nafter");
+    const QString text = u"Text:\n\n    a\n      b\n\n    c\n\nafter"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 3);
     EXPECT_EQ(segments[1].kind, Kind::code);
-    EXPECT_EQ(codeText(text, segments[1]), QStringLiteral("a\n  b\n\nc"));
+    EXPECT_EQ(codeText(text, segments[1]), u"a\n  b\n\nc"_s);
     EXPECT_EQ(codeLanguage(text, segments[1]), QString());
 }
 
 TEST(MarkdownSegmenterTest, IndentedTextInAListIsNoCode)
 {
-    const QString text = QStringLiteral("- item\n\n    more of the item\n");
+    const QString text = u"- item\n\n    more of the item\n"_s;
     const auto segments = cut(text);
     ASSERT_EQ(segments.size(), 1);
     EXPECT_EQ(segments[0].kind, Kind::markdown);
@@ -141,49 +143,42 @@ TEST(MarkdownSegmenterTest, IndentedTextInAListIsNoCode)
 TEST(MarkdownSegmenterTest, LongAnswersAreCutBetweenBlocks)
 {
     QString text;
-    for (int i = 0; i < 200; ++i) {
-        text += QStringLiteral("Paragraph %1 ").arg(i) + QString(200, u'x') + QStringLiteral("\n\n");
-    }
+    for (int i = 0; i < 200; ++i)
+        text += u"Paragraph %1 "_s.arg(i) + QString(200, u'x') + u"\n\n"_s;
     const auto segments = cut(text);
     EXPECT_GT(segments.size(), 5);
     for (const TextSegment &segment : segments) {
         EXPECT_LE(segment.length, segmentLimit);
-        EXPECT_TRUE(text.sliced(segment.from).startsWith(QStringLiteral("Paragraph")));
+        EXPECT_TRUE(text.sliced(segment.from).startsWith(u"Paragraph"_s));
     }
 }
 
 TEST(MarkdownSegmenterTest, LongListsAreCutBetweenTopItems)
 {
     QString text;
-    for (int i = 1; i <= 200; ++i) {
-        text += QStringLiteral("%1. item\n   - inner ").arg(i) + QString(60, u'x') + u'\n';
-    }
-    for (const TextSegment &segment : cut(text)) {
+    for (int i = 1; i <= 200; ++i)
+        text += u"%1. item\n   - inner "_s.arg(i) + QString(60, u'x') + u'\n';
+    for (const TextSegment &segment : cut(text))
         EXPECT_TRUE(text.at(segment.from).isDigit());
-    }
 }
 
 TEST(MarkdownSegmenterTest, LongTablesRepeatTheirHeading)
 {
-    QString text = QStringLiteral("| name | value |\n|---|---|\n");
-    for (int i = 0; i < 300; ++i) {
-        text += QStringLiteral("| row %1 | %2 |\n").arg(i).arg(QString(20, u'v'));
-    }
+    QString text = u"| name | value |\n|---|---|\n"_s;
+    for (int i = 0; i < 300; ++i)
+        text += u"| row %1 | %2 |\n"_s.arg(i).arg(QString(20, u'v'));
     const auto segments = cut(text);
     ASSERT_GT(segments.size(), 2);
-    for (const TextSegment &segment : segments) {
-        EXPECT_TRUE(
-            markdownSource(text, segment, {}).startsWith(QStringLiteral("| name | value |\n|---|---|\n")));
-    }
+    for (const TextSegment &segment : segments)
+        EXPECT_TRUE(markdownSource(text, segment, {}).startsWith(u"| name | value |\n|---|---|\n"_s));
 }
 
 TEST(MarkdownSegmenterTest, LongCodeIsCutAtLinesAndKnowsItsEnds)
 {
-    QString text = QStringLiteral("```\n");
-    for (int i = 0; i < 1000; ++i) {
-        text += QStringLiteral("line of code number %1\n").arg(i);
-    }
-    text += QStringLiteral("```\nend");
+    QString text = u"```\n"_s;
+    for (int i = 0; i < 1000; ++i)
+        text += u"line of code number %1\n"_s.arg(i);
+    text += u"```\nend"_s;
     const auto segments = cut(text);
     ASSERT_GT(segments.size(), 4);
     EXPECT_TRUE(segments.first().startsBlock);
@@ -191,15 +186,14 @@ TEST(MarkdownSegmenterTest, LongCodeIsCutAtLinesAndKnowsItsEnds)
     EXPECT_FALSE(segments.at(1).startsBlock);
     EXPECT_TRUE(segments.at(segments.size() - 2).endsBlock);
     QStringList lines;
-    for (const TextSegment &segment : segments.first(segments.size() - 1)) {
+    for (const TextSegment &segment : segments.first(segments.size() - 1))
         lines += codeText(text, segment);
-    }
     EXPECT_EQ(lines.join(u'\n').count(u'\n'), 999);
 }
 
 TEST(MarkdownSegmenterTest, AParagraphWithoutLineEndsIsCutBetweenWords)
 {
-    const QString text = QStringLiteral("token ").repeated(100'000);
+    const QString text = u"token "_s.repeated(100'000);
     const auto segments = cut(text);
     EXPECT_GE(segments.size(), 150);
     QStringList parts;
@@ -212,20 +206,19 @@ TEST(MarkdownSegmenterTest, AParagraphWithoutLineEndsIsCutBetweenWords)
 
 TEST(MarkdownSegmenterTest, DefinitionsReachEverySegment)
 {
-    QString text = QStringLiteral("See [the page][1].\n\n");
-    for (int i = 0; i < 40; ++i) {
-        text += QString(200, u'x') + QStringLiteral("\n\n");
-    }
-    text += QStringLiteral("[1]: https://example.com\n");
+    QString text = u"See [the page][1].\n\n"_s;
+    for (int i = 0; i < 40; ++i)
+        text += QString(200, u'x') + u"\n\n"_s;
+    text += u"[1]: https://example.com\n"_s;
     const MarkdownSegments result = MarkdownSegmenter::segments(text);
     ASSERT_GT(result.segments.size(), 1);
     EXPECT_TRUE(markdownSource(text, result.segments.first(), result.references)
-                    .contains(QStringLiteral("[1]: https://example.com")));
+                    .contains(u"[1]: https://example.com"_s));
 }
 
 TEST(MarkdownSegmenterTest, CarriageReturnsAreNoText)
 {
-    EXPECT_EQ(shown(QStringLiteral("a\r\n```\r\nb\r\n```\r\nc")), QStringLiteral("a\nb\nc"));
+    EXPECT_EQ(shown(u"a\r\n```\r\nb\r\n```\r\nc"_s), u"a\nb\nc"_s);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include <QString>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -28,7 +30,7 @@ void expectCovers(const QList<TextSegment> &segments, const QString &text)
 
 TEST(PlainTextSegmenterTest, AShortTextIsOneSegment)
 {
-    EXPECT_EQ(cut(QStringLiteral("Hello\nyou")), (QList<TextSegment>{{.from = 0, .length = 9}}));
+    EXPECT_EQ(cut(u"Hello\nyou"_s), (QList<TextSegment>{{.from = 0, .length = 9}}));
 }
 
 TEST(PlainTextSegmenterTest, AnEmptyTextIsOneEmptySegment)
@@ -39,14 +41,12 @@ TEST(PlainTextSegmenterTest, AnEmptyTextIsOneEmptySegment)
 TEST(PlainTextSegmenterTest, LongTextsAreCutAtLineEnds)
 {
     QString text;
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < 400; ++i)
         text += QString(60, u'x') + u'\n';
-    }
     const auto segments = cut(text);
     expectCovers(segments, text);
-    for (const TextSegment &segment : segments) {
+    for (const TextSegment &segment : segments)
         EXPECT_EQ(text.at(segment.end() - 1), u'\n');
-    }
 }
 
 TEST(PlainTextSegmenterTest, ManyShortLinesDoNotMakeOneHugeSegment)
@@ -59,12 +59,11 @@ TEST(PlainTextSegmenterTest, ManyShortLinesDoNotMakeOneHugeSegment)
 
 TEST(PlainTextSegmenterTest, AParagraphWithoutLineEndsIsCutBetweenWords)
 {
-    const QString text = QStringLiteral("token ").repeated(100'000);
+    const QString text = u"token "_s.repeated(100'000);
     const auto segments = cut(text);
     expectCovers(segments, text);
-    for (const TextSegment &segment : segments) {
+    for (const TextSegment &segment : segments)
         EXPECT_EQ(text.at(segment.from), u't');
-    }
 }
 
 TEST(PlainTextSegmenterTest, AWordWithoutEndIsCutWhereItMust)
@@ -77,12 +76,11 @@ TEST(PlainTextSegmenterTest, AWordWithoutEndIsCutWhereItMust)
 
 TEST(PlainTextSegmenterTest, ACutNeverSplitsASurrogatePair)
 {
-    const QString text = QStringLiteral("a") + QStringLiteral("😀").repeated(4000);
+    const QString text = u"a"_s + u"😀"_s.repeated(4000);
     const auto segments = cut(text);
     expectCovers(segments, text);
-    for (const TextSegment &segment : segments) {
+    for (const TextSegment &segment : segments)
         EXPECT_FALSE(text.at(segment.from).isLowSurrogate());
-    }
 }
 
 TEST(PlainTextSegmenterTest, AGrowingTextEndsUpCutLikeTheWholeOne)
@@ -90,7 +88,7 @@ TEST(PlainTextSegmenterTest, AGrowingTextEndsUpCutLikeTheWholeOne)
     QString text;
     QList<TextSegment> segments;
     for (int i = 0; i < 3000; ++i) {
-        text += i % 40 == 0 ? QStringLiteral("word\n") : QStringLiteral("word ");
+        text += i % 40 == 0 ? u"word\n"_s : u"word "_s;
         const qsizetype countBefore = segments.size();
         const qsizetype first = extendPlainSegments(segments, text);
         EXPECT_GE(first, countBefore - 1);

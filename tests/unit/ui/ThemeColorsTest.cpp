@@ -32,9 +32,8 @@ TEST(ThemeColorsTest, TextIsLegibleOnEveryGroundThatItStandsOn)
             EXPECT_GE(contrastRatio(colors.text, ground), textContrast);
             EXPECT_GE(contrastRatio(colors.secondaryText, ground), textContrast);
         }
-        for (const QColor &color : {colors.accent, colors.error, colors.success, colors.warning}) {
+        for (const QColor &color : {colors.accent, colors.error, colors.success, colors.warning})
             EXPECT_GE(contrastRatio(color, colors.surface), textContrast);
-        }
         EXPECT_GE(contrastRatio(colors.onAccent, colors.accent), textContrast);
         EXPECT_GE(contrastRatio(colors.onSelection, colors.selection), textContrast);
     }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -12,7 +14,7 @@ QString shown(const QString &text)
 
 TEST(VisibleTextTest, OrdinaryTextStaysAsItIs)
 {
-    const QString text = QStringLiteral("rm -rf \"/tmp/älter\" && echo '漢字 😀 ∂ שלום' | sort");
+    const QString text = u"rm -rf \"/tmp/älter\" && echo '漢字 😀 ∂ שלום' | sort"_s;
     const VisibleText visible = visibleText(text);
     EXPECT_EQ(visible.text, text);
     EXPECT_TRUE(visible.escapes.isEmpty());
@@ -20,16 +22,15 @@ TEST(VisibleTextTest, OrdinaryTextStaysAsItIs)
 
 TEST(VisibleTextTest, BlanksAndLineFeedsStay)
 {
-    EXPECT_EQ(shown(QStringLiteral("a  b\n\nc\n")), QStringLiteral("a  b\n\nc\n"));
+    EXPECT_EQ(shown(u"a  b\n\nc\n"_s), u"a  b\n\nc\n"_s);
 }
 
 TEST(VisibleTextTest, ControlCharactersAreEscaped)
 {
-    EXPECT_EQ(shown(QStringLiteral("a\tb")), QStringLiteral("a\\tb"));
-    EXPECT_EQ(shown(QStringLiteral("a\rb\r\n")), QStringLiteral("a\\rb\\r\n"));
-    EXPECT_EQ(shown(QStringLiteral("\u0008\u001B[2K\u007F\u0085")),
-              QStringLiteral("\\u0008\\u001B[2K\\u007F\\u0085"));
-    EXPECT_EQ(shown(QString(QChar(u'\0'))), QStringLiteral("\\u0000"));
+    EXPECT_EQ(shown(u"a\tb"_s), u"a\\tb"_s);
+    EXPECT_EQ(shown(u"a\rb\r\n"_s), u"a\\rb\\r\n"_s);
+    EXPECT_EQ(shown(u"\u0008\u001B[2K\u007F\u0085"_s), u"\\u0008\\u001B[2K\\u007F\\u0085"_s);
+    EXPECT_EQ(shown(QString(QChar(u'\0'))), u"\\u0000"_s);
 }
 
 TEST(VisibleTextTest, DirectionMarksAndOverridesAreEscaped)
@@ -37,8 +38,7 @@ TEST(VisibleTextTest, DirectionMarksAndOverridesAreEscaped)
     for (const char32_t mark :
          {0x202A, 0x202B, 0x202C, 0x202D, 0x202E, 0x2066, 0x2067, 0x2068, 0x2069, 0x200E, 0x200F, 0x061C}) {
         const QString expected =
-            QStringLiteral("\\u") +
-            QString::number(static_cast<uint>(mark), 16).toUpper().rightJustified(4, QLatin1Char('0'));
+            u"\\u"_s + QString::number(static_cast<uint>(mark), 16).toUpper().rightJustified(4, u'0');
         EXPECT_EQ(shown(QString::fromUcs4(&mark, 1)), expected);
     }
 }
@@ -55,52 +55,47 @@ TEST(VisibleTextTest, ZeroWidthAndOtherInvisibleCharactersAreEscaped)
 
 TEST(VisibleTextTest, LookAlikesOfBlanksAndLineEndsAreEscaped)
 {
-    EXPECT_EQ(shown(QStringLiteral("a\u2028b\u2029c")), QStringLiteral("a\\u2028b\\u2029c"));
-    EXPECT_EQ(shown(QStringLiteral("\u00A0\u2003\u202F\u3000\u000B\u000C")),
-              QStringLiteral("\\u00A0\\u2003\\u202F\\u3000\\u000B\\u000C"));
+    EXPECT_EQ(shown(u"a\u2028b\u2029c"_s), u"a\\u2028b\\u2029c"_s);
+    EXPECT_EQ(shown(u"\u00A0\u2003\u202F\u3000\u000B\u000C"_s),
+              u"\\u00A0\\u2003\\u202F\\u3000\\u000B\\u000C"_s);
 }
 
 TEST(VisibleTextTest, CharactersBeyondTheFirstPlaneHaveEightDigits)
 {
     const char32_t tag = 0xE0041;
-    EXPECT_EQ(shown(QString::fromUcs4(&tag, 1)), QStringLiteral("\\U000E0041"));
+    EXPECT_EQ(shown(QString::fromUcs4(&tag, 1)), u"\\U000E0041"_s);
 }
 
 TEST(VisibleTextTest, HalvesOfSurrogatePairsAreEscaped)
 {
-    EXPECT_EQ(shown(QStringLiteral("a") + QChar(0xD83D) + QStringLiteral("b") + QChar(0xDE00)),
-              QStringLiteral("a\\uD83Db\\uDE00"));
-    EXPECT_EQ(shown(QString(QChar(0xD83D))), QStringLiteral("\\uD83D"));
+    EXPECT_EQ(shown(u"a"_s + QChar(0xD83D) + u"b"_s + QChar(0xDE00)), u"a\\uD83Db\\uDE00"_s);
+    EXPECT_EQ(shown(QString(QChar(0xD83D))), u"\\uD83D"_s);
 }
 
 TEST(VisibleTextTest, TellsWhereItEscaped)
 {
-    const VisibleText visible = visibleText(QStringLiteral("a\u202Eb\t"));
-    EXPECT_EQ(visible.text, QStringLiteral("a\\u202Eb\\t"));
+    const VisibleText visible = visibleText(u"a\u202Eb\t"_s);
+    EXPECT_EQ(visible.text, u"a\\u202Eb\\t"_s);
     const QList<VisibleText::Range> expected{{1, 6}, {8, 2}};
     EXPECT_EQ(visible.escapes, expected);
 }
 
 TEST(VisibleTextTest, CommandsThatHideAPartAreShownWhole)
 {
-    EXPECT_EQ(shown(QStringLiteral("rm -rf ~\rls     ")), QStringLiteral("rm -rf ~\\rls     "));
-    EXPECT_EQ(shown(QStringLiteral("rm -rf ~ #\b\b\b\b")),
-              QStringLiteral("rm -rf ~ #\\u0008\\u0008\\u0008\\u0008"));
-    EXPECT_EQ(shown(QStringLiteral("rm -rf ~\u001B[8D\u001B[Kls")),
-              QStringLiteral("rm -rf ~\\u001B[8D\\u001B[Kls"));
-    EXPECT_EQ(shown(QStringLiteral("cat \u202Etxt.hsab\u202C")),
-              QStringLiteral("cat \\u202Etxt.hsab\\u202C"));
-    EXPECT_EQ(shown(QStringLiteral("su\u200Bdo ls")), QStringLiteral("su\\u200Bdo ls"));
-    EXPECT_EQ(shown(QStringLiteral("ls\u2028rm -rf ~")), QStringLiteral("ls\\u2028rm -rf ~"));
-    EXPECT_EQ(shown(QStringLiteral("rm\u00A0-rf ~")), QStringLiteral("rm\\u00A0-rf ~"));
-    EXPECT_EQ(shown(QStringLiteral("ls") + QChar(0) + QStringLiteral("; rm")),
-              QStringLiteral("ls\\u0000; rm"));
+    EXPECT_EQ(shown(u"rm -rf ~\rls     "_s), u"rm -rf ~\\rls     "_s);
+    EXPECT_EQ(shown(u"rm -rf ~ #\b\b\b\b"_s), u"rm -rf ~ #\\u0008\\u0008\\u0008\\u0008"_s);
+    EXPECT_EQ(shown(u"rm -rf ~\u001B[8D\u001B[Kls"_s), u"rm -rf ~\\u001B[8D\\u001B[Kls"_s);
+    EXPECT_EQ(shown(u"cat \u202Etxt.hsab\u202C"_s), u"cat \\u202Etxt.hsab\\u202C"_s);
+    EXPECT_EQ(shown(u"su\u200Bdo ls"_s), u"su\\u200Bdo ls"_s);
+    EXPECT_EQ(shown(u"ls\u2028rm -rf ~"_s), u"ls\\u2028rm -rf ~"_s);
+    EXPECT_EQ(shown(u"rm\u00A0-rf ~"_s), u"rm\\u00A0-rf ~"_s);
+    EXPECT_EQ(shown(u"ls"_s + QChar(0) + u"; rm"_s), u"ls\\u0000; rm"_s);
 }
 
 TEST(VisibleTextTest, LookAlikeLettersStayAsTheyAre)
 {
     // Every script has letters that look like another's; nothing tells an honest one.
-    const QString text = QStringLiteral("\u0455udo \uFF53\uFF55 \u017F r\u043C");
+    const QString text = u"\u0455udo \uFF53\uFF55 \u017F r\u043C"_s;
     EXPECT_EQ(shown(text), text);
 }
 
@@ -108,7 +103,7 @@ TEST(VisibleTextTest, AMegabyteOfHiddenCharactersIsShown)
 {
     constexpr qsizetype size = 1'000'000;
     const VisibleText visible = visibleText(QString(size, QChar(0x202E)));
-    EXPECT_EQ(visible.text, QStringLiteral("\\u202E").repeated(size));
+    EXPECT_EQ(visible.text, u"\\u202E"_s.repeated(size));
     EXPECT_EQ(visible.escapes.size(), size);
 }
 

@@ -2,6 +2,8 @@
 
 #include "base/Text.h"
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -12,7 +14,7 @@ constexpr qsizetype titleLength = 100;
 /// What does not pass a D-Bus text or confuses its reader.
 QString withoutControls(QString text)
 {
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(u"\r\n"_s, u"\n"_s);
     for (QChar &character : text) {
         const bool isControl = character.unicode() < 0x20 || character.unicode() == 0x7f;
         if (isControl && character != u'\n')
@@ -35,10 +37,7 @@ QString bannerBody(const QString &text, BodyMarkup markup)
     if (markup == BodyMarkup::shown)
         return body;
     // Not toHtmlEscaped(), which also makes quotes an entity that small daemons do not know.
-    return QString(body)
-        .replace(u'&', QLatin1String("&amp;"))
-        .replace(u'<', QLatin1String("&lt;"))
-        .replace(u'>', QLatin1String("&gt;"));
+    return QString(body).replace(u'&', "&amp;"_L1).replace(u'<', "&lt;"_L1).replace(u'>', "&gt;"_L1);
 }
 
 QString bannerTitle(const QString &text)

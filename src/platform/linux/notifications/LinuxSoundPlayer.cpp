@@ -38,10 +38,9 @@ void keepDriversLoaded()
 {
     QByteArrayList paths;
     ::dl_iterate_phdr(&collectDriver, &paths);
-    for (const QByteArray &path : paths) {
+    for (const QByteArray &path : paths)
         if (void *const driver = ::dlopen(path.constData(), RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE))
             ::dlclose(driver);
-    }
 }
 
 } // namespace
