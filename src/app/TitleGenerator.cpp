@@ -11,9 +11,38 @@ namespace {
 constexpr qsizetype quotedLength = 600;
 constexpr qsizetype titleLength = 60;
 
+bool isDirection(QChar unit)
+{
+    return unit == u'\u061c' || unit == u'\u200e' || unit == u'\u200f' ||
+           (unit >= u'\u202a' && unit <= u'\u202e') || (unit >= u'\u2066' && unit <= u'\u2069');
+}
+
+/// Without what a terminal, a window's list or a screen reader would act upon. Line ends stay.
+QString withoutControls(QStringView text)
+{
+    QString kept;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar unit = text[i];
+        const bool isEscape = unit == u'\x1b' && i + 1 < text.size() && text[i + 1] == u'[';
+        if (isEscape) {
+            i += 2;
+            while (i < text.size() && (text[i] < u'@' || text[i] > u'~'))
+                ++i;
+        } else if (unit == u'\t') {
+            kept += u' ';
+        } else if (unit.isSpace() || !(isDirection(unit) || unit.category() == QChar::Other_Control)) {
+            kept += unit;
+        }
+    }
+    return kept;
+}
+
 QString cleanedTitle(const QString &reply)
 {
-    QString title = trimmed(reply);
+    // Sixty characters and what may stand around them lie well within this.
+    constexpr qsizetype longestReply = 16'384;
+    const QStringView body = QStringView(reply).trimmed();
+    QString title = trimmed(withoutControls(body.first(qMin(body.size(), longestReply))));
     title.remove(u'"');
     return firstCharacters(singleLine(title), titleLength);
 }

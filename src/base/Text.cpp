@@ -14,6 +14,9 @@ struct CloseIterator {
 };
 using Boundaries = std::unique_ptr<UBreakIterator, CloseIterator>;
 
+/// UTF-16 units; see Text.h.
+constexpr qsizetype longestCharacter = longestCharacterUnits;
+
 /// ICU addresses text with 32 bits; what is longer goes to it in pieces of this many UTF-16 units.
 constexpr qsizetype largestPiece = std::numeric_limits<int32_t>::max() / 2;
 
@@ -63,6 +66,35 @@ struct Walk {
     qsizetype offset = 0;
 };
 
+/// Length of the first character of `cluster` where that is too long to be one; never parts a surrogate pair.
+qsizetype longestPart(QStringView cluster)
+{
+    if (cluster.size() <= longestCharacter)
+        return cluster.size();
+    return longestCharacter - (cluster[longestCharacter - 1].isHighSurrogate() ? 1 : 0);
+}
+
+/// Walks on over the clusters of `piece`, which begins where `walked` ends, as ICU finds them.
+void walkClusters(QStringView piece, qsizetype limit, Walk &walked)
+{
+    const Boundaries boundaries = characterBoundaries(piece);
+    if (!boundaries) { // Out of memory in ICU: units are the next best measure.
+        const qsizetype units = std::min(limit - walked.characters, piece.size());
+        walked.characters += units;
+        walked.offset += units;
+        return;
+    }
+    qsizetype at = 0;
+    int32_t end = 0;
+    while (walked.characters < limit && (end = ubrk_next(boundaries.get())) != UBRK_DONE) {
+        while (walked.characters < limit && at < end) {
+            at += longestPart(piece.sliced(at, end - at));
+            ++walked.characters;
+        }
+    }
+    walked.offset += at;
+}
+
 Walk walk(QStringView text, qsizetype limit)
 {
     Walk walked;
@@ -84,22 +116,11 @@ Walk walk(QStringView text, qsizetype limit)
     walked = {prefix - pairs, prefix};
 
     while (walked.characters < limit && walked.offset < text.size()) {
-        const QStringView piece =
-            text.sliced(walked.offset, std::min(largestPiece, text.size() - walked.offset));
-        const Boundaries boundaries = characterBoundaries(piece);
-        if (!boundaries) { // Out of memory in ICU: units are the next best measure.
-            const qsizetype units = std::min(limit - walked.characters, piece.size());
-            walked.characters += units;
-            walked.offset += units;
-            continue;
-        }
-        int32_t end = 0;
-        int32_t next = 0;
-        while (walked.characters < limit && (next = ubrk_next(boundaries.get())) != UBRK_DONE) {
-            end = next;
-            ++walked.characters;
-        }
-        walked.offset += end;
+        // What is left of the limit cannot lie beyond this, however long the characters are; ICU would read a
+        // cluster of millions of units to its end.
+        const qsizetype wanted = std::min(limit - walked.characters, largestPiece / longestCharacter - 1);
+        const qsizetype reach = std::min((wanted + 1) * longestCharacter, text.size() - walked.offset);
+        walkClusters(text.sliced(walked.offset, reach), walked.characters + wanted, walked);
     }
     return walked;
 }
@@ -107,18 +128,6 @@ Walk walk(QStringView text, qsizetype limit)
 bool isLineEnd(QChar unit)
 {
     return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' || unit == u'\u2029';
-}
-
-QString withoutLineEnds(QStringView text)
-{
-    QString line;
-    line.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool pair = text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n';
-        line += isLineEnd(text[i]) ? QChar(u' ') : text[i];
-        i += pair ? 1 : 0;
-    }
-    return line;
 }
 
 } // namespace
@@ -161,13 +170,17 @@ QString flattened(QStringView text, qsizetype limit)
     // White space includes every line end, so that trimming first gives the same and the line has no end to
     // trim.
     const QStringView body = text.trimmed();
-    const qsizetype enough = std::max<qsizetype>(limit, 0) * 4 + 64;
-    QString line = withoutLineEnds(body.first(std::min(enough, body.size())));
+    limit = std::max<qsizetype>(limit, 0);
+    const auto beginning = [&](qsizetype units) {
+        return singleLine(body.first(std::min(units, body.size())));
+    };
+    // Few texts need more units than this; none needs more than the longest characters do.
+    const qsizetype usual = limit * 4 + 64;
+    QString line = beginning(usual);
     qsizetype offset = characterOffset(line, limit);
-    // Long characters may need more than that; the last one of a part may be cut in two.
-    constexpr qsizetype margin = 2;
-    if (enough < body.size() && offset > line.size() - margin) {
-        line = withoutLineEnds(body);
+    // The last character of a part may be cut in two.
+    if (usual < body.size() && offset > line.size() - longestCharacter) {
+        line = beginning((limit + 2) * longestCharacter);
         offset = characterOffset(line, limit);
     }
     return offset == line.size() ? line : line.first(offset) + u'…';

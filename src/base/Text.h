@@ -8,6 +8,10 @@ namespace morvane {
 // A character here is what a user perceives as one: an extended grapheme cluster as ICU finds it. CR LF is
 // one character. Every limit that a user or a model sees counts these. All functions are thread-safe.
 
+/// A cluster of more UTF-16 units than this counts as several characters. Nothing that people write comes
+/// near it, but a letter with three million marks on it would pass every limit.
+inline constexpr qsizetype longestCharacterUnits = 64;
+
 /// Number of characters. ASCII costs well under a nanosecond each, other text about 12.
 qsizetype characterCount(QStringView text);
 

@@ -6,7 +6,8 @@
 using namespace Qt::StringLiterals;
 
 /// Counting with shortcuts gives what ICU counts over the whole text, every cut lies on one of its
-/// boundaries, and a line is made of the whole text or of its beginning alike.
+/// boundaries or parts what is too long to be one character, and a line is made of the whole text or of its
+/// beginning alike.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {
     using namespace morvane;
@@ -19,9 +20,16 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
     if (U_FAILURE(status))
         std::abort();
     qsizetype count = 0;
-    for (int32_t end = ubrk_next(boundaries); end != UBRK_DONE; end = ubrk_next(boundaries))
-        if (characterOffset(text, ++count) != end)
-            std::abort();
+    qsizetype at = 0;
+    for (int32_t end = ubrk_next(boundaries); end != UBRK_DONE; end = ubrk_next(boundaries)) {
+        while (at < end) {
+            const bool splitsPair =
+                text.at(qMin<qsizetype>(at + longestCharacterUnits, end) - 1).isHighSurrogate();
+            at = end - at <= longestCharacterUnits ? end : at + longestCharacterUnits - (splitsPair ? 1 : 0);
+            if (characterOffset(text, ++count) != at)
+                std::abort();
+        }
+    }
     ubrk_close(boundaries);
     if (characterCount(text) != count)
         std::abort();

@@ -1,5 +1,6 @@
 #include "support/AppFixture.h"
 
+#include "base/Text.h"
 #include "providers/AIServiceError.h"
 
 using namespace Qt::StringLiterals;
@@ -56,6 +57,27 @@ TEST_F(TitleTest, LongReplyIsCutAt60CharactersWithoutAMark)
     service.willTitle(QString(80, u't'));
     answerOnce();
     EXPECT_EQ(model->currentTitle(), QString(60, u't'));
+}
+
+TEST_F(TitleTest, KeepsNoControlEscapeOrDirectionCharacters)
+{
+    service.willTitle(u"\x1b[31mA\tquiet\a \u202Etitle\u2066\u200F\r\nof\x1b two\x85lines\x1b[0m"_s);
+    answerOnce();
+    EXPECT_EQ(model->currentTitle(), u"A quiet title of two lines"_s);
+}
+
+TEST_F(TitleTest, LettersThatJoinKeepTheirJoiners)
+{
+    service.willTitle(u"خانه\u200Cها 👩\u200D👧"_s);
+    answerOnce();
+    EXPECT_EQ(model->currentTitle(), u"خانه\u200Cها 👩\u200D👧"_s);
+}
+
+TEST_F(TitleTest, AReplyOfOneEndlessCharacterIsBounded)
+{
+    service.willTitle(u'e' + QString(3'000'000, QChar(0x301)));
+    answerOnce();
+    EXPECT_EQ(model->currentTitle().size(), 60 * longestCharacterUnits);
 }
 
 TEST_F(TitleTest, FailureIsSilent)

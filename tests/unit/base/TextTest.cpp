@@ -112,9 +112,10 @@ TEST(TextTest, FlattensLongTextsLikeShortOnes)
     EXPECT_EQ(flattened(words, 12), u"word word wo…"_s);
     const QString family = u"👩‍👩‍👧‍👦"_s.repeated(10'000);
     EXPECT_EQ(flattened(family, 50), u"👩‍👩‍👧‍👦"_s.repeated(50) + u'…');
-    const QString marks = u'e' + QString(10'000, QChar(0x301));
+    const QString marks = u'e' + QString(60, QChar(0x301));
     EXPECT_EQ(flattened(marks, 1), marks);
     EXPECT_EQ(flattened(marks + u'x', 1), marks + u'…');
+    EXPECT_EQ(flattened(marks.repeated(1000), 900), marks.repeated(900) + u'…');
     EXPECT_EQ(flattened(u'x' + QString(10'000, u'\n'), 5), u"x"_s);
     EXPECT_EQ(flattened(u"abc", 0), u"…"_s);
 }
@@ -127,6 +128,35 @@ TEST(TextTest, OffsetInALongTextIsThatOfItsBeginning)
     EXPECT_EQ(characterOffset(mixed, 100), 100);
     EXPECT_EQ(characterOffset(mixed, 201), 201);
     EXPECT_EQ(characterOffset(mixed, 202), 207);
+}
+
+TEST(TextTest, AClusterTooLongToBeWrittenIsSeveralCharacters)
+{
+    const QString marks = u'e' + QString(3'000'000, QChar(0x301));
+    EXPECT_EQ(characterCount(marks), 46'876); // 3,000,001 units, 64 each
+    EXPECT_EQ(characterOffset(marks, 600), 600 * longestCharacterUnits);
+    EXPECT_EQ(firstCharacters(marks, 40).size(), 40 * longestCharacterUnits);
+    EXPECT_EQ(flattened(marks, 140), marks.first(140 * longestCharacterUnits) + u'…');
+    EXPECT_EQ(characterOffset(u"ab"_s + marks + u"c"_s, 2), 2);
+}
+
+TEST(TextTest, AClusterTooLongIsNeverCutWithinASurrogatePair)
+{
+    const QString tags = u'x' + QString::fromUcs4(U"\U000E0061").repeated(200);
+    for (const qsizetype count : {1, 2, 3, 4}) {
+        const QString beginning = firstCharacters(tags, count);
+        EXPECT_FALSE(beginning.back().isHighSurrogate());
+        EXPECT_EQ(beginning.size(), count * longestCharacterUnits - 1);
+    }
+}
+
+TEST(TextTest, WhatPeopleWriteStaysOneCharacter)
+{
+    const QString family = u"👩🏽‍❤️‍💋‍👨🏿"_s;
+    EXPECT_EQ(characterCount(family), 1);
+    EXPECT_EQ(characterCount(family.repeated(1000)), 1000);
+    EXPECT_EQ(characterOffset(family.repeated(1000), 999), 999 * family.size());
+    EXPECT_EQ(characterCount(u"🏴󠁧󠁢󠁥󠁮󠁧󠁿"), 1);
 }
 
 } // namespace
