@@ -1,7 +1,10 @@
 #include "app/FriendlyError.h"
 
+#include "localmodel/InstallError.h"
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
+
+#include <new>
 
 using namespace Qt::StringLiterals;
 
@@ -20,9 +23,11 @@ QString friendlyError(const std::exception_ptr &error)
                    "try again."_s;
         }
         return failure.description();
-    } catch (const std::exception &failure) {
+    } catch (const InstallError &failure) {
         return QString::fromUtf8(failure.what());
-    } catch (...) {
+    } catch (const std::bad_alloc &) {
+        return u"There is not enough memory for that."_s;
+    } catch (...) { // what a library says is not for the user
         return u"Unknown error."_s;
     }
 }

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -74,17 +76,43 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
     }
 }
 
+/// What is wrong with a server's certificate, by the number that OpenSSL has for it.
+QString certificateProblem(long verification)
+{
+    enum : long {
+        fine = 0,
+        notLookedAt = 1,
+        notYetValid = 9,
+        expired = 10,
+        selfSigned = 18,
+        unknownIssuer = 20,
+        unverified = 21
+    };
+    switch (verification) {
+    case fine:
+    case notLookedAt: // since the name, which comes first, was another one
+        return u"The server's certificate is for another name."_s;
+    case notYetValid:
+        return u"The server's certificate is not valid yet. Check the date and time of this computer."_s;
+    case expired:
+        return u"The server's certificate has expired."_s;
+    case selfSigned:
+    case selfSigned + 1: // at the end of its chain
+    case unknownIssuer:
+    case unverified:
+        return u"The server's certificate comes from nobody whom this computer trusts."_s;
+    default:
+        return u"The server's certificate is not valid."_s;
+    }
+}
+
 } // namespace
 
-TransportError transportError(CURLcode result, int systemError, QByteArrayView text)
+TransportError transportError(CURLcode result, int systemError, QByteArrayView text, long verification)
 {
     const Kind kind = kindOf(result, systemError, text);
-    if (kind != Kind::tlsFailure && kind != Kind::other)
-        return TransportError(kind);
-    QString detail = QString::fromUtf8(text.isEmpty() ? QByteArrayView(curl_easy_strerror(result)) : text);
-    if (!detail.endsWith(u'.'))
-        detail += u'.';
-    return TransportError(kind, detail);
+    return result == CURLE_PEER_FAILED_VERIFICATION ? TransportError(kind, certificateProblem(verification))
+                                                    : TransportError(kind);
 }
 
 } // namespace morvane

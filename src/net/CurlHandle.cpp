@@ -4,6 +4,7 @@
 #include "net/LocalNetwork.h"
 
 #include <QFile>
+#include <algorithm>
 #include <new>
 
 namespace morvane {
@@ -23,6 +24,28 @@ constexpr long keepAliveAfter = 60;
 bool alwaysHasBody(const QByteArray &method)
 {
     return method == "POST" || method == "PUT" || method == "PATCH";
+}
+
+/// Whether a request does the same when it arrives twice.
+bool isRepeatable(const QByteArray &method)
+{
+    return method != "POST" && method != "PATCH";
+}
+
+std::size_t sendCallback(char *buffer, std::size_t, std::size_t capacity, void *unsent)
+{
+    auto &body = *static_cast<QByteArrayView *>(unsent);
+    const QByteArrayView piece = body.first(std::min(body.size(), static_cast<qsizetype>(capacity)));
+    std::copy(piece.begin(), piece.end(), buffer);
+    body = body.sliced(piece.size());
+    return static_cast<std::size_t>(piece.size());
+}
+
+/// A kept connection may end before the first byte of the answer, and libcurl would then send the request
+/// again, although the server may well have acted on it. A body that cannot be rewound forbids that.
+int refuseToRewind(void *, curl_off_t, int)
+{
+    return CURL_SEEKFUNC_FAIL;
 }
 
 std::size_t headerCallback(char *data, std::size_t, std::size_t size, void *sink)
@@ -67,8 +90,11 @@ CurlHandle::CurlHandle(const HttpRequest &request, const HttpClientOptions &opti
 TransportError CurlHandle::error(CURLcode result) const
 {
     long systemError = 0;
+    long verification = 0;
     curl_easy_getinfo(get(), CURLINFO_OS_ERRNO, &systemError);
-    return transportError(result, static_cast<int>(systemError), QByteArrayView(m_errorText.data()));
+    curl_easy_getinfo(get(), CURLINFO_SSL_VERIFYRESULT, &verification);
+    return transportError(result, static_cast<int>(systemError), QByteArrayView(m_errorText.data()),
+                          verification);
 }
 
 void CurlHandle::setConnection(const HttpRequest &request, const HttpClientOptions &options)
@@ -83,7 +109,8 @@ void CurlHandle::setConnection(const HttpRequest &request, const HttpClientOptio
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(request.connectLimit.count()));
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
+                     static_cast<long>(request.connectLimit.value_or(request.silenceLimit).count()));
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPIDLE, keepAliveAfter);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBuffer);
@@ -103,14 +130,29 @@ void CurlHandle::setMethod(const HttpRequest &request)
         curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
         return;
     }
-    if (!request.body.isEmpty() || alwaysHasBody(request.method)) {
-        curl_easy_setopt(handle, CURLOPT_POST, 1L);
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.constData());
-        if (request.body.size() > sendBuffer)
-            curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, sendBuffer);
-    }
+    if (!request.body.isEmpty() || alwaysHasBody(request.method))
+        setBody(request);
     curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method.constData());
+}
+
+void CurlHandle::setBody(const HttpRequest &request)
+{
+    CURL *const handle = get();
+    curl_easy_setopt(handle, CURLOPT_POST, 1L);
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    if (request.body.isEmpty()) {
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, "");
+        // There is nothing to rewind; only what goes over a new connection is never sent again.
+        if (!isRepeatable(request.method))
+            curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
+        return;
+    }
+    m_unsent = request.body;
+    curl_easy_setopt(handle, CURLOPT_READFUNCTION, sendCallback);
+    curl_easy_setopt(handle, CURLOPT_READDATA, &m_unsent);
+    curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, refuseToRewind);
+    if (request.body.size() > sendBuffer)
+        curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, sendBuffer);
 }
 
 void CurlHandle::setHeaders(const HttpRequest &request, const HttpClientOptions &options)

@@ -28,7 +28,8 @@ public:
         virtual void noticeProgress(qint64 bytesMoved) = 0;
     };
 
-    /// The request and `sink` must outlive it; the request's body is not copied.
+    /// The request and `sink` must outlive it; the request's body is not copied. A request that changes
+    /// something is never sent a second time, whatever becomes of its connection.
     CurlHandle(const HttpRequest &request, const HttpClientOptions &options, Sink &sink);
     CurlHandle(const CurlHandle &) = delete;
     CurlHandle &operator=(const CurlHandle &) = delete;
@@ -48,11 +49,13 @@ private:
 
     void setConnection(const HttpRequest &request, const HttpClientOptions &options);
     void setMethod(const HttpRequest &request);
+    void setBody(const HttpRequest &request);
     void setHeaders(const HttpRequest &request, const HttpClientOptions &options);
     void setCallbacks(Sink &sink);
     void addHeader(const QByteArray &line);
 
     std::array<char, CURL_ERROR_SIZE> m_errorText{};
+    QByteArrayView m_unsent;                         ///< What is left of the request's body.
     std::unique_ptr<curl_slist, FreeList> m_headers; ///< Used by the handle, so it goes after it.
     std::unique_ptr<CURL, EndHandle> m_handle;
 };

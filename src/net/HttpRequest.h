@@ -38,8 +38,8 @@ struct HttpRequest {
     /// The longest time in which no byte moves in either direction, from the start on. While nobody reads the
     /// response and the transfer is paused, the time does not run. There is no limit on the whole request.
     std::chrono::milliseconds silenceLimit = std::chrono::seconds(60);
-    /// The longest time until a connection stands: name, TCP and TLS.
-    std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
+    /// The longest time until a connection stands: name, TCP and TLS. Nothing: as long as silence may last.
+    std::optional<std::chrono::milliseconds> connectLimit;
 
     RedirectRule redirects = RedirectRule::keepMethod;
 

@@ -53,7 +53,6 @@ bool TransportError::isConnectionFailure() const
 {
     switch (m_kind) {
     case Kind::notConnectedToInternet:
-    case Kind::unresolvedHost:
     case Kind::cannotConnectToHost:
     case Kind::networkConnectionLost:
     case Kind::timedOut:

@@ -25,13 +25,13 @@ public:
         other,
     };
 
-    /// `detail` is added to the description of the kinds that have no text of their own (Other, TlsFailure).
+    /// `detail`, a sentence that says more, is added to the description.
     explicit TransportError(Kind kind, QString detail = {});
 
     Kind kind() const { return m_kind; }
 
-    /// Whether the user is told that the connection failed: no network, unknown host, refused, lost, timed
-    /// out.
+    /// Whether the user is told that the connection failed: no network, refused, lost, timed out. An unknown
+    /// host is none: its name may be mistyped, and its own sentence says so.
     bool isConnectionFailure() const;
 
     /// One or two sentences in plain English.

@@ -14,11 +14,12 @@ using Kind = TransportError::Kind;
 
 TEST(TransportErrorTest, ConnectionFailuresAreMarked)
 {
-    for (const Kind kind : {Kind::notConnectedToInternet, Kind::unresolvedHost, Kind::cannotConnectToHost,
+    for (const Kind kind : {Kind::notConnectedToInternet, Kind::cannotConnectToHost,
                             Kind::networkConnectionLost, Kind::timedOut})
         EXPECT_TRUE(TransportError(kind).isConnectionFailure()) << static_cast<int>(kind);
-    for (const Kind kind : {Kind::tlsFailure, Kind::malformedResponse, Kind::tooLarge, Kind::tooManyRedirects,
-                            Kind::invalidUrl, Kind::invalidRequest, Kind::clientClosed, Kind::other})
+    for (const Kind kind :
+         {Kind::unresolvedHost, Kind::tlsFailure, Kind::malformedResponse, Kind::tooLarge,
+          Kind::tooManyRedirects, Kind::invalidUrl, Kind::invalidRequest, Kind::clientClosed, Kind::other})
         EXPECT_FALSE(TransportError(kind).isConnectionFailure()) << static_cast<int>(kind);
 }
 
@@ -64,13 +65,26 @@ TEST(TransportErrorTest, ResultsOfTheLibraryAreToldApart)
     EXPECT_EQ(kindOf(CURLE_LDAP_CANNOT_BIND), Kind::other);
 }
 
-TEST(TransportErrorTest, OnlyWhatHasNoSentenceOfItsOwnShowsTheLibrarysText)
+TEST(TransportErrorTest, TheLibrarysTextIsNeverShown)
 {
-    EXPECT_TRUE(transportError(CURLE_PEER_FAILED_VERIFICATION, 0, "SSL certificate problem")
-                    .description()
-                    .endsWith(" SSL certificate problem."));
-    EXPECT_EQ(transportError(CURLE_PARTIAL_FILE, 0, "transfer closed").description(),
-              TransportError(Kind::networkConnectionLost).description());
+    for (int result = CURLE_UNSUPPORTED_PROTOCOL; result < CURL_LAST; ++result) {
+        const auto error = transportError(static_cast<CURLcode>(result), 0, "libcurl says");
+        EXPECT_FALSE(error.description().contains("libcurl")) << result;
+        EXPECT_TRUE(error.description().startsWith(TransportError(error.kind()).description())) << result;
+    }
+}
+
+TEST(TransportErrorTest, WhatIsWrongWithACertificateIsSaid)
+{
+    const auto problem = [](long verification) {
+        return transportError(CURLE_PEER_FAILED_VERIFICATION, 0, "SSL", verification).description();
+    };
+    for (const long otherName : {0, 1})
+        EXPECT_TRUE(problem(otherName).endsWith(" The server's certificate is for another name."));
+    EXPECT_TRUE(problem(10).endsWith(" The server's certificate has expired."));
+    for (const long untrusted : {18, 19, 20, 21})
+        EXPECT_TRUE(problem(untrusted).endsWith(" comes from nobody whom this computer trusts."));
+    EXPECT_TRUE(problem(23).endsWith(" The server's certificate is not valid."));
 }
 
 } // namespace

@@ -21,6 +21,7 @@ TEST(OpenAIRequest, IsAJsonPostWithFiveMinutesOfSilence)
     EXPECT_EQ(request.method, "POST");
     EXPECT_EQ(request.headers.value("Content-Type"), "application/json");
     EXPECT_EQ(request.silenceLimit, std::chrono::seconds(300));
+    EXPECT_EQ(request.connectLimit, std::nullopt); // as long as the silence
 }
 
 TEST(OpenAIRequest, EachProviderHasItsAddress)
