@@ -109,6 +109,44 @@ QString failure(const json::error_code &error, std::size_t offset)
     return u"%1 at byte %2"_s.arg(QString::fromStdString(error.message())).arg(offset);
 }
 
+std::expected<json::value, QString> parsed(QByteArrayView text, json::storage_ptr storage,
+                                           const json::parse_options &options)
+{
+    const QByteArrayView body =
+        text.startsWith(utf8ByteOrderMark) ? text.sliced(utf8ByteOrderMark.size()) : text;
+
+    json::basic_parser<ValueBuilder> parser(options);
+    parser.handler().reset(std::move(storage));
+    json::error_code error;
+    std::size_t read = parser.write_some(false, body.data(), static_cast<std::size_t>(body.size()), error);
+    if (!error && read < static_cast<std::size_t>(body.size()))
+        error = json::error::extra_data;
+    if (error)
+        return std::unexpected(failure(error, read + static_cast<std::size_t>(text.size() - body.size())));
+    return parser.handler().release();
+}
+
+json::string validText(std::string_view text)
+{
+    return jsonFromText(textFromJson(text));
+}
+
+json::value withValidText(const json::value &value)
+{
+    if (const json::object *object = value.if_object())
+        return morvane::withValidText(*object);
+    if (const json::string *text = value.if_string())
+        return validText(*text);
+    const json::array *const elements = value.if_array();
+    if (!elements)
+        return value;
+    json::array result;
+    result.reserve(elements->size());
+    for (const json::value &element : *elements)
+        result.push_back(withValidText(element));
+    return result;
+}
+
 template <class Serializable> QByteArray serialized(const Serializable &json)
 {
     json::serializer serializer;
@@ -136,18 +174,14 @@ json::parse_options jsonParseOptions()
 
 std::expected<json::value, QString> parseJson(QByteArrayView text, json::storage_ptr storage)
 {
-    const QByteArrayView body =
-        text.startsWith(utf8ByteOrderMark) ? text.sliced(utf8ByteOrderMark.size()) : text;
+    return parsed(text, std::move(storage), jsonParseOptions());
+}
 
-    json::basic_parser<ValueBuilder> parser(jsonParseOptions());
-    parser.handler().reset(std::move(storage));
-    json::error_code error;
-    std::size_t read = parser.write_some(false, body.data(), static_cast<std::size_t>(body.size()), error);
-    if (!error && read < static_cast<std::size_t>(body.size()))
-        error = json::error::extra_data;
-    if (error)
-        return std::unexpected(failure(error, read + static_cast<std::size_t>(text.size() - body.size())));
-    return parser.handler().release();
+std::expected<json::value, QString> parseJsonOfAnyBytes(QByteArrayView text, json::storage_ptr storage)
+{
+    json::parse_options options = jsonParseOptions();
+    options.allow_invalid_utf8 = true;
+    return parsed(text, std::move(storage), options);
 }
 
 std::expected<json::object, QString> parseJsonObject(QByteArrayView text)
@@ -184,6 +218,14 @@ json::string jsonFromText(QStringView text)
 {
     const QByteArray utf8 = text.toUtf8();
     return json::string(std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
+}
+
+json::object withValidText(const json::object &object)
+{
+    json::object result;
+    for (const auto &[key, value] : object)
+        result.insert_or_assign(std::string_view(validText(key)), withValidText(value));
+    return result;
 }
 
 std::optional<qint64> integerFromJson(const json::value &value)

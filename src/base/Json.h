@@ -18,7 +18,8 @@ inline constexpr std::size_t maximumJsonDepth = 512;
 /// What may stand in front of a JSON text in a file and is passed over.
 inline constexpr QByteArrayView utf8ByteOrderMark("\xEF\xBB\xBF", 3);
 
-/// What every reader of JSON here accepts: RFC 8259, valid UTF-8, `maximumJsonDepth`.
+/// What every reader of JSON here accepts, but for parseJsonOfAnyBytes: RFC 8259, valid UTF-8,
+/// `maximumJsonDepth`.
 boost::json::parse_options jsonParseOptions();
 
 /// The value of a JSON text, behind an optional byte order mark. Keeps the order of keys; of two equal keys
@@ -28,6 +29,10 @@ boost::json::parse_options jsonParseOptions();
 std::expected<boost::json::value, QString> parseJson(QByteArrayView text,
                                                      boost::json::storage_ptr storage = {});
 
+/// As parseJson, but texts may hold bytes that are no UTF-8; they are kept as they stand.
+std::expected<boost::json::value, QString> parseJsonOfAnyBytes(QByteArrayView text,
+                                                               boost::json::storage_ptr storage = {});
+
 /// As parseJson, and fails for anything but an object.
 std::expected<boost::json::object, QString> parseJsonObject(QByteArrayView text);
 
@@ -36,8 +41,11 @@ QByteArray serializeJson(const boost::json::value &value);
 QByteArray serializeJson(const boost::json::object &object);
 QByteArray serializeJson(const boost::json::array &array);
 
-/// Text of a JSON string, or of any UTF-8.
+/// Text of a JSON string, or of any UTF-8; what is none becomes U+FFFD.
 QString textFromJson(std::string_view utf8);
+
+/// The object with U+FFFD for what is no UTF-8 in its keys and texts (see parseJsonOfAnyBytes).
+boost::json::object withValidText(const boost::json::object &object);
 
 /// A JSON string of a text; a surrogate without its partner becomes "?".
 boost::json::string jsonFromText(QStringView text);

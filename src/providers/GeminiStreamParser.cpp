@@ -36,9 +36,9 @@ StreamParser::Progress GeminiStreamParser::feed(QByteArrayView line, QStringList
 
 void GeminiStreamParser::takePart(const json::object &part, QStringList &pieces)
 {
-    if (auto text = stringMember(part, "text")) {
-        m_text += *text;
-        pieces.append(std::move(*text));
+    const json::value *const text = part.if_contains("text");
+    if (text && text->is_string()) {
+        pieces.append(m_text.add(text->get_string()));
         return;
     }
     const json::object *function = objectMember(part, "functionCall");
@@ -55,8 +55,17 @@ void GeminiStreamParser::takePart(const json::object &part, QStringList &pieces)
     Call &call = m_calls[*found];
     if (!call.thoughtSignature)
         call.thoughtSignature = stringMember(part, "thoughtSignature");
-    if (const json::object *arguments = objectMember(*function, "args"))
+    const json::object *const arguments = objectMember(*function, "args");
+    if (arguments && m_chunk.hasBrokenText())
+        deepMerge(call.arguments, withValidText(*arguments));
+    else if (arguments)
         deepMerge(call.arguments, *arguments);
+}
+
+void GeminiStreamParser::end(QStringList &pieces)
+{
+    if (QString rest = m_text.end(); !rest.isEmpty())
+        pieces.append(std::move(rest));
 }
 
 AITurnResult GeminiStreamParser::finish()
@@ -65,7 +74,7 @@ AITurnResult GeminiStreamParser::finish()
         throw AIServiceError(AIServiceError::Blocked{});
 
     AITurnResult result;
-    result.text = std::move(m_text);
+    result.text = m_text.text();
     for (Call &call : m_calls) {
         auto id = call.key == call.name ? std::nullopt : std::optional(call.key);
         result.toolCalls.append(AIToolCall{std::move(call.name), std::move(call.arguments), std::move(id),

@@ -2,6 +2,7 @@
 
 #include "providers/StreamChunk.h"
 #include "providers/StreamParser.h"
+#include "providers/StreamText.h"
 
 #include <QHash>
 #include <optional>
@@ -16,6 +17,7 @@ class GeminiStreamParser final : public StreamParser {
 public:
     /// Never ends by itself: the interface has no end marker.
     Progress feed(QByteArrayView line, QStringList &pieces) override;
+    void end(QStringList &pieces) override;
     AITurnResult finish() override;
 
 private:
@@ -29,7 +31,7 @@ private:
     void takePart(const boost::json::object &part, QStringList &pieces);
 
     StreamChunk m_chunk;
-    QString m_text;
+    StreamText m_text;
     std::string m_finishReason;
     std::vector<Call> m_calls; ///< In order of first appearance.
     QHash<QString, std::size_t> m_callByKey;

@@ -93,6 +93,9 @@ Task<qint64> readStream(LineReader &lines, std::shared_ptr<StreamParser> parser,
             onToken(piece);
         fed.pieces.clear();
     }
+    parser->end(fed.pieces);
+    for (const QString &piece : std::as_const(fed.pieces))
+        onToken(piece);
     co_return bytes;
 }
 

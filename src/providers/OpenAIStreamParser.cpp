@@ -54,8 +54,8 @@ StreamParser::Progress OpenAIStreamParser::feed(QByteArrayView line, QStringList
     if (const json::string *reason = nonEmptyString(choice, "finish_reason"))
         m_finishReason = *reason;
     if (const json::string *content = nonEmptyString(*delta, "content")) {
-        pieces.append(textFromJson(*content));
-        m_text += pieces.back();
+        if (QString piece = m_text.add(*content); !piece.isEmpty())
+            pieces.append(std::move(piece));
     }
     if (const json::array *calls = StreamChunk::objects(*delta, "tool_calls"))
         takeCalls(*calls);
@@ -74,10 +74,16 @@ void OpenAIStreamParser::takeCalls(const json::array &elements)
             continue;
         // Some servers split even the name.
         if (const json::string *name = nonEmptyString(*function, "name"))
-            call.name += textFromJson(*name);
+            call.name.add(*name);
         if (const json::string *arguments = nonEmptyString(*function, "arguments"))
-            call.arguments += std::string_view(*arguments);
+            call.arguments.add(*arguments);
     }
+}
+
+void OpenAIStreamParser::end(QStringList &pieces)
+{
+    if (QString rest = m_text.end(); !rest.isEmpty())
+        pieces.append(std::move(rest));
 }
 
 AITurnResult OpenAIStreamParser::finish()
@@ -91,21 +97,23 @@ AITurnResult OpenAIStreamParser::finish()
         throw AIServiceError(AIServiceError::Blocked{});
 
     AITurnResult result;
-    result.text = std::move(m_text);
+    result.text = m_text.text();
     for (auto &[index, call] : m_pendingCalls) {
-        if (call.name.isEmpty())
+        call.name.end();
+        call.arguments.end();
+        if (call.name.text().isEmpty())
             continue;
         json::object arguments;
-        if (!call.arguments.empty()) {
-            auto parsed = parseJsonObject(call.arguments);
+        if (!call.arguments.text().isEmpty()) {
+            auto parsed = parseJsonObject(call.arguments.text().toUtf8());
             if (!parsed)
                 throw AIServiceError(
-                    AIServiceError::Api{u"The AI provider returned a malformed tool call for "_s + call.name +
-                                        u". Please try again."_s});
+                    AIServiceError::Api{u"The AI provider returned a malformed tool call for "_s +
+                                        call.name.text() + u". Please try again."_s});
             arguments = std::move(*parsed);
         }
         result.toolCalls.append(
-            AIToolCall{std::move(call.name), std::move(arguments), std::move(call.id), std::nullopt});
+            AIToolCall{call.name.text(), std::move(arguments), std::move(call.id), std::nullopt});
     }
     throwIfEmpty(result);
     return result;

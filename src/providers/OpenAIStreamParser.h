@@ -2,6 +2,7 @@
 
 #include "providers/StreamChunk.h"
 #include "providers/StreamParser.h"
+#include "providers/StreamText.h"
 
 #include <map>
 #include <optional>
@@ -15,19 +16,20 @@ class OpenAIStreamParser final : public StreamParser {
 public:
     /// Ends at "[DONE]".
     Progress feed(QByteArrayView line, QStringList &pieces) override;
+    void end(QStringList &pieces) override;
     AITurnResult finish() override;
 
 private:
     struct PendingCall {
         std::optional<QString> id;
-        QString name;
-        std::string arguments; ///< JSON text so far.
+        StreamText name;
+        StreamText arguments; ///< JSON text so far.
     };
 
     void takeCalls(const boost::json::array &elements);
 
     StreamChunk m_chunk;
-    QString m_text;
+    StreamText m_text;
     std::string m_finishReason;
     std::map<qint64, PendingCall> m_pendingCalls; ///< By index.
 };

@@ -11,9 +11,13 @@ namespace morvane {
 
 /// The JSON object in one line of server-sent events. Its memory is used again for the next line, so that a
 /// line of usual size allocates nothing.
+///
+/// A line may be no UTF-8 or hold the escape of a surrogate without its partner, since some servers cut their
+/// texts anywhere. It is read all the same: its texts then keep those bytes, and a surrogate as the three
+/// that it would have in UTF-8, for StreamText to put together.
 class StreamChunk {
 public:
-    StreamChunk() : m_memory(m_buffer.data(), m_buffer.size()) {}
+    StreamChunk() = default;
     StreamChunk(const StreamChunk &) = delete;
     StreamChunk &operator=(const StreamChunk &) = delete;
 
@@ -23,6 +27,9 @@ public:
     /// The object of a payload, valid until the next call; null if it is no JSON or no object.
     const boost::json::object *parse(QByteArrayView payload);
 
+    /// Whether texts of the chunk may hold what is no UTF-8.
+    bool hasBrokenText() const { return m_hasBrokenText; }
+
     /// Throws AIServiceError::Api if the chunk has an object `error`, with its `message` or else `unknown`.
     static void throwIfError(const boost::json::object &chunk, const QString &unknown);
 
@@ -31,8 +38,9 @@ public:
 
 private:
     std::array<unsigned char, 16 * 1024> m_buffer;
-    boost::json::monotonic_resource m_memory;
-    std::optional<boost::json::value> m_value;
+    std::optional<boost::json::monotonic_resource> m_memory;
+    std::optional<boost::json::value> m_value; ///< Lies in m_memory.
+    bool m_hasBrokenText = false;
 };
 
 } // namespace morvane

@@ -20,8 +20,11 @@ public:
     /// for an error that the provider reports within the stream.
     virtual Progress feed(QByteArrayView line, QStringList &pieces) = 0;
 
-    /// The turn's result, once, after the last line. Throws AIServiceError if the answer is empty, cut off,
-    /// blocked or malformed.
+    /// The body is over: appends what becomes of a character whose rest never came to `pieces`.
+    virtual void end(QStringList &pieces) = 0;
+
+    /// The turn's result, once, after the last line and end(). Throws AIServiceError if the answer is empty,
+    /// cut off, blocked or malformed.
     virtual AITurnResult finish() = 0;
 };
 

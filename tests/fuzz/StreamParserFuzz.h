@@ -22,6 +22,10 @@ inline void fuzzStreamParser(StreamParser &parser, QByteArrayView input)
             if (parser.feed(line, pieces) == StreamParser::Progress::ended)
                 break;
         }
+        parser.end(pieces);
+        for (const QString &piece : pieces)
+            if (!piece.isValidUtf16())
+                std::abort();
         const AITurnResult result = parser.finish();
         if (result.text != pieces.join(QString()) || (result.text.isEmpty() && result.toolCalls.isEmpty()))
             std::abort();

@@ -72,6 +72,26 @@ TEST_F(OddServerTest, LastLineNeedsNoEnd)
     EXPECT_EQ(turn(server).text(), "a");
 }
 
+TEST_F(OddServerTest, CharacterThatIsCutByTheNetworkAndByTheServerIsWhole)
+{
+    RawHttpServer server([](RawHttpConnection &connection) {
+        connection.readRequest();
+        connection.send(rawHttpHead(200, {{"Connection", "close"}}));
+        connection.sendInPieces(event("é\xF0\x9F") + event("\x98\x80\xff"), 1);
+    });
+    const TurnOutcome outcome = turn(server);
+    EXPECT_EQ(outcome.text(), u"é😀\uFFFD"_s);
+    EXPECT_EQ(outcome.pieces.join(QString()), outcome.text());
+}
+
+TEST_F(OddServerTest, ByteThatNothingFollowsIsReplaced)
+{
+    RawHttpServer server(sending("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + event("caf\xe9")));
+    const TurnOutcome outcome = turn(server);
+    EXPECT_EQ(outcome.text(), u"caf\uFFFD"_s);
+    EXPECT_EQ(outcome.pieces, (QStringList{u"caf"_s, u"\uFFFD"_s}));
+}
+
 TEST_F(OddServerTest, TruncatedChunkedBodyIsATransportError)
 {
     RawHttpServer server([](RawHttpConnection &connection) {

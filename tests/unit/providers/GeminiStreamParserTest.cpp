@@ -185,5 +185,33 @@ TEST(GeminiStreamParser, ArgumentsKeepTheKindAndExactnessOfNumbers)
     EXPECT_EQ(arguments.at("e").as_double(), 1.7976931348623157e308);
 }
 
+TEST(GeminiStreamParser, LinesOfAnySizeFollowOneAnother)
+{
+    const QByteArray text(17'000, 'x');
+    const QList<QByteArray> lines(100, parts(R"({"text":")" + text + R"("})"));
+    EXPECT_EQ(turnOf(lines).text.size(), 100 * text.size());
+}
+
+TEST(GeminiStreamParser, CharactersThatAreCutAreWholeAndOtherBytesAreReplaced)
+{
+    GeminiStreamParser parser;
+    const QStringList pieces =
+        feedAll(parser, {parts("{\"text\":\"a\xF0\x9F\"}"), parts("{\"text\":\"\x98\x80\"}"),
+                         parts("{\"text\":\"b\xff\"}"), parts("{\"text\":\"caf\xe9\"}")});
+    EXPECT_EQ(pieces, (QStringList{u"a"_s, u"😀"_s, u"b\uFFFD"_s, u"caf"_s, u"\uFFFD"_s}));
+    EXPECT_EQ(parser.finish().text, pieces.join(QString()));
+}
+
+TEST(GeminiStreamParser, ArgumentsHoldUtf8Only)
+{
+    const AITurnResult result =
+        turnOf({parts("{\"functionCall\":{\"name\":\"f\",\"args\":{\"a\":[\"\xff\",{\"b\":\"x\xfe\"}],"
+                      "\"c\":\"\\ud83d\",\"d\":0.1}}}")});
+    ASSERT_EQ(result.toolCalls.size(), 1);
+    EXPECT_EQ(result.toolCalls[0].arguments->at("a"), jsonOf("[\"\uFFFD\",{\"b\":\"x\uFFFD\"}]"));
+    EXPECT_EQ(result.toolCalls[0].arguments->at("d"), 0.1);
+    EXPECT_TRUE(QByteArrayView(serializeJson(result.toolCalls[0].arguments.get())).isValidUtf8());
+}
+
 } // namespace
 } // namespace morvane

@@ -280,6 +280,53 @@ TEST(OpenAIStreamParser, KeepsUnicodeAndEscapes)
     EXPECT_EQ(result.text, u"é\n😀日本"_s);
 }
 
+TEST(OpenAIStreamParser, LinesOfAnySizeFollowOneAnother)
+{
+    const QByteArray text(17'000, 'x');
+    QList<QByteArray> lines(100, content(text));
+    EXPECT_EQ(turnOf(lines).text.size(), 100 * text.size());
+}
+
+TEST(OpenAIStreamParser, ByteThatIsNoUtf8CostsNoMoreThanItself)
+{
+    EXPECT_EQ(turnOf({content("a"),
+                      content("b\xff"
+                              "c"),
+                      content("d")})
+                  .text,
+              u"ab\uFFFDcd"_s);
+    EXPECT_EQ(turnOf({content("caf\xe9"), "data: [DONE]"}).text, u"caf\uFFFD"_s);
+    EXPECT_EQ(turnOf({content("caf\xe9"), content("s")}).text, u"caf\uFFFDs"_s);
+    EXPECT_EQ(turnOf({"data: {\"\xff\":1,\"choices\":[{\"delta\":{\"content\":\"a\"}}]}"}).text, "a");
+}
+
+TEST(OpenAIStreamParser, CharacterThatIsCutOverChunksArrivesWhole)
+{
+    const QByteArray emoji = "😀";
+    for (int cut = 1; cut < 4; ++cut)
+        EXPECT_EQ(turnOf({content("a" + emoji.first(cut)), content(emoji.sliced(cut) + "b")}).text,
+                  u"a😀b"_s);
+    EXPECT_EQ(turnOf({content("\xF0"), content("\x9F"), content("\x98"), content("\x80")}).text, u"😀"_s);
+    EXPECT_EQ(turnOf({content(R"(a\ud83d)"), content(R"(\ude00b)")}).text, u"a😀b"_s);
+}
+
+TEST(OpenAIStreamParser, PiecesHoldWholeCharactersOnly)
+{
+    OpenAIStreamParser parser;
+    EXPECT_EQ(feedAll(parser, {content("\xC3"), content("\xA9"), content(R"(x\ud83d)")}),
+              (QStringList{u"é"_s, u"x"_s, u"\uFFFD"_s}));
+    EXPECT_EQ(parser.finish().text, u"éx\uFFFD"_s);
+}
+
+TEST(OpenAIStreamParser, ArgumentsThatAreCutInACharacterAreWhole)
+{
+    const AITurnResult result = turnOf(
+        {toolCalls("{\"index\":0,\"function\":{\"name\":\"f\",\"arguments\":\"{\\\"a\\\":\\\"\xC3\"}}"),
+         toolCalls("{\"index\":0,\"function\":{\"arguments\":\"\xA9\xff\\\"}\"}}")});
+    ASSERT_EQ(result.toolCalls.size(), 1);
+    EXPECT_EQ(result.toolCalls[0].arguments, objectOf("{\"a\":\"é\uFFFD\"}"));
+}
+
 TEST(OpenAIStreamParser, TakesChunksOfAMegabyte)
 {
     const QByteArray megabyte(1024 * 1024, 'x');

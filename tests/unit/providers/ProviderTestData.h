@@ -54,13 +54,14 @@ inline AIConfiguration configuration(ProviderID provider, const QString &model =
     return config;
 }
 
-/// Feeds the lines until the parser ends; gives all pieces.
+/// Feeds the lines of a whole body until the parser ends; gives all pieces.
 inline QStringList feedAll(StreamParser &parser, const QList<QByteArray> &lines)
 {
     QStringList pieces;
     for (const QByteArray &line : lines)
         if (parser.feed(line, pieces) == StreamParser::Progress::ended)
             break;
+    parser.end(pieces);
     return pieces;
 }
 
