@@ -2,7 +2,6 @@
 
 #include "app/AppModel.h"
 #include "app/BrowserWindowPort.h"
-#include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
@@ -20,6 +19,7 @@
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "tools/BuiltinTools.h"
+#include "tools/ToolServerPort.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

@@ -16,13 +16,13 @@ void ActivityLog::log(const QString &text, ActivityStep::Kind kind)
     Q_EMIT stepAppended(m_steps.size() - 1);
 }
 
-void ActivityLog::logResult(const AIToolCall &call, const QString &result, const QString &prefix)
+void ActivityLog::logResult(const AIToolCall &call, const ToolResult &result, const QString &prefix)
 {
     QString name = spokenToolName(call.name);
     if (!prefix.isEmpty())
         name = prefix + u' ' + name;
-    const QString text = flattened(result, logTextLimit);
-    if (result.startsWith("Error:"_L1))
+    const QString text = flattened(result.text, logTextLimit);
+    if (result.failed)
         log(name + u" failed: "_s + text, ActivityStep::Kind::error);
     else
         log(name + u" returned: "_s + text, ActivityStep::Kind::info);

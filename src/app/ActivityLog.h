@@ -2,6 +2,7 @@
 
 #include "model/AITool.h"
 #include "model/ActivityStep.h"
+#include "model/ToolResult.h"
 
 #include <QList>
 #include <QObject>
@@ -19,7 +20,7 @@ public:
 
     void log(const QString &text, ActivityStep::Kind kind);
     /// The line that closes a tool call; `prefix` ("Subagent" or empty) stands before the tool's name.
-    void logResult(const AIToolCall &call, const QString &result, const QString &prefix);
+    void logResult(const AIToolCall &call, const ToolResult &result, const QString &prefix);
     /// The last line of a normal run; `ranTools` in order of first use.
     void logFinished(const QStringList &ranTools);
     void clear();

@@ -9,6 +9,7 @@
 #include "base/Uuid.h"
 #include "store/SettingsStore.h"
 #include "tools/ToolArguments.h"
+#include "tools/ToolTable.h"
 
 #include <utility>
 
@@ -102,10 +103,10 @@ Task<AgentLoop::CallsEnd> AgentLoop::runToolCalls(Run *run, QList<AIToolCall> ca
 
 Task<QString> AgentLoop::runToolCall(Run *run, AIToolCall call)
 {
-    // These two come first, so that no tool of a server can shadow them.
-    if (call.name == "ask_user"_L1)
+    const ToolRoad road = toolRoad(call.name);
+    if (road == ToolRoad::question)
         co_return co_await m_tools.askUser(call, ToolCallRunner::Caller::mainLoop);
-    if (call.name == "task"_L1)
+    if (road == ToolRoad::subagent)
         co_return co_await launchSubagent(call, run->config);
     const ToolCallRunner::Result result = co_await m_tools.run(call, ToolCallRunner::Caller::mainLoop);
     if (result.ran && !run->ranTools.contains(call.name))

@@ -4,7 +4,6 @@
 #include "app/ContextTrimming.h"
 #include "app/FriendlyError.h"
 #include "app/NotificationPort.h"
-#include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Cancelled.h"
 #include "async/Scheduler.h"
@@ -14,6 +13,7 @@
 #include "providers/AIService.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
+#include "tools/ToolServerPort.h"
 
 #include <utility>
 

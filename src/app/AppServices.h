@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "model/ToolResult.h"
 #include "tools/ToolPermit.h"
 
 #include <QString>
@@ -37,8 +38,8 @@ struct AppServices {
     AttachmentService &attachments;
     ModelCatalog &modelCatalog;
     UrlOpener &urls;
-    /// Carries out a call of a built-in tool; never throws, a failure is a text that begins with "Error".
-    std::function<Task<QString>(ToolPermit)> executeTool;
+    /// Carries out a call of a built-in tool; never throws.
+    std::function<Task<ToolResult>(ToolPermit)> executeTool;
     /// One sentence on the machine, for the system prompt.
     std::function<QString()> machineSummary;
     /// The machine's memory in GiB.

@@ -1,14 +1,10 @@
 #include "app/ApprovalGate.h"
 
-#include "app/ToolDescription.h"
-#include "app/ToolServerPort.h"
 #include "base/Uuid.h"
 #include "store/SettingsStore.h"
-#include "tools/BuiltinTools.h"
+#include "tools/ToolTable.h"
 
 #include <utility>
-
-using namespace Qt::StringLiterals;
 
 namespace morvane {
 
@@ -16,31 +12,51 @@ ApprovalGate::ApprovalGate(SettingsStore &settings, QObject *parent) : QObject(p
 {
 }
 
+ToolVerdict ApprovalGate::decide(AIToolCall call) const
+{
+    ToolDescription description = describe(call);
+    auto approval = ToolVerdict::Approval::notNeeded;
+    if (toolRoad(call.name) != ToolRoad::server && approvalRule(call.name) != ApprovalRule::never) {
+        approval = requiresApproval(call, description) ? ToolVerdict::Approval::asks
+                                                       : ToolVerdict::Approval::automatic;
+    }
+    return {std::move(call), std::move(description.phrase), description.destructive, approval};
+}
+
 bool ApprovalGate::requiresApproval(const AIToolCall &call) const
 {
-    if (call.name == "run_shell_command"_L1)
-        return BuiltinTools::isDestructive(call);
-    if (isToolServerCall(call) || call.name == "write_file"_L1 || call.name == "edit_file"_L1)
+    return requiresApproval(call, describe(call));
+}
+
+bool ApprovalGate::requiresApproval(const AIToolCall &call, const ToolDescription &description) const
+{
+    switch (approvalRule(call.name)) {
+    case ApprovalRule::never:
+        return false;
+    case ApprovalRule::whenDestructive:
+        return description.destructive;
+    case ApprovalRule::unlessAlwaysAllowed:
         return !m_settings.alwaysAllowedTools().contains(call.name);
-    return false;
+    }
+    Q_UNREACHABLE();
 }
 
-std::optional<ToolPermit> ApprovalGate::permitUnasked(AIToolCall call) const
+std::optional<ToolPermit> ApprovalGate::permitUnasked(ToolVerdict verdict) const
 {
-    if (!isToolServerCall(call) && requiresApproval(call))
+    if (verdict.approval() == ToolVerdict::Approval::asks)
         return std::nullopt;
-    return ToolPermit(std::move(call));
+    return ToolPermit(std::move(verdict));
 }
 
-Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(AIToolCall call)
+Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(ToolVerdict verdict)
 {
-    m_pending = PendingToolCall{newUuid(), call.name, describe(call), BuiltinTools::isDestructive(call)};
+    m_pending = PendingToolCall{newUuid(), verdict.call().name, verdict.phrase(), verdict.isDestructive()};
     const OneShot<bool> answer;
     m_permissionContinuation = answer;
     Q_EMIT pendingToolCallChanged();
     if (!co_await answer.wait())
         co_return std::nullopt;
-    co_return ToolPermit(std::move(call));
+    co_return ToolPermit(std::move(verdict));
 }
 
 void ApprovalGate::resolvePermission(bool allowed, bool alwaysAllow)

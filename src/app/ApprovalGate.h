@@ -4,6 +4,7 @@
 #include "async/Task.h"
 #include "model/AITool.h"
 #include "model/PendingToolCall.h"
+#include "tools/ToolDescription.h"
 #include "tools/ToolPermit.h"
 
 #include <QObject>
@@ -19,15 +20,19 @@ class ApprovalGate : public QObject {
 public:
     explicit ApprovalGate(SettingsStore &settings, QObject *parent = nullptr);
 
+    /// The one decision on a call, which its caller passes on. Tools of the user's own tool servers always
+    /// run unasked, whatever requiresApproval says of them.
+    ToolVerdict decide(AIToolCall call) const;
+
+    /// What the rule of the call's tool and the always-allowed list say.
     bool requiresApproval(const AIToolCall &call) const;
 
-    /// The permit of a call that runs unasked; nothing for a call that must ask. Tools of the user's own tool
-    /// servers always run unasked.
-    std::optional<ToolPermit> permitUnasked(AIToolCall call) const;
+    /// The permit of a call that runs unasked; nothing for a call that must ask.
+    std::optional<ToolPermit> permitUnasked(ToolVerdict verdict) const;
 
     /// Shows the request and waits, without a time limit, for resolvePermission: the permit, or nothing for a
     /// no. Cancellation does not end the wait.
-    Task<std::optional<ToolPermit>> requestPermission(AIToolCall call);
+    Task<std::optional<ToolPermit>> requestPermission(ToolVerdict verdict);
 
     /// Answers the pending request, if any. With `alwaysAllow` the tool's name is remembered, unless the
     /// call is destructive or denied.
@@ -39,6 +44,8 @@ Q_SIGNALS:
     void pendingToolCallChanged();
 
 private:
+    bool requiresApproval(const AIToolCall &call, const ToolDescription &description) const;
+
     SettingsStore &m_settings;
     std::optional<PendingToolCall> m_pending;
     std::optional<OneShot<bool>> m_permissionContinuation;

@@ -2,13 +2,14 @@
 
 #include "app/FriendlyError.h"
 #include "app/TokenBatch.h"
-#include "app/ToolServerPort.h"
 #include "async/Cancelled.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 #include "tools/ToolArguments.h"
+#include "tools/ToolServerPort.h"
+#include "tools/ToolTable.h"
 
 #include <memory>
 #include <utility>
@@ -104,11 +105,12 @@ Task<QString> SubagentRunner::runSubagentLoop(QList<APIMessage> context, AIConfi
 
 Task<QString> SubagentRunner::runToolCall(AIToolCall call)
 {
-    if (call.name == "task"_L1) {
+    const ToolRoad road = toolRoad(call.name);
+    if (road == ToolRoad::subagent) {
         co_return u"Subagents cannot launch other subagents. Continue and finish the work "
                   "yourself using your other tools."_s;
     }
-    if (call.name == "ask_user"_L1)
+    if (road == ToolRoad::question)
         co_return co_await m_tools.askUser(call, ToolCallRunner::Caller::subagent);
     const ToolCallRunner::Result result = co_await m_tools.run(call, ToolCallRunner::Caller::subagent);
     co_return result.text;

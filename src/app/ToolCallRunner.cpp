@@ -1,10 +1,10 @@
 #include "app/ToolCallRunner.h"
 
 #include "app/LogText.h"
-#include "app/ToolDescription.h"
-#include "app/ToolServerPort.h"
 #include "base/Text.h"
 #include "tools/ToolArguments.h"
+#include "tools/ToolServerPort.h"
+#include "tools/ToolTable.h"
 
 using namespace Qt::StringLiterals;
 
@@ -15,11 +15,6 @@ namespace {
 const QString deniedResult =
     u"The user denied permission for this action. Do not attempt it again unless the user asks."_s;
 
-bool changesTheComputer(const QString &name)
-{
-    return name == "run_shell_command"_L1 || name == "write_file"_L1 || name == "edit_file"_L1;
-}
-
 } // namespace
 
 ToolCallRunner::ToolCallRunner(const AppServices &services, Workspace &workspace)
@@ -29,55 +24,58 @@ ToolCallRunner::ToolCallRunner(const AppServices &services, Workspace &workspace
 
 Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
 {
-    std::optional<ToolPermit> permit = m_workspace.gate.permitUnasked(call);
+    const ToolVerdict verdict = m_workspace.gate.decide(std::move(call));
+    std::optional<ToolPermit> permit = m_workspace.gate.permitUnasked(verdict);
     if (!permit) {
-        permit = co_await approve(call, caller);
+        permit = co_await approve(verdict, caller);
         if (!permit)
             co_return Result{deniedResult, false};
-    } else if (changesTheComputer(call.name)) {
-        m_workspace.activity.log(u"Automatically allowed: "_s + describe(call), ActivityStep::Kind::info);
+    } else if (verdict.approval() == ToolVerdict::Approval::automatic) {
+        m_workspace.activity.log(u"Automatically allowed: "_s + verdict.phrase(), ActivityStep::Kind::info);
     }
-    narrateStart(call, caller);
-    const QString result = isToolServerCall(call)
-                               ? co_await m_services.toolServers.execute(*std::move(permit))
-                               : co_await m_services.executeTool(*std::move(permit));
-    m_workspace.activity.logResult(call, result, caller == Caller::subagent ? u"Subagent"_s : QString());
-    co_return Result{result, true};
+    const bool isServers = toolRoad(verdict.call().name) == ToolRoad::server;
+    narrateStart(verdict, caller);
+    const ToolResult result = isServers ? co_await m_services.toolServers.execute(*std::move(permit))
+                                        : co_await m_services.executeTool(*std::move(permit));
+    m_workspace.activity.logResult(verdict.call(), result,
+                                   caller == Caller::subagent ? u"Subagent"_s : QString());
+    co_return Result{result.text, true};
 }
 
-void ToolCallRunner::narrateStart(const AIToolCall &call, Caller caller)
+void ToolCallRunner::narrateStart(const ToolVerdict &verdict, Caller caller)
 {
-    const QString phrase = describe(call);
     if (caller == Caller::subagent) {
-        const QString line = u"Subagent: "_s + phrase;
+        const QString line = u"Subagent: "_s + verdict.phrase();
         m_workspace.status.setStatusText(line);
         m_workspace.activity.log(line, ActivityStep::Kind::tool);
         return;
     }
-    m_workspace.status.setStatusText(isToolServerCall(call) ? u"Running "_s + call.name + u"…"_s
-                                                            : u"Running: "_s + phrase);
-    m_workspace.status.announceProgress(u"Assistant is running: "_s + phrase + u'.');
-    m_workspace.activity.log(u"Running: "_s + phrase, ActivityStep::Kind::tool);
+    const QString line = u"Running: "_s + verdict.phrase();
+    const QString &name = verdict.call().name;
+    m_workspace.status.setStatusText(toolRoad(name) == ToolRoad::server ? u"Running "_s + name + u"…"_s
+                                                                        : line);
+    m_workspace.status.announceProgress(u"Assistant is running: "_s + verdict.phrase() + u'.');
+    m_workspace.activity.log(line, ActivityStep::Kind::tool);
 }
 
-Task<std::optional<ToolPermit>> ToolCallRunner::approve(AIToolCall call, Caller caller)
+Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Caller caller)
 {
     const bool subagent = caller == Caller::subagent;
-    const QString phrase = describe(call);
     Status &status = m_workspace.status;
     status.setStatusText(u"Waiting for your approval…"_s);
-    status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + phrase +
+    status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + verdict.phrase() +
                     u". Do you allow it?"_s);
     m_workspace.activity.log(
-        (subagent ? u"Subagent is waiting for approval to "_s : u"Waiting for approval to "_s) + phrase,
+        (subagent ? u"Subagent is waiting for approval to "_s : u"Waiting for approval to "_s) +
+            verdict.phrase(),
         ActivityStep::Kind::info);
-    std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(call);
+    std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(verdict);
     if (permit) {
         status.announceProgress(u"Approved. Running the action."_s);
     } else {
         status.announceProgress(subagent ? u"Action denied. The subagent will continue."_s
                                          : u"Action denied. The assistant will continue."_s);
-        m_workspace.activity.log(u"Denied: "_s + phrase, ActivityStep::Kind::error);
+        m_workspace.activity.log(u"Denied: "_s + verdict.phrase(), ActivityStep::Kind::error);
     }
     co_return permit;
 }

@@ -22,15 +22,15 @@ public:
 
     ToolCallRunner(const AppServices &services, Workspace &workspace);
 
-    /// A tool of a server ("mcp_…") or a built-in tool. Never throws for a failing or denied tool.
+    /// A tool of a server or a built-in tool. Never throws for a failing or denied tool.
     Task<Result> run(AIToolCall call, Caller caller);
 
     /// The `ask_user` tool: shows the question and gives the answer as the user typed it.
     Task<QString> askUser(AIToolCall call, Caller caller);
 
 private:
-    Task<std::optional<ToolPermit>> approve(AIToolCall call, Caller caller);
-    void narrateStart(const AIToolCall &call, Caller caller);
+    Task<std::optional<ToolPermit>> approve(ToolVerdict verdict, Caller caller);
+    void narrateStart(const ToolVerdict &verdict, Caller caller);
 
     const AppServices &m_services;
     Workspace &m_workspace;

@@ -2,9 +2,10 @@
 
 #include "async/Task.h"
 #include "model/AITool.h"
+#include "model/ToolResult.h"
 #include "tools/ShellTool.h"
-#include "tools/ToolHandlers.h"
 #include "tools/ToolPermit.h"
+#include "tools/ToolServices.h"
 #include "tools/WebTools.h"
 
 #include <QList>
@@ -17,7 +18,7 @@ class ReminderStore;
 /// Whether the built-in tools are offered to the model at all.
 enum class UseTools { no, yes };
 
-/// The fixed table of built-in tools and the one entry through which a call is carried out.
+/// The built-in tools and the one entry through which a call is carried out.
 class BuiltinTools {
 public:
     /// `http` carries the web tools' requests. Both outlive the tools.
@@ -28,19 +29,18 @@ public:
     /// The 41 declarations in table order, or nothing. Any thread.
     static QList<AITool> all(UseTools useTools);
 
-    /// Whether the call is a shell command that may delete data or is hard to undo: declared so by the
-    /// model, or hit by one of the patterns in tools/DestructiveCommands.h. Any thread.
+    /// Whether the call may delete data or is hard to undo: a shell command that is declared so by the model
+    /// or hit by one of the patterns in tools/DestructiveCommands.h. Any thread.
     static bool isDestructive(const AIToolCall &call);
 
-    /// Carries out the permitted call and returns what the model is told. Never throws: a failure is a text
-    /// that begins with "Error". Arguments of the wrong type read as their defaults. Main thread; must
-    /// outlive the task.
-    Task<QString> execute(ToolPermit permit);
+    /// Carries out the permitted call. Never throws. Arguments of the wrong type read as their defaults. Main
+    /// thread; must outlive the task.
+    Task<ToolResult> execute(ToolPermit permit);
 
 private:
     ShellTool m_shell;
     WebTools m_web;
-    ToolHandlers m_handlers;
+    ToolServices m_services;
 };
 
 } // namespace morvane

@@ -20,17 +20,17 @@ std::optional<qint64> cutOff(double value)
 
 } // namespace
 
-std::optional<QString> optionalStringArgument(const boost::json::object &arguments, std::string_view name)
+std::optional<QString> optionalStringArgument(const ToolArguments &arguments, std::string_view name)
 {
     return stringMember(arguments, name);
 }
 
-QString stringArgument(const boost::json::object &arguments, std::string_view name, const QString &fallback)
+QString stringArgument(const ToolArguments &arguments, std::string_view name, const QString &fallback)
 {
     return stringMember(arguments, name).value_or(fallback);
 }
 
-QStringList stringListArgument(const boost::json::object &arguments, std::string_view name)
+QStringList stringListArgument(const ToolArguments &arguments, std::string_view name)
 {
     const boost::json::array *const array = arrayMember(arguments, name);
     if (!array)
@@ -45,12 +45,12 @@ QStringList stringListArgument(const boost::json::object &arguments, std::string
     return list;
 }
 
-bool booleanArgument(const boost::json::object &arguments, std::string_view name)
+bool booleanArgument(const ToolArguments &arguments, std::string_view name)
 {
     return booleanMember(arguments, name).value_or(false);
 }
 
-std::optional<qint64> intArgument(const boost::json::object &arguments, std::string_view name)
+std::optional<qint64> intArgument(const ToolArguments &arguments, std::string_view name)
 {
     const boost::json::value *const value = arguments.if_contains(name);
     if (!value)
@@ -75,7 +75,7 @@ std::optional<qint64> intArgument(const boost::json::object &arguments, std::str
     return std::nullopt;
 }
 
-std::optional<double> numberArgument(const boost::json::object &arguments, std::string_view name)
+std::optional<double> numberArgument(const ToolArguments &arguments, std::string_view name)
 {
     const std::optional<double> value = numberMember(arguments, name);
     return value && std::isfinite(*value) ? value : std::nullopt;

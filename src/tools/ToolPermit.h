@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/AITool.h"
+#include "tools/ToolVerdict.h"
 
 #include <utility>
 
@@ -16,13 +16,13 @@ public:
     ToolPermit(const ToolPermit &) = delete;
     ToolPermit &operator=(const ToolPermit &) = delete;
 
-    const AIToolCall &call() const { return m_call; }
+    const AIToolCall &call() const { return m_verdict.call(); }
 
 private:
     friend class ApprovalGate;
-    explicit ToolPermit(AIToolCall call) : m_call(std::move(call)) {}
+    explicit ToolPermit(ToolVerdict verdict) : m_verdict(std::move(verdict)) {}
 
-    AIToolCall m_call;
+    ToolVerdict m_verdict;
 };
 
 } // namespace morvane

@@ -61,7 +61,7 @@ QStringList AppFixture::activityTexts() const
     return texts;
 }
 
-Task<QString> AppFixture::executeTool(ToolPermit permit)
+Task<ToolResult> AppFixture::executeTool(ToolPermit permit)
 {
     executed.append(permit.call().name);
     if (toolTime.count() > 0)

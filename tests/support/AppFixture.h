@@ -75,7 +75,7 @@ protected:
     std::unique_ptr<AppModel> model;
 
 private:
-    Task<QString> executeTool(ToolPermit permit);
+    Task<ToolResult> executeTool(ToolPermit permit);
 };
 
 } // namespace morvane

@@ -2,12 +2,12 @@
 
 #include "app/BrowserWindowPort.h"
 #include "app/NotificationPort.h"
-#include "app/ToolServerPort.h"
 #include "app/UpdatePort.h"
 #include "async/Sleep.h"
 #include "localmodel/InstallError.h"
 #include "localmodel/LocalModelRuntime.h"
 #include "platform/UrlOpener.h"
+#include "tools/ToolServerPort.h"
 
 #include <QStringList>
 #include <utility>
@@ -28,7 +28,7 @@ public:
 class FakeToolServers final : public ToolServerPort {
 public:
     QList<AITool> exposedAITools() const override { return tools; }
-    Task<QString> execute(ToolPermit permit) override
+    Task<ToolResult> execute(ToolPermit permit) override
     {
         executed.append(permit.call().name);
         co_return result;

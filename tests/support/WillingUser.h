@@ -15,9 +15,10 @@ public:
 
     ToolPermit permit(const AIToolCall &call)
     {
-        if (std::optional<ToolPermit> unasked = m_gate.permitUnasked(call))
+        const ToolVerdict verdict = m_gate.decide(call);
+        if (std::optional<ToolPermit> unasked = m_gate.permitUnasked(verdict))
             return *std::move(unasked);
-        auto handle = m_scheduler.spawn(m_gate.requestPermission(call));
+        auto handle = m_scheduler.spawn(m_gate.requestPermission(verdict));
         waitUntil([this] { return m_gate.pendingToolCall().has_value(); });
         m_gate.resolvePermission(true, false);
         waitUntil([&handle] { return handle.done(); });

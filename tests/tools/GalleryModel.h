@@ -49,7 +49,7 @@ struct GalleryModel {
                          attachments,
                          modelCatalog,
                          urls,
-                         [](ToolPermit) -> Task<QString> { co_return QString(); },
+                         [](ToolPermit) -> Task<ToolResult> { co_return QString(); },
                          [] {
                              return QStringLiteral(
                                  "MacBook Pro (14-inch, 2023) with a Apple M3 Pro chip, 36 GB "

@@ -97,7 +97,7 @@ void ask(Stage &stage, const QString &window)
     call.arguments = SharedJsonObject(boost::json::object{
         {"path", "~/Documents/reports/2026/a-report-with-a-long-name.txt"}, {"content", "text"}});
     if (window == u"permission"_s)
-        stage.scheduler.spawn(stage.model.gate().requestPermission(call));
+        stage.scheduler.spawn(stage.model.gate().requestPermission(stage.model.gate().decide(call)));
     if (window == u"question"_s)
         stage.scheduler.spawn(stage.model.questions().askUserQuestion(
             u"Which of the folders shall I clean up?"_s,

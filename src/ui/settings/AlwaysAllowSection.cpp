@@ -1,8 +1,8 @@
 #include "ui/settings/AlwaysAllowSection.h"
 
-#include "app/ToolDescription.h"
 #include "base/Text.h"
 #include "store/SettingsStore.h"
+#include "tools/ToolDescription.h"
 #include "ui/controls/WrappingLabel.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,7 @@
 #include "ui/sheets/PermissionView.h"
 
 #include "app/ApprovalGate.h"
+#include "tools/ToolDescription.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/controls/WrappingCheckBox.h"
@@ -62,9 +63,9 @@ void PermissionView::showPending()
     m_header->setContent(call->destructive ? Symbol::triangleExclamation : Symbol::shieldExclamation,
                          call->destructive ? SheetHeader::Tone::danger : SheetHeader::Tone::caution, title);
     card()->setAccessibleName(title);
-    const bool isCommand = call->toolName == "run_shell_command"_L1;
-    m_summary->setContent(visibleText(call->summary),
-                          isCommand ? ScrollingText::Style::command : ScrollingText::Style::prose);
+    m_summary->setContent(visibleText(call->summary), phraseStyle(call->toolName) == PhraseStyle::command
+                                                          ? ScrollingText::Style::command
+                                                          : ScrollingText::Style::prose);
     m_advice->setText(call->destructive
                           ? u"This action can delete data or be hard to undo. Only allow it if "
                             "you are sure it is safe."_s

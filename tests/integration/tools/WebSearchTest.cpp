@@ -208,7 +208,7 @@ TEST_F(WebSearchTest, TheTwoToolsAreCalledByName)
     BuiltinTools builtin(client, reminders.store, {origin, origin});
     WillingUser user(scheduler);
     const auto execute = [&](const QString &name, boost::json::object arguments) {
-        return runTask(scheduler, builtin.execute(user.permit({name, std::move(arguments), {}, {}})));
+        return runTask(scheduler, builtin.execute(user.permit({name, std::move(arguments), {}, {}}))).text;
     };
     EXPECT_EQ(execute("web_search", {{"query", "fish"}}),
               "1. Title 1 \n   https://site1.example/page?a=1&b=2");

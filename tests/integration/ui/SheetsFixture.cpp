@@ -41,7 +41,7 @@ SheetsFixture::~SheetsFixture()
 
 TaskHandle<std::optional<ToolPermit>> SheetsFixture::request(const AIToolCall &call)
 {
-    auto handle = scheduler.spawn(model->gate().requestPermission(call));
+    auto handle = scheduler.spawn(model->gate().requestPermission(model->gate().decide(call)));
     settle();
     return handle;
 }

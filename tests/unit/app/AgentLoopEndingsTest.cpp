@@ -27,7 +27,7 @@ QString limitNote(int steps)
 
 using AgentLoopEndingsTest = AppFixture;
 
-Task<QString> textOf(OneShot<QString> text)
+Task<ToolResult> textOf(OneShot<QString> text)
 {
     co_return co_await text.wait();
 }

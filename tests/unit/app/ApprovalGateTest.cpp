@@ -13,7 +13,7 @@ protected:
 
     TaskHandle<std::optional<ToolPermit>> request(const AIToolCall &call)
     {
-        auto handle = scheduler.spawn(gate().requestPermission(call));
+        auto handle = scheduler.spawn(gate().requestPermission(gate().decide(call)));
         settle();
         return handle;
     }
@@ -56,19 +56,19 @@ TEST_F(ApprovalGateTest, EverythingElseRunsWithoutAsking)
 
 TEST_F(ApprovalGateTest, AnUnaskedPermitIsThereForCallsThatNeedNoAnswerOnly)
 {
-    EXPECT_TRUE(gate().permitUnasked(shell(R"({"command":"ls"})")));
-    EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
-    EXPECT_FALSE(gate().permitUnasked(toolCall(u"write_file"_s)));
+    EXPECT_TRUE(gate().permitUnasked(gate().decide(shell(R"({"command":"ls"})"))));
+    EXPECT_FALSE(gate().permitUnasked(gate().decide(shell(R"({"command":"rm -rf /tmp/x"})"))));
+    EXPECT_FALSE(gate().permitUnasked(gate().decide(toolCall(u"write_file"_s))));
     settings->setAlwaysAllowedTools({u"write_file"_s, u"run_shell_command"_s});
-    EXPECT_TRUE(gate().permitUnasked(toolCall(u"write_file"_s)));
-    EXPECT_FALSE(gate().permitUnasked(shell(R"({"command":"rm -rf /tmp/x"})")));
+    EXPECT_TRUE(gate().permitUnasked(gate().decide(toolCall(u"write_file"_s))));
+    EXPECT_FALSE(gate().permitUnasked(gate().decide(shell(R"({"command":"rm -rf /tmp/x"})"))));
 }
 
 TEST_F(ApprovalGateTest, ToolsOfToolServersArePermittedUnasked)
 {
     const AIToolCall call = toolCall(u"mcp_files_remove"_s);
     EXPECT_TRUE(gate().requiresApproval(call));
-    EXPECT_TRUE(gate().permitUnasked(call));
+    EXPECT_TRUE(gate().permitUnasked(gate().decide(call)));
 }
 
 TEST_F(ApprovalGateTest, APermitIsForTheCallThatWasShown)

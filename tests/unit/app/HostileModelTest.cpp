@@ -80,7 +80,7 @@ protected:
     BuiltinTools tools{http, reminders.store};
 
 private:
-    Task<QString> execute(ToolPermit permit)
+    Task<ToolResult> execute(ToolPermit permit)
     {
         ran.append(permit.call());
         if (real)

@@ -22,7 +22,7 @@ class BuiltinToolsTest : public testing::Test {
 protected:
     QString execute(const QString &name, const char *arguments = "{}")
     {
-        return runTask(scheduler, tools.execute(user.permit(call(name, arguments))));
+        return runTask(scheduler, tools.execute(user.permit(call(name, arguments)))).text;
     }
 
     FakeClock clock;
@@ -172,7 +172,7 @@ TEST_F(BuiltinToolsTest, CancellationDoesNotStopWork)
     auto handle = scheduler.spawn(tools.execute(user.permit(call("todo_list", R"({"items": ["a"]})"))));
     handle.cancel();
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(handle.result(), "Todo list:\n1. a");
+    EXPECT_EQ(handle.result().text, "Todo list:\n1. a");
 }
 
 TEST_F(BuiltinToolsTest, OnlyShellCommandsAreDestructive)

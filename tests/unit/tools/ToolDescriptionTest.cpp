@@ -1,4 +1,4 @@
-#include "app/ToolDescription.h"
+#include "tools/ToolDescription.h"
 
 #include "base/Json.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 QString described(const QString &name, const char *arguments = "{}")
 {
-    return describe({name, parseJsonObject(arguments).value(), {}, {}});
+    return describe({name, parseJsonObject(arguments).value(), {}, {}}).phrase;
 }
 
 const QString warning = ". Warning: this is a destructive action that may delete data or be hard to undo";

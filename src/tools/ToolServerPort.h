@@ -2,6 +2,7 @@
 
 #include "async/Task.h"
 #include "model/AITool.h"
+#include "model/ToolResult.h"
 #include "tools/ToolPermit.h"
 
 #include <QList>
@@ -9,11 +10,8 @@
 
 namespace morvane {
 
-/// Whether the model means a tool of a tool server by that name.
-inline bool isToolServerCall(const AIToolCall &call)
-{
-    return call.name.startsWith(QLatin1String("mcp_"));
-}
+/// What the names of all tools of tool servers begin with.
+inline constexpr QLatin1String toolServerPrefix("mcp_");
 
 /// What the agent asks of external tool servers. Main thread.
 class ToolServerPort {
@@ -22,15 +20,15 @@ public:
 
     /// The tools of all connected servers, under the names that the model uses ("mcp_…").
     virtual QList<AITool> exposedAITools() const = 0;
-    /// Carries out a call; never throws, a failure is a text that begins with "Error:".
-    virtual Task<QString> execute(ToolPermit permit) = 0;
+    /// Carries out a call; never throws.
+    virtual Task<ToolResult> execute(ToolPermit permit) = 0;
 };
 
 /// No tool server is connected.
 class NoToolServers final : public ToolServerPort {
 public:
     QList<AITool> exposedAITools() const override { return {}; }
-    Task<QString> execute(ToolPermit) override
+    Task<ToolResult> execute(ToolPermit) override
     {
         co_return QStringLiteral("Error: that tool's MCP server is not connected right now.");
     }
