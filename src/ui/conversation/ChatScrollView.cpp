@@ -78,7 +78,7 @@ void ChatScrollView::rebuild()
     m_grownMessage.reset();
     m_layout.reset();
     m_tracker.lock();
-    m_opensAtBottom = true;
+    m_keep = Keep::bottom;
     schedule();
     prepareToTell();
     Q_EMIT rowsReset();
@@ -140,13 +140,10 @@ void ChatScrollView::flush()
         m_layout.grow({.kind = ConversationItem::Kind::message, .index = *m_grownMessage});
         m_grownMessage.reset();
     }
-    if (m_opensAtBottom) {
-        m_opensAtBottom = false;
-        relayout(Keep::bottom);
-        return;
-    }
-    relayout(Keep::anchor);
-    scrollToBottom(Travel::animated);
+    const Keep keep = std::exchange(m_keep, Keep::anchor);
+    relayout(keep);
+    if (keep == Keep::anchor)
+        scrollToBottom(Travel::animated);
 }
 
 int ChatScrollView::maximumOffset() const
@@ -165,6 +162,10 @@ void ChatScrollView::relayout(Keep keep)
             break;
     }
     setOffset(offset);
+    if (!m_layout.isPassComplete()) {
+        m_keep = keep;
+        schedule();
+    }
 }
 
 void ChatScrollView::setOffset(int offset)
@@ -266,6 +267,8 @@ void ChatScrollView::advanceScroll(const QVariant &progress)
     m_layout.beginPass();
     m_layout.prepare(offset, offset + viewport()->height());
     setOffset(offset);
+    if (!m_layout.isPassComplete())
+        schedule();
 }
 
 void ChatScrollView::endScroll()

@@ -130,7 +130,7 @@ private:
     ScrollAnchor m_anchor;
     bool m_isAdjusting = false; ///< The scroll bar moves because of us, not of the user.
     bool m_isDirty = false;
-    bool m_opensAtBottom = true; ///< The conversation was just replaced.
+    Keep m_keep = Keep::bottom; ///< What the next frame holds on to.
     std::optional<qsizetype> m_grownMessage;
     QTimer m_frameTimer;
     QTimer m_followTimer;

@@ -71,7 +71,8 @@ RowFrame ConversationLayout::rowFrame(const ConversationItem &item) const
 
 SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsizetype index) const
 {
-    const TextSegment &segment = rowLayout(item).segments.at(index).segment;
+    const SegmentLayout &layout = rowLayout(item).segments.at(index);
+    const TextSegment &segment = layout.segment;
     SegmentFrame frame;
     frame.width = isUser(item) ? bubbleLimit() : rowFrame(item).width;
     const int indent = (segment.indent + columnsPerIndent - 1) / columnsPerIndent;
@@ -79,12 +80,10 @@ SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsiz
     const int gap = index > 0 ? m_style.segmentGap : 0;
     switch (segment.kind) {
     case TextSegment::Kind::plain:
+        frame.gap = layout.part != RowPart::body && segment.startsBlock ? gap / 2 : 0;
         break;
     case TextSegment::Kind::markdown:
         frame.gap = gap;
-        break;
-    case TextSegment::Kind::note:
-        frame.gap = gap / 2;
         break;
     case TextSegment::Kind::code:
         frame.gap = segment.startsBlock ? gap : 0;

@@ -1,6 +1,7 @@
 #include "ui/conversation/ConversationLayout.h"
 
 #include "ui/conversation/DocumentBuilder.h"
+#include "ui/markdown/LayoutCost.h"
 #include "ui/markdown/MarkdownSegmenter.h"
 #include "ui/markdown/PlainTextSegmenter.h"
 
@@ -9,6 +10,10 @@
 namespace morvane {
 
 namespace {
+
+/// Text laid out in one pass, in usual letters; what else is in sight comes with the next frame. More than
+/// most windows hold.
+constexpr qsizetype passLimit = 3 * segmentLimit;
 
 using Kind = ConversationItem::Kind;
 
@@ -20,6 +25,20 @@ qsizetype indexOf(const ConversationItem &item)
 bool isMessage(const ConversationItem &item)
 {
     return item.kind == Kind::message;
+}
+
+SegmentKey keyOf(const ConversationItem &item, const SegmentLayout &segment)
+{
+    return {.item = item, .part = segment.part, .from = segment.segment.from};
+}
+
+void layOut(QTextDocument &document, int width, bool isUser)
+{
+    document.setTextWidth(width);
+    // A short message gets a narrow bubble, in which text from right to left must find its edge.
+    constexpr double fullLine = 0.9;
+    if (isUser && document.idealWidth() < fullLine * width)
+        document.setTextWidth(qCeil(document.idealWidth()));
 }
 
 } // namespace
@@ -99,20 +118,18 @@ void ConversationLayout::grow(const ConversationItem &item)
         updateRowHeight(item);
         return;
     }
-    while (row.segments.last().segment.kind == TextSegment::Kind::note)
-        row.segments.removeLast();
+    QList<SegmentLayout> below;
+    while (row.segments.last().part != RowPart::body)
+        below.prepend(row.segments.takeLast());
     const SegmentLayout last = row.segments.takeLast();
     const qsizetype first = row.segments.size();
     QList<TextSegment> tail{last.segment};
     extendPlainSegments(tail, m_content.text(item));
-    for (const TextSegment &segment : tail) {
-        row.segments.append({.segment = segment});
-        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
-    }
+    addSegments(item, RowPart::body, tail);
     // While a segment is in sight its measured height is closer to the next one than any estimate.
     if (last.isMeasured && row.segments.at(first).segment.length >= last.segment.length)
         row.segments[first].height = qMax(last.height, row.segments.at(first).height);
-    addNotes(item, row);
+    row.segments += below;
     updateRowHeight(item);
 }
 
@@ -159,6 +176,13 @@ qsizetype ConversationLayout::rowAt(int y) const
     return m_content.count() - 1;
 }
 
+void ConversationLayout::beginPass()
+{
+    m_documents.beginPass();
+    m_passWork = 0;
+    m_isPassComplete = true;
+}
+
 bool ConversationLayout::prepare(int top, int bottom)
 {
     bool hasChanged = false;
@@ -179,7 +203,7 @@ bool ConversationLayout::prepareRow(const ConversationItem &item, int top, int b
     int y = rowFrame(item).top;
     for (qsizetype i = 0; i < row.segments.size() && y < bottom; ++i) {
         SegmentLayout &segment = row.segments[i];
-        if (y + segment.height > top) {
+        if (y + segment.height > top && mayLayOut(item, i)) {
             if (segment.isMeasured)
                 document(item, i);
             else
@@ -191,12 +215,25 @@ bool ConversationLayout::prepareRow(const ConversationItem &item, int top, int b
     return rowHeight(item) != heightBefore;
 }
 
+void ConversationLayout::count(qsizetype work)
+{
+    m_passWork += work;
+    m_dearestPass = qMax(m_dearestPass, m_passWork);
+}
+
+bool ConversationLayout::mayLayOut(const ConversationItem &item, qsizetype index)
+{
+    if (laidOut(item, index) == nullptr && m_passWork >= passLimit)
+        m_isPassComplete = false;
+    return m_isPassComplete;
+}
+
 void ConversationLayout::measure(const ConversationItem &item, qsizetype index)
 {
     QTextDocument &laidOut = document(item, index);
     const SegmentFrame frame = segmentFrame(item, index);
     SegmentLayout &segment = rowLayout(item).segments[index];
-    segment.naturalWidth = qCeil(laidOut.idealWidth());
+    segment.naturalWidth = qCeil(isUser(item) ? laidOut.textWidth() : laidOut.idealWidth());
     segment.height = frame.gap + frame.header + qCeil(laidOut.size().height()) + frame.footer;
     segment.isMeasured = true;
 }
@@ -227,38 +264,41 @@ void ConversationLayout::split(const ConversationItem &item)
     RowLayout &row = rowLayout(item);
     if (row.isSplit())
         return;
-    const QString text = m_content.text(item);
-    QList<TextSegment> segments;
     if (m_content.isFormatted(item)) {
-        MarkdownSegments markdown = MarkdownSegmenter::segments(text);
-        segments = std::move(markdown.segments);
+        MarkdownSegments markdown = MarkdownSegmenter::segments(m_content.text(item));
         row.references = std::move(markdown.references);
+        addSegments(item, RowPart::body, markdown.segments);
     } else {
-        extendPlainSegments(segments, text);
+        addPlainPart(item, RowPart::body);
     }
-    row.segments.reserve(segments.size() + 1);
-    for (const TextSegment &segment : segments) {
-        row.segments.append({.segment = segment});
-        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
+    if (isMessage(item)) {
+        const ChatMessage &message = m_content.message(item);
+        if (!message.text.isEmpty() && !message.attachments.isEmpty())
+            addPlainPart(item, RowPart::attachments);
+        if (message.isStreaming)
+            addPlainPart(item, RowPart::responding);
+        if (message.errorMessage)
+            addPlainPart(item, RowPart::error);
     }
-    if (isMessage(item))
-        addNotes(item, row);
     updateRowHeight(item);
 }
 
-void ConversationLayout::addNotes(const ConversationItem &item, RowLayout &row) const
+void ConversationLayout::addPlainPart(const ConversationItem &item, RowPart part)
 {
-    const auto add = [&](SegmentLayout::Note note) {
-        row.segments.append({.segment = {.kind = TextSegment::Kind::note}, .note = note});
+    QList<TextSegment> segments;
+    extendPlainSegments(segments, m_texts.text(item, part));
+    addSegments(item, part, segments);
+}
+
+void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
+                                     const QList<TextSegment> &segments)
+{
+    RowLayout &row = rowLayout(item);
+    row.segments.reserve(row.segments.size() + segments.size());
+    for (const TextSegment &segment : segments) {
+        row.segments.append({.segment = segment, .part = part});
         row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
-    };
-    const ChatMessage &message = m_content.message(item);
-    if (!message.text.isEmpty() && !message.attachments.isEmpty())
-        add(SegmentLayout::Note::attachments);
-    if (message.isStreaming)
-        add(SegmentLayout::Note::responding);
-    if (message.errorMessage)
-        add(SegmentLayout::Note::error);
+    }
 }
 
 qsizetype ConversationLayout::segmentAt(const ConversationItem &item, int y)
@@ -285,31 +325,34 @@ int ConversationLayout::segmentTop(const ConversationItem &item, qsizetype segme
 QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizetype index)
 {
     const SegmentLayout segment = rowLayout(item).segments.at(index);
-    const SegmentKey key{.item = item, .segment = index};
+    const SegmentKey key = keyOf(item, segment);
     SegmentDocuments::Entry *entry = m_documents.find(key);
     const bool isPlain = segment.segment.kind == TextSegment::Kind::plain;
-    if (isPlain && entry != nullptr) {
-        const QString text = m_texts.text(item, segment);
-        if (text.size() > entry->shownLength) {
-            appendPlainText(*entry->document, text.sliced(entry->shownLength));
-            entry->shownLength = text.size();
-        } else if (text.size() < entry->shownLength) {
-            entry = nullptr;
-        }
-    }
-    if (entry == nullptr) {
-        entry = &m_documents.insert(key, m_texts.makeDocument(item, rowLayout(item), index));
-        entry->shownLength = isPlain ? m_texts.text(item, segment).size() : segment.segment.length;
+    const QString text = isPlain ? m_texts.text(item, segment) : QString();
+    const qsizetype length = isPlain ? text.size() : segment.segment.length;
+    if (entry != nullptr && isPlain && length > entry->shownLength) {
+        appendPlainText(*entry->document, text.sliced(entry->shownLength));
+        count(layoutCost(QStringView(text).sliced(entry->shownLength)));
+        entry->shownLength = length;
+    } else if (entry == nullptr || length != entry->shownLength) {
+        entry = &m_documents.insert(key, m_texts.makeDocument(item, rowLayout(item), index), length);
     }
     const int width = segmentFrame(item, index).width;
     if (entry->width != width) {
         entry->width = width;
-        entry->document->setTextWidth(width);
-        // A short message gets a narrow bubble, in which text from right to left must find its edge.
-        if (isUser(item))
-            entry->document->setTextWidth(qMin(width, qCeil(entry->document->idealWidth())));
+        layOut(*entry->document, width, isUser(item));
+        // Formatted text brings its parsing and a shaping of its own for every change of style.
+        count(layoutCost(entry->document->toRawText()) * (isPlain ? 1 : 2));
     }
     return *entry->document;
+}
+
+QTextDocument *ConversationLayout::laidOut(const ConversationItem &item, qsizetype index) const
+{
+    const SegmentLayout &segment = rowLayout(item).segments.at(index);
+    const SegmentDocuments::Entry *entry = m_documents.peek(keyOf(item, segment));
+    const bool isReady = entry != nullptr && entry->width == segmentFrame(item, index).width;
+    return isReady ? entry->document.get() : nullptr;
 }
 
 QString ConversationLayout::plainText(const ConversationItem &item, qsizetype segment) const
@@ -328,10 +371,10 @@ QStringList ConversationLayout::links(const ConversationItem &item)
     QStringList links;
     const qsizetype count = rowLayout(item).segments.size();
     for (qsizetype i = 0; i < count; ++i) {
-        const SegmentDocuments::Entry *entry = m_documents.find({.item = item, .segment = i});
-        if (entry == nullptr)
+        const QTextDocument *document = laidOut(item, i);
+        if (document == nullptr)
             continue;
-        for (const QTextFormat &format : entry->document->allFormats()) {
+        for (const QTextFormat &format : document->allFormats()) {
             const QString address = format.toCharFormat().anchorHref();
             if (!address.isEmpty() && !links.contains(address) && links.size() < limit)
                 links += address;

@@ -44,10 +44,16 @@ public:
     /// The row that covers `y`, or the nearest; -1 without rows.
     qsizetype rowAt(int y) const;
 
-    /// Cuts and lays out what stands between `top` and `bottom`. True if any height changed by that.
+    /// Cuts and lays out what stands between `top` and `bottom`, as far as the pass allows. True if any
+    /// height changed by that.
     bool prepare(int top, int bottom);
-    /// Starts a pass of prepare calls; documents that the last passes did not need are dropped.
-    void beginPass() { m_documents.beginPass(); }
+    /// Starts a pass of prepare calls; documents that the last passes did not need are dropped. A pass does
+    /// only so much work that it holds nobody up.
+    void beginPass();
+    /// Whether the pass could lay out all that it was asked for.
+    bool isPassComplete() const { return m_isPassComplete; }
+    /// What the dearest pass so far laid out, in usual letters (LayoutCost.h).
+    qsizetype dearestPass() const { return m_dearestPass; }
 
     /// The parts of a row, cut if they were not.
     const RowLayout &row(const ConversationItem &item);
@@ -59,6 +65,8 @@ public:
     int segmentTop(const ConversationItem &item, qsizetype segment) const;
     /// The document of a segment, laid out; made if it is not kept.
     QTextDocument &document(const ConversationItem &item, qsizetype segment);
+    /// The same without any work: null if the document is not at hand.
+    QTextDocument *laidOut(const ConversationItem &item, qsizetype segment) const;
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, qsizetype segment) const;
     /// Whether a line ends with the segment; false where a long line was cut.
@@ -81,7 +89,10 @@ private:
     RowLayout &rowLayout(const ConversationItem &item);
     const RowLayout &rowLayout(const ConversationItem &item) const;
     void split(const ConversationItem &item);
-    void addNotes(const ConversationItem &item, RowLayout &row) const;
+    void addPlainPart(const ConversationItem &item, RowPart part);
+    void addSegments(const ConversationItem &item, RowPart part, const QList<TextSegment> &segments);
+    void count(qsizetype work);
+    bool mayLayOut(const ConversationItem &item, qsizetype segment);
     bool prepareRow(const ConversationItem &item, int top, int bottom);
     void measure(const ConversationItem &item, qsizetype segment);
     void updateRowHeight(const ConversationItem &item);
@@ -100,6 +111,9 @@ private:
     HeightIndex m_activityHeights;
     SegmentDocuments m_documents;
     SegmentContent m_texts;
+    qsizetype m_passWork = 0;
+    qsizetype m_dearestPass = 0;
+    bool m_isPassComplete = true;
 };
 
 } // namespace morvane

@@ -129,8 +129,9 @@ void ConversationPainter::paintSegments(QPainter &painter, const ConversationIte
             const SegmentFrame frame = m_layout.segmentFrame(item, i);
             if (segment.segment.kind == TextSegment::Kind::code)
                 paintCodeGround(painter, item, i, y);
-            paintDocument(painter, item, i, {rowFrame.left + frame.left, y + frame.gap + frame.header},
-                          exposed);
+            if (QTextDocument *document = m_layout.laidOut(item, i))
+                paintDocument(painter, *document, m_selection.range(item, i),
+                              {rowFrame.left + frame.left, y + frame.gap + frame.header}, exposed);
         }
         y += segment.height;
     }
@@ -167,15 +168,15 @@ void ConversationPainter::paintCodeGround(QPainter &painter, const ConversationI
     painter.restore();
 }
 
-void ConversationPainter::paintDocument(QPainter &painter, const ConversationItem &item, qsizetype segment,
-                                        const QPoint &origin, const QRect &exposed)
+void ConversationPainter::paintDocument(QPainter &painter, QTextDocument &document,
+                                        const std::optional<SelectedRange> &range, const QPoint &origin,
+                                        const QRect &exposed) const
 {
-    QTextDocument &document = m_layout.document(item, segment);
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette = m_palette;
     context.palette.setColor(QPalette::Text, style().colors.text);
     context.clip = QRectF(exposed).translated(-origin);
-    if (const auto range = m_selection.range(item, segment)) {
+    if (range) {
         QAbstractTextDocumentLayout::Selection selection;
         const int last = document.characterCount() - 1;
         selection.cursor = QTextCursor(&document);

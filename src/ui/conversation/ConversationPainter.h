@@ -30,8 +30,8 @@ private:
     void paintGround(QPainter &painter, const ConversationItem &item, int top) const;
     void paintSegments(QPainter &painter, const ConversationItem &item, int top, const QRect &exposed);
     void paintCodeGround(QPainter &painter, const ConversationItem &item, qsizetype segment, int top) const;
-    void paintDocument(QPainter &painter, const ConversationItem &item, qsizetype segment,
-                       const QPoint &origin, const QRect &exposed);
+    void paintDocument(QPainter &painter, QTextDocument &document, const std::optional<SelectedRange> &range,
+                       const QPoint &origin, const QRect &exposed) const;
     void paintActivity(QPainter &painter, const ConversationItem &item, int top) const;
     const ConversationStyle &style() const { return m_layout.style(); }
 

@@ -34,8 +34,7 @@ std::unique_ptr<QTextDocument> plainDocument(const QString &text, const QFont &f
     QTextCursor cursor(document.get());
     cursor.setBlockFormat(block);
     cursor.setBlockCharFormat(characters);
-    const qsizetype shown = text.endsWith(u'\n') ? text.size() - 1 : text.size();
-    cursor.insertText(documentText(text.first(shown)), characters);
+    cursor.insertText(documentText(text), characters);
     return document;
 }
 

@@ -12,7 +12,7 @@
 
 namespace morvane {
 
-/// A document with `text` as it stands, a block for each line; a single line end at the close is left out.
+/// A document with `text` as it stands, a block for each line.
 /// Documents have no margin and no undo, and load nothing from anywhere.
 std::unique_ptr<QTextDocument> plainDocument(const QString &text, const QFont &font, const QColor &color);
 

@@ -8,13 +8,13 @@
 
 namespace morvane {
 
+/// The texts that a row shows one below the other. All but the first are lines of a message's own.
+enum class RowPart : quint8 { body, attachments, responding, error };
+
 /// A segment with what is known of its place. Heights are estimates until the segment was laid out.
 struct SegmentLayout {
-    /// What a segment of kind `note` tells.
-    enum class Note : quint8 { attachments, responding, error };
-
     TextSegment segment;
-    Note note = Note::responding;
+    RowPart part = RowPart::body;
     bool isMeasured = false;
     int height = 0;       ///< With everything around the text that belongs to the segment.
     int naturalWidth = 0; ///< Of the text, once measured.

@@ -1,5 +1,6 @@
 #include "ui/conversation/SegmentContent.h"
 
+#include "base/Text.h"
 #include "ui/conversation/DocumentBuilder.h"
 #include "ui/markdown/MarkdownParser.h"
 #include "ui/markdown/SegmentText.h"
@@ -10,28 +11,47 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-QString SegmentContent::noteText(const ChatMessage &message, SegmentLayout::Note note) const
+namespace {
+
+/// A name of a file is short everywhere but in files that were made to do harm.
+constexpr qsizetype fileNameLimit = 255;
+constexpr auto errorPrefix = "Error: "_L1;
+
+QString fileNames(const ChatMessage &message)
 {
-    switch (note) {
-    case SegmentLayout::Note::attachments: {
-        QStringList names;
-        for (const ChatAttachment &attachment : message.attachments)
-            names += attachment.filename;
-        return names.join(u", "_s);
-    }
-    case SegmentLayout::Note::responding:
+    QStringList names;
+    for (const ChatAttachment &attachment : message.attachments)
+        names += flattened(attachment.filename, fileNameLimit);
+    return names.join(u", "_s);
+}
+
+} // namespace
+
+QString SegmentContent::text(const ConversationItem &item, RowPart part) const
+{
+    switch (part) {
+    case RowPart::body:
+        return m_content.text(item);
+    case RowPart::attachments:
+        return fileNames(m_content.message(item));
+    case RowPart::responding:
         return u"Morvane is responding…"_s;
-    case SegmentLayout::Note::error:
-        return u"Error: "_s + message.errorMessage.value_or(QString());
+    case RowPart::error:
+        return errorPrefix + m_content.message(item).errorMessage.value_or(QString());
     }
     Q_UNREACHABLE();
 }
 
 QString SegmentContent::text(const ConversationItem &item, const SegmentLayout &segment) const
 {
-    if (segment.segment.kind == TextSegment::Kind::note)
-        return noteText(m_content.message(item), segment.note);
-    QString text = m_content.text(item).sliced(segment.segment.from, segment.segment.length);
+    const qsizetype from = segment.segment.from;
+    const qsizetype length = segment.segment.length;
+    QString text;
+    if (segment.part == RowPart::error && from >= errorPrefix.size()) // without a copy of the whole
+        text = m_content.message(item).errorMessage.value_or(QString()).sliced(from - errorPrefix.size(),
+                                                                               length);
+    else
+        text = this->text(item, segment.part).sliced(from, length);
     if (segment.segment.kind == TextSegment::Kind::plain && text.endsWith(u'\n'))
         text.chop(1);
     return text;
@@ -51,7 +71,6 @@ QString SegmentContent::plainText(const ConversationItem &item, const RowLayout 
     case TextSegment::Kind::code:
         return codeText(m_content.text(item), segment.segment);
     case TextSegment::Kind::plain:
-    case TextSegment::Kind::note:
         break;
     }
     return text(item, segment);
@@ -59,10 +78,11 @@ QString SegmentContent::plainText(const ConversationItem &item, const RowLayout 
 
 bool SegmentContent::endsLine(const ConversationItem &item, const SegmentLayout &segment) const
 {
+    if (segment.segment.kind != TextSegment::Kind::plain)
+        return true;
     const qsizetype end = segment.segment.end();
-    const QString text = m_content.text(item);
-    return segment.segment.kind != TextSegment::Kind::plain || end == text.size() ||
-           text.at(end - 1) == u'\n';
+    const QString text = this->text(item, segment.part);
+    return end == text.size() || text.at(end - 1) == u'\n';
 }
 
 std::unique_ptr<QTextDocument> SegmentContent::makeDocument(const ConversationItem &item,
@@ -75,17 +95,15 @@ std::unique_ptr<QTextDocument> SegmentContent::makeDocument(const ConversationIt
         return markdownDocument(parseMarkdown(source(item, row, index)), m_style);
     case TextSegment::Kind::code:
         return plainDocument(codeText(m_content.text(item), segment.segment), m_style.codeFont, colors.text);
-    case TextSegment::Kind::note: {
-        const bool isError = segment.note == SegmentLayout::Note::error;
-        return plainDocument(text(item, segment), isError ? m_style.font : m_style.captionFont,
-                             isError ? colors.error : colors.secondaryText);
-    }
     case TextSegment::Kind::plain:
         break;
     }
-    const bool isMessage = item.kind == ConversationItem::Kind::message;
-    return plainDocument(text(item, segment), isMessage ? m_style.font : m_style.captionFont,
-                         isMessage ? colors.text : colors.secondaryText);
+    const QString shown = text(item, segment);
+    if (segment.part == RowPart::error)
+        return plainDocument(shown, m_style.font, colors.error);
+    const bool isText = item.kind == ConversationItem::Kind::message && segment.part == RowPart::body;
+    return plainDocument(shown, isText ? m_style.font : m_style.captionFont,
+                         isText ? colors.text : colors.secondaryText);
 }
 
 } // namespace morvane

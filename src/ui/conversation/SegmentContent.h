@@ -19,7 +19,9 @@ public:
     {
     }
 
-    /// What a segment covers of its row's text, without the line end that closes it, or the words of a note.
+    /// The text of a part of a row; empty for a part that the row does not have.
+    QString text(const ConversationItem &item, RowPart part) const;
+    /// What a segment covers of its part's text, without the line end that closes it.
     QString text(const ConversationItem &item, const SegmentLayout &segment) const;
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
@@ -30,7 +32,6 @@ public:
                                                 qsizetype segment) const;
 
 private:
-    QString noteText(const ChatMessage &message, SegmentLayout::Note note) const;
     QString source(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
 
     const ConversationContent &m_content;

@@ -19,18 +19,18 @@ SegmentDocuments::Entry *SegmentDocuments::find(const SegmentKey &key)
     return &found->second;
 }
 
-const QTextDocument *SegmentDocuments::peek(const SegmentKey &key) const
+const SegmentDocuments::Entry *SegmentDocuments::peek(const SegmentKey &key) const
 {
     const auto found = m_entries.find(key);
-    return found == m_entries.end() ? nullptr : found->second.document.get();
+    return found == m_entries.end() ? nullptr : &found->second;
 }
 
 SegmentDocuments::Entry &SegmentDocuments::insert(const SegmentKey &key,
-                                                  std::unique_ptr<QTextDocument> document)
+                                                  std::unique_ptr<QTextDocument> document,
+                                                  qsizetype shownLength)
 {
     Entry &entry = m_entries[key];
-    entry.document = std::move(document);
-    entry.lastUse = m_pass;
+    entry = {.document = std::move(document), .shownLength = shownLength, .width = 0, .lastUse = m_pass};
     return entry;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/conversation/ConversationItem.h"
+#include "ui/conversation/RowLayout.h"
 
 #include <QHash>
 #include <QTextDocument>
@@ -9,16 +10,21 @@
 
 namespace morvane {
 
-/// A segment of a row.
+/// A segment by what it shows: where it begins in which text. Its place among the row's segments changes as
+/// texts above it grow.
 struct SegmentKey {
     ConversationItem item;
-    qsizetype segment = 0;
+    RowPart part = RowPart::body;
+    qsizetype from = 0;
 
     bool operator==(const SegmentKey &) const = default;
 };
 
 struct SegmentKeyHash {
-    size_t operator()(const SegmentKey &key) const { return qHashMulti(0, key.item, key.segment); }
+    size_t operator()(const SegmentKey &key) const
+    {
+        return qHashMulti(0, key.item, static_cast<int>(key.part), key.from);
+    }
 };
 
 /// The laid out documents of the segments near the viewport. What was not used in the last passes goes.
@@ -26,16 +32,17 @@ class SegmentDocuments {
 public:
     struct Entry {
         std::unique_ptr<QTextDocument> document;
-        qsizetype shownLength = 0; ///< Of the source text in the document; grows with a streaming segment.
-        int width = 0;             ///< That the document was laid out for.
+        qsizetype shownLength = 0; ///< Of the text in the document; grows with a streaming segment.
+        int width = 0;             ///< That the document was laid out for; 0 before that.
         quint64 lastUse = 0;
     };
 
     /// The segment's document if it is kept, marked as in use.
     Entry *find(const SegmentKey &key);
     /// The same without a mark.
-    const QTextDocument *peek(const SegmentKey &key) const;
-    Entry &insert(const SegmentKey &key, std::unique_ptr<QTextDocument> document);
+    const Entry *peek(const SegmentKey &key) const;
+    /// Takes the place of what was kept for the segment.
+    Entry &insert(const SegmentKey &key, std::unique_ptr<QTextDocument> document, qsizetype shownLength);
 
     void remove(const SegmentKey &key) { m_entries.erase(key); }
     void removeRow(const ConversationItem &item);

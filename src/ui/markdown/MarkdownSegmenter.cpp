@@ -1,5 +1,6 @@
 #include "ui/markdown/MarkdownSegmenter.h"
 
+#include "ui/markdown/LayoutCost.h"
 #include "ui/markdown/PlainTextSegmenter.h"
 
 namespace morvane {
@@ -9,6 +10,8 @@ namespace {
 constexpr int codeIndent = 4;
 /// More than this many characters of link definitions would be parsed again for every segment.
 constexpr qsizetype referencesLimit = 16'000;
+/// The heading of a table is laid out again for every segment of it.
+constexpr qsizetype tableHeadLimit = segmentLimit / 2;
 
 /// A fence may also open right behind the marker of a list item.
 std::optional<CodeFence> fenceOpenedBy(const MarkdownLine &line)
@@ -39,7 +42,10 @@ void MarkdownSegmenter::run()
     while (at < m_text.size()) {
         const qsizetype lineEnd = m_text.indexOf(u'\n', at);
         const qsizetype end = lineEnd < 0 ? m_text.size() : lineEnd;
-        addLine(MarkdownLine(m_text.sliced(at, end - at)), at, end);
+        const QStringView line = m_text.sliced(at, end - at);
+        m_lineCost = layoutCost(line) + 1;
+        addLine(MarkdownLine(line), at, end);
+        m_cost += m_lineCost;
         m_previousLine = at;
         at = end + 1;
         ++m_line;
@@ -95,19 +101,14 @@ bool MarkdownSegmenter::opensIndentedCode(const MarkdownLine &line) const
 
 void MarkdownSegmenter::addCodeLine(qsizetype from, qsizetype end)
 {
-    if (m_from < 0) {
-        m_from = from;
-        m_firstLine = m_line;
-    } else if (isFull(end)) {
+    if (m_from >= 0 && isFull()) {
         append(m_from, m_end, TextSegment::Kind::code);
-        m_from = from;
-        m_firstLine = m_line;
+        m_from = -1;
     }
-    while (end - m_from > segmentLimit) {
-        const qsizetype length = cutPosition(m_text.sliced(m_from, segmentLimit), segmentLimit);
-        append(m_from, m_from + length, TextSegment::Kind::code);
-        m_from += length;
-    }
+    if (m_from < 0)
+        start(from);
+    while (isFull())
+        cutWithinLine(end, TextSegment::Kind::code);
     m_end = end;
 }
 
@@ -142,11 +143,11 @@ void MarkdownSegmenter::addTextLine(const MarkdownLine &line, qsizetype from, qs
     noteReference(line);
     noteTable(line, from);
     if (m_from < 0) {
-        m_from = from;
-        m_firstLine = m_line;
+        start(from);
     } else {
         const bool isTableBody = m_tableHead >= 0 && from > m_tableDelimiter;
-        m_cuts[rankBefore(line)] = {.at = from, .line = m_line, .tableHead = isTableBody ? m_tableHead : -1};
+        m_cuts[rankBefore(line)] = {
+            .at = from, .line = m_line, .cost = m_cost, .tableHead = isTableBody ? m_tableHead : -1};
     }
     if (line.isListItem())
         m_inList = true;
@@ -154,15 +155,16 @@ void MarkdownSegmenter::addTextLine(const MarkdownLine &line, qsizetype from, qs
         m_inList = false;
     m_afterBlank = false;
     m_afterHeading = line.isHeading();
-    while (isFull(end))
-        cut();
+    while (isFull())
+        cut(end);
     m_end = end;
 }
 
 void MarkdownSegmenter::noteTable(const MarkdownLine &line, qsizetype from)
 {
     if (m_tableHead < 0) {
-        if (line.isTableDelimiter() && !m_afterBlank && m_previousLine >= 0) {
+        const bool isShort = from - m_previousLine + line.text.size() < tableHeadLimit;
+        if (line.isTableDelimiter() && !m_afterBlank && m_previousLine >= 0 && isShort) {
             m_tableHead = m_previousLine;
             m_tableDelimiter = from;
         }
@@ -192,12 +194,29 @@ MarkdownSegmenter::Rank MarkdownSegmenter::rankBefore(const MarkdownLine &line) 
     return m_afterBlank || m_afterHeading || line.isHeading() ? betweenBlocks : betweenLines;
 }
 
-bool MarkdownSegmenter::isFull(qsizetype end) const
+void MarkdownSegmenter::start(qsizetype from)
 {
-    return end - m_from > segmentLimit || m_line - m_firstLine >= segmentLineLimit;
+    m_from = from;
+    m_firstLine = m_line;
+    m_firstCost = m_cost;
 }
 
-void MarkdownSegmenter::cut()
+bool MarkdownSegmenter::isFull() const
+{
+    return m_cost + m_lineCost - m_firstCost > segmentLimit + 1 || m_line - m_firstLine >= segmentLineLimit;
+}
+
+void MarkdownSegmenter::cutWithinLine(qsizetype end, TextSegment::Kind kind)
+{
+    const QStringView rest = m_text.sliced(m_from, end - m_from);
+    const qsizetype length = cutPosition(rest, affordableLength(rest, segmentLimit));
+    append(m_from, m_from + length, kind);
+    m_firstCost += layoutCost(rest.first(length));
+    m_firstLine = m_line;
+    m_from += length;
+}
+
+void MarkdownSegmenter::cut(qsizetype end)
 {
     for (int rank = betweenBlocks; rank >= betweenLines; --rank) {
         const Cut best = m_cuts[static_cast<std::size_t>(rank)];
@@ -205,13 +224,12 @@ void MarkdownSegmenter::cut()
             append(m_from, best.at, TextSegment::Kind::markdown);
             m_from = best.at;
             m_firstLine = best.line;
+            m_firstCost = best.cost;
             m_opening = best.tableHead;
             return;
         }
     }
-    const qsizetype length = cutPosition(m_text.sliced(m_from, segmentLimit), segmentLimit);
-    append(m_from, m_from + length, TextSegment::Kind::markdown);
-    m_from += length;
+    cutWithinLine(end, TextSegment::Kind::markdown);
 }
 
 void MarkdownSegmenter::flushText()

@@ -31,6 +31,7 @@ private:
     struct Cut {
         qsizetype at = -1;
         qsizetype line = 0;
+        qsizetype cost = 0;
         qsizetype tableHead = -1;
     };
     /// How well a segment ends before a line, best last.
@@ -45,8 +46,10 @@ private:
     void noteReference(const MarkdownLine &line);
     bool opensIndentedCode(const MarkdownLine &line) const;
     Rank rankBefore(const MarkdownLine &line) const;
-    bool isFull(qsizetype end) const;
-    void cut();
+    void start(qsizetype from);
+    bool isFull() const;
+    void cut(qsizetype end);
+    void cutWithinLine(qsizetype end, TextSegment::Kind kind);
     void flushText();
     void append(qsizetype from, qsizetype end, TextSegment::Kind kind);
 
@@ -57,6 +60,9 @@ private:
     qsizetype m_end = -1;  ///< End of its last line that is not blank.
     qsizetype m_line = 0;  ///< Lines read so far, and how many of them before the segment.
     qsizetype m_firstLine = 0;
+    qsizetype m_cost = 0; ///< Of those lines, of the line under way, and of what stands before the segment.
+    qsizetype m_lineCost = 0;
+    qsizetype m_firstCost = 0;
     std::array<Cut, rankCount> m_cuts;
 
     std::optional<CodeFence> m_fence;

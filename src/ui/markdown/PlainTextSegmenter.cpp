@@ -1,5 +1,7 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
+#include "ui/markdown/LayoutCost.h"
+
 namespace morvane {
 
 namespace {
@@ -7,10 +9,11 @@ namespace {
 /// Index behind the last line of the first `segmentLineLimit`, or `limit` if there are fewer.
 qsizetype lineLimited(QStringView text, qsizetype limit)
 {
+    const QStringView head = text.first(limit);
     qsizetype at = 0;
     for (qsizetype lines = 0; lines < segmentLineLimit; ++lines) {
-        const qsizetype end = text.indexOf(u'\n', at);
-        if (end < 0 || end >= limit)
+        const qsizetype end = head.indexOf(u'\n', at);
+        if (end < 0)
             return limit;
         at = end + 1;
     }
@@ -42,12 +45,12 @@ qsizetype extendPlainSegments(QList<TextSegment> &segments, QStringView text)
     const qsizetype firstChanged = segments.size();
     while (true) {
         const QStringView rest = text.sliced(at);
-        const qsizetype limit = qMin(rest.size(), segmentLimit);
+        const qsizetype limit = affordableLength(rest, segmentLimit);
         const qsizetype lines = lineLimited(rest, limit);
         qsizetype length = lines;
-        if (lines == limit && rest.size() > segmentLimit)
-            length = cutPosition(rest, segmentLimit);
-        segments.append({.from = at, .length = length});
+        if (lines == limit && rest.size() > limit)
+            length = cutPosition(rest, limit);
+        segments.append({.from = at, .length = length, .startsBlock = at == 0});
         at += length;
         if (at >= text.size())
             return firstChanged;

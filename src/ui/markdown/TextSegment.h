@@ -5,13 +5,12 @@
 namespace morvane {
 
 /// A piece of a message's text that is laid out and drawn on its own, so that no text, however long, is ever
-/// laid out in one go. The ranges are UTF-16 indices into the message's text.
+/// laid out in one go. The ranges are UTF-16 indices into the text of the row's part.
 struct TextSegment {
     enum class Kind : quint8 {
         plain,    ///< Shown as it stands.
         markdown, ///< Formatted on its own.
-        code,     ///< Lines of a code block.
-        note      ///< A line that belongs to the row but not to the message's text.
+        code      ///< Lines of a code block.
     };
 
     qsizetype from = 0;
@@ -21,16 +20,16 @@ struct TextSegment {
     qsizetype opening = -1;
     Kind kind = Kind::plain;
     quint8 indent = 0;       ///< Columns of leading white space that are shown as a margin instead.
-    bool startsBlock = true; ///< False for the later pieces of one code block.
+    bool startsBlock = true; ///< False for the later pieces of a code block or of a plain text.
     bool endsBlock = true;
 
     qsizetype end() const { return from + length; }
     bool operator==(const TextSegment &) const = default;
 };
 
-/// Longest segment in UTF-16 units: short enough to be laid out well within a frame.
-inline constexpr qsizetype segmentLimit = 4000;
-/// Most lines of a segment, since a line costs as much as some fifty characters.
-inline constexpr qsizetype segmentLineLimit = 80;
+/// The costliest segment, and so the longest in UTF-16 units (LayoutCost.h): laid out well within a frame.
+inline constexpr qsizetype segmentLimit = 2000;
+/// Most lines of a segment, since a line costs as much as some thirty letters.
+inline constexpr qsizetype segmentLineLimit = 60;
 
 } // namespace morvane

@@ -194,6 +194,44 @@ TEST_F(ChatScrollViewInputTest, ADoubleClickSelectsAWordForCopying)
     EXPECT_EQ(clipboard(), u"several"_s);
 }
 
+TEST_F(ChatScrollViewInputTest, DraggingSelectsTheTextBetween)
+{
+    say(Role::assistant, u"several words on a line"_s);
+    show();
+    const QPoint start = textOf(0) - QPoint(12, 0);
+    const QFontMetrics metrics(view.rows().style().font);
+    const auto drag = [&](const QPoint &to, Qt::MouseButtons buttons) {
+        QMouseEvent move(QEvent::MouseMove, to, view.viewport()->mapToGlobal(to), Qt::NoButton, buttons, {});
+        QApplication::sendEvent(view.viewport(), &move);
+    };
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, start);
+    drag(start + QPoint(metrics.horizontalAdvance(u"several"_s), 0), Qt::LeftButton);
+    EXPECT_EQ(view.selectedText(), u"several"_s);
+    const QPoint end = start + QPoint(metrics.horizontalAdvance(u"several words"_s), 0);
+    drag(end, Qt::LeftButton);
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, end);
+    EXPECT_EQ(view.selectedText(), u"several words"_s);
+    drag(start, Qt::NoButton);
+    EXPECT_EQ(view.selectedText(), u"several words"_s);
+    view.copy();
+    EXPECT_EQ(clipboard(), u"several words"_s);
+}
+
+TEST_F(ChatScrollViewInputTest, DraggingAcrossALinkSelectsItAndOpensNothing)
+{
+    say(Role::assistant, u"[linked words](https://example.com/) and more"_s);
+    show();
+    const QPoint start = textOf(0);
+    const QPoint end = start + QPoint(200, 0);
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, start);
+    QMouseEvent move(QEvent::MouseMove, end, view.viewport()->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
+                     {});
+    QApplication::sendEvent(view.viewport(), &move);
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, end);
+    EXPECT_TRUE(opened.isEmpty());
+    EXPECT_TRUE(view.selectedText().contains(u"words and"_s)) << view.selectedText().toStdString();
+}
+
 TEST_F(ChatScrollViewInputTest, SelectAllTakesTheWholeRowAcrossItsSegments)
 {
     const QString text = u"token "_s.repeated(3000).trimmed();

@@ -1,5 +1,6 @@
 #include "ui/markdown/MarkdownSegmenter.h"
 
+#include "ui/markdown/LayoutCost.h"
 #include "ui/markdown/SegmentText.h"
 
 #include <QStringList>
@@ -214,6 +215,30 @@ TEST(MarkdownSegmenterTest, DefinitionsReachEverySegment)
     ASSERT_GT(result.segments.size(), 1);
     EXPECT_TRUE(markdownSource(text, result.segments.first(), result.references)
                     .contains(u"[1]: https://example.com"_s));
+}
+
+TEST(MarkdownSegmenterTest, NoTextMakesASegmentThatCostsTooMuch)
+{
+    const QStringList texts{QString(100'000, u'x'),
+                            u'e' + QString(100'000, QChar(0x301)),
+                            u"👩‍👩‍👧‍👦"_s.repeated(10'000),
+                            u"👩\n"_s.repeated(10'000),
+                            u"```\n"_s + QString(100'000, u'x'),
+                            u"```\n"_s + u"👩"_s.repeated(10'000),
+                            u"- "_s.repeated(30'000),
+                            u"|a|b|\n|-|-|\n"_s + u"|x|y|\n"_s.repeated(10'000),
+                            u'|' + QString(50'000, u'h') + u"|\n|-|\n"_s + u"|x|\n"_s.repeated(1'000)};
+    for (const QString &text : texts) {
+        qsizetype at = 0;
+        for (const TextSegment &segment : cut(text)) {
+            const QString source =
+                segment.kind == Kind::code ? codeText(text, segment) : markdownSource(text, segment, {});
+            EXPECT_LE(layoutCost(source), segmentLimit * 3 / 2) << text.first(20).toStdString();
+            EXPECT_GE(segment.from, at);
+            at = segment.end();
+        }
+        EXPECT_GE(at, text.size() - 1);
+    }
 }
 
 TEST(MarkdownSegmenterTest, CarriageReturnsAreNoText)

@@ -1,5 +1,7 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
+#include "ui/markdown/LayoutCost.h"
+
 #include <QString>
 #include <gtest/gtest.h>
 
@@ -54,7 +56,7 @@ TEST(PlainTextSegmenterTest, ManyShortLinesDoNotMakeOneHugeSegment)
     const QString text(100'000, u'\n');
     const auto segments = cut(text);
     expectCovers(segments, text);
-    EXPECT_EQ(segments.size(), 100'000 / segmentLineLimit);
+    EXPECT_EQ(segments.size(), (100'000 + segmentLineLimit - 1) / segmentLineLimit);
 }
 
 TEST(PlainTextSegmenterTest, AParagraphWithoutLineEndsIsCutBetweenWords)
@@ -71,7 +73,25 @@ TEST(PlainTextSegmenterTest, AWordWithoutEndIsCutWhereItMust)
     const QString text(10'000, u'a');
     const auto segments = cut(text);
     expectCovers(segments, text);
-    EXPECT_EQ(segments.size(), 3);
+    EXPECT_EQ(segments.size(), 10'000 / segmentLimit);
+}
+
+TEST(PlainTextSegmenterTest, WhatCostsMoreToLayOutIsCutShorter)
+{
+    for (const QString &text : {u'e' + QString(10'000, QChar(0x301)), u"👩"_s.repeated(5'000)}) {
+        const auto segments = cut(text);
+        expectCovers(segments, text);
+        for (const TextSegment &segment : segments)
+            EXPECT_LE(layoutCost(text.sliced(segment.from, segment.length)), segmentLimit);
+    }
+}
+
+TEST(PlainTextSegmenterTest, OnlyTheFirstSegmentStartsTheText)
+{
+    const auto segments = cut(QString(10'000, u'a'));
+    EXPECT_TRUE(segments.first().startsBlock);
+    for (const TextSegment &segment : segments.sliced(1))
+        EXPECT_FALSE(segment.startsBlock);
 }
 
 TEST(PlainTextSegmenterTest, ACutNeverSplitsASurrogatePair)

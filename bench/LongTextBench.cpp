@@ -1,0 +1,236 @@
+// How long a text from outside holds the main thread, wherever it is shown: a megabyte of each of some kinds
+// of text that a model, a provider or a file may bring, in each place of the main window. Prints JSON: for
+// each place and kind the longest hold in milliseconds of processor time. Arguments choose places by name.
+
+#include "tools/GalleryModel.h"
+
+#include "platform/ColorScheme.h"
+#include "ui/theme/Theme.h"
+#include "ui/window/MainWindow.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+#include <algorithm>
+#include <boost/json.hpp>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace morvane;
+
+namespace {
+
+constexpr qsizetype megabyte = 1'000'000;
+
+class NoScheme : public ColorScheme {
+public:
+    Preference preference() const override { return Preference::none; }
+};
+
+/// Processor time of this thread in nanoseconds, which other programs on the machine do not stretch.
+qint64 threadTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+/// Measures how long each event holds the main thread.
+class MeasuredApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        const qint64 before = threadTime();
+        const int type = event->type();
+        const QByteArray name = receiver->metaObject()->className();
+        const bool result = QApplication::notify(receiver, event);
+        if (const qint64 time = threadTime() - before; time > longest) {
+            longest = time;
+            longestEvent = name + " event " + QByteArray::number(type);
+        }
+        return result;
+    }
+
+    qint64 longest = 0;
+    QByteArray longestEvent;
+};
+
+struct Kind {
+    const char *name;
+    QString text;
+};
+
+struct Place {
+    const char *name;
+    std::function<void(GalleryModel &, const QString &)> show;
+    std::function<void(GalleryModel &)> clear;
+};
+
+std::vector<Kind> kinds()
+{
+    return {
+        {"word", QString(megabyte, u'x')},
+        {"words", u"several words "_s.repeated(megabyte / 14)},
+        {"lines", u"a line\n"_s.repeated(megabyte / 7)},
+        {"line ends", QString(megabyte, u'\n')},
+        {"blanks", u'a' + QString(megabyte, u' ') + u'b'},
+        {"marks", u'e' + QString(megabyte / 2, QChar(0x301))},
+        {"Chinese", QString(megabyte / 3, QChar(0x6F22))},
+        {"Arabic", QString(megabyte / 2, QChar(0x0628))},
+        {"emoji", u"👩‍👩‍👧‍👦"_s.repeated(megabyte / 25)},
+        {"controls", u"\u202E\x1b\u2066"_s.repeated(megabyte / 7)},
+        {"brackets", u"[*_`<"_s.repeated(megabyte / 5)},
+        {"table", u"|a|b|\n|-|-|\n"_s + u"|x|y|\n"_s.repeated(megabyte / 6)},
+    };
+}
+
+ChatMessage message(Role role, const QString &text)
+{
+    ChatMessage result;
+    result.id = QUuid::createUuid();
+    result.role = role;
+    result.text = text;
+    return result;
+}
+
+AIToolCall command(const QString &text)
+{
+    AIToolCall call;
+    call.name = u"run_shell_command"_s;
+    call.arguments = SharedJsonObject(
+        boost::json::object{{"command", ("rm -rf /tmp/" + text).toStdString()}, {"destructive", true}});
+    return call;
+}
+
+void forget(GalleryModel &gallery)
+{
+    gallery.model.activity().clear();
+    gallery.model.transcript().reset({});
+}
+
+std::vector<Place> places()
+{
+    const auto keep = [](GalleryModel &) {};
+    return {
+        {"user message",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({message(Role::user, text)});
+         },
+         forget},
+        {"answer",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({message(Role::assistant, text)});
+         },
+         forget},
+        {"code",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({message(Role::assistant, u"```\n"_s + text)});
+         },
+         forget},
+        {"streaming answer",
+         [](GalleryModel &g, const QString &text) {
+             ChatMessage answer = message(Role::assistant, u"Well. "_s);
+             answer.isStreaming = true;
+             g.model.transcript().reset({answer});
+             g.model.transcript().appendToken(text);
+         },
+         forget},
+        {"error",
+         [](GalleryModel &g, const QString &text) {
+             ChatMessage answer = message(Role::assistant, u"Well."_s);
+             answer.errorMessage = text;
+             g.model.transcript().reset({answer});
+         },
+         forget},
+        {"file name",
+         [](GalleryModel &g, const QString &text) {
+             ChatMessage sent = message(Role::user, u"Look."_s);
+             ChatAttachment file;
+             file.filename = text;
+             sent.attachments = {file};
+             g.model.transcript().reset({sent});
+         },
+         forget},
+        {"activity",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({message(Role::user, u"Go"_s)});
+             g.model.activity().log(u"Running: "_s + text, ActivityStep::Kind::tool);
+         },
+         forget},
+        {"status", [](GalleryModel &g, const QString &text) { g.model.status().setStatusText(text); },
+         [](GalleryModel &g) { g.model.status().setStatusText(u"Ready"_s); }},
+        {"question",
+         [](GalleryModel &g, const QString &text) {
+             g.scheduler.spawn(g.model.questions().askUserQuestion(text, {u"Yes"_s}));
+         },
+         [](GalleryModel &g) { g.model.questions().resolveQuestion({}); }},
+        {"options",
+         [](GalleryModel &g, const QString &text) {
+             g.scheduler.spawn(g.model.questions().askUserQuestion(u"Which?"_s, {text, text, text}));
+         },
+         [](GalleryModel &g) { g.model.questions().resolveQuestion({}); }},
+        {"command",
+         [](GalleryModel &g, const QString &text) {
+             g.scheduler.spawn(g.model.gate().requestPermission(command(text)));
+         },
+         [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }},
+        {"title",
+         [](GalleryModel &g, const QString &text) {
+             g.store.save(QUuid::createUuid(), text, {message(Role::user, u"Hello"_s)});
+             g.model.conversations();
+         },
+         keep},
+    };
+}
+
+void settle(int time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    MeasuredApplication application(argc, argv);
+    NoScheme scheme;
+    Theme theme(scheme);
+    GalleryModel gallery;
+    MainWindow window(gallery.model);
+    window.resize(760, 720);
+    window.show();
+    settle(500);
+
+    const QStringList wanted = QApplication::arguments().mid(1);
+    boost::json::object result;
+    for (const Place &place : places()) {
+        if (!wanted.isEmpty() && !wanted.contains(QString::fromLatin1(place.name)))
+            continue;
+        boost::json::object holds;
+        for (const Kind &kind : kinds()) {
+            application.longest = 0;
+            const qint64 before = threadTime();
+            place.show(gallery, kind.text);
+            const qint64 call = threadTime() - before;
+            settle(400);
+            const bool isCall = call > application.longest;
+            const double hold = static_cast<double>(std::max(call, application.longest)) / 1e6;
+            holds[kind.name] = std::round(hold * 10) / 10;
+            std::fprintf(stderr, "%s, %s: %.1f ms in %s\n", place.name, kind.name, hold,
+                         isCall ? "the call" : application.longestEvent.constData());
+            place.clear(gallery);
+            settle(50);
+        }
+        result[place.name] = std::move(holds);
+    }
+    std::printf("%s\n", boost::json::serialize(result).c_str());
+    return 0;
+}
