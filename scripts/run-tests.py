@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 """run-tests.py BUILD_FOLDER [FILTER]: runs the test programs that ctest knows and counts single tests.
 
-A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests.
-Programs that are no GoogleTest program (labelled "plain") or leave no report count as one test. The last line is "N passed, N failed".
+A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many
+run at once as there are processors, and those that ctest is told to run alone (RUN_SERIAL) follow one by one.
+Programs that are no GoogleTest program (labelled "plain") or leave no report count as one test. Single tests that
+take longer than SLOW seconds are named. The last line is "N passed, N failed".
 """
 
+import concurrent.futures
 import json
 import os
 import subprocess
@@ -13,6 +16,7 @@ import tempfile
 import time
 import xml.etree.ElementTree as ElementTree
 
+SLOW = 5
 
 def ctest_entries(build):
     listing = subprocess.run(
@@ -27,6 +31,7 @@ def ctest_entries(build):
                 "command": test.get("command"),
                 "folder": properties.get("WORKING_DIRECTORY", build),
                 "plain": "plain" in properties.get("LABELS", []),
+                "alone": properties.get("RUN_SERIAL", False),
                 "timeout": float(properties.get("TIMEOUT", 300)),
                 "environment": dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", [])),
             }
@@ -76,7 +81,7 @@ def run(entry, gtest_filter):
                 code = "timeout"
             output.seek(0)
             text = output.read().decode(errors="replace")
-        passed, failed = 0, []
+        passed, failed, slow = 0, [], []
         if os.path.exists(report):
             for case in ElementTree.parse(report).iter("testcase"):
                 name = f'{case.get("classname")}.{case.get("name")}'
@@ -84,26 +89,28 @@ def run(entry, gtest_filter):
                     failed.append(name)
                 elif case.get("status") == "run":
                     passed += 1
+                if float(case.get("time", 0)) > SLOW:
+                    slow.append(f'       {name} alone took {float(case.get("time")):.1f} s')
         elif code == 0:
             passed = 1
         if code != 0 and not failed:
             failed.append(f'{entry["name"]} (ended with {code})')
         state = "ok" if not failed else "FAILED"
-        print(f'{state:6} {entry["name"]}: {passed} passed, {time.monotonic() - started:.1f} s', flush=True)
-        if failed:
-            print(text[-20000:], flush=True)
+        summary = f'{state:6} {entry["name"]}: {passed} passed, {time.monotonic() - started:.1f} s'
+        # In one piece, since another program may end at the same moment.
+        print("\n".join([summary, *slow] + ([text[-20000:]] if failed else [])), flush=True)
         return passed, failed
 
 
 def main():
     build, wanted = sys.argv[1], sys.argv[2] if len(sys.argv) > 2 else ""
-    passed, failed = 0, []
-    for entry in ctest_entries(build):
-        gtest_filter = selection(entry, wanted)
-        if gtest_filter:
-            program_passed, program_failed = run(entry, gtest_filter)
-            passed += program_passed
-            failed += program_failed
+    wanted_entries = [(entry, selection(entry, wanted)) for entry in ctest_entries(build)]
+    wanted_entries = [(entry, gtest_filter) for entry, gtest_filter in wanted_entries if gtest_filter]
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        results = list(pool.map(lambda each: run(*each), [each for each in wanted_entries if not each[0]["alone"]]))
+    results += [run(*each) for each in wanted_entries if each[0]["alone"]]
+    passed = sum(program_passed for program_passed, _ in results)
+    failed = [name for _, program_failed in results for name in program_failed]
     if passed == 0 and not failed:
         print(f'No test has "{wanted}" in its name.')
         failed.append("nothing was run")

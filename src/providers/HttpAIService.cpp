@@ -73,13 +73,14 @@ Task<Fed> feedOffMain(std::shared_ptr<StreamParser> parser, QByteArray line)
 }
 
 /// Feeds the body to the parser and the pieces to `onToken`; gives the number of bytes.
-Task<qint64> readStream(LineReader &lines, std::shared_ptr<StreamParser> parser,
+/// `lines` belongs to the awaiter.
+Task<qint64> readStream(LineReader *lines, std::shared_ptr<StreamParser> parser,
                         AIService::TokenCallback onToken)
 {
     Fed fed{StreamParser::Progress::goesOn, {}};
     qint64 bytes = 0;
     while (fed.progress == StreamParser::Progress::goesOn) {
-        const auto line = co_await lines.next();
+        const auto line = co_await lines->next();
         if (!line)
             break;
         bytes += line->size();
@@ -139,7 +140,7 @@ Task<AITurnResult> HttpAIService::runTurn(HttpRequest request, std::shared_ptr<S
             throw AIServiceError(AIServiceError::RateLimited{resets});
         throw AIServiceError(AIServiceError::Http{response.status(), body});
     }
-    const qint64 bytes = co_await readStream(lines, parser, std::move(onToken));
+    const qint64 bytes = co_await readStream(&lines, parser, std::move(onToken));
     // The end of the body follows the end marker. Waiting for it in the background keeps the connection.
     const TaskContext context = co_await currentContext();
     context.scheduler->spawn(discardBody(std::move(lines)));

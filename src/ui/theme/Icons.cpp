@@ -85,8 +85,9 @@ QIcon symbolIconOnAccent(Symbol symbol)
 QPixmap symbolPixmap(Symbol symbol, int size, const QColor &color, qreal devicePixelRatio)
 {
     const int pixels = qMax(1, qRound(size * devicePixelRatio));
-    const QString key =
-        u"morvane-symbol-%1-%2-%3"_s.arg(static_cast<int>(symbol)).arg(pixels).arg(color.rgba(), 8, 16, QChar(u'0'));
+    const QString key = u"morvane-symbol-%1-%2-%3"_s.arg(static_cast<int>(symbol))
+                            .arg(pixels)
+                            .arg(color.rgba(), 8, 16, QChar(u'0'));
     QPixmap pixmap;
     if (!QPixmapCache::find(key, &pixmap)) {
         pixmap = QPixmap(pixels, pixels);

@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""check.py [--all] [--fix]: what can be told of the sources without building them.
+
+The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for what changed since the last
+commit on main, or with --all for every source. --fix writes the layout instead of complaining about it.
+Ends with 1 when something is found.
+"""
+
+import argparse
+import concurrent.futures
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import rules
+
+# The only place that says which versions judge this code.
+FORMAT = "clang-format-19"
+TIDY = "clang-tidy-19"
+
+ROOT = Path(__file__).resolve().parent.parent
+TOPS = ("src", "tests", "bench")
+
+
+def git(*arguments):
+    """What git answers, or None when it fails."""
+    result = subprocess.run(["git", *arguments], cwd=ROOT, capture_output=True, text=True)
+    return result.stdout.strip() if result.returncode == 0 else None
+
+
+def base_commit():
+    """The last commit on main that this work is built on: where it left main, or on main itself the commit before."""
+    head = git("rev-parse", "HEAD")
+    for main in ("origin/main", "origin/HEAD", "main"):
+        fork = git("merge-base", "HEAD", main)
+        if fork and fork != head:
+            return fork
+    if git("status", "--porcelain"):
+        return head
+    return git("rev-parse", "--verify", "--quiet", "HEAD~1")
+
+
+def changed_files():
+    """Files that differ from the base, and new ones; None when the history does not reach that far."""
+    base = base_commit()
+    if base is None:
+        return None
+    differing = git("diff", "--name-only", "--diff-filter=d", base)
+    untracked = git("ls-files", "--others", "--exclude-standard")
+    return {ROOT / name for name in (differing + "\n" + untracked).split("\n") if name}
+
+
+def concerned(sources, changed):
+    """The sources to be read again: those that changed, and those of a class whose header changed."""
+    stems = {(path.parent, path.stem) for path in changed if path.suffix == ".h"}
+    return [path for path in sources if path in changed or (path.parent, rules.owner_of(path)) in stems]
+
+
+def run_parallel(commands):
+    """Runs the commands, as many at once as there are processors; the outputs of those that fail."""
+    def run(command):
+        result = subprocess.run(command, cwd=ROOT, capture_output=True, text=True)
+        return "" if result.returncode == 0 else result.stdout + result.stderr
+
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        return [output for output in pool.map(run, commands) if output]
+
+
+def check_layout(files, fix):
+    names = [str(path) for path in files]
+    mode = ["-i"] if fix else ["--dry-run", "-Werror"]
+    return run_parallel([FORMAT, *mode, *names[start : start + 40]] for start in range(0, len(names), 40))
+
+
+def check_tidy(files):
+    """clang-tidy reads the debug preset's commands, where each source stands alone without precompiled headers."""
+    commands = ROOT / "build" / "debug"
+    if not (commands / "compile_commands.json").exists():
+        configured = subprocess.run(
+            ["cmake", "--preset", "debug", "--log-level=WARNING"], cwd=ROOT, capture_output=True, text=True
+        )
+        if configured.returncode != 0:
+            return [configured.stdout + configured.stderr]
+    return run_parallel(
+        [TIDY, "--quiet", "-warnings-as-errors=*", "-p", str(commands), str(path)] for path in files
+    )
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--all", action="store_true", help="clang-tidy for every source")
+    parser.add_argument("--fix", action="store_true", help="write the layout")
+    options = parser.parse_args()
+
+    problems = 0
+    for violation in rules.violations(ROOT):
+        print(f"{violation.file}:{violation.line}: {violation.text}")
+        problems += 1
+    for output in check_layout(list(rules.sources(ROOT, *TOPS)), options.fix):
+        print(output)
+        problems += 1
+
+    sources = [path for path in rules.sources(ROOT, "src") if path.suffix == ".cpp"]
+    changed = None if options.all else changed_files()
+    if not options.all:
+        if changed is None:
+            print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
+        sources = concerned(sources, changed or set())
+    for output in check_tidy(sources):
+        print(output)
+        problems += 1
+    print(f"Checked the rules and the layout of all files, {len(sources)} sources with clang-tidy: "
+          + ("nothing to complain about." if problems == 0 else f"{problems} complaints."))
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

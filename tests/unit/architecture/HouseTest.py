@@ -1,0 +1,255 @@
+#!/usr/bin/env python3
+"""The house keeps its rules, and the checks of scripts/ catch whoever does not: each rule is broken here on purpose."""
+
+import json
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+HOUSE = Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(HOUSE / "scripts"))
+sys.dont_write_bytecode = True
+
+import check  # noqa: E402
+import rules  # noqa: E402
+
+FOLDERS = """
+function(morvane_folder folder)
+endfunction()
+morvane_folder(base BATCHES 2 LIBRARIES Qt6::Core)
+morvane_folder(store MOC DEPENDS base) # the files
+morvane_folder(ui/theme DEPENDS base LIBRARIES Qt6::Widgets)
+morvane_folder(ui/sheets WINDOWS DEPENDS ui_theme
+  PRECOMPILE <QWidget>)
+morvane_apart(reader DEPENDS base)
+"""
+
+
+class Tree(unittest.TestCase):
+    """A small house of its own."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = Path(folder.name)
+        self.write("src/CMakeLists.txt", FOLDERS)
+        for top in check.TOPS:
+            (self.root / top).mkdir(exist_ok=True)
+
+    def write(self, name, text):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+        return path
+
+    def complaints(self):
+        return [f"{found.file}:{found.line}: {found.text}" for found in rules.violations(self.root)]
+
+    def assert_complaint(self, place, words):
+        found = self.complaints()
+        self.assertEqual(len(found), 1, found)
+        self.assertTrue(found[0].startswith(place + ":") and words in found[0], found)
+
+
+class TheHouse(unittest.TestCase):
+    def test_keeps_its_rules(self):
+        self.assertEqual(list(rules.violations(HOUSE)), [])
+
+    def test_is_seen_whole(self):
+        folders = rules.declared_folders((HOUSE / "src" / "CMakeLists.txt").read_text())
+        self.assertIn("ui/window", folders)
+        self.assertIn("app", rules.reachable(folders, "ui/window"))
+        self.assertNotIn("app", rules.reachable(folders, "ui/controls"))
+        self.assertNotIn("ui/theme", rules.reachable(folders, "app"))
+        self.assertNotIn("net", rules.reachable(folders, "store"))
+        self.assertEqual(rules.reachable(folders, "attachments/reader"), {"attachments/reader", "attachments", "base"})
+
+
+class Arrows(Tree):
+    def test_down_is_allowed_through_several_folders(self):
+        self.write("src/base/Text.h", "#pragma once\n")
+        self.write("src/ui/sheets/Sheet.cpp", '#include "base/Text.h"\n#include <QWidget>\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_up_is_found(self):
+        self.write("src/base/Text.cpp", '\n#include "store/Store.h"\n')
+        self.assert_complaint("src/base/Text.cpp:2", "no arrow leads to store")
+
+    def test_from_one_subfolder_of_ui_up_to_another_is_found(self):
+        self.write("src/ui/theme/Icons.cpp", '#include "ui/sheets/Sheet.h"\n')
+        self.assert_complaint("src/ui/theme/Icons.cpp:1", "no arrow leads to ui/sheets")
+
+    def test_a_program_apart_reaches_only_what_it_names(self):
+        self.write("src/reader/Reader.cpp", '#include "base/Text.h"\n#include "store/Store.h"\n')
+        self.assert_complaint("src/reader/Reader.cpp:2", "no arrow leads to store")
+
+    def test_main_knows_everything(self):
+        self.write("src/main.cpp", '#include "ui/sheets/Sheet.h"\n#include <QApplication>\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_an_undeclared_folder_is_found(self):
+        self.write("src/extra/Extra.cpp", "\n")
+        self.assert_complaint("src/extra/Extra.cpp:1", "no folder that src/CMakeLists.txt declares")
+
+    def test_windows_below_the_windows_are_found(self):
+        self.write("src/store/Store.cpp", "#include <QLabel>\n")
+        self.assert_complaint("src/store/Store.cpp:1", "has no windows")
+
+    def test_an_unknown_arrow_and_a_circle_are_found(self):
+        self.write("src/CMakeLists.txt", "morvane_folder(a DEPENDS nowhere)\n")
+        self.assert_complaint("src/CMakeLists.txt:1", "which is no folder")
+        self.write("src/CMakeLists.txt", "morvane_folder(a DEPENDS b)\nmorvane_folder(b DEPENDS a)\n")
+        self.assertEqual(len(self.complaints()), 2)
+
+
+class Sizes(Tree):
+    def test_a_long_header_is_found(self):
+        self.write("src/base/Text.h", "#pragma once\n" + "\n" * rules.HEADER_LINES)
+        self.assert_complaint("src/base/Text.h:161", "at most 160")
+
+    def test_a_class_cut_in_two_files_is_one(self):
+        self.write("src/base/Text.h", "#pragma once\nclass Text {};\n")
+        self.write("src/base/Text.cpp", '#include "base/Text.h"\n' + "\n" * 250)
+        self.write("src/base/Reading.cpp", '#include "base/Text.h"\n' + "\n" * 148)
+        self.assertEqual(self.complaints(), [])
+        self.write("src/base/Reading.cpp", '#include "base/Text.h"\n' + "\n" * 149)
+        self.assert_complaint("src/base/Reading.cpp:1", "Text has 401 lines")
+
+    def test_files_that_share_a_header_of_functions_are_measured_each(self):
+        self.write("src/base/Records.h", "#pragma once\nvoid first();\nvoid second();\n")
+        for name in ("First", "Second"):
+            self.write(f"src/base/{name}.cpp", '#include "base/Records.h"\n' + "\n" * 300)
+        self.assertEqual(self.complaints(), [])
+
+
+class Style(Tree):
+    def test_old_literals_are_found(self):
+        self.write("src/base/A.cpp", 'auto a = QStringLiteral("x");\n')
+        self.assert_complaint("src/base/A.cpp:1", "QStringLiteral")
+        self.write("src/base/A.cpp", 'auto a = QLatin1String("x");\n')
+        self.assert_complaint("src/base/A.cpp:1", "QLatin1String")
+
+    def test_literals_of_names_and_in_texts_and_comments_are_none(self):
+        self.write("src/base/A.cpp", 'auto a = QLatin1String(name); // QStringLiteral("x")\n'
+                   'auto b = QStringLiteral(VERSION);\nauto c = R"(QStringLiteral("x"))";\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_namespace_opened_in_a_header_is_found(self):
+        self.write("src/base/A.h", "#pragma once\nusing namespace Qt::StringLiterals;\n")
+        self.assert_complaint("src/base/A.h:2", "opens no namespace")
+
+    def test_a_capital_enumerator_is_found(self):
+        self.write("tests/unit/A.h", "#pragma once\nenum class Kind : int {\n    small, // Big, in a comment\n    Big = 2,\n};\n")
+        self.assert_complaint("tests/unit/A.h:4", "the enumerator Big")
+
+    def test_a_header_without_guard_is_found(self):
+        self.write("bench/A.h", "int a();\n")
+        self.assert_complaint("bench/A.h:1", "#pragma once")
+
+    def test_a_source_that_includes_another_header_first_is_found(self):
+        self.write("src/base/A.h", "#pragma once\n")
+        self.write("src/base/B.h", "#pragma once\n")
+        self.write("src/base/A.cpp", '#include "base/B.h"\n#include "base/A.h"\n')
+        self.assert_complaint("src/base/A.cpp:1", "its own header first")
+
+
+class Compilers(Tree):
+    """What clang's tools say, asked as the check asks them."""
+
+    def setUp(self):
+        super().setUp()
+        for name in (".clang-format", ".clang-tidy"):
+            shutil.copy(HOUSE / name, self.root / name)
+        self.house, check.ROOT = check.ROOT, self.root
+        self.addCleanup(setattr, check, "ROOT", self.house)
+
+    def test_layout_and_braces_are_found_and_written(self):
+        path = self.write("src/base/A.cpp", "int a(int b)\n{\n    if (b) {\n        return 1;\n    }\n    return   2;\n}\n")
+        self.assertEqual(len(check.check_layout([path], False)), 1)
+        self.assertEqual(check.check_layout([path], True), [])
+        self.assertEqual(path.read_text(), "int a(int b)\n{\n    if (b)\n        return 1;\n    return 2;\n}\n")
+        self.assertEqual(check.check_layout([path], False), [])
+
+    def test_a_mistake_that_clang_tidy_knows_is_found(self):
+        bad = self.write("src/base/A.cpp", "#include <string>\nstd::size_t a(std::string text)\n{\n"
+                         "    std::string other = std::move(text);\n    return other.size() + text.size();\n}\n")
+        good = self.write("src/base/B.cpp", "int b()\n{\n    return 1;\n}\n")
+        commands = [{"directory": str(self.root), "file": str(path), "command": f"clang++-19 -std=c++23 -c {path}"}
+                    for path in (bad, good)]
+        self.write("build/debug/compile_commands.json", json.dumps(commands))
+        found = check.check_tidy([bad, good])
+        self.assertEqual(len(found), 1)
+        self.assertIn("bugprone-use-after-move", found[0])
+
+
+class Base(Tree):
+    """Which commit the changes are told from."""
+
+    def setUp(self):
+        super().setUp()
+        self.house = check.ROOT
+        self.addCleanup(setattr, check, "ROOT", self.house)
+        self.origin = self.root / "origin"
+        self.origin.mkdir()
+        self.run_git("init", "-q", "-b", "main")
+        self.first = self.commit("a.txt")
+        self.second = self.commit("b.txt")
+
+    def run_git(self, *arguments, folder=None):
+        names = ["-c", "user.name=Test", "-c", "user.email=test@example.invalid"]
+        result = subprocess.run(["git", *names, *arguments], cwd=folder or self.origin, capture_output=True, text=True,
+                                check=True)
+        return result.stdout.strip()
+
+    def commit(self, name, folder=None):
+        ((folder or self.origin) / name).write_text(name)
+        self.run_git("add", "-A", folder=folder)
+        self.run_git("commit", "-q", "-m", name, folder=folder)
+        return self.run_git("rev-parse", "HEAD", folder=folder)
+
+    def clone(self, *options):
+        self.run_git("clone", "-q", *options, f"file://{self.origin}", str(self.root / "clone"))
+        check.ROOT = self.root / "clone"
+        return check.ROOT
+
+    def test_in_a_fresh_clone_it_is_the_commit_before(self):
+        self.clone()
+        self.assertEqual(check.base_commit(), self.first)
+        self.assertEqual(check.changed_files(), {check.ROOT / "b.txt"})
+
+    def test_with_changes_on_main_it_is_main(self):
+        clone = self.clone()
+        (clone / "b.txt").write_text("changed")
+        (clone / "new.txt").write_text("new")
+        self.assertEqual(check.changed_files(), {clone / "b.txt", clone / "new.txt"})
+
+    def test_on_a_branch_it_is_where_the_branch_left_main(self):
+        clone = self.clone()
+        self.run_git("checkout", "-q", "-b", "work", folder=clone)
+        self.commit("c.txt", clone)
+        self.commit("d.txt", clone)
+        self.assertEqual(check.base_commit(), self.second)
+
+    def test_a_clone_of_one_branch_alone_has_one_too(self):
+        self.run_git("checkout", "-q", "-b", "work")
+        self.commit("c.txt")
+        self.clone("--single-branch", "--branch", "work")
+        self.assertEqual(check.base_commit(), self.second)
+
+    def test_a_history_that_was_cut_off_is_told_apart_from_no_change(self):
+        self.clone("--depth", "1")
+        self.assertIsNone(check.base_commit())
+        self.assertIsNone(check.changed_files())
+
+    def test_a_changed_header_concerns_the_sources_of_its_class(self):
+        header = self.write("src/base/Text.h", "#pragma once\nclass Text {};\n")
+        whole = [self.write(f"src/base/{name}.cpp", '#include "base/Text.h"\n') for name in ("Reading", "Text")]
+        other = self.write("src/base/Other.cpp", "\n")
+        self.assertEqual(check.concerned(whole + [other], {header}), whole)
+
+
+if __name__ == "__main__":
+    unittest.main()
