@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QList>
+#include <QRectF>
+#include <QString>
+#include <QUrl>
+#include <optional>
+
+namespace morvane {
+
+struct RunningApplication {
+    qint64 pid = 0;
+    QString name; ///< As the desktop's menu shows it.
+
+    bool operator==(const RunningApplication &) const = default;
+};
+
+/// A window on the screen; `frame` as told in ScreenCapture.h.
+struct DesktopWindow {
+    qint64 pid = 0;
+    int layer = 0; ///< 0 for ordinary windows, others for panels, docks and the desktop itself.
+    QRectF frame;
+    QString title;
+
+    bool operator==(const DesktopWindow &) const = default;
+};
+
+/// The programs of the desktop and their windows. Any thread; calls may block, those that open something for
+/// seconds.
+class Applications {
+public:
+    virtual ~Applications() = default;
+
+    /// The program whose window has the focus.
+    virtual std::optional<RunningApplication> frontmost() = 0;
+    /// The window of the program that has the focus or had it last.
+    virtual std::optional<DesktopWindow> focusedWindow(qint64 pid) = 0;
+    /// All that are visible.
+    virtual QList<DesktopWindow> windows() = 0;
+    /// The programs with windows.
+    virtual QList<RunningApplication> running() = 0;
+
+    /// Brings all windows of the program to the front and gives it the focus.
+    virtual void activate(const RunningApplication &application) = 0;
+    /// Starts the program of this name; false if there is none or it ends at once with an error.
+    virtual bool open(const QString &name) = 0;
+    /// Opens the address in the program of this name, or in the user's choice if the name is empty.
+    virtual bool openAddress(const QUrl &address, const QString &application) = 0;
+};
+
+} // namespace morvane

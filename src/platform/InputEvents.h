@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QList>
+#include <QPoint>
+#include <QString>
+#include <memory>
+
+namespace morvane {
+
+enum class MouseButton { left, right };
+
+/// One sequence of mouse and keyboard events, posted as if the user's devices had made them. Points are those
+/// of ScreenCapture.h. What cannot be posted is skipped. When it goes, it lets go of every button and key
+/// that it still holds and takes back what it changed. One thread.
+class InputSource {
+public:
+    virtual ~InputSource() = default;
+
+    virtual void warp(QPoint point) = 0;
+    virtual void mouseMoved(QPoint point) = 0;
+    virtual void buttonDown(MouseButton button, QPoint point) = 0;
+    virtual void buttonUp(MouseButton button, QPoint point) = 0;
+    /// A move with the left button held.
+    virtual void dragged(QPoint point) = 0;
+    /// Turns the wheel; positive is up.
+    virtual void scroll(int pixels) = 0;
+
+    /// `code` is a virtual key code and `flags` are modifier flags, both as in tools/screen/KeyTable.h.
+    virtual void keyDown(int code, quint32 flags) = 0;
+    virtual void keyUp(int code, quint32 flags) = 0;
+
+    /// Makes ready for the characters of `text`, which follow one by one. May block for parts of a second.
+    virtual void prepareText(const QString &text) = 0;
+    virtual void characterDown(char32_t character) = 0;
+    virtual void characterUp(char32_t character) = 0;
+};
+
+/// Mouse and keyboard of the desktop. Any thread.
+class InputEvents {
+public:
+    virtual ~InputEvents() = default;
+
+    /// Whether events can be posted now.
+    virtual bool isTrusted() = 0;
+    /// Has the desktop ask the user for it, where it does so; returns at once.
+    virtual void requestTrust() = 0;
+
+    virtual std::unique_ptr<InputSource> newSource() = 0;
+
+    /// What each key types by itself in the user's present layout, by virtual key code from 0 to 127; an
+    /// empty text for none. The list is empty if the layout is not known.
+    virtual QList<QString> layoutCharacters() = 0;
+};
+
+} // namespace morvane

@@ -1,0 +1,282 @@
+#include "tools/screen/InputControl.h"
+
+#include "base/Text.h"
+#include "tools/screen/KeyCombination.h"
+#include "tools/screen/LayoutKeycodes.h"
+#include "tools/screen/ScreenInventory.h"
+#include "tools/screen/SequenceClock.h"
+
+#include <algorithm>
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+constexpr auto permissionPause = 2s;
+constexpr int dragSteps = 12;
+constexpr int scrollSteps = 8;
+constexpr qint64 pixelsPerAmount = 12;
+constexpr qsizetype shownLabel = 40;
+constexpr qsizetype shownText = 60;
+
+const QString nothingToType = u"Error: nothing to type."_s;
+
+QString place(QPoint point)
+{
+    return u'(' + QString::number(point.x()) + u", "_s + QString::number(point.y()) + u')';
+}
+
+/// A point of the screen in whole numbers, cut as the model was told it.
+QPoint whole(QPointF point)
+{
+    return {int(point.x()), int(point.y())};
+}
+
+QString noElement(qint64 index)
+{
+    return u"Error: there is no element ["_s + QString::number(index) +
+           u"]. Run capture_screen first and use a number from its 'Clickable elements' list."_s;
+}
+
+QString elementGone(qint64 index)
+{
+    return u"Error: element ["_s + QString::number(index) +
+           u"] is no longer on the screen. Run capture_screen again and use a number from its new list."_s;
+}
+
+} // namespace
+
+InputControl::InputControl(Desktop desktop, std::shared_ptr<ScreenInventory> inventory,
+                           std::shared_ptr<const LayoutKeycodes> layout, std::stop_token stop)
+    : m_desktop(std::move(desktop)), m_inventory(std::move(inventory)), m_layout(std::move(layout)),
+      m_stop(std::move(stop))
+{
+}
+
+QString InputControl::permissionProblem()
+{
+    if (m_desktop.input->isTrusted())
+        return {};
+    m_desktop.input->requestTrust();
+    pause(permissionPause);
+    if (m_desktop.input->isTrusted())
+        return {};
+    return u"Error: Morvane needs Accessibility permission to control your Mac. Open System Settings, "
+           u"Privacy "
+           "and Security, Accessibility, and enable Morvane, then try again."_s;
+}
+
+void InputControl::pause(std::chrono::milliseconds duration)
+{
+    if (duration.count() > 0 && !m_stop.stop_requested())
+        m_desktop.clock->sleep(duration, m_stop);
+    if (m_stop.stop_requested())
+        throw SequenceStopped();
+}
+
+void InputControl::press(InputSource &source, MouseButton button, QPoint point,
+                         std::chrono::milliseconds held)
+{
+    source.buttonDown(button, point);
+    pause(held);
+    source.buttonUp(button, point);
+}
+
+QString InputControl::elementAtPointDescription(QPoint point)
+{
+    const std::optional<ScreenElement> element = m_desktop.elements->elementAt(point);
+    if (!element || element->role.isEmpty())
+        return {};
+    const QString label = element->title         ? *element->title
+                          : element->description ? *element->description
+                                                 : element->value.value_or(QString());
+    const QString role = friendlyRole(element->role);
+    return label.isEmpty() ? role : role + u" '"_s + firstCharacters(label, shownLabel) + u'\'';
+}
+
+QString InputControl::clickAt(QPoint point)
+{
+    const QString problem = permissionProblem();
+    return problem.isEmpty() ? click(point) : problem;
+}
+
+QString InputControl::click(QPoint point)
+{
+    // Before the pointer moves, so that the model learns what it hit.
+    const QString description = elementAtPointDescription(point);
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->warp(point);
+    pause(30ms);
+    source->mouseMoved(point);
+    pause(20ms);
+    press(*source, MouseButton::left, point, 80ms);
+    return u"Clicked at "_s + place(point) + (description.isEmpty() ? QString() : u" on "_s + description) +
+           u'.';
+}
+
+QString InputControl::axClick(qint64 index)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    const std::optional<AXElementInfo> info = m_inventory->element(index);
+    if (!info)
+        return noElement(index);
+    if (info->pressable) {
+        switch (m_desktop.elements->press(info->element)) {
+        case AccessibilityTree::Outcome::done:
+            return u"Pressed "_s + info->summary() + u" at "_s + place(whole(info->center)) + u'.';
+        case AccessibilityTree::Outcome::gone:
+            return elementGone(index);
+        case AccessibilityTree::Outcome::refused:
+            break;
+        }
+    }
+    const std::optional<ScreenElement> current = m_desktop.elements->current(info->element);
+    if (!current || !current->frame)
+        return elementGone(index);
+    return u"AXPress was refused; "_s + click(whole(current->frame->center()));
+}
+
+QString InputControl::axType(qint64 index, const QString &text)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    const std::optional<AXElementInfo> info = m_inventory->element(index);
+    if (!info)
+        return noElement(index);
+    if (text.isEmpty())
+        return nothingToType;
+    switch (m_desktop.elements->setValue(info->element, text)) {
+    case AccessibilityTree::Outcome::done:
+        return u"Set the contents of "_s + info->summary() + u" to \""_s + firstCharacters(text, shownText) +
+               u"\"."_s;
+    case AccessibilityTree::Outcome::gone:
+        return elementGone(index);
+    case AccessibilityTree::Outcome::refused:
+        break;
+    }
+    const std::optional<ScreenElement> current = m_desktop.elements->current(info->element);
+    if (!current || !current->frame)
+        return elementGone(index);
+    click(whole(current->frame->center()));
+    pause(200ms);
+    return type(text);
+}
+
+QString InputControl::typeText(const QString &text)
+{
+    const QString problem = permissionProblem();
+    return problem.isEmpty() ? type(text) : problem;
+}
+
+QString InputControl::type(const QString &text)
+{
+    if (text.isEmpty())
+        return nothingToType;
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->prepareText(text);
+    for (const char32_t character : text.toStdU32String()) {
+        source->characterDown(character);
+        source->characterUp(character);
+        pause(10ms);
+    }
+    return u"Typed "_s + QString::number(characterCount(text)) + u" characters."_s;
+}
+
+QString InputControl::pressKey(const QString &key)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    const auto combination = parseKeyCombination(key, *m_layout);
+    if (!combination)
+        return combination.error();
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->keyDown(combination->code, combination->flags);
+    pause(20ms);
+    source->keyUp(combination->code, combination->flags);
+    return u"Pressed "_s + key + u'.';
+}
+
+QString InputControl::moveCursor(QPoint point)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    pause(0ms);
+    m_desktop.input->newSource()->warp(point);
+    return u"Moved the cursor to "_s + place(point) + u'.';
+}
+
+QString InputControl::mouseDoubleClick(QPoint point)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->warp(point);
+    pause(30ms);
+    for (int click = 0; click < 2; ++click) {
+        press(*source, MouseButton::left, point, 50ms);
+        pause(30ms);
+    }
+    return u"Double-clicked at "_s + place(point) + u'.';
+}
+
+QString InputControl::mouseRightClick(QPoint point)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->warp(point);
+    pause(30ms);
+    press(*source, MouseButton::right, point, 50ms);
+    return u"Right-clicked at "_s + place(point) + u'.';
+}
+
+QString InputControl::mouseDrag(QPoint from, QPoint to)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    source->warp(from);
+    pause(30ms);
+    source->mouseMoved(from);
+    pause(20ms);
+    source->buttonDown(MouseButton::left, from);
+    pause(50ms);
+    const auto between = [](int start, int end, int step) {
+        return int(start + (qint64(end) - start) * step / dragSteps);
+    };
+    for (int step = 1; step <= dragSteps; ++step) {
+        source->dragged({between(from.x(), to.x(), step), between(from.y(), to.y(), step)});
+        pause(15ms);
+    }
+    source->buttonUp(MouseButton::left, to);
+    return u"Dragged from "_s + place(from) + u" to "_s + place(to) + u'.';
+}
+
+QString InputControl::mouseScroll(qint64 amount)
+{
+    if (const QString problem = permissionProblem(); !problem.isEmpty())
+        return problem;
+    constexpr qint64 most = std::numeric_limits<qint32>::max() / pixelsPerAmount;
+    const int delta = int(std::clamp(amount, -most, most) * pixelsPerAmount);
+    pause(0ms);
+    const auto source = m_desktop.input->newSource();
+    for (int step = 0; step < scrollSteps; ++step) {
+        source->scroll(delta);
+        pause(12ms);
+    }
+    if (amount == 0)
+        return u"Scrolled the mouse wheel."_s;
+    return amount > 0 ? u"Scrolled the mouse wheel up."_s : u"Scrolled the mouse wheel down."_s;
+}
+
+} // namespace morvane

@@ -1,0 +1,220 @@
+#include "tools/screen/ScreenTools.h"
+
+#include "async/CurrentContext.h"
+#include "async/OffMain.h"
+#include "async/Scheduler.h"
+#include "base/Text.h"
+#include "platform/Applications.h"
+#include "platform/Clipboard.h"
+#include "tools/screen/InputControl.h"
+#include "tools/screen/LayoutKeycodes.h"
+#include "tools/screen/ScreenInventory.h"
+#include "tools/screen/ScreenPerception.h"
+
+#include <QUrl>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+const QString stopped = u"Error: stopped before it was done."_s;
+
+/// Asks work on another thread to stop as soon as the task is cancelled.
+class StopOnCancel {
+public:
+    explicit StopOnCancel(Cancellation &cancellation)
+        : m_callback(cancellation, [stop = m_stop]() mutable { stop.request_stop(); })
+    {
+        if (cancellation.isCancelled())
+            m_stop.request_stop();
+    }
+
+    std::stop_token token() const { return m_stop.get_token(); }
+
+private:
+    std::stop_source m_stop;
+    Cancellation::Callback m_callback;
+};
+
+QString couldNotLaunch(const QString &name)
+{
+    return u"Error: could not find or launch the application named \""_s + name + u"\"."_s;
+}
+
+} // namespace
+
+ScreenTools::ScreenTools(Desktop desktop)
+    : m_shared(std::make_shared<Shared>(std::move(desktop), std::make_shared<ScreenInventory>(),
+                                        std::make_shared<LayoutKeycodes>()))
+{
+}
+
+Task<void> ScreenTools::warmKeyboardLayout()
+{
+    co_await runOffMain([shared = m_shared] { shared->layout->warm(*shared->desktop.input); });
+}
+
+Task<QString> ScreenTools::captureScreen()
+{
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    co_return co_await runOffMain([shared = m_shared, token = stop.token()] {
+        return ScreenPerception(shared->desktop, shared->inventory, token).captureScreen();
+    });
+}
+
+Task<QString> ScreenTools::runSequence(Sequence sequence)
+{
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    co_return co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
+        const std::lock_guard lock(shared->sequence);
+        InputControl control(shared->desktop, shared->inventory, shared->layout, token);
+        try {
+            return sequence(control);
+        } catch (const SequenceStopped &) {
+            return stopped;
+        }
+    });
+}
+
+Task<QString> ScreenTools::clickAt(QPoint point)
+{
+    return runSequence([point](InputControl &control) { return control.clickAt(point); });
+}
+
+Task<QString> ScreenTools::axClick(qint64 index)
+{
+    return runSequence([index](InputControl &control) { return control.axClick(index); });
+}
+
+Task<QString> ScreenTools::axType(qint64 index, QString text)
+{
+    return runSequence(
+        [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); });
+}
+
+Task<QString> ScreenTools::typeText(QString text)
+{
+    return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); });
+}
+
+Task<QString> ScreenTools::pressKey(QString key)
+{
+    return runSequence([key = std::move(key)](InputControl &control) { return control.pressKey(key); });
+}
+
+Task<QString> ScreenTools::moveCursor(QPoint point)
+{
+    return runSequence([point](InputControl &control) { return control.moveCursor(point); });
+}
+
+Task<QString> ScreenTools::mouseDoubleClick(QPoint point)
+{
+    return runSequence([point](InputControl &control) { return control.mouseDoubleClick(point); });
+}
+
+Task<QString> ScreenTools::mouseRightClick(QPoint point)
+{
+    return runSequence([point](InputControl &control) { return control.mouseRightClick(point); });
+}
+
+Task<QString> ScreenTools::mouseDrag(QPoint from, QPoint to)
+{
+    return runSequence([from, to](InputControl &control) { return control.mouseDrag(from, to); });
+}
+
+Task<QString> ScreenTools::mouseScroll(qint64 amount)
+{
+    return runSequence([amount](InputControl &control) { return control.mouseScroll(amount); });
+}
+
+Task<QString> ScreenTools::pasteText(QString text)
+{
+    const QString problem =
+        co_await runSequence([](InputControl &control) { return control.permissionProblem(); });
+    if (!problem.isEmpty())
+        co_return problem;
+    const QString pasted = trimmed(text);
+    if (pasted.isEmpty())
+        co_return u"Error: nothing to paste."_s;
+    m_shared->desktop.clipboard->setText(pasted);
+    const QString pressed =
+        co_await runSequence([](InputControl &control) { return control.pressKey(u"command+v"_s); });
+    if (pressed == stopped)
+        co_return stopped;
+    co_return u"Pasted "_s + QString::number(characterCount(pasted)) + u" characters into the focused app."_s;
+}
+
+Task<QString> ScreenTools::clipboardRead()
+{
+    const std::optional<QString> text =
+        co_await runOffMain([shared = m_shared] { return shared->desktop.clipboard->text(); });
+    if (!text || text->isEmpty())
+        co_return u"The clipboard is empty or does not contain text."_s;
+    co_return u"Clipboard content: "_s + *text;
+}
+
+Task<QString> ScreenTools::clipboardSet(QString text)
+{
+    const QString copied = trimmed(text);
+    if (copied.isEmpty())
+        co_return u"Error: nothing to copy."_s;
+    m_shared->desktop.clipboard->setText(copied);
+    co_return u"Copied "_s + QString::number(characterCount(copied)) + u" characters to the clipboard."_s;
+}
+
+Task<QString> ScreenTools::frontmostApp()
+{
+    const std::optional<RunningApplication> frontmost =
+        co_await runOffMain([shared = m_shared] { return shared->desktop.applications->frontmost(); });
+    const QString name = frontmost ? frontmost->name : QString();
+    co_return u"The frontmost application is "_s + (name.isEmpty() ? u"unknown"_s : name) + u'.';
+}
+
+Task<QString> ScreenTools::openURL(QString url, QString application)
+{
+    const QUrl address(trimmed(url), QUrl::TolerantMode);
+    if (!address.isValid() || address.scheme().isEmpty()) {
+        co_return u"Error: \""_s + url +
+            u"\" is not a valid URL. Use a full address like "
+            "https://www.youtube.com/results?search_query=piano+lesson"_s;
+    }
+    const bool opened = co_await runOffMain([shared = m_shared, address, application] {
+        return shared->desktop.applications->openAddress(address, application);
+    });
+    if (!opened)
+        co_return u"Error: could not open the URL. Make sure a default browser is set."_s;
+    co_return u"Opened "_s + address.toString(QUrl::FullyEncoded) + u" in the browser."_s;
+}
+
+Task<QString> ScreenTools::openApplication(QString name)
+{
+    const bool opened =
+        co_await runOffMain([shared = m_shared, name] { return shared->desktop.applications->open(name); });
+    if (!opened)
+        co_return u"Error: could not find or open the application named \""_s + name + u"\"."_s;
+    co_return u"Opened the "_s + name + u" application."_s;
+}
+
+Task<QString> ScreenTools::activateApp(QString name)
+{
+    const QString wanted = trimmed(name);
+    if (wanted.isEmpty())
+        co_return u"Error: an application name is required."_s;
+    co_return co_await runOffMain([shared = m_shared, wanted] {
+        Applications &applications = *shared->desktop.applications;
+        for (const RunningApplication &application : applications.running()) {
+            if (application.name.compare(wanted, Qt::CaseInsensitive) == 0) {
+                applications.activate(application);
+                return u"Activated "_s + wanted + u'.';
+            }
+        }
+        return applications.open(wanted) ? u"Launched and activated "_s + wanted + u'.'
+                                         : couldNotLaunch(wanted);
+    });
+}
+
+} // namespace morvane

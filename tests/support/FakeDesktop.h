@@ -1,0 +1,171 @@
+#pragma once
+
+#include "platform/AccessibilityTree.h"
+#include "platform/Applications.h"
+#include "platform/Clipboard.h"
+#include "platform/InputEvents.h"
+#include "platform/ScreenCapture.h"
+#include "platform/TextRecognizer.h"
+#include "tools/screen/Desktop.h"
+#include "tools/screen/SequenceClock.h"
+
+#include <QHash>
+#include <QStringList>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace morvane {
+
+/// What was asked of the desktop, in order, each as a short text. Any thread.
+class DesktopLog {
+public:
+    void add(const QString &event);
+    QStringList events() const;
+    void clear();
+
+private:
+    mutable std::mutex m_mutex;
+    QStringList m_events;
+};
+
+/// Waits take no time and are remembered. Stops a sequence at the wait that the test says.
+class FakeSequenceClock : public SequenceClock {
+public:
+    explicit FakeSequenceClock(DesktopLog &log) : m_log(log) {}
+    void sleep(std::chrono::milliseconds duration, const std::stop_token &stop) override;
+
+    /// Called at each wait, on the sequence's thread.
+    std::function<void()> onSleep;
+
+private:
+    DesktopLog &m_log;
+};
+
+class FakeScreenCapture : public ScreenCapture {
+public:
+    explicit FakeScreenCapture(DesktopLog &log) : m_log(log) {}
+    bool isGranted() override { return granted; }
+    void requestAccess() override;
+    QList<QRect> displays() override { return frames; }
+    QPoint pointer() override { return mouse; }
+    QImage capture(const QRect &region) override;
+
+    bool granted = true;
+    bool grantsWhenAsked = false;
+    QList<QRect> frames{{0, 0, 1000, 800}};
+    QPoint mouse{10, 10};
+    int pixelsPerPoint = 1;
+    bool fails = false;
+
+private:
+    DesktopLog &m_log;
+};
+
+class FakeTextRecognizer : public TextRecognizer {
+public:
+    QList<RecognizedLine> recognize(const QImage &, const std::stop_token &) override { return lines; }
+
+    QList<RecognizedLine> lines;
+};
+
+/// A tree that the test makes of FakeElements.
+struct FakeElement {
+    QString role;
+    QString title;
+    QRectF frame;
+    bool pressable = true;
+    QList<FakeElement> children;
+    QString description;
+    QString value;
+};
+
+class FakeAccessibilityTree : public AccessibilityTree {
+public:
+    explicit FakeAccessibilityTree(DesktopLog &log) : m_log(log) {}
+    void enable() override { m_log.add(QStringLiteral("enable")); }
+    std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
+    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
+                                         QDeadlineTimer deadline) override;
+    std::optional<ScreenElement> elementAt(QPointF point) override;
+    std::optional<ScreenElement> current(const ScreenElement &element) override;
+    Outcome press(const ScreenElement &element) override;
+    Outcome setValue(const ScreenElement &element, const QString &text) override;
+
+    QHash<qint64, FakeElement> applications;
+    std::optional<ScreenElement> underPointer;
+    Outcome outcome = Outcome::done;
+    int questions = 0; ///< Waves of children that were asked for.
+    /// Called at each question for an application.
+    std::function<void()> onApplication;
+
+private:
+    DesktopLog &m_log;
+};
+
+class FakeApplications : public Applications {
+public:
+    explicit FakeApplications(DesktopLog &log) : m_log(log) {}
+    std::optional<RunningApplication> frontmost() override { return front; }
+    std::optional<DesktopWindow> focusedWindow(qint64) override { return focused; }
+    QList<DesktopWindow> windows() override { return allWindows; }
+    QList<RunningApplication> running() override { return runningApplications; }
+    void activate(const RunningApplication &application) override;
+    bool open(const QString &name) override;
+    bool openAddress(const QUrl &address, const QString &application) override;
+
+    std::optional<RunningApplication> front;
+    std::optional<DesktopWindow> focused;
+    QList<DesktopWindow> allWindows;
+    QList<RunningApplication> runningApplications;
+    bool opens = true;
+
+private:
+    DesktopLog &m_log;
+};
+
+/// Every event with its place; what was let go of by the end of a source is told as "release".
+class FakeInputEvents : public InputEvents {
+public:
+    explicit FakeInputEvents(DesktopLog &log) : m_log(log) {}
+    bool isTrusted() override { return trusted; }
+    void requestTrust() override;
+    std::unique_ptr<InputSource> newSource() override;
+    QList<QString> layoutCharacters() override;
+
+    bool trusted = true;
+    bool trustsWhenAsked = false;
+    QList<QString> layout;
+    int layoutQuestions = 0;
+
+private:
+    DesktopLog &m_log;
+};
+
+class FakeClipboard : public Clipboard {
+public:
+    explicit FakeClipboard(DesktopLog &log) : m_log(log) {}
+    void setText(const QString &text) override;
+    std::optional<QString> text() override { return content; }
+
+    std::optional<QString> content;
+
+private:
+    DesktopLog &m_log;
+};
+
+/// A whole desktop of fakes that write one log.
+struct FakeDesktop {
+    DesktopLog log;
+    std::shared_ptr<FakeScreenCapture> screen = std::make_shared<FakeScreenCapture>(log);
+    std::shared_ptr<FakeTextRecognizer> recognizer = std::make_shared<FakeTextRecognizer>();
+    std::shared_ptr<FakeAccessibilityTree> elements = std::make_shared<FakeAccessibilityTree>(log);
+    std::shared_ptr<FakeApplications> applications = std::make_shared<FakeApplications>(log);
+    std::shared_ptr<FakeInputEvents> input = std::make_shared<FakeInputEvents>(log);
+    std::shared_ptr<FakeClipboard> clipboard = std::make_shared<FakeClipboard>(log);
+    std::shared_ptr<FakeSequenceClock> clock = std::make_shared<FakeSequenceClock>(log);
+
+    Desktop desktop() const { return {screen, recognizer, elements, applications, input, clipboard, clock}; }
+};
+
+} // namespace morvane
