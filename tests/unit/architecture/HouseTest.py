@@ -125,6 +125,16 @@ class Sizes(Tree):
         self.assertEqual(self.complaints(), [])
 
 
+class Ignored(Tree):
+    def test_what_git_ignores_is_none_of_the_house(self):
+        subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
+        self.write(".gitignore", "node_modules\n")
+        self.write("tests/peers/node_modules/A.h", "int a();\n")
+        self.assertEqual(self.complaints(), [])
+        self.write("tests/peers/A.h", "int a();\n")
+        self.assertEqual(len(self.complaints()), 1)
+
+
 class Style(Tree):
     def test_old_literals_are_found(self):
         self.write("src/base/A.cpp", 'auto a = QStringLiteral("x");\n')
