@@ -1,31 +1,31 @@
 #include "base/AtomicFile.h"
 
 #include "base/FileDescriptor.h"
+#include "base/RegularFile.h"
+#include "base/TemporaryFile.h"
 
 #include <QFile>
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 
 namespace {
 
-constexpr std::string_view temporaryPrefix = ".morvane-write-";
-
 std::unexpected<QString> systemFailure(int error = errno)
 {
-    return std::unexpected(QString::fromLocal8Bit(::strerror(error)));
+    return std::unexpected(systemReason(error));
 }
 
 std::string folderOf(const std::string &path)
@@ -51,87 +51,96 @@ std::string followLinks(std::string path)
     return path;
 }
 
-bool writeAll(int descriptor, QByteArrayView bytes)
+/// Fails unless there is nothing at the path or something that may be replaced.
+std::expected<void, QString> requireReplaceable(const std::string &path, LinkRule links)
 {
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        bytes = bytes.sliced(written);
-    }
-    return true;
+    struct stat status{};
+    if (::lstat(path.c_str(), &status) != 0)
+        return errno == ENOENT ? std::expected<void, QString>() : systemFailure();
+    if (S_ISREG(status.st_mode) || (S_ISLNK(status.st_mode) && links == LinkRule::replace))
+        return {};
+    if (S_ISLNK(status.st_mode)) // it was followed, and led to no end
+        return systemFailure(ELOOP);
+    if (S_ISDIR(status.st_mode))
+        return systemFailure(EISDIR);
+    return std::unexpected(u"Not a regular file"_s);
 }
 
-/// Brings a file or a folder to the disk. Some file systems know no such thing; then there is none to wait
-/// for.
-bool sync(int descriptor)
+bool isLink(std::string path)
 {
-    int result = 0;
-    do
-        result = ::fsync(descriptor);
-    while (result != 0 && errno == EINTR);
-    return result == 0 || errno == EINVAL || errno == ENOTSUP;
+    while (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-std::expected<void, QString> syncPath(const std::string &path)
+std::expected<void, QString> syncFolder(const std::string &path)
 {
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen() || !sync(file.get()))
+    const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen() || !syncDescriptor(folder.get()))
         return systemFailure();
     return {};
+}
+
+/// Removes a temporary file whose writer is gone; the lock keeps a new one from taking it for its own.
+void removeIfAbandoned(int folder, const char *name)
+{
+    struct stat status{};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISREG(status.st_mode))
+        return;
+    const FileDescriptor file(::openat(folder, name, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!file.isOpen())
+        return;
+    const bool isLocked = ::flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+    if (!isLocked && errno == EWOULDBLOCK)
+        return;
+    constexpr std::chrono::seconds longestWrite = std::chrono::hours(1);
+    const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    if (isLocked || now - status.st_mtime > longestWrite.count())
+        ::unlinkat(folder, name, 0);
 }
 
 } // namespace
 
 std::expected<void, QString> writeFileAtomically(const QString &path, QByteArrayView bytes,
-                                                 Durability durability, unsigned permissions)
+                                                 Durability durability, unsigned permissions, LinkRule links)
 {
-    const std::string target = followLinks(QFile::encodeName(path).toStdString());
+    const std::string given = QFile::encodeName(path).toStdString();
+    const std::string target = links == LinkRule::follow ? followLinks(given) : given;
     const std::string folder = folderOf(target);
-    std::string temporary = folder + '/' + std::string(temporaryPrefix) + std::string(6, 'X');
+    if (const auto replaceable = requireReplaceable(target, links); !replaceable)
+        return replaceable;
 
-    FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC)); // 0600
-    if (!file.isOpen())
+    TemporaryFile file(folder);
+    const bool written = file.isOpen() && (permissions == privateFile || file.setPermissions(permissions)) &&
+                         file.write(bytes) && (durability == Durability::processCrash || file.sync()) &&
+                         file.renameTo(target);
+    if (!written)
         return systemFailure();
-
-    const bool written = (permissions == privateFile || ::fchmod(file.get(), permissions) == 0) &&
-                         writeAll(file.get(), bytes) &&
-                         (durability == Durability::processCrash || sync(file.get())) && file.close() &&
-                         ::rename(temporary.c_str(), target.c_str()) == 0;
-    if (!written) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        return systemFailure(error);
-    }
-    return durability == Durability::powerLoss ? syncPath(folder) : std::expected<void, QString>();
+    return durability == Durability::powerLoss ? syncFolder(folder) : std::expected<void, QString>();
 }
 
 std::expected<void, QString> syncFile(const QString &path)
 {
     const std::string target = followLinks(QFile::encodeName(path).toStdString());
-    const auto synced = syncPath(target);
-    return synced ? syncPath(folderOf(target)) : synced;
+    const auto file = RegularFile::open(target.c_str(), RegularFile::Links::refuse);
+    if (!file)
+        return std::unexpected(file.error());
+    if (!syncDescriptor(file->descriptor()))
+        return systemFailure();
+    return syncFolder(folderOf(target));
 }
 
 void removeAbandonedTemporaryFiles(const QString &folder)
 {
-    constexpr std::chrono::seconds age = std::chrono::hours(1);
     const std::string path = QFile::encodeName(folder).toStdString();
     const std::unique_ptr<DIR, int (*)(DIR *)> directory(::opendir(path.c_str()), &::closedir);
     if (!directory)
         return;
-    const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    while (const dirent *const entry = ::readdir(directory.get())) {
-        struct stat status{};
-        const std::string_view name = entry->d_name;
-        if (name.starts_with(temporaryPrefix) &&
-            ::fstatat(::dirfd(directory.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            S_ISREG(status.st_mode) && now - status.st_mtime > age.count())
-            ::unlinkat(::dirfd(directory.get()), entry->d_name, 0);
-    }
+    const int descriptor = ::dirfd(directory.get());
+    while (const dirent *const entry = ::readdir(directory.get()))
+        if (std::string_view(entry->d_name).starts_with(TemporaryFile::namePrefix))
+            removeIfAbandoned(descriptor, entry->d_name);
 }
 
 std::expected<void, QString> ensurePrivateFolder(const QString &path)
@@ -148,7 +157,8 @@ std::expected<void, QString> ensurePrivateFolder(const QString &path)
     }
     if (!S_ISDIR(status.st_mode))
         return systemFailure(ENOTDIR);
-    if ((status.st_mode & ALLPERMS) != S_IRWXU && ::chmod(folder.c_str(), S_IRWXU) != 0)
+    const bool isPrivate = (status.st_mode & ALLPERMS) == S_IRWXU;
+    if (!isPrivate && !isLink(folder) && ::chmod(folder.c_str(), S_IRWXU) != 0)
         return systemFailure();
     return {};
 }

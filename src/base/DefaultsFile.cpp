@@ -1,11 +1,12 @@
 #include "base/DefaultsFile.h"
 
 #include "base/AtomicFile.h"
+#include "base/IniReader.h"
 #include "base/IniText.h"
+#include "base/RegularFile.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSettings>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -26,9 +27,9 @@ constexpr auto updateLimit = 2s;
 constexpr auto retryTime = 200us;
 constexpr qint64 nanosecondsPerMillisecond = 1'000'000;
 
-/// QSettings keeps what it parsed and reads a file again only when its size or its modification time, to the
-/// millisecond, has changed. Kernels count file times in ticks of some milliseconds, so that versions written
-/// in quick succession look the same; each is given a time of its own, later than that of the last.
+/// Those who keep what they have read tell by its identity whether the file is still the same. Kernels count
+/// file times in ticks of some milliseconds and use inodes again, so that versions written in quick
+/// succession may look the same; each is given a time of its own, later than that of the last.
 void makeDistinguishable(const QString &path, const std::optional<FileIdentity> &before,
                          std::optional<FileIdentity> &after)
 {
@@ -48,25 +49,33 @@ void makeDistinguishable(const QString &path, const std::optional<FileIdentity> 
 
 DefaultsFile::DefaultsFile(QString path) : m_path(std::move(path)) {}
 
-DefaultsFile::Content DefaultsFile::read()
+DefaultsFile::Content DefaultsFile::read() const
 {
-    // QSettings notes the size and time of whatever has the name after it has read the file; replaced in
-    // between, the old values would pass for the new ones for good. By the descriptor both are of one
-    // version.
     Content content;
-    const FileDescriptor file(::open(QFile::encodeName(m_path).constData(), O_RDONLY | O_CLOEXEC));
-    content.identity = FileIdentity::ofDescriptor(file.get());
-    if (!content.identity || content.identity->size == 0)
+    auto file = RegularFile::open(QFile::encodeName(m_path).constData());
+    if (!file)
         return content;
-    const QSettings settings(u"/proc/self/fd/%1"_s.arg(file.get()), QSettings::IniFormat);
-    const QStringList keys = settings.allKeys();
-    for (const QString &key : keys)
-        content.values.insert(key, settings.value(key));
-    // What it has parsed before it does not parse again, and then says nothing of faults.
-    if (settings.status() != QSettings::NoError)
-        m_damaged = content.identity;
-    content.isDamaged = m_damaged == content.identity;
+    content.identity = FileIdentity::ofDescriptor(file->descriptor());
+    if (file->size() == 0) // the kernel's own files too, some of which never end
+        return content;
+    const auto text = file->readUpTo(maximumBytes);
+    content.isDamaged = !text || text->size() > maximumBytes;
+    if (content.isDamaged)
+        return content;
+    IniReader::Content values = IniReader(*text).read();
+    content.values = std::move(values.values);
+    content.isDamaged = values.isDamaged;
     return content;
+}
+
+void DefaultsFile::tidy() const
+{
+    removeAbandonedTemporaryFiles(QFileInfo(m_path).path());
+    const QString linked = QFileInfo(m_path).symLinkTarget();
+    if (!linked.isEmpty())
+        removeAbandonedTemporaryFiles(QFileInfo(linked).path());
+    if (const auto file = RegularFile::open(QFile::encodeName(m_path).constData()))
+        file->makePrivate();
 }
 
 DefaultsFile::Lock DefaultsFile::lock(std::chrono::milliseconds limit) const
@@ -92,7 +101,9 @@ DefaultsFile::Lock DefaultsFile::lock(std::chrono::milliseconds limit) const
 std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
 {
     const auto before = FileIdentity::ofPath(m_path);
-    if (!writeFileAtomically(m_path, iniText(values), Durability::processCrash))
+    const QByteArray text = iniText(values);
+    if (text.size() > maximumBytes ||
+        !writeFileAtomically(m_path, text, Durability::processCrash, privateFile, LinkRule::follow))
         return std::nullopt;
     auto after = FileIdentity::ofPath(m_path);
     makeDistinguishable(m_path, before, after);
@@ -106,7 +117,7 @@ void DefaultsFile::setAside() const
     QFile::rename(m_path, aside);
 }
 
-bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change)
+bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change) const
 {
     const Lock held = lock(updateLimit);
     Content content = read();

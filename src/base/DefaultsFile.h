@@ -11,16 +11,17 @@
 
 namespace morvane {
 
-/// The file of the user defaults on the disk: an INI file as QSettings reads it (0600, its folder 0700),
-/// which several threads and programs read and change. It is replaced as a whole, so that a reader needs no
-/// lock; whoever changes it holds the lock from before reading to after writing. Holds no values itself. An
-/// object is used by one thread at a time, which it blocks for file accesses.
+/// The file of the user defaults on the disk: an INI file (0600, its folder 0700; see IniReader), which
+/// several threads and programs read and change. It is replaced as a whole, so that a reader needs no lock;
+/// whoever changes it holds the lock from before reading to after writing. A link in its place is followed,
+/// for users who keep their settings elsewhere. Holds no values itself. Any thread, which it blocks for file
+/// accesses.
 class DefaultsFile {
 public:
     /// What the file held at one moment.
     struct Content {
         QVariantMap values;                   ///< By key; "group/key" below a section other than [General].
-        std::optional<FileIdentity> identity; ///< Nothing for a missing file.
+        std::optional<FileIdentity> identity; ///< Nothing for a missing file, or for what is no file.
         bool isDamaged = false; ///< It could not be read whole; the values are what could be made out.
     };
 
@@ -36,12 +37,18 @@ public:
         bool m_isHeld = false;
     };
 
+    /// Larger ones are damaged, and are not written. In bytes; a usual one has some thousand.
+    static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
+
     explicit DefaultsFile(QString path);
 
     const QString &path() const { return m_path; }
 
-    /// What the file holds now; no values for a missing or empty one.
-    Content read();
+    /// What the file holds now; no values for a missing or empty one. A pipe or a device is not read.
+    Content read() const;
+
+    /// Takes what others may do with the file away from them, and removes what crashed writes left.
+    void tidy() const;
 
     /// Waits for the lock, at most for `limit`. Creates the folder where it is missing.
     Lock lock(std::chrono::milliseconds limit) const;
@@ -56,11 +63,10 @@ public:
     /// Reads, changes and writes the file under the lock. A damaged file is set aside, and what could be read
     /// of it goes on. False if the file could not be written. When another holds the lock for seconds the
     /// change is made without it: the holder then is a program that hangs.
-    bool update(const std::function<void(QVariantMap &values)> &change);
+    bool update(const std::function<void(QVariantMap &values)> &change) const;
 
 private:
     QString m_path;
-    std::optional<FileIdentity> m_damaged; ///< Of the file in which faults were found.
 };
 
 } // namespace morvane

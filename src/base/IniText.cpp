@@ -23,9 +23,9 @@ bool isHexDigit(char16_t unit)
 QByteArray escapedKey(QStringView key)
 {
     QByteArray escaped;
-    for (const QChar character : key) {
-        const char16_t unit = character.unicode();
-        if (unit == u'/')
+    for (qsizetype at = 0; at < key.size(); ++at) {
+        const char16_t unit = key[at].unicode();
+        if (unit == u'/' && at + 1 < key.size()) // at the end it would take the "=" for its own
             escaped += '\\';
         else if (isAsciiLetterOrDigit(unit) || unit == u'_' || unit == u'-' || unit == u'.')
             escaped += static_cast<char>(unit);
@@ -63,24 +63,33 @@ std::optional<char> shortEscape(char16_t unit)
     }
 }
 
+/// Whether a half of a character has no other at its side, for which there is no UTF-8.
+bool isLoneSurrogate(const QString &text, qsizetype at)
+{
+    if (text[at].isHighSurrogate())
+        return at + 1 == text.size() || !text[at + 1].isLowSurrogate();
+    return text[at].isLowSurrogate() && (at == 0 || !text[at - 1].isHighSurrogate());
+}
+
 /// One text as a value or as an element of a list.
 QByteArray escapedText(const QString &text)
 {
     QString escaped;
     bool needsQuotes = text.isEmpty() || text.startsWith(u' ') || text.endsWith(u' ');
     bool afterHexEscape = false; // a hexadecimal digit would be read as part of it
-    for (const QChar character : text) {
-        const char16_t unit = character.unicode();
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const char16_t unit = text[at].unicode();
         needsQuotes |= unit == u';' || unit == u',' || unit == u'=';
         if (const auto escape = shortEscape(unit)) {
             escaped += u'\\';
             escaped += QLatin1Char(*escape);
             afterHexEscape = false;
-        } else if (unit < 0x20 || unit == 0x7f || (afterHexEscape && isHexDigit(unit))) {
+        } else if (unit < 0x20 || unit == 0x7f || (afterHexEscape && isHexDigit(unit)) ||
+                   isLoneSurrogate(text, at)) {
             escaped += u"\\x"_s + QString::number(unit, 16);
             afterHexEscape = true;
         } else {
-            escaped += character;
+            escaped += text[at];
             afterHexEscape = false;
         }
     }
@@ -88,7 +97,7 @@ QByteArray escapedText(const QString &text)
     return needsQuotes ? '"' + utf8 + '"' : utf8;
 }
 
-/// QSettings takes a text with "@" in front for a value of another type, unless the "@" is doubled.
+/// A text with "@" in front is taken for a value of another type, unless the "@" is doubled.
 QString marked(const QString &text)
 {
     return text.startsWith(u'@') ? u'@' + text : text;
@@ -118,28 +127,32 @@ std::optional<QByteArray> escapedValue(const QVariant &value)
     }
 }
 
+/// The heading over the keys that begin with `prefix`, which is empty or ends with "/".
+QByteArray sectionName(const QString &prefix)
+{
+    if (prefix.isEmpty())
+        return "General";
+    const QString group = prefix.chopped(1);
+    const bool wouldBeTakenForNone = group.compare("general"_L1, Qt::CaseInsensitive) == 0;
+    return (wouldBeTakenForNone ? "%" : "") + escapedKey(group);
+}
+
 } // namespace
 
 QByteArray iniText(const QVariantMap &values)
 {
-    QMap<QString, QByteArray> sections;
+    QMap<QString, QByteArray> sections; // by what their keys begin with
     for (auto value = values.cbegin(); value != values.cend(); ++value) {
         const auto text = escapedValue(*value);
         if (!text)
             continue;
-        const qsizetype slash = value.key().indexOf(u'/');
-        sections[value.key().left(std::max<qsizetype>(slash, 0))] +=
-            escapedKey(QStringView(value.key()).sliced(slash + 1)) + '=' + *text + '\n';
+        const qsizetype prefix = value.key().indexOf(u'/') + 1;
+        sections[value.key().first(prefix)] +=
+            escapedKey(QStringView(value.key()).sliced(prefix)) + '=' + *text + '\n';
     }
     QByteArray text;
-    for (auto section = sections.cbegin(); section != sections.cend(); ++section) {
-        // "General" heads the keys without a group; a group of that name is marked.
-        const QByteArray name = section.key().isEmpty() ? QByteArray("General")
-                                : section.key().compare(u"general"_s, Qt::CaseInsensitive) == 0
-                                    ? "%" + escapedKey(section.key())
-                                    : escapedKey(section.key());
-        text += (text.isEmpty() ? "[" : "\n[") + name + "]\n" + *section;
-    }
+    for (auto section = sections.cbegin(); section != sections.cend(); ++section)
+        text += (text.isEmpty() ? "[" : "\n[") + sectionName(section.key()) + "]\n" + *section;
     return text;
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -41,6 +42,14 @@ std::expected<RegularFile, QString> RegularFile::open(const char *path, Links li
     if (!S_ISREG(status.st_mode))
         return notRegular(status.st_mode);
     return RegularFile(std::move(descriptor), status.st_size);
+}
+
+void RegularFile::makePrivate() const
+{
+    struct stat status{};
+    if (::fstat(m_descriptor.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0 &&
+        status.st_uid == ::geteuid() && status.st_nlink == 1)
+        ::fchmod(m_descriptor.get(), S_IRUSR | S_IWUSR);
 }
 
 std::expected<qint64, QString> RegularFile::read(char *buffer, qint64 capacity)

@@ -20,6 +20,13 @@ public:
     /// In bytes, as the file system tells; the kernel's own files tell 0 and hold more.
     qint64 size() const { return m_size; }
 
+    /// Stays this object's.
+    int descriptor() const { return m_descriptor.get(); }
+
+    /// Takes from others what they may do with the file, if it is the user's own and has no other name (a
+    /// hard link).
+    void makePrivate() const;
+
     /// Reads on into `buffer` until it is full or the file ends; answers how many bytes came. Fails with the
     /// system's reason.
     std::expected<qint64, QString> read(char *buffer, qint64 capacity);

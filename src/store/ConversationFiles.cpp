@@ -1,18 +1,17 @@
 #include "store/ConversationFiles.h"
 
 #include "base/AtomicFile.h"
-#include "base/FileDescriptor.h"
+#include "base/RegularFile.h"
 #include "base/Uuid.h"
 #include "store/ConversationScanner.h"
 
 #include <QFile>
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <exception>
-#include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <sys/stat.h>
 #include <system_error>
@@ -25,6 +24,9 @@ namespace morvane {
 
 namespace {
 
+/// Files are read in pieces of this size. In bytes.
+constexpr qint64 pieceBytes = 256 * 1024;
+
 QByteArray fileName(QUuid id)
 {
     return uuidText(id).toLatin1() + ".json";
@@ -32,29 +34,19 @@ QByteArray fileName(QUuid id)
 
 /// Opens a regular file of a size that can be read; a pipe or a device with a file's name is never waited
 /// for.
-FileDescriptor openForReading(const QString &path)
+std::optional<RegularFile> openForReading(const QString &path)
 {
-    const auto identity = FileIdentity::ofPath(path);
-    if (!identity || identity->size > ConversationFiles::maximumFileBytes)
-        return {};
-    return FileDescriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    auto file = RegularFile::open(QFile::encodeName(path).constData());
+    if (!file || file->size() > ConversationFiles::maximumFileBytes)
+        return std::nullopt;
+    return std::move(*file);
 }
 
-/// Reads up to `size` bytes; -1 on an error, 0 at the end.
-ssize_t readSome(const FileDescriptor &file, char *buffer, std::size_t size)
-{
-    ssize_t count = 0;
-    do
-        count = ::read(file.get(), buffer, size);
-    while (count < 0 && errno == EINTR);
-    return count;
-}
-
-void narrow(const FileDescriptor &file)
+/// What a link leads to may serve others too, and keeps its mode.
+bool isLink(const QString &path)
 {
     struct stat status{};
-    if (::fstat(file.get(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        ::fchmod(file.get(), S_IRUSR | S_IWUSR);
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 /// Runs `work` on this thread and, for more than a handful of items, on a second one at once. The work is
@@ -147,35 +139,35 @@ void ConversationFiles::scanChanged(const QList<QByteArray> &names)
 
 std::optional<ConversationFiles::Scanned> ConversationFiles::scan(const QByteArray &name) const
 try {
-    const FileDescriptor file = openForReading(path(name));
-    if (!file.isOpen())
+    auto file = openForReading(path(name));
+    if (!file)
         return std::nullopt;
-    narrow(file);
-    const auto identity = FileIdentity::ofDescriptor(file.get());
+    if (!isLink(path(name)))
+        file->makePrivate();
+    const auto identity = FileIdentity::ofDescriptor(file->descriptor());
     if (!identity)
         return std::nullopt;
 
-    constexpr std::size_t pieceSize = 256 * 1024;
-    std::vector<char> buffer(std::min(pieceSize, static_cast<std::size_t>(identity->size) + 1));
+    std::vector<char> buffer(static_cast<std::size_t>(std::min(pieceBytes, identity->size + 1)));
     ConversationScanner scanner;
-    ssize_t count = 0;
-    while ((count = readSome(file, buffer.data(), buffer.size())) > 0)
-        if (!scanner.feed(QByteArrayView(buffer.data(), count)))
+    while (true) {
+        const auto count = file->read(buffer.data(), std::ssize(buffer));
+        if (!count)
+            return std::nullopt;
+        if (*count == 0)
+            return Scanned{*identity, scanner.finish()};
+        if (!scanner.feed(QByteArrayView(buffer.data(), *count)))
             return Scanned{*identity, std::nullopt};
-    if (count < 0)
-        return std::nullopt;
-    return Scanned{*identity, scanner.finish()};
+    }
 } catch (const std::exception &) { // Out of memory.
     return std::nullopt;
 }
 
 std::optional<ConversationFile> ConversationFiles::load(QUuid id) const
 try {
-    const FileDescriptor descriptor = openForReading(path(fileName(id)));
-    QFile file;
-    if (!descriptor.isOpen() || !file.open(descriptor.get(), QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return std::nullopt;
-    return decodeConversation(file.readAll());
+    auto file = openForReading(path(fileName(id)));
+    const auto bytes = file ? file->readUpTo(maximumFileBytes) : std::unexpected(QString());
+    return bytes && bytes->size() <= maximumFileBytes ? decodeConversation(*bytes) : std::nullopt;
 } catch (const std::exception &) { // Out of memory.
     return std::nullopt;
 }

@@ -2,7 +2,6 @@
 
 #include "base/AtomicFile.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -52,7 +51,7 @@ UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
     m_retryTimer.setInterval(retryTime);
     QObject::connect(&m_retryTimer, &QTimer::timeout, &m_retryTimer, [this] { write(); });
     static_cast<void>(ensurePrivateFolder(QFileInfo(m_file.path()).path()));
-    QFile::setPermissions(m_file.path(), QFile::ReadOwner | QFile::WriteOwner);
+    m_file.tidy();
     DefaultsFile::Content content = m_file.read();
     m_values = std::move(content.values);
     m_identity = content.identity;

@@ -12,7 +12,7 @@
 
 namespace morvane {
 
-/// The key-value file behind the settings: an INI file as QSettings reads it (0600, its folder 0700).
+/// The key-value file behind the settings: an INI file (0600, its folder 0700; see DefaultsFile).
 ///
 /// `write` hands every change to the kernel before it returns, so that a crash of the program loses nothing.
 /// Within a second a thread of its own brings it to the disk: a flush takes up to tens of milliseconds, and

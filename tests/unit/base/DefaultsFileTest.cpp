@@ -2,11 +2,17 @@
 
 #include "support/TemporaryHome.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <atomic>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
@@ -115,6 +121,78 @@ TEST_F(DefaultsFileTest, ADamagedFileIsSetAsideAndWhatCanBeReadGoesOn)
     EXPECT_TRUE(file.update([](QVariantMap &values) { values.insert("b", "2"); }));
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nb=2\nmodel=a\n"));
     EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), QByteArray("[General]\nmodel=a\nno key here\n"));
+}
+
+TEST_F(DefaultsFileTest, AnotherFileUnderTheSameNameIsReadAnew)
+{
+    for (int round = 0; round < 200; ++round) {
+        const TemporaryHome other;
+        other.write("Morvane.conf", "[General]\nkey=" + QByteArray::number(100 + round));
+        EXPECT_EQ(DefaultsFile(other.path("Morvane.conf")).read().values.value("key").toInt(), 100 + round);
+        home.write("Morvane/Morvane.conf", "[General]\nkey=" + QByteArray::number(500 + round));
+        ASSERT_EQ(file.read().values.value("key").toInt(), 500 + round);
+    }
+}
+
+TEST_F(DefaultsFileTest, WhatIsNoFileIsNotReadAndStays)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    const QByteArray native = QFile::encodeName(path);
+    const auto tryIt = [this] {
+        file.tidy();
+        const DefaultsFile::Content content = file.read();
+        EXPECT_TRUE(content.values.isEmpty());
+        EXPECT_FALSE(content.isDamaged);
+        EXPECT_FALSE(file.update([](QVariantMap &values) { values.insert("a", 1); }));
+        EXPECT_FALSE(QFileInfo::exists(path + ".damaged"));
+    };
+    ASSERT_EQ(::mkfifo(native.constData(), 0600), 0);
+    tryIt();
+    ASSERT_EQ(::unlink(native.constData()), 0);
+    for (const char *device : {"/dev/zero", "/dev/tty"}) {
+        ASSERT_EQ(::symlink(device, native.constData()), 0);
+        const unsigned before = permissionBits(device);
+        tryIt();
+        EXPECT_EQ(permissionBits(device), before);
+        ASSERT_EQ(::unlink(native.constData()), 0);
+    }
+}
+
+TEST_F(DefaultsFileTest, FileOfTheKernelThatNeverEndsIsNotRead)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    ASSERT_EQ(::symlink("/proc/kmsg", QFile::encodeName(path).constData()), 0);
+    EXPECT_TRUE(file.read().values.isEmpty());
+}
+
+TEST_F(DefaultsFileTest, FileTooLargeToBeSettingsIsSetAside)
+{
+    home.write("Morvane/Morvane.conf", "[General]\nmodel=a\n");
+    ASSERT_EQ(::truncate(QFile::encodeName(path).constData(), DefaultsFile::maximumBytes + 1), 0);
+    EXPECT_TRUE(file.read().isDamaged);
+    EXPECT_TRUE(file.update([](QVariantMap &values) { values.insert("b", "2"); }));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nb=2\n"));
+    EXPECT_EQ(QFileInfo(path + ".damaged").size(), DefaultsFile::maximumBytes + 1);
+}
+
+TEST_F(DefaultsFileTest, ValuesTooLargeToBeReadAreNotWritten)
+{
+    ASSERT_TRUE(file.update([](QVariantMap &values) { values.insert("a", "old"); }));
+    EXPECT_FALSE(file.update(
+        [](QVariantMap &values) { values.insert("a", QString(DefaultsFile::maximumBytes, u'x')); }));
+    EXPECT_EQ(file.read().values.value("a").toString(), u"old"_s);
+}
+
+TEST_F(DefaultsFileTest, TidyingRemovesWhatCrashedWritesLeftAlsoBesideALinkedFile)
+{
+    home.write("dotfiles/morvane.conf", "[General]\na=1\n");
+    home.write("dotfiles/.morvane-write-abcdef", "[General]\napiKey_groq=secret\n");
+    home.write("Morvane/.morvane-write-ghijkl", "[General]\napiKey_groq=secret\n");
+    ASSERT_TRUE(QFile::link(home.path("dotfiles/morvane.conf"), path));
+    file.tidy();
+    EXPECT_FALSE(QFileInfo::exists(home.path("dotfiles/.morvane-write-abcdef")));
+    EXPECT_FALSE(QFileInfo::exists(home.path("Morvane/.morvane-write-ghijkl")));
+    EXPECT_EQ(permissionBits(home.path("dotfiles/morvane.conf")), 0600U);
 }
 
 } // namespace

@@ -174,7 +174,8 @@ TEST_F(ConversationFilesTest, PipeInAConversationsPlaceNeitherHangsLoadingNorSav
     ASSERT_EQ(::mkfifo(pathBytes(uuidText(id) + ".json").constData(), 0600), 0);
     EXPECT_EQ(files.load(id), std::nullopt);
     files.save(id, "T", messages, 1);
-    EXPECT_TRUE(files.load(id).has_value());
+    EXPECT_EQ(files.load(id), std::nullopt);
+    EXPECT_TRUE(std::filesystem::is_fifo(pathBytes(uuidText(id) + ".json").toStdString()));
 }
 
 TEST_F(ConversationFilesTest, LinkedConversationIsListed)
@@ -182,6 +183,22 @@ TEST_F(ConversationFilesTest, LinkedConversationIsListed)
     put("real.txt", 1, "linked");
     ASSERT_EQ(::symlink("real.txt", pathBytes("link.json").constData()), 0);
     EXPECT_EQ(titles(), QStringList{"linked"});
+}
+
+TEST_F(ConversationFilesTest, ForeignFilesBehindLinksKeepTheirModeAndContent)
+{
+    const ConversationFile file = put("real.txt", 1, "linked");
+    const QString linked = folder + "/real.txt";
+    ASSERT_EQ(::chmod(pathBytes("real.txt").constData(), 0644), 0);
+    ASSERT_EQ(::symlink("real.txt", pathBytes(uuidText(file.id) + ".json").constData()), 0);
+    ASSERT_EQ(::link(pathBytes("real.txt").constData(), pathBytes("second.json").constData()), 0);
+    const QByteArray before = home.read("Conversations/real.txt");
+    EXPECT_EQ(titles(), (QStringList{"linked", "linked"}));
+    EXPECT_TRUE(files.load(file.id).has_value());
+    files.save(file.id, "saved", messages, 2);
+    EXPECT_EQ(permissionBits(linked), 0644U);
+    EXPECT_EQ(home.read("Conversations/real.txt"), before);
+    EXPECT_EQ(titles(), (QStringList{"saved", "linked"}));
 }
 
 TEST_F(ConversationFilesTest, FilesTooLargeForMemoryAreNotTouched)

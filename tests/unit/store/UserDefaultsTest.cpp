@@ -303,5 +303,23 @@ TEST_F(UserDefaultsTest, LinkedFileStaysLinked)
     EXPECT_EQ(home.read("dotfiles/morvane.conf"), QByteArray("[General]\na=2\n"));
 }
 
+TEST_F(UserDefaultsTest, PipeInTheFilesPlaceHangsNothing)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0644), 0);
+    UserDefaults defaults(path);
+    defaults.set("a", "1");
+    EXPECT_FALSE(defaults.write());
+    EXPECT_EQ(defaults.value("a"), QVariant("1"));
+    EXPECT_EQ(permissionBits(path), 0644U);
+}
+
+TEST_F(UserDefaultsTest, WhatACrashedWriteLeftIsRemovedAtTheNextStart)
+{
+    home.write("Morvane/.morvane-write-abcdef", "[General]\napiKey_groq=secret\n");
+    const UserDefaults defaults(path);
+    EXPECT_TRUE(entries().isEmpty());
+}
+
 } // namespace
 } // namespace morvane

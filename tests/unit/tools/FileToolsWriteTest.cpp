@@ -72,13 +72,14 @@ TEST_F(WriteFileTest, ANewFileGetsThePermissionsOfAnyOther)
     EXPECT_EQ(permissionBits(path("new")), 0640u);
 }
 
-TEST_F(WriteFileTest, FollowsALinkAndLeavesIt)
+TEST_F(WriteFileTest, TakesALinksPlaceAndLeavesWhatItLedTo)
 {
     write("target", "old");
     makeLink(path("target"), "link");
     EXPECT_EQ(FileTools::writeFile("~/link", "new"), "Wrote 3 characters to " + path("link") + ".");
-    EXPECT_TRUE(QFileInfo(path("link")).isSymLink());
-    EXPECT_EQ(home.read("target"), "new");
+    EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
+    EXPECT_EQ(home.read("link"), "new");
+    EXPECT_EQ(home.read("target"), "old");
 }
 
 TEST_F(WriteFileTest, LeavesNoOtherFileBehind)
