@@ -126,8 +126,8 @@ void IniReader::skipEscape()
         return;
     ++m_at;
     // A line end of two characters is one.
-    const bool isPair = left > 1 && endsLine(m_text[m_at]) && endsLine(m_text[m_at + 1]) &&
-                        m_text[m_at] != m_text[m_at + 1];
+    const bool isPair =
+        left > 1 && endsLine(m_text[m_at]) && endsLine(m_text[m_at + 1]) && m_text[m_at] != m_text[m_at + 1];
     if (isPair)
         ++m_at;
 }
