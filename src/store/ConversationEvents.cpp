@@ -35,21 +35,22 @@ const ConversationEvents::Record ConversationEvents::conversation{{{"id", Type::
                                                                    {"messages", Type::list}}};
 
 const ConversationEvents::Record ConversationEvents::message{
-    {{"id", Type::uuid},
-     {"role", Type::role},
-     {"text", Type::text},
-     {"isStreaming", Type::flag},
-     {"errorMessage", Type::text, Presence::optional},
-     {"attachments", Type::list, Presence::optional},
-     {"date", Type::date}}};
+    {{"id", Type::uuid, Presence::required, Member::messageID},
+     {"role", Type::role, Presence::required, Member::role},
+     {"text", Type::text, Presence::required, Member::text},
+     {"isStreaming", Type::flag, Presence::required, Member::isStreaming},
+     {"errorMessage", Type::text, Presence::optional, Member::errorMessage},
+     {"attachments", Type::list, Presence::optional, Member::attachments},
+     {"date", Type::date, Presence::required, Member::date}}};
 
-const ConversationEvents::Record ConversationEvents::attachment{{{"id", Type::uuid},
-                                                                 {"filename", Type::text},
-                                                                 {"kind", Type::kind},
-                                                                 {"data", Type::base64, Presence::optional},
-                                                                 {"extractedText", Type::text},
-                                                                 {"mimeType", Type::text, Presence::optional},
-                                                                 {"byteSize", Type::size}}};
+const ConversationEvents::Record ConversationEvents::attachment{
+    {{"id", Type::uuid, Presence::required, Member::attachmentID},
+     {"filename", Type::text, Presence::required, Member::filename},
+     {"kind", Type::kind, Presence::required, Member::kind},
+     {"data", Type::base64, Presence::optional, Member::data},
+     {"extractedText", Type::text, Presence::required, Member::extractedText},
+     {"mimeType", Type::text, Presence::optional, Member::mimeType},
+     {"byteSize", Type::size, Presence::required, Member::byteSize}}};
 
 void ConversationEvents::open(const Record &record)
 {
@@ -58,12 +59,22 @@ void ConversationEvents::open(const Record &record)
     for (std::size_t i = 0; i < record.size(); ++i)
         if (!record[i].key.empty() && record[i].presence == Presence::required)
             opened.wrong |= 1U << i;
+    if (m_builder && &record == &message)
+        m_builder->beginMessage();
+    else if (m_builder && &record == &attachment)
+        m_builder->beginAttachment();
 }
 
 ConversationEvents::Type ConversationEvents::expected() const
 {
     const Field *const field = isField() ? m_frames[m_depth - 1].field : nullptr;
     return field ? field->type : Type::unknown;
+}
+
+ConversationEvents::Member ConversationEvents::member() const
+{
+    const Field *const field = isField() ? m_frames[m_depth - 1].field : nullptr;
+    return field ? field->member : Member::none;
 }
 
 void ConversationEvents::settle(bool isRight)
@@ -123,8 +134,13 @@ bool ConversationEvents::on_array_begin(Error &)
     } else if (expected() == Type::list) {
         frame().inList = true;
         frame().listIsRight = true;
-        if (frame().record == &conversation)
+        const bool isMessages = frame().record == &conversation;
+        if (isMessages)
             m_summary.messageCount = 0;
+        if (m_builder && isMessages)
+            m_builder->beginMessages();
+        else if (m_builder)
+            m_builder->beginAttachments();
     } else {
         takeScalar(false);
         m_passedOver = 1;
@@ -178,6 +194,8 @@ void ConversationEvents::takeBase64(std::string_view part)
 
 void ConversationEvents::takeText(std::string_view part)
 {
+    if (m_builder)
+        m_builder->addText(member(), part);
     switch (expected()) {
     case Type::title:
         m_text.append(part);
@@ -229,7 +247,10 @@ bool ConversationEvents::on_string_part(std::string_view part, std::size_t, Erro
 bool ConversationEvents::on_string(std::string_view part, std::size_t, Error &)
 {
     takeText(part);
-    takeScalar(textIsRight());
+    const bool isRight = textIsRight();
+    if (m_builder)
+        m_builder->endText(member(), isRight);
+    takeScalar(isRight);
     m_text.clear();
     m_base64Length = 0;
     m_base64Padding = 0;
@@ -237,9 +258,11 @@ bool ConversationEvents::on_string(std::string_view part, std::size_t, Error &)
     return true;
 }
 
-void ConversationEvents::takeNumber(double number, bool isInteger)
+void ConversationEvents::takeNumber(double number, std::optional<qint64> integer)
 {
     m_number.clear();
+    if (m_builder)
+        m_builder->setNumber(member(), number, integer.value_or(0));
     switch (expected()) {
     case Type::created:
         m_summary.createdAt = number;
@@ -253,7 +276,7 @@ void ConversationEvents::takeNumber(double number, bool isInteger)
         takeScalar(true);
         break;
     case Type::size:
-        takeScalar(isInteger);
+        takeScalar(integer.has_value());
         break;
     default:
         takeScalar(false);
@@ -268,13 +291,13 @@ bool ConversationEvents::on_number_part(std::string_view part, Error &)
 
 bool ConversationEvents::on_int64(std::int64_t number, std::string_view, Error &)
 {
-    takeNumber(static_cast<double>(number), true);
+    takeNumber(static_cast<double>(number), number);
     return true;
 }
 
 bool ConversationEvents::on_uint64(std::uint64_t number, std::string_view, Error &)
 {
-    takeNumber(static_cast<double>(number), integerFromJson(number).has_value());
+    takeNumber(static_cast<double>(number), integerFromJson(number));
     return true;
 }
 
@@ -285,18 +308,22 @@ bool ConversationEvents::on_double(double approximation, std::string_view part, 
         error = boost::json::error::exponent_overflow;
         return false;
     }
-    takeNumber(*number, integerFromJson(*number).has_value());
+    takeNumber(*number, integerFromJson(*number));
     return true;
 }
 
-bool ConversationEvents::on_bool(bool, Error &)
+bool ConversationEvents::on_bool(bool value, Error &)
 {
+    if (m_builder)
+        m_builder->setFlag(member(), value);
     takeScalar(expected() == Type::flag);
     return true;
 }
 
 bool ConversationEvents::on_null(Error &)
 {
+    if (m_builder)
+        m_builder->setNull(member());
     takeScalar(isField() && frame().field && frame().field->presence == Presence::optional);
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/ConversationBuilder.h"
 #include "store/ConversationSummary.h"
 
 #include <array>
@@ -8,14 +9,14 @@
 #include <boost/json/object.hpp>
 #include <boost/json/string.hpp>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace morvane {
 
-/// Follows a JSON parser's events through a conversation file and checks every key as decodeConversation
-/// does: of two equal keys the last one counts, unknown keys are passed over. A handler for
-/// boost::json::basic_parser.
+/// Follows a JSON parser's events through a conversation file and checks every key: of two equal keys the
+/// last one counts, unknown keys are passed over. A handler for boost::json::basic_parser.
 class ConversationEvents {
 public:
     static constexpr std::size_t max_object_size = boost::json::object::max_size();
@@ -24,6 +25,9 @@ public:
     static constexpr std::size_t max_string_size = boost::json::string::max_size();
 
     using Error = boost::json::error_code;
+
+    /// Tells the messages to `builder` as well, which must outlive it.
+    void buildWith(ConversationBuilder &builder) { m_builder = &builder; }
 
     /// Whether the document, once it has ended, was a conversation.
     bool isConversation() const { return m_isConversation; }
@@ -65,10 +69,12 @@ private:
         list
     };
     enum class Presence { required, optional };
+    using Member = ConversationBuilder::Member;
     struct Field {
         std::string_view key;
         Type type = Type::unknown;
         Presence presence = Presence::required;
+        Member member = Member::none;
     };
     /// The keys of one kind of object.
     using Record = std::array<Field, 7>;
@@ -87,7 +93,8 @@ private:
     void open(const Record &record);
     void settle(bool isRight);
     void takeScalar(bool isRight);
-    void takeNumber(double number, bool isInteger);
+    void takeNumber(double number, std::optional<qint64> integer);
+    Member member() const;
     void takeText(std::string_view part);
     void takeBase64(std::string_view part);
     bool textIsRight();
@@ -105,6 +112,7 @@ private:
     std::size_t m_base64Padding = 0;
     bool m_base64IsRight = true;
     bool m_isConversation = false;
+    ConversationBuilder *m_builder = nullptr;
     ConversationSummary m_summary;
 };
 

@@ -3,8 +3,9 @@
 #include "base/Json.h"
 #include "base/Uuid.h"
 #include "model/ChatMessageJson.h"
+#include "store/ConversationScanner.h"
 
-#include <boost/json/monotonic_resource.hpp>
+#include <utility>
 
 namespace morvane {
 
@@ -12,49 +13,47 @@ namespace json = boost::json;
 
 QByteArray encodeConversation(const ConversationFile &file)
 {
-    json::array messages;
-    messages.reserve(static_cast<std::size_t>(file.messages.size()));
-    for (const ChatMessage &message : file.messages)
-        messages.emplace_back(toJson(message));
-
     json::object object;
     object.emplace("id", jsonFromText(uuidText(file.id)));
     object.emplace("title", jsonFromText(file.title));
     object.emplace("createdAt", file.createdAt);
     object.emplace("updatedAt", file.updatedAt);
-    object.emplace("messages", std::move(messages));
-    return serializeJson(object);
+    object.emplace("messages", json::array());
+    QByteArray bytes = serializeJson(object);
+    bytes.chop(2); // the brackets of the list and of all
+    // One by one, so that the values of all messages never stand in memory beside their text.
+    for (const ChatMessage &message : file.messages) {
+        if (&message != &file.messages.front())
+            bytes += ',';
+        bytes += serializeJson(toJson(message));
+    }
+    return bytes + "]}";
+}
+
+std::optional<ConversationFile> decodeConversation(const ConversationPieces &nextPiece)
+{
+    ConversationBuilder builder;
+    ConversationScanner scanner(builder);
+    while (true) {
+        const auto piece = nextPiece();
+        if (!piece || (!piece->isEmpty() && !scanner.feed(*piece)))
+            return std::nullopt;
+        if (piece->isEmpty())
+            break;
+    }
+    auto summary = scanner.finish();
+    if (!summary)
+        return std::nullopt;
+    return ConversationFile{.id = summary->id,
+                            .title = std::move(summary->title),
+                            .createdAt = summary->createdAt,
+                            .updatedAt = summary->updatedAt,
+                            .messages = builder.takeMessages()};
 }
 
 std::optional<ConversationFile> decodeConversation(QByteArrayView bytes)
 {
-    json::monotonic_resource memory;
-    const auto value = parseJson(bytes, &memory);
-    const json::object *const object = value ? value->if_object() : nullptr;
-    if (!object)
-        return std::nullopt;
-    const auto idText = stringMember(*object, "id");
-    const auto id = idText ? uuidFromText(*idText) : std::nullopt;
-    auto title = stringMember(*object, "title");
-    const auto createdAt = numberMember(*object, "createdAt");
-    const auto updatedAt = numberMember(*object, "updatedAt");
-    const json::array *const messages = arrayMember(*object, "messages");
-    if (!id || !title || !createdAt || !updatedAt || !messages)
-        return std::nullopt;
-
-    ConversationFile file{.id = *id,
-                          .title = std::move(*title),
-                          .createdAt = *createdAt,
-                          .updatedAt = *updatedAt,
-                          .messages = {}};
-    file.messages.reserve(static_cast<qsizetype>(messages->size()));
-    for (const json::value &element : *messages) {
-        auto message = chatMessageFromJson(element);
-        if (!message)
-            return std::nullopt;
-        file.messages.append(std::move(*message));
-    }
-    return file;
+    return decodeConversation([bytes]() mutable { return std::optional(std::exchange(bytes, {})); });
 }
 
 } // namespace morvane

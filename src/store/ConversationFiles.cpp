@@ -166,8 +166,13 @@ try {
 std::optional<ConversationFile> ConversationFiles::load(QUuid id) const
 try {
     auto file = openForReading(path(fileName(id)));
-    const auto bytes = file ? file->readUpTo(maximumFileBytes) : std::unexpected(QString());
-    return bytes && bytes->size() <= maximumFileBytes ? decodeConversation(*bytes) : std::nullopt;
+    if (!file)
+        return std::nullopt;
+    std::vector<char> buffer(static_cast<std::size_t>(std::min(pieceBytes, file->size() + 1)));
+    return decodeConversation([&file, &buffer]() -> std::optional<QByteArrayView> {
+        const auto count = file->read(buffer.data(), std::ssize(buffer));
+        return count ? std::optional(QByteArrayView(buffer.data(), *count)) : std::nullopt;
+    });
 } catch (const std::exception &) { // Out of memory.
     return std::nullopt;
 }

@@ -9,6 +9,8 @@ namespace morvane {
 
 class ConversationScanner::Parser {
 public:
+    void buildWith(ConversationBuilder &builder) { m_parser.handler().buildWith(builder); }
+
     bool feed(QByteArrayView piece)
     {
         if (m_isFirst && piece.startsWith(utf8ByteOrderMark))
@@ -42,6 +44,11 @@ private:
 };
 
 ConversationScanner::ConversationScanner() : m_parser(std::make_unique<Parser>()) {}
+
+ConversationScanner::ConversationScanner(ConversationBuilder &builder) : ConversationScanner()
+{
+    m_parser->buildWith(builder);
+}
 
 ConversationScanner::~ConversationScanner() = default;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/ConversationBuilder.h"
 #include "store/ConversationSummary.h"
 
 #include <QByteArrayView>
@@ -8,11 +9,13 @@
 
 namespace morvane {
 
-/// Reads a conversation file piece by piece and keeps its summary only: several times faster than decoding,
-/// and in constant memory, yet it accepts exactly the files that decodeConversation accepts.
+/// Reads a conversation file piece by piece. It keeps its summary only, in constant memory, unless a builder
+/// is to have the messages; then the memory is that of the messages.
 class ConversationScanner {
 public:
     ConversationScanner();
+    /// `builder` must outlive it.
+    explicit ConversationScanner(ConversationBuilder &builder);
     ~ConversationScanner();
 
     /// Takes the next bytes; false if the file cannot be decoded, whatever follows. The first piece must hold

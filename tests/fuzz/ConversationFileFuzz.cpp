@@ -1,16 +1,19 @@
 #include "store/ConversationFile.h"
 #include "store/ConversationScanner.h"
+#include "support/ConversationOracle.h"
 
 #include <algorithm>
 #include <cstdlib>
 
-/// The scan of a conversation file, in pieces, accepts what decoding accepts and finds the same; what was
-/// decoded survives being written and read again.
+/// Decoding gives what the whole file as one value gives; the scan of it, in pieces, accepts what decoding
+/// accepts and finds the same; what was decoded survives being written and read again.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {
     using namespace morvane;
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
     const auto decoded = decodeConversation(bytes);
+    if (decoded != conversationOfWholeValue(bytes))
+        std::abort();
 
     ConversationScanner scanner;
     const qsizetype pieceSize = 3 + bytes.size() % 61;

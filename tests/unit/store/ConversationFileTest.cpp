@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/Uuid.h"
+#include "support/ConversationOracle.h"
 #include "support/SampleConversation.h"
 
 #include <gtest/gtest.h>
@@ -90,6 +91,45 @@ TEST(ConversationFileTest, WhatIsNoConversationGivesNothing)
         EXPECT_EQ(decodeConversation(text), std::nullopt) << text;
     EXPECT_EQ(decodeConversation(emptyConversation + 'x'), std::nullopt);
     EXPECT_EQ(decodeConversation(emptyConversation.chopped(1)), std::nullopt);
+}
+
+TEST(ConversationFileTest, PiecesOfAnySizeAreDecodedAlike)
+{
+    ConversationFile file = sampleConversation(3, 40, 50);
+    file.messages[0].text = u"é€😀한\uFEFF"_s;
+    file.messages[1].errorMessage = u"😀"_s;
+    const QByteArray bytes = encodeConversation(file);
+    for (qsizetype size = 3; size < 70; ++size) {
+        QByteArrayView left = bytes;
+        const auto read = decodeConversation([&left, size] {
+            const QByteArrayView piece = left.first(std::min(size, left.size()));
+            left = left.sliced(piece.size());
+            return std::optional(piece);
+        });
+        ASSERT_EQ(read, file) << size;
+    }
+    EXPECT_EQ(decodeConversation([] { return std::optional<QByteArrayView>(); }), std::nullopt);
+}
+
+TEST(ConversationFileTest, TheLastOfEqualKeysCountsAmongMessagesToo)
+{
+    const QByteArray text = encodeConversation(sampleConversation(2, 20, 30));
+    const qsizetype list = text.indexOf("\"messages\":") + 11;
+    const QByteArray messages = text.sliced(list).chopped(1);
+    for (const QByteArray &more :
+         {QByteArray("[]"), messages, QByteArray("[{}]"), QByteArray("null"), QByteArray("7")}) {
+        const QByteArray twice = text.chopped(1) + ",\"messages\":" + more + "}";
+        EXPECT_EQ(decodeConversation(twice), conversationOfWholeValue(twice)) << more.constData();
+        const QByteArray swapped = text.first(list) + more + ",\"messages\":" + messages + "}";
+        EXPECT_EQ(decodeConversation(swapped), conversationOfWholeValue(swapped)) << more.constData();
+    }
+    for (const QByteArray &more : {QByteArray("\"text\":\"other\""), QByteArray("\"errorMessage\":null"),
+                                   QByteArray("\"attachments\":null"), QByteArray("\"attachments\":[]"),
+                                   QByteArray("\"text\":1"), QByteArray("\"x\":{\"text\":[\"no\"]}")}) {
+        QByteArray twice = text;
+        twice.replace("},{\"id\"", "," + more + "},{\"id\"");
+        EXPECT_EQ(decodeConversation(twice), conversationOfWholeValue(twice)) << more.constData();
+    }
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "store/ConversationFile.h"
+#include "support/ConversationOracle.h"
 #include "support/SampleConversation.h"
 
 #include <gtest/gtest.h>
@@ -25,6 +26,7 @@ std::optional<ConversationSummary> scanned(QByteArrayView bytes, qsizetype piece
 std::optional<ConversationSummary> decoded(QByteArrayView bytes)
 {
     const auto file = decodeConversation(bytes);
+    EXPECT_EQ(file, conversationOfWholeValue(bytes)) << bytes.toByteArray().constData();
     if (!file)
         return std::nullopt;
     return ConversationSummary{.id = file->id,
