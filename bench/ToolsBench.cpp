@@ -1,8 +1,11 @@
-// What reading a web page costs: an ordinary page, a page of search results, and pages made to be slow.
-// Prints JSON.
+// What reading a web page costs: an ordinary page, a page of search results, and pages made to be slow. And
+// what deciding on a call costs: an ordinary command, one that writes a source file, and megabytes made to be
+// slow. Prints JSON.
 
+#include "base/Json.h"
 #include "tools/SearchResults.h"
 #include "tools/StripHTML.h"
+#include "tools/ToolDescription.h"
 
 #include <QElapsedTimer>
 #include <QString>
@@ -36,6 +39,32 @@ template <class Work> double milliseconds(Work work)
     return best;
 }
 
+/// Milliseconds from a call as it came to what the gate needs of it.
+double deciding(const QString &command)
+{
+    const AIToolCall call{
+        u"run_shell_command"_s, boost::json::object{{"command", jsonFromText(command)}}, {}, {}};
+    return milliseconds([&call] { describe(call); });
+}
+
+void printDecisions()
+{
+    const auto megabyteOf = [](const QString &part) {
+        return part.repeated(1'000'000 / part.toUtf8().size());
+    };
+    const QString source = u"for (int i = 0; i < n; ++i) rms += x[i] * x[i]; // the rm value\n"_s;
+    describe({}); // compiles the patterns
+    std::printf(
+        "{\"decide_short_us\": %.1f, \"decide_2kB_us\": %.1f, \"decide_50kB_us\": %.1f,\n"
+        " \"decide_1MB_text_ms\": %.2f, \"decide_1MB_rm_ms\": %.2f, \"decide_1MB_push_ms\": %.2f,\n"
+        " \"decide_1MB_marks_ms\": %.2f, \"decide_1MB_blanks_ms\": %.2f, \"decide_1MB_emoji_ms\": %.2f}\n",
+        deciding(u"ls -la"_s) * 1000, deciding(source.repeated(2'000 / source.size())) * 1000,
+        deciding(source.repeated(50'000 / source.size())) * 1000, deciding(megabyteOf(source)),
+        deciding(megabyteOf(u"rm x "_s)), deciding(megabyteOf(u"git push find - "_s)),
+        deciding(megabyteOf(u"rm\u0301"_s)), deciding(megabyteOf(u"\u2003"_s)),
+        deciding(megabyteOf(u"\U0001f600"_s)));
+}
+
 } // namespace
 
 int main()
@@ -59,5 +88,6 @@ int main()
                 milliseconds([&] { stripHTML(entities); }),
                 milliseconds([&] { SearchResults::parseDDGResults(links + u'>'); }),
                 static_cast<long long>(pageSize));
+    printDecisions();
     return 0;
 }

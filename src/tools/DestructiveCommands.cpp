@@ -1,18 +1,17 @@
 #include "tools/DestructiveCommands.h"
 
-#include "base/Regex.h"
+#include "tools/CommandLetters.h"
 
-#include <chrono>
-#include <vector>
+#include <iterator>
+#include <re2/re2.h>
+#include <string>
+#include <string_view>
 
 namespace morvane {
 namespace {
 
-/// For all patterns together; the user must not feel it when the main thread asks.
-constexpr std::chrono::milliseconds timeLimit{20};
-
 /// Searched in a lower-cased command, so "secureErase" and "zeroDisk" never match; they stay for the reader.
-constexpr const char16_t *expressions[] = {
+constexpr QStringView expressions[] = {
     uR"(\brm\s+[^\n]*-\w*[rf]\w*)",
     uR"(\brmdir\b)",
     uR"(\bmkfs\w*\b)",
@@ -30,14 +29,53 @@ constexpr const char16_t *expressions[] = {
     uR"(\bfind\s+[^\n]*\s-delete\b)",
 };
 
-const std::vector<Regex> &patterns()
+bool isAscii(QStringView text)
 {
-    static const std::vector<Regex> compiled = [] {
-        std::vector<Regex> list;
-        for (const char16_t *const expression : expressions)
-            list.push_back(Regex::compile(expression).value());
-        return list;
-    }();
+    char16_t seen = 0;
+    for (const char16_t unit : std::u16string_view(text.utf16(), static_cast<std::size_t>(text.size())))
+        seen |= unit;
+    return seen < 0x80;
+}
+
+/// The expression over the letters of commandLetters().
+std::string overLetters(QStringView expression)
+{
+    std::string result;
+    for (qsizetype at = 0; at < expression.size(); ++at) {
+        const QStringView rest = expression.sliced(at);
+        const bool isClass = rest.startsWith(u"\\w") || rest.startsWith(u"\\s") || rest.startsWith(u"\\d");
+        if (isClass) {
+            const char16_t letter = rest[1].unicode();
+            result += std::string("[") +
+                      (letter == u'w'   ? wordLetters
+                       : letter == u's' ? spaceLetters
+                                        : digitLetters) +
+                      ']';
+            ++at;
+        } else if (rest.front() == u'.') {
+            result += std::string("[^") + lineEndLetters + ']';
+        } else {
+            result += static_cast<char>(rest.front().unicode());
+        }
+    }
+    return result;
+}
+
+/// One automaton for all of them, which reads each letter once.
+const re2::RE2 &automaton()
+{
+    static const re2::RE2 compiled(
+        [] {
+            std::string all;
+            for (const QStringView expression : expressions)
+                all += (all.empty() ? "(?:" : "|(?:") + overLetters(expression) + ')';
+            return all;
+        }(),
+        [] {
+            re2::RE2::Options options(re2::RE2::Latin1);
+            options.set_never_capture(true);
+            return options;
+        }());
     return compiled;
 }
 
@@ -45,15 +83,13 @@ const std::vector<Regex> &patterns()
 
 bool isDestructiveCommand(const QString &command)
 {
-    const auto deadline = std::chrono::steady_clock::now() + timeLimit;
-    const QString lowered = command.toLower();
-    for (const Regex &pattern : patterns()) {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (pattern.contains(lowered, left).value_or(true))
-            return true;
-    }
-    return false;
+    return re2::RE2::PartialMatch(
+        isAscii(command) ? commandLetters(command) : commandLetters(command.toLower()), automaton());
+}
+
+QList<QStringView> destructivePatterns()
+{
+    return {std::begin(expressions), std::end(expressions)};
 }
 
 } // namespace morvane

@@ -184,10 +184,16 @@ TEST_F(HostileCommandTest, ADestructivePartAnywhereInAMegabyteAsks)
     const qsizetype size = 1'000'000;
     expectAsked({"rm -rf x " + QString(size, u'a'), QString(size, u'a') + "; rm -rf x",
                  QString(size, u' ') + "sudo ls", QString("ls\n").repeated(size / 3) + "sudo ls",
-                 QString("rm ").repeated(size / 3), QString("rm x\n").repeated(size / 5) + "rm -f x",
-                 "git push " + QString(size, u'-') + " -f", QString("find ").repeated(size / 5) + " -delete",
+                 QString("rm x\n").repeated(size / 5) + "rm -f x", "git push " + QString(size, u'-') + " -f",
+                 QString("find ").repeated(size / 5) + " -delete",
                  "kill " + QString("-").repeated(size) + "9; reboot",
                  QString("\u202E").repeated(size) + "sudo ls"});
+}
+
+TEST_F(HostileCommandTest, AMegabyteThatOnlyBeginsToDestroyDoesNotAsk)
+{
+    expectUnasked({QString("rm ").repeated(333'333), QString("git push ").repeated(111'111),
+                   QString("find -").repeated(166'666)});
 }
 
 TEST_F(HostileCommandTest, TheModelCanAddAWarningButTakeNoneAway)
