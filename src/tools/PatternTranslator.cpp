@@ -59,10 +59,23 @@ std::string quoted(char32_t character)
 
 std::optional<std::string> PatternTranslator::translate()
 {
-    translateAlternatives();
-    if (m_gaveUp || m_position < m_pattern.size()) // a ")" without its "("
+    translateWhole();
+    // What stands in front of the flag was translated as if case mattered there.
+    if (m_ignoresCase)
+        translateWhole();
+    if (m_gaveUp)
         return std::nullopt;
     return m_output;
+}
+
+void PatternTranslator::translateWhole()
+{
+    m_position = 0;
+    m_output.clear();
+    m_hasFlags = false;
+    translateAlternatives();
+    if (m_position < m_pattern.size()) // a ")" without its "("
+        m_gaveUp = true;
 }
 
 void PatternTranslator::translateAlternatives()
@@ -194,6 +207,9 @@ void PatternTranslator::translateSet()
 /// A set of characters, ranges and classes; false if there is anything else in it.
 bool PatternTranslator::translateSimpleSet()
 {
+    // "[:digit:]" is a class and no set of letters.
+    if (next(u"[:"))
+        return false;
     skip(u"[");
     const bool isNegated = skip(u"^");
     // Without case, ICU adds the relatives of the members after it has negated the set.

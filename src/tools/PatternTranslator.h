@@ -25,6 +25,7 @@ public:
     bool ignoresCase() const { return m_ignoresCase; }
 
 private:
+    void translateWhole();
     void translateAlternatives();
     void translateElement();
     void translateEscape();
