@@ -3,7 +3,6 @@
 #include "tools/TodoList.h"
 #include "tools/ToolTable.h"
 
-#include <exception>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -32,13 +31,12 @@ Task<ToolResult> BuiltinTools::execute(ToolPermit permit)
     const ToolRecord *const record = findTool(call.name);
     if (!record || !record->handler)
         co_return u"Error: unknown tool "_s + call.name + u'.';
-    QString failure;
     try {
         co_return co_await record->handler(m_services, call.arguments);
-    } catch (const std::exception &error) {
-        failure = QString::fromUtf8(error.what());
+    } catch (...) {
+        // The words of a library mean nothing to the user, who reads them in the log.
+        co_return u"Error: the tool could not be carried out."_s;
     }
-    co_return u"Error: "_s + failure;
 }
 
 } // namespace morvane

@@ -45,8 +45,13 @@ QString Calculator::formatNumber(double value)
     constexpr double wholeNumberBound = 1e15;
     if (value == std::round(value) && std::abs(value) < wholeNumberBound)
         return QString::number(static_cast<qint64>(value));
-    std::array<char, 32> text; // The longest shortest form, "-1.7976931348623157e+308", has 24 characters.
-    const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
+    // Smaller numbers are written with an exponent; this one and those up to it as a person writes them down.
+    constexpr double smallestPlain = 1e-6;
+    const bool isPlainFraction = std::abs(value) >= smallestPlain && std::abs(value) < 1;
+    std::array<char, 32> text; // The longest ones have 25 characters: "-0.0000012345678901234567".
+    char *const end = text.data() + text.size();
+    const auto result = isPlainFraction ? std::to_chars(text.data(), end, value, std::chars_format::fixed)
+                                        : std::to_chars(text.data(), end, value);
     return QString::fromLatin1(text.data(), result.ptr - text.data());
 }
 

@@ -8,6 +8,9 @@ namespace {
 /// Room for 4,000 characters of 250 bytes; those that people write have up to some 30.
 constexpr qsizetype keptBytes = 1 << 20;
 
+/// Room for 4,000 blank characters, of which CR LF is the longest.
+constexpr qsizetype keptBlanks = 8'000;
+
 bool isBlank(char byte)
 {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
@@ -74,8 +77,11 @@ void CommandOutput::check(QByteArrayView bytes)
 
 void CommandOutput::keep(QByteArrayView bytes)
 {
-    if (m_kept.isEmpty())
-        bytes = bytes.sliced(std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin());
+    if (m_kept.isEmpty()) {
+        const qsizetype blanks = std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin();
+        m_leadingBlanks += bytes.first(std::min(blanks, keptBlanks - m_leadingBlanks.size()));
+        bytes = bytes.sliced(blanks);
+    }
     const qsizetype room = std::min(keptBytes - m_kept.size(), bytes.size());
     m_kept += bytes.first(room);
     m_droppedText = m_droppedText || !std::all_of(bytes.begin() + room, bytes.end(), isBlank);

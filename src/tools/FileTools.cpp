@@ -117,7 +117,14 @@ std::expected<void, QString> ensureFolderOf(const QByteArray &path)
     return {};
 }
 
-/// Replaces or creates a file. Refuses what is not a regular file and what the user may not write, although a
+bool isLink(const QByteArray &path)
+{
+    struct stat status{};
+    return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+/// Replaces or creates a file. A link is replaced by the file itself: what it leads to is not what the user
+/// allowed to be changed. Refuses what is not a regular file and what the user may not write, although a
 /// rename could replace both. Fails with the system's reason.
 std::expected<void, QString> replaceFile(const QString &path, QByteArrayView bytes)
 {
@@ -125,6 +132,11 @@ std::expected<void, QString> replaceFile(const QString &path, QByteArrayView byt
     if (native.isEmpty())
         return std::unexpected(systemReason(ENOENT));
     const auto status = statusOf(native);
+    if (isLink(native)) {
+        const bool hasMode = status && S_ISREG(status->st_mode);
+        return writeFileAtomically(path, bytes, Durability::powerLoss,
+                                   hasMode ? status->st_mode & 0777 : newFileMode());
+    }
     if (!status)
         return writeFileAtomically(path, bytes, Durability::powerLoss, newFileMode());
     if (S_ISDIR(status->st_mode))

@@ -131,7 +131,9 @@ QString ShellRun::result() const
     const QString output = m_streams[0].text.text();
     const QString errors = m_streams[1].text.text();
     const bool both = !output.isEmpty() && !errors.isEmpty();
-    QString body = trimmed(both ? output + u'\n' + errors : output + errors);
+    // Blanks in front of the whole are cut off, those between the two are not.
+    QString body =
+        trimmed(both ? output + u'\n' + m_streams[1].text.blanksInFront() + errors : output + errors);
     if (m_timedOut)
         body.prepend(u"The command did not finish within 30 seconds and was stopped.\n"_s);
     body = firstCharacters(body, answerCharacters);

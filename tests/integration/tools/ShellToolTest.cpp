@@ -128,6 +128,14 @@ TEST_F(ShellToolTest, OutputComesBeforeErrorsWhateverTheirOrder)
     EXPECT_EQ(run("echo error >&2"), "error");
 }
 
+TEST_F(ShellToolTest, BlanksBetweenOutputAndErrorsStay)
+{
+    EXPECT_EQ(run("echo out; printf '  \\n\\t err \\n' >&2"), "out\n\n  \n\t err");
+    EXPECT_EQ(run("printf ' \\n'; printf '\\n  err' >&2"), "err");
+    EXPECT_EQ(run("printf 'out  \\n'; printf ' \\n ' >&2"), "out");
+    EXPECT_EQ(run("printf out; printf '%4100s' err >&2"), "out\n" + QString(3'996, u' '));
+}
+
 TEST_F(ShellToolTest, FourThousandCharactersAreReturnedWithoutANote)
 {
     EXPECT_EQ(run("printf 'x%.0s' {1..40000}"), QString(4000, 'x'));

@@ -57,6 +57,33 @@ TEST_F(AgentLoopEndingsTest, RepetitionIsCountedAcrossTurns)
     EXPECT_EQ(lastMessage().text, repetitionNote);
 }
 
+TEST_F(AgentLoopEndingsTest, TheNotesAreAppendedToWhatASubagentHasSaid)
+{
+    const AIToolCall subagent = toolCall(u"task"_s, R"({"description":"look"})");
+    const AIToolCall call = toolCall(u"calculate"_s, R"({"expression":"1"})");
+    service.willTurn(Service::calls({subagent}));
+    service.willTurn(Service::answer(u"All is well."_s));
+    service.willTurn(Service::calls({call, call, call}));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastMessage().text, u"All is well.\n\n"_s + repetitionNote);
+
+    settings->setMaxSteps(1);
+    service.willTurn(Service::calls({subagent}));
+    service.willTurn(Service::answer(u"Still well."_s));
+    sendAndFinish(u"again"_s);
+    EXPECT_EQ(lastMessage().text, u"Still well.\n\n"_s + limitNote(1));
+}
+
+TEST_F(AgentLoopEndingsTest, AFinishedToolIsNamedOnceInTheOrderOfFirstUse)
+{
+    service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"calculate"_s)}));
+    service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"mcp_a_b"_s)}));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s), toolCall(u"mcp_a_b"_s)}));
+    service.willTurn(Service::answer(u"Done."_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastStep().text, u"Finished. Completed: read file, calculate, mcp a b."_s);
+}
+
 TEST_F(AgentLoopEndingsTest, ADifferentCallBetweenLikeOnesResetsTheCount)
 {
     const AIToolCall one = toolCall(u"calculate"_s, R"({"expression":"1"})");

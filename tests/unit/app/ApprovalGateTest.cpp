@@ -64,6 +64,28 @@ TEST_F(ApprovalGateTest, AnUnaskedPermitIsThereForCallsThatNeedNoAnswerOnly)
     EXPECT_FALSE(gate().permitUnasked(gate().decide(shell(R"({"command":"rm -rf /tmp/x"})"))));
 }
 
+TEST_F(ApprovalGateTest, AVerdictSaysAllThatIsToBeKnownOfACall)
+{
+    using Approval = ToolVerdict::Approval;
+    const AIToolCall remove = shell(R"({"command":"rm -rf /tmp/x"})");
+    const ToolVerdict verdict = gate().decide(remove);
+    EXPECT_EQ(verdict.call(), remove);
+    EXPECT_EQ(verdict.phrase(), describe(remove).phrase);
+    EXPECT_TRUE(verdict.isDestructive());
+    EXPECT_EQ(verdict.approval(), Approval::asks);
+    EXPECT_FALSE(gate().decide(shell(R"({"command":"ls"})")).isDestructive());
+    EXPECT_EQ(gate().decide(shell(R"({"command":"ls"})")).approval(), Approval::automatic);
+    EXPECT_EQ(gate().decide(toolCall(u"read_file"_s)).approval(), Approval::notNeeded);
+    EXPECT_EQ(gate().decide(toolCall(u"mcp_a_b"_s)).approval(), Approval::notNeeded);
+    EXPECT_EQ(gate().decide(toolCall(u"write_file"_s)).approval(), Approval::asks);
+    settings->setAlwaysAllowedTools({u"write_file"_s});
+    EXPECT_EQ(gate().decide(toolCall(u"write_file"_s)).approval(), Approval::automatic);
+}
+
+static_assert(!std::is_constructible_v<ToolVerdict, AIToolCall, QString, bool, ToolVerdict::Approval> &&
+                  !std::is_constructible_v<ToolPermit, ToolVerdict>,
+              "only the gate decides");
+
 TEST_F(ApprovalGateTest, ToolsOfToolServersArePermittedUnasked)
 {
     const AIToolCall call = toolCall(u"mcp_files_remove"_s);

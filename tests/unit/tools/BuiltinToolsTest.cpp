@@ -1,7 +1,9 @@
 #include "tools/BuiltinTools.h"
 
+#include "async/Cancelled.h"
 #include "base/Json.h"
 #include "net/HttpClient.h"
+#include "platform/NotificationCenter.h"
 #include "support/FakeClock.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
@@ -151,6 +153,50 @@ TEST_F(BuiltinToolsTest, FetchWithoutAnAddressAnswersForTheEmptyOne)
 {
     EXPECT_EQ(execute("web_fetch"), "Error: invalid URL \"\".");
     EXPECT_EQ(execute("web_fetch", R"({"url": 5})"), "Error: invalid URL \"\".");
+}
+
+/// A desktop that breaks down when it is asked to show something.
+class BrokenCenter final : public NotificationCenter {
+public:
+    explicit BrokenCenter(std::function<void()> breakDown) : m_breakDown(std::move(breakDown)) {}
+
+    void setDelegate(WillPresent) override {}
+    Task<bool> requestAuthorization() override { co_return true; }
+    Task<NotificationAuthorization> authorizationStatus() override
+    {
+        m_breakDown();
+        co_return NotificationAuthorization::authorized;
+    }
+    void add(const NotificationRequest &) override { m_breakDown(); }
+    void removePending(const QString &) override {}
+
+private:
+    std::function<void()> m_breakDown;
+};
+
+TEST_F(BuiltinToolsTest, WhateverAToolThrowsIsAFailureInWordsOfOurOwn)
+{
+    for (const std::function<void()> &breakDown :
+         {std::function<void()>([] { throw std::bad_alloc(); }), std::function<void()>([] { throw 7; }),
+          std::function<void()>([] { throw Cancelled(); })}) {
+        BrokenCenter center(breakDown);
+        ReminderStore store(scheduler, home.path("Broken.conf"), center, reminders.sounds,
+                            reminders.announcer);
+        BuiltinTools broken(http, store);
+        const ToolResult result =
+            runTask(scheduler,
+                    broken.execute(user.permit(call("set_reminder", R"({"message": "x", "minutes": 9})"))));
+        EXPECT_EQ(result.text, "Error: the tool could not be carried out.");
+        EXPECT_TRUE(result.failed);
+    }
+}
+
+TEST_F(BuiltinToolsTest, AFailureIsKnownByItsFirstWord)
+{
+    EXPECT_TRUE(ToolResult("Error: no").failed);
+    EXPECT_FALSE(ToolResult("Error writing /x: no").failed);
+    EXPECT_FALSE(ToolResult("error: no").failed);
+    EXPECT_FALSE(ToolResult("").failed);
 }
 
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)

@@ -96,5 +96,15 @@ TEST(CalculatorTest, OtherNumbersAreTheShortestTextThatReadsBack)
         EXPECT_EQ(Calculator::formatNumber(value).toDouble(), value);
 }
 
+TEST(CalculatorTest, SmallNumbersAreWrittenAsAPersonWritesThemDownToAMillionth)
+{
+    EXPECT_EQ(Calculator::calculate("1/10000"), "The result is 0.0001.");
+    EXPECT_EQ(Calculator::calculate("-1/1000000"), "The result is -0.000001.");
+    EXPECT_EQ(Calculator::formatNumber(0.000012), "0.000012");
+    EXPECT_EQ(Calculator::formatNumber(-1.2345678901234567e-6), "-0.0000012345678901234567");
+    EXPECT_EQ(Calculator::formatNumber(9.99e-7), "9.99e-07");
+    EXPECT_EQ(Calculator::formatNumber(1e-7), "1e-07");
+}
+
 } // namespace
 } // namespace morvane

@@ -18,6 +18,26 @@ TEST(CommandOutputTest, KeepsTheTextWithoutBlanksInFront)
     EXPECT_EQ(output.text(), "one  two\n");
 }
 
+TEST(CommandOutputTest, TellsTheBlanksInFrontApart)
+{
+    CommandOutput output;
+    EXPECT_EQ(output.blanksInFront(), "");
+    output.append(" \n\t");
+    output.append("\r\n one ");
+    output.append(" two\n");
+    EXPECT_EQ(output.blanksInFront(), " \n\t\r\n ");
+}
+
+TEST(CommandOutputTest, KeepsNoMoreBlanksInFrontThanAnAnswerHolds)
+{
+    CommandOutput output;
+    for (int i = 0; i < 100; ++i)
+        output.append(QByteArray(65536, ' '));
+    output.append("end");
+    EXPECT_EQ(output.blanksInFront(), QString(8'000, u' '));
+    EXPECT_EQ(output.text(), "end");
+}
+
 TEST(CommandOutputTest, CharactersMayComeInPieces)
 {
     const QByteArray text = "é€😀é";

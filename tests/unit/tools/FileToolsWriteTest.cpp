@@ -82,6 +82,30 @@ TEST_F(WriteFileTest, TakesALinksPlaceAndLeavesWhatItLedTo)
     EXPECT_EQ(home.read("target"), "old");
 }
 
+TEST_F(WriteFileTest, ALinkToAFolderOrToNothingIsReplacedToo)
+{
+    makeFolder("folder");
+    makeLink(path("folder"), "link");
+    makeLink(path("nothing"), "broken");
+    EXPECT_EQ(FileTools::writeFile("~/link", "new"), "Wrote 3 characters to " + path("link") + ".");
+    EXPECT_EQ(FileTools::writeFile("~/broken", "new"), "Wrote 3 characters to " + path("broken") + ".");
+    EXPECT_EQ(home.read("link"), "new");
+    EXPECT_EQ(home.read("broken"), "new");
+    EXPECT_TRUE(QFileInfo(path("folder")).isDir());
+    EXPECT_FALSE(QFileInfo::exists(path("nothing")));
+}
+
+TEST_F(WriteFileTest, EditingThroughALinkReplacesTheLink)
+{
+    write("target", "one two");
+    makeLink(path("target"), "link");
+    EXPECT_EQ(FileTools::editFile("~/link", "two", "three", Occurrences::single),
+              "Edited ~/link: replaced 1 occurrence(s).");
+    EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
+    EXPECT_EQ(home.read("link"), "one three");
+    EXPECT_EQ(home.read("target"), "one two");
+}
+
 TEST_F(WriteFileTest, LeavesNoOtherFileBehind)
 {
     makeFolder("folder");

@@ -1,6 +1,8 @@
 #include "tools/ToolTable.h"
 
+#include <QFile>
 #include <QSet>
+#include <algorithm>
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
 
@@ -71,6 +73,47 @@ TEST(ToolTableTest, HoldsTheToolsInTheirFixedOrder)
     for (const AITool &candidate : toolTable())
         names.append(candidate.name);
     EXPECT_EQ(names, expected);
+}
+
+/// One tool as it stands in ToolTexts.txt.
+QString written(const AITool &candidate)
+{
+    QString text = candidate.name + "\n  " + candidate.description + '\n';
+    const auto &required = candidate.schema->at("required").as_array();
+    for (const auto &property : candidate.schema->at("properties").as_object()) {
+        const auto &schema = property.value().as_object();
+        QString type = QString::fromUtf8(boost::json::value_to<std::string>(schema.at("type")));
+        if (type == "array")
+            type +=
+                " of " + QString::fromUtf8(boost::json::value_to<std::string>(schema.at("items").at("type")));
+        const bool isRequired = std::find(required.begin(), required.end(), property.key()) != required.end();
+        text += "  - " + QString::fromUtf8(std::string(property.key())) + " (" + type + ", " +
+                (isRequired ? "required)" : "optional)");
+        if (const auto *const description = schema.if_contains("description"))
+            text += ": " + QString::fromUtf8(boost::json::value_to<std::string>(*description));
+        text += '\n';
+    }
+    return text;
+}
+
+TEST(ToolTableTest, EveryWordStandsAsItIsToBe)
+{
+    QFile file(QString(MORVANE_SOURCE_DIR) + "/tests/unit/tools/ToolTexts.txt");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QStringList expected = QString::fromUtf8(file.readAll()).split("\n\n");
+    ASSERT_EQ(expected.size(), toolTable().size());
+    for (qsizetype i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(written(toolTable().at(i)).trimmed(), expected.at(i).trimmed());
+}
+
+TEST(ToolTableTest, TheRoadOfACallIsFoundByItsName)
+{
+    EXPECT_EQ(toolRoad("ask_user"), ToolRoad::question);
+    EXPECT_EQ(toolRoad("task"), ToolRoad::subagent);
+    EXPECT_EQ(toolRoad("mcp_files_read"), ToolRoad::server);
+    EXPECT_EQ(toolRoad("read_file"), ToolRoad::builtIn);
+    EXPECT_EQ(toolRoad("Task"), ToolRoad::builtIn);
+    EXPECT_EQ(toolRoad(""), ToolRoad::builtIn);
 }
 
 TEST(ToolTableTest, EverySchemaIsAnObjectWithTypePropertiesAndRequiredInThisOrder)
