@@ -177,7 +177,7 @@ std::vector<Place> places()
          [](GalleryModel &g) { g.model.questions().resolveQuestion({}); }},
         {"command",
          [](GalleryModel &g, const QString &text) {
-             g.scheduler.spawn(g.model.gate().requestPermission(command(text)));
+             g.scheduler.spawn(g.model.gate().requestPermission(g.model.gate().decide(command(text))));
          },
          [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }},
         {"title",

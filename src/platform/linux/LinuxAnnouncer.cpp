@@ -24,6 +24,9 @@ constexpr int polite = 1;
 constexpr auto holdingTime = 5s;
 constexpr size_t maximumHeld = 64;
 
+/// Two hours of speech, in UTF-16 units; nobody hears more than that to its end, and cutting it takes time.
+constexpr qsizetype longestSpoken = 4 * maximumSpokenLength;
+
 /// A busy reader asks for the text of a notice long after it was told of it, so the newest stay alive.
 constexpr size_t maximumNotices = 64;
 
@@ -72,7 +75,8 @@ void LinuxAnnouncer::deliver(const QString &text, const ScreenReaderNeeds &needs
 {
     if (!needs.announcements && !needs.notifications)
         return;
-    for (const QString &piece : spokenPieces(text)) {
+    const QString spoken = text.size() > longestSpoken ? text.first(longestSpoken) + u'…' : text;
+    for (const QString &piece : spokenPieces(spoken)) {
         if (needs.announcements)
             sendAnnouncement(piece);
         if (needs.notifications)

@@ -12,7 +12,7 @@ namespace morvane {
 namespace {
 
 /// Far more than a few lines can show; keeps the cost of laying out a huge text bounded.
-constexpr qsizetype longestLaidOut = 4000;
+constexpr qsizetype longestLaidOut = 600;
 
 struct Lines {
     QStringList texts;
@@ -22,7 +22,8 @@ struct Lines {
 
 Lines linesOf(const WrappedText &wrapped, int width)
 {
-    QString text = wrapped.text.left(longestLaidOut);
+    const bool isTooLong = wrapped.text.size() > longestLaidOut;
+    QString text = isTooLong ? wrapped.text.first(longestLaidOut) + u'…' : wrapped.text;
     text.replace(u'\n', QChar::LineSeparator);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -31,12 +32,13 @@ Lines linesOf(const WrappedText &wrapped, int width)
 
     const QFontMetrics metrics(wrapped.font);
     Lines lines;
+    lines.isCut = isTooLong;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(width);
         lines.width = std::max(lines.width, qCeil(line.naturalTextWidth()));
         if (lines.texts.size() + 1 == wrapped.maximumLines &&
-            line.textStart() + line.textLength() < wrapped.text.size()) {
+            line.textStart() + line.textLength() < text.size()) {
             QString rest = text.mid(line.textStart());
             rest.replace(QChar::LineSeparator, u' ');
             lines.texts.append(metrics.elidedText(rest, Qt::ElideRight, width));

@@ -1,5 +1,6 @@
 #include "ui/controls/WrappingButton.h"
 
+#include "ui/controls/LabelText.h"
 #include "ui/controls/WrappedText.h"
 #include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
@@ -38,7 +39,7 @@ WrappingButton::WrappingButton(const QString &label, Alignment alignment, QWidge
 void WrappingButton::setLabel(const QString &label)
 {
     m_label = label;
-    setAccessibleName(label);
+    setAccessibleName(labelText(label));
     updateToolTip();
     updateGeometry();
     update();
@@ -99,7 +100,7 @@ void WrappingButton::updateToolTip()
 {
     const bool isCut = WrappedText{m_label, font(), maximumLines}.isElided(width() - 2 * horizontalPadding);
     // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
-    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
+    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(labelText(m_label).toHtmlEscaped()) : QString());
 }
 
 } // namespace morvane

@@ -8,7 +8,6 @@
 #include "ui/sheets/ScrollingText.h"
 #include "ui/sheets/SheetCard.h"
 #include "ui/sheets/SheetHeader.h"
-#include "ui/sheets/VisibleText.h"
 
 #include <QHBoxLayout>
 #include <QPlainTextEdit>
@@ -63,9 +62,10 @@ void PermissionView::showPending()
     m_header->setContent(call->destructive ? Symbol::triangleExclamation : Symbol::shieldExclamation,
                          call->destructive ? SheetHeader::Tone::danger : SheetHeader::Tone::caution, title);
     card()->setAccessibleName(title);
-    m_summary->setContent(visibleText(call->summary), phraseStyle(call->toolName) == PhraseStyle::command
-                                                          ? ScrollingText::Style::command
-                                                          : ScrollingText::Style::prose);
+    const bool isCommand = phraseStyle(call->toolName) == PhraseStyle::command;
+    m_summary->setContent(call->summary,
+                          isCommand ? ScrollingText::Style::command : ScrollingText::Style::prose,
+                          ScrollingText::Hidden::escaped);
     m_advice->setText(call->destructive
                           ? u"This action can delete data or be hard to undo. Only allow it if "
                             "you are sure it is safe."_s

@@ -3,11 +3,11 @@
 #include "app/Questions.h"
 #include "base/Text.h"
 #include "ui/controls/HeadingLabel.h"
+#include "ui/controls/LabelText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/sheets/ScrollingText.h"
 #include "ui/sheets/SheetCard.h"
 #include "ui/sheets/SheetHeader.h"
-#include "ui/sheets/VisibleText.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -60,8 +60,9 @@ void QuestionView::showPending()
         return;
     m_shown = question->id;
 
-    card()->setAccessibleName(u"Morvane asks: "_s + question->question);
-    m_question->setContent({question->question, {}}, ScrollingText::Style::prose);
+    card()->setAccessibleName(u"Morvane asks: "_s + labelText(question->question));
+    m_question->setContent(question->question, ScrollingText::Style::prose,
+                           ScrollingText::Hidden::asTheyStand);
     m_custom->clear();
     showOptions(question->options);
     const auto buttons = m_options->findChildren<WrappingButton *>(Qt::FindDirectChildrenOnly);
@@ -74,7 +75,7 @@ void QuestionView::showOptions(const QStringList &options)
     QWidget *previous = m_question->field();
     for (const QString &option : options) {
         auto *button = new WrappingButton(option, WrappingButton::Alignment::leading, m_options);
-        button->setAccessibleName(u"Answer: "_s + option);
+        button->setAccessibleName(u"Answer: "_s + labelText(option));
         connect(button, &QPushButton::clicked, this, [this, option] { m_questions.resolveQuestion(option); });
         m_options->layout()->addWidget(button);
         // New widgets come last in the order of the Tab key otherwise.

@@ -1,7 +1,7 @@
 #include "ui/sheets/ScrollingText.h"
 
-#include "base/Text.h"
 #include "ui/controls/NoteLabel.h"
+#include "ui/markdown/LayoutCost.h"
 #include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -30,9 +30,8 @@ constexpr int slack = 2;
 constexpr int leastRows = 3;
 /// More rows than a screen holds; what lies beyond needs no exact height.
 constexpr int mostRows = 200;
-constexpr qsizetype longestMeasured = 40000;
-/// Marking is paid for with each painting; a text with more escapes than that shows what it is anyway.
-constexpr qsizetype mostMarked = 500;
+/// What may be laid out for it, in usual letters; what is longer is taller than a screen.
+constexpr qsizetype mostMeasured = 12'000;
 constexpr qreal radius = 7;
 
 QFont fontOf(ScrollingText::Style style)
@@ -48,40 +47,32 @@ QFont fontOf(ScrollingText::Style style)
 } // namespace
 
 ScrollingText::ScrollingText(const QString &accessibleName, QWidget *parent)
-    : QWidget(parent), m_field(new QPlainTextEdit(this)), m_extent(new NoteLabel(QString()))
+    : QWidget(parent), m_field(new LongTextField(this)), m_extent(new NoteLabel(QString()))
 {
     m_extent->setParent(this);
     m_extent->hide();
     m_field->setAccessibleName(accessibleName);
-    m_field->setReadOnly(true);
-    m_field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    m_field->setUndoRedoEnabled(false);
-    m_field->setTabChangesFocus(true);
     m_field->setFrameShape(QFrame::NoFrame);
-    m_field->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    m_field->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_field->document()->setDocumentMargin(documentMargin);
     m_field->installEventFilter(this);
+    connect(m_field, &LongTextField::completed, this, &ScrollingText::takeText);
     setFocusProxy(m_field);
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 }
 
-void ScrollingText::setContent(const VisibleText &content, Style style)
+void ScrollingText::setContent(const QString &text, Style style, Hidden hidden)
 {
     m_style = style;
-    m_escapes = content.escapes;
-    QTextOption option = m_field->document()->defaultTextOption();
-    option.setFlags(style == Style::command ? QTextOption::ShowLineAndParagraphSeparators
-                                            : QTextOption::Flags());
-    // The words around a command are English, whichever script its first letter belongs to.
-    option.setTextDirection(style == Style::command ? Qt::LeftToRight : Qt::LayoutDirectionAuto);
-    m_field->document()->setDefaultTextOption(option);
-    m_field->setPlainText(content.text);
-    m_field->moveCursor(QTextCursor::Start);
     updateFont();
-    markEscapes();
+    m_field->setContent(text, style, hidden);
+    takeText();
+}
+
+void ScrollingText::takeText()
+{
+    m_heights.clear();
     updateGeometry();
     arrange();
 }
@@ -108,15 +99,23 @@ void ScrollingText::setHeightLimit(int height)
 
 int ScrollingText::naturalHeight(int width) const
 {
-    if (m_measuredWidth == width)
-        return m_measuredHeight;
+    const auto known = m_heights.constFind(width);
+    return known != m_heights.constEnd() ? *known : *m_heights.insert(width, measured(width));
+}
+
+int ScrollingText::measured(int width) const
+{
     const QFont font = fontOf(m_style);
     const int room = std::max(1, width - 2 * (frame + documentMargin));
     int rows = 0;
+    qsizetype cost = 0;
     qreal height = 0;
     for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
          block = block.next()) {
-        QTextLayout layout(block.text().left(longestMeasured), font);
+        cost += layoutCost(block.text());
+        if (cost > mostMeasured)
+            return mostRows * QFontMetrics(font).lineSpacing();
+        QTextLayout layout(block.text(), font);
         layout.setTextOption(m_field->document()->defaultTextOption());
         layout.beginLayout();
         for (QTextLine line = layout.createLine(); line.isValid() && rows < mostRows;
@@ -126,9 +125,7 @@ int ScrollingText::naturalHeight(int width) const
         }
         layout.endLayout();
     }
-    m_measuredWidth = width;
-    m_measuredHeight = qCeil(height) + 2 * (frame + documentMargin) + slack;
-    return m_measuredHeight;
+    return qCeil(height) + 2 * (frame + documentMargin) + slack;
 }
 
 bool ScrollingText::isLimited(int width) const
@@ -162,12 +159,12 @@ void ScrollingText::arrange()
 {
     const bool overflows = isLimited(width());
     if (overflows) {
-        const auto lines = m_field->document()->blockCount();
-        const auto characters = characterCount(m_field->toPlainText());
         const QLocale english(QLocale::English, QLocale::UnitedStates);
-        m_extent->setText(u"%1, %2 in all. Scroll to read the rest."_s.arg(
-            lines == 1 ? u"1 line"_s : u"%1 lines"_s.arg(english.toString(lines)),
-            u"%1 characters"_s.arg(english.toString(characters))));
+        const QString lines =
+            m_field->lines() == 1 ? u"1 line"_s : u"%1 lines"_s.arg(english.toString(m_field->lines()));
+        const QString characters = u"%1 characters"_s.arg(english.toString(m_field->characters()));
+        const QString rest = u"Scroll to read the rest."_s;
+        m_extent->setText(m_field->isComplete() ? u"%1, %2 in all. %3"_s.arg(lines, characters, rest) : rest);
     }
     m_extent->setVisible(overflows);
     m_field->setAccessibleDescription(overflows ? m_extent->text() : QString());
@@ -189,31 +186,13 @@ void ScrollingText::changeEvent(QEvent *event)
     if (event->type() == QEvent::ApplicationFontChange) {
         updateFont();
         updateGeometry();
-    } else if (event->type() == QEvent::PaletteChange) {
-        markEscapes();
     }
 }
 
 void ScrollingText::updateFont()
 {
     m_field->setFont(fontOf(m_style));
-    m_measuredWidth = -1;
-}
-
-void ScrollingText::markEscapes()
-{
-    const ThemeColors colors = ThemeColors::fromPalette(palette());
-    QTextCharFormat format;
-    format.setForeground(colors.surface);
-    format.setBackground(colors.error);
-    QList<QTextEdit::ExtraSelection> marks;
-    for (const VisibleText::Range &escape : m_escapes.first(std::min(m_escapes.size(), mostMarked))) {
-        QTextCursor cursor(m_field->document());
-        cursor.setPosition(static_cast<int>(escape.start));
-        cursor.setPosition(static_cast<int>(escape.start + escape.length), QTextCursor::KeepAnchor);
-        marks.append({cursor, format});
-    }
-    m_field->setExtraSelections(marks);
+    m_heights.clear();
 }
 
 bool ScrollingText::eventFilter(QObject *watched, QEvent *event)

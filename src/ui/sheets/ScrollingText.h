@@ -1,10 +1,9 @@
 #pragma once
 
-#include "ui/sheets/VisibleText.h"
+#include "ui/sheets/LongTextField.h"
 
+#include <QHash>
 #include <QWidget>
-
-class QPlainTextEdit;
 
 namespace morvane {
 
@@ -16,16 +15,15 @@ class NoteLabel;
 class ScrollingText : public QWidget {
     Q_OBJECT
 public:
-    enum class Style {
-        prose,
-        command ///< Fixed width, with a mark at each line's end, so that line feeds differ from wrapping.
-    };
+    using Style = LongTextField::Style;
+    using Hidden = LongTextField::Hidden;
 
     explicit ScrollingText(const QString &accessibleName, QWidget *parent = nullptr);
 
-    void setContent(const VisibleText &content, Style style);
+    /// A command has letters of one width.
+    void setContent(const QString &text, Style style, Hidden hidden);
     /// The widget that takes the focus and holds the text.
-    QPlainTextEdit *field() const { return m_field; }
+    LongTextField *field() const { return m_field; }
     /// What is said about the extent of a text that does not fit; empty while it fits.
     QString extent() const;
 
@@ -52,15 +50,14 @@ private:
     int extentHeight(int width) const;
     void arrange();
     void updateFont();
-    void markEscapes();
+    void takeText();
+    int measured(int width) const;
 
-    QPlainTextEdit *m_field;
+    LongTextField *m_field;
     NoteLabel *m_extent;
-    QList<VisibleText::Range> m_escapes;
     Style m_style = Style::prose;
     int m_heightLimit = -1;
-    mutable int m_measuredWidth = -1; ///< The width that `m_measuredHeight` is for; measuring is costly.
-    mutable int m_measuredHeight = 0;
+    mutable QHash<int, int> m_heights; ///< For the widths asked for; measuring is costly.
 };
 
 } // namespace morvane

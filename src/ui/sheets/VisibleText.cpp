@@ -1,6 +1,7 @@
 #include "ui/sheets/VisibleText.h"
 
 #include <QChar>
+#include <algorithm>
 #include <unicode/uchar.h>
 
 using namespace Qt::StringLiterals;
@@ -11,6 +12,9 @@ namespace {
 
 constexpr char32_t brailleBlank = 0x2800;         // A symbol by its category, drawn as an empty cell.
 constexpr char32_t musicalNullNotehead = 0x1D159; // The same.
+
+/// More blanks than this reach from a line's end into nothing, and what follows them out of sight.
+constexpr qsizetype longestBlankRun = 32;
 
 bool isHidden(char32_t character)
 {
@@ -35,6 +39,13 @@ bool isHidden(char32_t character)
     default:
         return false;
     }
+}
+
+/// The blanks at the beginning of `text`.
+qsizetype blanksAt(QStringView text)
+{
+    const auto end = std::find_if(text.begin(), text.end(), [](QChar unit) { return unit != u' '; });
+    return end - text.begin();
 }
 
 QString escape(char32_t character)
@@ -62,8 +73,16 @@ VisibleText visibleText(QStringView text)
             character = QChar::surrogateToUcs4(text[at], text[at + 1]);
             length = 2;
         }
-        if (isHidden(character)) {
-            const QString escaped = escape(character);
+        QString escaped;
+        if (const qsizetype blanks = blanksAt(text.sliced(at)); blanks > longestBlankRun) {
+            escaped = u"[%1 blanks]"_s.arg(blanks);
+            length = blanks;
+        } else if (blanks > 0) {
+            length = blanks;
+        } else if (isHidden(character)) {
+            escaped = escape(character);
+        }
+        if (!escaped.isEmpty()) {
             result.escapes.append({result.text.size(), escaped.size()});
             result.text.append(escaped);
         } else {

@@ -20,8 +20,9 @@ struct VisibleText {
 };
 
 /// Replaces every character that is not seen, that can pass for a blank or a line end, or that reorders the
-/// characters around it by its escape: "\t", "\r", "\u202E", "\U000E0041". Line feeds and blanks stay.
-/// Linear in the size of the text. Any thread.
+/// characters around it by its escape: "\t", "\r", "\u202E", "\U000E0041". Line feeds and blanks stay, but
+/// for a run of blanks too long to be seen, which is told as "[200 blanks]". Linear in the size of the text.
+/// Any thread.
 VisibleText visibleText(QStringView text);
 
 } // namespace morvane

@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/LabelText.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QEvent>
@@ -53,7 +54,7 @@ QString wordFor(AttachmentKind kind)
 } // namespace
 
 AttachmentChip::AttachmentChip(const ChatAttachment &attachment, QWidget *parent)
-    : QWidget(parent), m_id(attachment.id), m_name(singleLine(attachment.filename)),
+    : QWidget(parent), m_id(attachment.id), m_name(singleLine(labelText(attachment.filename))),
       m_symbol(symbolOf(attachment.kind)), m_remove(new QToolButton(this))
 {
     setAccessibleRole(this, QAccessible::ListItem);

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "base/ReferenceDate.h"
+#include "ui/controls/LabelText.h"
 
 #include <QLocale>
 
@@ -10,6 +11,9 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 namespace {
+
+/// Characters of a title. Ours are far shorter, those of a file that someone else wrote may not be.
+constexpr qsizetype longestTitle = 300;
 
 QString dateText(const ConversationMeta &meta)
 {
@@ -59,11 +63,12 @@ QVariant ConversationListModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-        return meta.title;
+        return labelText(meta.title, longestTitle);
     case detailRole:
         return QString(dateText(meta) + u" · "_s + countText(meta));
     case Qt::AccessibleTextRole:
-        return u"Open %1, updated %2, %3"_s.arg(meta.title, dateText(meta), countText(meta));
+        return u"Open %1, updated %2, %3"_s.arg(labelText(meta.title, longestTitle), dateText(meta),
+                                                countText(meta));
     default:
         return {};
     }

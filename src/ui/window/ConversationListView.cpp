@@ -1,4 +1,5 @@
 #include "ui/window/ConversationListView.h"
+#include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
 #include "ui/theme/Icons.h"
@@ -159,7 +160,7 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
         m_delete->hide();
         return;
     }
-    const QString label = u"Delete "_s + m_rows->conversation(index.row()).title;
+    const QString label = u"Delete "_s + labelText(m_rows->conversation(index.row()).title);
     m_delete->setAccessibleName(label);
     m_delete->setToolTip(label);
     const int side = ConversationDelegate::buttonPlace - 4;

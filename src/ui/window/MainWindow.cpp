@@ -1,4 +1,5 @@
 #include "ui/window/MainWindow.h"
+#include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
 #include "app/UpdatePort.h"
@@ -185,7 +186,7 @@ void MainWindow::fillConversations(QMenu *menu)
         return;
     }
     for (const ConversationMeta &meta : conversations) {
-        QString title = meta.title.simplified();
+        QString title = labelText(meta.title).simplified();
         title.replace(u'&', u"&&"_s);
         menu->addAction(fontMetrics().elidedText(title, Qt::ElideRight, standardSize.width() / 2), this,
                         [this, id = meta.id] { m_model.openConversation(id); });

@@ -1,6 +1,7 @@
 #include "ui/window/StatusBarView.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/LabelText.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -16,6 +17,8 @@ namespace {
 constexpr int markCentre = 16;
 constexpr int largestMark = 18;
 constexpr int textPlace = 30;
+/// Characters; more than a line holds.
+constexpr qsizetype longestLine = 300;
 
 } // namespace
 
@@ -30,9 +33,10 @@ StatusBarView::StatusBarView(AppModel &model, QWidget *parent) : QLabel(parent),
 
 void StatusBarView::updateText()
 {
-    const QString &status = m_model.status().statusText();
-    setText(status);
-    setToolTip(status);
+    const QString status = labelText(m_model.status().statusText());
+    setText(labelText(status, longestLine));
+    // As HTML, so that it wraps, and escaped, so that a command cannot bring markup of its own.
+    setToolTip(u"<qt>%1</qt>"_s.arg(status.toHtmlEscaped()));
     setAccessibleName(u"Status. "_s + status);
 }
 

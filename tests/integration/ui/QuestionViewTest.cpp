@@ -1,7 +1,12 @@
 #include "SheetsFixture.h"
 
+#include "ui/controls/LabelText.h"
+#include "ui/controls/WrappingButton.h"
+#include "ui/markdown/TextSegment.h"
 #include "ui/sheets/QuestionView.h"
 #include "ui/sheets/SheetCard.h"
+
+#include <QTextBlock>
 
 using namespace Qt::StringLiterals;
 
@@ -168,6 +173,27 @@ TEST_F(QuestionViewTest, HundredsOfOptionsScrollAndKeepTheSheetInTheWindow)
     press(Qt::Key_Return);
     ASSERT_TRUE(answer.done());
     EXPECT_EQ(answer.result(), u"Option 299"_s);
+}
+
+TEST_F(QuestionViewTest, QuestionAndOptionsOfAMegabyteAreShownInBoundedPieces)
+{
+    const QString endless(1'000'000, u'x');
+    auto answer = ask(endless, {endless, u"Yes"_s});
+    notice();
+    ASSERT_TRUE(question->isVisible());
+    EXPECT_LE(question->card()->accessibleName().size(), 2 * labelLimit + 20);
+    EXPECT_TRUE(question->card()->accessibleName().startsWith(u"Morvane asks: xxx"_s));
+    for (const WrappingButton *button : question->findChildren<WrappingButton *>()) {
+        EXPECT_LE(button->accessibleName().size(), 2 * labelLimit + 20);
+        EXPECT_LE(button->toolTip().size(), 2 * labelLimit + 20);
+    }
+    for (QTextBlock block = text()->document()->firstBlock(); block.isValid(); block = block.next())
+        ASSERT_LE(block.length(), segmentLimit + 1);
+    EXPECT_TRUE(window->rect().contains(question->card()->geometry()));
+    // The answer is the whole option, whatever of it is shown.
+    click(answers().first());
+    ASSERT_TRUE(answer.done());
+    EXPECT_EQ(answer.result(), endless);
 }
 
 } // namespace

@@ -25,6 +25,15 @@ TEST(VisibleTextTest, BlanksAndLineFeedsStay)
     EXPECT_EQ(shown(u"a  b\n\nc\n"_s), u"a  b\n\nc\n"_s);
 }
 
+TEST(VisibleTextTest, ARunOfBlanksTooLongToBeSeenIsCounted)
+{
+    const VisibleText visible = visibleText(u"ls"_s + QString(200, u' ') + u"; rm -rf ~  x"_s);
+    EXPECT_EQ(visible.text, u"ls[200 blanks]; rm -rf ~  x"_s);
+    EXPECT_EQ(visible.escapes, (QList<VisibleText::Range>{{2, 12}}));
+    EXPECT_EQ(shown(QString(32, u' ')), QString(32, u' '));
+    EXPECT_EQ(shown(QString(33, u' ')), u"[33 blanks]"_s);
+}
+
 TEST(VisibleTextTest, ControlCharactersAreEscaped)
 {
     EXPECT_EQ(shown(u"a\tb"_s), u"a\\tb"_s);
