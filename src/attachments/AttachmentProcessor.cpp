@@ -81,6 +81,36 @@ ChatAttachment newAttachment(AttachmentKind kind, const QString &filename, qint6
     return attachment;
 }
 
+[[noreturn]] void failAsUnprotected(const QString &filename)
+{
+    fail(quoted(filename) +
+         u" was not read: Morvane could not make sure that reading it leaves your files alone."_s);
+}
+
+/// A picture goes as it is where it cannot be decoded, but not when it is larger than what models take.
+void failIfUnfit(const std::optional<ReaderAnswer> &answer, const QByteArray &data, const QString &filename)
+{
+    const auto kind = answer ? answer->kind : ReaderAnswer::Kind::unreadable;
+    if (kind == ReaderAnswer::Kind::tooManyPixels) {
+        fail(quoted(filename) + u" has more than %1 million pixels. Please attach a smaller image."_s.arg(
+                                    limits::imagePixels / 1'000'000));
+    }
+    if (data.size() <= limits::visionBytes)
+        return;
+    if (kind == ReaderAnswer::Kind::unprotected)
+        failAsUnprotected(filename);
+    if (kind == ReaderAnswer::Kind::unreadable)
+        fail(u"Could not read "_s + quoted(filename) + u'.');
+}
+
+AttachmentProcessor::VisionImage visionImage(const std::optional<ReaderAnswer> &answer,
+                                             const QByteArray &data, const QString &fileExtension)
+{
+    if (answer && answer->kind == ReaderAnswer::Kind::jpeg)
+        return {answer->payload, u"image/jpeg"_s};
+    return {data, AttachmentProcessor::mimeType(fileExtension).value_or(u"image/png"_s)};
+}
+
 QString extensionOf(const QString &filename)
 {
     // A name that only begins with a dot has no extension.
@@ -140,7 +170,9 @@ ChatAttachment AttachmentProcessor::processImage(const QByteArray &data, const Q
         fail(u"Could not read "_s + quoted(filename) + u'.');
     if (data.size() > limits::imageBytes)
         failAsTooLarge(AttachmentKind::image, filename);
-    VisionImage image = prepareForVision(data, extensionOf(filename), stop);
+    const auto answer = m_reader.read(ReaderProcess::Job::picture, data, stop);
+    failIfUnfit(answer, data, filename);
+    VisionImage image = visionImage(answer, data, extensionOf(filename));
     ChatAttachment attachment = newAttachment(AttachmentKind::image, filename, image.data.size());
     attachment.data = std::move(image.data);
     attachment.mimeType = std::move(image.mimeType);
@@ -153,6 +185,8 @@ ChatAttachment AttachmentProcessor::processPDF(const QUrl &url, const QString &f
     const auto bytes = readFile(url, AttachmentKind::pdf, filename);
     const auto answer =
         bytes ? m_reader.read(ReaderProcess::Job::document, *bytes, stop) : std::optional<ReaderAnswer>();
+    if (answer && answer->kind == ReaderAnswer::Kind::unprotected)
+        failAsUnprotected(filename);
     if (!answer || answer->kind != ReaderAnswer::Kind::text)
         fail(u"Could not open "_s + quoted(filename) + u" as a PDF."_s);
     const QString text = QString::fromUtf8(answer->payload);
@@ -170,10 +204,7 @@ AttachmentProcessor::VisionImage AttachmentProcessor::prepareForVision(const QBy
                                                                        const QString &fileExtension,
                                                                        const StopFlag &stop) const
 {
-    const auto answer = m_reader.read(ReaderProcess::Job::picture, data, stop);
-    if (answer && answer->kind == ReaderAnswer::Kind::jpeg)
-        return {answer->payload, u"image/jpeg"_s};
-    return {data, mimeType(fileExtension).value_or(u"image/png"_s)};
+    return visionImage(m_reader.read(ReaderProcess::Job::picture, data, stop), data, fileExtension);
 }
 
 QString AttachmentProcessor::ocr(const QByteArray &image, const StopFlag &stop) const

@@ -24,7 +24,8 @@ public:
     /// Throws AttachmentError with what the user is to be told.
     ChatAttachment process(const QUrl &url, const StopFlag &stop) const;
 
-    /// Throws AttachmentError if the file cannot be read or is empty.
+    /// Throws AttachmentError if the file cannot be read or is empty, has too many pixels to be decoded, or
+    /// cannot be decoded and is larger than what models take.
     ChatAttachment processImage(const QUrl &url, const QString &filename, const StopFlag &stop) const;
     /// The same for a picture that is not in a file.
     ChatAttachment processImage(const QByteArray &data, const QString &filename, const StopFlag &stop) const;

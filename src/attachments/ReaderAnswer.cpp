@@ -19,6 +19,8 @@ bool fits(const ReaderAnswer &answer)
     switch (answer.kind) {
     case ReaderAnswer::Kind::unchanged:
     case ReaderAnswer::Kind::unreadable:
+    case ReaderAnswer::Kind::tooManyPixels:
+    case ReaderAnswer::Kind::unprotected:
         return answer.payload.isEmpty();
     case ReaderAnswer::Kind::jpeg:
         return isJpeg(answer.payload);

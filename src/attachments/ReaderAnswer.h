@@ -11,10 +11,12 @@ namespace morvane {
 /// kind and length, then the payload, and nothing behind it.
 struct ReaderAnswer {
     enum class Kind : std::uint8_t {
-        unchanged = 'u', ///< The picture is fit as it is, or cannot be decoded. No payload.
-        jpeg = 'j',      ///< The payload is the picture, made fit.
-        text = 't',      ///< The payload is UTF-8; may be empty.
-        unreadable = 'x' ///< The file is not what it should be. No payload.
+        unchanged = 'u',     ///< The picture is fit as it is. No payload.
+        jpeg = 'j',          ///< The payload is the picture, made fit.
+        text = 't',          ///< The payload is UTF-8; may be empty.
+        unreadable = 'x',    ///< The file is not what it should be. No payload.
+        tooManyPixels = 'p', ///< The picture would take too much to decode. No payload.
+        unprotected = 'n'    ///< Not looked at: the reader could not be kept apart from the user's files.
     };
 
     Kind kind = Kind::unreadable;

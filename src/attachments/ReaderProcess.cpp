@@ -4,6 +4,7 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <poll.h>
@@ -48,11 +49,17 @@ QByteArray argumentOf(ReaderProcess::Job job)
     Q_UNREACHABLE();
 }
 
+/// Nothing of the user's but the language: environments hold keys. And where this program's libraries lie.
 QList<QByteArray> readerEnvironment()
 {
-    QList<QByteArray> environment = currentEnvironment();
+    constexpr std::array taken{"LANG=",           "LANGUAGE=",     "LC_",           "LD_LIBRARY_PATH=",
+                               "QT_PLUGIN_PATH=", "ASAN_OPTIONS=", "UBSAN_OPTIONS="};
     // Several threads for one page make recognition several times slower.
-    environment.append("OMP_THREAD_LIMIT=1");
+    QList<QByteArray> environment{"OMP_THREAD_LIMIT=1"};
+    for (const QByteArray &variable : currentEnvironment())
+        if (std::any_of(taken.begin(), taken.end(),
+                        [&](const char *name) { return variable.startsWith(name); }))
+            environment.append(variable);
     return environment;
 }
 

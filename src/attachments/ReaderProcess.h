@@ -24,8 +24,9 @@ public:
     explicit ReaderProcess(const QString &program,
                            std::chrono::milliseconds limit = attachmentLimits::readerTime);
 
-    /// Blocks until the program has ended. Nothing if there is no such program, if it crashed, did not end in
-    /// time or answered something else than one whole answer, or if `stop` was raised, which kills it.
+    /// The program learns nothing of the user but the language; the file comes as an open descriptor. Blocks
+    /// until the program has ended. Nothing if there is no such program, if it crashed, did not end in time
+    /// or answered something else than one whole answer, or if `stop` was raised, which kills it.
     std::optional<ReaderAnswer> read(Job job, const QByteArray &file, const StopFlag &stop) const;
 
 private:

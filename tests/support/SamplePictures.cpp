@@ -1,6 +1,7 @@
 #include "support/SamplePictures.h"
 
 #include <QBuffer>
+#include <QtEndian>
 #include <libheif/heif.h>
 #include <random>
 #if __has_feature(address_sanitizer)
@@ -33,12 +34,47 @@ QByteArray encoded(const QImage &image, const char *format, int quality)
     return bytes;
 }
 
-QByteArray withExifOrientation(const QByteArray &jpeg, char orientation)
+namespace {
+
+/// What a camera writes into a picture, with one entry.
+QByteArray exifWithOrientation(char orientation)
 {
     QByteArray directory("Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0", 24);
-    directory.append(orientation).append(QByteArray(7, '\0'));
-    const auto length = static_cast<char>(directory.size() + 2);
-    return jpeg.first(2) + QByteArray("\xFF\xE1\0", 3) + length + directory + jpeg.sliced(2);
+    return directory.append(orientation).append(QByteArray(7, '\0'));
+}
+
+} // namespace
+
+QByteArray withExifOrientation(const QByteArray &jpeg, char orientation)
+{
+    const QByteArray exif = exifWithOrientation(orientation);
+    const auto length = static_cast<char>(exif.size() + 2);
+    return jpeg.first(2) + QByteArray("\xFF\xE1\0", 3) + length + exif + jpeg.sliced(2);
+}
+
+QByteArray webpWithExifOrientation(const QByteArray &webp, QSize size, char orientation)
+{
+    const auto number = [](quint32 value, qsizetype bytes) {
+        char little[4];
+        qToLittleEndian(value, little);
+        return QByteArray(little, bytes);
+    };
+    constexpr quint32 hasExif = 0x08;
+    const QByteArray exif = exifWithOrientation(orientation);
+    const QByteArray head = "VP8X" + number(10, 4) + number(hasExif, 4) +
+                            number(static_cast<quint32>(size.width() - 1), 3) +
+                            number(static_cast<quint32>(size.height() - 1), 3);
+    const QByteArray content =
+        "WEBP" + head + webp.sliced(12) + "EXIF" + number(static_cast<quint32>(exif.size()), 4) + exif;
+    return "RIFF" + number(static_cast<quint32>(content.size()), 4) + content;
+}
+
+QByteArray topDownBitmap(const QImage &image)
+{
+    constexpr qsizetype heightAt = 22;
+    QByteArray bitmap = encoded(image.mirrored(), "bmp");
+    qToLittleEndian(-image.height(), bitmap.data() + heightAt);
+    return bitmap;
 }
 
 QByteArray encodedHeic(const QImage &image)

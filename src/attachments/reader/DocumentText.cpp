@@ -1,6 +1,8 @@
 #include "attachments/reader/DocumentText.h"
 
 #include "attachments/AttachmentLimits.h"
+#include "attachments/reader/LogicalOrder.h"
+#include "attachments/reader/PageNumbers.h"
 #include "attachments/reader/RecognitionQueue.h"
 #include "base/Text.h"
 
@@ -28,20 +30,19 @@ bool hasExpired(const QVariant &deadline)
     return deadline.value<QDeadlineTimer>().hasExpired();
 }
 
-/// The words of a page in reading order, a line feed behind each line. Pages of honest documents take
-/// milliseconds; what a page has not given when the time is over is left out.
+/// What a page gives before the time is over, a line feed behind each line.
 QString textOf(const Poppler::Page &page, const QDeadlineTimer &deadline)
 {
-    QString text;
+    QStringList lines(QString{});
     const auto words = page.textList(Poppler::Page::Rotate0, &hasExpired, QVariant::fromValue(deadline));
     for (const auto &word : words) {
-        text += word->text();
+        lines.last() += word->text();
         if (!word->nextWord())
-            text += u'\n';
+            lines.append(QString());
         else if (word->hasSpaceAfter())
-            text += u' ';
+            lines.last() += u' ';
     }
-    return trimmed(text);
+    return trimmed(inLogicalOrder(lines).join(u'\n'));
 }
 
 /// The entries of the result, and how many of its characters they make up.
@@ -52,6 +53,7 @@ public:
         m_characters += characterCount(entry) + (m_entries.isEmpty() ? 0 : 2);
         m_entries.append(entry);
     }
+    bool isEmpty() const { return m_entries.isEmpty(); }
     /// Whether everything further would be cut off.
     bool isFull() const { return m_characters > limits::textCharacters; }
     QString joined() const { return m_entries.join(u"\n\n"_s); }
@@ -78,37 +80,88 @@ PagePicture rendered(const Poppler::Page &page, const QDeadlineTimer &deadline)
             static_cast<int>(std::lround(resolution))};
 }
 
-/// Appends what is recognised on the pages, which are rendered one by one and recognised several at once.
-void appendScannedPages(const Poppler::Document &document, const QList<int> &pages, Entries &entries)
-{
-    RecognitionQueue queue;
-    QList<int> waiting;
-    const auto takeNext = [&] {
-        const QString text = queue.takeNext();
-        const int index = waiting.takeFirst();
-        if (!text.isEmpty())
-            entries.append(u"[Scanned page %1]\n"_s.arg(index + 1) + text);
-    };
-    const QDeadlineTimer all(limits::recognitionTime);
-    for (const int index : pages) {
-        if (queue.isFull())
-            takeNext();
-        if (entries.isFull() || all.hasExpired())
-            break;
-        const std::unique_ptr<Poppler::Page> page = document.page(index);
-        const std::chrono::milliseconds timeOfPage(limits::recognitionTimeOfPage);
-        const QDeadlineTimer deadline(std::min<qint64>(all.remainingTime(), timeOfPage.count()));
-        const PagePicture picture = page ? rendered(*page, deadline) : PagePicture();
-        queue.add(picture.image, picture.dotsPerInch, deadline);
-        waiting.append(index);
+/// Makes the text of one document.
+class Reading {
+public:
+    Reading(const Poppler::Document &document, const DocumentTimes &times)
+        : m_document(document), m_times(times)
+    {
     }
-    while (!queue.isEmpty() && !entries.isFull())
-        takeNext();
-}
+
+    QString text()
+    {
+        const int pages = std::min(m_document.numPages(), limits::documentPages);
+        const QDeadlineTimer deadline(m_times.text);
+        for (int index = 0; index < pages && !m_entries.isFull(); ++index)
+            readText(index, deadline);
+        recognizeScans();
+        if (!m_entries.isEmpty() && !m_entries.isFull() && !m_late.isEmpty())
+            m_entries.append(lateNote());
+        return m_entries.joined();
+    }
+
+private:
+    void readText(int index, const QDeadlineTimer &deadline)
+    {
+        const std::unique_ptr<Poppler::Page> page = deadline.hasExpired() ? nullptr : m_document.page(index);
+        const QString text = page ? textOf(*page, deadline) : QString();
+        if (!text.isEmpty())
+            m_entries.append(text);
+        if (deadline.hasExpired())
+            m_late.append(index + 1);
+        else if (text.isEmpty())
+            m_scans.append(index);
+    }
+
+    /// Pages are rendered one by one and recognised several at once.
+    void recognizeScans()
+    {
+        RecognitionQueue queue;
+        QList<int> waiting;
+        const QDeadlineTimer deadline(m_times.recognition);
+        for (const int index : m_scans) {
+            if (queue.isFull())
+                takeNext(queue, waiting.takeFirst());
+            if (m_entries.isFull())
+                return;
+            const QDeadlineTimer ofPage(
+                std::min<qint64>(deadline.remainingTime(), m_times.recognitionOfPage.count()));
+            const std::unique_ptr<Poppler::Page> page =
+                ofPage.hasExpired() ? nullptr : m_document.page(index);
+            const PagePicture picture = page ? rendered(*page, ofPage) : PagePicture();
+            queue.add(picture.image, picture.dotsPerInch, ofPage);
+            waiting.append(index);
+        }
+        while (!queue.isEmpty() && !m_entries.isFull())
+            takeNext(queue, waiting.takeFirst());
+    }
+
+    void takeNext(RecognitionQueue &queue, int index)
+    {
+        const RecognizedText recognized = queue.takeNext();
+        if (!recognized.text.isEmpty())
+            m_entries.append(u"[Scanned page %1]\n"_s.arg(index + 1) + recognized.text);
+        if (recognized.end == RecognizedText::End::early)
+            m_late.append(index + 1);
+    }
+
+    QString lateNote() const
+    {
+        return m_late.size() == 1
+                   ? u"[Page %1 took too long and was not read in full.]"_s.arg(m_late.constFirst())
+                   : u"[Pages %1 took too long and were not read in full.]"_s.arg(pageNumbers(m_late));
+    }
+
+    const Poppler::Document &m_document;
+    DocumentTimes m_times;
+    Entries m_entries;
+    QList<int> m_scans; ///< Counted from 0.
+    QList<int> m_late;  ///< Counted from 1.
+};
 
 } // namespace
 
-std::optional<QString> documentText(const QByteArray &bytes)
+std::optional<QString> documentText(const QByteArray &bytes, const DocumentTimes &times)
 {
     Poppler::setDebugErrorFunction([](const QString &, const QVariant &) {}, {});
     const std::unique_ptr<Poppler::Document> document = Poppler::Document::loadFromData(bytes);
@@ -116,20 +169,7 @@ std::optional<QString> documentText(const QByteArray &bytes)
         return std::nullopt;
     document->setRenderHint(Poppler::Document::Antialiasing);
     document->setRenderHint(Poppler::Document::TextAntialiasing);
-    const int pages = std::min(document->numPages(), limits::documentPages);
-    Entries entries;
-    QList<int> scanned;
-    const QDeadlineTimer deadline(limits::documentTextTime);
-    for (int index = 0; index < pages && !entries.isFull(); ++index) {
-        const std::unique_ptr<Poppler::Page> page = document->page(index);
-        const QString text = page ? textOf(*page, deadline) : QString();
-        if (text.isEmpty())
-            scanned.append(index);
-        else
-            entries.append(text);
-    }
-    appendScannedPages(*document, scanned, entries);
-    return entries.joined();
+    return Reading(*document, times).text();
 }
 
 } // namespace morvane

@@ -3,8 +3,8 @@
 namespace morvane {
 
 /// Gives up what this process does not need for reading one file: memory and processor time beyond
-/// AttachmentLimits.h, files to write, the network, other processes, core dumps. The file may take the
-/// process over. What the system cannot limit stays as it is.
+/// AttachmentLimits.h, files to write, core dumps, being looked at by other processes, new privileges. What
+/// the system cannot limit stays as it is; what must be refused is refused by the cage.
 void limitThisProcess();
 
 } // namespace morvane

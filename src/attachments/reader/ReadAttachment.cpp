@@ -22,19 +22,15 @@ QString recognizedText(const QByteArray &file)
 {
     PictureDecoder decoder(file);
     const QImage image = decoder.decode(decoder.size());
-    return TextRecognition().lines(onWhite(image), 0, attachmentLimits::recognitionTimeOfPage);
+    return TextRecognition().lines(onWhite(image), 0, attachmentLimits::recognitionTimeOfPage).text;
 }
 
 } // namespace
 
 ReaderAnswer readAttachment(QByteArrayView job, const QByteArray &file)
 {
-    if (job == "picture") {
-        auto jpeg = visionPicture(file);
-        if (jpeg)
-            return {ReaderAnswer::Kind::jpeg, std::move(*jpeg)};
-        return {ReaderAnswer::Kind::unchanged, {}};
-    }
+    if (job == "picture")
+        return visionPicture(file);
     if (job == "document") {
         const auto text = documentText(file);
         return text ? textAnswer(*text) : ReaderAnswer();

@@ -1,7 +1,7 @@
 #include "attachments/reader/RecognitionQueue.h"
 
 #include <algorithm>
-#include <thread>
+#include <sched.h>
 
 namespace morvane {
 namespace {
@@ -9,12 +9,16 @@ namespace {
 /// Each takes a processor, and 100 MB of memory.
 constexpr unsigned mostEngines = 4;
 
+/// Those that this process may run on; what others ask for this reads a file.
+unsigned processors()
+{
+    cpu_set_t set;
+    return ::sched_getaffinity(0, sizeof set, &set) == 0 ? static_cast<unsigned>(CPU_COUNT(&set)) : 1;
+}
+
 } // namespace
 
-RecognitionQueue::RecognitionQueue()
-    : m_engines(std::clamp(std::thread::hardware_concurrency(), 1U, mostEngines))
-{
-}
+RecognitionQueue::RecognitionQueue() : m_engines(std::clamp(processors(), 1U, mostEngines)) {}
 
 RecognitionQueue::~RecognitionQueue()
 {
@@ -32,9 +36,9 @@ void RecognitionQueue::add(const QImage &image, int dotsPerInch, QDeadlineTimer 
         }));
 }
 
-QString RecognitionQueue::takeNext()
+RecognizedText RecognitionQueue::takeNext()
 {
-    std::future<QString> oldest = std::move(m_running.front());
+    std::future<RecognizedText> oldest = std::move(m_running.front());
     m_running.pop_front();
     return oldest.get();
 }

@@ -4,7 +4,6 @@
 
 #include <QDeadlineTimer>
 #include <QImage>
-#include <QString>
 #include <atomic>
 #include <deque>
 #include <future>
@@ -29,13 +28,13 @@ public:
     void add(const QImage &image, int dotsPerInch, QDeadlineTimer deadline);
 
     /// Waits for the text of the oldest picture.
-    QString takeNext();
+    RecognizedText takeNext();
 
 private:
     std::atomic<bool> m_givesUp = false;
     std::vector<TextRecognition> m_engines; ///< Used in turn.
     std::size_t m_nextEngine = 0;
-    std::deque<std::future<QString>> m_running; ///< Oldest first; waits for them when it goes.
+    std::deque<std::future<RecognizedText>> m_running; ///< Oldest first; waits for them when it goes.
 };
 
 } // namespace morvane

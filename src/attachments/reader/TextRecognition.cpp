@@ -1,20 +1,16 @@
 #include "attachments/reader/TextRecognition.h"
 
+#include "attachments/reader/RecognitionData.h"
 #include "base/Text.h"
 
-#include <QLocale>
 #include <QStringList>
 #include <algorithm>
-#include <string>
 #include <tesseract/baseapi.h>
 #include <tesseract/ocrclass.h>
 #include <tesseract/resultiterator.h>
-#include <vector>
 
 namespace morvane {
 namespace {
-
-constexpr auto english = "eng";
 
 /// Less is what photographs without text are mistaken for.
 constexpr float leastConfidence = 30; // percent
@@ -30,19 +26,18 @@ bool isUniform(const QImage &gray)
     return true;
 }
 
-/// As the names of language data have it: "eng" or "deu+eng".
-std::string languagesOf(const std::vector<std::string> &installed)
+QString linesOf(tesseract::TessBaseAPI &engine)
 {
-    std::string languages;
-    QStringList wanted;
-    for (const QString &name : QLocale::system().uiLanguages())
-        wanted.append(QLocale::languageToCode(QLocale(name).language(), QLocale::ISO639Part2T));
-    wanted.append(QString::fromLatin1(english));
-    wanted.removeDuplicates();
-    for (const QString &name : wanted)
-        if (std::find(installed.begin(), installed.end(), name.toStdString()) != installed.end())
-            languages += (languages.empty() ? "" : "+") + name.toStdString();
-    return languages;
+    QStringList lines;
+    const std::unique_ptr<tesseract::ResultIterator> line(engine.GetIterator());
+    const auto level = tesseract::RIL_TEXTLINE;
+    for (bool more = line && !line->Empty(level); more; more = line->Next(level)) {
+        const std::unique_ptr<char[]> utf8(line->GetUTF8Text(level));
+        const QString text = utf8 ? trimmed(QString::fromUtf8(utf8.get())) : QString();
+        if (!text.isEmpty() && line->Confidence(level) >= leastConfidence)
+            lines.append(text);
+    }
+    return lines.join(u'\n');
 }
 
 } // namespace
@@ -56,25 +51,20 @@ bool TextRecognition::prepare()
         return m_isReady;
     m_hasFailed = true;
     m_engine = std::make_unique<tesseract::TessBaseAPI>();
-    // Which data is installed is told only by an engine that has some.
-    if (m_engine->Init(nullptr, english, tesseract::OEM_LSTM_ONLY) != 0)
+    const auto data = RecognitionData::find();
+    if (!data || m_engine->Init(data->folder.c_str(), 0, data->languages.c_str(), tesseract::OEM_LSTM_ONLY,
+                                nullptr, 0, nullptr, nullptr, false, &RecognitionData::read) != 0)
         return false;
-    std::vector<std::string> installed;
-    m_engine->GetAvailableLanguagesAsVector(&installed);
-    const std::string languages = languagesOf(installed);
-    if (languages != english && m_engine->Init(nullptr, languages.c_str(), tesseract::OEM_LSTM_ONLY) != 0)
-        return false;
-    m_engine->SetVariable("debug_file", "/dev/null");
     m_engine->SetPageSegMode(tesseract::PSM_AUTO);
     m_isReady = true;
     return true;
 }
 
-QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
-                               const std::atomic<bool> *givesUp)
+RecognizedText TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
+                                      const std::atomic<bool> *givesUp)
 {
-    if (givesUp && *givesUp)
-        return {};
+    if ((givesUp && *givesUp) || limit <= std::chrono::milliseconds::zero())
+        return {{}, RecognizedText::End::early};
     const QImage gray = image.convertToFormat(QImage::Format_Grayscale8);
     if (gray.isNull() || isUniform(gray) || !prepare())
         return {};
@@ -88,19 +78,13 @@ QString TextRecognition::lines(const QImage &image, int dotsPerInch, std::chrono
     monitor.cancel = [](void *flag, int) {
         return flag && static_cast<const std::atomic<bool> *>(flag)->load();
     };
-    QStringList lines;
-    if (m_engine->Recognize(&monitor) == 0) {
-        const std::unique_ptr<tesseract::ResultIterator> line(m_engine->GetIterator());
-        const auto level = tesseract::RIL_TEXTLINE;
-        for (bool more = line && !line->Empty(level); more; more = line->Next(level)) {
-            const std::unique_ptr<char[]> utf8(line->GetUTF8Text(level));
-            const QString text = utf8 ? trimmed(QString::fromUtf8(utf8.get())) : QString();
-            if (!text.isEmpty() && line->Confidence(level) >= leastConfidence)
-                lines.append(text);
-        }
-    }
+    RecognizedText result;
+    if (m_engine->Recognize(&monitor) == 0)
+        result.text = linesOf(*m_engine);
+    else if (monitor.deadline_exceeded())
+        result.end = RecognizedText::End::early;
     m_engine->Clear();
-    return lines.join(u'\n');
+    return result;
 }
 
 } // namespace morvane

@@ -12,6 +12,14 @@ class TessBaseAPI;
 
 namespace morvane {
 
+/// What was recognised, as far as the time reached.
+struct RecognizedText {
+    enum class End { whole, early };
+
+    QString text;
+    End end = End::whole;
+};
+
 /// Recognises the text that pictures show, in English and in the languages of the user's locale as far as
 /// their data is installed. The data is read with the first picture.
 class TextRecognition {
@@ -20,10 +28,10 @@ public:
     ~TextRecognition();
 
     /// The lines in reading order, joined by line feeds; empty without any, without language data, when
-    /// `limit` passes first, or soon after `givesUp` has become true. `dotsPerInch` is a guess that helps, 0
-    /// if unknown. One thread at a time for each object.
-    QString lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
-                  const std::atomic<bool> *givesUp = nullptr);
+    /// `limit` passes first, which is an early end, or soon after `givesUp` has become true. `dotsPerInch` is
+    /// a guess that helps, 0 if unknown. One thread at a time for each object.
+    RecognizedText lines(const QImage &image, int dotsPerInch, std::chrono::milliseconds limit,
+                         const std::atomic<bool> *givesUp = nullptr);
 
 private:
     bool prepare();

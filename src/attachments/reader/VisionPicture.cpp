@@ -10,30 +10,35 @@
 namespace morvane {
 namespace {
 
+using Kind = ReaderAnswer::Kind;
+
 constexpr int jpegQuality = 85; // percent
 
 } // namespace
 
-std::optional<QByteArray> visionPicture(const QByteArray &bytes)
+ReaderAnswer visionPicture(const QByteArray &bytes)
 {
     PictureDecoder decoder(bytes);
     const QSize size = decoder.size();
     const int longerSide = std::max(size.width(), size.height());
-    if (size.isEmpty() ||
-        (longerSide <= attachmentLimits::visionSide && bytes.size() <= attachmentLimits::visionBytes))
-        return std::nullopt;
+    if (decoder.isTooLarge())
+        return {Kind::tooManyPixels, {}};
+    if (size.isEmpty())
+        return {Kind::unreadable, {}};
+    if (longerSide <= attachmentLimits::visionSide && bytes.size() <= attachmentLimits::visionBytes)
+        return {Kind::unchanged, {}};
     const QSize wanted = visionSize(size);
     QImage image = decoder.decode(wanted);
     if (image.isNull())
-        return std::nullopt;
+        return {Kind::unreadable, {}};
     if (image.size() != wanted)
         image = image.scaled(wanted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QBuffer buffer;
     QImageWriter writer(&buffer, "jpeg");
     writer.setQuality(jpegQuality);
     if (!writer.write(onWhite(image)))
-        return std::nullopt;
-    return buffer.data();
+        return {Kind::unreadable, {}};
+    return {Kind::jpeg, buffer.data()};
 }
 
 QSize visionSize(QSize size)

@@ -1,5 +1,6 @@
 #include "AttachmentFixture.h"
 
+#include "attachments/reader/DocumentText.h"
 #include "base/Text.h"
 #include "support/SamplePdf.h"
 
@@ -52,6 +53,56 @@ TEST_F(DocumentTest, TextBeyondTheAlphabetComesOut)
 {
     const auto text = u"Grüße aus Łódź: 42 €, αβγ, привет"_s;
     EXPECT_EQ(textOf({{Kind::text, text}}), text);
+}
+
+TEST_F(DocumentTest, HebrewComesInTheOrderInWhichItIsRead)
+{
+    const auto text = u"שלום עולם, זהו מסמך בעברית.\nבשנת 1948 נכתב (כאן) המסמך Linux."_s;
+    EXPECT_EQ(textOf({{Kind::text, text}}), text);
+}
+
+TEST_F(DocumentTest, ArabicComesInTheOrderInWhichItIsRead)
+{
+    const auto text = u"مرحبا بالعالم\nهذا نص من عام 2024"_s;
+    EXPECT_EQ(textOf({{Kind::text, text}}), text);
+}
+
+TEST_F(DocumentTest, HebrewWordInAnEnglishTextIsReadInItsOrder)
+{
+    const auto text = u"The word שלום means peace, and 42 is a number.\nNothing else."_s;
+    EXPECT_EQ(textOf({{Kind::text, text}}), text);
+}
+
+TEST_F(DocumentTest, PagesThatTakeTooLongAreTold)
+{
+    const QByteArray pdf = samplePdf({{Kind::text, u"One"_s},
+                                      {Kind::scanned, u"Two"_s},
+                                      {Kind::text, u"Three"_s},
+                                      {Kind::scanned, u"Four"_s},
+                                      {Kind::scanned, u"Five"_s}});
+    DocumentTimes times;
+    times.recognition = std::chrono::milliseconds(0);
+    EXPECT_EQ(documentText(pdf, times),
+              u"One\n\nThree\n\n[Pages 2, 4–5 took too long and were not read in full.]"_s);
+    times = {};
+    times.recognitionOfPage = std::chrono::milliseconds(1);
+    EXPECT_EQ(documentText(pdf, times),
+              u"One\n\nThree\n\n[Pages 2, 4–5 took too long and were not read in full.]"_s);
+}
+
+TEST_F(DocumentTest, PageThatTakesTooLongIsTold)
+{
+    const QByteArray pdf = samplePdf({{Kind::text, u"One"_s}, {Kind::scanned, u"Two"_s}});
+    DocumentTimes times;
+    times.recognition = std::chrono::milliseconds(0);
+    EXPECT_EQ(documentText(pdf, times), u"One\n\n[Page 2 took too long and was not read in full.]"_s);
+}
+
+TEST_F(DocumentTest, DocumentOfWhichTimeAllowsNothingHasNoText)
+{
+    DocumentTimes times;
+    times.text = std::chrono::milliseconds(0);
+    EXPECT_EQ(documentText(samplePdf({{Kind::text, u"One"_s}}), times), QString());
 }
 
 TEST_F(DocumentTest, OnlyTheFirstTwoHundredPagesAreRead)

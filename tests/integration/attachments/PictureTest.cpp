@@ -76,6 +76,14 @@ TEST_F(PictureTest, SmallPictureOfThreeMegabytesIsEncodedAnewAtItsOwnSize)
     EXPECT_TRUE(isNear(result.pixelColor(1'000, 1'000), photo.pixelColor(1'000, 1'000)));
 }
 
+TEST_F(PictureTest, FileOfExactlyTenMegabytesIsTaken)
+{
+    const QByteArray photo = encoded(quarters({2'000, 1'000}), "png");
+    EXPECT_EQ(prepared(u"a.png"_s, photo.leftJustified(10'000'000, '\0')).size(), QSize(1'568, 784));
+    EXPECT_EQ(failureOf(u"b.png"_s, photo.leftJustified(10'000'001, '\0')),
+              u"\"b.png\" is larger than 10 MB. Please attach a smaller image."_s);
+}
+
 TEST_F(PictureTest, PictureOfExactlyTheLongestSideGoesAsItIs)
 {
     expectUnchanged(u"a.jpg"_s, encoded(quarters({1'568, 10}), "jpeg"), u"image/jpeg"_s);
@@ -153,10 +161,58 @@ TEST_F(PictureTest, FormatIsToldByTheContent)
     EXPECT_EQ(prepared(u"wrong.png"_s, encoded(quarters({2'000, 1'000}), "jpeg")).size(), QSize(1'568, 784));
 }
 
+TEST_F(PictureTest, BitmapWithItsLinesFromTheTopIsScaledDown)
+{
+    const QImage result = prepared(u"a.bmp"_s, topDownBitmap(quarters({2'000, 1'000})));
+    EXPECT_EQ(result.size(), QSize(1'568, 784));
+    EXPECT_TRUE(isNear(result.pixelColor(100, 100), Qt::red));
+    EXPECT_TRUE(isNear(result.pixelColor(100, 700), Qt::blue));
+}
+
+TEST_F(PictureTest, WebpIsTurnedAsItWasHeld)
+{
+    const QSize size(2'000, 1'000);
+    const QByteArray webp = encoded(quarters(size), "webp", 90);
+    struct Expected {
+        char orientation;
+        QColor upperLeft;
+        QColor upperRight;
+        QColor lowerLeft;
+    };
+    const QColor red(Qt::red);
+    const QColor green(Qt::green);
+    const QColor blue(Qt::blue);
+    const QColor white(Qt::white);
+    const QList<Expected> all{{1, red, green, blue},   {2, green, red, white}, {3, white, blue, green},
+                              {4, blue, white, red},   {5, red, blue, green},  {6, blue, red, white},
+                              {7, white, green, blue}, {8, green, white, red}, {9, red, green, blue}};
+    for (const Expected &expected : all) {
+        const int orientation = expected.orientation;
+        const QImage image = prepared(u"a.webp"_s, webpWithExifOrientation(webp, size, expected.orientation));
+        const bool isUpright = orientation >= 5 && orientation <= 8;
+        EXPECT_EQ(image.size(), isUpright ? QSize(784, 1'568) : QSize(1'568, 784)) << orientation;
+        const int right = image.width() - 100;
+        const int below = image.height() - 100;
+        EXPECT_TRUE(isNear(image.pixelColor(100, 100), expected.upperLeft)) << orientation;
+        EXPECT_TRUE(isNear(image.pixelColor(right, 100), expected.upperRight)) << orientation;
+        EXPECT_TRUE(isNear(image.pixelColor(100, below), expected.lowerLeft)) << orientation;
+    }
+}
+
 TEST_F(PictureTest, WhatIsNoPictureGoesAsItIs)
 {
     expectUnchanged(u"a.png"_s, "no picture at all", u"image/png"_s);
-    expectUnchanged(u"a.heic"_s, QByteArray(3'000'000, '\x7F'), u"image/heic"_s);
+    expectUnchanged(u"a.heic"_s, QByteArray(2'000'000, '\x7F'), u"image/heic"_s);
+}
+
+TEST_F(PictureTest, WhatIsNoPictureAndLargerThanModelsTakeIsRefused)
+{
+    const QByteArray noise(2'000'001, '\x7F');
+    EXPECT_EQ(failureOf(u"a.heic"_s, noise), u"Could not read \"a.heic\"."_s);
+    EXPECT_EQ(failureOf(u"a.png"_s, noise), u"Could not read \"a.png\"."_s);
+    const auto prepared = processor.prepareForVision(noise, u"png"_s, stop);
+    EXPECT_EQ(prepared.data, noise);
+    EXPECT_EQ(prepared.mimeType, u"image/png"_s);
 }
 
 TEST_F(PictureTest, DrawingThatIsAProgramIsNotRun)
@@ -166,23 +222,28 @@ TEST_F(PictureTest, DrawingThatIsAProgramIsNotRun)
     expectUnchanged(u"a.svg"_s, svg, u"image/png"_s);
 }
 
-TEST_F(PictureTest, PictureOfTwoHundredMegapixelsGoesAsItIs)
+TEST_F(PictureTest, PictureOfTwoHundredMegapixelsIsRefusedInSoManyWords)
 {
     QImage image(20'000, 10'000, QImage::Format_Mono);
     image.fill(0);
     const QByteArray png = encoded(image, "png");
     ASSERT_LT(png.size(), 1'000'000);
-    expectUnchanged(u"a.png"_s, png, u"image/png"_s);
+    EXPECT_EQ(failureOf(u"a.png"_s, png),
+              u"\"a.png\" has more than 150 million pixels. Please attach a smaller image."_s);
+    EXPECT_EQ(processor.prepareForVision(png, u"png"_s, stop).data, png);
 }
 
-TEST_F(PictureTest, SizeThatIsALieGoesAsItIs)
+TEST_F(PictureTest, SizeThatIsALieDoesNoHarm)
 {
     // The head names two thousand million pixels; behind it stand a few bytes.
     QByteArray png = encoded(quarters({2'000, 2'000}), "png").first(200);
     png.replace(16, 8, QByteArray("\x7F\xFF\xFF\xFF\x00\x00\x00\x01", 8));
     expectUnchanged(u"a.png"_s, png, u"image/png"_s);
-    QByteArray gif("GIF89a\xFF\xFF\xFF\xFF\xF7\x00\x00", 13);
-    expectUnchanged(u"a.gif"_s, gif + QByteArray(2'500'000, '\x21'), u"image/gif"_s);
+    const QByteArray gif("GIF89a\xFF\xFF\xFF\xFF\xF7\x00\x00", 13);
+    EXPECT_NE(failureOf(u"a.gif"_s, gif + QByteArray(2'500'000, '\x21')), QString());
+    QByteArray bmp = encoded(quarters({20, 20}), "bmp");
+    bmp.replace(22, 4, QByteArray("\x00\x00\x00\x80", 4)); // the lowest height that there is
+    expectUnchanged(u"a.bmp"_s, bmp, u"image/bmp"_s);
 }
 
 TEST_F(PictureTest, TextOfAPictureIsRecognised)

@@ -1,0 +1,82 @@
+#include "attachments/reader/RecognitionData.h"
+
+#include <QLocale>
+#include <QStringList>
+#include <array>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// Where distributions put it. A folder of the user's is none of them.
+constexpr std::array folders{"/usr/share/tesseract-ocr/5/tessdata", "/usr/share/tessdata",
+                             "/usr/share/tesseract/tessdata", "/usr/local/share/tessdata"};
+
+QStringList wantedLanguages()
+{
+    QStringList names;
+    for (const QString &name : QLocale::system().uiLanguages())
+        names.append(QLocale::languageToCode(QLocale(name).language(), QLocale::ISO639Part2T));
+    names.append(u"eng"_s);
+    names.removeAll(QString());
+    names.removeDuplicates();
+    return names;
+}
+
+QByteArray pathOf(const char *folder, const QString &language)
+{
+    return QByteArray(folder) + '/' + language.toLatin1() + ".traineddata";
+}
+
+FileDescriptor opened(const char *path)
+{
+    return FileDescriptor(::open(path, O_RDONLY | O_CLOEXEC));
+}
+
+} // namespace
+
+std::optional<RecognitionData> RecognitionData::find()
+{
+    const QStringList wanted = wantedLanguages();
+    for (const char *folder : folders) {
+        if (!opened(pathOf(folder, u"eng"_s).constData()).isOpen())
+            continue;
+        RecognitionData data{folder, {}};
+        for (const QString &language : wanted)
+            if (opened(pathOf(folder, language).constData()).isOpen())
+                data.languages += (data.languages.empty() ? "" : "+") + language.toStdString();
+        return data;
+    }
+    return std::nullopt;
+}
+
+void RecognitionData::addTo(DataFiles &files)
+{
+    for (const char *folder : folders)
+        for (const QString &language : wantedLanguages())
+            files.add(pathOf(folder, language));
+}
+
+bool RecognitionData::read(const char *path, std::vector<char> *content)
+{
+    const FileDescriptor file = opened(path);
+    struct stat state{};
+    if (!file.isOpen() || ::fstat(file.get(), &state) != 0 || state.st_size <= 0)
+        return false;
+    content->resize(static_cast<std::size_t>(state.st_size));
+    // At positions of its own: other threads may be reading the same open file.
+    std::size_t have = 0;
+    while (have < content->size()) {
+        const ssize_t count =
+            ::pread(file.get(), content->data() + have, content->size() - have, static_cast<off_t>(have));
+        if (count <= 0)
+            return false;
+        have += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+} // namespace morvane

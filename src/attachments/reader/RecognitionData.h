@@ -1,0 +1,26 @@
+#pragma once
+
+#include "attachments/reader/DataFiles.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace morvane {
+
+/// What the text recognition knows of languages: English, and those of the user's locale, as far as the
+/// system has their data.
+struct RecognitionData {
+    std::string folder;
+    std::string languages; ///< As the library takes them: "eng" or "deu+eng".
+
+    /// Nothing without English. To be called where paths can be opened, or those of `addTo` at least.
+    static std::optional<RecognitionData> find();
+
+    static void addTo(DataFiles &files);
+
+    /// Reads one file whole; the library calls it. Any thread, several at once.
+    static bool read(const char *path, std::vector<char> *content);
+};
+
+} // namespace morvane
