@@ -1,8 +1,9 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "app/AppServices.h"
 #include "app/BrowserWindowPort.h"
-#include "app/UpdatePort.h"
+#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
 #include "localmodel/OllamaRuntime.h"
@@ -13,7 +14,6 @@
 #include "store/SettingsStore.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
-#include "support/FakeModelCatalog.h"
 #include "support/FakePorts.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
@@ -81,7 +81,7 @@ struct BenchAgent {
     /// Sends a message and waits for the end of the run; a failure ends the benchmark.
     void ask(const QString &text, const QList<ChatAttachment> &files = {})
     {
-        if (!model.send(text, files) ||
+        if (!waitUntil([this] { return model.isReady(); }) || !model.send(text, files) ||
             !waitUntil([this] { return !model.isBusy(); }, std::chrono::minutes(2)))
             std::exit(1);
     }
@@ -100,27 +100,24 @@ struct BenchAgent {
     FakeNotifications notifications;
     NoToolServers toolServers;
     NoBrowserWindow browserWindow;
-    NoUpdates updates;
+    UpdateModel updates;
     FakeAttachments attachments;
     OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
-    FakeModelCatalog modelCatalog;
-    FakeUrlOpener urls;
-    AppServices services{scheduler,
-                         settings,
-                         conversations,
-                         service,
-                         announcer,
-                         notifications,
-                         toolServers,
-                         browserWindow,
-                         updates,
-                         localModel,
-                         attachments,
-                         modelCatalog,
-                         urls,
-                         [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
-                         [] { return QStringLiteral("A benchmark."); },
-                         [] { return 16; }};
+    AppServices services{
+        scheduler,
+        settings,
+        conversations,
+        service,
+        announcer,
+        notifications,
+        toolServers,
+        browserWindow,
+        updates,
+        localModel,
+        attachments,
+        [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
+        [] { return QStringLiteral("A benchmark."); },
+    };
     AppModel model{services};
 };
 

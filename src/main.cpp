@@ -1,7 +1,8 @@
 #include "app/AppModel.h"
+#include "app/AppServices.h"
 #include "app/BrowserWindowPort.h"
 #include "app/NotificationService.h"
-#include "app/UpdatePort.h"
+#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
 #include "attachments/AttachmentWorkers.h"
@@ -88,7 +89,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     BuiltinTools tools(http, reminders);
     NoToolServers toolServers;
     NoBrowserWindow browserWindow;
-    NoUpdates updates;
+    const UpdateModel updates;
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
     AttachmentWorkers attachments{AttachmentProcessor(ReaderProcess(attachmentReader()))};
     HttpModelCatalog modelCatalog(http, endpoints);
@@ -96,7 +97,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     const LinuxMachineFacts machineFacts;
     const MachineProfile machine(machineFacts);
 
-    const AppServices services{
+    const auto machineSummary = [&machine] { return machine.current().summary(); };
+    AppModel model({
         scheduler,
         settings,
         conversations,
@@ -108,18 +110,18 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         updates,
         localModel,
         attachments,
-        modelCatalog,
-        urls,
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
-        [&machine] { return machine.current().summary(); },
-        [&machine] { return machine.current().ramGB; },
+        machineSummary,
+    });
+    const SettingsServices settingsServices{
+        scheduler, settings,       modelCatalog,
+        urls,      machineSummary, [&machine] { return machine.current().ramGB; },
     };
-    AppModel model(services);
     const CursorRest cursorRest;
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     LinuxWindowRaiser raiser;
-    MainWindow window(model);
+    MainWindow window(model, {announcer, browserWindow, updates, settingsServices});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {

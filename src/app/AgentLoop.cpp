@@ -36,9 +36,9 @@ QString stepLimitNote(int maxSteps)
 
 } // namespace
 
-AgentLoop::AgentLoop(const AppServices &services, Workspace &workspace, TurnRunner &turns,
+AgentLoop::AgentLoop(const SettingsStore &settings, Workspace &workspace, TurnRunner &turns,
                      ToolCallRunner &tools, SubagentRunner &subagents)
-    : m_services(services), m_workspace(workspace), m_turns(turns), m_tools(tools), m_subagents(subagents)
+    : m_settings(settings), m_workspace(workspace), m_turns(turns), m_tools(tools), m_subagents(subagents)
 {
 }
 
@@ -70,7 +70,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
     }
     m_workspace.activity.logFinished(run.ranTools);
     if (stepLimitReached(run))
-        addNote(stepLimitNote(m_services.settings.maxSteps()));
+        addNote(stepLimitNote(m_settings.maxSteps()));
     co_await checkCancelled();
     co_return std::move(run.context);
 }
@@ -142,7 +142,7 @@ bool AgentLoop::repeats(Run &run, const AIToolCall &call) const
 bool AgentLoop::stepLimitReached(const Run &run) const
 {
     // Read on every check, so that a change in Settings takes effect during a run.
-    return !m_services.settings.unlimitedSteps() && run.step >= m_services.settings.maxSteps();
+    return !m_settings.unlimitedSteps() && run.step >= m_settings.maxSteps();
 }
 
 void AgentLoop::addNote(const QString &note)

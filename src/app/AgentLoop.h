@@ -14,12 +14,14 @@
 
 namespace morvane {
 
+class SettingsStore;
+
 /// The heart of the program: asks the model for a turn, runs the tools that it calls, feeds the results back,
 /// and repeats until the model stops calling tools or a rule ends the run. Main thread.
 class AgentLoop {
 public:
     /// All of them outlive every run.
-    AgentLoop(const AppServices &services, Workspace &workspace, TurnRunner &turns, ToolCallRunner &tools,
+    AgentLoop(const SettingsStore &settings, Workspace &workspace, TurnRunner &turns, ToolCallRunner &tools,
               SubagentRunner &subagents);
 
     /// One run. Gives the working context as it stands at the end; throws what ended the run otherwise
@@ -49,7 +51,7 @@ private:
     void addNote(const QString &note);
     void moveTurnNarrationToActivity(qsizetype fromLength);
 
-    const AppServices &m_services;
+    const SettingsStore &m_settings;
     Workspace &m_workspace;
     TurnRunner &m_turns;
     ToolCallRunner &m_tools;

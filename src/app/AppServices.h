@@ -15,15 +15,14 @@ class AttachmentService;
 class BrowserWindowPort;
 class ConversationStore;
 class LocalModelRuntime;
-class ModelCatalog;
 class NotificationPort;
 class Scheduler;
 class SettingsStore;
 class ToolServerPort;
-class UpdatePort;
-class UrlOpener;
+class UpdateModel;
 
-/// Everything that the application model works with; all of it outlives the model.
+/// What the application model is built on; all of it outlives the model. Only the model itself is given the
+/// whole; everything else gets what it uses.
 struct AppServices {
     Scheduler &scheduler;
     SettingsStore &settings;
@@ -33,17 +32,13 @@ struct AppServices {
     NotificationPort &notifications;
     ToolServerPort &toolServers;
     BrowserWindowPort &browserWindow;
-    UpdatePort &updates;
+    const UpdateModel &updates;
     LocalModelRuntime &localModel;
     AttachmentService &attachments;
-    ModelCatalog &modelCatalog;
-    UrlOpener &urls;
     /// Carries out a call of a built-in tool; never throws.
     std::function<Task<ToolResult>(ToolPermit)> executeTool;
     /// One sentence on the machine, for the system prompt.
     std::function<QString()> machineSummary;
-    /// The machine's memory in GiB.
-    std::function<int()> machineMemory;
 };
 
 } // namespace morvane

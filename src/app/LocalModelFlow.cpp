@@ -14,8 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-LocalModelFlow::LocalModelFlow(const AppServices &services, Workspace &workspace, TurnRunner &turns)
-    : m_services(services), m_workspace(workspace), m_turns(turns)
+LocalModelFlow::LocalModelFlow(Scheduler &scheduler, SettingsStore &settings, LocalModelRuntime &runtime,
+                               Workspace &workspace, TurnRunner &turns,
+                               std::function<QString()> machineSummary)
+    : m_scheduler(scheduler), m_settings(settings), m_runtime(runtime), m_workspace(workspace),
+      m_turns(turns), m_machineSummary(std::move(machineSummary))
 {
 }
 
@@ -28,40 +31,40 @@ void LocalModelFlow::setProgress(const QString &label, std::optional<double> fra
 
 void LocalModelFlow::refreshLocalModel()
 {
-    m_services.scheduler.spawn(refresh());
+    m_scheduler.spawn(refresh());
 }
 
 void LocalModelFlow::refreshThenInstall()
 {
-    m_services.scheduler.spawn(refreshAndInstall());
+    m_scheduler.spawn(refreshAndInstall());
 }
 
 Task<void> LocalModelFlow::refreshAndInstall()
 {
     // What is there already must be known first, or its installation would be announced.
     co_await refresh();
-    if (m_services.settings.providerID() == ProviderID::ollama)
+    if (m_settings.providerID() == ProviderID::ollama)
         installLocalModelIfNeeded();
 }
 
 Task<void> LocalModelFlow::refresh()
 {
-    const QString model = trimmed(m_services.settings.model());
-    const bool serverRunning = co_await m_services.localModel.isServerRunning();
+    const QString model = trimmed(m_settings.model());
+    const bool serverRunning = co_await m_runtime.isServerRunning();
     if (!serverRunning) {
         m_info.running = false;
-        setProgress(m_services.localModel.isBinaryInstalled() ? u"Ollama is not running."_s
-                                                              : u"Ollama is not installed yet."_s,
+        setProgress(m_runtime.isBinaryInstalled() ? u"Ollama is not running."_s
+                                                  : u"Ollama is not installed yet."_s,
                     m_info.progressFraction);
         co_return;
     }
-    m_installedModels = co_await m_services.localModel.installedModels();
+    m_installedModels = co_await m_runtime.installedModels();
     const QString name = model.isEmpty() ? QString::fromLatin1(standardModel) : model;
     m_info.running = m_installedModels.contains(name) || m_installedModels.contains(name + u":latest"_s);
     if (m_info.running) {
         m_info.error.clear();
         setProgress(u"The %1 model is ready."_s.arg(name), m_info.progressFraction);
-        m_services.scheduler.spawn(warmUpLocalModel());
+        m_scheduler.spawn(warmUpLocalModel());
     } else {
         setProgress(u"Ollama is running, but the %1 model is not downloaded yet."_s.arg(name),
                     m_info.progressFraction);
@@ -73,7 +76,7 @@ void LocalModelFlow::installLocalModelIfNeeded()
     if ((m_installTask && !m_installTask->done()) || m_info.installing || m_info.running ||
         !m_pullingModel.isEmpty())
         return;
-    m_installTask = m_services.scheduler.spawn(installLocalModel());
+    m_installTask = m_scheduler.spawn(installLocalModel());
 }
 
 TaskHandle<void> LocalModelFlow::startInstallThenRespond()
@@ -83,7 +86,7 @@ TaskHandle<void> LocalModelFlow::startInstallThenRespond()
         u"Setting up the local model first. This is a one-time download of a few gigabytes and "
         "will be ready automatically."_s);
     log(u"Setting up the local model before sending."_s, ActivityStep::Kind::info);
-    m_installTask = m_services.scheduler.spawn(installLocalModel());
+    m_installTask = m_scheduler.spawn(installLocalModel());
     return *m_installTask;
 }
 
@@ -123,16 +126,16 @@ Task<void> LocalModelFlow::installSteps()
     setProgress(u"Starting…"_s, std::nullopt);
     log(opening, ActivityStep::Kind::info);
     m_workspace.status.announce(opening);
-    co_await m_services.localModel.ensureRunning(onProgress);
+    co_await m_runtime.ensureRunning(onProgress);
     setProgress(u"Downloading the qwen2.5 model (about 5 GB)…"_s, std::nullopt);
-    co_await m_services.localModel.pull(model, onProgress);
+    co_await m_runtime.pull(model, onProgress);
     m_info.running = true;
     m_info.error.clear();
     setProgress(u"The qwen2.5 model is ready."_s, m_info.progressFraction);
-    m_installedModels = co_await m_services.localModel.installedModels();
+    m_installedModels = co_await m_runtime.installedModels();
     log(u"The local model is ready. No limits, everything stays on this Mac."_s, ActivityStep::Kind::success);
     m_workspace.status.announce(u"The local model is ready. You can start chatting."_s);
-    m_services.scheduler.spawn(warmUpLocalModel());
+    m_scheduler.spawn(warmUpLocalModel());
 }
 
 void LocalModelFlow::reportFailure(const std::exception_ptr &failure)
@@ -156,16 +159,14 @@ void LocalModelFlow::reportFailure(const std::exception_ptr &failure)
 
 Task<void> LocalModelFlow::warmUpLocalModel()
 {
-    const SettingsStore &settings = m_services.settings;
-    if (settings.providerID() != ProviderID::ollama || !m_info.running)
+    if (m_settings.providerID() != ProviderID::ollama || !m_info.running)
         co_return;
     AIConfiguration config;
     config.provider = ProviderID::ollama;
-    config.model = trimmed(settings.model());
-    config.systemPrompt =
-        settings.systemPrompt() + u"\n\nYou are running on: "_s + m_services.machineSummary();
-    config.temperature = settings.temperature();
-    config.tools = BuiltinTools::all(settings.useTools() ? UseTools::yes : UseTools::no);
+    config.model = trimmed(m_settings.model());
+    config.systemPrompt = m_settings.systemPrompt() + u"\n\nYou are running on: "_s + m_machineSummary();
+    config.temperature = m_settings.temperature();
+    config.tools = BuiltinTools::all(m_settings.useTools() ? UseTools::yes : UseTools::no);
     try {
         co_await m_turns.runTurn({{APIMessage::User{u"Say OK."_s, {}}}}, config, [](const QString &) {});
     } catch (...) {

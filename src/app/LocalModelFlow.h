@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/AppServices.h"
 #include "app/Workspace.h"
 #include "async/TaskHandle.h"
 #include "model/AIConfiguration.h"
@@ -14,6 +13,9 @@
 
 namespace morvane {
 
+class LocalModelRuntime;
+class Scheduler;
+class SettingsStore;
 class TurnRunner;
 
 /// Ties the local model's runtime to the application: what the windows show of it, its first installation,
@@ -24,7 +26,10 @@ public:
     /// The model that the first installation brings.
     static constexpr auto standardModel = "qwen2.5";
 
-    LocalModelFlow(const AppServices &services, Workspace &workspace, TurnRunner &turns);
+    /// All of them outlive the flow; the scheduler is shut down before it goes. `machineSummary` gives one
+    /// sentence on the machine.
+    LocalModelFlow(Scheduler &scheduler, SettingsStore &settings, LocalModelRuntime &runtime,
+                   Workspace &workspace, TurnRunner &turns, std::function<QString()> machineSummary);
 
     const LocalModelInfo &info() const { return m_info; }
     const QString &pullingModel() const { return m_pullingModel; } ///< Empty while nothing is pulled.
@@ -56,9 +61,12 @@ private:
     void setProgress(const QString &label, std::optional<double> fraction);
     void log(const QString &text, ActivityStep::Kind kind) { m_workspace.activity.log(text, kind); }
 
-    const AppServices &m_services;
+    Scheduler &m_scheduler;
+    SettingsStore &m_settings;
+    LocalModelRuntime &m_runtime;
     Workspace &m_workspace;
     TurnRunner &m_turns;
+    std::function<QString()> m_machineSummary;
     LocalModelInfo m_info;
     QString m_pullingModel;
     QStringList m_installedModels;

@@ -1,11 +1,13 @@
 #include "app/PendingAttachments.h"
 
-#include "app/AppModel.h"
+#include "app/SelectedModel.h"
+#include "app/Status.h"
 #include "async/Cancelled.h"
 #include "async/OffMain.h"
 #include "async/Scheduler.h"
 #include "attachments/AttachmentError.h"
 #include "attachments/AttachmentService.h"
+#include "store/SettingsStore.h"
 
 #include <QBuffer>
 #include <algorithm>
@@ -27,7 +29,12 @@ Task<ChatAttachment> encodeAndProcess(AttachmentService *service, QImage image, 
 
 } // namespace
 
-PendingAttachments::PendingAttachments(AppModel &model, QObject *parent) : QObject(parent), m_model(model) {}
+PendingAttachments::PendingAttachments(Scheduler &scheduler, AttachmentService &service, Status &status,
+                                       const SettingsStore &settings, QObject *parent)
+    : QObject(parent), m_scheduler(scheduler), m_service(service), m_status(status), m_settings(settings)
+{
+    connect(&settings, &SettingsStore::changed, this, &PendingAttachments::modelChanged);
+}
 
 PendingAttachments::~PendingAttachments()
 {
@@ -41,32 +48,32 @@ bool PendingAttachments::hasUnseenImage() const
         std::any_of(m_attachments.begin(), m_attachments.end(), [](const ChatAttachment &attachment) {
             return attachment.kind == AttachmentKind::image;
         });
-    return hasImage && !m_model.modelSeesImages();
+    return hasImage && !modelSeesImages(m_settings);
 }
 
 void PendingAttachments::handleFiles(const QList<QUrl> &urls)
 {
     for (const QUrl &url : urls)
-        begin(m_model.attachmentService().process(url), url.adjusted(QUrl::StripTrailingSlash).fileName());
+        begin(m_service.process(url), url.adjusted(QUrl::StripTrailingSlash).fileName());
 }
 
 void PendingAttachments::handleImage(const QByteArray &data, const QString &filename)
 {
-    begin(m_model.attachmentService().processImage(data, filename), filename);
+    begin(m_service.processImage(data, filename), filename);
 }
 
 void PendingAttachments::handleImage(const QImage &image, const QString &filename)
 {
-    begin(encodeAndProcess(&m_model.attachmentService(), image, filename), filename);
+    begin(encodeAndProcess(&m_service, image, filename), filename);
 }
 
 void PendingAttachments::begin(Task<ChatAttachment> work, const QString &filename)
 {
     ++m_processingCount;
     Q_EMIT processingCountChanged();
-    m_model.status().announce(u"Attaching "_s + filename + u"…"_s);
+    m_status.announce(u"Attaching "_s + filename + u"…"_s);
     m_tasks.removeIf([](const TaskHandle<void> &task) { return task.done(); });
-    m_tasks.append(m_model.scheduler().spawn(attach(this, std::move(work), filename)));
+    m_tasks.append(m_scheduler.spawn(attach(this, std::move(work), filename)));
 }
 
 Task<void> PendingAttachments::attach(QPointer<PendingAttachments> self, Task<ChatAttachment> work,
@@ -96,7 +103,7 @@ void PendingAttachments::finish(const std::optional<ChatAttachment> &attachment,
         Q_EMIT attachmentsChanged();
     }
     Q_EMIT processingCountChanged();
-    m_model.status().announce(attachment ? u"Attached "_s + attachment->filename + u'.' : failure);
+    m_status.announce(attachment ? u"Attached "_s + attachment->filename + u'.' : failure);
 }
 
 void PendingAttachments::removeAttachment(QUuid id)
@@ -108,7 +115,7 @@ void PendingAttachments::removeAttachment(QUuid id)
     const QString filename = found->filename;
     m_attachments.erase(found);
     Q_EMIT attachmentsChanged();
-    m_model.status().announce(u"Removed attachment "_s + filename);
+    m_status.announce(u"Removed attachment "_s + filename);
 }
 
 void PendingAttachments::clear()

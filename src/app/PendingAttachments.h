@@ -11,15 +11,19 @@
 
 namespace morvane {
 
-class AppModel;
+class AttachmentService;
+class Scheduler;
+class SettingsStore;
+class Status;
 
 /// The files that wait to go with the next message, and those that are being read. Speaks what becomes of
 /// each. Main thread.
 class PendingAttachments : public QObject {
     Q_OBJECT
 public:
-    /// `model` must outlive the object.
-    explicit PendingAttachments(AppModel &model, QObject *parent = nullptr);
+    /// All of them outlive the object.
+    PendingAttachments(Scheduler &scheduler, AttachmentService &service, Status &status,
+                       const SettingsStore &settings, QObject *parent = nullptr);
     /// Ends the reading of files.
     ~PendingAttachments() override;
 
@@ -44,13 +48,18 @@ public:
 Q_SIGNALS:
     void attachmentsChanged();
     void processingCountChanged();
+    /// Provider or model are other ones, and may see pictures or not.
+    void modelChanged();
 
 private:
     static Task<void> attach(QPointer<PendingAttachments> self, Task<ChatAttachment> work, QString filename);
     void begin(Task<ChatAttachment> work, const QString &filename);
     void finish(const std::optional<ChatAttachment> &attachment, const QString &failure);
 
-    AppModel &m_model;
+    Scheduler &m_scheduler;
+    AttachmentService &m_service;
+    Status &m_status;
+    const SettingsStore &m_settings;
     QList<ChatAttachment> m_attachments;
     int m_processingCount = 0;
     QList<TaskHandle<void>> m_tasks;

@@ -29,7 +29,7 @@ std::optional<QString> baseURLOfPreset(const QString &name)
 
 } // namespace
 
-SettingsModel::SettingsModel(const AppServices &services, LocalModelFlow &localModel, QObject *parent)
+SettingsModel::SettingsModel(const SettingsServices &services, LocalModelFlow &localModel, QObject *parent)
     : QObject(parent), m_services(services), m_localModel(localModel),
       m_displayedModels(curatedModels(services.settings.providerID())), m_server(currentServer())
 {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/AppServices.h"
 #include "async/TaskHandle.h"
 #include "model/ProviderID.h"
 #include "providers/CatalogModel.h"
@@ -9,11 +8,28 @@
 #include <QObject>
 #include <QPointer>
 #include <chrono>
+#include <functional>
 #include <optional>
 
 namespace morvane {
 
 class LocalModelFlow;
+class ModelCatalog;
+class Scheduler;
+class SettingsStore;
+class UrlOpener;
+
+/// What the settings window is built on; all of it outlives the window.
+struct SettingsServices {
+    Scheduler &scheduler;
+    SettingsStore &settings;
+    ModelCatalog &modelCatalog;
+    UrlOpener &urls;
+    /// One sentence on the machine.
+    std::function<QString()> machineSummary;
+    /// The machine's memory in GiB.
+    std::function<int()> machineMemory;
+};
 
 /// What the settings window knows beyond the settings: the provider's own list of models and how its loading
 /// goes, the chosen preset. It also does what a choice in the window brings with it. Lasts as long as the
@@ -27,7 +43,7 @@ public:
     static constexpr auto customTag = "__custom__";
 
     /// Both must outlive the model. Nothing is loaded yet.
-    SettingsModel(const AppServices &services, LocalModelFlow &localModel, QObject *parent = nullptr);
+    SettingsModel(const SettingsServices &services, LocalModelFlow &localModel, QObject *parent = nullptr);
     ~SettingsModel() override;
 
     const CatalogModels &fetchedModels() const { return m_fetchedModels; }
@@ -84,7 +100,7 @@ private:
     Server currentServer() const;
     bool isListed(const QString &name) const;
 
-    const AppServices &m_services;
+    const SettingsServices &m_services;
     LocalModelFlow &m_localModel;
     CatalogModels m_fetchedModels;
     QList<ProviderModel> m_displayedModels;

@@ -33,9 +33,9 @@ QString textOfFailure(const std::exception_ptr &failure)
 
 } // namespace
 
-SubagentRunner::SubagentRunner(const AppServices &services, Workspace &workspace, TurnRunner &turns,
-                               ToolCallRunner &tools)
-    : m_services(services), m_workspace(workspace), m_turns(turns), m_tools(tools)
+SubagentRunner::SubagentRunner(const SettingsStore &settings, const ToolServerPort &toolServers,
+                               Workspace &workspace, TurnRunner &turns, ToolCallRunner &tools)
+    : m_settings(settings), m_toolServers(toolServers), m_workspace(workspace), m_turns(turns), m_tools(tools)
 {
 }
 
@@ -56,8 +56,8 @@ Task<QString> SubagentRunner::runSubagent(AIToolCall call, AIConfiguration confi
     m_workspace.status.announceProgress(u"A "_s + name.toLower() + u" subagent is working on this."_s);
     config.systemPrompt = systemPrompt(role);
     config.maxTokens.reset();
-    config.tools = BuiltinTools::all(m_services.settings.useTools() ? UseTools::yes : UseTools::no) +
-                   m_services.toolServers.exposedAITools();
+    config.tools = BuiltinTools::all(m_settings.useTools() ? UseTools::yes : UseTools::no) +
+                   m_toolServers.exposedAITools();
     QString result;
     std::exception_ptr failure;
     try {

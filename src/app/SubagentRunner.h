@@ -13,6 +13,9 @@
 
 namespace morvane {
 
+class SettingsStore;
+class ToolServerPort;
+
 /// Runs the `task` tool: a second, short agent loop with its own prompt and context, whose final text is the
 /// tool's result. One level only, one at a time. Main thread.
 class SubagentRunner : public QObject {
@@ -21,8 +24,8 @@ public:
     /// Model turns that a subagent has at most.
     static constexpr int turnLimit = 6;
 
-    SubagentRunner(const AppServices &services, Workspace &workspace, TurnRunner &turns,
-                   ToolCallRunner &tools);
+    SubagentRunner(const SettingsStore &settings, const ToolServerPort &toolServers, Workspace &workspace,
+                   TurnRunner &turns, ToolCallRunner &tools);
 
     /// Never throws: an error, a cancellation and a used-up limit are texts for the model too.
     Task<QString> runSubagent(AIToolCall call, AIConfiguration config);
@@ -38,7 +41,8 @@ private:
     Task<QString> runToolCall(AIToolCall call);
     void setLabel(const QString &label);
 
-    const AppServices &m_services;
+    const SettingsStore &m_settings;
+    const ToolServerPort &m_toolServers;
     Workspace &m_workspace;
     TurnRunner &m_turns;
     ToolCallRunner &m_tools;

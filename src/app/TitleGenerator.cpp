@@ -1,6 +1,11 @@
 #include "app/TitleGenerator.h"
 
+#include "app/RequestConfiguration.h"
+#include "app/Workspace.h"
+#include "async/Scheduler.h"
 #include "base/Text.h"
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -47,9 +52,47 @@ QString cleanedTitle(const QString &reply)
     return firstCharacters(singleLine(title), titleLength);
 }
 
+QString firstTextOf(Role role, const QList<ChatMessage> &messages)
+{
+    for (const ChatMessage &message : messages)
+        if (message.role == role)
+            return message.text;
+    return {};
+}
+
 } // namespace
 
-Task<QString> TitleGenerator::generate(QString firstMessage, QString reply, AIConfiguration config)
+TitleGenerator::TitleGenerator(Scheduler &scheduler, TurnRunner &turns, Workspace &workspace,
+                               const RequestConfiguration &configuration)
+    : m_scheduler(scheduler), m_turns(turns), m_workspace(workspace), m_configuration(configuration)
+{
+}
+
+void TitleGenerator::maybeGenerateConversationTitle()
+{
+    const auto id = m_workspace.conversations.currentID();
+    if (!id || m_titleGeneratedFor == id)
+        return;
+    m_titleGeneratedFor = id;
+    const QList<ChatMessage> &messages = m_workspace.transcript.messages();
+    const QString firstMessage = firstTextOf(Role::user, messages);
+    if (firstMessage.isEmpty())
+        return;
+    m_scheduler.spawn(
+        generateTitle(*id, firstMessage, firstTextOf(Role::assistant, messages), m_configuration.build()));
+}
+
+Task<void> TitleGenerator::generateTitle(QUuid id, QString firstMessage, QString reply,
+                                         AIConfiguration config)
+{
+    const QString title = co_await askForTitle(firstMessage, reply, std::move(config));
+    if (title.isEmpty() || !m_workspace.conversations.rename(id, title))
+        co_return;
+    m_workspace.conversations.save(m_workspace.transcript.messages());
+    m_workspace.status.announceProgress(u"Conversation summarized as: "_s + title + u'.');
+}
+
+Task<QString> TitleGenerator::askForTitle(QString firstMessage, QString reply, AIConfiguration config)
 {
     config.systemPrompt = u"Generate a very short title (3 to 6 words) that summarizes the "
                           "conversation. Reply with only the title "

@@ -17,8 +17,9 @@ const QString deniedResult =
 
 } // namespace
 
-ToolCallRunner::ToolCallRunner(const AppServices &services, Workspace &workspace)
-    : m_services(services), m_workspace(workspace)
+ToolCallRunner::ToolCallRunner(ToolServerPort &toolServers,
+                               std::function<Task<ToolResult>(ToolPermit)> executeTool, Workspace &workspace)
+    : m_toolServers(toolServers), m_executeTool(std::move(executeTool)), m_workspace(workspace)
 {
 }
 
@@ -35,8 +36,8 @@ Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
     }
     const bool isServers = toolRoad(verdict.call().name) == ToolRoad::server;
     narrateStart(verdict, caller);
-    const ToolResult result = isServers ? co_await m_services.toolServers.execute(*std::move(permit))
-                                        : co_await m_services.executeTool(*std::move(permit));
+    const ToolResult result = isServers ? co_await m_toolServers.execute(*std::move(permit))
+                                        : co_await m_executeTool(*std::move(permit));
     m_workspace.activity.logResult(verdict.call(), result,
                                    caller == Caller::subagent ? u"Subagent"_s : QString());
     co_return Result{result.text, true};

@@ -4,9 +4,12 @@
 #include "async/Task.h"
 
 #include <QString>
+#include <functional>
 #include <optional>
 
 namespace morvane {
+
+class ToolServerPort;
 
 /// Carries out one tool call: approval, narration, execution. Shared by the main loop and subagents, which
 /// differ only in their words. Main thread.
@@ -20,7 +23,8 @@ public:
         bool ran = false; ///< False when the user denied the call.
     };
 
-    ToolCallRunner(const AppServices &services, Workspace &workspace);
+    ToolCallRunner(ToolServerPort &toolServers, std::function<Task<ToolResult>(ToolPermit)> executeTool,
+                   Workspace &workspace);
 
     /// A tool of a server or a built-in tool. Never throws for a failing or denied tool.
     Task<Result> run(AIToolCall call, Caller caller);
@@ -32,7 +36,8 @@ private:
     Task<std::optional<ToolPermit>> approve(ToolVerdict verdict, Caller caller);
     void narrateStart(const ToolVerdict &verdict, Caller caller);
 
-    const AppServices &m_services;
+    ToolServerPort &m_toolServers;
+    std::function<Task<ToolResult>(ToolPermit)> m_executeTool;
     Workspace &m_workspace;
 };
 

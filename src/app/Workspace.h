@@ -1,23 +1,29 @@
 #pragma once
 
 #include "app/ActivityLog.h"
-#include "app/AppServices.h"
 #include "app/ApprovalGate.h"
+#include "app/Conversations.h"
 #include "app/Questions.h"
 #include "app/Status.h"
 #include "app/Transcript.h"
+#include "model/APIMessage.h"
+
+#include <QList>
 
 namespace morvane {
 
-/// What a running request works on and narrates through: the observable parts of the open conversation.
+/// What a running request works on and narrates through: the current conversation and its observable parts.
 struct Workspace {
-    explicit Workspace(const AppServices &services)
-        : status(services.announcer, services.settings), gate(services.settings),
-          questions(services.announcer)
+    Workspace(Scheduler &scheduler, ConversationStore &store, SettingsStore &settings, Announcer &announcer)
+        : conversations(scheduler, store, settings), status(announcer, settings), gate(settings),
+          questions(announcer)
     {
     }
 
+    Conversations conversations;
     Transcript transcript;
+    /// What the model gets of the conversation, between requests.
+    QList<APIMessage> context;
     ActivityLog activity;
     Status status;
     ApprovalGate gate;

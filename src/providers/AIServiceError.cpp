@@ -1,16 +1,13 @@
 #include "providers/AIServiceError.h"
 
 #include "base/Json.h"
+#include "base/Overloaded.h"
 #include "base/Text.h"
 
 using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
-
-template <class... Functions> struct Overloaded : Functions... {
-    using Functions::operator()...;
-};
 
 constexpr qsizetype longestDetail = 300; // characters of a body that explains itself in no known form
 

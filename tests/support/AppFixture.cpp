@@ -2,6 +2,8 @@
 
 #include "async/Sleep.h"
 
+#include <QThreadPool>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -13,9 +15,11 @@ AppFixture::AppFixture()
     settings->setModel(u"scripted"_s);
     store = std::make_unique<ConversationStore>(home.path() + u"/data/Conversations"_s);
     services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
-                                   toolServers, browserWindow, updates, localModel, attachments, modelCatalog,
-                                   urls, [this](ToolPermit permit) { return executeTool(std::move(permit)); },
-                                   [] { return u"Test machine."_s; }, [] { return 16; }});
+                                   toolServers, browserWindow, updates, localModel, attachments,
+                                   [this](ToolPermit permit) { return executeTool(std::move(permit)); },
+                                   [] { return u"Test machine."_s; }});
+    settingsServices.reset(new SettingsServices{scheduler, *settings, modelCatalog, urls,
+                                                services->machineSummary, [] { return 16; }});
     start();
 }
 
@@ -27,10 +31,18 @@ AppFixture::~AppFixture()
 void AppFixture::start()
 {
     model = std::make_unique<AppModel>(*services);
-    bool restored = false;
-    QObject::connect(model.get(), &AppModel::restored, model.get(), [&restored] { restored = true; });
-    EXPECT_TRUE(waitUntil([&restored] { return restored; }));
-    QObject::disconnect(model.get(), &AppModel::restored, nullptr, nullptr);
+    EXPECT_TRUE(waitUntil([this] { return model->isReady(); }));
+}
+
+void AppFixture::settle()
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    do {
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw std::runtime_error("the program does not come to rest");
+        // The disk works in the order of the calls, so that its answer to the last says that all are done.
+        runTask(scheduler, store->list());
+    } while (morvane::settle() || QThreadPool::globalInstance()->activeThreadCount() > 0);
 }
 
 void AppFixture::finishRun()
@@ -63,6 +75,8 @@ QStringList AppFixture::activityTexts() const
 
 Task<ToolResult> AppFixture::executeTool(ToolPermit permit)
 {
+    if (tool)
+        co_return co_await tool(std::move(permit));
     executed.append(permit.call().name);
     if (toolTime.count() > 0)
         co_await sleepFor(toolTime);

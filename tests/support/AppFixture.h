@@ -2,6 +2,8 @@
 
 #include "app/AppModel.h"
 #include "app/AppServices.h"
+#include "app/SettingsModel.h"
+#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
@@ -28,7 +30,10 @@ protected:
 
     /// Builds the model anew from what is on disk, as a start of the program does.
     void start();
-    /// Lets the program run until nothing is under way any more.
+    /// Lets the program run until it waits for nothing but the clock, the user or the model: disk and
+    /// background threads have done their work, and what they brought is taken in.
+    void settle();
+    /// Lets the program run until no request is under way any more, and settles.
     void finishRun();
     void sendAndFinish(const QString &text);
 
@@ -54,6 +59,8 @@ protected:
     /// What the next tools answer; "tool result" when empty.
     QStringList toolResults;
     Clock::Duration toolTime{};
+    /// Takes the place of the tools, if set.
+    std::function<Task<ToolResult>(ToolPermit)> tool;
 
     TemporaryHome home;
     FakeClock clock;
@@ -66,12 +73,13 @@ protected:
     FakeNotifications notifications;
     FakeToolServers toolServers;
     FakeBrowserWindow browserWindow;
-    FakeUpdates updates;
+    UpdateModel updates;
     FakeLocalModel localModel;
     FakeAttachments attachments;
     FakeModelCatalog modelCatalog;
     FakeUrlOpener urls;
     std::unique_ptr<AppServices> services;
+    std::unique_ptr<SettingsServices> settingsServices;
     std::unique_ptr<AppModel> model;
 
 private:

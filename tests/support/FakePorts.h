@@ -2,7 +2,6 @@
 
 #include "app/BrowserWindowPort.h"
 #include "app/NotificationPort.h"
-#include "app/UpdatePort.h"
 #include "async/Sleep.h"
 #include "localmodel/InstallError.h"
 #include "localmodel/LocalModelRuntime.h"
@@ -46,16 +45,6 @@ public:
     void show() override { visible = true; }
 
     bool visible = false;
-};
-
-class FakeUpdates final : public UpdatePort {
-public:
-    bool isAvailable() const override { return true; }
-    std::optional<UpdateInfo> availableUpdate() const override { return update; }
-    bool isUpdateRequired() const override { return update.has_value() && required; }
-
-    std::optional<UpdateInfo> update;
-    bool required = false;
 };
 
 /// Remembers the pages that the user was to see.

@@ -3,17 +3,25 @@
 #include "async/Scheduler.h"
 #include "support/WaitUntil.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <chrono>
 #include <stdexcept>
 
 namespace morvane {
 
-/// Lets everything that is ready now run.
-inline void settle()
+/// Lets everything run that is ready on this thread, and what it makes ready. Whether there was anything.
+inline bool settle(std::chrono::milliseconds limit = std::chrono::seconds(20))
 {
-    for (int turn = 0; turn < 50; ++turn)
-        QCoreApplication::processEvents();
+    auto *events = QCoreApplication::eventDispatcher();
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    bool any = false;
+    while (events->processEvents(QEventLoop::AllEvents)) {
+        any = true;
+        if (std::chrono::steady_clock::now() >= deadline)
+            throw std::runtime_error("there is always something to do");
+    }
+    return any;
 }
 
 /// Drives a task to its end and gives its result or throws its exception; throws std::runtime_error if it

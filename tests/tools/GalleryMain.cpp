@@ -41,7 +41,7 @@ std::unique_ptr<QWidget> windowWithAttachments(GalleryModel &gallery)
 {
     gallery.settings.setProviderID(ProviderID::custom);
     fillShowcase(gallery.model.transcript(), gallery.model.activity());
-    auto window = std::make_unique<MainWindow>(gallery.model);
+    auto window = std::make_unique<MainWindow>(gallery.model, gallery.windowServices);
     auto *composer = window->findChild<ComposerView *>();
     for (const char *name : {"holiday.jpg", "report.pdf", "notes.txt", "minutes.md",
                              "A rather long name of a document that nobody could ever want to read.pdf"})

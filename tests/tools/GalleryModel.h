@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "app/AppServices.h"
+#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
 #include "store/ConversationStore.h"
@@ -13,6 +14,7 @@
 #include "support/FakeModelCatalog.h"
 #include "support/FakePorts.h"
 #include "support/TemporaryHome.h"
+#include "ui/window/MainWindow.h"
 
 namespace morvane {
 
@@ -31,31 +33,33 @@ struct GalleryModel {
     FakeNotifications notifications;
     FakeToolServers toolServers;
     FakeBrowserWindow browserWindow;
-    FakeUpdates updates;
+    UpdateModel updates;
     FakeLocalModel localModel;
     FakeAttachments attachments;
     FakeModelCatalog modelCatalog;
     FakeUrlOpener urls;
-    AppServices services{scheduler,
-                         settings,
-                         store,
-                         service,
-                         announcer,
-                         notifications,
-                         toolServers,
-                         browserWindow,
-                         updates,
-                         localModel,
-                         attachments,
-                         modelCatalog,
-                         urls,
-                         [](ToolPermit) -> Task<ToolResult> { co_return QString(); },
-                         [] {
-                             return QStringLiteral(
-                                 "MacBook Pro (14-inch, 2023) with a Apple M3 Pro chip, 36 GB "
-                                 "of RAM, running macOS 14.5.");
-                         },
-                         [] { return 36; }};
+    AppServices services{
+        scheduler,
+        settings,
+        store,
+        service,
+        announcer,
+        notifications,
+        toolServers,
+        browserWindow,
+        updates,
+        localModel,
+        attachments,
+        [](ToolPermit) -> Task<ToolResult> { co_return QString(); },
+        [] {
+            return QStringLiteral("MacBook Pro (14-inch, 2023) with a Apple M3 Pro chip, 36 GB "
+                                  "of RAM, running macOS 14.5.");
+        },
+    };
+    SettingsServices settingsServices{
+        scheduler, settings, modelCatalog, urls, services.machineSummary, [] { return 36; },
+    };
+    MainWindowServices windowServices{announcer, browserWindow, updates, settingsServices};
     AppModel model{services};
 };
 

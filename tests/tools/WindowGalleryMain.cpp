@@ -132,16 +132,14 @@ int main(int argc, char **argv)
              u"mcp_a_server_with_a_long_name_create_a_rather_complicated_thing"_s});
     if (parser.isSet(u"conversations"_s))
         stage.saveConversations(8);
-    bool restored = false;
-    QObject::connect(&stage.model, &AppModel::restored, &stage.model, [&restored] { restored = true; });
-    waitUntil([&restored] { return restored; });
+    waitUntil([&stage] { return stage.model.isReady(); });
     setLocalModel(stage, value("state"));
 
     std::unique_ptr<QWidget> window;
     if (value("window") == u"settings"_s)
-        window = std::make_unique<SettingsView>(stage.model, nullptr);
+        window = std::make_unique<SettingsView>(stage.settingsServices, stage.model.localModel(), nullptr);
     else
-        window = std::make_unique<MainWindow>(stage.model);
+        window = std::make_unique<MainWindow>(stage.model, stage.windowServices);
     const QSize size(value("width").toInt(), value("height").toInt());
     if (size.width() > 0 && size.height() > 0)
         window->resize(size);

@@ -1,7 +1,7 @@
 #include "ui/settings/LocalModelSection.h"
 
-#include "app/AppServices.h"
 #include "app/LocalModelFlow.h"
+#include "app/SettingsModel.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/settings/DownloadProgress.h"
@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-LocalModelSection::LocalModelSection(const AppServices &services, LocalModelFlow &flow, QWidget *parent)
+LocalModelSection::LocalModelSection(const SettingsServices &services, LocalModelFlow &flow, QWidget *parent)
     : SettingsSection(u"Built-in Local Model"_s, parent), m_settings(services.settings), m_flow(flow),
       m_progress(new QProgressBar), m_install(new WrappingButton(u"Install the built-in local model"_s))
 {

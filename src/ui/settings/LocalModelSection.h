@@ -6,9 +6,9 @@ class QProgressBar;
 
 namespace morvane {
 
-struct AppServices;
 class LocalModelFlow;
 class SettingsStore;
+struct SettingsServices;
 class WrappingButton;
 
 /// The state of the local model, the way to set it up, and the models that fit this machine. Shown for
@@ -17,7 +17,7 @@ class LocalModelSection : public SettingsSection {
     Q_OBJECT
 public:
     /// Both must outlive the section.
-    LocalModelSection(const AppServices &services, LocalModelFlow &flow, QWidget *parent = nullptr);
+    LocalModelSection(const SettingsServices &services, LocalModelFlow &flow, QWidget *parent = nullptr);
 
 private:
     void refresh();

@@ -1,6 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
-#include "app/AppModel.h"
+#include "app/LocalModelFlow.h"
 #include "app/SettingsModel.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/settings/AboutSection.h"
@@ -34,9 +34,8 @@ constexpr int widestColumn = 720;
 
 } // namespace
 
-SettingsView::SettingsView(AppModel &model, QWidget *parent)
-    : QWidget(parent, Qt::Window),
-      m_settingsModel(new SettingsModel(model.services(), model.localModel(), this))
+SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &localModel, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_settingsModel(new SettingsModel(services, localModel, this))
 {
     setAccessibleRole(this, QAccessible::Window);
     setWindowTitle(u"Morvane Settings"_s);
@@ -45,7 +44,7 @@ SettingsView::SettingsView(AppModel &model, QWidget *parent)
     tabs->setDocumentMode(true);
     // Its bar takes the keys; a second stop without a name would say nothing.
     tabs->setFocusPolicy(Qt::NoFocus);
-    tabs->addTab(makeGeneralTab(model), symbolIcon(Symbol::gear), u"General"_s);
+    tabs->addTab(makeGeneralTab(services, localModel), symbolIcon(Symbol::gear), u"General"_s);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tabs);
@@ -54,9 +53,9 @@ SettingsView::SettingsView(AppModel &model, QWidget *parent)
     m_settingsModel->loadModelCatalog();
 }
 
-QWidget *SettingsView::makeGeneralTab(AppModel &model)
+QWidget *SettingsView::makeGeneralTab(const SettingsServices &services, LocalModelFlow &localModel)
 {
-    SettingsStore &settings = model.settings();
+    SettingsStore &settings = services.settings;
     auto *center = new QWidget;
     center->setMaximumWidth(widestColumn);
     auto *whole = new QVBoxLayout(center);
@@ -69,7 +68,7 @@ QWidget *SettingsView::makeGeneralTab(AppModel &model)
     whole->addLayout(column, 1);
     column->addWidget(new ProviderSection(settings, *m_settingsModel));
     column->addWidget(new KeySection(settings, *m_settingsModel));
-    column->addWidget(new LocalModelSection(model.services(), model.localModel()));
+    column->addWidget(new LocalModelSection(services, localModel));
     column->addWidget(new BehaviourSection(settings));
     column->addWidget(new AlwaysAllowSection(settings));
     column->addWidget(new SpeechSection(settings));

@@ -4,19 +4,20 @@
 
 namespace morvane {
 
-class AppModel;
+class LocalModelFlow;
 class SettingsModel;
+struct SettingsServices;
 
 /// The settings window: one scrolling column of sections, each of which writes through at once.
 class SettingsView : public QWidget {
     Q_OBJECT
 public:
-    /// `model` must outlive the view. Shown as a window of its own above `parent`. Asks the provider for its
+    /// Both must outlive the view. Shown as a window of its own above `parent`. Asks the provider for its
     /// list of models at once.
-    SettingsView(AppModel &model, QWidget *parent);
+    SettingsView(const SettingsServices &services, LocalModelFlow &localModel, QWidget *parent);
 
 private:
-    QWidget *makeGeneralTab(AppModel &model);
+    QWidget *makeGeneralTab(const SettingsServices &services, LocalModelFlow &localModel);
 
     SettingsModel *m_settingsModel;
 };

@@ -1,8 +1,8 @@
 #include "ui/window/ComposerView.h"
 
-#include "app/AppModel.h"
+#include "app/ConversationPort.h"
+#include "app/UpdateModel.h"
 #include "base/Text.h"
-#include "store/SettingsStore.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/theme/Icons.h"
@@ -19,6 +19,7 @@
 #include <QProgressBar>
 #include <QToolButton>
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -66,8 +67,9 @@ QWidget *makeVisionWarning()
 
 } // namespace
 
-ComposerView::ComposerView(AppModel &model, QWidget *parent)
-    : QWidget(parent), m_model(model), m_attachments(model), m_chips(new AttachmentChips),
+ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, QWidget *parent)
+    : QWidget(parent), m_conversation(conversation), m_updates(updates),
+      m_attachments(conversation.newAttachments(this)), m_chips(new AttachmentChips),
       m_warning(makeVisionWarning()), m_processing(nullptr), m_progress(new QProgressBar),
       m_edit(new ComposerEdit),
       m_attach(roundButton(symbolIcon(Symbol::paperclip), u"Attach a file or image"_s)),
@@ -94,13 +96,17 @@ ComposerView::ComposerView(AppModel &model, QWidget *parent)
         if (canSend())
             send();
     });
-    connect(m_edit, &QPlainTextEdit::textChanged, this, &ComposerView::updateState);
+    connect(m_edit, &QPlainTextEdit::textChanged, this, [this] {
+        m_isPostponed = false;
+        updateState();
+    });
     connect(m_attach, &QToolButton::clicked, this, &ComposerView::openFileDialog);
     connect(m_send, &QToolButton::clicked, this, &ComposerView::send);
-    connect(m_stop, &QToolButton::clicked, &model, &AppModel::cancel);
-    connect(&model, &AppModel::isBusyChanged, this, &ComposerView::updateState);
-    connect(&model, &AppModel::updateStateChanged, this, &ComposerView::updateState);
-    connect(&model, &AppModel::suggestedPrompt, this, &ComposerView::takeSuggestion);
+    connect(m_stop, &QToolButton::clicked, &conversation, &ConversationPort::cancel);
+    connect(&conversation, &ConversationPort::isBusyChanged, this, &ComposerView::updateState);
+    connect(&conversation, &ConversationPort::conversationLeft, this, [this] { m_isPostponed = false; });
+    connect(&conversation, &ConversationPort::conversationReady, this, &ComposerView::sendPostponed);
+    connect(&updates, &UpdateModel::changed, this, &ComposerView::updateState);
     connectAttachments();
     fitIcons();
     updateState();
@@ -126,22 +132,20 @@ void ComposerView::connectAttachments()
 {
     connect(m_edit, &ComposerEdit::filesPasted, this, &ComposerView::handleFiles);
     connect(m_edit, &ComposerEdit::imagePasted, this,
-            [this](const QByteArray &data, const QString &name) { m_attachments.handleImage(data, name); });
+            [this](const QByteArray &data, const QString &name) { m_attachments->handleImage(data, name); });
     connect(m_edit, &ComposerEdit::ownImagePasted, this,
-            [this](const QImage &image, const QString &name) { m_attachments.handleImage(image, name); });
-    connect(m_chips, &AttachmentChips::removeRequested, &m_attachments,
-            &PendingAttachments::removeAttachment);
+            [this](const QImage &image, const QString &name) { m_attachments->handleImage(image, name); });
+    connect(m_chips, &AttachmentChips::removeRequested, m_attachments, &PendingAttachments::removeAttachment);
     connect(m_chips, &AttachmentChips::focusLeft, this, &ComposerView::focusDraft);
-    connect(&m_attachments, &PendingAttachments::attachmentsChanged, this, [this] {
-        m_chips->setAttachments(m_attachments.attachments());
+    connect(m_attachments, &PendingAttachments::attachmentsChanged, this, [this] {
+        m_chips->setAttachments(m_attachments->attachments());
         updateState();
     });
-    connect(&m_attachments, &PendingAttachments::processingCountChanged, this, [this] {
+    connect(m_attachments, &PendingAttachments::processingCountChanged, this, [this] {
         updateProcessing();
         updateState();
     });
-    // Provider and model decide whether pictures are seen.
-    connect(&m_model.settings(), &SettingsStore::changed, this, &ComposerView::updateState);
+    connect(m_attachments, &PendingAttachments::modelChanged, this, &ComposerView::updateState);
 }
 
 QString ComposerView::draft() const
@@ -151,25 +155,33 @@ QString ComposerView::draft() const
 
 bool ComposerView::canSend() const
 {
-    const bool hasContent = !trimmed(draft()).isEmpty() || !m_attachments.attachments().isEmpty();
-    return hasContent && !m_model.isBusy() && m_attachments.processingCount() == 0 &&
-           !m_model.isUpdateRequired();
+    const bool hasContent = !trimmed(draft()).isEmpty() || !m_attachments->attachments().isEmpty();
+    return hasContent && !m_conversation.isBusy() && m_attachments->processingCount() == 0 &&
+           !m_updates.isUpdateRequired();
 }
 
 void ComposerView::send()
 {
-    if (trimmed(draft()).isEmpty() && m_attachments.attachments().isEmpty())
+    if (trimmed(draft()).isEmpty() && m_attachments->attachments().isEmpty())
         return;
-    if (m_model.send(draft(), m_attachments.attachments())) {
+    if (m_conversation.send(draft(), m_attachments->attachments())) {
         m_edit->clear();
-        m_attachments.clear();
+        m_attachments->clear();
+    } else {
+        m_isPostponed = !m_conversation.isReady();
     }
     focusDraft();
 }
 
+void ComposerView::sendPostponed()
+{
+    if (std::exchange(m_isPostponed, false) && canSend())
+        send();
+}
+
 void ComposerView::handleFiles(const QList<QUrl> &urls)
 {
-    m_attachments.handleFiles(urls);
+    m_attachments->handleFiles(urls);
 }
 
 void ComposerView::takeSuggestion(const QString &prompt)
@@ -206,14 +218,14 @@ void ComposerView::updateState()
 {
     updateSendButton();
     updateNote();
-    m_warning->setVisible(m_attachments.hasUnseenImage());
+    m_warning->setVisible(m_attachments->hasUnseenImage());
 }
 
 void ComposerView::updateSendButton()
 {
-    const bool busy = m_model.isBusy();
+    const bool busy = m_conversation.isBusy();
     const bool sendable = canSend();
-    const bool lacksInput = trimmed(draft()).isEmpty() && m_attachments.attachments().isEmpty();
+    const bool lacksInput = trimmed(draft()).isEmpty() && m_attachments->attachments().isEmpty();
     // Focus must not fall out of the composer when one button takes the other's place.
     const bool buttonHadFocus = m_send->hasFocus() || m_stop->hasFocus();
     m_send->setVisible(!busy);
@@ -227,9 +239,9 @@ void ComposerView::updateSendButton()
 
 void ComposerView::updateNote()
 {
-    if (m_model.isUpdateRequired())
+    if (m_updates.isUpdateRequired())
         m_note->setText(u"This update is required to continue. Please update Morvane now."_s);
-    else if (m_model.isBusy())
+    else if (m_conversation.isBusy())
         m_note->setText(u"Morvane is responding…"_s);
     else
         m_note->setText(u"Return to send · ⌘N for a new conversation"_s);
@@ -237,7 +249,7 @@ void ComposerView::updateNote()
 
 void ComposerView::updateProcessing()
 {
-    const int count = m_attachments.processingCount();
+    const int count = m_attachments->processingCount();
     m_processing->setVisible(count > 0);
     m_progress->setAccessibleName(u"Processing %1 attachments"_s.arg(count));
 }

@@ -12,22 +12,26 @@ class QToolButton;
 
 namespace morvane {
 
-class AppModel;
 class AttachmentChips;
 class ComposerEdit;
+class ConversationPort;
+class UpdateModel;
 
 /// Where the user writes a message, attaches files to it, sends it and stops the answer. Holds the draft; the
 /// model sees text and files only when they are sent.
 class ComposerView : public QWidget {
     Q_OBJECT
 public:
-    explicit ComposerView(AppModel &model, QWidget *parent = nullptr);
+    /// Both must outlive the view.
+    ComposerView(ConversationPort &conversation, const UpdateModel &updates, QWidget *parent = nullptr);
 
     /// Whether the draft may be sent now.
     bool canSend() const;
     QString draft() const;
-    PendingAttachments &attachments() { return m_attachments; }
+    PendingAttachments &attachments() { return *m_attachments; }
     void focusDraft();
+    /// Makes a prompt that the user has chosen elsewhere the draft.
+    void takeSuggestion(const QString &prompt);
 
     /// Reads files from a drop or the file dialog.
     void handleFiles(const QList<QUrl> &urls);
@@ -42,7 +46,7 @@ private:
     void connectAttachments();
     QWidget *makeAttachmentArea();
     void send();
-    void takeSuggestion(const QString &prompt);
+    void sendPostponed();
     void openFileDialog();
     void updateState();
     void updateSendButton();
@@ -50,8 +54,9 @@ private:
     void updateProcessing();
     void fitIcons();
 
-    AppModel &m_model;
-    PendingAttachments m_attachments;
+    ConversationPort &m_conversation;
+    const UpdateModel &m_updates;
+    PendingAttachments *m_attachments;
     AttachmentChips *m_chips;
     QWidget *m_warning;
     QWidget *m_processing;
@@ -63,6 +68,8 @@ private:
     QLabel *m_note;
     QPointer<QFileDialog> m_dialog;
     bool m_hasDropMark = false;
+    /// The user has sent the draft to a conversation that was still being opened.
+    bool m_isPostponed = false;
 };
 
 } // namespace morvane

@@ -1,6 +1,6 @@
 #include "ui/window/ConversationListModel.h"
 
-#include "app/AppModel.h"
+#include "app/Conversations.h"
 #include "base/ReferenceDate.h"
 #include "ui/controls/LabelText.h"
 
@@ -27,31 +27,53 @@ QString countText(const ConversationMeta &meta)
 
 } // namespace
 
-ConversationListModel::ConversationListModel(AppModel &model, QObject *parent)
-    : QAbstractListModel(parent), m_model(model)
+ConversationListModel::ConversationListModel(const Conversations &conversations, QObject *parent)
+    : QAbstractListModel(parent), m_conversations(conversations), m_shown(conversations.list())
 {
-    connect(&model, &AppModel::conversationsChanged, this, [this] {
-        beginResetModel();
-        endResetModel();
-    });
+    connect(&conversations, &Conversations::rowsInserted, this, &ConversationListModel::takeInserted);
+    connect(&conversations, &Conversations::rowsRemoved, this, &ConversationListModel::takeRemoved);
+    connect(&conversations, &Conversations::rowMoved, this, &ConversationListModel::takeMoved);
+    connect(&conversations, &Conversations::rowChanged, this, &ConversationListModel::takeChanged);
+}
+
+void ConversationListModel::takeInserted(qsizetype first, qsizetype last)
+{
+    beginInsertRows({}, int(first), int(last));
+    m_shown = m_conversations.list();
+    endInsertRows();
+}
+
+void ConversationListModel::takeRemoved(qsizetype first, qsizetype last)
+{
+    beginRemoveRows({}, int(first), int(last));
+    m_shown = m_conversations.list();
+    endRemoveRows();
+}
+
+void ConversationListModel::takeMoved(qsizetype from, qsizetype to)
+{
+    // The toolkit counts the destination with the row still in its place.
+    beginMoveRows({}, int(from), int(from), {}, int(to > from ? to + 1 : to));
+    m_shown = m_conversations.list();
+    endMoveRows();
+}
+
+void ConversationListModel::takeChanged(qsizetype row)
+{
+    m_shown = m_conversations.list();
+    Q_EMIT dataChanged(index(int(row)), index(int(row)));
 }
 
 int ConversationListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_model.conversations().size());
-}
-
-const ConversationMeta &ConversationListModel::conversation(int row) const
-{
-    return m_model.conversations().at(row);
+    return parent.isValid() ? 0 : int(m_shown.size());
 }
 
 int ConversationListModel::currentRow() const
 {
-    const auto &conversations = m_model.conversations();
-    for (qsizetype row = 0; row < conversations.size(); ++row)
-        if (conversations.at(row).id == m_model.currentConversationID())
-            return static_cast<int>(row);
+    for (qsizetype row = 0; row < m_shown.size(); ++row)
+        if (m_shown.at(row).id == m_conversations.currentID())
+            return int(row);
     return -1;
 }
 

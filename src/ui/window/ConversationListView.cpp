@@ -7,6 +7,7 @@
 #include "ui/window/ConversationDelegate.h"
 #include "ui/window/ConversationListModel.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
@@ -17,6 +18,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -29,8 +31,9 @@ constexpr int smallestWidth = 160;
 } // namespace
 
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
-    : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model, this)), m_list(new QListView),
-      m_empty(new QLabel(u"No saved conversations yet."_s)), m_delete(new QToolButton(this))
+    : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model.conversations(), this)),
+      m_list(new QListView), m_empty(new QLabel(u"No saved conversations yet."_s)),
+      m_delete(new QToolButton(this))
 {
     auto *title = new QLabel(u"Conversations"_s);
     QFont bold = title->font();
@@ -78,13 +81,18 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
             [this] { moveButton(m_list->currentIndex()); });
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &ConversationListView::moveButton);
-    connect(m_delete, &QToolButton::clicked, this, [this] {
-        deleteRow(m_list->indexAt(m_list->viewport()->mapFrom(this, m_delete->geometry().center())));
-    });
-    connect(m_rows, &QAbstractItemModel::modelReset, this, &ConversationListView::takeList);
-    connect(&model, &AppModel::currentConversationChanged, this,
+    connect(m_delete, &QToolButton::clicked, this, [this] { deleteRow(m_buttonRow); });
+    connect(m_rows, &QAbstractItemModel::rowsInserted, this, &ConversationListView::takeInserted);
+    connect(m_rows, &QAbstractItemModel::rowsRemoved, this, &ConversationListView::takeRemoved);
+    connect(m_rows, &QAbstractItemModel::rowsMoved, this,
+            [this](const QModelIndex &, int from, int, const QModelIndex &, int to) {
+                takeMoved(from, to > from ? to - 1 : to);
+            });
+    connect(m_rows, &QAbstractItemModel::dataChanged, this, &ConversationListView::keepButton);
+    connect(&model.conversations(), &Conversations::currentChanged, this,
             &ConversationListView::selectOpenConversation);
-    takeList();
+    showListOrNote();
+    selectOpenConversation();
 }
 
 QSize ConversationListView::minimumSizeHint() const
@@ -98,18 +106,50 @@ QSize ConversationListView::sizeHint() const
     return {fontMetrics().averageCharWidth() * 28, 400};
 }
 
-void ConversationListView::takeList()
+void ConversationListView::showListOrNote()
 {
-    const bool hasFocus = m_list->hasFocus() || m_delete->hasFocus();
     const bool empty = m_rows->rowCount() == 0;
     m_empty->setVisible(empty);
     m_list->setVisible(!empty);
-    m_delete->hide();
-    selectOpenConversation();
-    if (hasFocus && !empty && !m_list->currentIndex().isValid())
-        m_list->setCurrentIndex(m_rows->index(0, 0));
-    if (hasFocus)
+}
+
+void ConversationListView::takeInserted()
+{
+    showListOrNote();
+    // The row of the current conversation may have come only now.
+    if (m_list->selectionModel()->selectedIndexes().isEmpty())
+        selectOpenConversation();
+    keepButton();
+}
+
+void ConversationListView::takeRemoved()
+{
+    const bool hadFocus = m_list->hasFocus() || m_delete->hasFocus();
+    showListOrNote();
+    keepButton();
+    if (hadFocus && !m_list->isHidden()) {
+        if (!m_list->currentIndex().isValid())
+            m_list->setCurrentIndex(m_rows->index(0));
         m_list->setFocus();
+    }
+}
+
+void ConversationListView::takeMoved(int from, int to)
+{
+    // The toolkit does not tell assistive technology that a row has moved.
+    for (const auto &[type, row] : {std::pair(QAccessibleTableModelChangeEvent::RowsRemoved, from),
+                                    std::pair(QAccessibleTableModelChangeEvent::RowsInserted, to)}) {
+        QAccessibleTableModelChangeEvent event(m_list, type);
+        event.setFirstRow(row);
+        event.setLastRow(row);
+        QAccessible::updateAccessibility(&event);
+    }
+    keepButton();
+}
+
+void ConversationListView::keepButton()
+{
+    moveButton(m_buttonRow);
 }
 
 void ConversationListView::selectOpenConversation()
@@ -155,6 +195,7 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
 {
     const QModelIndex index =
         wanted.isValid() ? wanted : m_list->selectionModel()->selectedIndexes().value(0);
+    m_buttonRow = index;
     const QRect row = index.isValid() ? m_list->visualRect(index) : QRect();
     if (!row.isValid() || !m_list->viewport()->rect().intersects(row)) {
         m_delete->hide();

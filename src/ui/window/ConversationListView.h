@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPersistentModelIndex>
 #include <QWidget>
 
 class QLabel;
@@ -32,7 +33,11 @@ private:
     void openMenu(const QPoint &position);
     /// Puts the button on a row; without one, on that of the open conversation.
     void moveButton(const QModelIndex &wanted);
-    void takeList();
+    void keepButton();
+    void takeInserted();
+    void takeRemoved();
+    void takeMoved(int from, int to);
+    void showListOrNote();
     void selectOpenConversation();
 
     AppModel &m_model;
@@ -40,6 +45,7 @@ private:
     QListView *m_list;
     QLabel *m_empty;
     QToolButton *m_delete;
+    QPersistentModelIndex m_buttonRow; ///< What the button deletes, wherever the row goes.
 };
 
 } // namespace morvane

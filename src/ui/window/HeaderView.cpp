@@ -23,7 +23,7 @@ constexpr int margin = 12;
 
 } // namespace
 
-HeaderView::HeaderView(AppModel &model, QWidget *parent)
+HeaderView::HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidget *parent)
     : QWidget(parent), m_model(model), m_title(new QLabel), m_subagent(new QLabel)
 {
     m_title->setTextFormat(Qt::RichText);
@@ -39,12 +39,12 @@ HeaderView::HeaderView(AppModel &model, QWidget *parent)
     row->addStretch();
 
     auto *browser = addButton(symbolIcon(Symbol::globe), u"Morvane Browser"_s);
-    browser->setEnabled(model.browserWindow().isAvailable());
+    browser->setEnabled(browserWindow.isAvailable());
     if (!browser->isEnabled()) {
         browser->setToolTip(u"The built-in browser is not part of this version."_s);
         browser->setAccessibleDescription(browser->toolTip());
     }
-    connect(browser, &QToolButton::clicked, &model, [&model] { model.browserWindow().show(); });
+    connect(browser, &QToolButton::clicked, this, [&browserWindow] { browserWindow.show(); });
 
     auto *compose = addButton(symbolIcon(Symbol::compose), u"New Conversation"_s);
     compose->setAccessibleName(u"New conversation"_s);

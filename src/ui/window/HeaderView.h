@@ -8,13 +8,15 @@ class QToolButton;
 namespace morvane {
 
 class AppModel;
+class BrowserWindowPort;
 
 /// The top of the main window: the mark, the provider in use, the subagent at work, and the toolbar's
 /// buttons.
 class HeaderView : public QWidget {
     Q_OBJECT
 public:
-    explicit HeaderView(AppModel &model, QWidget *parent = nullptr);
+    /// Both must outlive the view.
+    HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidget *parent = nullptr);
 
 Q_SIGNALS:
     void settingsRequested();

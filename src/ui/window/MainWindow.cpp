@@ -2,7 +2,6 @@
 #include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
-#include "app/UpdatePort.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
@@ -37,7 +36,8 @@ constexpr int smallestDetail = 400;
 
 } // namespace
 
-MainWindow::MainWindow(AppModel &model) : m_model(model)
+MainWindow::MainWindow(AppModel &model, const MainWindowServices &services)
+    : m_model(model), m_services(services)
 {
     setWindowTitle(u"Morvane"_s);
     setMinimumSize(smallestSize);
@@ -67,16 +67,17 @@ MainWindow::MainWindow(AppModel &model) : m_model(model)
 
 QWidget *MainWindow::makeDetail()
 {
-    auto *header = new HeaderView(m_model);
+    auto *header = new HeaderView(m_model, m_services.browserWindow);
     connect(header, &HeaderView::settingsRequested, this, &MainWindow::showSettings);
     auto *welcome = new WelcomeView(m_model);
     connect(welcome, &WelcomeView::settingsRequested, this, &MainWindow::showSettings);
     m_welcome = welcome;
-    m_conversation = new ChatScrollView(m_model.transcript(), m_model.activity(), m_model.announcer());
+    m_conversation = new ChatScrollView(m_model.transcript(), m_model.activity(), m_services.announcer);
     m_region = new QStackedWidget;
     m_region->addWidget(m_welcome);
     m_region->addWidget(m_conversation);
-    m_composer = new ComposerView(m_model);
+    m_composer = new ComposerView(m_model, m_services.updates);
+    connect(&m_model, &AppModel::suggestedPrompt, m_composer, &ComposerView::takeSuggestion);
 
     auto *detail = new QWidget;
     auto *column = new QVBoxLayout(detail);
@@ -118,7 +119,7 @@ void MainWindow::addApplicationMenu()
     menu->addAction(u"About Morvane"_s, this, &MainWindow::showAbout);
     QAction *updates = menu->addAction(u"Check for Updates…"_s);
     updates->setShortcut(Qt::CTRL | Qt::Key_U);
-    updates->setEnabled(m_model.updates().isAvailable());
+    updates->setEnabled(false); // nothing in this version looks for them
     menu->addSeparator();
     QAction *settings = menu->addAction(u"Settings…"_s, this, &MainWindow::showSettings);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
@@ -180,7 +181,7 @@ void MainWindow::addConversationMenu()
 void MainWindow::fillConversations(QMenu *menu)
 {
     menu->clear();
-    const QList<ConversationMeta> &conversations = m_model.conversations();
+    const QList<ConversationMeta> &conversations = m_model.conversations().list();
     if (conversations.isEmpty()) {
         menu->addAction(u"No saved conversations"_s)->setEnabled(false);
         return;
@@ -196,7 +197,7 @@ void MainWindow::fillConversations(QMenu *menu)
 void MainWindow::showSettings()
 {
     if (!m_settings) {
-        m_settings = new SettingsView(m_model, this);
+        m_settings = new SettingsView(m_services.settings, m_model.localModel(), this);
         m_settings->setAttribute(Qt::WA_DeleteOnClose);
     }
     m_settings->show();

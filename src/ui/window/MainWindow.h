@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/SettingsModel.h"
+
 #include <QMainWindow>
 #include <QPointer>
 
@@ -7,12 +9,23 @@ class QStackedWidget;
 
 namespace morvane {
 
+class Announcer;
 class AppModel;
+class BrowserWindowPort;
 class ChatScrollView;
 class ComposerView;
 class PermissionView;
 class QuestionView;
 class SettingsView;
+class UpdateModel;
+
+/// What the main window uses beside the application model; all of it outlives the window.
+struct MainWindowServices {
+    Announcer &announcer;
+    BrowserWindowPort &browserWindow;
+    const UpdateModel &updates;
+    SettingsServices settings;
+};
 
 /// The main window: the sidebar with the conversations, and beside it header, banner, conversation, composer
 /// and status bar. Sheets and the settings window are made on first use.
@@ -20,7 +33,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
     /// `model` must outlive the window.
-    explicit MainWindow(AppModel &model);
+    MainWindow(AppModel &model, const MainWindowServices &services);
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -40,6 +53,7 @@ private:
     void showPendingQuestion();
 
     AppModel &m_model;
+    const MainWindowServices m_services;
     QStackedWidget *m_region = nullptr;
     QWidget *m_welcome = nullptr;
     ChatScrollView *m_conversation = nullptr;

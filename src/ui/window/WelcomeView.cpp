@@ -1,6 +1,7 @@
 #include "ui/window/WelcomeView.h"
 
 #include "app/AppModel.h"
+#include "app/SelectedModel.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/theme/AppMark.h"
@@ -110,7 +111,7 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
 
 void WelcomeView::updateState()
 {
-    const bool hasKey = m_model.hasAPIKey();
+    const bool hasKey = hasAPIKey(m_model.settings());
     m_settings->setVisible(!hasKey);
     m_localModel->setVisible(hasKey && m_model.settings().providerID() == ProviderID::ollama);
 }

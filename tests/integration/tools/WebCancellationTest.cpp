@@ -18,7 +18,7 @@ class WebCancellationTest : public AppFixture {
 protected:
     WebCancellationTest()
     {
-        services->executeTool = [this](ToolPermit permit) { return tools.execute(std::move(permit)); };
+        tool = [this](ToolPermit permit) { return tools.execute(std::move(permit)); };
     }
     ~WebCancellationTest() override { scheduler.shutdown(std::chrono::seconds(5)); }
 

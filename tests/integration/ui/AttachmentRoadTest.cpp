@@ -19,7 +19,7 @@ namespace {
 /// server itself.
 class AttachmentRoadTest : public AppFixture {
 protected:
-    AttachmentRoadTest() { view = std::make_unique<ComposerView>(*roadModel); }
+    AttachmentRoadTest() { view = std::make_unique<ComposerView>(*roadModel, updates); }
     ~AttachmentRoadTest() override
     {
         view.reset();
@@ -71,22 +71,21 @@ protected:
     HttpAIService realService{http, endpointsAt(QString::fromStdString(server.baseURL()))};
     AttachmentWorkers workers{AttachmentProcessor(
         ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s))};
-    AppServices road{scheduler,
-                     *settings,
-                     *store,
-                     realService,
-                     announcer,
-                     notifications,
-                     toolServers,
-                     browserWindow,
-                     updates,
-                     localModel,
-                     workers,
-                     modelCatalog,
-                     urls,
-                     services->executeTool,
-                     services->machineSummary,
-                     services->machineMemory};
+    AppServices road{
+        scheduler,
+        *settings,
+        *store,
+        realService,
+        announcer,
+        notifications,
+        toolServers,
+        browserWindow,
+        updates,
+        localModel,
+        workers,
+        services->executeTool,
+        services->machineSummary,
+    };
     std::unique_ptr<AppModel> roadModel = std::make_unique<AppModel>(road);
     std::unique_ptr<ComposerView> view;
 };

@@ -29,7 +29,7 @@ using Service = FakeAIService;
 
 class ComposerAttachmentsTest : public AppFixture {
 protected:
-    ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model))
+    ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model, updates))
     {
         settings->setProviderID(ProviderID::gemini);
         settings->setApiKey(u"key"_s);

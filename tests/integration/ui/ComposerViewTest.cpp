@@ -17,7 +17,7 @@ using Service = FakeAIService;
 
 class ComposerViewTest : public AppFixture {
 protected:
-    ComposerViewTest() : view(std::make_unique<ComposerView>(*model))
+    ComposerViewTest() : view(std::make_unique<ComposerView>(*model, updates))
     {
         view->show();
         edit = view->findChild<ComposerEdit *>();
@@ -73,8 +73,7 @@ TEST_F(ComposerViewTest, ShiftReturnBeginsANewLine)
 
 TEST_F(ComposerViewTest, RefusedMessageKeepsTheDraft)
 {
-    updates.update = UpdateInfo{u"2"_s, 2};
-    updates.required = true;
+    updates.setAvailableUpdate(UpdateInfo{u"2"_s, 2}, UpdateModel::Necessity::required);
     edit->setPlainText(u"draft"_s);
     EXPECT_FALSE(view->canSend());
     QTest::keyClick(edit, Qt::Key_Return);
@@ -112,7 +111,7 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
 
 TEST_F(ComposerViewTest, SuggestedPromptBecomesTheDraftAndIsNotSent)
 {
-    model->suggestPrompt(u"What can you do?"_s);
+    view->takeSuggestion(u"What can you do?"_s);
     EXPECT_EQ(view->draft(), u"What can you do?"_s);
     EXPECT_TRUE(model->messages().isEmpty());
 }

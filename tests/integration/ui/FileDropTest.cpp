@@ -22,7 +22,9 @@ using testing::ElementsAre;
 /// The main window, with files dropped on it as the desktop drops them: on its window, at a place.
 class FileDropTest : public AppFixture {
 protected:
-    FileDropTest() : window(std::make_unique<MainWindow>(*model))
+    FileDropTest()
+        : window(std::make_unique<MainWindow>(
+              *model, MainWindowServices{announcer, browserWindow, updates, *settingsServices}))
     {
         window->show();
         files.setUrls({QUrl::fromLocalFile(u"/files/a.txt"_s)});

@@ -21,7 +21,7 @@ protected:
 
     void open()
     {
-        view = std::make_unique<SettingsView>(*model, nullptr);
+        view = std::make_unique<SettingsView>(*settingsServices, model->localModel(), nullptr);
         view->show();
         settle();
     }

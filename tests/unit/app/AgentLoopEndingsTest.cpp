@@ -244,7 +244,7 @@ TEST_F(AgentLoopEndingsTest, LocalModelMayBeSilentFor240Seconds)
 TEST_F(AgentLoopEndingsTest, RemainingCallsOfATurnStillRunAfterACancel)
 {
     const OneShot<QString> toolEnd;
-    services->executeTool = [this, toolEnd](ToolPermit permit) {
+    tool = [this, toolEnd](ToolPermit permit) {
         executed.append(permit.call().name);
         return textOf(toolEnd);
     };

@@ -73,8 +73,7 @@ TEST_F(AppModelTest, SecondMessageIsRefusedWhileBusy)
 
 TEST_F(AppModelTest, RequiredUpdateStopsNewRequests)
 {
-    updates.update = UpdateInfo{u"2.1"_s, 77};
-    updates.required = true;
+    updates.setAvailableUpdate(UpdateInfo{u"2.1"_s, 77}, UpdateModel::Necessity::required);
     EXPECT_FALSE(model->send(u"hi"_s, {}));
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_EQ(model->status().statusText(), u"Update required: 2.1 build 77"_s);

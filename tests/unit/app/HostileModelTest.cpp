@@ -38,7 +38,7 @@ class HostileModelTest : public AppFixture {
 protected:
     HostileModelTest()
     {
-        services->executeTool = [this](ToolPermit permit) { return execute(std::move(permit)); };
+        tool = [this](ToolPermit permit) { return execute(std::move(permit)); };
     }
     ~HostileModelTest() override { scheduler.shutdown(std::chrono::seconds(5)); }
 

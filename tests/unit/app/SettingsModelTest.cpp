@@ -15,7 +15,7 @@ protected:
     SettingsModelTest() { open(); }
     ~SettingsModelTest() override { settingsModel.reset(); }
 
-    void open() { settingsModel = std::make_unique<SettingsModel>(*services, model->localModel()); }
+    void open() { settingsModel = std::make_unique<SettingsModel>(*settingsServices, model->localModel()); }
 
     static CatalogModels list(const QStringList &names)
     {

@@ -27,7 +27,7 @@ TEST_F(TitleTest, FirstFinishedExchangeGetsATitle)
     service.willTitle(u" \"Time of day\"\n"_s);
     answerOnce();
     EXPECT_EQ(model->currentTitle(), u"Time of day"_s);
-    EXPECT_EQ(model->conversations().first().title, u"Time of day"_s);
+    EXPECT_EQ(model->conversations().list().first().title, u"Time of day"_s);
     EXPECT_THAT(announcer.spoken, Contains(u"Conversation summarized as: Time of day."_s));
     const auto request = service.titleRequests().value(0);
     EXPECT_EQ(std::get<APIMessage::User>(request.context.first().entry).text,
