@@ -2,6 +2,9 @@
 
 #include "support/WaitUntil.h"
 
+#include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -27,6 +30,62 @@ protected:
         ASSERT_TRUE(morvane.ear().hears(titled));
     }
 
+    /// Two conversations, the first question in the older; the newer is open.
+    MorvaneSession &startWithTwoConversations()
+    {
+        MorvaneSession &morvane =
+            start({ScriptedTurn::saying({"Answer one."}), ScriptedTurn::saying({"Answer two."}),
+                   ScriptedTurn::saying({"Answer three."})});
+        ask(morvane, u"First question"_s);
+        morvane.keyboard().press(u"Ctrl+N"_s);
+        EXPECT_TRUE(morvane.ear().hears(started));
+        ask(morvane, u"Second question"_s);
+        EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer two."_s));
+        return morvane;
+    }
+
+    /// The rows of the list from the top, as soon as there are so many.
+    static QList<AccessibleElement> rows(MorvaneSession &morvane, qsizetype count)
+    {
+        QList<AccessibleElement> entries;
+        EXPECT_TRUE(waitUntil([&] {
+            entries.clear();
+            morvane.program().tree().visit([&](const AccessibleNode &node) {
+                if (begins(u"Open Scripted title, updated "_s)(node))
+                    entries.append(node.element);
+            });
+            return entries.size() == count;
+        }));
+        return entries;
+    }
+
+    /// Tab goes round to the list, whose rows the arrow keys reach.
+    static void goToLastRow(MorvaneSession &morvane)
+    {
+        auto focused = morvane.program().focused();
+        for (int stop = 0; stop < 20 && focused && !focused->name.startsWith("Open "_L1); ++stop) {
+            const QString before = focused->element.path();
+            morvane.keyboard().press(u"Tab"_s);
+            ASSERT_TRUE(waitUntil([&] {
+                focused = morvane.program().focused();
+                return focused && focused->element.path() != before;
+            }));
+        }
+        ASSERT_TRUE(focused && focused->name.startsWith("Open "_L1));
+        morvane.keyboard().press(u"End"_s);
+    }
+
+    /// The stored conversation that begins with `question`, as JSON text; empty if there is none.
+    static QByteArray stored(MorvaneSession &morvane, const QString &question)
+    {
+        for (const QJsonObject &file : morvane.storedConversations()) {
+            const QJsonArray messages = file.value("messages"_L1).toArray();
+            if (messages.first().toObject().value("text"_L1) == question)
+                return QJsonDocument(messages).toJson();
+        }
+        return {};
+    }
+
     static AccessibleProgram::Condition begins(const QString &start)
     {
         return [start](const AccessibleNode &node) {
@@ -48,42 +107,63 @@ TEST_F(ConversationsTest, ControlNBeginsANewConversation)
 
 TEST_F(ConversationsTest, AnotherConversationIsOpenedFromTheList)
 {
-    MorvaneSession &morvane = startWithAnswers();
-    ask(morvane, u"First question"_s);
-    morvane.keyboard().press(u"Ctrl+N"_s);
-    ASSERT_TRUE(morvane.ear().hears(started));
-    ask(morvane, u"Second question"_s);
-    ASSERT_TRUE(morvane.program().shows(u"Morvane said Answer two."_s));
-
+    MorvaneSession &morvane = startWithTwoConversations();
     // The newest conversation stands first, so the other is the last of the list.
-    std::optional<AccessibleElement> older;
-    ASSERT_TRUE(waitUntil([&] {
-        QList<AccessibleElement> entries;
-        morvane.program().tree().visit([&](const AccessibleNode &node) {
-            if (begins(u"Open Scripted title, updated "_s)(node))
-                entries.append(node.element);
-        });
-        if (entries.size() == 2)
-            older = entries.last();
-        return older.has_value();
-    }));
-    EXPECT_TRUE(older->name().endsWith(", 2 messages"_L1)) << older->name().toStdString();
-    // Tab goes round to the list, whose rows the arrow keys reach and Return opens.
-    auto focused = morvane.program().focused();
-    for (int stop = 0; stop < 20 && focused && !focused->name.startsWith("Open "_L1); ++stop) {
-        const QString before = focused->element.path();
-        morvane.keyboard().press(u"Tab"_s);
-        ASSERT_TRUE(waitUntil([&] {
-            focused = morvane.program().focused();
-            return focused && focused->element.path() != before;
-        }));
-    }
-    ASSERT_TRUE(focused && focused->name.startsWith("Open "_L1));
-    morvane.keyboard().press(u"End"_s);
+    const QString older = rows(morvane, 2).last().name();
+    EXPECT_TRUE(older.endsWith(", 2 messages"_L1)) << older.toStdString();
+    goToLastRow(morvane);
     morvane.keyboard().press(u"Return"_s);
     EXPECT_TRUE(morvane.ear().hears(u"Opened Scripted title."_s));
     EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
     EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer two."_s));
+}
+
+TEST_F(ConversationsTest, AMessageSentRightAfterAChoiceGoesToWhatWasChosen)
+{
+    MorvaneSession &morvane = startWithTwoConversations();
+    morvane.program().find(u"Message Morvane"_s).setText(u"Third question"_s);
+    const AccessibleElement send = morvane.program().find(u"Send message"_s);
+    goToLastRow(morvane);
+    morvane.keyboard().press(u"Return"_s);
+    send.press();
+    EXPECT_TRUE(morvane.program().shows(u"You said Third question"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer three."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
+    EXPECT_TRUE(waitUntil([&] { return stored(morvane, u"First question"_s).contains("Answer three."); }));
+    EXPECT_FALSE(stored(morvane, u"Second question"_s).contains("Third question"));
+    EXPECT_EQ(morvane.program().find(u"Message Morvane"_s).text(), QString());
+}
+
+TEST_F(ConversationsTest, ADeleteRightAfterAChoiceDeletesWhatWasChosen)
+{
+    MorvaneSession &morvane = startWithTwoConversations();
+    goToLastRow(morvane);
+    morvane.keyboard().press(u"Return"_s);
+    morvane.keyboard().press(u"Delete"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Conversation deleted."_s));
+    EXPECT_TRUE(waitUntil([&] { return morvane.storedConversations().size() == 1; }));
+    EXPECT_TRUE(stored(morvane, u"Second question"_s).contains("Answer two."));
+    EXPECT_EQ(rows(morvane, 1).size(), 1);
+    EXPECT_TRUE(morvane.program().shows(u"Try asking: What can you do?"_s));
+}
+
+TEST_F(ConversationsTest, ADraftIsNotKeptBeyondTheEnd)
+{
+    MorvaneSession &morvane = startWithAnswers();
+    ask(morvane, u"First question"_s);
+    morvane.program().find(u"Message Morvane"_s).setText(u"A secret draft"_s);
+    ASSERT_TRUE(waitUntil(
+        [&] { return morvane.program().find(u"Message Morvane"_s).text() == u"A secret draft"_s; }));
+    morvane.quit();
+    QDirIterator files(morvane.home(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (file.open(QIODevice::ReadOnly))
+            EXPECT_FALSE(file.readAll().contains("secret draft")) << file.fileName().toStdString();
+    }
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
+    EXPECT_EQ(morvane.program().find(u"Message Morvane"_s).text(), QString());
 }
 
 TEST_F(ConversationsTest, ADeletedConversationIsGoneFromListAndDisk)

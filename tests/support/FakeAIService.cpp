@@ -54,6 +54,8 @@ Task<AITurnResult> FakeAIService::run(Request request, TokenCallback onToken)
 {
     if (request.config.systemPrompt.startsWith("Generate a very short title"_L1)) {
         m_titleRequests.append(request);
+        if (m_titleTime.count() > 0)
+            co_await sleepFor(m_titleTime);
         if (!m_title)
             throw AIServiceError(AIServiceError::Api{u"no title today"_s});
         co_return AITurnResult{*m_title, {}};
@@ -65,8 +67,11 @@ Task<AITurnResult> FakeAIService::run(Request request, TokenCallback onToken)
     m_turns.pop_front();
     if (turn.atStart)
         turn.atStart();
-    for (const QString &token : turn.tokens)
+    for (const QString &token : turn.tokens) {
+        if (turn.pause.count() > 0)
+            co_await sleepFor(turn.pause);
         onToken(token);
+    }
     if (turn.silence.count() > 0)
         co_await sleepFor(turn.silence);
     if (turn.error)

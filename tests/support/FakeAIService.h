@@ -16,6 +16,7 @@ class FakeAIService final : public AIService {
 public:
     struct Turn {
         QStringList tokens;            ///< Given to onToken first, one by one.
+        Clock::Duration pause{};       ///< Waited before each token.
         AITurnResult result;           ///< The turn's result, unless `error` is set.
         std::exception_ptr error;      ///< Thrown after the tokens.
         Clock::Duration silence{};     ///< Waited after the tokens, before the end.
@@ -36,6 +37,8 @@ public:
     void willTurn(Turn turn) { m_turns.push_back(std::move(turn)); }
     /// What a title request gets; without it, title requests fail.
     void willTitle(const QString &title) { m_title = title; }
+    /// How long a title request takes; at once otherwise.
+    void setTitleTime(Clock::Duration time) { m_titleTime = time; }
 
     const QList<Request> &requests() const { return m_requests; }
     const QList<Request> &titleRequests() const { return m_titleRequests; }
@@ -50,6 +53,7 @@ private:
 
     std::deque<Turn> m_turns;
     std::optional<QString> m_title;
+    Clock::Duration m_titleTime{};
     QList<Request> m_requests;
     QList<Request> m_titleRequests;
 };

@@ -109,6 +109,59 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
     EXPECT_EQ(view->draft(), u"next"_s);
 }
 
+/// What is sent to a conversation that is still being opened.
+class PostponedSendTest : public ComposerViewTest {
+protected:
+    PostponedSendTest()
+    {
+        ChatMessage message;
+        message.id = QUuid::createUuid();
+        message.text = u"saved"_s;
+        store->save(saved, u"Saved"_s, {message});
+        model->openConversation(saved);
+        QTest::keyClicks(edit, u"hello"_s);
+        QTest::keyClick(edit, Qt::Key_Return);
+    }
+
+    const QUuid saved = QUuid::createUuid();
+};
+
+TEST_F(PostponedSendTest, WaitsInTheFieldAndGoesWhenTheConversationIsThere)
+{
+    EXPECT_EQ(view->draft(), u"hello"_s);
+    service.willTurn(Service::answer(u"ok"_s));
+    finishRun();
+    EXPECT_EQ(view->draft(), QString());
+    ASSERT_EQ(model->messages().size(), 3);
+    EXPECT_EQ(model->messages().at(0).text, u"saved"_s);
+    EXPECT_EQ(model->messages().at(1).text, u"hello"_s);
+    EXPECT_EQ(model->currentConversationID(), saved);
+}
+
+TEST_F(PostponedSendTest, StaysInTheFieldWhenTheUserGoesToANewConversation)
+{
+    model->newConversation();
+    settle();
+    EXPECT_EQ(view->draft(), u"hello"_s);
+    EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(PostponedSendTest, StaysInTheFieldWhenTheUserOpensYetAnother)
+{
+    model->openConversation(QUuid::createUuid());
+    settle();
+    EXPECT_EQ(view->draft(), u"hello"_s);
+    EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(PostponedSendTest, StaysInTheFieldWhenTheUserWritesOn)
+{
+    QTest::keyClicks(edit, u" you"_s);
+    settle();
+    EXPECT_EQ(view->draft(), u"hello you"_s);
+    EXPECT_EQ(model->messages().size(), 1);
+}
+
 TEST_F(ComposerViewTest, SuggestedPromptBecomesTheDraftAndIsNotSent)
 {
     view->takeSuggestion(u"What can you do?"_s);

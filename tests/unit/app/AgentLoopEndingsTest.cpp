@@ -27,6 +27,11 @@ QString limitNote(int steps)
 
 using AgentLoopEndingsTest = AppFixture;
 
+Task<ToolResult> resultOf(QString text)
+{
+    co_return text;
+}
+
 Task<ToolResult> textOf(OneShot<QString> text)
 {
     co_return co_await text.wait();
@@ -213,6 +218,51 @@ TEST_F(AgentLoopEndingsTest, StalledModelIsEndedAfter120Seconds)
     EXPECT_EQ(lastMessage().errorMessage,
               u"The model stopped responding. Try again, choose a smaller model, or use a faster "
               "provider."_s);
+}
+
+TEST_F(AgentLoopEndingsTest, EveryTokenIsASignOfLife)
+{
+    Service::Turn turn;
+    turn.tokens = {u"one "_s, u"two "_s, u"three"_s};
+    turn.pause = 100s;
+    turn.result.text = u"one two three"_s;
+    service.willTurn(turn);
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    settle();
+    for (int second = 0; second < 301 && model->isBusy(); ++second) {
+        clock.advance(1s);
+        settle();
+    }
+    EXPECT_EQ(lastMessage().text, u"one two three"_s);
+    EXPECT_FALSE(lastMessage().errorMessage.has_value());
+}
+
+TEST_F(AgentLoopEndingsTest, ACancelThatTheLastTurnDidNotNoticeIsNoticedAtTheEnd)
+{
+    Service::Turn turn = Service::answer(u"too late"_s);
+    turn.atStart = [this] { model->cancel(); };
+    service.willTurn(turn);
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
+    EXPECT_TRUE(notifications.notified.isEmpty());
+    EXPECT_TRUE(service.titleRequests().isEmpty());
+}
+
+TEST_F(AgentLoopEndingsTest, ACancelDuringRepeatedCallsIsNoticedAtTheirStop)
+{
+    tool = [this](ToolPermit permit) {
+        executed.append(permit.call().name);
+        model->cancel();
+        return resultOf(u"tool result"_s);
+    };
+    const AIToolCall call = toolCall(u"calculate"_s);
+    service.willTurn(Service::calls({call, call, call}));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(executed.size(), 2);
+    EXPECT_EQ(lastStep().text, u"Stopped: the same action repeated without progress."_s);
+    EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
+    EXPECT_TRUE(notifications.notified.isEmpty());
+    EXPECT_EQ(model->context().size(), 1);
 }
 
 TEST_F(AgentLoopEndingsTest, LocalModelMayBeSilentFor240Seconds)

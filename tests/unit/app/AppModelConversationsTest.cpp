@@ -1,5 +1,6 @@
-#include "support/AppFixture.h"
+#include "SavedConversations.h"
 
+#include "async/OneShot.h"
 #include "base/Uuid.h"
 
 using namespace Qt::StringLiterals;
@@ -11,25 +12,7 @@ namespace {
 
 using Service = FakeAIService;
 
-class AppModelConversationsTest : public AppFixture {
-protected:
-    QUuid savedConversation(const QString &title, QList<ChatMessage> messages)
-    {
-        const QUuid id = QUuid::createUuid();
-        store->save(id, title, std::move(messages));
-        return id;
-    }
-
-    ChatMessage message(Role role, const QString &text, bool streaming = false) const
-    {
-        ChatMessage result;
-        result.id = QUuid::createUuid();
-        result.role = role;
-        result.text = text;
-        result.isStreaming = streaming;
-        return result;
-    }
-};
+using AppModelConversationsTest = SavedConversations;
 
 TEST_F(AppModelConversationsTest, UnusedNewConversationLeavesNoTrace)
 {
@@ -171,6 +154,74 @@ TEST_F(AppModelConversationsTest, LeavingTheWindowSavesARunningRequest)
     const auto file = runTask(scheduler, store->load(*model->currentConversationID()));
     ASSERT_TRUE(file);
     EXPECT_TRUE(file->messages.last().isStreaming);
+}
+
+/// What stands in the activity log, waits for an approval and runs, when the conversation is left.
+class LeavingARunTest : public SavedConversations {
+protected:
+    void waitForApproval()
+    {
+        service.willTurn(Service::calls({toolCall(u"edit_file"_s)}, u"I will edit."_s));
+        service.willTurn(Service::answer(u"never said"_s));
+        ASSERT_TRUE(model->send(u"edit"_s, {}));
+        ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+        ASSERT_FALSE(model->activity().steps().isEmpty());
+    }
+    void expectAllEnded()
+    {
+        EXPECT_TRUE(model->activity().steps().isEmpty());
+        EXPECT_FALSE(model->gate().pendingToolCall().has_value());
+        EXPECT_FALSE(model->isBusy());
+        settle();
+        EXPECT_TRUE(executed.isEmpty());
+        EXPECT_EQ(service.requests().size(), 1);
+        EXPECT_TRUE(notifications.notified.isEmpty());
+    }
+};
+
+TEST_F(LeavingARunTest, ANewConversationEndsIt)
+{
+    waitForApproval();
+    model->newConversation();
+    expectAllEnded();
+    EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(LeavingARunTest, DeletingTheConversationEndsIt)
+{
+    waitForApproval();
+    model->saveCurrentConversation();
+    model->deleteConversation(*model->currentConversationID());
+    expectAllEnded();
+    EXPECT_TRUE(model->messages().isEmpty());
+    EXPECT_TRUE(listed().isEmpty());
+}
+
+TEST_F(LeavingARunTest, OpeningAnotherIsRefusedUntilItIsCancelledAndThenEndsIt)
+{
+    const QUuid other = savedConversation(u"Trip"_s, {message(Role::user, u"x"_s)});
+    const OneShot<ToolResult> toolEnd;
+    tool = [this, toolEnd](ToolPermit permit) {
+        executed.append(permit.call().name);
+        return toolEnd.wait();
+    };
+    service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"edit_file"_s)}));
+    ASSERT_TRUE(model->send(u"edit"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return executed.size() == 1; }));
+    model->openConversation(other);
+    EXPECT_NE(model->currentConversationID(), other);
+    // The work of a cancelled run goes on until it notices, and asks once more.
+    model->cancel();
+    OneShot(toolEnd).resume(u"tool result"_s);
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    model->openConversation(other);
+    EXPECT_EQ(model->currentConversationID(), other);
+    EXPECT_FALSE(model->gate().pendingToolCall().has_value());
+    EXPECT_TRUE(model->activity().steps().isEmpty());
+    settle();
+    EXPECT_EQ(executed.size(), 1);
+    EXPECT_EQ(service.requests().size(), 1);
+    EXPECT_EQ(model->messages().size(), 1);
 }
 
 } // namespace

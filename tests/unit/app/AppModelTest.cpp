@@ -8,6 +8,7 @@ using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
 using testing::Contains;
+using testing::ElementsAre;
 
 namespace morvane {
 namespace {
@@ -120,6 +121,32 @@ TEST_F(AppModelTest, ConfigurationCarriesPromptMachineToolsAndBrowserNote)
     EXPECT_EQ(config.tools.first().name, u"mcp_x_y"_s);
 }
 
+TEST_F(AppModelTest, TheBrowserIsNotMentionedWhileItsWindowIsClosed)
+{
+    settings->setSystemPrompt(u"Be brief."_s);
+    service.willTurn(Service::answer(u"ok"_s));
+    sendAndFinish(u"hi"_s);
+    EXPECT_EQ(service.requests().value(0).config.systemPrompt,
+              u"Be brief.\n\nYou are running on: Test machine."_s);
+}
+
+TEST_F(AppModelTest, ANoteGoesToTheModelAndIsNotShown)
+{
+    service.willTurn(Service::answer(u"ok"_s));
+    ASSERT_TRUE(model->send(u" Read it \n"_s, {}, u" [Browser window is open]"_s));
+    finishRun();
+    EXPECT_EQ(model->messages().first().text, u"Read it"_s);
+    EXPECT_EQ(contextEntries<APIMessage::User>().value(0).text, u"Read it [Browser window is open]"_s);
+}
+
+TEST_F(AppModelTest, AnswerWithoutTextIsSaidToBeOne)
+{
+    service.willTurn(Service::Turn{});
+    sendAndFinish(u"hi"_s);
+    EXPECT_EQ(announcer.spoken.constLast(), u"Morvane did not return any text."_s);
+    EXPECT_EQ(notifications.notified.value(0).first, QString());
+}
+
 TEST_F(AppModelTest, ConnectionFailureIsToldInPlainWords)
 {
     service.willTurn(
@@ -158,6 +185,41 @@ TEST_F(AppModelTest, ProgressIsNotSpokenWhenTheUserDoesNotWantIt)
     service.willTurn(Service::answer(u"The answer."_s));
     sendAndFinish(u"hi"_s);
     EXPECT_TRUE(announcer.spoken.isEmpty());
+}
+
+TEST_F(AppModelTest, WhatTheUserMustActOnIsSpokenWithTheSettingOff)
+{
+    settings->setAnnounceResponses(false);
+    service.willTurn(
+        Service::calls({toolCall(u"edit_file"_s, R"({"file_path":"/x"})"),
+                        toolCall(u"ask_user"_s, R"({"question":"Which?"})"),
+                        toolCall(u"task"_s, R"({"description":"look","subagent":"explorer"})")}));
+    service.willTurn(Service::calls({toolCall(u"edit_file"_s, R"({"file_path":"/y"})")}));
+    service.willTurn(Service::answer(u"seen"_s));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    model->gate().resolvePermission(true, false);
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    model->questions().resolveQuestion(u"this"_s);
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    model->gate().resolvePermission(false, false);
+    finishRun();
+    const QString error = u"There was an error. the test wrote down no further turn"_s;
+    EXPECT_THAT(announcer.spoken,
+                ElementsAre(u"Morvane wants to edit the file at /x. Do you allow it?"_s,
+                            u"Morvane asks: Which?"_s,
+                            u"A subagent wants to edit the file at /y. Do you allow it?"_s, error));
+    announcer.spoken.clear();
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    model->cancel();
+    settings->setProviderID(ProviderID::openai);
+    settle();
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    EXPECT_THAT(
+        announcer.spoken,
+        ElementsAre(u"Generation cancelled."_s, u"Generation cancelled."_s,
+                    u"Morvane needs an API key. Open Settings and choose a provider to get started."_s));
 }
 
 TEST_F(AppModelTest, CancelWithNothingRunningSavesAndLeavesTheStatus)

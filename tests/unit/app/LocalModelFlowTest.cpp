@@ -109,6 +109,40 @@ TEST_F(LocalModelFlowTest, StopEndsTheInstallationToo)
     EXPECT_THAT(activityTexts(), Contains(u"Local model setup was cancelled."_s));
 }
 
+TEST_F(LocalModelFlowTest, ANewConversationEndsTheInstallationAndTheWaitingMessage)
+{
+    localModel.installationTime = 1h;
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    settle();
+    ASSERT_TRUE(model->localModel().info().installing);
+    model->newConversation();
+    settle();
+    EXPECT_FALSE(model->isInstallPending());
+    EXPECT_FALSE(model->localModel().info().installing);
+    EXPECT_TRUE(model->messages().isEmpty());
+    EXPECT_EQ(listed().size(), 1);
+}
+
+TEST_F(LocalModelFlowTest, ANewConversationEndsAnInstallationThatNoMessageStarted)
+{
+    localModel.installationTime = 1h;
+    model->localModel().installLocalModelIfNeeded();
+    settle();
+    model->newConversation();
+    settle();
+    EXPECT_FALSE(model->localModel().info().installing);
+}
+
+TEST_F(LocalModelFlowTest, OpeningIsRefusedWhileAMessageWaits)
+{
+    localModel.installationTime = 1h;
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    model->openConversation(QUuid::createUuid());
+    settle();
+    EXPECT_FALSE(model->currentConversationID().has_value());
+    EXPECT_TRUE(model->isInstallPending());
+}
+
 TEST_F(LocalModelFlowTest, SwitchingTheProviderEndsAWaitingMessage)
 {
     localModel.installationTime = 1h;

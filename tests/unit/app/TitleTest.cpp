@@ -7,6 +7,7 @@ using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
 using testing::Contains;
+using testing::Not;
 
 namespace morvane {
 namespace {
@@ -86,6 +87,48 @@ TEST_F(TitleTest, FailureIsSilent)
     EXPECT_EQ(service.titleRequests().size(), 1);
     EXPECT_EQ(model->currentTitle(), u"What time is it?"_s);
     EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+}
+
+TEST_F(TitleTest, AfterAFailureThereIsNoSecondAttempt)
+{
+    answerOnce();
+    service.willTitle(u"Time"_s);
+    answerOnce();
+    EXPECT_EQ(service.titleRequests().size(), 1);
+    EXPECT_EQ(model->currentTitle(), u"What time is it?"_s);
+}
+
+TEST_F(TitleTest, TitleOfAConversationThatIsNoLongerOpenIsDropped)
+{
+    service.willTitle(u"Time"_s);
+    service.setTitleTime(1min);
+    answerOnce();
+    model->newConversation();
+    settle();
+    clock.advance(1min);
+    settle();
+    EXPECT_EQ(service.titleRequests().size(), 1);
+    EXPECT_EQ(model->currentTitle(), QString());
+    EXPECT_FALSE(model->currentConversationID().has_value());
+    ASSERT_EQ(listed().size(), 1);
+    EXPECT_EQ(listed().first().title, u"What time is it?"_s);
+    EXPECT_THAT(announcer.spoken, Not(Contains(u"Conversation summarized as: Time."_s)));
+}
+
+TEST_F(TitleTest, TitleThatArrivesDuringTheNextRequestSavesWhatIsThere)
+{
+    service.willTitle(u"Time"_s);
+    service.setTitleTime(1min);
+    answerOnce();
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"And now?"_s, {}));
+    settle();
+    clock.advance(1min);
+    settle();
+    EXPECT_EQ(model->currentTitle(), u"Time"_s);
+    EXPECT_TRUE(model->isBusy());
+    ASSERT_EQ(listed().size(), 1);
+    EXPECT_EQ(listed().first().messageCount, 4);
 }
 
 TEST_F(TitleTest, RunThatEndedWithAnErrorStillAsks)

@@ -1,0 +1,130 @@
+#include "support/AppFixture.h"
+
+#include "ui/window/ConversationListModel.h"
+#include "ui/window/ConversationListView.h"
+
+#include <QAbstractItemModelTester>
+#include <QListView>
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+class ConversationListViewTest : public AppFixture {
+protected:
+    ConversationListViewTest()
+    {
+        for (const auto &title : {u"Oldest"_s, u"Older"_s, u"Newest"_s})
+            save(QUuid::createUuid(), title);
+        start();
+        view = std::make_unique<ConversationListView>(*model);
+        view->resize(300, 400);
+        view->show();
+        list = view->findChild<QListView *>();
+        remove = view->findChild<QToolButton *>();
+        settle();
+    }
+    ~ConversationListViewTest() override { view.reset(); }
+
+    void save(QUuid id, const QString &title)
+    {
+        ChatMessage message;
+        message.id = QUuid::createUuid();
+        message.text = title;
+        store->save(id, title, {message});
+    }
+    QStringList titles() const
+    {
+        QStringList result;
+        for (int row = 0; row < list->model()->rowCount(); ++row)
+            result.append(list->model()->index(row, 0).data().toString());
+        return result;
+    }
+    QModelIndex row(const QString &title) const
+    {
+        return list->model()->index(int(titles().indexOf(title)), 0);
+    }
+    void click(const QString &title)
+    {
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(row(title)).center());
+    }
+
+    std::unique_ptr<ConversationListView> view;
+    QListView *list = nullptr;
+    QToolButton *remove = nullptr;
+};
+
+TEST_F(ConversationListViewTest, TheModelKeepsTheToolkitsRules)
+{
+    ConversationListModel rows(model->conversations());
+    const QAbstractItemModelTester tester(&rows, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    int resets = 0;
+    QObject::connect(&rows, &QAbstractItemModel::modelReset, &rows, [&resets] { ++resets; });
+    const QUuid oldest = model->conversations().list().last().id;
+    save(oldest, u"Oldest of all"_s);
+    save(QUuid::createUuid(), u"Fourth"_s);
+    store->remove(model->conversations().list().at(1).id);
+    model->conversations().reload();
+    settle();
+    model->deleteConversation(oldest);
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Fourth"_s, u"Newest"_s}));
+    EXPECT_EQ(rows.rowCount(), 2);
+    EXPECT_EQ(resets, 0);
+}
+
+TEST_F(ConversationListViewTest, DeleteRightAfterAClickDeletesWhatWasClicked)
+{
+    click(u"Newest"_s);
+    settle();
+    click(u"Oldest"_s);
+    QTest::keyClick(list, Qt::Key_Delete);
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Newest"_s, u"Older"_s}));
+    EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(ConversationListViewTest, TheClickedRowIsSelectedAtOnceAndStaysSo)
+{
+    click(u"Newest"_s);
+    settle();
+    click(u"Older"_s);
+    EXPECT_EQ(list->selectionModel()->selectedIndexes().value(0), row(u"Older"_s));
+    settle();
+    EXPECT_EQ(list->selectionModel()->selectedIndexes().value(0), row(u"Older"_s));
+    EXPECT_EQ(list->currentIndex(), row(u"Older"_s));
+}
+
+TEST_F(ConversationListViewTest, TheDeleteButtonGoesWithItsRow)
+{
+    // Leaving a conversation saves it, and the next reading of the list puts it first.
+    click(u"Oldest"_s);
+    settle();
+    ASSERT_EQ(titles(), QStringList({u"Newest"_s, u"Older"_s, u"Oldest"_s}));
+    click(u"Newest"_s);
+    ASSERT_EQ(remove->accessibleName(), u"Delete Newest"_s);
+    settle();
+    ASSERT_EQ(titles(), QStringList({u"Oldest"_s, u"Newest"_s, u"Older"_s}));
+    EXPECT_EQ(remove->accessibleName(), u"Delete Newest"_s);
+    EXPECT_TRUE(list->visualRect(row(u"Newest"_s))
+                    .contains(list->viewport()->mapFrom(view.get(), remove->geometry().center())));
+    remove->click();
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Oldest"_s, u"Older"_s}));
+}
+
+TEST_F(ConversationListViewTest, TheKeyboardStaysInTheListWhenARowGoes)
+{
+    list->setFocus();
+    list->setCurrentIndex(row(u"Older"_s));
+    QTest::keyClick(list, Qt::Key_Delete);
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Newest"_s, u"Oldest"_s}));
+    EXPECT_TRUE(list->currentIndex().isValid());
+}
+
+} // namespace
+} // namespace morvane
