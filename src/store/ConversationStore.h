@@ -39,6 +39,9 @@ public:
     /// The conversation in `{id}.json`, or nothing if it is absent or cannot be decoded.
     Task<std::optional<ConversationFile>> load(QUuid id);
 
+    /// Whether all that was asked for is done, and the answers are on their way.
+    bool isIdle() const { return m_disk.activeThreadCount() == 0; }
+
 private:
     std::unique_ptr<ConversationFiles> m_files; ///< Used by the thread of `m_disk` alone.
     QThreadPool m_disk;

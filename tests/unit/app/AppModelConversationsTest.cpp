@@ -156,6 +156,11 @@ TEST_F(AppModelConversationsTest, LeavingTheWindowSavesARunningRequest)
     EXPECT_TRUE(file->messages.last().isStreaming);
 }
 
+Task<ToolResult> resultOf(OneShot<ToolResult> result)
+{
+    co_return co_await result.wait();
+}
+
 /// What stands in the activity log, waits for an approval and runs, when the conversation is left.
 class LeavingARunTest : public SavedConversations {
 protected:
@@ -203,7 +208,7 @@ TEST_F(LeavingARunTest, OpeningAnotherIsRefusedUntilItIsCancelledAndThenEndsIt)
     const OneShot<ToolResult> toolEnd;
     tool = [this, toolEnd](ToolPermit permit) {
         executed.append(permit.call().name);
-        return toolEnd.wait();
+        return resultOf(toolEnd);
     };
     service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"edit_file"_s)}));
     ASSERT_TRUE(model->send(u"edit"_s, {}));
@@ -212,7 +217,7 @@ TEST_F(LeavingARunTest, OpeningAnotherIsRefusedUntilItIsCancelledAndThenEndsIt)
     EXPECT_NE(model->currentConversationID(), other);
     // The work of a cancelled run goes on until it notices, and asks once more.
     model->cancel();
-    OneShot(toolEnd).resume(u"tool result"_s);
+    OneShot(toolEnd).resume(ToolResult(u"tool result"_s));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     model->openConversation(other);
     EXPECT_EQ(model->currentConversationID(), other);

@@ -55,8 +55,14 @@ protected:
     void readList()
     {
         conversations.reload();
-        runTask(scheduler, store.list());
-        settle();
+        finishReading();
+    }
+    void finishReading()
+    {
+        for (bool atRest = false; !atRest;) {
+            const bool idle = store.isIdle();
+            atRest = !settle() && idle;
+        }
     }
     QUuid save(QUuid id, const QString &title)
     {
@@ -117,8 +123,7 @@ TEST_F(ConversationsTest, ASaveDuringAReadingIsNotLost)
     message.id = QUuid::createUuid();
     conversations.setProvisionalTitle(u"New"_s);
     conversations.save({message});
-    runTask(scheduler, store.list());
-    settle();
+    finishReading();
     ASSERT_EQ(mirror.rows.size(), 1);
     EXPECT_EQ(mirror.rows.first().title, u"New"_s);
 }
