@@ -82,9 +82,10 @@ void allowWithConditions(Filter &filter)
 {
     const auto self = static_cast<scmp_datum_t>(::getpid());
 #if __has_feature(address_sanitizer)
-    // The sanitizer writes into a pipe to see whether memory is there.
+    // The sanitizer writes into a pipe to see whether memory is there, and asks each thread for its stack.
     filter.allow("pipe2");
     filter.allow("write");
+    filter.allow("sched_getaffinity");
 #endif
     for (const scmp_datum_t output : {STDOUT_FILENO, STDERR_FILENO}) {
         filter.allow("write", {is(0, output)});
