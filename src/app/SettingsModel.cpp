@@ -5,7 +5,7 @@
 #include "async/Scheduler.h"
 #include "async/Sleep.h"
 #include "platform/UrlOpener.h"
-#include "providers/ChatCompletionsURL.h"
+#include "providers/CustomServerURL.h"
 #include "providers/Endpoints.h"
 #include "providers/ModelCatalog.h"
 #include "store/SettingsStore.h"

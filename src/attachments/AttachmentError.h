@@ -1,22 +1,13 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-#include <exception>
+#include "base/ErrorForUser.h"
 
 namespace morvane {
 
-/// Why a file could not be attached, as a finished sentence for the user.
-class AttachmentError : public std::exception {
+/// Why a file could not be attached.
+class AttachmentError : public ErrorForUser {
 public:
-    explicit AttachmentError(const QString &message) : m_message(message), m_what(message.toUtf8()) {}
-
-    const QString &message() const { return m_message; }
-    const char *what() const noexcept override { return m_what.constData(); }
-
-private:
-    QString m_message;
-    QByteArray m_what;
+    using ErrorForUser::ErrorForUser;
 };
 
 } // namespace morvane

@@ -4,8 +4,8 @@
 #include "async/Race.h"
 #include "async/Sleep.h"
 #include "net/HttpClient.h"
+#include "providers/CustomServerURL.h"
 #include "providers/ModelList.h"
-#include "providers/ModelsListURL.h"
 
 #include <chrono>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "providers/ProviderRequest.h"
 
 #include "providers/AIServiceError.h"
-#include "providers/ChatCompletionsURL.h"
+#include "providers/CustomServerURL.h"
 
 using namespace Qt::StringLiterals;
 

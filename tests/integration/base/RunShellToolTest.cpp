@@ -1,6 +1,9 @@
 #include "base/RunShellTool.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
@@ -35,6 +38,13 @@ TEST(RunShellToolTest, MuchOutputIsReadToItsEnd)
 {
     EXPECT_EQ(runShellTool("/bin/sh", {"-c", "head -c 1000000 /dev/zero | tr '\\0' x"}).output.size(),
               1'000'000);
+}
+
+TEST(RunShellToolTest, AProgramThatRunsTooLongIsKilled)
+{
+    EXPECT_EQ(runShellTool("/bin/sleep", {"600"}, 50ms).status, -1);
+    EXPECT_EQ(runShellTool("/bin/sh", {"-c", "exec >&- 2>&-; exec sleep 600"}, 50ms).status, -1);
+    EXPECT_EQ(runShellTool("/bin/sh", {"-c", "echo out; exit 3"}, 20s).output, "out\n");
 }
 
 TEST(RunShellToolTest, TheInputIsAtItsEnd)

@@ -6,7 +6,6 @@
 
 #include <QDateTime>
 #include <QRegularExpression>
-#include <chrono>
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -90,19 +89,6 @@ TEST_F(SystemdTimersTest, AManagerThatRefusesIsTold)
     EXPECT_FALSE(timers.start(id, 8e8));
     commands.startStatus = 0;
     EXPECT_TRUE(timers.start(id, 8e8));
-}
-
-TEST(RunWithinTest, GivesStatusAndOutput)
-{
-    const ShellToolResult result = runWithin(std::chrono::seconds(20), "sh", {"-c", "echo out; exit 3"});
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.output, "out\n");
-}
-
-TEST(RunWithinTest, AProgramThatIsMissingOrHangsHasNoStatus)
-{
-    EXPECT_EQ(runWithin(std::chrono::seconds(20), "no-such-program", {}).status, -1);
-    EXPECT_EQ(runWithin(std::chrono::milliseconds(50), "sleep", {"600"}).status, -1);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "providers/ChatCompletionsURL.h"
+#include "providers/CustomServerURL.h"
 
 #include <gtest/gtest.h>
 

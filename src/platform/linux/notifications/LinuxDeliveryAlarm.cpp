@@ -70,8 +70,11 @@ LinuxDeliveryAlarm::Surroundings LinuxDeliveryAlarm::realSurroundings()
 {
     return {.helper = QCoreApplication::applicationDirPath() + u"/morvane-reminder"_s,
             .configFolder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
-            .run = [](const QString &program,
-                      const QStringList &arguments) { return runWithin(commandLimit, program, arguments); },
+            .run =
+                [](const QString &program, const QStringList &arguments) {
+                    const QString path = QStandardPaths::findExecutable(program);
+                    return path.isEmpty() ? ShellToolResult{} : runShellTool(path, arguments, commandLimit);
+                },
             .startDetached =
                 [](const QString &program, const QStringList &arguments) {
                     QProcess process;

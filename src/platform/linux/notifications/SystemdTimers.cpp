@@ -1,16 +1,10 @@
 #include "platform/linux/notifications/SystemdTimers.h"
 
-#include "base/ChildProcess.h"
 #include "base/ReferenceDate.h"
 #include "base/Uuid.h"
 
-#include <QDeadlineTimer>
-#include <QFile>
-#include <QStandardPaths>
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <poll.h>
 
 using namespace Qt::StringLiterals;
 
@@ -22,7 +16,6 @@ namespace {
 constexpr double latest = 5e9;
 /// A time that is over would never come.
 constexpr double soon = 2;
-constexpr qsizetype maximumOutput = 1 << 20;
 
 QString timerUnit(QUuid id)
 {
@@ -45,21 +38,6 @@ QStringList environmentOptions()
             options.append(u"--setenv="_s + QString::fromLatin1(name) + u'=' + value);
     }
     return options;
-}
-
-/// Reads what there is; false at the end of the output.
-bool readSome(const FileDescriptor &pipe, QByteArray &bytes)
-{
-    char piece[16384];
-    while (true) {
-        const ssize_t count = ::read(pipe.get(), piece, sizeof piece);
-        if (count > 0 && bytes.size() < maximumOutput)
-            bytes.append(piece, count);
-        else if (count < 0 && errno == EAGAIN)
-            return true;
-        else if (count == 0 || (count < 0 && errno != EINTR))
-            return false;
-    }
 }
 
 } // namespace
@@ -117,29 +95,6 @@ void SystemdTimers::stop(QUuid id)
     ask();
     if (m_units.removeAll(unit) > 0)
         m_run(u"systemctl"_s, {u"--user"_s, u"--quiet"_s, u"stop"_s, unit});
-}
-
-ShellToolResult runWithin(std::chrono::milliseconds limit, const QString &program,
-                          const QStringList &arguments)
-{
-    const QString path = QStandardPaths::findExecutable(program);
-    if (path.isEmpty())
-        return {};
-    ChildProcess::Options options{
-        QFile::encodeName(path), {}, currentEnvironment(), ChildProcess::Errors::withOutput};
-    for (const QString &argument : arguments)
-        options.arguments.append(argument.toUtf8());
-    auto child = ChildProcess::start(options);
-    if (!child)
-        return {};
-    const QDeadlineTimer deadline(limit);
-    QByteArray output;
-    while (readSome(child->output(), output)) {
-        pollfd readable{child->output().get(), POLLIN, 0};
-        if (::poll(&readable, 1, int(deadline.remainingTime())) == 0)
-            return {}; // Its end kills what still runs.
-    }
-    return {child->waitForStatus(), QString::fromUtf8(output)};
 }
 
 } // namespace morvane

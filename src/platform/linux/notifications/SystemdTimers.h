@@ -36,8 +36,4 @@ private:
     QStringList m_units; ///< The timers that are there.
 };
 
-/// The runner for real: the program ends within `limit` or is killed. Status -1 if it could not be run.
-ShellToolResult runWithin(std::chrono::milliseconds limit, const QString &program,
-                          const QStringList &arguments);
-
 } // namespace morvane
