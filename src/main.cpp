@@ -8,6 +8,7 @@
 #include "attachments/AttachmentWorkers.h"
 #include "base/AtomicFile.h"
 #include "base/DataFolders.h"
+#include "base/Log.h"
 #include "localmodel/MachineProfile.h"
 #include "localmodel/OllamaRuntime.h"
 #include "net/HttpClient.h"
@@ -150,7 +151,8 @@ int main(int argc, char **argv)
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
 
     // Narrows a folder that an older version or a careless hand left open; a failure shows where it is used.
-    std::ignore = ensurePrivateFolder(dataFolder());
+    if (const auto folderIsThere = ensurePrivateFolder(dataFolder()); !folderIsThere)
+        qCWarning(baseLog) << "no folder for the data:" << folderIsThere.error();
     LinuxSingleInstance instance(dataFolder());
     switch (instance.claim(activationToken())) {
     case SingleInstance::Claim::first:

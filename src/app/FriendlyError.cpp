@@ -1,5 +1,6 @@
 #include "app/FriendlyError.h"
 
+#include "app/Log.h"
 #include "localmodel/InstallError.h"
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
@@ -28,6 +29,7 @@ QString friendlyError(const std::exception_ptr &error)
     } catch (const std::bad_alloc &) {
         return u"There is not enough memory for that."_s;
     } catch (...) { // what a library says is not for the user
+        qCWarning(appLog) << "an error without words for the user:" << kindOfCurrentFailure();
         return u"Unknown error."_s;
     }
 }

@@ -1,6 +1,7 @@
 #include "app/LocalModelFlow.h"
 
 #include "app/FriendlyError.h"
+#include "app/Log.h"
 #include "app/TurnRunner.h"
 #include "async/Cancelled.h"
 #include "async/Scheduler.h"
@@ -107,8 +108,10 @@ Task<void> LocalModelFlow::installLocalModel()
     } catch (...) {
         failure = std::current_exception();
     }
-    if (failure)
+    if (failure) {
+        qCWarning(appLog) << "the local model was not set up:" << kindOfFailure(failure);
         reportFailure(failure);
+    }
     Q_EMIT installationEnded();
     m_info.installing = false;
     setProgress(m_info.progress, std::nullopt);
@@ -171,6 +174,7 @@ Task<void> LocalModelFlow::warmUpLocalModel()
         co_await m_turns.runTurn({{APIMessage::User{u"Say OK."_s, {}}}}, config, [](const QString &) {});
     } catch (...) {
         // Only speeds up the first answer; that answer tells what is wrong.
+        qCInfo(appLog) << "the local model was not warmed up:" << kindOfCurrentFailure();
     }
 }
 

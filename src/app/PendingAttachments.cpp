@@ -1,5 +1,6 @@
 #include "app/PendingAttachments.h"
 
+#include "app/Log.h"
 #include "app/SelectedModel.h"
 #include "app/Status.h"
 #include "async/Cancelled.h"
@@ -87,8 +88,9 @@ Task<void> PendingAttachments::attach(QPointer<PendingAttachments> self, Task<Ch
         throw;
     } catch (const AttachmentError &error) {
         failure = error.message();
-    } catch (const std::exception &) {
+    } catch (const std::exception &error) {
         // The system has no thread, no descriptor or no memory left.
+        qCWarning(appLog) << "a file could not be attached:" << kindOfFailure(error);
         failure = u"Could not read \""_s + filename + u"\"."_s;
     }
     if (self)

@@ -1,6 +1,7 @@
 #include "app/SubagentRunner.h"
 
 #include "app/FriendlyError.h"
+#include "app/Log.h"
 #include "app/TokenBatch.h"
 #include "async/Cancelled.h"
 #include "base/Text.h"
@@ -66,6 +67,7 @@ Task<QString> SubagentRunner::runSubagent(AIToolCall call, AIConfiguration confi
         failure = std::current_exception();
     }
     if (failure) {
+        qCInfo(appLog) << "a subagent failed:" << kindOfFailure(failure);
         setLabel({});
         co_return textOfFailure(failure);
     }

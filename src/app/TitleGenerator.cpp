@@ -1,5 +1,6 @@
 #include "app/TitleGenerator.h"
 
+#include "app/Log.h"
 #include "app/RequestConfiguration.h"
 #include "app/Workspace.h"
 #include "async/Scheduler.h"
@@ -109,6 +110,7 @@ Task<QString> TitleGenerator::askForTitle(QString firstMessage, QString reply, A
         title = cleanedTitle(turn.text);
     } catch (...) {
         // The provisional title stays; a missing title is nothing to trouble the user with.
+        qCInfo(appLog) << "no title:" << kindOfCurrentFailure();
     }
     // Keeps a provider's error text from becoming a title.
     if (title.toLower().contains("error"_L1))

@@ -1,5 +1,6 @@
 #include "attachments/ReaderProcess.h"
 
+#include "attachments/Log.h"
 #include "base/ChildProcess.h"
 
 #include <QDeadlineTimer>
@@ -73,9 +74,20 @@ public:
 
     std::optional<ReaderAnswer> finish()
     {
-        if (!readOutput() || !waitForEnd() || m_child.takeStatus() != 0)
+        if (!readOutput() || !waitForEnd()) {
+            qCWarning(attachmentsLog)
+                << "the reader was stopped:"
+                << (m_deadline.hasExpired() ? "out of time" : "not wanted, or says too much");
             return std::nullopt;
-        return ReaderAnswer::parse(m_output);
+        }
+        if (const auto status = m_child.takeStatus(); status != 0) {
+            qCWarning(attachmentsLog) << "the reader ended with status" << status.value_or(-1);
+            return std::nullopt;
+        }
+        auto answer = ReaderAnswer::parse(m_output);
+        if (!answer)
+            qCWarning(attachmentsLog) << "the reader answered" << m_output.size() << "bytes of no known form";
+        return answer;
     }
 
 private:
@@ -135,8 +147,10 @@ std::optional<ReaderAnswer> ReaderProcess::read(Job job, const QByteArray &file,
         return std::nullopt;
     auto child = ChildProcess::start(
         {m_program, {argumentOf(job)}, readerEnvironment(), ChildProcess::Errors::discarded, input.get()});
-    if (!child)
+    if (!child) {
+        qCWarning(attachmentsLog) << "the reader did not start:" << child.error();
         return std::nullopt;
+    }
     return Run(std::move(*child), stop, m_limit).finish();
 }
 

@@ -3,6 +3,7 @@
 #include "base/AtomicFile.h"
 #include "base/IniReader.h"
 #include "base/IniText.h"
+#include "base/Log.h"
 #include "base/RegularFile.h"
 
 #include <QFile>
@@ -83,13 +84,16 @@ DefaultsFile::Lock DefaultsFile::lock(std::chrono::milliseconds limit) const
     // The folder is locked and not the file, which is replaced at every change.
     const QString folder = QFileInfo(m_path).path();
     Lock lock;
-    std::ignore = ensurePrivateFolder(folder);
+    if (const auto folderIsThere = ensurePrivateFolder(folder); !folderIsThere)
+        qCWarning(baseLog) << "no folder for the settings:" << folderIsThere.error();
     lock.m_folder =
         FileDescriptor(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (::flock(lock.m_folder.get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() >= deadline)
+        if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() >= deadline) {
+            qCInfo(baseLog) << "the settings stay locked by another for longer than" << limit.count() << "ms";
             return lock;
+        }
         if (errno != EWOULDBLOCK && errno != EINTR)
             break;
         std::this_thread::sleep_for(retryTime);

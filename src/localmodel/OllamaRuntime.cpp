@@ -2,7 +2,9 @@
 
 #include "base/Json.h"
 #include "localmodel/InstallError.h"
+#include "localmodel/Log.h"
 #include "net/HttpClient.h"
+#include "net/Log.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -55,8 +57,9 @@ Task<std::optional<QByteArray>> OllamaRuntime::get(QString path)
         const FetchResult result = co_await m_http.fetch(request, maximumListBytes);
         if (result.status == 200)
             co_return result.body;
-    } catch (const TransportError &) {
+    } catch (const TransportError &error) {
         // A server that does not answer is not there.
+        qCInfo(localModelLog) << "no answer from the local server:" << reasonOf(error);
     }
     co_return std::nullopt;
 }

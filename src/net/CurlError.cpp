@@ -1,6 +1,7 @@
 #include "net/CurlError.h"
 
 #include "net/LocalNetwork.h"
+#include "net/Log.h"
 
 #include <cerrno>
 
@@ -111,6 +112,8 @@ QString certificateProblem(long verification)
 TransportError transportError(CURLcode result, int systemError, QByteArrayView text, long verification)
 {
     const Kind kind = kindOf(result, systemError, text);
+    qCWarning(netLog) << "a request failed:" << curl_easy_strerror(result) << "; libcurl" << int(result)
+                      << "; system" << systemError;
     return result == CURLE_PEER_FAILED_VERIFICATION ? TransportError(kind, certificateProblem(verification))
                                                     : TransportError(kind);
 }

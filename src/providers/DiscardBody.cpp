@@ -2,6 +2,8 @@
 
 #include "async/Race.h"
 #include "async/Sleep.h"
+#include "net/Log.h"
+#include "providers/Log.h"
 
 namespace morvane {
 namespace {
@@ -15,8 +17,9 @@ Task<void> readToEnd(LineReader lines)
             if (bytes > maximumDiscardedBytes)
                 break;
         }
-    } catch (const TransportError &) {
+    } catch (const TransportError &error) {
         // What is thrown away may as well be missing.
+        qCInfo(providersLog) << "a body that nobody wants broke off:" << reasonOf(error);
     }
 }
 

@@ -4,7 +4,9 @@
 #include "async/Race.h"
 #include "async/Sleep.h"
 #include "net/HttpClient.h"
+#include "net/Log.h"
 #include "providers/CustomServerURL.h"
+#include "providers/Log.h"
 #include "providers/ModelList.h"
 
 #include <chrono>
@@ -30,8 +32,9 @@ Task<Body> bodyOf(HttpClient &client, HttpRequest request)
         FetchResult result = co_await client.fetch(std::move(request), maximumListBytes);
         if (result.status == 200)
             co_return std::move(result.body);
-    } catch (const TransportError &) {
+    } catch (const TransportError &error) {
         // Whoever asks has a list of its own to fall back on.
+        qCWarning(providersLog) << "no list of models:" << reasonOf(error);
     }
     co_return std::nullopt;
 }

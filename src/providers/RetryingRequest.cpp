@@ -4,6 +4,7 @@
 #include "async/Sleep.h"
 #include "providers/AIServiceError.h"
 #include "providers/DiscardBody.h"
+#include "providers/Log.h"
 #include "providers/RetryDelay.h"
 
 using namespace Qt::StringLiterals;
@@ -27,6 +28,8 @@ Task<HttpResponse> streamRequest(HttpClient &client, HttpRequest request)
         if (!isRetryable(response.status()) || attempt == maximumAttempts - 1)
             co_return response;
         const auto delay = retryDelay(response.headers().value("Retry-After"), attempt);
+        qCInfo(providersLog) << "status" << response.status() << "at attempt" << attempt + 1 << "; again in"
+                             << delay.count() << "ms";
         co_await discardBody(response.lines());
         if (delay.count() > 0)
             co_await sleepFor(delay);

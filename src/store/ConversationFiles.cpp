@@ -4,6 +4,7 @@
 #include "base/RegularFile.h"
 #include "base/Uuid.h"
 #include "store/ConversationScanner.h"
+#include "store/Log.h"
 
 #include <QFile>
 #include <algorithm>
@@ -58,7 +59,8 @@ template <class Work> void runOnTwoThreads(const Work &work, qsizetype items)
     try {
         if (items >= worthAThread)
             second = std::jthread(work);
-    } catch (const std::system_error &) { // No thread to be had.
+    } catch (const std::system_error &error) { // No thread to be had.
+        qCInfo(storeLog) << "one thread only:" << kindOfFailure(error);
     }
     work();
 }
@@ -156,10 +158,13 @@ try {
             return std::nullopt;
         if (*count == 0)
             return Scanned{*identity, scanner.finish()};
-        if (!scanner.feed(QByteArrayView(buffer.data(), *count)))
+        if (!scanner.feed(QByteArrayView(buffer.data(), *count))) {
+            qCInfo(storeLog) << "a file among the conversations is none, and is left as it is";
             return Scanned{*identity, std::nullopt};
+        }
     }
-} catch (const std::exception &) { // Out of memory.
+} catch (const std::exception &error) { // Out of memory.
+    qCWarning(storeLog) << "a conversation could not be scanned:" << kindOfFailure(error);
     return std::nullopt;
 }
 
@@ -173,7 +178,8 @@ try {
         const auto count = file->read(buffer.data(), std::ssize(buffer));
         return count ? std::optional(QByteArrayView(buffer.data(), *count)) : std::nullopt;
     });
-} catch (const std::exception &) { // Out of memory.
+} catch (const std::exception &error) { // Out of memory.
+    qCWarning(storeLog) << "a conversation could not be read:" << kindOfFailure(error);
     return std::nullopt;
 }
 
@@ -196,15 +202,18 @@ try {
                                 .messages = messages};
     static_cast<void>(ensurePrivateFolder(m_folder)); // The user may have removed it in the meantime.
     m_scanned.remove(name);
-    if (!writeFileAtomically(path(name), encodeConversation(file)))
+    if (const auto written = writeFileAtomically(path(name), encodeConversation(file)); !written) {
+        qCWarning(storeLog) << "a conversation could not be saved:" << written.error();
         return;
+    }
     if (const auto identity = FileIdentity::ofPath(path(name)))
         m_scanned.insert(name, {*identity, ConversationSummary{.id = id,
                                                                .title = title,
                                                                .createdAt = file.createdAt,
                                                                .updatedAt = now,
                                                                .messageCount = messages.size()}});
-} catch (const std::exception &) { // Out of memory: the older file stands.
+} catch (const std::exception &error) { // Out of memory: the older file stands.
+    qCWarning(storeLog) << "a conversation could not be saved:" << kindOfFailure(error);
 }
 
 void ConversationFiles::remove(QUuid id)

@@ -1,6 +1,7 @@
 #include "store/UserDefaults.h"
 
 #include "base/AtomicFile.h"
+#include "store/Log.h"
 
 #include <QFileInfo>
 #include <QStringList>
@@ -56,6 +57,7 @@ UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
     m_values = std::move(content.values);
     m_identity = content.identity;
     if (content.isDamaged) {
+        qCWarning(storeLog) << "the settings were damaged; what could be read is kept";
         setAside();
         for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
             m_changes.insert(value.key(), *value);
@@ -84,6 +86,7 @@ void UserDefaults::adoptForeignChanges()
     DefaultsFile::Content content = m_file.read();
     m_identity = content.identity;
     if (content.isDamaged) {
+        qCWarning(storeLog) << "the settings were damaged by another program";
         setAside();
         return;
     }
@@ -127,8 +130,10 @@ bool UserDefaults::writeWithin(std::chrono::milliseconds limit)
     }
     adoptForeignChanges();
     const auto identity = m_file.write(m_values);
-    if (!identity)
+    if (!identity) {
+        qCWarning(storeLog) << "the settings could not be written";
         return false;
+    }
     m_changes.clear();
     m_identity = identity;
     if (!m_syncTimer.isActive()) // Changes without end do not put it off without end.

@@ -1,5 +1,6 @@
 #include "tools/BuiltinTools.h"
 
+#include "tools/Log.h"
 #include "tools/TodoList.h"
 #include "tools/ToolTable.h"
 
@@ -34,7 +35,8 @@ Task<ToolResult> BuiltinTools::execute(ToolPermit permit)
     try {
         co_return co_await record->handler(m_services, call.arguments);
     } catch (...) {
-        // The words of a library mean nothing to the user, who reads them in the log.
+        // The words of a library mean nothing to the user.
+        qCWarning(toolsLog) << "a tool failed:" << kindOfCurrentFailure();
         co_return u"Error: the tool could not be carried out."_s;
     }
 }

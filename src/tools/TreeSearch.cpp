@@ -1,5 +1,7 @@
 #include "tools/TreeSearch.h"
 
+#include "tools/Log.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -89,7 +91,8 @@ void TreeSearch::search(Batch &batch, FileSearch::Buffer &buffer)
             if (result.gaveUp)
                 ++m_slowFiles;
         } catch (const std::bad_alloc &) {
-            continue; // passed over, as any file that cannot be read
+            // Passed over, as any file that cannot be read.
+            qCWarning(toolsLog) << "no memory to search a file";
         }
     }
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/LinuxColorScheme.h"
 
+#include "platform/Log.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -41,7 +43,9 @@ LinuxColorScheme::LinuxColorScheme(QObject *parent) : ColorScheme(parent)
     connect(reply, &QDBusPendingCallWatcher::finished, this, [this, reply] {
         reply->deleteLater();
         const QDBusPendingReply<QDBusVariant> answer = *reply;
-        if (!answer.isError())
+        if (answer.isError())
+            qCInfo(platformLog) << "the desktop does not tell its colour scheme:" << answer.error().name();
+        else
             take(answer.value().variant());
     });
 }

@@ -2,6 +2,7 @@
 
 #include "base/AtomicFile.h"
 #include "base/Uuid.h"
+#include "tools/reminders/Log.h"
 
 #include <algorithm>
 #include <chrono>
@@ -64,7 +65,8 @@ bool PendingReminders::add(const Reminder &reminder)
 {
     const bool isWritten = change([&](QList<Reminder> &reminders) { reminders.append(reminder); });
     if (isWritten)
-        std::ignore = syncFile(m_file.path());
+        if (const auto synced = syncFile(m_file.path()); !synced)
+            qCWarning(remindersLog) << "a reminder may not outlive a power cut:" << synced.error();
     return isWritten;
 }
 

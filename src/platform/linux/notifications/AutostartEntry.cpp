@@ -1,6 +1,7 @@
 #include "platform/linux/notifications/AutostartEntry.h"
 
 #include "base/AtomicFile.h"
+#include "platform/Log.h"
 
 #include <QDir>
 #include <QFile>
@@ -52,7 +53,8 @@ void AutostartEntry::ensure() const
         QDir().mkpath(QFileInfo(folder).path());
         QDir().mkdir(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    std::ignore = writeFileAtomically(m_path, entry);
+    if (const auto written = writeFileAtomically(m_path, entry); !written)
+        qCWarning(platformLog) << "no autostart entry:" << written.error();
 }
 
 void AutostartEntry::remove() const

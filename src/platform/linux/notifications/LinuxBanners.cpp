@@ -1,5 +1,7 @@
 #include "platform/linux/notifications/LinuxBanners.h"
 
+#include "platform/Log.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -101,10 +103,12 @@ void LinuxBanners::send(const Banner &banner)
                           QStringList{defaultAction, u"Open"_s}, hints, -1});
     call(this, message, [this, handedOver = banner.handedOver](const QDBusPendingCall &answer) {
         const QDBusPendingReply<uint> id = answer;
-        if (id.isError())
+        if (id.isError()) {
+            qCWarning(platformLog) << "a banner was not shown:" << id.error().name();
             m_markup.reset(); // Another daemon may come.
-        else
+        } else {
             remember(id.value());
+        }
         if (handedOver)
             handedOver();
     });
