@@ -12,7 +12,18 @@ namespace morvane {
 
 void ActivityLog::log(const QString &text, ActivityStep::Kind kind)
 {
-    m_steps.append({newUuid(), text, kind, QDateTime::currentDateTimeUtc()});
+    append(text, {}, kind);
+}
+
+void ActivityLog::log(const QString &beginning, const QString &outside, ActivityStep::Kind kind)
+{
+    const QString line = flattened(outside, logTextLimit);
+    append(beginning + line, line == outside ? QString() : beginning + outside, kind);
+}
+
+void ActivityLog::append(const QString &text, const QString &whole, ActivityStep::Kind kind)
+{
+    m_steps.append({newUuid(), text, whole, kind, QDateTime::currentDateTimeUtc()});
     Q_EMIT stepAppended(m_steps.size() - 1);
 }
 

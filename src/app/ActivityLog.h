@@ -19,6 +19,9 @@ public:
     const QList<ActivityStep> &steps() const { return m_steps; }
 
     void log(const QString &text, ActivityStep::Kind kind);
+    /// A line that ends in a text from outside, flattened and cut to the length of a log's line. The whole of
+    /// it stays at hand.
+    void log(const QString &beginning, const QString &outside, ActivityStep::Kind kind);
     /// The line that closes a tool call; `prefix` ("Subagent" or empty) stands before the tool's name.
     void logResult(const AIToolCall &call, const ToolResult &result, const QString &prefix);
     /// The last line of a normal run; `ranTools` in order of first use.
@@ -30,6 +33,8 @@ Q_SIGNALS:
     void cleared();
 
 private:
+    void append(const QString &text, const QString &whole, ActivityStep::Kind kind);
+
     QList<ActivityStep> m_steps;
 };
 

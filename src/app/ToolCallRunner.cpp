@@ -1,7 +1,5 @@
 #include "app/ToolCallRunner.h"
 
-#include "app/LogText.h"
-#include "base/Text.h"
 #include "tools/ToolArguments.h"
 #include "tools/ToolServerPort.h"
 #include "tools/ToolTable.h"
@@ -32,7 +30,7 @@ Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
         if (!permit)
             co_return Result{deniedResult, false};
     } else if (verdict.approval() == ToolVerdict::Approval::automatic) {
-        m_workspace.activity.log(u"Automatically allowed: "_s + verdict.phrase(), ActivityStep::Kind::info);
+        m_workspace.activity.log(u"Automatically allowed: "_s, verdict.phrase(), ActivityStep::Kind::info);
     }
     const bool isServers = toolRoad(verdict.call().name) == ToolRoad::server;
     narrateStart(verdict, caller);
@@ -48,7 +46,7 @@ void ToolCallRunner::narrateStart(const ToolVerdict &verdict, Caller caller)
     if (caller == Caller::subagent) {
         const QString line = u"Subagent: "_s + verdict.phrase();
         m_workspace.status.setStatusText(line);
-        m_workspace.activity.log(line, ActivityStep::Kind::tool);
+        m_workspace.activity.log(u"Subagent: "_s, verdict.phrase(), ActivityStep::Kind::tool);
         return;
     }
     const QString line = u"Running: "_s + verdict.phrase();
@@ -56,7 +54,7 @@ void ToolCallRunner::narrateStart(const ToolVerdict &verdict, Caller caller)
     m_workspace.status.setStatusText(toolRoad(name) == ToolRoad::server ? u"Running "_s + name + u"…"_s
                                                                         : line);
     m_workspace.status.announceProgress(u"Assistant is running: "_s + verdict.phrase() + u'.');
-    m_workspace.activity.log(line, ActivityStep::Kind::tool);
+    m_workspace.activity.log(u"Running: "_s, verdict.phrase(), ActivityStep::Kind::tool);
 }
 
 Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Caller caller)
@@ -66,17 +64,16 @@ Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Cal
     status.setStatusText(u"Waiting for your approval…"_s);
     status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + verdict.phrase() +
                     u". Do you allow it?"_s);
-    m_workspace.activity.log(
-        (subagent ? u"Subagent is waiting for approval to "_s : u"Waiting for approval to "_s) +
-            verdict.phrase(),
-        ActivityStep::Kind::info);
+    m_workspace.activity.log(subagent ? u"Subagent is waiting for approval to "_s
+                                      : u"Waiting for approval to "_s,
+                             verdict.phrase(), ActivityStep::Kind::info);
     std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(verdict);
     if (permit) {
         status.announceProgress(u"Approved. Running the action."_s);
     } else {
         status.announceProgress(subagent ? u"Action denied. The subagent will continue."_s
                                          : u"Action denied. The assistant will continue."_s);
-        m_workspace.activity.log(u"Denied: "_s + verdict.phrase(), ActivityStep::Kind::error);
+        m_workspace.activity.log(u"Denied: "_s, verdict.phrase(), ActivityStep::Kind::error);
     }
     co_return permit;
 }
@@ -87,12 +84,11 @@ Task<QString> ToolCallRunner::askUser(AIToolCall call, Caller caller)
     const QString question = stringArgument(call.arguments.get(), "question");
     m_workspace.status.setStatusText(subagent ? u"Subagent is waiting for your answer…"_s
                                               : u"Waiting for your answer…"_s);
-    m_workspace.activity.log((subagent ? u"Subagent asks you: "_s : u"Asks you: "_s) +
-                                 flattened(question, logTextLimit),
+    m_workspace.activity.log(subagent ? u"Subagent asks you: "_s : u"Asks you: "_s, question,
                              ActivityStep::Kind::info);
     const QString answer = co_await m_workspace.questions.askUserQuestion(
         question, stringListArgument(call.arguments.get(), "options"));
-    m_workspace.activity.log(u"You answered: "_s + flattened(answer, logTextLimit), ActivityStep::Kind::info);
+    m_workspace.activity.log(u"You answered: "_s, answer, ActivityStep::Kind::info);
     co_return answer;
 }
 

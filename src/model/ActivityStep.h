@@ -12,6 +12,7 @@ struct ActivityStep {
 
     QUuid id;
     QString text;
+    QString whole; ///< What the line was made of, where that is more than the line tells; otherwise empty.
     Kind kind = Kind::info;
     QDateTime date;
 

@@ -1,5 +1,6 @@
 #include "ui/conversation/ChatScrollView.h"
 
+#include "ui/controls/LabelText.h"
 #include "ui/markdown/MarkdownParser.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -123,7 +124,9 @@ void ChatScrollView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space:
-        if (row >= 0 && !event->isAutoRepeat()) {
+        if (row >= 0 && !event->isAutoRepeat() && m_current->kind == ConversationItem::Kind::activityHeader) {
+            setActivityFolded(!m_content.isActivityFolded());
+        } else if (row >= 0 && !event->isAutoRepeat()) {
             const QRect rect = rowRect(row).intersected(viewport()->rect());
             openMenu(m_content.item(row), viewport()->mapToGlobal(rect.center()));
         }
@@ -215,6 +218,7 @@ void ChatScrollView::mousePressEvent(QMouseEvent *event)
         return;
     m_pressedAt = position;
     m_pressedLink = hit->link;
+    m_pressedHeader = hit->item.kind == ConversationItem::Kind::activityHeader;
     m_isDragging = true;
     m_showsFocus = false;
     m_current = hit->item;
@@ -257,8 +261,10 @@ void ChatScrollView::mouseMoveEvent(QMouseEvent *event)
         viewport()->setCursor(isOnLink ? Qt::PointingHandCursor : Qt::IBeamCursor);
         return;
     }
-    if ((position - m_pressedAt).manhattanLength() >= QApplication::startDragDistance())
+    if ((position - m_pressedAt).manhattanLength() >= QApplication::startDragDistance()) {
         m_pressedLink.clear();
+        m_pressedHeader = false;
+    }
     extendSelection(position);
     if (viewport()->rect().contains(position))
         m_dragTimer.stop();
@@ -283,7 +289,9 @@ void ChatScrollView::mouseReleaseEvent(QMouseEvent *event)
         return;
     m_isDragging = false;
     m_dragTimer.stop();
-    if (!m_pressedLink.isEmpty())
+    if (std::exchange(m_pressedHeader, false))
+        setActivityFolded(!m_content.isActivityFolded());
+    else if (!m_pressedLink.isEmpty())
         openLink(std::exchange(m_pressedLink, QString()));
     else if (!m_selection.isEmpty() && QGuiApplication::clipboard()->supportsSelection())
         QGuiApplication::clipboard()->setText(selectedText(), QClipboard::Selection);
@@ -303,15 +311,22 @@ void ChatScrollView::timerEvent(QTimerEvent *event)
     }
 }
 
+QString ChatScrollView::toolTipAt(const QPoint &position)
+{
+    const auto hit = hitTest(position, std::nullopt);
+    if (!hit)
+        return {};
+    return labelText(hit->link.isEmpty() ? m_content.whole(hit->item) : hit->link);
+}
+
 bool ChatScrollView::viewportEvent(QEvent *event)
 {
     if (event->type() == QEvent::ToolTip) {
         const auto *help = static_cast<QHelpEvent *>(event);
-        const auto hit = hitTest(help->pos(), std::nullopt);
-        if (hit && !hit->link.isEmpty())
-            QToolTip::showText(help->globalPos(), hit->link.toHtmlEscaped(), viewport());
-        else
-            QToolTip::hideText();
+        const QString text = toolTipAt(help->pos());
+        // As HTML, so that it wraps, and escaped, so that no text brings markup of its own.
+        QToolTip::showText(help->globalPos(),
+                           text.isEmpty() ? text : u"<qt>%1</qt>"_s.arg(text.toHtmlEscaped()), viewport());
         return true;
     }
     return QAbstractScrollArea::viewportEvent(event);

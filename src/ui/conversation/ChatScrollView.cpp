@@ -116,6 +116,27 @@ void ChatScrollView::takeRows()
     Q_EMIT rowsAdded();
 }
 
+void ChatScrollView::setActivityFolded(bool folded)
+{
+    const auto isStep = [](const std::optional<ConversationItem> &item) {
+        return item && item->kind == ConversationItem::Kind::activityStep;
+    };
+    if (folded == m_content.isActivityFolded())
+        return;
+    m_content.setActivityFolded(folded);
+    if (folded && isStep(m_selection.item()))
+        m_selection.clear();
+    if (folded && isStep(m_current))
+        m_current = ConversationItem{.kind = ConversationItem::Kind::activityHeader, .index = 0};
+    m_layout.update();
+    schedule();
+    prepareToTell();
+    if (folded)
+        Q_EMIT stepsFolded();
+    else
+        Q_EMIT rowsAdded();
+}
+
 void ChatScrollView::prepareToTell()
 {
     // Whoever listens must have been made before there is something to hear.

@@ -46,6 +46,8 @@ public:
     qsizetype currentRow() const;
     /// Moves the keyboard to a row and brings it into sight.
     void setCurrentRow(qsizetype row);
+    /// Shows the steps of the activity or their header alone.
+    void setActivityFolded(bool folded);
     /// Where a row stands in the viewport; may lie outside it.
     QRect rowRect(qsizetype row) const;
     /// The row at a place of the viewport, or -1.
@@ -61,9 +63,11 @@ public Q_SLOTS:
     void selectAll();
 
 Q_SIGNALS:
-    /// For assistive technology: rows were replaced, added at their places, or one changed its words.
+    /// For assistive technology: rows were replaced, added at their places, folded away, or one changed its
+    /// words.
     void rowsReset();
     void rowsAdded();
+    void stepsFolded();
     void rowChanged(qsizetype row);
     void currentRowChanged(qsizetype row);
 
@@ -117,6 +121,7 @@ private:
     void extendSelection(const QPoint &position);
     void openMenu(const ConversationItem &item, const QPoint &globalPosition);
     void openLink(const QString &address);
+    QString toolTipAt(const QPoint &position);
 
     ConversationContent m_content;
     ConversationLayout m_layout;
@@ -144,6 +149,7 @@ private:
     QBasicTimer m_tripleClickTimer;
     QPoint m_pressedAt;
     QString m_pressedLink;
+    bool m_pressedHeader = false;
     bool m_isDragging = false;
 };
 

@@ -24,6 +24,7 @@ ChatScrollViewAccessible::ChatScrollViewAccessible(ChatScrollView *view)
     m_connections = {
         QObject::connect(view, &ChatScrollView::rowsReset, view, [this] { forgetRows(); }),
         QObject::connect(view, &ChatScrollView::rowsAdded, view, [this] { tellAdded(); }),
+        QObject::connect(view, &ChatScrollView::stepsFolded, view, [this] { forgetSteps(); }),
         QObject::connect(view, &ChatScrollView::currentRowChanged, view,
                          [this](qsizetype row) { tellFocus(row); }),
         QObject::connect(view, &ChatScrollView::rowChanged, view,
@@ -89,15 +90,32 @@ QAccessibleInterface *ChatScrollViewAccessible::focusChild() const
     return QAccessibleWidget::focusChild();
 }
 
+void ChatScrollViewAccessible::forget(QAccessible::Id id)
+{
+    if (QAccessibleInterface *row = QAccessible::accessibleInterface(id)) {
+        QAccessibleEvent event(row, QAccessible::ObjectDestroyed);
+        QAccessible::updateAccessibility(&event);
+    }
+    QAccessible::deleteAccessibleInterface(id);
+}
+
+void ChatScrollViewAccessible::forgetSteps()
+{
+    for (auto row = m_rows.begin(); row != m_rows.end();) {
+        if (row.key().kind == ConversationItem::Kind::activityStep) {
+            forget(*row);
+            row = m_rows.erase(row);
+        } else {
+            ++row;
+        }
+    }
+    m_activity = m_view->content().activityCount();
+}
+
 void ChatScrollViewAccessible::forgetRows()
 {
-    for (const QAccessible::Id id : std::exchange(m_rows, {})) {
-        if (QAccessibleInterface *row = QAccessible::accessibleInterface(id)) {
-            QAccessibleEvent event(row, QAccessible::ObjectDestroyed);
-            QAccessible::updateAccessibility(&event);
-        }
-        QAccessible::deleteAccessibleInterface(id);
-    }
+    for (const QAccessible::Id id : std::exchange(m_rows, {}))
+        forget(id);
     m_messages = 0;
     m_activity = 0;
     tellAdded();

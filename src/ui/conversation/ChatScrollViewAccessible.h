@@ -28,6 +28,8 @@ public:
     QAccessibleInterface *focusChild() const override;
 
 private:
+    static void forget(QAccessible::Id id);
+    void forgetSteps();
     void forgetRows();
     void tellAdded();
     void tellFocus(qsizetype row) const;

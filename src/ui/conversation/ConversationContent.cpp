@@ -23,8 +23,13 @@ qsizetype ConversationContent::completedCount() const
 
 qsizetype ConversationContent::activityCount() const
 {
-    const qsizetype steps = m_activity.steps().size();
-    return steps == 0 ? 0 : steps + 1;
+    const qsizetype steps = stepCount();
+    return steps == 0 || m_isActivityFolded ? qMin<qsizetype>(steps, 1) : steps + 1;
+}
+
+qsizetype ConversationContent::stepCount() const
+{
+    return m_activity.steps().size();
 }
 
 bool ConversationContent::hasActiveResponse() const
@@ -98,6 +103,11 @@ QString ConversationContent::accessibleName(const ConversationItem &item) const
     Q_UNREACHABLE();
 }
 
+QString ConversationContent::whole(const ConversationItem &item) const
+{
+    return item.kind == Kind::activityStep ? step(item).whole : QString();
+}
+
 QString ConversationContent::copyText(const ConversationItem &item) const
 {
     switch (item.kind) {
@@ -106,7 +116,7 @@ QString ConversationContent::copyText(const ConversationItem &item) const
     case Kind::activityHeader:
         return accessibleName(item);
     case Kind::activityStep:
-        return step(item).text;
+        return step(item).whole.isEmpty() ? step(item).text : step(item).whole;
     }
     Q_UNREACHABLE();
 }

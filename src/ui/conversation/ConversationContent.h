@@ -12,7 +12,7 @@ class ActivityLog;
 class Transcript;
 
 /// The rows of the conversation view in their order: the completed messages, the activity of the request
-/// (a header and its steps), the response that grows. Holds no state of its own.
+/// (a header and, unless they are folded, its steps), the response that grows.
 class ConversationContent {
 public:
     /// Both must outlive the content.
@@ -25,8 +25,12 @@ public:
     qsizetype messageCount() const;
     /// Number of messages above the activity: all but a last one of the assistant.
     qsizetype completedCount() const;
-    /// Number of rows of the activity section; 0 without steps, otherwise one more than steps.
+    /// Number of rows of the activity section; 0 without steps, 1 while they are folded, otherwise one more
+    /// than steps.
     qsizetype activityCount() const;
+    qsizetype stepCount() const;
+    bool isActivityFolded() const { return m_isActivityFolded; }
+    void setActivityFolded(bool folded) { m_isActivityFolded = folded; }
     bool hasActiveResponse() const;
 
     ConversationItem item(qsizetype position) const;
@@ -40,6 +44,8 @@ public:
     QString text(const ConversationItem &item) const;
     /// What a screen reader speaks for the row.
     QString accessibleName(const ConversationItem &item) const;
+    /// All of what a row tells only a part of; empty where the row tells everything.
+    QString whole(const ConversationItem &item) const;
     /// What the action "Copy" puts on the clipboard.
     QString copyText(const ConversationItem &item) const;
     /// Whether the row can be read again.
@@ -56,6 +62,7 @@ public:
 private:
     const Transcript &m_transcript;
     const ActivityLog &m_activity;
+    bool m_isActivityFolded = false;
 };
 
 } // namespace morvane

@@ -83,7 +83,7 @@ SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsiz
         frame.gap = layout.part != RowPart::body && segment.startsBlock ? gap / 2 : 0;
         break;
     case TextSegment::Kind::markdown:
-        frame.gap = gap;
+        frame.gap = index > 0 ? m_style.gapAbove(segment.joint) : 0;
         break;
     case TextSegment::Kind::code:
         frame.gap = segment.startsBlock ? gap : 0;

@@ -102,6 +102,10 @@ void ConversationLayout::update()
         m_messages.emplaceBack();
         m_messageHeights.append(estimatedRowHeight(item));
     }
+    if (m_activity.size() > m_content.activityCount()) {
+        m_activity.resize(m_content.activityCount());
+        m_activityHeights.truncate(m_activity.size());
+    }
     while (m_activity.size() < m_content.activityCount()) {
         const bool isHeader = m_activity.isEmpty();
         const ConversationItem item{.kind = isHeader ? Kind::activityHeader : Kind::activityStep,
@@ -171,8 +175,9 @@ qsizetype ConversationLayout::rowAt(int y) const
     if (y < completedBottom || m_content.count() == completed)
         return qMin(m_messageHeights.rowAt(y - m_style.endGap), completed - 1);
     const qsizetype activity = m_content.activityCount();
-    if (activity > 0 && (y < completedBottom + m_activityHeights.total() || !m_content.hasActiveResponse()))
-        return completed + m_activityHeights.rowAt(y - completedBottom);
+    const int activityHeight = m_activityHeights.top(activity);
+    if (activity > 0 && (y < completedBottom + activityHeight || !m_content.hasActiveResponse()))
+        return completed + qMin(m_activityHeights.rowAt(y - completedBottom), activity - 1);
     return m_content.count() - 1;
 }
 

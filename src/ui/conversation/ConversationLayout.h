@@ -30,7 +30,7 @@ public:
 
     /// Forgets everything and takes the rows as they are now.
     void reset();
-    /// Takes the rows that were added since.
+    /// Takes the rows that were added since, and drops the steps that were folded.
     void update();
     /// The text of a streaming message grew.
     void grow(const ConversationItem &item);

@@ -99,11 +99,13 @@ void ConversationPainter::paintActivity(QPainter &painter, const ConversationIte
     if (item.kind == Kind::activityHeader) {
         drawSymbol(painter, Symbol::list, style().colors.secondaryText, {symbolLeft, symbolTop},
                    style().symbolSize);
-        const QRect count(frame.left, top + frame.top, frame.width, style().captionLineHeight);
+        const int side = style().symbolSize;
+        paintFoldMark(painter, {frame.left + frame.width - side, symbolTop}, side);
+        const QRect count(frame.left, top + frame.top, frame.width - side - style().markGap / 2,
+                          style().captionLineHeight);
         painter.setFont(style().captionFont);
         painter.setPen(style().colors.secondaryText);
-        painter.drawText(count, Qt::AlignRight | Qt::AlignVCenter,
-                         QString::number(content.activityCount() - 1));
+        painter.drawText(count, Qt::AlignRight | Qt::AlignVCenter, QString::number(content.stepCount()));
         return;
     }
     const ActivityStep &step = content.step(item);
@@ -115,6 +117,16 @@ void ConversationPainter::paintActivity(QPainter &painter, const ConversationIte
     painter.setFont(style().captionFont);
     painter.setPen(style().colors.secondaryText);
     painter.drawText(time, Qt::AlignRight | Qt::AlignVCenter, ConversationContent::timeText(step));
+}
+
+void ConversationPainter::paintFoldMark(QPainter &painter, const QPoint &at, int side) const
+{
+    painter.save();
+    painter.translate(at + QPointF(side, side) / 2);
+    if (m_layout.content().isActivityFolded())
+        painter.rotate(-90);
+    drawSymbol(painter, Symbol::chevronDown, style().colors.secondaryText, {-side / 2, -side / 2}, side);
+    painter.restore();
 }
 
 void ConversationPainter::paintSegments(QPainter &painter, const ConversationItem &item, int top,

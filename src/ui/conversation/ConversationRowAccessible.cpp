@@ -1,8 +1,11 @@
 #include "ui/conversation/ConversationRowAccessible.h"
 
+#include "ui/controls/LabelText.h"
 #include "ui/conversation/ChatScrollView.h"
 
 #include <QWindow>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 
@@ -34,10 +37,19 @@ QString ConversationRowAccessible::text(QAccessible::Text text) const
     case QAccessible::Name:
         return m_view->content().accessibleName(m_item);
     case QAccessible::Description:
-        return m_view->actions().hint(m_item);
+        return description();
     default:
         return {};
     }
+}
+
+QString ConversationRowAccessible::description() const
+{
+    if (isHeader())
+        return u"Press Space to show or hide the steps."_s;
+    const QString whole = labelText(m_view->content().whole(m_item));
+    const QString hint = m_view->actions().hint(m_item);
+    return whole.isEmpty() ? hint : whole + u". "_s + hint;
 }
 
 QRect ConversationRowAccessible::rect() const
@@ -50,8 +62,7 @@ QRect ConversationRowAccessible::rect() const
 
 QAccessible::Role ConversationRowAccessible::role() const
 {
-    return m_item.kind == ConversationItem::Kind::activityHeader ? QAccessible::Heading
-                                                                 : QAccessible::ListItem;
+    return isHeader() ? QAccessible::Heading : QAccessible::ListItem;
 }
 
 QAccessible::State ConversationRowAccessible::state() const
@@ -63,6 +74,9 @@ QAccessible::State ConversationRowAccessible::state() const
     }
     const QRect rect = m_view->rowRect(row());
     state.focusable = true;
+    state.expandable = isHeader();
+    state.expanded = isHeader() && !m_view->content().isActivityFolded();
+    state.collapsed = isHeader() && m_view->content().isActivityFolded();
     state.readOnly = true;
     state.focused = m_view->hasFocus() && m_view->currentRow() == row();
     state.offscreen = !rect.intersects(m_view->viewport()->rect());
@@ -78,12 +92,16 @@ void *ConversationRowAccessible::interface_cast(QAccessible::InterfaceType type)
 
 QStringList ConversationRowAccessible::actionNames() const
 {
+    if (isValid() && isHeader())
+        return {pressAction()};
     return isValid() ? m_view->actions().names(m_item) : QStringList();
 }
 
 void ConversationRowAccessible::doAction(const QString &name)
 {
-    if (isValid())
+    if (isValid() && isHeader())
+        m_view->setActivityFolded(!m_view->content().isActivityFolded());
+    else if (isValid())
         m_view->actions().perform(name, m_item);
 }
 

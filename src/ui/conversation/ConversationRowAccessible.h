@@ -39,6 +39,8 @@ public:
 
 private:
     qsizetype row() const;
+    bool isHeader() const { return m_item.kind == ConversationItem::Kind::activityHeader; }
+    QString description() const;
 
     QPointer<ChatScrollView> m_view;
     ConversationItem m_item;

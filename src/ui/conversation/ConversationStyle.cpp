@@ -24,6 +24,21 @@ QFont scaled(QFont font, double factor)
 
 } // namespace
 
+int ConversationStyle::gapAbove(TextSegment::Joint joint) const
+{
+    switch (joint) {
+    case TextSegment::Joint::line:
+        return 0;
+    case TextSegment::Joint::item:
+        return segmentGap / 3;
+    case TextSegment::Joint::block:
+        return segmentGap;
+    case TextSegment::Joint::heading:
+        return segmentGap * 3 / 2;
+    }
+    Q_UNREACHABLE();
+}
+
 ConversationStyle::ConversationStyle(const QFont &base, const QPalette &palette)
     : font(scaled(base, textScale)), captionFont(scaled(base, captionScale)),
       colors(ThemeColors::fromPalette(palette))

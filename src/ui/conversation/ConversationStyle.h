@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/markdown/TextSegment.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QFont>
@@ -36,6 +37,9 @@ struct ConversationStyle {
 
     static constexpr int bubbleRadius = 15;
     static constexpr int codeRadius = 8;
+
+    /// The space above a segment of formatted text that stands below another.
+    int gapAbove(TextSegment::Joint joint) const;
 
     ConversationStyle() = default;
     ConversationStyle(const QFont &font, const QPalette &palette);

@@ -11,6 +11,13 @@ void HeightIndex::clear()
     m_valid = 0;
 }
 
+void HeightIndex::truncate(qsizetype count)
+{
+    m_heights.resize(static_cast<std::size_t>(count));
+    m_tops.resize(static_cast<std::size_t>(count) + 1);
+    m_valid = qMin(m_valid, count);
+}
+
 void HeightIndex::append(int height)
 {
     m_heights.push_back(height);

@@ -13,6 +13,8 @@ public:
     qsizetype count() const { return static_cast<qsizetype>(m_heights.size()); }
     void clear();
     void append(int height);
+    /// Drops all rows but the first `count`.
+    void truncate(qsizetype count);
     void setHeight(qsizetype row, int height);
 
     int height(qsizetype row) const { return m_heights[static_cast<std::size_t>(row)]; }

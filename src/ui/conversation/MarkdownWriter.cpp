@@ -15,6 +15,16 @@ namespace {
 constexpr qsizetype tableColumnLimit = 24;
 constexpr qsizetype tableCellLimit = 400;
 
+/// Of a block without text, which takes the height of its font otherwise.
+QTextCharFormat flat()
+{
+    QFont font;
+    font.setPixelSize(1);
+    QTextCharFormat format;
+    format.setFont(font);
+    return format;
+}
+
 Qt::Alignment alignmentOf(MarkdownCell::Alignment alignment)
 {
     switch (alignment) {
@@ -40,13 +50,14 @@ MarkdownWriter::MarkdownWriter(QTextDocument &document, const ConversationStyle 
 void MarkdownWriter::write(const QList<MarkdownBlock> &blocks)
 {
     m_cursor.beginEditBlock();
-    for (const MarkdownBlock &block : blocks) {
+    for (qsizetype i = 0; i < blocks.size(); ++i) {
+        const MarkdownBlock &block = blocks.at(i);
         switch (block.kind) {
         case MarkdownBlock::Kind::rule:
             writeRule();
             break;
         case MarkdownBlock::Kind::table:
-            writeTable(block);
+            writeTable(block, i + 1 < blocks.size() ? gapAbove(blocks.at(i + 1)) : 0);
             break;
         case MarkdownBlock::Kind::paragraph:
         case MarkdownBlock::Kind::heading:
@@ -70,12 +81,17 @@ void MarkdownWriter::startBlock(const QTextBlockFormat &format, const QTextCharF
     m_isBlockUsed = true;
 }
 
+int MarkdownWriter::gapAbove(const MarkdownBlock &block) const
+{
+    using Joint = TextSegment::Joint;
+    const bool isHeading = block.kind == MarkdownBlock::Kind::heading;
+    return m_style.gapAbove(block.isTight ? Joint::item : isHeading ? Joint::heading : Joint::block);
+}
+
 QTextBlockFormat MarkdownWriter::blockFormat(const MarkdownBlock &block) const
 {
     QTextBlockFormat format;
-    const int gap =
-        block.kind == MarkdownBlock::Kind::heading ? m_style.segmentGap * 3 / 2 : m_style.segmentGap;
-    format.setTopMargin(m_isFirst ? 0 : block.isTight ? m_style.segmentGap / 3 : gap);
+    format.setTopMargin(m_isFirst ? 0 : gapAbove(block));
     format.setLineHeight(112, QTextBlockFormat::ProportionalHeight);
     format.setIndent(block.indent);
     if (!block.marker.isEmpty()) {
@@ -138,6 +154,8 @@ void MarkdownWriter::writeRuns(QTextCursor &cursor, const QList<MarkdownRun> &ru
             format.setFontItalic(true);
         if (run.style.testFlag(MarkdownRun::strikethrough))
             format.setFontStrikeOut(true);
+        if (run.style.testFlag(MarkdownRun::aside))
+            format.setForeground(m_style.colors.secondaryText);
         if (!run.link.isEmpty()) {
             format.setAnchor(true);
             format.setAnchorHref(run.link);
@@ -153,12 +171,13 @@ void MarkdownWriter::writeRule()
 {
     QTextBlockFormat format;
     format.setTopMargin(m_isFirst ? 0 : m_style.segmentGap);
+    format.setBottomMargin(m_style.segmentGap / 3);
     format.setBackground(m_style.colors.border);
     format.setLineHeight(1, QTextBlockFormat::FixedHeight);
-    startBlock(format, {});
+    startBlock(format, flat());
 }
 
-void MarkdownWriter::writeTable(const MarkdownBlock &block)
+void MarkdownWriter::writeTable(const MarkdownBlock &block, int gapBelow)
 {
     qsizetype columns = 0;
     for (const auto &row : block.rows)
@@ -179,7 +198,8 @@ void MarkdownWriter::writeTable(const MarkdownBlock &block)
     format.setCellSpacing(0);
     format.setCellPadding(m_style.segmentGap * 0.6);
     format.setTopMargin(m_isFirst ? 1 : m_style.segmentGap);
-    format.setBottomMargin(m_style.segmentGap / 2);
+    // The toolkit leaves out the upper margin of what follows a table.
+    format.setBottomMargin(gapBelow);
     format.setLeftMargin(1);
     QTextTable *table =
         m_cursor.insertTable(static_cast<int>(block.rows.size()), static_cast<int>(columns), format);
@@ -206,6 +226,7 @@ void MarkdownWriter::writeTable(const MarkdownBlock &block)
     QTextBlockFormat nothing;
     nothing.setLineHeight(1, QTextBlockFormat::FixedHeight);
     m_cursor.setBlockFormat(nothing);
+    m_cursor.setBlockCharFormat(flat());
     m_isBlockUsed = false;
 }
 

@@ -22,7 +22,9 @@ private:
     void writeText(const MarkdownBlock &block);
     void writeRuns(QTextCursor &cursor, const QList<MarkdownRun> &runs, const QTextCharFormat &base) const;
     void writeRule();
-    void writeTable(const MarkdownBlock &block);
+    /// The space below a table is its own: it is what the block behind it wants above itself.
+    void writeTable(const MarkdownBlock &block, int gapBelow);
+    int gapAbove(const MarkdownBlock &block) const;
     void writeTableAsText(const MarkdownBlock &block);
     void startBlock(const QTextBlockFormat &format, const QTextCharFormat &characters);
     QTextBlockFormat blockFormat(const MarkdownBlock &block) const;

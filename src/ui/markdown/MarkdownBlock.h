@@ -8,11 +8,11 @@ namespace morvane {
 
 /// A stretch of text in one style.
 struct MarkdownRun {
-    enum StyleFlag { none = 0, bold = 1, italic = 2, code = 4, strikethrough = 8 };
+    enum StyleFlag { none = 0, bold = 1, italic = 2, code = 4, strikethrough = 8, aside = 16 };
     Q_DECLARE_FLAGS(Style, StyleFlag)
 
     QString text;
-    Style style;
+    Style style;  ///< An aside is not in the source: where a link leads.
     QString link; ///< A http, https or mailto address; empty for plain text.
 
     bool operator==(const MarkdownRun &) const = default;

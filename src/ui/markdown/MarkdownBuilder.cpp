@@ -3,6 +3,7 @@
 #include "ui/markdown/MarkdownParser.h"
 
 #include <QTextDocumentFragment>
+#include <QUrl>
 
 #include <utility>
 
@@ -166,10 +167,10 @@ void MarkdownBuilder::enterSpan(MD_SPANTYPE type, const void *detail)
         ++m_strikethrough;
         break;
     case MD_SPAN_A:
-        m_links.append(attributeText(static_cast<const MD_SPAN_A_DETAIL *>(detail)->href));
+        m_links.append({attributeText(static_cast<const MD_SPAN_A_DETAIL *>(detail)->href), {}});
         break;
     case MD_SPAN_IMG:
-        m_links.append(attributeText(static_cast<const MD_SPAN_IMG_DETAIL *>(detail)->src));
+        m_links.append({attributeText(static_cast<const MD_SPAN_IMG_DETAIL *>(detail)->src), {}});
         break;
     default:
         break;
@@ -193,7 +194,7 @@ void MarkdownBuilder::leaveSpan(MD_SPANTYPE type)
         break;
     case MD_SPAN_A:
     case MD_SPAN_IMG:
-        m_links.removeLast();
+        leaveLink();
         break;
     default:
         break;
@@ -225,8 +226,26 @@ void MarkdownBuilder::addRun(const QString &text)
     if (!m_inTable && !m_isOpen)
         beginBlock(MarkdownBlock::Kind::paragraph);
     MarkdownRun run{.text = text, .style = style(), .link = {}};
-    if (!m_links.isEmpty() && isSafeLink(m_links.last()))
-        run.link = m_links.last();
+    for (Link &link : m_links)
+        link.text += text;
+    if (!m_links.isEmpty() && isSafeLink(m_links.last().address))
+        run.link = m_links.last().address;
+    append(std::move(run));
+}
+
+void MarkdownBuilder::leaveLink()
+{
+    const Link link = m_links.takeLast();
+    if (!isSafeLink(link.address) || link.text.isEmpty())
+        return;
+    const QUrl url(link.address, QUrl::StrictMode);
+    const QString place = url.host().isEmpty() ? url.path() : url.host(QUrl::FullyEncoded);
+    if (!link.text.contains(place, Qt::CaseInsensitive))
+        append({.text = u" ("_s + place + u')', .style = MarkdownRun::aside, .link = {}});
+}
+
+void MarkdownBuilder::append(MarkdownRun run)
+{
     auto &runs = m_inTable ? m_blocks.last().rows.last().last().runs : m_blocks.last().runs;
     if (!runs.isEmpty() && runs.last().style == run.style && runs.last().link == run.link)
         runs.last().text += run.text;

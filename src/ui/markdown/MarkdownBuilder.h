@@ -27,6 +27,13 @@ private:
         bool isTight = false;
     };
 
+    struct Link {
+        QString address;
+        QString text; ///< That stands for it.
+    };
+
+    void leaveLink();
+    void append(MarkdownRun run);
     void beginBlock(MarkdownBlock::Kind kind);
     void endBlock();
     void enterItem(const MD_BLOCK_LI_DETAIL &detail);
@@ -35,7 +42,7 @@ private:
 
     QList<MarkdownBlock> m_blocks;
     QList<List> m_lists;
-    QList<QString> m_links;
+    QList<Link> m_links;
     QString m_pendingMarker;
     int m_quotes = 0;
     int m_bold = 0;

@@ -19,6 +19,16 @@ qsizetype leadingCount(QStringView text, QChar mark)
     return end - text.begin();
 }
 
+/// As many as the number of a list item may have.
+qsizetype leadingDigits(QStringView text)
+{
+    constexpr qsizetype most = 9;
+    qsizetype digits = 0;
+    while (digits < text.size() && digits < most && text.at(digits) >= u'0' && text.at(digits) <= u'9')
+        ++digits;
+    return digits;
+}
+
 int nextColumn(int column, QChar character)
 {
     return character == u'\t' ? (column / tabWidth + 1) * tabWidth : column + 1;
@@ -49,12 +59,16 @@ bool MarkdownLine::isListItem() const
     const QChar first = trimmed.front();
     if (first == u'-' || first == u'*' || first == u'+')
         return trimmed.size() == 1 || isBlankCharacter(trimmed.at(1));
-    qsizetype digits = 0;
-    while (digits < trimmed.size() && digits < 9 && trimmed.at(digits) >= u'0' && trimmed.at(digits) <= u'9')
-        ++digits;
+    const qsizetype digits = leadingDigits(trimmed);
     if (digits == 0 || digits >= trimmed.size() || (trimmed.at(digits) != u'.' && trimmed.at(digits) != u')'))
         return false;
     return digits + 1 == trimmed.size() || isBlankCharacter(trimmed.at(digits + 1));
+}
+
+std::optional<int> MarkdownLine::itemNumber() const
+{
+    const qsizetype digits = leadingDigits(trimmed);
+    return isListItem() && digits > 0 ? std::optional(trimmed.first(digits).toInt()) : std::nullopt;
 }
 
 bool MarkdownLine::isHeading() const

@@ -17,6 +17,8 @@ struct MarkdownLine {
 
     bool isBlank() const { return trimmed.isEmpty(); }
     bool isListItem() const;
+    /// The number of an item of an ordered list.
+    std::optional<int> itemNumber() const;
     bool isHeading() const;
     bool isTableDelimiter() const;
     /// Lines that begin with three backticks are never shown, whether they open, close or do neither.

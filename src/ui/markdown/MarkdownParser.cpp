@@ -11,6 +11,9 @@ namespace morvane {
 
 namespace {
 
+/// Stands for a tilde that strikes nothing while the library reads; no text has it, since it is no character.
+constexpr char16_t plainTilde = 0xfdd2;
+
 MarkdownBuilder &builder(void *userData)
 {
     return *static_cast<MarkdownBuilder *>(userData);
@@ -42,8 +45,56 @@ int leaveSpan(MD_SPANTYPE type, void *, void *userData)
 
 int addText(MD_TEXTTYPE type, const MD_CHAR *text, MD_SIZE size, void *userData)
 {
-    builder(userData).addText(type, QString::fromUtf8(text, size));
+    builder(userData).addText(type, QString::fromUtf8(text, size).replace(QChar(plainTilde), u'~'));
     return 0;
+}
+
+bool isAddress(QStringView word)
+{
+    return word.contains(u"://"_s) || word.startsWith(u"www."_s) || word.contains(u'@');
+}
+
+/// The library strikes between single tildes too, but "3~5 days for 10~20 people" means them. In an address a
+/// tilde strikes nothing, and there it has to stay what it is.
+void keepSingleTildes(QString &source)
+{
+    source.replace(QChar(plainTilde), QChar::ReplacementCharacter);
+    const auto isTilde = [&source](qsizetype at) {
+        return at >= 0 && at < source.size() && source[at] == u'~';
+    };
+    const auto isBlank = [&source](qsizetype at) {
+        return at < 0 || at == source.size() || source[at].isSpace();
+    };
+    qsizetype wordStart = 0;
+    for (qsizetype at = source.indexOf(u'~'); at >= 0; at = source.indexOf(u'~', at + 1)) {
+        if (isTilde(at - 1) || isTilde(at + 1))
+            continue;
+        qsizetype from = at;
+        while (from > wordStart && !isBlank(from - 1))
+            --from;
+        qsizetype end = at;
+        while (!isBlank(end))
+            ++end;
+        const bool keeps = isAddress(QStringView(source).sliced(from, end - from));
+        for (qsizetype i = at; i < end; ++i)
+            if (source[i] == u'~' && !keeps && !isTilde(i - 1) && !isTilde(i + 1))
+                source[i] = QChar(plainTilde);
+        wordStart = end;
+        at = end - 1;
+    }
+}
+
+/// "[^1]: word" is a footnote to the eye, but a link's definition, which is not shown, to the library.
+void keepFootnotes(QString &source)
+{
+    for (qsizetype at = source.indexOf(u"[^"_s); at >= 0; at = source.indexOf(u"[^"_s, at + 3)) {
+        const qsizetype lineStart = source.lastIndexOf(u'\n', at) + 1;
+        const bool startsLine = QStringView(source).sliced(lineStart, at - lineStart).trimmed().isEmpty();
+        const qsizetype lineEnd = source.indexOf(u'\n', at);
+        const QStringView line = QStringView(source).sliced(at, (lineEnd < 0 ? source.size() : lineEnd) - at);
+        if (startsLine && line.contains(u"]:"_s))
+            source.insert(at, u'\\');
+    }
 }
 
 QString runsText(const QList<MarkdownRun> &runs)
@@ -67,7 +118,10 @@ QList<MarkdownBlock> parseMarkdown(QStringView source)
                                .text = addText,
                                .debug_log = nullptr,
                                .syntax = nullptr};
-    const QByteArray bytes = source.toUtf8();
+    QString text = source.toString();
+    keepSingleTildes(text);
+    keepFootnotes(text);
+    const QByteArray bytes = text.toUtf8();
     MarkdownBuilder result;
     if (md_parse(bytes.constData(), static_cast<MD_SIZE>(bytes.size()), &parser, &result) != 0) {
         MarkdownBlock plain;

@@ -1,6 +1,7 @@
 #include "ui/markdown/MarkdownSegmenter.h"
 
 #include "ui/markdown/LayoutCost.h"
+#include "ui/markdown/MarkdownParser.h"
 #include "ui/markdown/PlainTextSegmenter.h"
 
 namespace morvane {
@@ -106,7 +107,7 @@ void MarkdownSegmenter::addCodeLine(qsizetype from, qsizetype end)
         m_from = -1;
     }
     if (m_from < 0)
-        start(from);
+        start(from, {});
     while (isFull())
         cutWithinLine(end, TextSegment::Kind::code);
     m_end = end;
@@ -142,17 +143,25 @@ void MarkdownSegmenter::addTextLine(const MarkdownLine &line, qsizetype from, qs
     }
     noteReference(line);
     noteTable(line, from);
+    noteItem(line);
+    const Rank rank = rankBefore(line);
+    const Opening opening = openingOf(line, rank);
     if (m_from < 0) {
-        start(from);
+        start(from, opening);
     } else {
         const bool isTableBody = m_tableHead >= 0 && from > m_tableDelimiter;
-        m_cuts[rankBefore(line)] = {
-            .at = from, .line = m_line, .cost = m_cost, .tableHead = isTableBody ? m_tableHead : -1};
+        m_cuts[rank] = {.at = from,
+                        .line = m_line,
+                        .cost = m_cost,
+                        .tableHead = isTableBody ? m_tableHead : -1,
+                        .opening = opening};
     }
-    if (line.isListItem())
+    if (line.isListItem()) {
         m_inList = true;
-    else if (line.isHeading() || (m_afterBlank && line.indent == 0))
+    } else if (line.isHeading() || (m_afterBlank && line.indent == 0)) {
         m_inList = false;
+        m_itemNumber = -1;
+    }
     m_afterBlank = false;
     m_afterHeading = line.isHeading();
     while (isFull())
@@ -177,7 +186,9 @@ void MarkdownSegmenter::noteReference(const MarkdownLine &line)
 {
     const bool isDefinition =
         line.indent < codeIndent && line.trimmed.startsWith(u'[') && line.trimmed.indexOf(u"]:") > 1;
-    if (isDefinition && m_result.references.size() + line.trimmed.size() < referencesLimit) {
+    // What only looks like one is text, and must not be repeated below every segment.
+    if (isDefinition && m_result.references.size() + line.trimmed.size() < referencesLimit &&
+        parseMarkdown(line.trimmed).isEmpty()) {
         m_result.references += line.trimmed;
         m_result.references += u'\n';
     }
@@ -194,9 +205,33 @@ MarkdownSegmenter::Rank MarkdownSegmenter::rankBefore(const MarkdownLine &line) 
     return m_afterBlank || m_afterHeading || line.isHeading() ? betweenBlocks : betweenLines;
 }
 
-void MarkdownSegmenter::start(qsizetype from)
+void MarkdownSegmenter::noteItem(const MarkdownLine &line)
+{
+    if (!line.isListItem() || line.indent - m_indent > 1)
+        return;
+    const std::optional<int> number = line.itemNumber();
+    const bool goesOn = m_inList && m_itemNumber >= 0;
+    m_itemNumber = !number ? -1 : goesOn ? m_itemNumber + 1 : *number;
+}
+
+MarkdownSegmenter::Opening MarkdownSegmenter::openingOf(const MarkdownLine &line, Rank rank) const
+{
+    using Joint = TextSegment::Joint;
+    const bool isTopItem = line.isListItem() && line.indent - m_indent <= 1;
+    Opening opening{.joint = Joint::line, .number = isTopItem ? m_itemNumber : -1};
+    if (line.isHeading())
+        opening.joint = Joint::heading;
+    else if (rank == betweenBlocks || m_afterBlank)
+        opening.joint = Joint::block;
+    else if (line.isListItem())
+        opening.joint = Joint::item;
+    return opening;
+}
+
+void MarkdownSegmenter::start(qsizetype from, const Opening &opening)
 {
     m_from = from;
+    m_begins = opening;
     m_firstLine = m_line;
     m_firstCost = m_cost;
 }
@@ -211,6 +246,7 @@ void MarkdownSegmenter::cutWithinLine(qsizetype end, TextSegment::Kind kind)
     const QStringView rest = m_text.sliced(m_from, end - m_from);
     const qsizetype length = cutPosition(rest, affordableLength(rest, segmentLimit));
     append(m_from, m_from + length, kind);
+    m_begins = {.joint = TextSegment::Joint::line, .number = -1};
     m_firstCost += layoutCost(rest.first(length));
     m_firstLine = m_line;
     m_from += length;
@@ -226,6 +262,7 @@ void MarkdownSegmenter::cut(qsizetype end)
             m_firstLine = best.line;
             m_firstCost = best.cost;
             m_opening = best.tableHead;
+            m_begins = best.opening;
             return;
         }
     }
@@ -251,6 +288,8 @@ void MarkdownSegmenter::append(qsizetype from, qsizetype end, TextSegment::Kind 
                               .length = end - from,
                               .opening = m_opening,
                               .kind = kind,
+                              .joint = m_begins.joint,
+                              .number = m_begins.number,
                               .indent = static_cast<quint8>(qMin(indent, 255))});
 }
 

@@ -27,12 +27,18 @@ public:
 private:
     explicit MarkdownSegmenter(QStringView text) : m_text(text) {}
 
+    /// How a segment begins; see TextSegment.
+    struct Opening {
+        TextSegment::Joint joint = TextSegment::Joint::block;
+        int number = -1;
+    };
     /// A line before which the segment under way may end.
     struct Cut {
         qsizetype at = -1;
         qsizetype line = 0;
         qsizetype cost = 0;
         qsizetype tableHead = -1;
+        Opening opening;
     };
     /// How well a segment ends before a line, best last.
     enum Rank { betweenLines, betweenItems, betweenBlocks, rankCount };
@@ -46,7 +52,9 @@ private:
     void noteReference(const MarkdownLine &line);
     bool opensIndentedCode(const MarkdownLine &line) const;
     Rank rankBefore(const MarkdownLine &line) const;
-    void start(qsizetype from);
+    void noteItem(const MarkdownLine &line);
+    Opening openingOf(const MarkdownLine &line, Rank rank) const;
+    void start(qsizetype from, const Opening &opening);
     bool isFull() const;
     void cut(qsizetype end);
     void cutWithinLine(qsizetype end, TextSegment::Kind kind);
@@ -70,6 +78,8 @@ private:
     qsizetype m_opening = -1;   ///< Of the segments under way, see TextSegment::opening.
     qsizetype m_firstCode = -1; ///< Index of the first segment of the code block under way.
 
+    Opening m_begins;      ///< Of the segment under way.
+    int m_itemNumber = -1; ///< Of the ordered list's item under way; -1 outside of one.
     bool m_inList = false;
     bool m_afterBlank = true;
     bool m_afterHeading = false;

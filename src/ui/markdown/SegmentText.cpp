@@ -30,6 +30,17 @@ MarkdownLine lineAt(QStringView text, qsizetype from)
     return MarkdownLine(text.sliced(from, (end < 0 ? text.size() : end) - from));
 }
 
+/// Gives the list item that begins at `at` its place in the whole list: sources often number all items "1.".
+void setItemNumber(QString &source, qsizetype at, int number)
+{
+    while (at < source.size() && source[at].isSpace())
+        ++at;
+    qsizetype end = at;
+    while (end < source.size() && source[end].isDigit())
+        ++end;
+    source.replace(at, end - at, QString::number(number));
+}
+
 QString shownLines(QStringView text, const TextSegment &segment)
 {
     QString lines;
@@ -57,7 +68,10 @@ QString markdownSource(QStringView text, const TextSegment &segment, const QStri
         source += dedented(lineAt(text, segment.opening).text, segment.indent).toString() + u'\n';
         source += dedented(lineAt(text, delimiter).text, segment.indent).toString() + u'\n';
     }
+    const qsizetype start = source.size();
     source += shownLines(text, segment);
+    if (segment.number >= 0)
+        setItemNumber(source, start, segment.number);
     if (!references.isEmpty())
         source += "\n\n"_L1 + references;
     return source;

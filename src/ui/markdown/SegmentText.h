@@ -8,7 +8,8 @@
 namespace morvane {
 
 /// The Markdown to parse for a segment of `text`: without quote marks, indent and lines of backticks, with
-/// the repeated heading of its table and the message's link `references`.
+/// the repeated heading of its table, the number that its first list item has in the whole list, and the
+/// message's link `references`.
 QString markdownSource(QStringView text, const TextSegment &segment, const QString &references);
 
 /// The lines of a code segment as they are shown.

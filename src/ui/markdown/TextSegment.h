@@ -13,13 +13,23 @@ struct TextSegment {
         code      ///< Lines of a code block.
     };
 
+    /// What a segment begins with, and so how far it stands below the one above.
+    enum class Joint : quint8 {
+        line, ///< The rest of a block that was cut: no space at all.
+        item, ///< An item of a list whose items stand close.
+        block,
+        heading
+    };
+
     qsizetype from = 0;
     qsizetype length = 0;
     /// Start of the line that opens a code block, or of the table's heading that is repeated above `from`;
     /// -1 without one.
     qsizetype opening = -1;
     Kind kind = Kind::plain;
-    quint8 indent = 0;       ///< Columns of leading white space that are shown as a margin instead.
+    Joint joint = Joint::block;
+    int number = -1;   ///< Of the list item that the segment begins with, where the list began above it.
+    quint8 indent = 0; ///< Columns of leading white space that are shown as a margin instead.
     bool startsBlock = true; ///< False for the later pieces of a code block or of a plain text.
     bool endsBlock = true;
 

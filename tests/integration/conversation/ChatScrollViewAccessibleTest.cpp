@@ -112,7 +112,7 @@ TEST_F(ChatScrollViewAccessibleTest, AStepCanOnlyBeCopied)
     actions(1)->doAction(u"Copy"_s);
     EXPECT_EQ(clipboard(), u"Running: a tool"_s);
     EXPECT_EQ(accessibleRow(0)->role(), QAccessible::Heading);
-    EXPECT_EQ(actions(0), nullptr);
+    EXPECT_EQ(actions(0)->actionNames(), QStringList{QAccessibleActionInterface::pressAction()});
 }
 
 TEST_F(ChatScrollViewAccessibleTest, ARowKeepsItsElementWhileOthersAreAddedAroundIt)

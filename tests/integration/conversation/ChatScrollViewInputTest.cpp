@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QToolButton>
+#include <QToolTip>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -229,7 +230,7 @@ TEST_F(ChatScrollViewInputTest, DraggingAcrossALinkSelectsItAndOpensNothing)
     QApplication::sendEvent(view.viewport(), &move);
     QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, end);
     EXPECT_TRUE(opened.isEmpty());
-    EXPECT_TRUE(view.selectedText().contains(u"words and"_s)) << view.selectedText().toStdString();
+    EXPECT_TRUE(view.selectedText().contains(u"words ("_s)) << view.selectedText().toStdString();
 }
 
 TEST_F(ChatScrollViewInputTest, SelectAllTakesTheWholeRowAcrossItsSegments)
@@ -262,6 +263,63 @@ TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTa
     press(Qt::Key_Home);
     EXPECT_EQ(view.codeButtons()[0]->focusPolicy(), Qt::TabFocus);
     EXPECT_EQ(view.codeButtons()[1]->focusPolicy(), Qt::NoFocus);
+}
+
+TEST_F(ChatScrollViewInputTest, TheActivityFoldsByMouseKeyboardAndAssistiveTechnology)
+{
+    say(Role::user, u"Go"_s);
+    for (int i = 0; i < 5; ++i)
+        activity.log(u"step %1"_s.arg(i), ActivityStep::Kind::tool);
+    say(Role::assistant, u"Done."_s);
+    showWithFocus();
+    ASSERT_EQ(view.content().count(), 8);
+    const int unfolded = view.rows().height();
+
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(1));
+    settle();
+    EXPECT_EQ(view.content().count(), 3);
+    EXPECT_LT(view.rows().height(), unfolded);
+    EXPECT_EQ(accessible()->childCount(), 3);
+    EXPECT_EQ(accessibleRow(1)->text(QAccessible::Name), u"Activity, 5 steps"_s);
+    EXPECT_TRUE(accessibleRow(1)->state().collapsed);
+    activity.log(u"another"_s, ActivityStep::Kind::tool);
+    settle();
+    EXPECT_EQ(view.content().count(), 3);
+
+    view.setCurrentRow(1);
+    press(Qt::Key_Space);
+    settle();
+    EXPECT_EQ(view.content().count(), 9);
+    EXPECT_TRUE(accessibleRow(1)->state().expanded);
+    EXPECT_EQ(accessibleRow(7)->text(QAccessible::Name).section(u',', 0, 0), u"another"_s);
+
+    view.setCurrentRow(4);
+    accessibleRow(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    settle();
+    EXPECT_EQ(view.content().count(), 3);
+    EXPECT_EQ(view.currentRow(), 1);
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_GT(view.rows().height(), unfolded);
+    EXPECT_EQ(view.content().count(), 9);
+}
+
+TEST_F(ChatScrollViewInputTest, AStepThatWasCutTellsAllInItsToolTipItsDescriptionAndItsCopy)
+{
+    const QString command = u"run the command: echo <b> "_s + QString(300, u'x');
+    say(Role::user, u"Go"_s);
+    activity.log(u"Running: "_s, command, ActivityStep::Kind::tool);
+    showWithFocus();
+    const QString line = u"Running: "_s + command.first(140) + u'…';
+    EXPECT_TRUE(accessibleRow(2)->text(QAccessible::Name).startsWith(line + u", "_s));
+    EXPECT_EQ(accessibleRow(2)->text(QAccessible::Description),
+              u"Running: "_s + command + u". Accessibility action: copy."_s);
+    QHelpEvent help(QEvent::ToolTip, textOf(2), view.viewport()->mapToGlobal(textOf(2)));
+    QApplication::sendEvent(view.viewport(), &help);
+    EXPECT_EQ(QToolTip::text(), u"<qt>Running: "_s + command.toHtmlEscaped() + u"</qt>"_s);
+    view.setCurrentRow(2);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"Running: "_s + command);
 }
 
 TEST_F(ChatScrollViewInputTest, AnEmptyConversationTakesEveryKey)

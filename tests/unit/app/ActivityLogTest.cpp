@@ -64,5 +64,18 @@ TEST(ActivityLogTest, EqualLinesAreNotMerged)
     EXPECT_NE(log.steps().at(0).id, log.steps().at(1).id);
 }
 
+TEST(ActivityLogTest, ATextFromOutsideIsOneLineOfLimitedLengthAndStaysWhole)
+{
+    ActivityLog log;
+    const QString command = u"run the command: "_s + QString(200, u'x') + u"\nls"_s;
+    log.log(u"Running: "_s, command, ActivityStep::Kind::tool);
+    log.log(u"Denied: "_s, u"open a file"_s, ActivityStep::Kind::error);
+    ASSERT_EQ(log.steps().size(), 2);
+    EXPECT_EQ(log.steps()[0].text, u"Running: "_s + command.first(140) + u'…');
+    EXPECT_EQ(log.steps()[0].whole, u"Running: "_s + command);
+    EXPECT_EQ(log.steps()[1].text, u"Denied: open a file"_s);
+    EXPECT_EQ(log.steps()[1].whole, QString());
+}
+
 } // namespace
 } // namespace morvane

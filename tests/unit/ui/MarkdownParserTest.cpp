@@ -122,6 +122,56 @@ TEST(MarkdownParserTest, ImagesBecomeLinksAndAreNotLoaded)
     EXPECT_EQ(blocks[0].runs[0].link, u"https://example.com/cat.png"_s);
 }
 
+TEST(MarkdownParserTest, OnlyDoubleTildesStrike)
+{
+    const auto strikes = [](const char *source) {
+        for (const MarkdownBlock &block : parse(source))
+            for (const MarkdownRun &run : block.runs)
+                if (run.style.testFlag(MarkdownRun::strikethrough))
+                    return true;
+        return false;
+    };
+    for (const char *source :
+         {"3~5 days for 10~20 people", "~one~", "a ~b c~ d", "3~5天，10~20人", "**~x~**", "~a~~b~"}) {
+        EXPECT_FALSE(strikes(source)) << source;
+        EXPECT_EQ(markdownPlainText(parse(source)).remove(u'*'), QString::fromUtf8(source).remove(u'*'));
+    }
+    EXPECT_TRUE(strikes("~~gone~~ and 3~5"));
+    EXPECT_EQ(markdownPlainText(parse("~~gone~~ 3~5 `a~b`")), u"gone 3~5 a~b"_s);
+}
+
+TEST(MarkdownParserTest, ATildeInAnAddressIsPartOfIt)
+{
+    const auto blocks = parse("See https://example.com/~user/x and [his](https://example.com/~b).");
+    QStringList links;
+    for (const MarkdownRun &run : blocks[0].runs)
+        if (!run.link.isEmpty())
+            links += run.link;
+    EXPECT_EQ(links, (QStringList{u"https://example.com/~user/x"_s, u"https://example.com/~b"_s}));
+}
+
+TEST(MarkdownParserTest, FootnotesAreText)
+{
+    EXPECT_EQ(markdownPlainText(parse("Word.[^1]\n\n[^1]: note")), u"Word.[^1]\n[^1]: note"_s);
+    EXPECT_EQ(markdownPlainText(parse("[^a]: https://example.com")), u"[^a]: https://example.com"_s);
+}
+
+TEST(MarkdownParserTest, ALinkShowsWhereItLeadsUnlessItsTextDoes)
+{
+    EXPECT_EQ(markdownPlainText(parse("[the bank](https://evil.example/x)")), u"the bank (evil.example)"_s);
+    EXPECT_EQ(markdownPlainText(parse("[https://bank.example](https://evil.example)")),
+              u"https://bank.example (evil.example)"_s);
+    EXPECT_EQ(markdownPlainText(parse("https://evil.example/x")), u"https://evil.example/x"_s);
+    EXPECT_EQ(markdownPlainText(parse("[Evil.Example says](https://evil.example/x)")),
+              u"Evil.Example says"_s);
+    EXPECT_EQ(markdownPlainText(parse("[write](mailto:a@b.example)")), u"write (a@b.example)"_s);
+    EXPECT_EQ(markdownPlainText(parse("[**bold** part](https://evil.example)")),
+              u"bold part (evil.example)"_s);
+    const auto blocks = parse("[the bank](https://evil.example)");
+    EXPECT_EQ(blocks[0].runs.last().style, MarkdownRun::Style(MarkdownRun::aside));
+    EXPECT_EQ(blocks[0].runs.last().link, QString());
+}
+
 TEST(MarkdownParserTest, SafeLinksNeedAHost)
 {
     EXPECT_TRUE(isSafeLink(u"http://example.com/x?y=z"_s));

@@ -1,6 +1,7 @@
 #include "ui/markdown/MarkdownSegmenter.h"
 
 #include "ui/markdown/LayoutCost.h"
+#include "ui/markdown/MarkdownParser.h"
 #include "ui/markdown/SegmentText.h"
 
 #include <QStringList>
@@ -239,6 +240,45 @@ TEST(MarkdownSegmenterTest, NoTextMakesASegmentThatCostsTooMuch)
         }
         EXPECT_GE(at, text.size() - 1);
     }
+}
+
+TEST(MarkdownSegmenterTest, WhatIsNoDefinitionIsNotRepeated)
+{
+    QString text = u"[^1]: A footnote.\n\n[note]: this is a sentence\n\n[^2]: word\n\n"_s;
+    for (int i = 0; i < 40; ++i)
+        text += QString(200, u'x') + u"\n\n"_s;
+    EXPECT_EQ(MarkdownSegmenter::segments(text).references, QString());
+}
+
+TEST(MarkdownSegmenterTest, AListThatIsCutGoesOnWithItsNumbers)
+{
+    QString text;
+    for (int i = 0; i < 200; ++i)
+        text += u"1. an item of some length, whose number the writer left to the reader\n"_s;
+    const auto segments = cut(text);
+    ASSERT_GT(segments.size(), 3);
+    int number = 1;
+    for (const TextSegment &segment : segments)
+        for (const MarkdownBlock &block : parseMarkdown(markdownSource(text, segment, {})))
+            EXPECT_EQ(block.marker, QString::number(number++) + u'.');
+    EXPECT_EQ(number, 201);
+}
+
+TEST(MarkdownSegmenterTest, SegmentsKnowHowTheyJoin)
+{
+    using Joint = TextSegment::Joint;
+    const auto joints = [](const QString &text) {
+        QList<Joint> found;
+        for (const TextSegment &segment : cut(text).sliced(1))
+            if (!found.contains(segment.joint))
+                found.append(segment.joint);
+        return found;
+    };
+    EXPECT_EQ(joints(u"word "_s.repeated(2000)), QList<Joint>{Joint::line});
+    EXPECT_EQ(joints(u"- an item\n"_s.repeated(500)), QList<Joint>{Joint::item});
+    EXPECT_EQ(joints(u"- an item\n\n"_s.repeated(500)), QList<Joint>{Joint::block});
+    EXPECT_EQ(joints(u"A paragraph of some words.\n\n"_s.repeated(300)), QList<Joint>{Joint::block});
+    EXPECT_EQ(joints(u"# Heading\n\n"_s.repeated(500)), QList<Joint>{Joint::heading});
 }
 
 TEST(MarkdownSegmenterTest, CarriageReturnsAreNoText)
