@@ -204,7 +204,7 @@ int main(int argc, char **argv)
     NoScheme scheme;
     Theme theme(scheme);
     GalleryModel gallery;
-    MainWindow window(gallery.model);
+    MainWindow window(gallery.model, gallery.windowServices);
     window.resize(760, 720);
     window.show();
     settle(500);
