@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -54,8 +55,10 @@ DefaultsFile::Content DefaultsFile::read() const
 {
     Content content;
     auto file = RegularFile::open(QFile::encodeName(m_path).constData());
-    if (!file)
+    if (!file) {
+        content.isDamaged = FileIdentity::ofPath(m_path).has_value(); // what holds values and is kept from us
         return content;
+    }
     content.identity = FileIdentity::ofDescriptor(file->descriptor());
     if (file->size() == 0) // the kernel's own files too, some of which never end
         return content;
@@ -72,9 +75,8 @@ DefaultsFile::Content DefaultsFile::read() const
 void DefaultsFile::tidy() const
 {
     removeAbandonedTemporaryFiles(QFileInfo(m_path).path());
-    const QString linked = QFileInfo(m_path).symLinkTarget();
-    if (!linked.isEmpty())
-        removeAbandonedTemporaryFiles(QFileInfo(linked).path());
+    if (QFileInfo(m_path).isSymLink())
+        removeAbandonedTemporaryFiles(QFileInfo(QFileInfo(m_path).canonicalFilePath()).path());
     if (const auto file = RegularFile::open(QFile::encodeName(m_path).constData()))
         file->makePrivate();
 }
@@ -116,9 +118,9 @@ std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
 
 void DefaultsFile::setAside() const
 {
-    const QString aside = m_path + u".damaged"_s;
-    QFile::remove(aside);
-    QFile::rename(m_path, aside);
+    const QFileInfo link(m_path);
+    const QByteArray file = QFile::encodeName(link.isSymLink() ? link.canonicalFilePath() : m_path);
+    std::rename(file.constData(), (file + ".damaged").constData());
 }
 
 bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change) const

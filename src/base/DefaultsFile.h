@@ -37,14 +37,16 @@ public:
         bool m_isHeld = false;
     };
 
-    /// Larger ones are damaged, and are not written. In bytes; a usual one has some thousand.
-    static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
+    /// Larger ones are damaged, and are not written, since the start waits until the file is read. In bytes;
+    /// a usual one has some thousand.
+    static constexpr qint64 maximumBytes = 8 * 1024 * 1024;
 
     explicit DefaultsFile(QString path);
 
     const QString &path() const { return m_path; }
 
-    /// What the file holds now; no values for a missing or empty one. A pipe or a device is not read.
+    /// What the file holds now; no values for a missing or empty one. A pipe or a device is not read; a file
+    /// that may not be read is damaged.
     Content read() const;
 
     /// Takes what others may do with the file away from them, and removes what crashed writes left.
@@ -57,7 +59,8 @@ public:
     /// new content is with the kernel when the call returns (see syncFile). Only with the lock held.
     std::optional<FileIdentity> write(const QVariantMap &values) const;
 
-    /// Moves a damaged file to "{path}.damaged", in place of an older one.
+    /// Gives a damaged file ".damaged" behind its name, in place of an older one; a link stays, and what it
+    /// leads to is moved.
     void setAside() const;
 
     /// Reads, changes and writes the file under the lock. A damaged file is set aside, and what could be read

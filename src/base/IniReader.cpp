@@ -22,7 +22,8 @@ bool endsLine(char character)
 /// The name of a section or a key: "\" stands for "/", "%41" and "%U0041" for a code unit.
 QString unescapedKey(QByteArrayView escaped)
 {
-    const QString key = QString::fromUtf8(escaped);
+    const QString text = QString::fromUtf8(escaped);
+    const QStringView key = text;
     QString result;
     for (qsizetype at = 0; at < key.size();) {
         const bool isLong = key.sliced(at).startsWith("%U"_L1);
@@ -31,7 +32,7 @@ QString unescapedKey(QByteArrayView escaped)
         bool isNumber = false;
         ushort unit = 0;
         if (key[at] == u'%' && from + digits <= key.size())
-            unit = QStringView(key).sliced(from, digits).toUShort(&isNumber, 16);
+            unit = key.sliced(from, digits).toUShort(&isNumber, 16);
         if (isNumber)
             result += QChar(unit);
         else

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <atomic>
+#include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
@@ -193,6 +195,44 @@ TEST_F(DefaultsFileTest, TidyingRemovesWhatCrashedWritesLeftAlsoBesideALinkedFil
     EXPECT_FALSE(QFileInfo::exists(home.path("dotfiles/.morvane-write-abcdef")));
     EXPECT_FALSE(QFileInfo::exists(home.path("Morvane/.morvane-write-ghijkl")));
     EXPECT_EQ(permissionBits(home.path("dotfiles/morvane.conf")), 0600U);
+}
+
+TEST_F(DefaultsFileTest, TidyingFollowsAChainOfLinks)
+{
+    home.write("last/morvane.conf", "[General]\na=1\n");
+    home.write("last/.morvane-write-abcdef", "[General]\napiKey_groq=secret\n");
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    ASSERT_TRUE(QDir(home.path()).mkpath("between"));
+    ASSERT_TRUE(QFile::link("../last/morvane.conf", home.path("between/link.conf")));
+    ASSERT_TRUE(QFile::link("../between/link.conf", path));
+    file.tidy();
+    EXPECT_FALSE(QFileInfo::exists(home.path("last/.morvane-write-abcdef")));
+}
+
+TEST_F(DefaultsFileTest, ADamagedFileBehindALinkIsSetAsideAndTheLinkStays)
+{
+    home.write("dotfiles/morvane.conf", "[General]\nmodel=a\nno key here\n");
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane"));
+    ASSERT_TRUE(QFile::link(home.path("dotfiles/morvane.conf"), path));
+    EXPECT_TRUE(file.update([](QVariantMap &values) { values.insert("b", "2"); }));
+    EXPECT_TRUE(QFileInfo(path).isSymLink());
+    EXPECT_EQ(home.read("dotfiles/morvane.conf"), QByteArray("[General]\nb=2\nmodel=a\n"));
+    EXPECT_EQ(home.read("dotfiles/morvane.conf.damaged"), QByteArray("[General]\nmodel=a\nno key here\n"));
+}
+
+TEST_F(DefaultsFileTest, AFileThatMayNotBeReadIsSetAsideAndNotOverwritten)
+{
+    const QByteArray text = "[General]\napiKey_groq=secret\n";
+    home.write("Morvane/Morvane.conf", text);
+    // Who holds a lease keeps others out, the superuser too.
+    const FileDescriptor leased(::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::fcntl(leased.get(), F_SETSIG, SIGURG), 0); // says nothing where nobody listens
+    ASSERT_EQ(::fcntl(leased.get(), F_SETLEASE, F_WRLCK), 0);
+    EXPECT_TRUE(file.read().isDamaged);
+    EXPECT_TRUE(file.update([](QVariantMap &values) { values.insert("b", "2"); }));
+    ASSERT_EQ(::fcntl(leased.get(), F_SETLEASE, F_UNLCK), 0);
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nb=2\n"));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), text);
 }
 
 } // namespace

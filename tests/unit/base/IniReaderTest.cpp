@@ -115,6 +115,14 @@ TEST(IniReaderTest, LinesWithoutAMeaningAreDamageAndCostNothingElse)
     EXPECT_TRUE(IniReader("{\"model\":1}").read().isDamaged);
 }
 
+TEST(IniReaderTest, KeysOfAnyLengthAreReadInOnePass)
+{
+    // Were the rest of the key copied at each of its characters, this would take hours.
+    const QString key(8 * 1024 * 1024, u'k');
+    const QByteArray text = "[" + key.toUtf8() + "]\n" + key.toUtf8() + "=1\n";
+    EXPECT_EQ(IniReader(text).read().values.value(key + u'/' + key), QVariant(u"1"_s));
+}
+
 TEST(IniReaderTest, WhatWasWrittenIsReadBack)
 {
     QByteArray all;
