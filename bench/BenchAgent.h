@@ -1,25 +1,17 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "app/AppServices.h"
-#include "app/BrowserWindowPort.h"
-#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
-#include "localmodel/OllamaRuntime.h"
 #include "net/HttpClient.h"
-#include "platform/NoKeychain.h"
 #include "providers/HttpAIService.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
-#include "support/FakeAnnouncer.h"
-#include "support/FakeAttachments.h"
-#include "support/FakePorts.h"
+#include "support/FakeSurroundings.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "tools/BuiltinTools.h"
-#include "tools/ToolServerPort.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -68,7 +60,7 @@ private:
 };
 
 /// The agent as the program builds it, without its windows.
-struct BenchAgent {
+struct BenchAgent : FakeSurroundings {
     explicit BenchAgent(const std::string &baseURL)
     {
         settings.setProviderID(ProviderID::custom);
@@ -90,34 +82,19 @@ struct BenchAgent {
     SystemClock clock;
     Scheduler scheduler{clock};
     HttpClient http;
-    NoKeychain keychain;
     SettingsStore settings{home.path() + QStringLiteral("/Morvane.conf"), keychain};
     ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
-    HttpAIService service{http};
+    HttpAIService provider{http};
     QuietReminders reminders{scheduler, home.path() + QStringLiteral("/Morvane.conf")};
     BuiltinTools tools{http, reminders.store};
-    FakeAnnouncer announcer;
-    FakeNotifications notifications;
-    NoToolServers toolServers;
-    NoBrowserWindow browserWindow;
-    UpdateModel updates;
-    FakeAttachments attachments;
-    OllamaRuntime localModel{http, QStringLiteral("http://127.0.0.1:1"), home.path()};
-    AppServices services{
-        scheduler,
-        settings,
-        conversations,
-        service,
-        announcer,
-        notifications,
-        toolServers,
-        browserWindow,
-        updates,
-        localModel,
-        attachments,
-        [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
-        [] { return QStringLiteral("A benchmark."); },
-    };
+    AppServices services = servicesAround({
+        .scheduler = scheduler,
+        .settings = settings,
+        .conversations = conversations,
+        .executeTool = [this](ToolPermit permit) { return tools.execute(std::move(permit)); },
+        .machine = QStringLiteral("A benchmark."),
+        .service = &provider,
+    });
     AppModel model{services};
 };
 

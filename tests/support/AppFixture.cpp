@@ -14,12 +14,13 @@ AppFixture::AppFixture()
     settings->setProviderID(ProviderID::custom);
     settings->setModel(u"scripted"_s);
     store = std::make_unique<ConversationStore>(home.path() + u"/data/Conversations"_s);
-    services.reset(new AppServices{scheduler, *settings, *store, service, announcer, notifications,
-                                   toolServers, browserWindow, updates, localModel, attachments,
-                                   [this](ToolPermit permit) { return executeTool(std::move(permit)); },
-                                   [] { return u"Test machine."_s; }});
-    settingsServices.reset(new SettingsServices{scheduler, *settings, modelCatalog, urls,
-                                                services->machineSummary, [] { return 16; }});
+    services.reset(new AppServices(
+        servicesAround({.scheduler = scheduler,
+                        .settings = *settings,
+                        .conversations = *store,
+                        .executeTool = [this](ToolPermit permit) { return executeTool(std::move(permit)); },
+                        .machine = u"Test machine."_s})));
+    settingsServices.reset(new SettingsServices(settingsServicesAround(*services, 16)));
     start();
 }
 

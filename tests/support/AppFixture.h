@@ -1,19 +1,11 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "app/AppServices.h"
-#include "app/SettingsModel.h"
-#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
-#include "support/FakeAIService.h"
-#include "support/FakeAnnouncer.h"
-#include "support/FakeAttachments.h"
 #include "support/FakeClock.h"
-#include "support/FakeKeychain.h"
-#include "support/FakeModelCatalog.h"
-#include "support/FakePorts.h"
+#include "support/FakeSurroundings.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 
@@ -23,7 +15,7 @@
 namespace morvane {
 
 /// An application model on a temporary home, with a scripted model and recorded surroundings.
-class AppFixture : public testing::Test {
+class AppFixture : public testing::Test, protected FakeSurroundings {
 protected:
     AppFixture();
     ~AppFixture() override;
@@ -65,19 +57,8 @@ protected:
     TemporaryHome home;
     FakeClock clock;
     Scheduler scheduler{clock};
-    FakeKeychain keychain;
     std::unique_ptr<SettingsStore> settings;
     std::unique_ptr<ConversationStore> store;
-    FakeAIService service;
-    FakeAnnouncer announcer;
-    FakeNotifications notifications;
-    FakeToolServers toolServers;
-    FakeBrowserWindow browserWindow;
-    UpdateModel updates;
-    FakeLocalModel localModel;
-    FakeAttachments attachments;
-    FakeModelCatalog modelCatalog;
-    FakeUrlOpener urls;
     std::unique_ptr<AppServices> services;
     std::unique_ptr<SettingsServices> settingsServices;
     std::unique_ptr<AppModel> model;

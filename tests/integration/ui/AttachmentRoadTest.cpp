@@ -71,21 +71,15 @@ protected:
     HttpAIService realService{http, endpointsAt(QString::fromStdString(server.baseURL()))};
     AttachmentWorkers workers{AttachmentProcessor(
         ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s))};
-    AppServices road{
-        scheduler,
-        *settings,
-        *store,
-        realService,
-        announcer,
-        notifications,
-        toolServers,
-        browserWindow,
-        updates,
-        localModel,
-        workers,
-        services->executeTool,
-        services->machineSummary,
-    };
+    AppServices road = servicesAround({
+        .scheduler = scheduler,
+        .settings = *settings,
+        .conversations = *store,
+        .executeTool = services->executeTool,
+        .machine = services->machineSummary(),
+        .service = &realService,
+        .attachments = &workers,
+    });
     std::unique_ptr<AppModel> roadModel = std::make_unique<AppModel>(road);
     std::unique_ptr<ComposerView> view;
 };
