@@ -11,14 +11,16 @@ class Document;
 namespace morvane {
 
 /// What the library for PDFs reads of its data when the first document is opened and forgets with the last.
-/// While an object lives, documents can be opened in a process that reaches no paths.
+/// While an object lives, documents can be opened in a process that reaches no paths, and pages rendered once
+/// `addData` was called.
 class PdfLibrary {
 public:
     PdfLibrary();
     ~PdfLibrary();
 
-    /// The data that documents without tables of their own name: encodings of East Asian texts.
-    static void addData(DataFiles &files);
+    /// What documents name and do not bring: encodings of East Asian texts, and the system's substitutes for
+    /// fonts. Takes some 10 ms.
+    void addData(DataFiles &files) const;
 
 private:
     std::unique_ptr<Poppler::Document> m_document;

@@ -60,7 +60,7 @@ int main(int argc, char **argv)
     std::optional<PdfLibrary> library;
     if (job == "document") {
         library.emplace();
-        PdfLibrary::addData(data);
+        library->addData(data);
     } else {
         PictureDecoder::prepare();
     }

@@ -114,22 +114,49 @@ TEST_F(CagedReaderTest, ReaderLearnsNothingOfTheUsersEnvironment)
     EXPECT_FALSE(seen.contains("HOME"));
 }
 
+/// A document of one page. Objects from 5 on are free.
+QByteArray documentOf(const QByteArray &content, const QByteArray &resources, const QByteArray &objects)
+{
+    return "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+           "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+           "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 612 792]/Contents 4 0 R/Resources<<" +
+           resources + ">>>>endobj\n4 0 obj<</Length " + QByteArray::number(content.size()) + ">>stream\n" +
+           content + "\nendstream endobj\n" + objects + "trailer<</Root 1 0 R>>\n";
+}
+
+/// A document whose words are drawn by a pattern, which only shows in a picture of the page.
+QByteArray patternOfWords(const QByteArray &font)
+{
+    const QByteArray words = "BT /F1 24 Tf 72 700 Td (Hello from the pattern) Tj ET";
+    return documentOf(
+        "/Pattern cs /P1 scn 0 0 612 792 re f", "/Pattern<</P1 5 0 R>>",
+        "5 0 obj<</Type/Pattern/PatternType 1/PaintType 1/TilingType 1/BBox[0 0 612 792]/XStep 612"
+        "/YStep 792/Resources<</Font<</F1<</Type/Font/Subtype/TrueType/BaseFont/" +
+            font + ">>>>>>/Length " + QByteArray::number(words.size()) + ">>stream\n" + words +
+            "\nendstream endobj\n");
+}
+
 TEST_F(CagedReaderTest, EncodingsOfTheSystemAreThere)
 {
     // Chinese text in an encoding that the document names and does not bring.
-    const QByteArray head = "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
-                            "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
-                            "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 612 792]/Contents 4 0 R"
-                            "/Resources<</Font<</F1 5 0 R>>>>>>endobj\n";
-    const QByteArray content = "BT /F1 24 Tf 72 700 Td <C4E3BAC3CAC0BDE7> Tj ET";
-    const QByteArray rest =
+    const QByteArray font =
         "5 0 obj<</Type/Font/Subtype/Type0/BaseFont/STSong-Light/Encoding/GBK-EUC-H/DescendantFonts[6 0 R]>>"
         "endobj\n6 0 "
         "obj<</Type/Font/Subtype/CIDFontType0/BaseFont/STSong-Light/CIDSystemInfo<</Registry(Adobe)"
-        "/Ordering(GB1)/Supplement 2>>/DW 1000>>endobj\ntrailer<</Root 1 0 R>>\n";
-    const QByteArray stream = "4 0 obj<</Length " + QByteArray::number(content.size()) + ">>stream\n" +
-                              content + "\nendstream endobj\n";
-    EXPECT_EQ(process(u"a.pdf"_s, head + stream + rest).extractedText, u"你好世界"_s);
+        "/Ordering(GB1)/Supplement 2>>/DW 1000>>endobj\n";
+    EXPECT_EQ(process(u"a.pdf"_s, documentOf("BT /F1 24 Tf 72 700 Td <C4E3BAC3CAC0BDE7> Tj ET",
+                                             "/Font<</F1 5 0 R>>", font))
+                  .extractedText,
+              u"你好世界"_s);
+}
+
+TEST_F(CagedReaderTest, PagesAreRenderedWithTheSystemsSubstitutesForFonts)
+{
+    for (const QByteArray font :
+         {"Helvetica", "Times-Bold", "Courier-Oblique", "Calibri", "NobodyHasThis-Bold"})
+        EXPECT_EQ(process(u"a.pdf"_s, patternOfWords(font)).extractedText,
+                  u"[Scanned page 1]\nHello from the pattern"_s)
+            << font.constData();
 }
 
 } // namespace
