@@ -180,18 +180,33 @@ TEST_F(LinuxAnnouncerTest, HostileTextNeitherBreaksTheBusNorTheNextAnnouncement)
 
 TEST_F(LinuxAnnouncerTest, AVeryLongTextArrivesWholeInOrder)
 {
-    const QString text = u"This is one of a great many sentences. "_s.repeated(100'000);
+    const QString text = u"This is one of a great many sentences. "_s.repeated(3000);
     for (const Hearing hearing : {Hearing::announcements, Hearing::notifications}) {
         const AnnouncementRecorder reader(m_bus, hearing);
         LinuxAnnouncer announcer;
         const bool isModern = hearing == Hearing::announcements;
         ASSERT_TRUE(needsBecome({.announcements = isModern, .notifications = !isModern}));
-        announcer.announce(text.first(39 * 20'000));
+        announcer.announce(text);
         announcer.announce(u"the end"_s);
         ASSERT_TRUE(reader.hears(u"the end"_s));
-        EXPECT_EQ(reader.heard().join(QString()), text.first(39 * 20'000) + u"the end"_s);
+        EXPECT_TRUE(reader.heard().join(QString()) == text + u"the end"_s);
         m_bus.deregisterEvents();
     }
+}
+
+TEST_F(LinuxAnnouncerTest, ATextOfDaysEndsWithAMarkAndHoldsUpNothing)
+{
+    const AnnouncementRecorder reader(m_bus, Hearing::announcements);
+    LinuxAnnouncer announcer;
+    ASSERT_TRUE(needsBecome({.announcements = true, .notifications = false}));
+    const QString text = u"This is one of a great many sentences. "_s.repeated(100'000);
+    announcer.announce(text);
+    announcer.announce(u"the end"_s);
+    ASSERT_TRUE(reader.hears(u"the end"_s));
+    const QString heard = reader.heard().join(QString());
+    EXPECT_TRUE(heard.startsWith(text.first(100'000)));
+    EXPECT_TRUE(heard.endsWith(u"…the end"_s));
+    EXPECT_LT(heard.size(), 200'000);
 }
 
 } // namespace
