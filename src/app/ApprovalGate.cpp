@@ -50,9 +50,9 @@ std::optional<ToolPermit> ApprovalGate::permitUnasked(ToolVerdict verdict) const
 
 Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(ToolVerdict verdict)
 {
-    m_pending = PendingToolCall{newUuid(), verdict.call().name, verdict.phrase(), verdict.isDestructive()};
-    const OneShot<bool> answer;
-    m_permissionContinuation = answer;
+    co_await untilFree();
+    const OneShot<bool> answer =
+        m_requests.put({newUuid(), verdict.call().name, verdict.phrase(), verdict.isDestructive()});
     Q_EMIT pendingToolCallChanged();
     if (!co_await answer.wait())
         co_return std::nullopt;
@@ -61,15 +61,13 @@ Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(ToolVerdict verd
 
 void ApprovalGate::resolvePermission(bool allowed, bool alwaysAllow)
 {
-    if (allowed && alwaysAllow && m_pending && !m_pending->destructive) {
+    const std::optional<PendingToolCall> &pending = pendingToolCall();
+    if (allowed && alwaysAllow && pending && !pending->destructive) {
         auto names = m_settings.alwaysAllowedTools();
-        names.insert(m_pending->toolName);
+        names.insert(pending->toolName);
         m_settings.setAlwaysAllowedTools(names);
     }
-    auto continuation = std::exchange(m_permissionContinuation, std::nullopt);
-    if (continuation)
-        continuation->resume(allowed);
-    if (std::exchange(m_pending, std::nullopt))
+    if (m_requests.answer(allowed))
         Q_EMIT pendingToolCallChanged();
 }
 

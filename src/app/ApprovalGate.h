@@ -1,6 +1,6 @@
 #pragma once
 
-#include "async/OneShot.h"
+#include "app/PendingRequest.h"
 #include "async/Task.h"
 #include "model/AITool.h"
 #include "model/PendingToolCall.h"
@@ -30,15 +30,18 @@ public:
     /// The permit of a call that runs unasked; nothing for a call that must ask.
     std::optional<ToolPermit> permitUnasked(ToolVerdict verdict) const;
 
-    /// Shows the request and waits, without a time limit, for resolvePermission: the permit, or nothing for a
-    /// no. Cancellation does not end the wait.
+    /// Waits until no request is pending, so that what is said of the next one is said of what is shown.
+    Task<void> untilFree() { return m_requests.untilFree(); }
+
+    /// Shows the request, behind one that is pending, and waits, without a time limit, for resolvePermission:
+    /// the permit, or nothing for a no. Cancellation does not end the wait.
     Task<std::optional<ToolPermit>> requestPermission(ToolVerdict verdict);
 
     /// Answers the pending request, if any. With `alwaysAllow` the tool's name is remembered, unless the
     /// call is destructive or denied.
     void resolvePermission(bool allowed, bool alwaysAllow);
 
-    const std::optional<PendingToolCall> &pendingToolCall() const { return m_pending; }
+    const std::optional<PendingToolCall> &pendingToolCall() const { return m_requests.current(); }
 
 Q_SIGNALS:
     void pendingToolCallChanged();
@@ -47,8 +50,7 @@ private:
     bool requiresApproval(const AIToolCall &call, const ToolDescription &description) const;
 
     SettingsStore &m_settings;
-    std::optional<PendingToolCall> m_pending;
-    std::optional<OneShot<bool>> m_permissionContinuation;
+    PendingRequest<PendingToolCall, bool> m_requests;
 };
 
 } // namespace morvane

@@ -13,9 +13,8 @@ Questions::Questions(Announcer &announcer, QObject *parent) : QObject(parent), m
 
 Task<QString> Questions::askUserQuestion(QString question, QStringList options)
 {
-    m_pending = PendingQuestion{newUuid(), question, options};
-    const OneShot<QString> answer;
-    m_questionContinuation = answer;
+    co_await untilFree();
+    const OneShot<QString> answer = m_requests.put({newUuid(), question, options});
     Q_EMIT pendingQuestionChanged();
     m_announcer.announce(u"Morvane asks: "_s + question);
     co_return co_await answer.wait();
@@ -23,12 +22,8 @@ Task<QString> Questions::askUserQuestion(QString question, QStringList options)
 
 void Questions::resolveQuestion(const QString &answer)
 {
-    auto continuation = std::exchange(m_questionContinuation, std::nullopt);
-    if (!continuation)
-        return;
-    m_pending.reset();
-    Q_EMIT pendingQuestionChanged();
-    continuation->resume(answer);
+    if (m_requests.answer(answer))
+        Q_EMIT pendingQuestionChanged();
 }
 
 } // namespace morvane

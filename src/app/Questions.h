@@ -1,6 +1,6 @@
 #pragma once
 
-#include "async/OneShot.h"
+#include "app/PendingRequest.h"
 #include "async/Task.h"
 #include "model/PendingQuestion.h"
 
@@ -17,22 +17,24 @@ class Questions : public QObject {
 public:
     explicit Questions(Announcer &announcer, QObject *parent = nullptr);
 
-    /// Shows and announces the question and waits, without a time limit, for the answer. Cancellation does
-    /// not end the wait.
+    /// Waits until no question is pending.
+    Task<void> untilFree() { return m_requests.untilFree(); }
+
+    /// Shows and announces the question, behind one that is pending, and waits, without a time limit, for the
+    /// answer. Cancellation does not end the wait.
     Task<QString> askUserQuestion(QString question, QStringList options);
 
     /// Answers the pending question, if any.
     void resolveQuestion(const QString &answer);
 
-    const std::optional<PendingQuestion> &pendingQuestion() const { return m_pending; }
+    const std::optional<PendingQuestion> &pendingQuestion() const { return m_requests.current(); }
 
 Q_SIGNALS:
     void pendingQuestionChanged();
 
 private:
     Announcer &m_announcer;
-    std::optional<PendingQuestion> m_pending;
-    std::optional<OneShot<QString>> m_questionContinuation;
+    PendingRequest<PendingQuestion, QString> m_requests;
 };
 
 } // namespace morvane

@@ -61,6 +61,7 @@ Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Cal
 {
     const bool subagent = caller == Caller::subagent;
     Status &status = m_workspace.status;
+    co_await m_workspace.gate.untilFree();
     status.setStatusText(u"Waiting for your approval…"_s);
     status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + verdict.phrase() +
                     u". Do you allow it?"_s);
@@ -82,6 +83,7 @@ Task<QString> ToolCallRunner::askUser(AIToolCall call, Caller caller)
 {
     const bool subagent = caller == Caller::subagent;
     const QString question = stringArgument(call.arguments.get(), "question");
+    co_await m_workspace.questions.untilFree();
     m_workspace.status.setStatusText(subagent ? u"Subagent is waiting for your answer…"_s
                                               : u"Waiting for your answer…"_s);
     m_workspace.activity.log(subagent ? u"Subagent asks you: "_s : u"Asks you: "_s, question,

@@ -312,5 +312,45 @@ TEST_F(AgentLoopEndingsTest, RemainingCallsOfATurnStillRunAfterACancel)
     EXPECT_EQ(lastMessage().text, QString());
 }
 
+TEST_F(AgentLoopEndingsTest, ACancelledRunThatAsksLateDoesNotTakeTheNextRunsApproval)
+{
+    const OneShot<QString> toolEnd;
+    tool = [this, toolEnd](ToolPermit permit) {
+        executed.append(permit.call().name);
+        if (executed.size() == 1)
+            return textOf(toolEnd);
+        const OneShot<QString> atOnce;
+        OneShot(atOnce).resume(u"tool result"_s);
+        return textOf(atOnce);
+    };
+    const AIToolCall late = toolCall(u"run_shell_command"_s, R"({"command":"rm -rf late"})");
+    const AIToolCall next = toolCall(u"run_shell_command"_s, R"({"command":"rm -rf next"})");
+    service.willTurn(Service::calls({toolCall(u"first"_s), late}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return executed.size() == 1; }));
+    model->cancel();
+    service.willTurn(Service::calls({next}));
+    service.willTurn(Service::answer(u"done"_s));
+    ASSERT_TRUE(model->send(u"go on"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    announcer.spoken.clear();
+    OneShot(toolEnd).resume(u"tool result"_s);
+    settle();
+    const auto asksFor = [this](const char *command) {
+        const auto &pending = model->gate().pendingToolCall();
+        return pending && pending->summary.contains(QLatin1String(command));
+    };
+    EXPECT_TRUE(asksFor("rm -rf next"));
+    EXPECT_TRUE(announcer.spoken.filter(u"Do you allow it?"_s).isEmpty());
+    model->gate().resolvePermission(true, false);
+    ASSERT_TRUE(waitUntil([&asksFor] { return asksFor("rm -rf late"); }));
+    settle();
+    EXPECT_EQ(announcer.spoken.filter(u"Do you allow it?"_s).size(), 1);
+    EXPECT_EQ(executed, QStringList({u"first"_s, u"run_shell_command"_s}));
+    model->gate().resolvePermission(false, false);
+    settle();
+    EXPECT_EQ(executed.size(), 2);
+}
+
 } // namespace
 } // namespace morvane

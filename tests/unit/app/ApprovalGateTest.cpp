@@ -136,6 +136,59 @@ TEST_F(ApprovalGateTest, SecondAnswerIsHarmless)
     EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
 }
 
+TEST_F(ApprovalGateTest, ASecondRequestWaitsItsTurn)
+{
+    auto first = request(shell(R"({"command":"rm -rf a"})"));
+    auto second = request(shell(R"({"command":"rm -rf b"})"));
+    auto third = request(toolCall(u"write_file"_s));
+    ASSERT_TRUE(gate().pendingToolCall());
+    EXPECT_THAT(gate().pendingToolCall()->summary, testing::Truly([](const QString &summary) {
+                    return summary.startsWith(u"run the command: rm -rf a"_s);
+                }));
+    gate().resolvePermission(false, false);
+    // An answer on its way to the sheet that is gone answers nothing.
+    gate().resolvePermission(true, true);
+    settle();
+    ASSERT_TRUE(first.done());
+    EXPECT_FALSE(first.result());
+    ASSERT_FALSE(second.done());
+    gate().resolvePermission(true, false);
+    settle();
+    ASSERT_TRUE(second.done());
+    const std::optional<ToolPermit> permit = second.result();
+    ASSERT_TRUE(permit);
+    EXPECT_EQ(permit->call(), shell(R"({"command":"rm -rf b"})"));
+    ASSERT_TRUE(gate().pendingToolCall());
+    EXPECT_EQ(gate().pendingToolCall()->toolName, u"write_file"_s);
+    EXPECT_FALSE(third.done());
+    gate().resolvePermission(false, false);
+    settle();
+    EXPECT_TRUE(third.done());
+    EXPECT_FALSE(gate().pendingToolCall());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+}
+
+TEST_F(ApprovalGateTest, ASecondQuestionWaitsItsTurn)
+{
+    Questions &questions = model->questions();
+    auto first = scheduler.spawn(questions.askUserQuestion(u"first?"_s, {}));
+    auto second = scheduler.spawn(questions.askUserQuestion(u"second?"_s, {}));
+    settle();
+    ASSERT_TRUE(questions.pendingQuestion());
+    EXPECT_EQ(questions.pendingQuestion()->question, u"first?"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"Morvane asks: first?"_s});
+    questions.resolveQuestion(u"one"_s);
+    settle();
+    ASSERT_TRUE(first.done());
+    EXPECT_EQ(first.result(), u"one"_s);
+    ASSERT_TRUE(questions.pendingQuestion());
+    EXPECT_EQ(questions.pendingQuestion()->question, u"second?"_s);
+    questions.resolveQuestion(u"two"_s);
+    settle();
+    ASSERT_TRUE(second.done());
+    EXPECT_EQ(second.result(), u"two"_s);
+}
+
 TEST_F(ApprovalGateTest, DenialIsNotRememberedEvenWithTheFlag)
 {
     auto handle = request(toolCall(u"write_file"_s));
