@@ -1,6 +1,7 @@
 #include "base/Regex.h"
 
 #include <algorithm>
+#include <ctime>
 #include <limits>
 #include <unicode/regex.h>
 
@@ -10,7 +11,14 @@ namespace morvane {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+/// How long this thread has worked. Its waits for a processor do not count, so that a busy machine finds what
+/// an idle one does.
+std::chrono::nanoseconds timeWorked()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
 /// An alias of the text, which must outlive it.
 icu::UnicodeString icuText(QStringView text)
@@ -57,12 +65,12 @@ QString reason(UErrorCode status)
     }
 }
 
-/// One run over a text: ICU's matcher with a deadline in real time. ICU's own limit counts the steps of one
-/// starting position only, so that a slow pattern on a long text would never reach it.
+/// One run over a text: ICU's matcher with a limit to this thread's work. ICU's own limit counts the steps of
+/// one starting position only, so that a slow pattern on a long text would never reach it.
 class Search {
 public:
     Search(const icu::RegexPattern &pattern, QStringView text, Regex::Duration timeLimit)
-        : m_text(icuText(text)), m_deadline(Clock::now() + timeLimit)
+        : m_text(icuText(text)), m_end(timeWorked() + timeLimit)
     {
         if (text.size() > std::numeric_limits<int32_t>::max()) {
             m_status = U_INDEX_OUTOFBOUNDS_ERROR;
@@ -104,7 +112,7 @@ public:
 private:
     static UBool goOnMatching(const void *context, int32_t)
     {
-        return Clock::now() < static_cast<const Search *>(context)->m_deadline;
+        return timeWorked() < static_cast<const Search *>(context)->m_end;
     }
 
     static UBool goOnFinding(const void *context, int64_t)
@@ -112,11 +120,11 @@ private:
         // Asked at every starting position: looking at the clock each time would double the work.
         constexpr unsigned positionsPerLook = 256;
         const auto *const search = static_cast<const Search *>(context);
-        return ++search->m_positions % positionsPerLook != 0 || Clock::now() < search->m_deadline;
+        return ++search->m_positions % positionsPerLook != 0 || timeWorked() < search->m_end;
     }
 
     icu::UnicodeString m_text;
-    Clock::time_point m_deadline;
+    std::chrono::nanoseconds m_end; ///< In time worked.
     mutable unsigned m_positions = 0;
     UErrorCode m_status = U_ZERO_ERROR;
     std::unique_ptr<icu::RegexMatcher> m_matcher;

@@ -18,7 +18,7 @@ namespace morvane {
 
 /// Where a search stood when it gave up.
 enum class RegexFailure {
-    timeout,    ///< The time limit passed.
+    timeout,    ///< The limit to the work was reached.
     tooComplex, ///< Backtracking needed more memory than ICU's limit of 8 MB.
     tooLong,    ///< The text has more than 2^31 - 1 UTF-16 units.
 };
@@ -50,8 +50,8 @@ private:
 };
 
 /// A compiled regular expression with ICU's syntax and meaning. Immutable; copies share the compiled form;
-/// any number of threads may search with one. No search runs longer than its time limit, whatever the
-/// expression and the text.
+/// any number of threads may search with one. No search works longer than its time limit, whatever the
+/// expression and the text; only the time that its thread has a processor counts.
 class Regex {
 public:
     enum class Option {

@@ -13,7 +13,7 @@ namespace {
 constexpr qint64 tooManyBytes = 5'000'000;
 constexpr qsizetype matchesPerFile = 10;
 constexpr qsizetype lineCharacters = 300;
-/// For all matches in one file. Honest patterns need a few milliseconds for the largest files.
+/// Of work, for all matches in one file. Honest patterns need a few milliseconds for the largest files.
 constexpr std::chrono::milliseconds timeLimit{1000};
 
 QByteArrayView withoutByteOrderMark(QByteArrayView bytes)

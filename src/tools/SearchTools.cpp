@@ -17,7 +17,7 @@ namespace {
 
 constexpr qsizetype linesReturned = 50;
 constexpr qsizetype pathsReturned = 100;
-/// Names for which a pattern is too slow before the search ends; each has cost a tenth of a second.
+/// Names for which a pattern is too slow before the search ends; each has cost a tenth of a second of work.
 constexpr int mostSlowNames = 10;
 
 QString noMatches(const QString &pattern, const QString &path)
@@ -56,7 +56,10 @@ QString SearchTools::grepSearch(const QString &pattern, const QString &path, con
         return u"Error: invalid search pattern: matching takes too long"_s;
     if (lines.isEmpty())
         return noMatches(pattern, path);
-    return lines.first(std::min(lines.size(), linesReturned)).join(u'\n');
+    lines = lines.first(std::min(lines.size(), linesReturned));
+    if (gaveUp)
+        lines.append(u"(Matching took too long in some files, so matches may be missing.)"_s);
+    return lines.join(u'\n');
 }
 
 QString SearchTools::globFind(const QString &pattern, const QString &path)
@@ -92,6 +95,8 @@ QString SearchTools::globFind(const QString &pattern, const QString &path)
         return u"Error: invalid pattern."_s;
     if (paths.isEmpty())
         return u"No files found matching \"%1\" in %2."_s.arg(pattern, path);
+    if (slowNames > 0)
+        paths.append(u"(Matching took too long for some names, so paths may be missing.)"_s);
     return paths.join(u'\n');
 }
 

@@ -11,7 +11,8 @@ namespace morvane {
 class SearchTools {
 public:
     /// The first 50 lines that a regular expression matches in, of a folder's files or of one file; `include`
-    /// limits the files by a name pattern unless it is empty. Uses the other processors too.
+    /// limits the files by a name pattern unless it is empty. A last line says so if a file was given up
+    /// because matching took too long. Uses the other processors too.
     static QString grepSearch(const QString &pattern, const QString &path, const QString &include);
 
     /// The first 100 paths, relative to the folder, that a name pattern matches.

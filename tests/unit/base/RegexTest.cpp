@@ -1,7 +1,11 @@
 #include "base/Regex.h"
 
+#include <atomic>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -110,6 +114,29 @@ TEST(RegexTest, EndsAPatternThatIsSlowFromEveryPositionAtTheTimeLimit)
     const auto result = compiled(u"a*b").contains(QString(200'000, u'a'), 50ms);
     ASSERT_FALSE(result.has_value());
     EXPECT_EQ(result.error(), RegexFailure::timeout);
+}
+
+TEST(RegexTest, EndsAPatternWhoseLoopsGiveNothingBackAtTheTimeLimit)
+{
+    const auto result = compiled(u"(?>[^x]*)x").contains(QString(300'000, u'a'), 50ms);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error(), RegexFailure::timeout);
+}
+
+TEST(RegexTest, ABusyMachineFindsWhatAnIdleOneFinds)
+{
+    const Regex regex = compiled(u"a*b");
+    const QString text = QString(1'500, u'a') + u'\n' + u'b';
+    const std::clock_t start = std::clock();
+    ASSERT_TRUE(*regex.contains(text, 60s));
+    const auto alone = std::chrono::milliseconds(1 + 1000 * (std::clock() - start) / CLOCKS_PER_SEC);
+    std::atomic<int> found = 0;
+    std::vector<std::jthread> threads;
+    const unsigned count = 20 * std::max(1U, std::thread::hardware_concurrency());
+    for (unsigned i = 0; i < count; ++i)
+        threads.emplace_back([&] { found += regex.contains(text, 5 * alone).value_or(false) ? 1 : 0; });
+    threads.clear();
+    EXPECT_EQ(found, static_cast<int>(count));
 }
 
 TEST(RegexTest, ReportsExhaustedBacktrackingMemory)
