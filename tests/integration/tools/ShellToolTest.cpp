@@ -210,6 +210,12 @@ TEST_F(ShellToolTest, TheAnswerDoesNotWaitWhenThePipesAreAtTheirEnd)
     EXPECT_LT(timer.elapsed(), 10'000);
 }
 
+TEST_F(ShellToolTest, TheProgramGivesThirtySecondsAndTwoMore)
+{
+    EXPECT_EQ(ShellLimits().time, 30s); // what the explanation tells the model
+    EXPECT_EQ(ShellLimits().untilKill, 2s);
+}
+
 TEST_F(ShellToolTest, ACommandBeyondItsLimitIsStoppedAndExplained)
 {
     useLimits({300ms, 20s, 200ms});
