@@ -7,6 +7,7 @@
 #include "support/FakeKeychain.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
+#include "support/UnheardReading.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -119,6 +120,7 @@ TEST_F(ConversationsTest, ARowThatIsNewestAgainMovesToTheTop)
 TEST_F(ConversationsTest, ASaveDuringAReadingIsNotLost)
 {
     conversations.reload();
+    finishReadingUnheard(store);
     ChatMessage message;
     message.id = QUuid::createUuid();
     conversations.setProvisionalTitle(u"New"_s);

@@ -1,6 +1,7 @@
 #include "SavedConversations.h"
 
 #include "base/Uuid.h"
+#include "support/UnheardReading.h"
 
 using namespace Qt::StringLiterals;
 
@@ -113,6 +114,7 @@ TEST_F(OpeningTest, NothingIsSavedBeforeTheMessagesAreThere)
 TEST_F(OpeningTest, DeletingWhatIsBeingOpenedDeletesIt)
 {
     model->openConversation(second);
+    finishReadingUnheard(*store);
     model->deleteConversation(second);
     EXPECT_FALSE(model->currentConversationID().has_value());
     settle();
@@ -138,6 +140,7 @@ TEST_F(OpeningTest, DeletingTheOneBeforeLeavesTheOpeningAlone)
 TEST_F(OpeningTest, WhatWasDeletedStaysSoWhenItIsOpenedAgain)
 {
     model->openConversation(second);
+    finishReadingUnheard(*store);
     model->deleteConversation(second);
     model->openConversation(second);
     settle();
@@ -152,6 +155,7 @@ TEST_F(OpeningTest, WhatWasDeletedStaysSoWhenItIsOpenedAgain)
 TEST_F(OpeningTest, WhatIsDeletedBeforeItIsRestoredDoesNotComeBack)
 {
     beginStart();
+    finishReadingUnheard(*store);
     model->deleteConversation(first);
     settle();
     EXPECT_FALSE(model->currentConversationID().has_value());
@@ -164,6 +168,7 @@ TEST_F(OpeningTest, WhatIsDeletedBeforeItIsRestoredDoesNotComeBack)
 TEST_F(OpeningTest, AnotherThatIsDeletedDuringTheRestoreDoesNotComeBack)
 {
     beginStart();
+    finishReadingUnheard(*store);
     model->deleteConversation(second);
     settle();
     EXPECT_EQ(model->currentConversationID(), first);
@@ -173,6 +178,7 @@ TEST_F(OpeningTest, AnotherThatIsDeletedDuringTheRestoreDoesNotComeBack)
 TEST_F(OpeningTest, OpeningDuringTheRestoreTakesItsPlace)
 {
     beginStart();
+    finishReadingUnheard(*store);
     model->openConversation(second);
     settle();
     EXPECT_EQ(model->currentConversationID(), second);
@@ -204,6 +210,7 @@ TEST_F(OpeningTest, ANewConversationDuringTheRestoreStaysNew)
 TEST_F(OpeningTest, ANewConversationDuringTheOpeningStaysNew)
 {
     model->openConversation(second);
+    finishReadingUnheard(*store);
     model->newConversation();
     settle();
     EXPECT_FALSE(model->currentConversationID().has_value());
