@@ -105,6 +105,31 @@ TEST_F(OddServerTest, TruncatedChunkedBodyIsATransportError)
     EXPECT_EQ(outcome.transportError, TransportError::Kind::networkConnectionLost);
 }
 
+TEST_F(OddServerTest, AnswerThatEndsAtAnyByteIsNeverTakenForTheWhole)
+{
+    const QByteArray stream = event("one ") + event("tw\xC3\xB3 ") + event("three") + "data: [DONE]\n\n";
+    const QByteArray head = rawHttpHead(200, {{"Transfer-Encoding", "chunked"}});
+    const QByteArray response =
+        head + QByteArray::number(stream.size(), 16) + "\r\n" + stream + "\r\n0\r\n\r\n";
+    const qsizetype whole = response.indexOf("[DONE]\n") + 7;
+    for (const bool isReset : {true, false})
+        for (qsizetype length = 0; length < response.size(); ++length) {
+            RawHttpServer server([&](RawHttpConnection &connection) {
+                connection.readRequest();
+                connection.send(response.first(length));
+                if (isReset)
+                    connection.reset();
+            });
+            const TurnOutcome outcome = turn(server);
+            ASSERT_EQ(server.requests().size(), 1) << length;
+            ASSERT_TRUE(u"one twó three"_s.startsWith(outcome.pieces.join(QString()))) << length;
+            if (outcome.result)
+                ASSERT_TRUE(length >= whole && outcome.text() == u"one twó three"_s) << length;
+            else
+                ASSERT_EQ(outcome.transportError, TransportError::Kind::networkConnectionLost) << length;
+        }
+}
+
 TEST_F(OddServerTest, EndMarkerEndsTheTurnThoughTheConnectionStaysOpen)
 {
     RawHttpServer server([](RawHttpConnection &connection) {

@@ -177,6 +177,13 @@ TEST_F(DefaultsFileTest, FileTooLargeToBeSettingsIsSetAside)
     EXPECT_EQ(QFileInfo(path + ".damaged").size(), DefaultsFile::maximumBytes + 1);
 }
 
+TEST_F(DefaultsFileTest, FileOfATerabyteIsNotReadWhole)
+{
+    home.write("Morvane/Morvane.conf", "[General]\nmodel=a\n");
+    ASSERT_EQ(::truncate(QFile::encodeName(path).constData(), off_t(1) << 40), 0);
+    EXPECT_TRUE(file.read().isDamaged);
+}
+
 TEST_F(DefaultsFileTest, ValuesTooLargeToBeReadAreNotWritten)
 {
     ASSERT_TRUE(file.update([](QVariantMap &values) { values.insert("a", "old"); }));

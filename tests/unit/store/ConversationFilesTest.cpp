@@ -2,6 +2,7 @@
 
 #include "base/Uuid.h"
 #include "support/FileSizeLimit.h"
+#include "support/FileSteps.h"
 #include "support/SampleConversation.h"
 #include "support/TemporaryHome.h"
 
@@ -313,6 +314,40 @@ TEST_F(ConversationFilesTest, RemovingTwiceDoesNothingTheSecondTime)
     EXPECT_EQ(titles(), QStringList{"Other"});
     files.remove(id);
     EXPECT_EQ(titles(), QStringList{"Other"});
+}
+
+TEST_F(ConversationFilesTest, WhatACrashedWriteLeftIsRemovedAtTheStart)
+{
+    home.write("Conversations/.morvane-write-abcdef", "a secret");
+    files.prepareFolder();
+    EXPECT_TRUE(entries().isEmpty());
+}
+
+TEST_F(ConversationFilesTest, SavedConversationIsOnTheDiskBeforeItReplacesTheOlderOne)
+{
+    const FileSteps steps;
+    const QUuid id = newUuid();
+    files.save(id, "Title", messages, 1);
+    struct stat status{};
+    ASSERT_EQ(::stat(pathBytes(uuidText(id) + ".json").constData(), &status), 0);
+    ASSERT_EQ(steps.all().size(), 3);
+    EXPECT_EQ(steps.all().at(0).kind, FileSteps::Step::Kind::synced);
+    EXPECT_EQ(steps.all().at(0).inode, status.st_ino);
+    EXPECT_EQ(steps.all().at(0).size, status.st_size);
+    EXPECT_EQ(steps.all().at(1).kind, FileSteps::Step::Kind::renamed);
+    EXPECT_EQ(steps.all().at(2).kind, FileSteps::Step::Kind::synced);
+}
+
+TEST_F(ConversationFilesTest, FileThatHasAnotherNameElsewhereKeepsItsMode)
+{
+    put("a.json", 1);
+    put("b.json", 2);
+    ASSERT_EQ(::link(pathBytes("a.json").constData(), QFile::encodeName(home.path("shared")).constData()), 0);
+    for (const char *name : {"a.json", "b.json"})
+        ASSERT_EQ(::chmod(pathBytes(name).constData(), 0644), 0);
+    EXPECT_EQ(titles().size(), 2);
+    EXPECT_EQ(permissionBits(home.path("shared")), 0644U);
+    EXPECT_EQ(permissionBits(folder + "/b.json"), 0600U);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "store/UserDefaults.h"
 
 #include "support/FileSizeLimit.h"
+#include "support/FileSteps.h"
 #include "support/TemporaryHome.h"
 #include "support/WaitUntil.h"
 
@@ -8,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
@@ -45,6 +47,22 @@ TEST_F(UserDefaultsTest, WriteHandsTheValuesOverAtOnce)
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nlist=x, y\nmodel=a\n"));
     EXPECT_EQ(permissionBits(path), 0600U);
     EXPECT_EQ(entries(), QStringList{"Morvane.conf"});
+}
+
+TEST_F(UserDefaultsTest, WhatWasWrittenIsBroughtToTheDiskSoonAfter)
+{
+    UserDefaults defaults(path);
+    const FileSteps steps;
+    defaults.set("apiKey_groq", "secret");
+    ASSERT_TRUE(defaults.write());
+    struct stat status{};
+    ASSERT_EQ(::stat(QFile::encodeName(path).constData(), &status), 0);
+    EXPECT_TRUE(waitUntil([&] {
+        const auto all = steps.all();
+        return std::any_of(all.begin(), all.end(), [&](const FileSteps::Step &step) {
+            return step.kind == FileSteps::Step::Kind::synced && step.inode == status.st_ino;
+        });
+    }));
 }
 
 TEST_F(UserDefaultsTest, ValuesAreThereAfterTheNextStart)
