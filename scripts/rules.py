@@ -13,7 +13,7 @@ from pathlib import Path
 
 HEADER_LINES = 160
 CLASS_LINES = 400
-BEING_DIVIDED = {"AppModel", "ChatScrollView", "ConversationLayout"}  # too large today; take out what has been divided
+BEING_DIVIDED = {"ChatScrollView", "ConversationLayout"}  # too large today; take out what has been divided
 
 Violation = namedtuple("Violation", "file line text")
 Folder = namedtuple("Folder", "depends libraries apart")
