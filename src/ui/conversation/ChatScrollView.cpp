@@ -4,13 +4,17 @@
 #include "app/Transcript.h"
 #include "ui/conversation/ChatScrollViewAccessible.h"
 #include "ui/conversation/ConversationPainter.h"
+#include "ui/conversation/RowMenu.h"
+#include "ui/markdown/MarkdownParser.h"
 
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDesktopServices>
+#include <QGuiApplication>
+#include <QKeyEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
-#include <QStyle>
 #include <QUrl>
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -20,16 +24,14 @@ namespace {
 
 /// Changes of a stream are gathered for one frame of a 60 Hz screen.
 constexpr int frameTime = 16;
-constexpr int scrollTime = 200;
-/// Each round lays out what the round before brought into sight; more are never needed on real text.
-constexpr int roundLimit = 50;
 
 } // namespace
 
 ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &activity,
                                Announcer &announcer, QWidget *parent)
     : QAbstractScrollArea(parent), m_content(transcript, activity), m_layout(m_content),
-      m_actions(m_content, announcer), m_codeButtons(m_layout, announcer, *this),
+      m_scroll(m_layout, *this), m_gestures(m_layout, m_scroll, *viewport()), m_actions(m_content, announcer),
+      m_codeButtons(m_layout, announcer, *this),
       m_openLink([](const QUrl &url) { QDesktopServices::openUrl(url); })
 {
     QAccessible::installFactory(&ChatScrollViewAccessible::create);
@@ -39,28 +41,31 @@ ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &
     setAccessibleName(u"Conversation"_s);
     viewport()->setBackgroundRole(QPalette::Base);
     viewport()->setAutoFillBackground(true);
-    viewport()->setMouseTracking(true);
-    viewport()->setCursor(Qt::IBeamCursor);
 
-    m_clock.start();
     m_frameTimer.setSingleShot(true);
     connect(&m_frameTimer, &QTimer::timeout, this, &ChatScrollView::flush);
-    m_followTimer.setSingleShot(true);
-    connect(&m_followTimer, &QTimer::timeout, this, [this] { scrollToBottom(Travel::animated); });
-    m_scrolling.setStartValue(0.0);
-    m_scrolling.setEndValue(1.0);
-    m_scrolling.setDuration(scrollTime);
-    m_scrolling.setEasingCurve(QEasingCurve::OutQuad);
-    connect(&m_scrolling, &QVariantAnimation::valueChanged, this, &ChatScrollView::advanceScroll);
-    connect(&m_scrolling, &QVariantAnimation::finished, this, &ChatScrollView::endScroll);
+    connect(&m_scroll, &ConversationScroll::moved, this, &ChatScrollView::placeButtons);
+    connect(&m_scroll, &ConversationScroll::isUnfinished, this, &ChatScrollView::schedule);
+    connect(&m_gestures, &SelectionGestures::selectionChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(&m_gestures, &SelectionGestures::rowPressed, this, [this](const ConversationItem &item) {
+        m_showsFocus = false;
+        m_current = item;
+        placeButtons();
+    });
+    connect(&m_gestures, &SelectionGestures::linkPressed, this, &ChatScrollView::openLink);
+    connect(&m_gestures, &SelectionGestures::headerPressed, this, &ChatScrollView::toggleActivity);
+    connectContent(transcript, activity);
+    updateStyle();
+}
 
+void ChatScrollView::connectContent(const Transcript &transcript, const ActivityLog &activity)
+{
     connect(&transcript, &Transcript::messagesReset, this, &ChatScrollView::rebuild);
     connect(&transcript, &Transcript::messageAppended, this, &ChatScrollView::takeRows);
     connect(&transcript, &Transcript::messageChanged, this, &ChatScrollView::takeMessageChange);
     connect(&transcript, &Transcript::textAppended, this, &ChatScrollView::takeGrowth);
     connect(&activity, &ActivityLog::stepAppended, this, &ChatScrollView::takeRows);
     connect(&activity, &ActivityLog::cleared, this, &ChatScrollView::rebuild);
-    updateStyle();
 }
 
 void ChatScrollView::updateStyle()
@@ -72,13 +77,11 @@ void ChatScrollView::updateStyle()
 
 void ChatScrollView::rebuild()
 {
-    m_scrolling.stop();
-    m_selection.clear();
+    m_gestures.clear();
     m_current.reset();
     m_grownMessage.reset();
     m_layout.reset();
-    m_tracker.lock();
-    m_keep = Keep::bottom;
+    m_scroll.openAtBottom();
     schedule();
     prepareToTell();
     Q_EMIT rowsReset();
@@ -87,8 +90,8 @@ void ChatScrollView::rebuild()
 void ChatScrollView::takeMessageChange(qsizetype row)
 {
     const ConversationItem item{.kind = ConversationItem::Kind::message, .index = row};
-    if (m_selection.item() == item)
-        m_selection.clear();
+    if (m_gestures.selection().item() == item)
+        m_gestures.clear();
     if (m_grownMessage == row)
         m_grownMessage.reset();
     m_layout.invalidate(item);
@@ -124,8 +127,8 @@ void ChatScrollView::setActivityFolded(bool folded)
     if (folded == m_content.isActivityFolded())
         return;
     m_content.setActivityFolded(folded);
-    if (folded && isStep(m_selection.item()))
-        m_selection.clear();
+    if (folded && isStep(m_gestures.selection().item()))
+        m_gestures.clear();
     if (folded && isStep(m_current))
         m_current = ConversationItem{.kind = ConversationItem::Kind::activityHeader, .index = 0};
     m_layout.update();
@@ -161,162 +164,24 @@ void ChatScrollView::flush()
         m_layout.grow({.kind = ConversationItem::Kind::message, .index = *m_grownMessage});
         m_grownMessage.reset();
     }
-    const Keep keep = std::exchange(m_keep, Keep::anchor);
-    relayout(keep);
-    if (keep == Keep::anchor)
-        scrollToBottom(Travel::animated);
+    m_scroll.showFrame();
 }
 
-int ChatScrollView::maximumOffset() const
+void ChatScrollView::placeButtons()
 {
-    return qMax(0, m_layout.height() - viewport()->height());
-}
-
-void ChatScrollView::relayout(Keep keep)
-{
-    const ScrollAnchor anchor = m_anchor;
-    m_layout.beginPass();
-    int offset = m_offset;
-    for (int round = 0; round < roundLimit; ++round) {
-        offset = keep == Keep::bottom ? maximumOffset() : qBound(0, anchoredOffset(anchor), maximumOffset());
-        if (!m_layout.prepare(offset, offset + viewport()->height()))
-            break;
-    }
-    setOffset(offset);
-    if (!m_layout.isPassComplete()) {
-        m_keep = keep;
-        schedule();
-    }
-}
-
-void ChatScrollView::setOffset(int offset)
-{
-    m_offset = qBound(0, offset, maximumOffset());
-    m_anchor = anchorAt(m_offset);
-    m_isAdjusting = true;
-    verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setRange(0, maximumOffset());
-    verticalScrollBar()->setValue(m_offset);
-    m_isAdjusting = false;
-    m_codeButtons.place(m_offset, viewport()->height(), m_current);
+    m_codeButtons.place(m_scroll.offset(), viewport()->height(), m_current);
     viewport()->update();
-}
-
-ScrollAnchor ChatScrollView::anchorAt(int offset)
-{
-    const qsizetype firstRow = m_layout.rowAt(offset);
-    if (firstRow < 0)
-        return {};
-    // What is already laid out must not move; what is only estimated has no place to keep yet.
-    for (qsizetype row = firstRow; row < m_content.count(); ++row) {
-        const ConversationItem item = m_content.item(row);
-        const int rowTop = m_layout.top(row);
-        if (rowTop >= offset + viewport()->height())
-            break;
-        const RowLayout &layout = m_layout.peek(item);
-        int top = rowTop + m_layout.rowFrame(item).top;
-        for (qsizetype i = 0; i < layout.segments.size(); ++i) {
-            const SegmentLayout &segment = layout.segments.at(i);
-            const bool isVisible = top + segment.height > offset && top < offset + viewport()->height();
-            if (isVisible && segment.isMeasured)
-                return {.item = item, .segment = i, .source = segment.segment.from, .screenY = top - offset};
-            top += segment.height;
-        }
-    }
-    const ConversationItem item = m_content.item(firstRow);
-    const int y = offset - m_layout.top(firstRow);
-    if (!m_layout.peek(item).isSplit())
-        return {.item = item, .within = static_cast<double>(y) / qMax(1, m_layout.rowHeight(item))};
-    const qsizetype index = m_layout.segmentAt(item, y);
-    const SegmentLayout &segment = m_layout.peek(item).segments.at(index);
-    const int inSegment = y - m_layout.segmentTop(item, index);
-    return {.item = item,
-            .segment = index,
-            .source = segment.segment.from,
-            .within = static_cast<double>(inSegment) / qMax(1, segment.height)};
-}
-
-int ChatScrollView::anchoredOffset(const ScrollAnchor &anchor)
-{
-    const qsizetype row = m_content.position(anchor.item);
-    if (row < 0)
-        return m_offset;
-    const int rowTop = m_layout.top(row);
-    if (anchor.segment < 0)
-        return rowTop + qRound(anchor.within * m_layout.rowHeight(anchor.item)) - anchor.screenY;
-    const auto &segments = m_layout.row(anchor.item).segments;
-    qsizetype index = anchor.segment;
-    if (index >= segments.size() || segments.at(index).segment.from != anchor.source) {
-        index = 0;
-        while (index + 1 < segments.size() && segments.at(index + 1).segment.from > 0 &&
-               segments.at(index + 1).segment.from <= anchor.source) {
-            ++index;
-        }
-    }
-    return rowTop + m_layout.segmentTop(anchor.item, index) +
-           qRound(anchor.within * segments.at(index).height) - anchor.screenY;
-}
-
-void ChatScrollView::scrollToBottom(Travel travel)
-{
-    if (!m_tracker.isNearBottom() || m_offset >= maximumOffset() ||
-        m_scrolling.state() == QVariantAnimation::Running) {
-        return;
-    }
-    const qint64 now = m_clock.elapsed();
-    if (!m_tracker.mayScroll(now)) {
-        if (!m_followTimer.isActive())
-            m_followTimer.start(static_cast<int>(m_tracker.pause(now)));
-        return;
-    }
-    const bool animates = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (travel == Travel::atOnce || !animates || !isVisible()) {
-        relayout(Keep::bottom);
-        return;
-    }
-    // What lies far above would only flicker past.
-    m_scrollStart = qMax(m_offset, maximumOffset() - 2 * viewport()->height());
-    m_scrolling.start();
-}
-
-void ChatScrollView::advanceScroll(const QVariant &progress)
-{
-    if (m_scrolling.state() != QVariantAnimation::Running)
-        return;
-    const int distance = maximumOffset() - m_scrollStart;
-    const int offset = m_scrollStart + qRound(distance * progress.toDouble());
-    m_layout.beginPass();
-    m_layout.prepare(offset, offset + viewport()->height());
-    setOffset(offset);
-    if (!m_layout.isPassComplete())
-        schedule();
-}
-
-void ChatScrollView::endScroll()
-{
-    relayout(Keep::bottom);
 }
 
 void ChatScrollView::scrollContentsBy(int, int)
 {
-    if (m_isAdjusting)
-        return;
-    m_scrolling.stop();
-    m_offset = verticalScrollBar()->value();
-    m_anchor = anchorAt(m_offset);
-    if (m_offset == 0 && m_content.count() > 0)
-        m_anchor = {.item = m_content.item(0), .screenY = m_layout.style().endGap};
-    relayout(m_offset >= verticalScrollBar()->maximum() ? Keep::bottom : Keep::anchor);
-    m_tracker.updateNearBottom(m_layout.height(),
-                               {.offset = static_cast<double>(m_offset),
-                                .viewportHeight = static_cast<double>(viewport()->height())});
+    m_scroll.takeBar();
 }
 
 void ChatScrollView::resizeEvent(QResizeEvent *)
 {
     m_layout.setWidth(viewport()->width());
-    m_scrolling.stop();
-    relayout(m_tracker.isNearBottom() ? Keep::bottom : Keep::anchor);
+    m_scroll.takeSize();
 }
 
 void ChatScrollView::showEvent(QShowEvent *event)
@@ -329,9 +194,9 @@ void ChatScrollView::paintEvent(QPaintEvent *event)
 {
     flush();
     QPainter painter(viewport());
-    ConversationPainter(m_layout, m_selection, palette())
+    ConversationPainter(m_layout, m_gestures.selection(), palette())
         .paint(painter, event->rect(),
-               {.offset = m_offset, .focusRow = hasFocus() && m_showsFocus ? currentRow() : -1});
+               {.offset = m_scroll.offset(), .focusRow = hasFocus() && m_showsFocus ? currentRow() : -1});
 }
 
 void ChatScrollView::changeEvent(QEvent *event)
@@ -341,11 +206,6 @@ void ChatScrollView::changeEvent(QEvent *event)
         updateStyle();
 }
 
-bool ChatScrollView::isSettled() const
-{
-    return !m_isDirty && !m_followTimer.isActive() && m_scrolling.state() != QVariantAnimation::Running;
-}
-
 qsizetype ChatScrollView::currentRow() const
 {
     return m_current ? m_content.position(*m_current) : -1;
@@ -353,13 +213,186 @@ qsizetype ChatScrollView::currentRow() const
 
 QRect ChatScrollView::rowRect(qsizetype row) const
 {
-    return {0, m_layout.top(row) - m_offset, viewport()->width(), m_layout.rowHeight(m_content.item(row))};
+    return {0, m_layout.top(row) - m_scroll.offset(), viewport()->width(),
+            m_layout.rowHeight(m_content.item(row))};
 }
 
 qsizetype ChatScrollView::rowAt(const QPoint &position) const
 {
-    const qsizetype row = m_layout.rowAt(m_offset + position.y());
+    const qsizetype row = m_layout.rowAt(m_scroll.offset() + position.y());
     return row >= 0 && rowRect(row).contains(position) ? row : -1;
+}
+
+void ChatScrollView::setCurrentRow(qsizetype row)
+{
+    if (row < 0 || row >= m_content.count())
+        return;
+    m_current = m_content.item(row);
+    m_scroll.show(*m_current);
+    tellCurrentRow();
+}
+
+void ChatScrollView::tellCurrentRow()
+{
+    prepareToTell();
+    Q_EMIT currentRowChanged(currentRow());
+}
+
+void ChatScrollView::moveRow(int direction)
+{
+    const qsizetype last = m_content.count() - 1;
+    setCurrentRow(currentRow() < 0 ? last : qBound<qsizetype>(0, currentRow() + direction, last));
+}
+
+void ChatScrollView::movePage(int direction)
+{
+    const int line = m_layout.style().lineHeight;
+    m_scroll.scrollBy(direction * qMax(line, viewport()->height() - 2 * line));
+    // The first row that begins in sight; within a row taller than the page, that row.
+    const int offset = m_scroll.offset();
+    qsizetype row = m_layout.rowAt(offset);
+    const bool beginsAbove = m_layout.top(row) < offset;
+    if (beginsAbove && row + 1 < m_content.count() &&
+        m_layout.top(row + 1) < offset + viewport()->height() / 2)
+        ++row;
+    m_current = m_content.item(row);
+    placeButtons();
+    tellCurrentRow();
+}
+
+void ChatScrollView::pressRow(qsizetype row)
+{
+    if (row >= 0 && m_current->kind == ConversationItem::Kind::activityHeader)
+        toggleActivity();
+    else
+        openMenuOnRow(row);
+}
+
+void ChatScrollView::keyPressEvent(QKeyEvent *event)
+{
+    if (m_content.count() == 0) {
+        QAbstractScrollArea::keyPressEvent(event);
+        return;
+    }
+    if (event->matches(QKeySequence::Copy)) {
+        copy();
+        return;
+    }
+    if (event->matches(QKeySequence::SelectAll)) {
+        selectAll();
+        return;
+    }
+    m_showsFocus = true;
+    const int direction = event->key() == Qt::Key_Up || event->key() == Qt::Key_PageUp ? -1 : 1;
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (event->modifiers().testFlag(Qt::ControlModifier))
+            m_scroll.scrollBy(direction * verticalScrollBar()->singleStep());
+        else
+            moveRow(direction);
+        return;
+    case Qt::Key_Home:
+        setCurrentRow(0);
+        return;
+    case Qt::Key_End:
+        setCurrentRow(m_content.count() - 1);
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+        return;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        movePage(direction);
+        return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        if (!event->isAutoRepeat())
+            pressRow(currentRow());
+        return;
+    default:
+        QAbstractScrollArea::keyPressEvent(event);
+    }
+}
+
+bool ChatScrollView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        auto *key = static_cast<QKeyEvent *>(event);
+        if (key->matches(QKeySequence::Copy) || key->matches(QKeySequence::SelectAll)) {
+            key->accept();
+            return true;
+        }
+    }
+    return QAbstractScrollArea::event(event);
+}
+
+void ChatScrollView::focusInEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusInEvent(event);
+    if (currentRow() < 0 && m_content.count() > 0)
+        m_current = m_content.item(m_content.count() - 1);
+    m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
+                   event->reason() == Qt::ShortcutFocusReason;
+    if (m_showsFocus && currentRow() >= 0)
+        m_scroll.show(*m_current);
+    if (currentRow() >= 0)
+        tellCurrentRow();
+    viewport()->update();
+}
+
+void ChatScrollView::focusOutEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void ChatScrollView::copy()
+{
+    if (!m_gestures.selection().isEmpty())
+        QGuiApplication::clipboard()->setText(selectedText());
+    else if (currentRow() >= 0)
+        m_actions.copy(*m_current);
+}
+
+void ChatScrollView::selectAll()
+{
+    if (currentRow() >= 0)
+        m_gestures.selectRow(*m_current);
+}
+
+void ChatScrollView::openLink(const QString &address)
+{
+    if (isSafeLink(address))
+        m_openLink(QUrl(address));
+}
+
+void ChatScrollView::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        openMenuOnRow(currentRow());
+    } else if (const qsizetype row = rowAt(event->pos()); row >= 0) {
+        m_current = m_content.item(row);
+        openMenu(*m_current, event->globalPos());
+    }
+}
+
+void ChatScrollView::openMenuOnRow(qsizetype row)
+{
+    if (row < 0)
+        return;
+    const QRect rect = rowRect(row).intersected(viewport()->rect());
+    openMenu(m_content.item(row), viewport()->mapToGlobal(rect.center()));
+}
+
+void ChatScrollView::openMenu(const ConversationItem &item, const QPoint &globalPosition)
+{
+    const bool hasSelection = !m_gestures.selection().isEmpty() && m_gestures.selection().item() == item;
+    auto *menu =
+        new RowMenu(m_actions, item, hasSelection ? RowMenu::Selection::within : RowMenu::Selection::none,
+                    m_layout.links(item), this);
+    connect(menu, &RowMenu::copySelectionRequested, this, &ChatScrollView::copy);
+    connect(menu, &RowMenu::linkRequested, this, &ChatScrollView::openLink);
+    menu->popupAt(globalPosition);
 }
 
 } // namespace morvane

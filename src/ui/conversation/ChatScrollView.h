@@ -2,16 +2,12 @@
 
 #include "ui/conversation/CodeButtons.h"
 #include "ui/conversation/ConversationLayout.h"
-#include "ui/conversation/NearBottomTracker.h"
+#include "ui/conversation/ConversationScroll.h"
 #include "ui/conversation/RowActions.h"
-#include "ui/conversation/ScrollAnchor.h"
-#include "ui/conversation/TextSelection.h"
+#include "ui/conversation/SelectionGestures.h"
 
 #include <QAbstractScrollArea>
-#include <QBasicTimer>
-#include <QElapsedTimer>
 #include <QTimer>
-#include <QVariantAnimation>
 #include <functional>
 #include <optional>
 
@@ -36,10 +32,10 @@ public:
     const ConversationContent &content() const { return m_content; }
     const ConversationLayout &rows() const { return m_layout; }
     const RowActions &actions() const { return m_actions; }
-    bool isNearBottom() const { return m_tracker.isNearBottom(); }
+    bool isNearBottom() const { return m_scroll.isNearBottom(); }
     /// Whether every change is drawn and no scrolling is under way or waits for its time.
-    bool isSettled() const;
-    QString selectedText() { return m_selection.text(m_layout); }
+    bool isSettled() const { return !m_isDirty && m_scroll.isSettled(); }
+    QString selectedText() { return m_gestures.selectedText(); }
     QList<QToolButton *> codeButtons() const { return m_codeButtons.visibleButtons(); }
 
     /// The row that the keyboard is on, or -1.
@@ -78,79 +74,44 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
     void changeEvent(QEvent *event) override;
     bool event(QEvent *event) override;
-    bool viewportEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
-    void mouseReleaseEvent(QMouseEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
 
 private:
-    enum class Keep { anchor, bottom };
-    enum class Travel { atOnce, animated };
-
+    void connectContent(const Transcript &transcript, const ActivityLog &activity);
     void rebuild();
     void takeMessageChange(qsizetype row);
     void takeGrowth(qsizetype row, qsizetype from);
     void takeRows();
     void schedule();
     void flush();
-    void relayout(Keep keep);
-    void scrollToBottom(Travel travel);
-    void advanceScroll(const QVariant &progress);
-    void endScroll();
-    void setOffset(int offset);
-    int maximumOffset() const;
-    int anchoredOffset(const ScrollAnchor &anchor);
-    ScrollAnchor anchorAt(int offset);
+    void placeButtons();
     void updateStyle();
     void prepareToTell();
-    void showRow(const ConversationItem &item);
+    void tellCurrentRow();
+    void moveRow(int direction);
     void movePage(int direction);
-
-    struct Hit {
-        ConversationItem item;
-        TextPosition position;
-        QString link;
-    };
-    std::optional<Hit> hitTest(const QPoint &position, const std::optional<ConversationItem> &within);
-    void extendSelection(const QPoint &position);
+    void pressRow(qsizetype row);
+    void toggleActivity() { setActivityFolded(!m_content.isActivityFolded()); }
     void openMenu(const ConversationItem &item, const QPoint &globalPosition);
+    void openMenuOnRow(qsizetype row);
     void openLink(const QString &address);
-    QString toolTipAt(const QPoint &position);
 
     ConversationContent m_content;
     ConversationLayout m_layout;
+    ConversationScroll m_scroll;
+    SelectionGestures m_gestures;
     RowActions m_actions;
     CodeButtons m_codeButtons;
-    TextSelection m_selection;
-    NearBottomTracker m_tracker;
     std::function<void(const QUrl &)> m_openLink;
 
-    int m_offset = 0;
-    ScrollAnchor m_anchor;
-    bool m_isAdjusting = false; ///< The scroll bar moves because of us, not of the user.
     bool m_isDirty = false;
-    Keep m_keep = Keep::bottom; ///< What the next frame holds on to.
     std::optional<qsizetype> m_grownMessage;
     QTimer m_frameTimer;
-    QTimer m_followTimer;
-    QElapsedTimer m_clock;
-    QVariantAnimation m_scrolling;
-    int m_scrollStart = 0;
-
     std::optional<ConversationItem> m_current;
     bool m_showsFocus = false; ///< The keyboard, not the mouse, brought the focus.
-    QBasicTimer m_dragTimer;
-    QBasicTimer m_tripleClickTimer;
-    QPoint m_pressedAt;
-    QString m_pressedLink;
-    bool m_pressedHeader = false;
-    bool m_isDragging = false;
 };
 
 } // namespace morvane

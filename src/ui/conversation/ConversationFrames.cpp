@@ -1,4 +1,4 @@
-#include "ui/conversation/ConversationLayout.h"
+#include "ui/conversation/ConversationFrames.h"
 
 #include <algorithm>
 
@@ -12,32 +12,31 @@ constexpr int columnsPerIndent = 3;
 
 } // namespace
 
-int ConversationLayout::columnWidth() const
+int ConversationFrames::columnWidth() const
 {
     const int limit = m_style.columnLimit + m_style.markSize + m_style.markGap;
     return qMax(narrowestText, qMin(m_width - 2 * m_style.margin, limit));
 }
 
-bool ConversationLayout::isUser(const ConversationItem &item) const
+bool ConversationFrames::isUser(const ConversationItem &item) const
 {
     return item.kind == ConversationItem::Kind::message && m_content.message(item).role == Role::user;
 }
 
-int ConversationLayout::bubbleLimit() const
+int ConversationFrames::bubbleLimit() const
 {
     return qMax(narrowestText, qRound(columnWidth() * bubbleShare) - 2 * m_style.bubblePadding);
 }
 
-int ConversationLayout::bubbleWidth(const ConversationItem &item) const
+int ConversationFrames::bubbleWidth(const RowLayout &row) const
 {
-    const RowLayout &row = rowLayout(item);
     int width = row.isSplit() ? 1 : bubbleLimit();
     for (const SegmentLayout &segment : row.segments)
         width = qMax(width, segment.isMeasured ? segment.naturalWidth : bubbleLimit());
     return qMin(width, bubbleLimit());
 }
 
-RowFrame ConversationLayout::rowFrame(const ConversationItem &item) const
+RowFrame ConversationFrames::rowFrame(const ConversationItem &item, const RowLayout &row) const
 {
     const int half = m_style.rowGap / 2;
     const int leading = m_style.markSize + m_style.markGap;
@@ -46,7 +45,7 @@ RowFrame ConversationLayout::rowFrame(const ConversationItem &item) const
     switch (item.kind) {
     case ConversationItem::Kind::message:
         if (isUser(item)) {
-            frame.width = bubbleWidth(item);
+            frame.width = bubbleWidth(row);
             frame.left = columnLeft() + columnWidth() - m_style.bubblePadding - frame.width;
             frame.top += m_style.bubblePadding;
             frame.bottom += m_style.bubblePadding;
@@ -69,12 +68,13 @@ RowFrame ConversationLayout::rowFrame(const ConversationItem &item) const
     return frame;
 }
 
-SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsizetype index) const
+SegmentFrame ConversationFrames::segmentFrame(const ConversationItem &item, const RowLayout &row,
+                                              qsizetype index) const
 {
-    const SegmentLayout &layout = rowLayout(item).segments.at(index);
+    const SegmentLayout &layout = row.segments.at(index);
     const TextSegment &segment = layout.segment;
     SegmentFrame frame;
-    frame.width = isUser(item) ? bubbleLimit() : rowFrame(item).width;
+    frame.width = isUser(item) ? bubbleLimit() : rowFrame(item, row).width;
     const int indent = (segment.indent + columnsPerIndent - 1) / columnsPerIndent;
     frame.left = qMin(indent * m_style.indentWidth, frame.width / 3);
     const int gap = index > 0 ? m_style.segmentGap : 0;
@@ -97,7 +97,7 @@ SegmentFrame ConversationLayout::segmentFrame(const ConversationItem &item, qsiz
     return frame;
 }
 
-int ConversationLayout::estimatedLines(QStringView text, double characterWidth, int width) const
+int ConversationFrames::estimatedLines(QStringView text, double characterWidth, int width) const
 {
     const double perLine = qMax(1.0, width / qMax(1.0, characterWidth));
     const auto lineEnds = std::count(text.begin(), text.end(), u'\n');
@@ -107,19 +107,20 @@ int ConversationLayout::estimatedLines(QStringView text, double characterWidth, 
            1;
 }
 
-int ConversationLayout::estimatedRowHeight(const ConversationItem &item) const
+int ConversationFrames::estimatedHeight(const ConversationItem &item) const
 {
-    const RowFrame frame = rowFrame(item);
+    const RowFrame frame = rowFrame(item, RowLayout());
     const bool isMessage = item.kind == ConversationItem::Kind::message;
     const int line = isMessage ? m_style.lineHeight : m_style.captionLineHeight;
     return frame.top + frame.bottom +
            estimatedLines(m_content.text(item), m_style.averageCharacter, frame.width) * line;
 }
 
-int ConversationLayout::estimatedHeight(const ConversationItem &item, qsizetype index) const
+int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowLayout &row,
+                                        qsizetype index) const
 {
-    const SegmentLayout &segment = rowLayout(item).segments.at(index);
-    const SegmentFrame frame = segmentFrame(item, index);
+    const SegmentLayout &segment = row.segments.at(index);
+    const SegmentFrame frame = segmentFrame(item, row, index);
     const double character =
         segment.segment.kind == TextSegment::Kind::code ? m_style.codeCharacter : m_style.averageCharacter;
     const int line =

@@ -71,15 +71,15 @@ void ConversationLayout::setStyle(const ConversationStyle &style)
 
 void ConversationLayout::setWidth(int width)
 {
-    if (width == m_width)
+    if (width == m_frames.width())
         return;
-    m_width = width;
+    m_frames.setWidth(width);
     for (qsizetype row = 0; row < m_content.count(); ++row) {
         const ConversationItem item = m_content.item(row);
         RowLayout &layout = rowLayout(item);
         for (qsizetype i = 0; i < layout.segments.size(); ++i) {
             layout.segments[i].isMeasured = false;
-            layout.segments[i].height = estimatedHeight(item, i);
+            layout.segments[i].height = m_frames.estimatedHeight(item, layout, i);
         }
         updateRowHeight(item);
     }
@@ -100,7 +100,7 @@ void ConversationLayout::update()
     while (m_messages.size() < m_content.messageCount()) {
         const ConversationItem item{.kind = Kind::message, .index = m_messages.size()};
         m_messages.emplaceBack();
-        m_messageHeights.append(estimatedRowHeight(item));
+        m_messageHeights.append(m_frames.estimatedHeight(item));
     }
     if (m_activity.size() > m_content.activityCount()) {
         m_activity.resize(m_content.activityCount());
@@ -111,7 +111,7 @@ void ConversationLayout::update()
         const ConversationItem item{.kind = isHeader ? Kind::activityHeader : Kind::activityStep,
                                     .index = isHeader ? 0 : m_activity.size() - 1};
         m_activity.emplaceBack();
-        m_activityHeights.append(estimatedRowHeight(item));
+        m_activityHeights.append(m_frames.estimatedHeight(item));
     }
 }
 
@@ -253,7 +253,7 @@ void ConversationLayout::updateRowHeight(const ConversationItem &item)
         for (const SegmentLayout &segment : row.segments)
             height += segment.height;
     } else {
-        height = estimatedRowHeight(item);
+        height = m_frames.estimatedHeight(item);
     }
     heights(item).setHeight(indexOf(item), height);
 }
@@ -302,7 +302,7 @@ void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
     row.segments.reserve(row.segments.size() + segments.size());
     for (const TextSegment &segment : segments) {
         row.segments.append({.segment = segment, .part = part});
-        row.segments.last().height = estimatedHeight(item, row.segments.size() - 1);
+        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1);
     }
 }
 

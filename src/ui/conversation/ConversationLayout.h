@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/conversation/ConversationContent.h"
+#include "ui/conversation/ConversationFrames.h"
 #include "ui/conversation/ConversationStyle.h"
 #include "ui/conversation/HeightIndex.h"
 #include "ui/conversation/RowLayout.h"
@@ -19,7 +20,7 @@ class ConversationLayout {
 public:
     /// `content` must outlive the layout.
     explicit ConversationLayout(const ConversationContent &content)
-        : m_content(content), m_texts(content, m_style)
+        : m_content(content), m_texts(content, m_style), m_frames(content, m_style, m_texts)
     {
     }
 
@@ -75,11 +76,14 @@ public:
     /// The addresses in the parts of a row that are laid out, each once, at most ten.
     QStringList links(const ConversationItem &item);
 
-    RowFrame rowFrame(const ConversationItem &item) const;
-    SegmentFrame segmentFrame(const ConversationItem &item, qsizetype segment) const;
-    int columnLeft() const { return (m_width - columnWidth()) / 2; }
-    int columnWidth() const;
-    bool isUser(const ConversationItem &item) const;
+    RowFrame rowFrame(const ConversationItem &item) const { return m_frames.rowFrame(item, rowLayout(item)); }
+    SegmentFrame segmentFrame(const ConversationItem &item, qsizetype segment) const
+    {
+        return m_frames.segmentFrame(item, rowLayout(item), segment);
+    }
+    int columnLeft() const { return m_frames.columnLeft(); }
+    int columnWidth() const { return m_frames.columnWidth(); }
+    bool isUser(const ConversationItem &item) const { return m_frames.isUser(item); }
 
     qsizetype documentCount() const { return m_documents.count(); }
 
@@ -96,21 +100,16 @@ private:
     bool prepareRow(const ConversationItem &item, int top, int bottom);
     void measure(const ConversationItem &item, qsizetype segment);
     void updateRowHeight(const ConversationItem &item);
-    int estimatedRowHeight(const ConversationItem &item) const;
-    int estimatedHeight(const ConversationItem &item, qsizetype segment) const;
-    int estimatedLines(QStringView text, double characterWidth, int width) const;
-    int bubbleWidth(const ConversationItem &item) const;
-    int bubbleLimit() const;
 
     const ConversationContent &m_content;
     ConversationStyle m_style;
-    int m_width = 0;
     QList<RowLayout> m_messages;
     QList<RowLayout> m_activity; ///< The header, then the steps.
     HeightIndex m_messageHeights;
     HeightIndex m_activityHeights;
     SegmentDocuments m_documents;
     SegmentContent m_texts;
+    ConversationFrames m_frames;
     qsizetype m_passWork = 0;
     qsizetype m_dearestPass = 0;
     bool m_isPassComplete = true;

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "ui/conversation/TextHit.h"
+#include "ui/conversation/TextSelection.h"
+
+#include <QBasicTimer>
+#include <QObject>
+#include <QPoint>
+
+class QHelpEvent;
+class QMouseEvent;
+class QWidget;
+
+namespace morvane {
+
+class ConversationLayout;
+class ConversationScroll;
+
+/// What the mouse does to the conversation: it selects by dragging, by a double and a triple click, and
+/// presses links and the activity's header; what
+/// it rests on tells all of itself. Takes the events of the view's viewport.
+class SelectionGestures : public QObject {
+    Q_OBJECT
+public:
+    /// `viewport` shows what the layout holds, scrolled; all must outlive this.
+    SelectionGestures(ConversationLayout &layout, ConversationScroll &scroll, QWidget &viewport);
+
+    const TextSelection &selection() const { return m_selection; }
+    QString selectedText() const { return m_selection.text(m_layout); }
+    void clear();
+    void selectRow(const ConversationItem &item);
+
+Q_SIGNALS:
+    void selectionChanged();
+    void rowPressed(const ConversationItem &item);
+    void linkPressed(const QString &address);
+    void headerPressed();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    QPoint inContent(const QPoint &position) const;
+    std::optional<TextHit> hitAt(const QPoint &position) const;
+    void press(const QMouseEvent &event);
+    void doubleClick(const QMouseEvent &event);
+    void move(const QMouseEvent &event);
+    void dragTo(const QPoint &position);
+    void release();
+    void showToolTip(const QHelpEvent &event) const;
+    void select(const ConversationItem &item, const TextPosition &from, const TextPosition &to);
+
+    ConversationLayout &m_layout;
+    ConversationScroll &m_scroll;
+    QWidget &m_viewport;
+    TextSelection m_selection;
+    QBasicTimer m_tripleClickTimer;
+    QBasicTimer m_dragTimer; ///< Scrolls on while a drag is outside the viewport.
+    QPoint m_pressedAt;
+    QString m_pressedLink;
+    bool m_pressedHeader = false;
+    bool m_isDragging = false;
+};
+
+} // namespace morvane
