@@ -1,12 +1,14 @@
 #pragma once
 
+#include "ui/controls/Wrapping.h"
+
 #include <QPushButton>
 
 namespace morvane {
 
 /// A push button whose label wraps instead of widening the window. A label of more than a few lines is
 /// elided; the tool tip then tells all of it. No character of the label makes a mnemonic.
-class WrappingButton : public QPushButton {
+class WrappingButton : public Wrapping<QPushButton> {
     Q_OBJECT
 public:
     enum class Alignment { centre, leading };
@@ -18,12 +20,9 @@ public:
     /// Also sets the accessible name; set another one afterwards where it has to differ.
     void setLabel(const QString &label);
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-    int heightForWidth(int width) const override;
-    bool hasHeightForWidth() const override { return true; }
-
 protected:
+    WrappedText wrappedText() const override;
+    QMargins textMargins() const override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;

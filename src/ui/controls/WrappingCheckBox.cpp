@@ -16,18 +16,14 @@ namespace {
 constexpr int maximumLines = 8;
 constexpr int padding = 4;
 constexpr int spacing = 8;
-constexpr int leastCharacters = 12;
 constexpr qreal focusRadius = 5;
 constexpr qreal boxRadius = 4;
 
 } // namespace
 
-WrappingCheckBox::WrappingCheckBox(const QString &text, QWidget *parent) : QCheckBox(text, parent)
+WrappingCheckBox::WrappingCheckBox(const QString &text, QWidget *parent) : Wrapping(text, parent)
 {
-    // Fixed would hold the height of a single line against the layout.
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
+    growDownwards();
 }
 
 int WrappingCheckBox::boxSide() const
@@ -40,24 +36,14 @@ int WrappingCheckBox::textOffset() const
     return padding + boxSide() + spacing;
 }
 
-QSize WrappingCheckBox::sizeHint() const
+WrappedText WrappingCheckBox::wrappedText() const
 {
-    const int width = WrappedText{text(), font(), maximumLines}.naturalWidth();
-    return {textOffset() + width + padding, std::max(boxSide(), fontMetrics().lineSpacing()) + 2 * padding};
+    return {text(), font(), maximumLines};
 }
 
-QSize WrappingCheckBox::minimumSizeHint() const
+QMargins WrappingCheckBox::textMargins() const
 {
-    const QSize natural = sizeHint();
-    const int least = textOffset() + leastCharacters * fontMetrics().averageCharWidth() + padding;
-    return {std::min(natural.width(), least), natural.height()};
-}
-
-int WrappingCheckBox::heightForWidth(int width) const
-{
-    const int textWidth = width - textOffset() - padding;
-    return std::max(boxSide(), WrappedText{text(), font(), maximumLines}.size(textWidth).height()) +
-           2 * padding;
+    return {textOffset(), padding, padding, padding};
 }
 
 void WrappingCheckBox::drawBox(QPainter &painter, const QRect &box) const
@@ -84,8 +70,7 @@ void WrappingCheckBox::paintEvent(QPaintEvent *)
     drawBox(painter, QStyle::visualRect(layoutDirection(), rect(), box));
 
     painter.setPen(palette().color(QPalette::WindowText));
-    WrappedText{text(), font(), maximumLines}.draw(
-        painter, QStyle::visualRect(layoutDirection(), rect(), label), Qt::AlignLeft);
+    wrappedText().draw(painter, QStyle::visualRect(layoutDirection(), rect(), label), Qt::AlignLeft);
     if (hasFocus())
         MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
 }

@@ -12,19 +12,16 @@ namespace morvane {
 namespace {
 
 constexpr int maximumLines = 4;
-constexpr int leastCharacters = 12;
 constexpr int symbolSpacing = 8;
 
 } // namespace
 
 WrappingLabel::WrappingLabel(const QString &text, Weight weight, QWidget *parent)
-    : QWidget(parent), m_text(text), m_weight(weight)
+    : Wrapping(parent), m_text(text), m_weight(weight)
 {
     setAccessibleRole(this, QAccessible::StaticText);
     setAccessibleName(text);
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
+    growDownwards();
 }
 
 void WrappingLabel::setSymbol(Symbol symbol)
@@ -46,28 +43,21 @@ QFont WrappingLabel::shownFont() const
     return shown;
 }
 
-QSize WrappingLabel::sizeHint() const
+WrappedText WrappingLabel::wrappedText() const
 {
-    return {symbolRoom() + WrappedText{m_text, shownFont(), maximumLines}.naturalWidth(),
-            QFontMetrics(shownFont()).lineSpacing()};
+    return {m_text, shownFont(), maximumLines};
 }
 
-QSize WrappingLabel::minimumSizeHint() const
+QMargins WrappingLabel::textMargins() const
 {
-    const int least = symbolRoom() + leastCharacters * fontMetrics().averageCharWidth();
-    return {std::min(sizeHint().width(), least), sizeHint().height()};
-}
-
-int WrappingLabel::heightForWidth(int width) const
-{
-    return WrappedText{m_text, shownFont(), maximumLines}.size(width - symbolRoom()).height();
+    return {symbolRoom(), 0, 0, 0};
 }
 
 void WrappingLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     const QColor ink = palette().color(QPalette::WindowText);
-    const WrappedText text{m_text, shownFont(), maximumLines};
+    const WrappedText text = wrappedText();
     const QRect place = rect().adjusted(symbolRoom(), 0, 0, 0);
     if (m_symbol) {
         const int side = QFontMetrics(shownFont()).height();

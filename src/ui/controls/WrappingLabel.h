@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/controls/Wrapping.h"
 #include "ui/theme/Icons.h"
 
 #include <QWidget>
@@ -9,7 +10,7 @@ namespace morvane {
 
 /// A text that wraps anywhere, even within a word, so that no name however long widens the window. What goes
 /// beyond a few lines is elided. Assistive technology reads all of it.
-class WrappingLabel : public QWidget {
+class WrappingLabel : public Wrapping<QWidget> {
     Q_OBJECT
 public:
     enum class Weight { normal, bold };
@@ -19,12 +20,9 @@ public:
     /// Draws a symbol in front of the first line, as decoration.
     void setSymbol(Symbol symbol);
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-    int heightForWidth(int width) const override;
-    bool hasHeightForWidth() const override { return true; }
-
 protected:
+    WrappedText wrappedText() const override;
+    QMargins textMargins() const override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

@@ -18,6 +18,12 @@ int ConversationFrames::columnWidth() const
     return qMax(narrowestText, qMin(m_width - 2 * m_style.margin, limit));
 }
 
+int ConversationFrames::timeWidth() const
+{
+    constexpr int leastColumn = 5; // times as wide as the time
+    return columnWidth() >= leastColumn * m_style.timeWidth ? m_style.timeWidth : 0;
+}
+
 bool ConversationFrames::isUser(const ConversationItem &item) const
 {
     return item.kind == ConversationItem::Kind::message && m_content.message(item).role == Role::user;
@@ -60,7 +66,7 @@ RowFrame ConversationFrames::rowFrame(const ConversationItem &item, const RowLay
         frame.width -= symbol;
         if (item.kind == ConversationItem::Kind::activityStep) {
             frame.top = frame.bottom = qMax(2, m_style.rowGap / 8);
-            frame.width -= m_style.timeWidth + m_style.markGap;
+            frame.width -= timeWidth() > 0 ? timeWidth() + m_style.markGap : 0;
         }
         break;
     }

@@ -24,6 +24,8 @@ public:
     void setWidth(int width) { m_width = width; }
     int columnLeft() const { return (m_width - columnWidth()) / 2; }
     int columnWidth() const;
+    /// Of a step's time of day; 0 where the column is too narrow to spare it.
+    int timeWidth() const;
     bool isUser(const ConversationItem &item) const;
 
     RowFrame rowFrame(const ConversationItem &item, const RowLayout &row) const;

@@ -172,7 +172,7 @@ qsizetype ConversationLayout::rowAt(int y) const
         return -1;
     const qsizetype completed = m_content.completedCount();
     const int completedBottom = top(completed);
-    if (y < completedBottom || m_content.count() == completed)
+    if (completed > 0 && (y < completedBottom || m_content.count() == completed))
         return qMin(m_messageHeights.rowAt(y - m_style.endGap), completed - 1);
     const qsizetype activity = m_content.activityCount();
     const int activityHeight = m_activityHeights.top(activity);

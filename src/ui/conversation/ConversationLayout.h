@@ -83,6 +83,7 @@ public:
     }
     int columnLeft() const { return m_frames.columnLeft(); }
     int columnWidth() const { return m_frames.columnWidth(); }
+    int timeWidth() const { return m_frames.timeWidth(); }
     bool isUser(const ConversationItem &item) const { return m_frames.isUser(item); }
 
     qsizetype documentCount() const { return m_documents.count(); }

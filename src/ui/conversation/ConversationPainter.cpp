@@ -111,6 +111,8 @@ void ConversationPainter::paintActivity(QPainter &painter, const ConversationIte
     const ActivityStep &step = content.step(item);
     const StepLook look = lookOf(step.kind, style().colors);
     drawSymbol(painter, look.symbol, look.color, {symbolLeft, symbolTop}, style().symbolSize);
+    if (m_layout.timeWidth() == 0)
+        return;
     const int right = m_layout.columnLeft() + m_layout.columnWidth();
     const QRect time(right - style().timeWidth, top + frame.top, style().timeWidth,
                      style().captionLineHeight);

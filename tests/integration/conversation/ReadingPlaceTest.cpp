@@ -61,7 +61,7 @@ TEST_F(ReadingPlaceTest, TheLineStaysWhenAnAnswerEndsAndIsFormatted)
 {
     startAnswer(
         u"# Title\n\n- an *item*\n- `another`\n\n```\ncode\n```\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\n"_s +
-        numberedWords(2000));
+        numberedWords(4000));
     show();
     for (const int above : {600, 1500, 3000}) {
         transcript.setStreaming(0, true);
@@ -124,6 +124,14 @@ TEST_F(ReadingPlaceTest, TheLineStaysInALargerFont)
     view.setFont(font);
     settle();
     EXPECT_TRUE(topLine().text.contains(firstWord(before))) << topLine().text.toStdString();
+}
+
+TEST_F(ReadingPlaceTest, TheSpaceAboveTheOnlyRowBelongsToIt)
+{
+    startAnswer(u"Well."_s);
+    show();
+    EXPECT_EQ(view.rows().rowAt(0), 0);
+    EXPECT_EQ(view.rows().rowAt(-5), 0);
 }
 
 } // namespace
