@@ -37,15 +37,18 @@ struct Pipe {
 class SpawnPlan {
 public:
     /// A negative descriptor stands for the null device.
-    SpawnPlan(int input, int output, int errors)
+    SpawnPlan(int input, int output, int errors, int control)
     {
         ::posix_spawn_file_actions_init(&m_actions);
         ::posix_spawnattr_init(&m_attributes);
         connectStandard(STDIN_FILENO, input, O_RDONLY);
         connectStandard(STDOUT_FILENO, output, O_WRONLY);
         connectStandard(STDERR_FILENO, errors, O_WRONLY);
+        int firstClosed = STDERR_FILENO + 1;
+        if (control >= 0)
+            ::posix_spawn_file_actions_adddup2(&m_actions, control, firstClosed++);
         // Libraries open descriptors of their own, not all of them with O_CLOEXEC.
-        ::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
+        ::posix_spawn_file_actions_addclosefrom_np(&m_actions, firstClosed);
 
         sigset_t none;
         sigset_t all;
@@ -105,7 +108,7 @@ std::expected<ChildProcess, QString> ChildProcess::start(const Options &options)
     int errorEnd = hasErrors ? errors.writeEnd.get() : -1;
     if (options.errors == Errors::withOutput)
         errorEnd = output.writeEnd.get();
-    const SpawnPlan plan(options.input, output.writeEnd.get(), errorEnd);
+    const SpawnPlan plan(options.input, output.writeEnd.get(), errorEnd, options.control);
     const QList<QByteArray> arguments = QList{options.program} + options.arguments;
     ChildProcess child;
     const int error =

@@ -12,7 +12,8 @@
 namespace morvane {
 
 /// A program that runs in a process group of its own, so that signals reach what it starts, too. It inherits
-/// no descriptor but its three standard ones. Objects are used by one thread at a time.
+/// no descriptor but its three standard ones, and a fourth where it is given. Objects are used by one thread
+/// at a time.
 class ChildProcess {
 public:
     enum class Errors { ownPipe, withOutput, discarded };
@@ -22,7 +23,8 @@ public:
         QList<QByteArray> arguments;
         QList<QByteArray> environment; ///< "NAME=value" each.
         Errors errors = Errors::ownPipe;
-        int input = -1; ///< What it reads from, still the caller's own; the null device if negative.
+        int input = -1;   ///< What it reads from, still the caller's own; the null device if negative.
+        int control = -1; ///< What it gets as descriptor 3, still the caller's own; nothing if negative.
     };
 
     /// Fails with the system's reason, such as "No such file or directory". Blocks until the program runs.

@@ -1,0 +1,177 @@
+#include "McpFixture.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+/// That no server, and nothing that it started, outlives its connection or the program.
+class ProcessHygieneTest : public McpTest {
+protected:
+    QStringList family() const { return {u"--stubborn"_s, u"--family"_s, u"--pids"_s, pidFile()}; }
+    bool hasFamily() const
+    {
+        return waitUntil([this] { return pids().size() == 3; });
+    }
+    static qsizetype entries(const QString &folder)
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
+    }
+    static qsizetype openDescriptors() { return entries(u"/proc/self/fd"_s); }
+    static qsizetype threads() { return entries(u"/proc/self/task"_s); }
+    static QByteArray statusField(pid_t process, const QByteArray &field)
+    {
+        QFile file(u"/proc/%1/status"_s.arg(process));
+        if (file.open(QIODevice::ReadOnly)) {
+            for (const QByteArray &line : file.readAll().split('\n'))
+                if (line.startsWith(field + ':'))
+                    return line.mid(field.size() + 1).trimmed();
+        }
+        return {};
+    }
+};
+
+TEST_F(ProcessHygieneTest, AnObedientServerIsGoneAfterShutdown)
+{
+    const auto server = scripted({u"--pids"_s, pidFile()});
+    connect(server);
+    const QList<pid_t> processes = pids();
+    ASSERT_EQ(processes.size(), 1);
+    EXPECT_TRUE(isAlive(processes[0]));
+    server->shutdown();
+    EXPECT_TRUE(areGone(processes));
+    EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+}
+
+TEST_F(ProcessHygieneTest, AStubbornServerAndItsWholeFamilyAreGoneAfterTwoSeconds)
+{
+    const auto server = scripted(family());
+    connect(server);
+    ASSERT_TRUE(hasFamily());
+    server->shutdown();
+    EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, AFamilyThatOutlivesItsServerIsEndedWithTheConnection)
+{
+    const auto server = scripted({u"--family"_s, u"--pids"_s, pidFile()});
+    connect(server);
+    ASSERT_TRUE(hasFamily());
+    EXPECT_EQ(call(server, u"exit"_s).text, "goodbye");
+    server->shutdown();
+    EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, AReleasedConnectionEndsItsServer)
+{
+    auto server = scripted({u"--pids"_s, pidFile()});
+    connect(server);
+    server.reset();
+    EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, AServerThatIsEndedDuringItsHandshakeIsGone)
+{
+    const auto server = scripted({u"--silent"_s, u"--stubborn"_s, u"--pids"_s, pidFile()});
+    auto handshake = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([this] { return pids().size() == 1; }));
+    server->shutdown();
+    ASSERT_TRUE(waitUntil([&] { return handshake.done(); }));
+    EXPECT_THROW(handshake.result(), MCPError);
+    EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, TheEndOfTheThreadWaitsForAllServers)
+{
+    {
+        StdioThread own(guard());
+        const auto server =
+            std::make_shared<MCPConnection>([&](const std::shared_ptr<PendingRequests> &requests) {
+                return std::make_unique<StdioTransport>(program(u"scripted-tool-server"_s), family(), own,
+                                                        requests);
+            });
+        connect(server);
+        ASSERT_TRUE(hasFamily());
+    }
+    for (const pid_t process : pids())
+        EXPECT_FALSE(isAlive(process));
+}
+
+TEST_F(ProcessHygieneTest, NothingOutlivesAProgramThatIsKilled)
+{
+    // The process that dies is a copy of this test's, with a server of its own.
+    const pid_t program = ::fork();
+    if (program == 0) {
+        StdioThread own(guard());
+        SystemClock ownClock;
+        Scheduler ownScheduler(ownClock);
+        MCPConnection server([&](const std::shared_ptr<PendingRequests> &requests) {
+            return std::make_unique<StdioTransport>(McpTest::program(u"scripted-tool-server"_s), family(),
+                                                    own, requests);
+        });
+        runTask(ownScheduler, server.connect());
+        ::pause();
+    }
+    ASSERT_TRUE(hasFamily());
+    ::kill(program, SIGKILL);
+    ::waitpid(program, nullptr, 0);
+    EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, AServerDoesNotOutliveAGuardThatIsKilled)
+{
+    const auto server = scripted({u"--stubborn"_s, u"--pids"_s, pidFile()});
+    connect(server);
+    const pid_t guardian = statusField(pids()[0], "PPid").toInt();
+    ASSERT_GT(guardian, 1);
+    ::kill(guardian, SIGKILL);
+    EXPECT_TRUE(areGone(pids()));
+    EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+}
+
+TEST_F(ProcessHygieneTest, AServerHasItsOwnGroupThreeDescriptorsAndDefaultSignals)
+{
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGUSR1);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    const int leaky = ::open("/dev/null", O_RDONLY); // not closed on exec
+    const auto server = stdio(u"exec "_s + program(u"scripted-tool-server"_s), {u"--pids"_s, pidFile()});
+    connect(server);
+    std::signal(SIGPIPE, SIG_DFL);
+    ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    ::close(leaky);
+    const pid_t process = pids().value(0);
+    EXPECT_EQ(::getpgid(process), process);
+    EXPECT_EQ(entries(u"/proc/%1/fd"_s.arg(process)), 3);
+    EXPECT_EQ(statusField(process, "SigBlk").toULongLong(nullptr, 16), 0u);
+    // But for the two that the C library keeps for itself, and ignores where a program starts.
+    EXPECT_EQ(statusField(process, "SigIgn").toULongLong(nullptr, 16) & ~0x180000000ull, 0u);
+}
+
+TEST_F(ProcessHygieneTest, AThousandConnectsLeaveNoZombieDescriptorOrThread)
+{
+    connect(scripted());
+    ASSERT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+    const qsizetype descriptors = openDescriptors();
+    const qsizetype threadsBefore = threads();
+    const auto server = scripted();
+    for (int i = 0; i < 1000; ++i)
+        connect(server); // each replaces the one before
+    server->shutdown();
+    ASSERT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+    // Idle threads of the pool may have gone meanwhile.
+    EXPECT_LE(openDescriptors(), descriptors);
+    EXPECT_LE(threads(), threadsBefore);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left, dead or alive";
+}
+
+} // namespace
+} // namespace morvane
