@@ -48,6 +48,7 @@ TEST_F(AgentLoopEndingsTest, ThirdIdenticalCallOfOneTurnIsNotRun)
     EXPECT_EQ(lastMessage().text, repetitionNote);
     EXPECT_EQ(lastStep().text, u"Stopped: the same action repeated without progress."_s);
     EXPECT_EQ(lastStep().kind, ActivityStep::Kind::error);
+    EXPECT_TRUE(activityTexts().filter(u"Finished."_s).isEmpty());
     EXPECT_EQ(model->status().statusText(), u"Ready"_s);
     EXPECT_EQ(service.requests().size(), 1);
 }
@@ -77,6 +78,17 @@ TEST_F(AgentLoopEndingsTest, TheNotesAreAppendedToWhatASubagentHasSaid)
     service.willTurn(Service::answer(u"Still well."_s));
     sendAndFinish(u"again"_s);
     EXPECT_EQ(lastMessage().text, u"Still well.\n\n"_s + limitNote(1));
+}
+
+TEST_F(AgentLoopEndingsTest, NarrationLeavesTheMessageAndWhatASubagentHasSaidStays)
+{
+    service.willTurn(Service::calls({toolCall(u"task"_s, R"({"description":"look"})")}));
+    service.willTurn(Service::answer(u"All is well."_s));
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}, u"Now I count."_s));
+    service.willTurn(Service::answer(u" Done."_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(lastMessage().text, u"All is well. Done."_s);
+    EXPECT_TRUE(activityTexts().contains(u"Says: Now I count."_s));
 }
 
 TEST_F(AgentLoopEndingsTest, AFinishedToolIsNamedOnceInTheOrderOfFirstUse)
@@ -350,6 +362,32 @@ TEST_F(AgentLoopEndingsTest, ACancelledRunThatAsksLateDoesNotTakeTheNextRunsAppr
     model->gate().resolvePermission(false, false);
     settle();
     EXPECT_EQ(executed.size(), 2);
+}
+
+TEST_F(AgentLoopEndingsTest, ACancelledRunThatAsksLateDoesNotTakeTheNextRunsQuestion)
+{
+    const OneShot<QString> toolEnd;
+    tool = [toolEnd](ToolPermit) { return textOf(toolEnd); };
+    service.willTurn(
+        Service::calls({toolCall(u"first"_s), toolCall(u"ask_user"_s, R"({"question":"late?"})")}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return activityTexts().contains(u"Running: use the first tool"_s); }));
+    model->cancel();
+    service.willTurn(Service::calls({toolCall(u"ask_user"_s, R"({"question":"next?"})")}));
+    service.willTurn(Service::answer(u"done"_s));
+    ASSERT_TRUE(model->send(u"go on"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    OneShot(toolEnd).resume(u"tool result"_s);
+    settle();
+    EXPECT_EQ(model->questions().pendingQuestion()->question, u"next?"_s);
+    EXPECT_EQ(activityTexts().filter(u"Asks you: "_s), QStringList{u"Asks you: next?"_s});
+    model->questions().resolveQuestion(u"one"_s);
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    EXPECT_EQ(model->questions().pendingQuestion()->question, u"late?"_s);
+    model->questions().resolveQuestion(u"two"_s);
+    settle();
+    EXPECT_EQ(activityTexts().filter(u"You answered: "_s),
+              QStringList({u"You answered: one"_s, u"You answered: two"_s}));
 }
 
 } // namespace

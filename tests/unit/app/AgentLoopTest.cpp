@@ -126,9 +126,13 @@ TEST_F(AgentLoopTest, AllowedCallRunsAndAlwaysAllowIsRemembered)
 
 TEST_F(AgentLoopTest, ToolsOfServersRunWithoutApproval)
 {
+    QStringList statuses;
+    QObject::connect(&model->status(), &Status::statusTextChanged, model.get(),
+                     [this, &statuses] { statuses.append(model->status().statusText()); });
     service.willTurn(Service::calls({toolCall(u"mcp_files_read"_s)}));
     service.willTurn(Service::answer(u"ok"_s));
     sendAndFinish(u"go"_s);
+    EXPECT_THAT(statuses, testing::Contains(u"Running mcp_files_read…"_s));
     EXPECT_THAT(toolServers.executed, ElementsAre(u"mcp_files_read"_s));
     EXPECT_TRUE(executed.isEmpty());
     EXPECT_THAT(activityTexts(), ElementsAre(u"Running: use the mcp_files_read tool"_s,

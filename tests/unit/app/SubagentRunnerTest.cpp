@@ -61,6 +61,27 @@ TEST_F(SubagentRunnerTest, ReportsItsFinalTextToTheMainLoop)
     EXPECT_EQ(request.config.tools.size(), 41);
 }
 
+TEST_F(SubagentRunnerTest, HasTheToolsOfTheServersBehindTheBuiltInOnes)
+{
+    toolServers.tools = {AITool{u"mcp_s_t"_s, u"serves"_s, {}}};
+    mainLoopCallsTask(R"({"description":"Find it"})");
+    service.willTurn(Service::answer(u"found"_s));
+    runToEnd();
+    const QList<AITool> tools = service.requests().value(1).config.tools;
+    ASSERT_EQ(tools.size(), 42);
+    EXPECT_EQ(tools.last().name, u"mcp_s_t"_s);
+}
+
+TEST_F(SubagentRunnerTest, WhatWasOnlyStreamedIsItsReport)
+{
+    mainLoopCallsTask(R"({"description":"Find it"})");
+    Service::Turn turn;
+    turn.tokens = {u"\nFound"_s, u" it. "_s};
+    service.willTurn(turn);
+    runToEnd();
+    EXPECT_EQ(resultOfTask(), u"Found it."_s);
+}
+
 TEST_F(SubagentRunnerTest, UnknownRoleIsGeneralCalledAssistant)
 {
     mainLoopCallsTask(R"({"description":"Do it","subagent":"wizard"})");
@@ -95,11 +116,13 @@ TEST_F(SubagentRunnerTest, StopsAfterItsSixthTurn)
 TEST_F(SubagentRunnerTest, CannotLaunchAnother)
 {
     mainLoopCallsTask(R"({"description":"Nest"})");
-    service.willTurn(Service::calls({toolCall(u"task"_s, R"({"description":"deeper"})")}));
+    service.willTurn(Service::calls({toolCall(u"task"_s, R"({"description":"deeper"})")}, u"Deeper now."_s));
     service.willTurn(Service::answer(u"alone then"_s));
     runToEnd();
     EXPECT_EQ(resultOfTask(), u"alone then"_s);
     const auto secondTurn = service.requests().value(2).context;
+    ASSERT_EQ(secondTurn.size(), 4);
+    EXPECT_EQ(std::get<APIMessage::Assistant>(secondTurn.at(1).entry).text, u"Deeper now."_s);
     EXPECT_EQ(std::get<APIMessage::FunctionResponse>(secondTurn.last().entry).content,
               u"Subagents cannot launch other subagents. Continue and finish the work yourself "
               "using your other tools."_s);
@@ -123,6 +146,7 @@ TEST_F(SubagentRunnerTest, ErrorIsATextForTheMainModelAndTheRunGoesOn)
               "was blocked by the provider's content safety filter."_s);
     EXPECT_EQ(lastMessage().text, u"combined"_s);
     EXPECT_EQ(model->subagents().label(), QString());
+    EXPECT_THAT(announcer.spoken, Not(Contains(u"The assistant subagent finished."_s)));
 }
 
 TEST_F(SubagentRunnerTest, CancellationEndsItAndTheMainRun)
@@ -142,11 +166,16 @@ TEST_F(SubagentRunnerTest, CancellationEndsItAndTheMainRun)
 
 TEST_F(SubagentRunnerTest, NarratesItsToolsInItsOwnWords)
 {
+    QStringList statuses;
+    QObject::connect(&model->status(), &Status::statusTextChanged, model.get(),
+                     [this, &statuses] { statuses.append(model->status().statusText()); });
     mainLoopCallsTask(R"({"description":"Read"})");
     service.willTurn(Service::calls({toolCall(u"read_file"_s), toolCall(u"mcp_s_t"_s)}));
     service.willTurn(Service::answer(u"read"_s));
     runToEnd();
     const QStringList texts = activityTexts();
+    EXPECT_THAT(statuses, Contains(u"Subagent: use the read_file tool"_s));
+    EXPECT_THAT(statuses, Contains(u"Subagent: use the mcp_s_t tool"_s));
     EXPECT_THAT(texts, Contains(u"Subagent: use the read_file tool"_s));
     EXPECT_THAT(texts, Contains(u"Subagent read file returned: tool result"_s));
     EXPECT_THAT(texts, Contains(u"Subagent: use the mcp_s_t tool"_s));
@@ -192,6 +221,15 @@ TEST_F(SubagentRunnerTest, ItsTextStreamsIntoTheMessageAndStaysThere)
     service.willTurn(Service::answer(u"end"_s));
     runToEnd();
     EXPECT_EQ(lastMessage().text, QString(200, u's') + u"end"_s + u"combined"_s);
+}
+
+TEST_F(SubagentRunnerTest, WhatIsLeftOfATurnWithToolsIsDropped)
+{
+    mainLoopCallsTask(R"({"description":"Talk"})");
+    service.willTurn(Service::calls({toolCall(u"calculate"_s)}, u"dropped"_s));
+    service.willTurn(Service::answer(u"end"_s));
+    runToEnd();
+    EXPECT_EQ(lastMessage().text, u"endcombined"_s);
 }
 
 } // namespace

@@ -82,6 +82,15 @@ TEST_F(WriteFileTest, TakesALinksPlaceAndLeavesWhatItLedTo)
     EXPECT_EQ(home.read("target"), "old");
 }
 
+TEST_F(WriteFileTest, WhatTakesALinksPlaceMayBeRunIfWhatItLedToMayBe)
+{
+    write("target", "old");
+    ASSERT_EQ(::chmod(QFile::encodeName(path("target")).constData(), 0750), 0);
+    makeLink(path("target"), "link");
+    FileTools::writeFile("~/link", "new");
+    EXPECT_EQ(permissionBits(path("link")), 0750u);
+}
+
 TEST_F(WriteFileTest, ALinkToAFolderOrToNothingIsReplacedToo)
 {
     makeFolder("folder");
