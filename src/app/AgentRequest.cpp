@@ -92,19 +92,23 @@ void AgentRequest::beginAgentLoop()
                              : u"Connecting to "_s + displayName(provider) + u"…"_s);
     status.announceProgress(u"Morvane is responding."_s);
     m_runs.removeIf([](const TaskHandle<void> &run) { return run.done(); });
-    m_runs.append(
-        m_scheduler.spawn(run(m_configuration.build(), trimmedAPIContext(m_workspace.context, provider))));
+    m_runs.append(m_scheduler.spawn(
+        run(++m_toldRun, m_configuration.build(), trimmedAPIContext(m_workspace.context, provider))));
 }
 
-Task<void> AgentRequest::run(AIConfiguration config, QList<APIMessage> initialContext)
+Task<void> AgentRequest::run(int number, AIConfiguration config, QList<APIMessage> initialContext)
 {
     std::exception_ptr failure;
+    QList<APIMessage> context;
     try {
-        m_workspace.context = co_await m_loop.runAgentLoop(std::move(config), std::move(initialContext));
+        context = co_await m_loop.runAgentLoop(std::move(config), std::move(initialContext));
     } catch (...) {
         failure = std::current_exception();
     }
+    if (number != m_toldRun)
+        co_return;
     if (!failure) {
+        m_workspace.context = std::move(context);
         finalizeAssistant(std::nullopt, false);
         co_return;
     }
@@ -183,6 +187,7 @@ void AgentRequest::cancel()
 void AgentRequest::abandon()
 {
     stopWork();
+    ++m_toldRun;
     setPhase(Idle{});
 }
 

@@ -65,7 +65,7 @@ private:
     void waitForLocalModel();
     void continueAfterInstallation();
     void beginAgentLoop();
-    Task<void> run(AIConfiguration config, QList<APIMessage> initialContext);
+    Task<void> run(int number, AIConfiguration config, QList<APIMessage> initialContext);
     void finalizeAssistant(const std::optional<QString> &error, bool cancelled);
     void tellCancelled();
     void stopWork();
@@ -83,6 +83,8 @@ private:
     Phase m_phase;
     /// Runs that have not ended yet: that of the phase, and cancelled ones on their way out.
     QList<TaskHandle<void>> m_runs;
+    /// The run whose end is told. An older one finds another's message at the end of the transcript.
+    int m_toldRun = 0;
 };
 
 } // namespace morvane
