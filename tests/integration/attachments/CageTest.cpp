@@ -238,6 +238,8 @@ TEST_F(CageTest, DataFilesAreReadByTheirPathsAndNothingElse)
         EXPECT_FALSE(canStill([&] { return ::open(letter.constData(), O_WRONLY) >= 0; }, layers, data));
         EXPECT_FALSE(canStill([&] { return ::open(letter.constData(), O_RDWR) >= 0; }, layers, data));
         EXPECT_FALSE(canStill([&] { return ::open(m_home.key().constData(), O_RDONLY) >= 0; }, layers, data));
+        // A path that would stand before those of all files.
+        EXPECT_FALSE(canStill([] { return ::open("/", O_RDONLY) >= 0; }, layers, data));
         EXPECT_TRUE(canStill([&] { return ::open(letter.constData(), O_RDONLY | O_TRUNC) >= 0; }, layers,
                              data)); // only opens
     }
