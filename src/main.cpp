@@ -1,6 +1,7 @@
 #include "app/AppModel.h"
 #include "app/AppServices.h"
 #include "app/BrowserWindowPort.h"
+#include "app/MCPToolServers.h"
 #include "app/NotificationService.h"
 #include "app/UpdateModel.h"
 #include "async/Scheduler.h"
@@ -11,6 +12,10 @@
 #include "base/Log.h"
 #include "localmodel/MachineProfile.h"
 #include "localmodel/OllamaRuntime.h"
+#include "mcp/HttpTransport.h"
+#include "mcp/MCPManager.h"
+#include "mcp/StdioThread.h"
+#include "mcp/StdioTransport.h"
 #include "net/HttpClient.h"
 #include "platform/NoKeychain.h"
 #include "platform/linux/LinuxAnnouncer.h"
@@ -29,13 +34,13 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
-#include "tools/ToolServerPort.h"
 #include "tools/reminders/ReminderStore.h"
 #include "ui/controls/CursorRest.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QThreadPool>
 #include <QTimer>
 #include <cstdio>
@@ -69,6 +74,21 @@ QString attachmentReader()
     return QApplication::applicationDirPath() + u"/morvane-attachment-reader"_s;
 }
 
+/// The program that ends tool servers when this one is gone.
+QString serverGuard()
+{
+    return QApplication::applicationDirPath() + u"/morvane-server-guard"_s;
+}
+
+std::unique_ptr<MCPTransport> makeTransport(const MCPServerConfig &server,
+                                            const std::shared_ptr<PendingRequests> &requests,
+                                            Scheduler &scheduler, HttpClient &http, StdioThread &processes)
+{
+    if (server.isRemote())
+        return std::make_unique<HttpTransport>(server.url, scheduler, http, requests);
+    return std::make_unique<StdioTransport>(server.command, server.args, processes, requests);
+}
+
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
 {
     const TerminationSignals terminationSignals;
@@ -88,7 +108,13 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     ReminderStore reminders(scheduler, settingsFile(), center, sounds, announcer);
     NotificationService notifications(scheduler, center, sounds, announcer, reminders);
     BuiltinTools tools(http, reminders);
-    NoToolServers toolServers;
+    StdioThread serverProcesses(QFile::encodeName(serverGuard()));
+    MCPManager serverManager(
+        scheduler, dataFolder(),
+        [&](const MCPServerConfig &server, const std::shared_ptr<PendingRequests> &requests) {
+            return makeTransport(server, requests, scheduler, http, serverProcesses);
+        });
+    MCPToolServers toolServers(serverManager);
     NoBrowserWindow browserWindow;
     const UpdateModel updates;
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
@@ -122,7 +148,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     LinuxWindowRaiser raiser;
-    MainWindow window(model, {announcer, browserWindow, updates, settingsServices});
+    MainWindow window(model, {announcer, browserWindow, updates, serverManager, settingsServices});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {
@@ -131,11 +157,12 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     instance.listen(activate);
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
-    QTimer::singleShot(0, &model, [&model, &notifications, &reminders] {
+    QTimer::singleShot(0, &model, [&model, &notifications, &reminders, &serverManager] {
         notifications.configure();
         reminders.reschedulePending();
         reminders.startMonitoring();
         model.localModel().refreshLocalModel();
+        serverManager.refresh();
     });
 
     const int status = application.exec();

@@ -24,14 +24,4 @@ public:
     virtual Task<ToolResult> execute(ToolPermit permit) = 0;
 };
 
-/// No tool server is connected.
-class NoToolServers final : public ToolServerPort {
-public:
-    QList<AITool> exposedAITools() const override { return {}; }
-    Task<ToolResult> execute(ToolPermit) override
-    {
-        co_return QStringLiteral("Error: that tool's MCP server is not connected right now.");
-    }
-};
-
 } // namespace morvane

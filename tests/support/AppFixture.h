@@ -6,6 +6,7 @@
 #include "store/SettingsStore.h"
 #include "support/FakeClock.h"
 #include "support/FakeSurroundings.h"
+#include "support/FakeToolServerList.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 
@@ -59,6 +60,7 @@ protected:
     Scheduler scheduler{clock};
     std::unique_ptr<SettingsStore> settings;
     std::unique_ptr<ConversationStore> store;
+    FakeToolServerList toolServerList{scheduler, home.path(QStringLiteral("tool-servers"))};
     std::unique_ptr<AppServices> services;
     std::unique_ptr<SettingsServices> settingsServices;
     std::unique_ptr<AppModel> model;

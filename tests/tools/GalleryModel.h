@@ -6,6 +6,7 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "support/FakeSurroundings.h"
+#include "support/FakeToolServerList.h"
 #include "support/TemporaryHome.h"
 #include "ui/window/MainWindow.h"
 
@@ -20,6 +21,7 @@ struct GalleryModel : FakeSurroundings {
     Scheduler scheduler{clock};
     SettingsStore settings{home.path(QStringLiteral("Morvane.conf")), keychain};
     ConversationStore store{home.path(QStringLiteral("Conversations"))};
+    FakeToolServerList servers{scheduler, home.path(QStringLiteral("tool-servers"))};
     AppServices services = servicesAround({
         .scheduler = scheduler,
         .settings = settings,
@@ -29,7 +31,7 @@ struct GalleryModel : FakeSurroundings {
                                   "of RAM, running macOS 14.5."),
     });
     SettingsServices settingsServices = settingsServicesAround(services, 36);
-    MainWindowServices windowServices{announcer, browserWindow, updates, settingsServices};
+    MainWindowServices windowServices{announcer, browserWindow, updates, servers.manager, settingsServices};
     AppModel model{services};
 };
 

@@ -6,6 +6,7 @@
 
 #include "base/Uuid.h"
 #include "support/RunTask.h"
+#include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
@@ -15,6 +16,7 @@
 #include <QCommandLineParser>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTabWidget>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +37,18 @@ public:
                          number <= 60});
         modelCatalog.lists.insert(ProviderID::openrouter, list);
         modelCatalog.lists.insert(ProviderID::custom, list.mid(60, 12));
+    }
+    void addToolServers()
+    {
+        servers.add(u"My Files"_s, 11);
+        servers.add(u"Calendar"_s, 1);
+        servers.add(
+            u"A server with a name that is a good deal longer than most of the names that people give"_s, 0,
+            u"npm error code E404 npm error 404 Not Found - GET @example%2fserver-that-is-not-there - Not "
+            "found. The requested resource could not be found or you do not have permission to access it."_s);
+        const auto off = servers.add(u"Database"_s, 4);
+        servers.manager.toggleServer(off.id, false);
+        runTask(scheduler, servers.manager.refreshAll());
     }
     void saveConversations(int count)
     {
@@ -60,8 +74,9 @@ void addOptions(QCommandLineParser &parser)
                           QString::fromLatin1(value), QString::fromLatin1(standard)});
     };
     parser.addOption({u"dark"_s, u"Dark colours."_s});
-    option("window", "Which window: settings, welcome, conversation, permission, question.", "name",
-           "settings");
+    option("window",
+           "Which window: settings, tool-servers, add-server, welcome, conversation, permission, question.",
+           "name", "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
     option("model", "The model.", "name");
     option("width", "Width of the window.", "pixels", "0");
@@ -71,6 +86,7 @@ void addOptions(QCommandLineParser &parser)
     option("state", "Of the local model: none, running, installing, failed.", "name", "none");
     parser.addOption({u"popup"_s, u"Open the list of models."_s});
     parser.addOption({u"allowed"_s, u"Some tools are always allowed."_s});
+    parser.addOption({u"servers"_s, u"Some tool servers are set up."_s});
     parser.addOption({u"conversations"_s, u"Some conversations are stored."_s});
     option("picture", "Write a picture and end.", "file");
 }
@@ -135,16 +151,25 @@ int main(int argc, char **argv)
     waitUntil([&stage] { return stage.model.isReady(); });
     setLocalModel(stage, value("state"));
 
+    if (parser.isSet(u"servers"_s))
+        stage.addToolServers();
     std::unique_ptr<QWidget> window;
-    if (value("window") == u"settings"_s)
-        window = std::make_unique<SettingsView>(stage.settingsServices, stage.model.localModel(), nullptr);
+    const QStringList inSettings{u"settings"_s, u"tool-servers"_s, u"add-server"_s};
+    const bool isSettings = inSettings.contains(value("window"));
+    if (isSettings)
+        window = std::make_unique<SettingsView>(stage.settingsServices, stage.model.localModel(),
+                                                stage.servers.manager, nullptr);
     else
         window = std::make_unique<MainWindow>(stage.model, stage.windowServices);
     const QSize size(value("width").toInt(), value("height").toInt());
     if (size.width() > 0 && size.height() > 0)
         window->resize(size);
     window->show();
-    if (value("window") != u"settings"_s && value("window") != u"welcome"_s)
+    if (isSettings && value("window") != u"settings"_s)
+        window->findChild<QTabWidget *>()->setCurrentIndex(1);
+    if (value("window") == u"add-server"_s)
+        window->findChild<AddMCPServerView *>()->open();
+    if (!isSettings && value("window") != u"welcome"_s)
         fillShowcase(stage.model.transcript(), stage.model.activity());
     ask(stage, value("window"));
     settle();

@@ -2,12 +2,14 @@
 
 #include "app/LocalModelFlow.h"
 #include "app/SettingsModel.h"
+#include "mcp/MCPManager.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/settings/AboutSection.h"
 #include "ui/settings/AlwaysAllowSection.h"
 #include "ui/settings/BehaviourSection.h"
 #include "ui/settings/KeySection.h"
 #include "ui/settings/LocalModelSection.h"
+#include "ui/settings/MCPServersView.h"
 #include "ui/settings/PrivacySection.h"
 #include "ui/settings/ProviderSection.h"
 #include "ui/settings/SettingsHeader.h"
@@ -17,6 +19,7 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -34,7 +37,8 @@ constexpr int widestColumn = 720;
 
 } // namespace
 
-SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &localModel, QWidget *parent)
+SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &localModel,
+                           MCPManager &toolServers, QWidget *parent)
     : QWidget(parent, Qt::Window), m_settingsModel(new SettingsModel(services, localModel, this))
 {
     setAccessibleRole(this, QAccessible::Window);
@@ -45,6 +49,7 @@ SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &loc
     // Its bar takes the keys; a second stop without a name would say nothing.
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->addTab(makeGeneralTab(services, localModel), symbolIcon(Symbol::gear), u"General"_s);
+    addToolServersTab(*tabs, toolServers);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tabs);
@@ -88,6 +93,20 @@ QWidget *SettingsView::makeGeneralTab(const SettingsServices &services, LocalMod
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(content);
     return scroll;
+}
+
+void SettingsView::addToolServersTab(QTabWidget &tabs, MCPManager &toolServers)
+{
+    const int tab = tabs.addTab(new MCPServersView(toolServers, this), u"Tool Servers"_s);
+    const auto showTrouble = [&tabs, &toolServers, tab] {
+        const bool trouble = toolServers.hasTrouble();
+        tabs.setTabIcon(tab, symbolIcon(trouble ? Symbol::triangleExclamation : Symbol::server));
+        tabs.tabBar()->setAccessibleTabName(tab, trouble ? u"Tool Servers, a server could not be connected"_s
+                                                         : QString());
+    };
+    connect(&toolServers, &MCPManager::statusTextChanged, &tabs, showTrouble);
+    connect(&toolServers, &MCPManager::serversChanged, &tabs, showTrouble);
+    showTrouble();
 }
 
 } // namespace morvane

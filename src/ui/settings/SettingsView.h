@@ -2,9 +2,12 @@
 
 #include <QWidget>
 
+class QTabWidget;
+
 namespace morvane {
 
 class LocalModelFlow;
+class MCPManager;
 class SettingsModel;
 struct SettingsServices;
 
@@ -12,12 +15,15 @@ struct SettingsServices;
 class SettingsView : public QWidget {
     Q_OBJECT
 public:
-    /// Both must outlive the view. Shown as a window of its own above `parent`. Asks the provider for its
+    /// All must outlive the view. Shown as a window of its own above `parent`. Asks the provider for its
     /// list of models at once.
-    SettingsView(const SettingsServices &services, LocalModelFlow &localModel, QWidget *parent);
+    SettingsView(const SettingsServices &services, LocalModelFlow &localModel, MCPManager &toolServers,
+                 QWidget *parent);
 
 private:
     QWidget *makeGeneralTab(const SettingsServices &services, LocalModelFlow &localModel);
+
+    void addToolServersTab(QTabWidget &tabs, MCPManager &toolServers);
 
     SettingsModel *m_settingsModel;
 };

@@ -16,6 +16,8 @@ namespace {
 QString fileName(Symbol symbol)
 {
     switch (symbol) {
+    case Symbol::arrowClockwise:
+        return u"arrow-clockwise"_s;
     case Symbol::arrowRight:
         return u"arrow-right"_s;
     case Symbol::arrowRightCircle:
@@ -54,8 +56,12 @@ QString fileName(Symbol symbol)
         return u"paperclip"_s;
     case Symbol::photo:
         return u"photo"_s;
+    case Symbol::puzzle:
+        return u"puzzle"_s;
     case Symbol::question:
         return u"question"_s;
+    case Symbol::server:
+        return u"server"_s;
     case Symbol::shieldExclamation:
         return u"shield-exclamation"_s;
     case Symbol::stop:

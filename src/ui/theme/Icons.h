@@ -9,6 +9,7 @@ namespace morvane {
 
 /// The drawn symbols of the program, each one SVG under resources/icons in a single colour.
 enum class Symbol {
+    arrowClockwise,
     arrowRight,
     arrowRightCircle,
     arrowUp,
@@ -28,7 +29,9 @@ enum class Symbol {
     octagonExclamation,
     paperclip,
     photo,
+    puzzle,
     question,
+    server,
     shieldExclamation,
     stop,
     trash,

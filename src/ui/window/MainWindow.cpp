@@ -197,7 +197,8 @@ void MainWindow::fillConversations(QMenu *menu)
 void MainWindow::showSettings()
 {
     if (!m_settings) {
-        m_settings = new SettingsView(m_services.settings, m_model.localModel(), this);
+        m_settings =
+            new SettingsView(m_services.settings, m_model.localModel(), m_services.toolServers, this);
         m_settings->setAttribute(Qt::WA_DeleteOnClose);
     }
     m_settings->show();

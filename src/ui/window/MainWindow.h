@@ -14,6 +14,7 @@ class AppModel;
 class BrowserWindowPort;
 class ChatScrollView;
 class ComposerView;
+class MCPManager;
 class PermissionView;
 class QuestionView;
 class SettingsView;
@@ -24,6 +25,7 @@ struct MainWindowServices {
     Announcer &announcer;
     BrowserWindowPort &browserWindow;
     const UpdateModel &updates;
+    MCPManager &toolServers;
     SettingsServices settings;
 };
 

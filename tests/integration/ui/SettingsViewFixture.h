@@ -21,7 +21,8 @@ protected:
 
     void open()
     {
-        view = std::make_unique<SettingsView>(*settingsServices, model->localModel(), nullptr);
+        view = std::make_unique<SettingsView>(*settingsServices, model->localModel(), toolServerList.manager,
+                                              nullptr);
         view->show();
         settle();
     }

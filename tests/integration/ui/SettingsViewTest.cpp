@@ -41,13 +41,15 @@ protected:
     }
 };
 
-TEST_F(SettingsViewTest, WindowHasItsTitleAndOneTab)
+TEST_F(SettingsViewTest, WindowHasItsTitleAndItsTabs)
 {
     EXPECT_EQ(view->windowTitle(), "Morvane Settings");
     const auto *tabs = view->findChild<QTabWidget *>();
-    ASSERT_EQ(tabs->count(), 1);
+    ASSERT_EQ(tabs->count(), 2);
     EXPECT_EQ(tabs->tabText(0), "General");
-    EXPECT_FALSE(tabs->tabIcon(0).isNull());
+    EXPECT_EQ(tabs->tabText(1), "Tool Servers");
+    for (int tab = 0; tab < tabs->count(); ++tab)
+        EXPECT_FALSE(tabs->tabIcon(tab).isNull());
 }
 
 TEST_F(SettingsViewTest, SectionsStandInOrderAndAreGroups)

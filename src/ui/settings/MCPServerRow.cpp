@@ -1,0 +1,117 @@
+#include "ui/settings/MCPServerRow.h"
+
+#include "base/Text.h"
+#include "mcp/MCPManager.h"
+#include "ui/controls/WrappingCheckBox.h"
+#include "ui/settings/QuietText.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+constexpr int rowPadding = 12;
+constexpr int rowSpacing = 4;
+constexpr qreal rowRadius = 10;
+/// Names and commands come from a file, too, where anything can stand; in characters.
+constexpr qsizetype longestName = 200;
+constexpr qsizetype longestDetail = 1'000;
+constexpr int detailLines = 6;
+constexpr int statusLines = 100;
+
+QString detailOf(const MCPServerConfig &server)
+{
+    if (server.isRemote())
+        return flattened(server.url, longestDetail);
+    return flattened((QStringList{server.command} + server.args).join(u' '), longestDetail);
+}
+
+} // namespace
+
+MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent)
+    : QWidget(parent), m_id(server.id), m_name(flattened(server.name, longestName)), m_manager(manager),
+      m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(statusLines)),
+      m_copy(new QPushButton(u"Copy Error"_s)), m_remove(new QPushButton(u"Remove"_s))
+{
+    auto *detail = new QuietText(detailLines);
+    detail->setContent(detailOf(server), &ThemeColors::secondaryText);
+    QFont bold = m_switch->font();
+    bold.setBold(true);
+    m_switch->setFont(bold);
+    m_copy->setAccessibleName(u"Copy the error of the %1 server"_s.arg(m_name));
+    m_remove->setAccessibleName(u"Remove the %1 server"_s.arg(m_name));
+
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(rowSpacing);
+    texts->addWidget(m_switch);
+    texts->addWidget(detail);
+    texts->addWidget(m_status);
+    auto *buttons = new QVBoxLayout;
+    buttons->addWidget(m_remove);
+    buttons->addWidget(m_copy);
+    buttons->addStretch();
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(rowPadding, rowPadding, rowPadding, rowPadding);
+    row->addLayout(texts, 1);
+    row->addLayout(buttons);
+
+    // Assistive technology toggles without a click.
+    connect(m_switch, &QAbstractButton::toggled, this, [this](bool checked) {
+        m_manager.toggleServer(m_id, checked);
+        m_manager.refresh();
+    });
+    connect(m_copy, &QPushButton::clicked, this, &MCPServerRow::copyStatus);
+    connect(m_remove, &QPushButton::clicked, this, [this] { m_manager.removeServer(m_id); });
+    refresh();
+}
+
+void MCPServerRow::refresh()
+{
+    const auto &servers = m_manager.servers();
+    const auto server = std::find_if(servers.begin(), servers.end(),
+                                     [this](const MCPServerConfig &config) { return config.id == m_id; });
+    if (server == servers.end())
+        return;
+    const QString status = m_manager.statusText(m_id);
+    const bool trouble = status.startsWith("Could not connect"_L1);
+    {
+        const QSignalBlocker blocker(m_switch);
+        m_switch->setChecked(server->enabled);
+    }
+    m_switch->setAccessibleName(status.isEmpty() ? m_name : m_name + u", "_s + status);
+    m_status->setVisible(!status.isEmpty());
+    m_copy->setVisible(trouble);
+    if (trouble)
+        m_status->setContent(status, &ThemeColors::warning, Symbol::triangleExclamation);
+    else if (status.startsWith("Connected via"_L1))
+        m_status->setContent(status, &ThemeColors::success, Symbol::checkCircle);
+    else
+        m_status->setContent(status, &ThemeColors::text);
+}
+
+void MCPServerRow::copyStatus()
+{
+    QApplication::clipboard()->setText(m_manager.statusText(m_id));
+}
+
+void MCPServerRow::paintEvent(QPaintEvent *)
+{
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colors.border);
+    painter.setBrush(colors.surface);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), rowRadius, rowRadius);
+}
+
+} // namespace morvane

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "mcp/MCPServerConfig.h"
+
+#include <QWidget>
+
+class QPushButton;
+
+namespace morvane {
+
+class MCPManager;
+class QuietText;
+class WrappingCheckBox;
+
+/// One tool server: its name with the switch, what it is, and how it is doing. Assistive technology finds one
+/// element that tells name, status and the switch's state, and the buttons.
+class MCPServerRow : public QWidget {
+    Q_OBJECT
+public:
+    /// `manager` must outlive the row.
+    MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent = nullptr);
+
+    QUuid server() const { return m_id; }
+    QPushButton *removeButton() const { return m_remove; }
+    /// Shows the server as it is now.
+    void refresh();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void copyStatus();
+
+    const QUuid m_id;
+    const QString m_name;
+    MCPManager &m_manager;
+    WrappingCheckBox *m_switch;
+    QuietText *m_status;
+    QPushButton *m_copy;
+    QPushButton *m_remove;
+};
+
+} // namespace morvane

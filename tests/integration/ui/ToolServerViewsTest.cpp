@@ -1,0 +1,266 @@
+#include "SettingsViewFixture.h"
+
+#include "ui/controls/WrappingCheckBox.h"
+#include "ui/settings/AddMCPServerView.h"
+#include "ui/settings/MCPServerRow.h"
+#include "ui/settings/MCPServersView.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTabBar>
+#include <QTabWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+class ToolServerViewsTest : public SettingsViewFixture {
+protected:
+    void showServers()
+    {
+        tabs()->setCurrentIndex(1);
+        view->activateWindow();
+        settle();
+    }
+    QTabWidget *tabs() const { return view->findChild<QTabWidget *>(); }
+    MCPManager &manager() { return toolServerList.manager; }
+    QList<MCPServerRow *> rows() const
+    {
+        QList<MCPServerRow *> visible;
+        for (auto *row : view->findChildren<MCPServerRow *>())
+            if (row->isVisible())
+                visible.append(row);
+        return visible;
+    }
+    static WrappingCheckBox *switchOf(const MCPServerRow *row)
+    {
+        return row->findChild<WrappingCheckBox *>();
+    }
+    bool reads(const MCPServerRow *row, const QString &name) const
+    {
+        return waitUntil([&] { return switchOf(row)->accessibleName() == name; });
+    }
+    AddMCPServerView *openForm()
+    {
+        auto *add = named<QPushButton>(u"Add a tool server"_s);
+        add->setFocus();
+        add->click();
+        settle();
+        return view->findChild<AddMCPServerView *>();
+    }
+    QPushButton *saveButton() const { return named<QPushButton>(u"Add Server"_s); }
+};
+
+TEST_F(ToolServerViewsTest, WithoutServersTheViewSaysWhatTheyAre)
+{
+    showServers();
+    EXPECT_TRUE(shows(u"Tool Servers"_s));
+    EXPECT_TRUE(shows(u"No tool servers yet."_s));
+    EXPECT_TRUE(
+        shows(u"MCP (Model Context Protocol) servers add extra tools to Morvane — databases, browsers, "
+              "calendars, anything with an MCP server. Add a local command or a remote URL; its tools "
+              "appear automatically and always ask before running."_s));
+    EXPECT_TRUE(shows(u"Example command: npx -y @modelcontextprotocol/server-filesystem ~/Documents"_s));
+    EXPECT_EQ(named<QPushButton>(u"Reconnect all tool servers"_s)->text(), u"Reconnect");
+    EXPECT_EQ(named<QPushButton>(u"Add a tool server"_s)->text(), u"Add Server");
+}
+
+TEST_F(ToolServerViewsTest, ARowIsOneElementWithNameStatusAndSwitch)
+{
+    toolServerList.add(u"My Files"_s, 2);
+    showServers();
+    ASSERT_EQ(rows().size(), 1);
+    ASSERT_TRUE(reads(rows()[0], u"My Files, Connected via command · 2 tools"_s));
+    QAccessibleInterface *element = QAccessible::queryAccessibleInterface(switchOf(rows()[0]));
+    EXPECT_EQ(element->role(), QAccessible::CheckBox);
+    EXPECT_TRUE(element->state().checked);
+    // Beside it the row has nothing to say, but for its buttons.
+    QAccessibleInterface *row = QAccessible::queryAccessibleInterface(rows()[0]);
+    for (int child = 0; child < row->childCount(); ++child) {
+        QAccessibleInterface *part = row->child(child);
+        if (part->role() == QAccessible::CheckBox || part->role() == QAccessible::Button)
+            continue;
+        EXPECT_TRUE(part->text(QAccessible::Name).isEmpty());
+    }
+    EXPECT_FALSE(shows(u"No tool servers yet."_s));
+}
+
+TEST_F(ToolServerViewsTest, TheServersAreLookedAfterWhenTheScreenAppears)
+{
+    toolServerList.add(u"S"_s);
+    settle();
+    EXPECT_EQ(toolServerList.servers[u"S"_s].starts, 0) << "another tab is in front";
+    showServers();
+    EXPECT_TRUE(waitUntil([this] { return toolServerList.servers[u"S"_s].starts == 1; }));
+}
+
+TEST_F(ToolServerViewsTest, ReconnectRefreshesAll)
+{
+    toolServerList.add(u"S"_s);
+    showServers();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    named<QPushButton>(u"Reconnect all tool servers"_s)->click();
+    EXPECT_TRUE(waitUntil([this] { return toolServerList.servers[u"S"_s].starts == 2; }));
+}
+
+TEST_F(ToolServerViewsTest, TogglingOffShowsOffAfterTheRefreshAndOnConnectsAgain)
+{
+    toolServerList.add(u"S"_s);
+    showServers();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    switchOf(rows()[0])->click();
+    EXPECT_FALSE(manager().servers()[0].enabled);
+    EXPECT_TRUE(reads(rows()[0], u"S, Off"_s));
+    EXPECT_FALSE(QAccessible::queryAccessibleInterface(switchOf(rows()[0]))->state().checked);
+    QAccessible::queryAccessibleInterface(switchOf(rows()[0]))
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+}
+
+TEST_F(ToolServerViewsTest, TroubleShowsInTheRowAndInTheTabAndItsTextCanBeCopied)
+{
+    const auto iconKey = [this] { return tabs()->tabIcon(1).pixmap(16).toImage(); };
+    const QImage quiet = iconKey();
+    toolServerList.add(u"S"_s, 0, u"No such file or directory"_s);
+    showServers();
+    const QString status = u"Could not connect: No such file or directory"_s;
+    ASSERT_TRUE(reads(rows()[0], u"S, "_s + status));
+    EXPECT_NE(iconKey(), quiet);
+    EXPECT_EQ(tabs()->tabBar()->accessibleTabName(1), u"Tool Servers, a server could not be connected");
+    named<QPushButton>(u"Copy the error of the S server"_s)->click();
+    EXPECT_EQ(QApplication::clipboard()->text(), status);
+    toolServerList.servers[u"S"_s].startFailure.clear();
+    named<QPushButton>(u"Reconnect all tool servers"_s)->click();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 0 tools"_s));
+    EXPECT_EQ(iconKey(), quiet);
+    EXPECT_EQ(named<QPushButton>(u"Copy the error of the S server"_s), nullptr);
+}
+
+TEST_F(ToolServerViewsTest, RemovingTakesTheRowAndGivesTheFocusToTheNextButton)
+{
+    for (const auto &name : {u"A"_s, u"B"_s})
+        toolServerList.add(name);
+    showServers();
+    auto *remove = named<QPushButton>(u"Remove the A server"_s);
+    remove->setFocus();
+    remove->click();
+    settle();
+    ASSERT_EQ(rows().size(), 1);
+    EXPECT_EQ(view->focusWidget(), named<QPushButton>(u"Remove the B server"_s));
+    named<QPushButton>(u"Remove the B server"_s)->click();
+    settle();
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_TRUE(shows(u"No tool servers yet."_s));
+    EXPECT_EQ(view->focusWidget(), named<QPushButton>(u"Add a tool server"_s));
+}
+
+TEST_F(ToolServerViewsTest, TheFormAddsALocalServerByKeyboardAlone)
+{
+    showServers();
+    openForm();
+    EXPECT_TRUE(shows(u"Add Tool Server"_s));
+    EXPECT_TRUE(shows(u"The command runs on this Mac every time Morvane starts."_s));
+    EXPECT_EQ(view->focusWidget(), named<QLineEdit>(u"Server name"_s));
+    EXPECT_FALSE(saveButton()->isEnabled());
+    EXPECT_EQ(saveButton()->accessibleDescription(), u"Save the tool server");
+    QTest::keyClicks(view->focusWidget(), u" My Files "_s);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab); // to the transport
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(view->focusWidget(), named<QLineEdit>(u"Command"_s));
+    QTest::keyClicks(view->focusWidget(), u"run it"_s);
+    EXPECT_TRUE(saveButton()->isEnabled());
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    QTest::keyClicks(view->focusWidget(), u"a  b"_s);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    settle();
+    ASSERT_EQ(manager().servers().size(), 1);
+    const MCPServerConfig &server = manager().servers()[0];
+    EXPECT_EQ(server.name, u"My Files");
+    EXPECT_EQ(server.command, u"run it");
+    EXPECT_EQ(server.args, (QStringList{u"a"_s, u"b"_s}));
+    EXPECT_EQ(rows().size(), 1);
+    EXPECT_EQ(named<QLineEdit>(u"Server name"_s), nullptr) << "the form is closed";
+    EXPECT_EQ(view->focusWidget(), named<QPushButton>(u"Add a tool server"_s));
+}
+
+TEST_F(ToolServerViewsTest, TheFormAddsARemoteServer)
+{
+    showServers();
+    openForm();
+    auto *transport = named<SegmentedPicker>(u"Transport"_s);
+    transport->findChildren<QAbstractButton *>()[1]->click();
+    settle();
+    EXPECT_TRUE(shows(u"The endpoint must speak the MCP HTTP transport."_s));
+    EXPECT_EQ(named<QLineEdit>(u"Command"_s), nullptr);
+    EXPECT_TRUE(named<QLineEdit>(u"Server URL"_s)->placeholderText().startsWith(u"https://"_s));
+    EXPECT_TRUE(named<QLineEdit>(u"Server URL"_s)->placeholderText().endsWith(u"/mcp"_s));
+    retype(named<QLineEdit>(u"Server name"_s), u"Far"_s);
+    retype(named<QLineEdit>(u"Server URL"_s), u"HTTP://x"_s);
+    EXPECT_FALSE(saveButton()->isEnabled());
+    retype(named<QLineEdit>(u"Server URL"_s), u"http://127.0.0.1:1/mcp"_s);
+    ASSERT_TRUE(saveButton()->isEnabled());
+    saveButton()->click();
+    settle();
+    ASSERT_EQ(manager().servers().size(), 1);
+    EXPECT_EQ(manager().servers()[0].transport, u"http");
+    EXPECT_EQ(manager().servers()[0].url, u"http://127.0.0.1:1/mcp");
+}
+
+TEST_F(ToolServerViewsTest, ANameOfBlanksKeepsTheButtonDisabledAndEscapeAddsNothing)
+{
+    showServers();
+    openForm();
+    retype(named<QLineEdit>(u"Server name"_s), u"   "_s);
+    retype(named<QLineEdit>(u"Command"_s), u"run"_s);
+    EXPECT_FALSE(saveButton()->isEnabled());
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    EXPECT_TRUE(manager().servers().isEmpty());
+    QTest::keyClick(view->focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(named<QLineEdit>(u"Server name"_s), nullptr);
+    EXPECT_TRUE(view->isVisible()) << "Escape has closed the form, not the window";
+    openForm();
+    EXPECT_EQ(named<QLineEdit>(u"Server name"_s)->text(), QString()) << "it begins anew";
+}
+
+TEST_F(ToolServerViewsTest, AddingDoesNotWaitForTheConnection)
+{
+    toolServerList.servers[u"Slow"_s].answer = {};
+    showServers();
+    openForm();
+    retype(named<QLineEdit>(u"Server name"_s), u"Slow"_s);
+    retype(named<QLineEdit>(u"Command"_s), u"run"_s);
+    saveButton()->click();
+    settle();
+    ASSERT_EQ(rows().size(), 1);
+    EXPECT_TRUE(reads(rows()[0], u"Slow, Connecting…"_s));
+    clock.advance(std::chrono::seconds(20));
+    EXPECT_TRUE(reads(rows()[0], u"Slow, Could not connect: The MCP server did not respond in time."_s));
+}
+
+TEST_F(ToolServerViewsTest, FiftyServersScrollAndLongTextsWrap)
+{
+    for (int i = 0; i < 50; ++i)
+        toolServerList.add(u"Server %1"_s.arg(i));
+    toolServerList.add(QString(300, u'W'), 0, QString(3'000, u'x'));
+    view->resize(420, 600);
+    showServers();
+    ASSERT_TRUE(waitUntil([this] { return manager().hasTrouble(); }));
+    settle();
+    ASSERT_EQ(rows().size(), 51);
+    auto *scroll = view->findChild<MCPServersView *>()->findChild<QScrollArea *>();
+    EXPECT_GT(scroll->verticalScrollBar()->maximum(), 0);
+    EXPECT_LE(scroll->widget()->width(), scroll->viewport()->width());
+    auto *last = named<QPushButton>(u"Remove the Server 49 server"_s);
+    last->setFocus();
+    scroll->ensureWidgetVisible(last);
+    EXPECT_FALSE(last->visibleRegion().isEmpty());
+}
+
+} // namespace
+} // namespace morvane
