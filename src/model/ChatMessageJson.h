@@ -3,7 +3,6 @@
 #include "model/ChatMessage.h"
 
 #include <boost/json/object.hpp>
-#include <boost/json/value.hpp>
 #include <optional>
 #include <string_view>
 
@@ -15,11 +14,6 @@ namespace morvane {
 
 boost::json::object toJson(const ChatAttachment &attachment);
 boost::json::object toJson(const ChatMessage &message);
-
-// Nothing if a required key is missing or any known key has another type. Unknown keys are ignored; an
-// integer may be written as a double without a fraction.
-std::optional<ChatAttachment> chatAttachmentFromJson(const boost::json::value &value);
-std::optional<ChatMessage> chatMessageFromJson(const boost::json::value &value);
 
 // The stored texts of the enumerations; nothing for any other text.
 std::optional<Role> roleFromText(std::string_view text);

@@ -2,8 +2,8 @@
 
 #include "base/Json.h"
 #include "base/Uuid.h"
-#include "model/ChatMessageJson.h"
 #include "store/ConversationFile.h"
+#include "support/ChatMessageFromJson.h"
 
 namespace morvane {
 

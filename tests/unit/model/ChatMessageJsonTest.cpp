@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/Uuid.h"
+#include "support/ChatMessageFromJson.h"
 
 #include <gtest/gtest.h>
 #include <limits>
