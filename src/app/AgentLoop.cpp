@@ -11,6 +11,7 @@
 #include "tools/ToolArguments.h"
 #include "tools/ToolTable.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -47,6 +48,8 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
     Run run;
     run.config = std::move(config);
     run.context = std::move(initialContext);
+    if (const auto row = m_workspace.transcript.newestAssistant())
+        run.answer = m_workspace.transcript.messages().at(*row).id;
     while (!stepLimitReached(run)) {
         const qsizetype startLength = m_workspace.transcript.currentAssistantTextLength();
         const AITurnResult turn = co_await streamTurn(&run);
@@ -55,12 +58,12 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
                 m_workspace.transcript.appendToken(turn.text);
             break;
         }
-        moveTurnNarrationToActivity(startLength);
+        moveTurnNarrationToActivity(run, startLength);
         if (!turn.text.isEmpty())
             run.context.append({APIMessage::Assistant{turn.text}});
         const CallsEnd end = co_await runToolCalls(&run, turn.toolCalls);
         if (end == CallsEnd::repeated) {
-            addNote(repetitionNote);
+            addNote(run, repetitionNote);
             m_workspace.activity.log(u"Stopped: the same action repeated without progress."_s,
                                      ActivityStep::Kind::error);
             co_await checkCancelled();
@@ -70,7 +73,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
     }
     m_workspace.activity.logFinished(run.ranTools);
     if (stepLimitReached(run))
-        addNote(stepLimitNote(m_settings.maxSteps()));
+        addNote(run, stepLimitNote(m_settings.maxSteps()));
     co_await checkCancelled();
     co_return std::move(run.context);
 }
@@ -145,10 +148,18 @@ bool AgentLoop::stepLimitReached(const Run &run) const
     return !m_settings.unlimitedSteps() && run.step >= m_settings.maxSteps();
 }
 
-void AgentLoop::addNote(const QString &note)
+bool AgentLoop::isLeft(const Run &run) const
+{
+    const QList<ChatMessage> &messages = m_workspace.transcript.messages();
+    return std::none_of(messages.begin(), messages.end(),
+                        [&run](const ChatMessage &message) { return message.id == run.answer; });
+}
+
+void AgentLoop::addNote(const Run &run, const QString &note)
 {
     const auto row = m_workspace.transcript.newestAssistant();
-    if (!row)
+    // A cancelled run may end when another conversation is shown.
+    if (!row || isLeft(run))
         return;
     if (m_workspace.transcript.messages().at(*row).text.isEmpty())
         m_workspace.transcript.setText(*row, note);
@@ -156,10 +167,10 @@ void AgentLoop::addNote(const QString &note)
         m_workspace.transcript.appendToken(u"\n\n"_s + note);
 }
 
-void AgentLoop::moveTurnNarrationToActivity(qsizetype fromLength)
+void AgentLoop::moveTurnNarrationToActivity(const Run &run, qsizetype fromLength)
 {
     const auto row = m_workspace.transcript.newestAssistant();
-    if (!row || fromLength >= m_workspace.transcript.currentAssistantTextLength())
+    if (!row || isLeft(run) || fromLength >= m_workspace.transcript.currentAssistantTextLength())
         return;
     const QString text = m_workspace.transcript.messages().at(*row).text;
     const QString kept = firstCharacters(text, fromLength);

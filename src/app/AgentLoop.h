@@ -10,6 +10,7 @@
 
 #include <QList>
 #include <QStringList>
+#include <QUuid>
 #include <optional>
 
 namespace morvane {
@@ -33,7 +34,8 @@ private:
     struct Run {
         AIConfiguration config;
         QList<APIMessage> context;
-        int step = 0; ///< Finished turns that called tools.
+        std::optional<QUuid> answer; ///< The message that was to be filled when the run began.
+        int step = 0;                ///< Finished turns that called tools.
         QStringList ranTools;
         std::optional<QByteArray> lastSignature;
         int repeatCount = 0;
@@ -48,8 +50,9 @@ private:
     Task<QString> launchSubagent(AIToolCall call, AIConfiguration config);
     bool repeats(Run &run, const AIToolCall &call) const;
     bool stepLimitReached(const Run &run) const;
-    void addNote(const QString &note);
-    void moveTurnNarrationToActivity(qsizetype fromLength);
+    bool isLeft(const Run &run) const;
+    void addNote(const Run &run, const QString &note);
+    void moveTurnNarrationToActivity(const Run &run, qsizetype fromLength);
 
     const SettingsStore &m_settings;
     Workspace &m_workspace;

@@ -100,8 +100,13 @@ void LocalModelFlow::cancelTasks()
 
 Task<void> LocalModelFlow::installLocalModel()
 {
-    if (m_info.installing || m_info.running || !m_pullingModel.isEmpty())
+    if (m_info.installing || !m_pullingModel.isEmpty())
         co_return;
+    if (m_info.running) {
+        // It was found ready after the message that started this was told to wait.
+        Q_EMIT installationEnded();
+        co_return;
+    }
     std::exception_ptr failure;
     try {
         co_await installSteps();

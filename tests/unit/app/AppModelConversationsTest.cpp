@@ -202,6 +202,56 @@ TEST_F(LeavingARunTest, DeletingTheConversationEndsIt)
     EXPECT_TRUE(listed().isEmpty());
 }
 
+TEST_F(LeavingARunTest, AMessageThatWaitsForAKeyIsSaved)
+{
+    const QUuid other = savedConversation(u"Trip"_s, {message(Role::user, u"x"_s)});
+    settings->setProviderID(ProviderID::groq);
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    ASSERT_FALSE(model->isBusy());
+    model->openConversation(other);
+    settle();
+    ASSERT_EQ(listed().size(), 2);
+    EXPECT_EQ(storedTexts(listed().first().id), QStringList({u"hello"_s, QString()}));
+}
+
+TEST_F(LeavingARunTest, ItsNoteAboutTheStepsStaysOutOfTheNextConversation)
+{
+    settings->setUnlimitedSteps(false);
+    settings->setMaxSteps(1);
+    const QUuid other =
+        savedConversation(u"Trip"_s, {message(Role::user, u"x"_s), message(Role::assistant, u"y"_s)});
+    service.willTurn(Service::calls({toolCall(u"ask_user"_s, R"({"question":"Sure?"})")}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    model->cancel();
+    model->openConversation(other);
+    settle();
+    model->questions().resolveQuestion(u"yes"_s);
+    settle();
+    EXPECT_EQ(lastMessage().text, u"y"_s);
+    EXPECT_EQ(storedTexts(other), QStringList({u"x"_s, u"y"_s}));
+}
+
+TEST_F(LeavingARunTest, ItsNoteAboutRepetitionStaysOutOfTheNextConversation)
+{
+    const QUuid other =
+        savedConversation(u"Trip"_s, {message(Role::user, u"x"_s), message(Role::assistant, u"y"_s)});
+    const AIToolCall question = toolCall(u"ask_user"_s, R"({"question":"Sure?"})");
+    service.willTurn(Service::calls({question, question, question}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    const auto isAsked = [this] { return model->questions().pendingQuestion().has_value(); };
+    ASSERT_TRUE(waitUntil(isAsked));
+    model->cancel();
+    model->openConversation(other);
+    settle();
+    model->questions().resolveQuestion(u"yes"_s);
+    ASSERT_TRUE(waitUntil(isAsked));
+    model->questions().resolveQuestion(u"yes"_s);
+    settle();
+    EXPECT_EQ(lastMessage().text, u"y"_s);
+    EXPECT_EQ(storedTexts(other), QStringList({u"x"_s, u"y"_s}));
+}
+
 TEST_F(LeavingARunTest, OpeningAnotherIsRefusedUntilItIsCancelledAndThenEndsIt)
 {
     const QUuid other = savedConversation(u"Trip"_s, {message(Role::user, u"x"_s)});

@@ -280,6 +280,20 @@ TEST_F(AppModelTest, CancelLeavesAWaitingQuestionOpen)
     EXPECT_EQ(model->status().statusText(), u"Cancelled"_s);
 }
 
+TEST_F(AppModelTest, CancelSavesAtOnceWhileTheRunIsSlowToNotice)
+{
+    service.willTurn(FakeAIService::calls({toolCall(u"ask_user"_s, R"({"question":"Sure?"})")}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    model->cancel();
+    ASSERT_TRUE(model->currentConversationID().has_value());
+    const auto file = runTask(scheduler, store->load(*model->currentConversationID()));
+    ASSERT_TRUE(file);
+    EXPECT_FALSE(file->messages.last().isStreaming);
+    model->questions().resolveQuestion(u"no"_s);
+    settle();
+}
+
 TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
 {
     EXPECT_TRUE(model->showOnboarding());

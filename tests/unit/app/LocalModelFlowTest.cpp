@@ -85,6 +85,21 @@ TEST_F(LocalModelFlowTest, MessageSentDuringAnInstallationWaitsForIt)
     EXPECT_EQ(localModel.installations, 1);
 }
 
+TEST_F(LocalModelFlowTest, MessageSentWhileTheModelIsFoundReadyGetsItsAnswer)
+{
+    localModel.serverRunning = true;
+    localModel.models = {u"qwen2.5"_s};
+    model->localModel().refreshLocalModel();
+    service.willTurn(Service::answer(u"hi"_s)); // to the warming up
+    service.willTurn(Service::answer(u"hi"_s));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    ASSERT_TRUE(model->isInstallPending());
+    finishRun();
+    EXPECT_FALSE(model->isInstallPending());
+    EXPECT_EQ(lastMessage().text, u"hi"_s);
+    EXPECT_EQ(localModel.installations, 0);
+}
+
 TEST_F(LocalModelFlowTest, FailedInstallationShowsItsErrorInTheWaitingRow)
 {
     localModel.failure = u"No room."_s;
@@ -154,6 +169,17 @@ TEST_F(LocalModelFlowTest, SwitchingTheProviderEndsAWaitingMessage)
               u"Switched to another provider before the local model finished downloading."_s);
     EXPECT_FALSE(lastMessage().isStreaming);
     EXPECT_FALSE(model->isInstallPending());
+}
+
+TEST_F(LocalModelFlowTest, SwitchingTheProviderSavesTheWaitingMessage)
+{
+    localModel.installationTime = 1h;
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    settle();
+    settings->setProviderID(ProviderID::groq);
+    settle();
+    ASSERT_EQ(listed().size(), 1);
+    EXPECT_EQ(listed().first().messageCount, 2);
 }
 
 TEST_F(LocalModelFlowTest, SwitchingTheProviderWithoutAWaitingMessageAddsNothing)

@@ -111,6 +111,20 @@ TEST_F(OpeningTest, NothingIsSavedBeforeTheMessagesAreThere)
     EXPECT_EQ(storedTexts(second), QStringList{u"two"_s});
 }
 
+TEST_F(OpeningTest, CancellingSaysNothingOfTheConversationBefore)
+{
+    const QUuid third = savedConversation(u"Third"_s, {message(Role::assistant, u"half"_s, true)});
+    model->openConversation(third);
+    settle();
+    announcer.spoken.clear();
+    model->openConversation(second);
+    model->cancel();
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+    settle();
+    EXPECT_THAT(shownTexts(), ElementsAre(u"two"));
+}
+
 TEST_F(OpeningTest, DeletingWhatIsBeingOpenedDeletesIt)
 {
     model->openConversation(second);
@@ -205,6 +219,19 @@ TEST_F(OpeningTest, ANewConversationDuringTheRestoreStaysNew)
     EXPECT_FALSE(model->currentConversationID().has_value());
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_EQ(model->conversations().list().size(), 2);
+}
+
+TEST_F(OpeningTest, ANewConversationStaysNewWhenTheRestoredFileIsReadAlready)
+{
+    beginStart();
+    finishReadingUnheard(*store); // the list
+    finishReadingUnheard(*store);
+    model->newConversation();
+    settle();
+    EXPECT_FALSE(model->currentConversationID().has_value());
+    EXPECT_TRUE(model->messages().isEmpty());
+    EXPECT_TRUE(model->isReady());
+    EXPECT_EQ(storedTexts(first), QStringList{u"one"_s});
 }
 
 TEST_F(OpeningTest, ANewConversationDuringTheOpeningStaysNew)

@@ -46,6 +46,22 @@ TEST_F(TitleTest, IsAskedForOnceForAConversation)
     EXPECT_EQ(service.titleRequests().size(), 1);
 }
 
+TEST_F(TitleTest, IsAskedForAgainWhenANewConversationWasBegunInBetween)
+{
+    service.willTitle(u"First"_s);
+    service.willTurn(Service::answer(u"a"_s));
+    sendAndFinish(u"one"_s);
+    const QUuid id = *model->currentConversationID();
+    model->newConversation();
+    model->openConversation(id);
+    settle();
+    service.willTitle(u"Second"_s);
+    service.willTurn(Service::answer(u"b"_s));
+    sendAndFinish(u"two"_s);
+    EXPECT_EQ(service.titleRequests().size(), 2);
+    EXPECT_EQ(model->currentTitle(), u"Second"_s);
+}
+
 TEST_F(TitleTest, ReplyWithTheWordErrorLeavesTheProvisionalTitle)
 {
     service.willTitle(u"Internal ERROR occurred"_s);

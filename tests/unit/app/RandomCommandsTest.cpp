@@ -1,0 +1,388 @@
+#include "SavedConversations.h"
+
+#include "async/OneShot.h"
+#include "async/Sleep.h"
+#include "base/Json.h"
+#include "base/Uuid.h"
+#include "providers/AIServiceError.h"
+#include "support/UnheardReading.h"
+
+#include <QRegularExpression>
+#include <random>
+
+using namespace Qt::StringLiterals;
+
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+class Dice {
+public:
+    explicit Dice(unsigned seed) : m_engine(seed) {}
+
+    /// 0 to `sides` - 1.
+    int roll(qsizetype sides) { return static_cast<int>(m_engine() % static_cast<unsigned>(sides)); }
+    bool oneIn(int sides) { return roll(sides) == 0; }
+
+private:
+    std::mt19937 m_engine;
+};
+
+/// The number of the message that a text belongs to: every text of the test holds one, as in "<17>".
+int numberIn(const QString &text)
+{
+    static const QRegularExpression number(u"<(\\d+)>"_s);
+    return number.match(text).captured(1).toInt();
+}
+
+/// A model that does anything at any pace. Whatever it says holds the number of the message that it answers.
+class MoodyModel final : public AIService {
+public:
+    explicit MoodyModel(unsigned seed) : m_dice(seed) {}
+
+    Task<AITurnResult> runOpenAITurn(QList<APIMessage> context, AIConfiguration config,
+                                     TokenCallback onToken) override
+    {
+        return run(lastRequest(context), config.systemPrompt, std::move(onToken));
+    }
+    Task<AITurnResult> runGeminiTurn(QList<APIMessage> context, AIConfiguration config,
+                                     TokenCallback onToken) override
+    {
+        return run(lastRequest(context), config.systemPrompt, std::move(onToken));
+    }
+
+private:
+    static int lastRequest(const QList<APIMessage> &context)
+    {
+        int number = 0;
+        for (const APIMessage &message : context)
+            if (const auto *user = std::get_if<APIMessage::User>(&message.entry))
+                number = numberIn(user->text);
+        return number;
+    }
+
+    Task<AITurnResult> run(int number, QString systemPrompt, TokenCallback onToken)
+    {
+        const QString mark = u"<%1>"_s.arg(number);
+        if (m_dice.oneIn(2))
+            co_await sleepFor(std::chrono::seconds(1 + m_dice.roll(10)));
+        if (systemPrompt.startsWith(u"Generate a very short title"_s))
+            co_return AITurnResult{u"Title "_s + mark, {}};
+        AITurnResult result;
+        for (int tokens = m_dice.roll(3); tokens > 0; --tokens) {
+            const QString token = QString(m_dice.roll(250), u'x') + mark;
+            onToken(token);
+            result.text += token;
+            if (m_dice.oneIn(2))
+                co_await sleepFor(std::chrono::seconds(1 + m_dice.roll(10)));
+        }
+        if (m_dice.oneIn(8))
+            throw AIServiceError(AIServiceError::Api{u"not today"_s});
+        if (m_dice.oneIn(8))
+            co_await sleepFor(1h);
+        if (m_dice.oneIn(2))
+            for (int calls = m_dice.roll(4); calls > 0; --calls)
+                result.toolCalls.append(someCall(mark));
+        co_return result;
+    }
+
+    AIToolCall someCall(const QString &mark)
+    {
+        static const QStringList names{u"ask_user"_s,  u"edit_file"_s,         u"task"_s,
+                                       u"read_file"_s, u"run_shell_command"_s, u"mcp_files_read"_s};
+        // No two alike: what a repetition ends is told elsewhere.
+        ++m_calls;
+        return {names.at(m_dice.roll(names.size())),
+                boost::json::object{
+                    {"command", "rm -rf x"}, {"description", jsonFromText(mark)}, {"question", m_calls}},
+                {},
+                {}};
+    }
+
+    Dice m_dice;
+    int m_calls = 0;
+};
+
+/// A conversation as the user knows it.
+struct Known {
+    std::optional<QUuid> id; ///< Nothing before the first save.
+    QStringList sent;
+    bool deleted = false;
+};
+using KnownPointer = std::shared_ptr<Known>;
+
+Task<ToolResult> resultOf(OneShot<ToolResult> result)
+{
+    co_return co_await result.wait();
+}
+
+/// A user who does anything at any time, and what must hold whatever they do.
+class RandomCommandsTest : public SavedConversations, public testing::WithParamInterface<unsigned> {
+protected:
+    RandomCommandsTest()
+    {
+        for (const QString &text : {u"<1>"_s, u"<2>"_s, u"<3>"_s}) {
+            known.append(std::make_shared<Known>(
+                Known{savedConversation(u"Title "_s + text, {message(Role::user, text)}), {text}}));
+        }
+        settings->setUnlimitedSteps(true);
+        settings->setValue(u"currentConversationID"_s, uuidText(*known.first()->id));
+        current = known.first();
+        tool = [this](ToolPermit) {
+            OneShot<ToolResult> end;
+            if (dice.oneIn(2))
+                end.resume(ToolResult(u"done"_s));
+            else
+                tools.append(end);
+            return resultOf(end);
+        };
+        moodyServices.reset(new AppServices(servicesAround({.scheduler = scheduler,
+                                                            .settings = *settings,
+                                                            .conversations = *store,
+                                                            .executeTool = services->executeTool,
+                                                            .machine = u"Test machine."_s,
+                                                            .service = &moody})));
+        model = std::make_unique<AppModel>(*moodyServices);
+        QObject::connect(&model->conversations(), &Conversations::currentChanged, model.get(), [this] {
+            if (!current->id && !current->sent.isEmpty())
+                current->id = model->currentConversationID();
+        });
+    }
+    ~RandomCommandsTest() override { scheduler.shutdown(0ms); }
+
+    void send()
+    {
+        const QString text = u"<%1>"_s.arg(++lastNumber);
+        // Before the message, so that the signal of a first save finds it.
+        const KnownPointer conversation = current;
+        conversation->sent.append(text);
+        const bool mayTake = model->isReady() && !model->isBusy() && !model->isInstallPending();
+        const bool taken = model->send(text, {});
+        EXPECT_EQ(taken, mayTake);
+        if (!taken) {
+            conversation->sent.removeLast();
+            return;
+        }
+        conversation->deleted = false;
+        if (!known.contains(conversation))
+            known.append(conversation);
+    }
+
+    void open(const KnownPointer &wanted)
+    {
+        if (!wanted->id)
+            return;
+        model->openConversation(*wanted->id);
+        if (model->currentConversationID() == wanted->id)
+            current = wanted;
+    }
+
+    void remove(const KnownPointer &unwanted)
+    {
+        if (!unwanted->id)
+            return;
+        model->deleteConversation(*unwanted->id);
+        unwanted->deleted = true;
+        unwanted->sent.clear();
+        if (current == unwanted)
+            current = std::make_shared<Known>();
+    }
+
+    void begin()
+    {
+        model->newConversation();
+        current = std::make_shared<Known>();
+    }
+
+    void changeProvider()
+    {
+        static const QList<ProviderID> providers{ProviderID::custom, ProviderID::ollama, ProviderID::groq};
+        localModel.installationTime = std::chrono::seconds(dice.roll(5));
+        localModel.failure = dice.oneIn(3) ? u"no room"_s : QString();
+        if (dice.oneIn(3)) {
+            localModel.serverRunning = false;
+            localModel.models.clear();
+        }
+        settings->setProviderID(providers.at(dice.roll(providers.size())));
+    }
+
+    void endATool()
+    {
+        if (!tools.isEmpty())
+            tools.takeAt(dice.roll(tools.size())).resume(ToolResult(u"done"_s));
+    }
+
+    void command()
+    {
+        const KnownPointer any = known.at(dice.roll(known.size()));
+        switch (dice.roll(22)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3:
+        case 4:
+            return send();
+        case 5:
+        case 6:
+            return model->cancel();
+        case 7:
+            return begin();
+        case 8:
+        case 9:
+        case 10:
+            return open(any);
+        case 11:
+            return remove(any);
+        case 12:
+            return remove(current);
+        case 13:
+        case 14:
+            return model->gate().resolvePermission(dice.oneIn(2), dice.oneIn(4));
+        case 15:
+        case 16:
+            return model->questions().resolveQuestion(u"yes"_s);
+        case 17:
+            return endATool();
+        case 18:
+            return changeProvider();
+        case 19:
+            return model->saveCurrentConversation();
+        case 20:
+            return dice.oneIn(2) ? model->localModel().refreshLocalModel() : model->cancelLocalModelWork();
+        default:
+            return clock.advance(std::chrono::seconds(dice.roll(20)));
+        }
+    }
+
+    /// Lets the program come as far as it may have come when the user does the next thing.
+    void pause()
+    {
+        switch (dice.roll(5)) {
+        case 0:
+            return;
+        case 1:
+            return QCoreApplication::processEvents();
+        case 2:
+            return finishReadingUnheard(*store);
+        case 3:
+            return static_cast<void>(morvane::settle());
+        default:
+            return settle();
+        }
+    }
+
+    bool isWaiting() const
+    {
+        return model->isBusy() || model->isInstallPending() || !model->isReady() ||
+               model->gate().pendingToolCall() || model->questions().pendingQuestion() || !tools.isEmpty();
+    }
+
+    /// Answers everything and gives everything the time that it needs.
+    void comeToRest()
+    {
+        settle();
+        for (int round = 0; round < 300 && isWaiting(); ++round) {
+            model->gate().resolvePermission(false, false);
+            model->questions().resolveQuestion(u"no"_s);
+            endATool();
+            clock.advance(round % 3 == 0 ? 121s : 11s);
+            settle();
+        }
+        ASSERT_FALSE(isWaiting());
+    }
+
+    /// Nothing was lost, misdirected or brought back.
+    void expectAllWhereItBelongs()
+    {
+        expectShown();
+        model->saveCurrentConversation();
+        settle();
+        QSet<QUuid> expected;
+        for (const KnownPointer &conversation : std::as_const(known)) {
+            if (conversation->deleted) {
+                EXPECT_FALSE(runTask(scheduler, store->load(*conversation->id)));
+                continue;
+            }
+            ASSERT_TRUE(conversation->id);
+            expected.insert(*conversation->id);
+            const auto file = runTask(scheduler, store->load(*conversation->id));
+            ASSERT_TRUE(file);
+            expectOwn(file->messages, conversation->sent);
+            EXPECT_TRUE(file->title == conversation->sent.first() ||
+                        conversation->sent.first() == file->title.mid(u"Title "_s.size()))
+                << file->title.toStdString();
+        }
+        QSet<QUuid> listedByModel;
+        for (const ConversationMeta &meta : model->conversations().list())
+            listedByModel.insert(meta.id);
+        EXPECT_EQ(listedByModel, expected);
+        EXPECT_EQ(listed().size(), expected.size());
+    }
+
+    void expectShown()
+    {
+        EXPECT_EQ(model->currentConversationID(), current->id);
+        if (model->isReady())
+            expectOwn(model->messages(), current->sent);
+    }
+
+    /// The messages that were sent to the conversation, each once and in order, and no answer to another.
+    static void expectOwn(const QList<ChatMessage> &messages, const QStringList &sent)
+    {
+        QStringList users;
+        for (const ChatMessage &message : messages)
+            if (message.role == Role::user)
+                users.append(message.text);
+            else if (!message.text.isEmpty())
+                EXPECT_TRUE(sent.contains(u"<%1>"_s.arg(numberIn(message.text))))
+                    << message.text.toStdString();
+        EXPECT_EQ(users, sent);
+    }
+
+    Dice dice{GetParam()};
+    MoodyModel moody{GetParam() + 1'000'000};
+    std::unique_ptr<AppServices> moodyServices;
+    QList<KnownPointer> known;
+    KnownPointer current;
+    QList<OneShot<ToolResult>> tools; ///< Those that run.
+    int lastNumber = 3;
+};
+
+TEST_P(RandomCommandsTest, WhateverTheUserDoesEveryMessageIsWhereItBelongs)
+{
+    for (int left = 120; left > 0 && !HasFailure(); --left) {
+        command();
+        pause();
+        if (model->isReady())
+            expectShown();
+        if (left % 40 == 1) {
+            comeToRest();
+            expectAllWhereItBelongs();
+        }
+    }
+}
+
+TEST_P(RandomCommandsTest, QuittingAtAnyTimeLosesNothing)
+{
+    for (int left = 10 + dice.roll(40); left > 0 && !HasFailure(); --left) {
+        command();
+        pause();
+    }
+    model->saveCurrentConversation();
+    // A question that waits for its answer would use up any time.
+    scheduler.shutdown(20ms);
+    model.reset();
+    Scheduler next(clock);
+    for (const KnownPointer &conversation : std::as_const(known)) {
+        const auto file = conversation->id ? runTask(next, store->load(*conversation->id)) : std::nullopt;
+        ASSERT_EQ(file.has_value(), !conversation->deleted);
+        if (file)
+            expectOwn(file->messages, conversation->sent);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomCommandsTest, testing::Range(1U, 21U));
+
+} // namespace
+} // namespace morvane
