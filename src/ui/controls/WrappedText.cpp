@@ -1,5 +1,7 @@
 #include "ui/controls/WrappedText.h"
 
+#include "ui/markdown/LayoutCost.h"
+
 #include <QFontMetrics>
 #include <QPainter>
 #include <QTextLayout>
@@ -11,8 +13,8 @@ namespace morvane {
 
 namespace {
 
-/// Far more than a few lines can show; keeps the cost of laying out a huge text bounded.
-constexpr qsizetype longestLaidOut = 600;
+/// What a few lines can show costs far less to lay out; keeps the cost of a huge text bounded.
+constexpr qsizetype costliestLaidOut = 1'000;
 
 struct Lines {
     QStringList texts;
@@ -22,8 +24,9 @@ struct Lines {
 
 Lines linesOf(const WrappedText &wrapped, int width)
 {
-    const bool isTooLong = wrapped.text.size() > longestLaidOut;
-    QString text = isTooLong ? wrapped.text.first(longestLaidOut) + u'…' : wrapped.text;
+    const qsizetype affordable = affordableLength(wrapped.text, costliestLaidOut);
+    const bool isTooLong = wrapped.text.size() > affordable;
+    QString text = isTooLong ? wrapped.text.first(affordable) + u'…' : wrapped.text;
     text.replace(u'\n', QChar::LineSeparator);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);

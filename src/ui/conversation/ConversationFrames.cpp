@@ -125,14 +125,19 @@ int ConversationFrames::estimatedHeight(const ConversationItem &item) const
 int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowLayout &row,
                                         qsizetype index) const
 {
+    return estimatedHeight(item, row, index, m_texts.text(item, row.segments.at(index)));
+}
+
+int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype index,
+                                        QStringView text) const
+{
     const SegmentLayout &segment = row.segments.at(index);
     const SegmentFrame frame = segmentFrame(item, row, index);
     const double character =
         segment.segment.kind == TextSegment::Kind::code ? m_style.codeCharacter : m_style.averageCharacter;
     const int line =
         item.kind == ConversationItem::Kind::message ? m_style.lineHeight : m_style.captionLineHeight;
-    return frame.gap + frame.header + frame.footer +
-           estimatedLines(m_texts.text(item, segment), character, frame.width) * line;
+    return frame.gap + frame.header + frame.footer + estimatedLines(text, character, frame.width) * line;
 }
 
 } // namespace morvane

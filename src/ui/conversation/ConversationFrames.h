@@ -33,6 +33,9 @@ public:
     /// Of a row that was not cut into segments yet.
     int estimatedHeight(const ConversationItem &item) const;
     int estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
+    /// The same where the segment's text is at hand.
+    int estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype segment,
+                        QStringView text) const;
 
 private:
     int estimatedLines(QStringView text, double characterWidth, int width) const;

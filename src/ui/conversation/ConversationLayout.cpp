@@ -14,6 +14,10 @@ namespace {
 /// Text laid out in one pass, in usual letters; what else is in sight comes with the next frame. More than
 /// most windows hold.
 constexpr qsizetype passLimit = 3 * segmentLimit;
+/// What a line costs besides its letters.
+constexpr qsizetype lineCost = 20;
+/// Times the letters' number that a text costs which is kept as a picture.
+constexpr qsizetype dearness = 3;
 
 using Kind = ConversationItem::Kind;
 
@@ -25,11 +29,6 @@ qsizetype indexOf(const ConversationItem &item)
 bool isMessage(const ConversationItem &item)
 {
     return item.kind == Kind::message;
-}
-
-SegmentKey keyOf(const ConversationItem &item, const SegmentLayout &segment)
-{
-    return {.item = item, .part = segment.part, .from = segment.segment.from};
 }
 
 void layOut(QTextDocument &document, int width, bool isUser)
@@ -228,8 +227,10 @@ void ConversationLayout::count(qsizetype work)
 
 bool ConversationLayout::mayLayOut(const ConversationItem &item, qsizetype index)
 {
-    if (laidOut(item, index) == nullptr && m_passWork >= passLimit)
-        m_isPassComplete = false;
+    if (laidOut(item, index) == nullptr && m_passWork > 0) {
+        const QString text = m_texts.text(item, rowLayout(item).segments.at(index));
+        m_isPassComplete &= m_passWork + layoutCost(text) + lineCost * text.count(u'\n') < passLimit;
+    }
     return m_isPassComplete;
 }
 
@@ -300,9 +301,13 @@ void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
 {
     RowLayout &row = rowLayout(item);
     row.segments.reserve(row.segments.size() + segments.size());
+    const QString text = m_texts.text(item, part);
     for (const TextSegment &segment : segments) {
         row.segments.append({.segment = segment, .part = part});
-        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1);
+        QStringView shown = QStringView(text).sliced(segment.from, segment.length);
+        if (segment.kind == TextSegment::Kind::plain && shown.endsWith(u'\n'))
+            shown.chop(1);
+        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1, shown);
     }
 }
 
@@ -330,7 +335,7 @@ int ConversationLayout::segmentTop(const ConversationItem &item, qsizetype segme
 QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizetype index)
 {
     const SegmentLayout segment = rowLayout(item).segments.at(index);
-    const SegmentKey key = keyOf(item, segment);
+    const SegmentKey key = SegmentKey::of(item, segment);
     SegmentDocuments::Entry *entry = m_documents.find(key);
     const bool isPlain = segment.segment.kind == TextSegment::Kind::plain;
     const QString text = isPlain ? m_texts.text(item, segment) : QString();
@@ -339,6 +344,7 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
         appendPlainText(*entry->document, text.sliced(entry->shownLength));
         count(layoutCost(QStringView(text).sliced(entry->shownLength)));
         entry->shownLength = length;
+        entry->picture = {};
     } else if (entry == nullptr || length != entry->shownLength) {
         entry = &m_documents.insert(key, m_texts.makeDocument(item, rowLayout(item), index), length);
     }
@@ -346,8 +352,12 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
     if (entry->width != width) {
         entry->width = width;
         layOut(*entry->document, width, isUser(item));
+        const QString shown = entry->document->toRawText();
+        const qsizetype cost = layoutCost(shown);
+        entry->isDear = cost > dearness * shown.size();
+        entry->picture = {};
         // Formatted text brings its parsing and a shaping of its own for every change of style.
-        count(layoutCost(entry->document->toRawText()) * (isPlain ? 1 : 2));
+        count(cost * (isPlain ? 1 : 2) + lineCost * entry->document->blockCount());
     }
     return *entry->document;
 }
@@ -355,7 +365,7 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
 QTextDocument *ConversationLayout::laidOut(const ConversationItem &item, qsizetype index) const
 {
     const SegmentLayout &segment = rowLayout(item).segments.at(index);
-    const SegmentDocuments::Entry *entry = m_documents.peek(keyOf(item, segment));
+    const SegmentDocuments::Entry *entry = m_documents.peek(SegmentKey::of(item, segment));
     const bool isReady = entry != nullptr && entry->width == segmentFrame(item, index).width;
     return isReady ? entry->document.get() : nullptr;
 }
@@ -374,8 +384,7 @@ QStringList ConversationLayout::links(const ConversationItem &item)
 {
     constexpr qsizetype limit = 10;
     QStringList links;
-    const qsizetype count = rowLayout(item).segments.size();
-    for (qsizetype i = 0; i < count; ++i) {
+    for (qsizetype i = 0; i < rowLayout(item).segments.size(); ++i) {
         const QTextDocument *document = laidOut(item, i);
         if (document == nullptr)
             continue;

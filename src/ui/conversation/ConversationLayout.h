@@ -68,6 +68,11 @@ public:
     QTextDocument &document(const ConversationItem &item, qsizetype segment);
     /// The same without any work: null if the document is not at hand.
     QTextDocument *laidOut(const ConversationItem &item, qsizetype segment) const;
+    /// Where the picture of a segment is kept that is dear to draw; null for any other.
+    SegmentPicture *picture(const ConversationItem &item, qsizetype segment)
+    {
+        return m_documents.picture(SegmentKey::of(item, rowLayout(item).segments.at(segment)));
+    }
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, qsizetype segment) const;
     /// Whether a line ends with the segment; false where a long line was cut.

@@ -143,9 +143,14 @@ void ConversationPainter::paintSegments(QPainter &painter, const ConversationIte
             const SegmentFrame frame = m_layout.segmentFrame(item, i);
             if (segment.segment.kind == TextSegment::Kind::code)
                 paintCodeGround(painter, item, i, y);
-            if (QTextDocument *document = m_layout.laidOut(item, i))
-                paintDocument(painter, *document, m_selection.range(item, i),
-                              {rowFrame.left + frame.left, y + frame.gap + frame.header}, exposed);
+            if (QTextDocument *document = m_layout.laidOut(item, i)) {
+                const QPoint origin(rowFrame.left + frame.left, y + frame.gap + frame.header);
+                const auto range = m_selection.range(item, i);
+                if (SegmentPicture *picture = m_layout.picture(item, i))
+                    paintPicture(painter, *document, *picture, range, origin, groundOf(item, segment));
+                else
+                    paintDocument(painter, *document, range, origin, exposed);
+            }
         }
         y += segment.height;
     }
@@ -180,6 +185,35 @@ void ConversationPainter::paintCodeGround(QPainter &painter, const ConversationI
                          metrics.elidedText(language, Qt::ElideRight, header.width() / 2));
     }
     painter.restore();
+}
+
+QColor ConversationPainter::groundOf(const ConversationItem &item, const SegmentLayout &segment) const
+{
+    if (segment.segment.kind == TextSegment::Kind::code)
+        return style().colors.codeGround;
+    return m_layout.isUser(item) ? style().colors.userBubble : m_palette.color(QPalette::Base);
+}
+
+void ConversationPainter::paintPicture(QPainter &painter, QTextDocument &document, SegmentPicture &picture,
+                                       const std::optional<SelectedRange> &range, const QPoint &origin,
+                                       const QColor &ground) const
+{
+    // Marks without a letter have no width of their own.
+    const int width = qMax(style().lineHeight, qCeil(document.textWidth()));
+    const QSize size(width, qCeil(document.size().height()));
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    if (picture.pixmap.isNull() || picture.pixmap.devicePixelRatioF() != ratio || picture.selected != range) {
+        picture.pixmap = QPixmap(size * ratio);
+        picture.pixmap.setDevicePixelRatio(ratio);
+        picture.selected = range;
+        // On its own ground, so that letters look as they do where they are drawn directly.
+        picture.pixmap.fill(ground);
+        QPainter inner(&picture.pixmap);
+        inner.setPen(painter.pen());
+        inner.setFont(painter.font());
+        paintDocument(inner, document, range, {}, QRect({}, size));
+    }
+    painter.drawPixmap(origin, picture.pixmap);
 }
 
 void ConversationPainter::paintDocument(QPainter &painter, QTextDocument &document,

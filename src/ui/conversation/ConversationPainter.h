@@ -32,6 +32,10 @@ private:
     void paintCodeGround(QPainter &painter, const ConversationItem &item, qsizetype segment, int top) const;
     void paintDocument(QPainter &painter, QTextDocument &document, const std::optional<SelectedRange> &range,
                        const QPoint &origin, const QRect &exposed) const;
+    QColor groundOf(const ConversationItem &item, const SegmentLayout &segment) const;
+    void paintPicture(QPainter &painter, QTextDocument &document, SegmentPicture &picture,
+                      const std::optional<SelectedRange> &range, const QPoint &origin,
+                      const QColor &ground) const;
     void paintFoldMark(QPainter &painter, const QPoint &at, int side) const;
     void paintActivity(QPainter &painter, const ConversationItem &item, int top) const;
     const ConversationStyle &style() const { return m_layout.style(); }

@@ -25,12 +25,22 @@ const SegmentDocuments::Entry *SegmentDocuments::peek(const SegmentKey &key) con
     return found == m_entries.end() ? nullptr : &found->second;
 }
 
+SegmentPicture *SegmentDocuments::picture(const SegmentKey &key)
+{
+    const auto found = m_entries.find(key);
+    const bool isKept = found != m_entries.end() && found->second.isDear;
+    return isKept ? &found->second.picture : nullptr;
+}
+
 SegmentDocuments::Entry &SegmentDocuments::insert(const SegmentKey &key,
                                                   std::unique_ptr<QTextDocument> document,
                                                   qsizetype shownLength)
 {
     Entry &entry = m_entries[key];
-    entry = {.document = std::move(document), .shownLength = shownLength, .width = 0, .lastUse = m_pass};
+    entry = Entry();
+    entry.document = std::move(document);
+    entry.shownLength = shownLength;
+    entry.lastUse = m_pass;
     return entry;
 }
 

@@ -2,10 +2,13 @@
 
 #include "ui/conversation/ConversationItem.h"
 #include "ui/conversation/RowLayout.h"
+#include "ui/conversation/TextSelection.h"
 
 #include <QHash>
+#include <QPixmap>
 #include <QTextDocument>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 
 namespace morvane {
@@ -17,6 +20,10 @@ struct SegmentKey {
     RowPart part = RowPart::body;
     qsizetype from = 0;
 
+    static SegmentKey of(const ConversationItem &item, const SegmentLayout &segment)
+    {
+        return {.item = item, .part = segment.part, .from = segment.segment.from};
+    }
     bool operator==(const SegmentKey &) const = default;
 };
 
@@ -27,6 +34,12 @@ struct SegmentKeyHash {
     }
 };
 
+/// What a segment looks like, kept where drawing it anew each time would hold the window up.
+struct SegmentPicture {
+    QPixmap pixmap;
+    std::optional<SelectedRange> selected; ///< When it was drawn.
+};
+
 /// The laid out documents of the segments near the viewport. What was not used in the last passes goes.
 class SegmentDocuments {
 public:
@@ -35,12 +48,16 @@ public:
         qsizetype shownLength = 0; ///< Of the text in the document; grows with a streaming segment.
         int width = 0;             ///< That the document was laid out for; 0 before that.
         quint64 lastUse = 0;
+        bool isDear = false; ///< To draw, for its length.
+        SegmentPicture picture;
     };
 
     /// The segment's document if it is kept, marked as in use.
     Entry *find(const SegmentKey &key);
     /// The same without a mark.
     const Entry *peek(const SegmentKey &key) const;
+    /// Where to keep the picture of a segment that is dear to draw; null for any other.
+    SegmentPicture *picture(const SegmentKey &key);
     /// Takes the place of what was kept for the segment.
     Entry &insert(const SegmentKey &key, std::unique_ptr<QTextDocument> document, qsizetype shownLength);
 

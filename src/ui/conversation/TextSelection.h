@@ -22,6 +22,8 @@ struct TextPosition {
 struct SelectedRange {
     int from = 0;
     int to = 0; ///< Beyond the last; -1 for the segment's end.
+
+    bool operator==(const SelectedRange &) const = default;
 };
 
 /// The text that the user selected with the mouse: any stretch of one row, across its segments.

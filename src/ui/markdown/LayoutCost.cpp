@@ -1,6 +1,7 @@
 #include "ui/markdown/LayoutCost.h"
 
 #include <algorithm>
+#include <unicode/uchar.h>
 
 namespace morvane {
 
@@ -8,14 +9,28 @@ namespace {
 
 constexpr char16_t firstMark = 0x300;
 constexpr int markCost = 5;
-constexpr int emojiCost = 8;
 constexpr int otherCost = 2;
+/// The toolkit decodes the picture of a colour emoji anew each time that it shapes or draws it.
+constexpr int emojiCost = 80;
 
-int costOf(QChar unit)
+bool isEmoji(char32_t character)
 {
+    constexpr char32_t firstSymbol = 0x2000;
+    constexpr char32_t lastBasicSymbol = 0x32ff;
+    constexpr char32_t keycap = 0x20e3;
+    if (character < firstSymbol || (character > lastBasicSymbol && character <= 0xffff))
+        return false;
+    return character == keycap || u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_EMOJI);
+}
+
+int costAt(QStringView text, qsizetype at)
+{
+    const QChar unit = text[at];
     if (unit.unicode() < firstMark)
         return 1;
-    if (unit.isSurrogate() || unit.unicode() == 0x200d)
+    const bool isPair = unit.isHighSurrogate() && at + 1 < text.size() && text[at + 1].isLowSurrogate();
+    const char32_t character = isPair ? QChar::surrogateToUcs4(unit, text[at + 1]) : unit.unicode();
+    if (isEmoji(character))
         return emojiCost;
     return unit.isMark() ? markCost : otherCost;
 }
@@ -29,8 +44,8 @@ qsizetype layoutCost(QStringView text)
     if (isPlain)
         return text.size();
     qsizetype cost = 0;
-    for (const QChar unit : text)
-        cost += costOf(unit);
+    for (qsizetype at = 0; at < text.size(); ++at)
+        cost += costAt(text, at);
     return cost;
 }
 
@@ -38,7 +53,7 @@ qsizetype affordableLength(QStringView text, qsizetype budget)
 {
     qsizetype at = 0;
     for (qsizetype cost = 0; at < text.size(); ++at) {
-        cost += costOf(text[at]);
+        cost += costAt(text, at);
         if (cost > budget)
             break;
     }

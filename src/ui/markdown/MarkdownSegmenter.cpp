@@ -45,7 +45,10 @@ void MarkdownSegmenter::run()
         const qsizetype end = lineEnd < 0 ? m_text.size() : lineEnd;
         const QStringView line = m_text.sliced(at, end - at);
         m_lineCost = layoutCost(line) + 1;
-        addLine(MarkdownLine(line), at, end);
+        if (line.isEmpty())
+            addEmptyLine(at);
+        else
+            addLine(MarkdownLine(line), at, end);
         m_cost += m_lineCost;
         m_previousLine = at;
         at = end + 1;
@@ -57,6 +60,17 @@ void MarkdownSegmenter::run()
         flushText();
     if (m_result.segments.isEmpty())
         m_result.segments.append({.kind = TextSegment::Kind::markdown});
+}
+
+void MarkdownSegmenter::addEmptyLine(qsizetype at)
+{
+    // There may be a million of them.
+    if (m_fence) {
+        addCodeLine(at, at);
+    } else if (!m_inIndentedCode) {
+        m_afterBlank = true;
+        m_tableHead = -1;
+    }
 }
 
 void MarkdownSegmenter::addLine(const MarkdownLine &line, qsizetype from, qsizetype end)

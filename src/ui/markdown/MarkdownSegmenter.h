@@ -44,6 +44,7 @@ private:
     enum Rank { betweenLines, betweenItems, betweenBlocks, rankCount };
 
     void run();
+    void addEmptyLine(qsizetype at);
     void addLine(const MarkdownLine &line, qsizetype from, qsizetype end);
     void addTextLine(const MarkdownLine &line, qsizetype from, qsizetype end);
     void addCodeLine(qsizetype from, qsizetype end);

@@ -2,22 +2,21 @@
 
 #include "ui/markdown/LayoutCost.h"
 
+#include <algorithm>
+
 namespace morvane {
 
 namespace {
 
-/// Index behind the last line of the first `segmentLineLimit`, or `limit` if there are fewer.
-qsizetype lineLimited(QStringView text, qsizetype limit)
+/// Length of the first `segmentLineLimit` lines of `text`, or `segmentLimit` if that is less.
+qsizetype lineLimited(QStringView text)
 {
-    const QStringView head = text.first(limit);
-    qsizetype at = 0;
-    for (qsizetype lines = 0; lines < segmentLineLimit; ++lines) {
-        const qsizetype end = head.indexOf(u'\n', at);
-        if (end < 0)
-            return limit;
-        at = end + 1;
-    }
-    return at;
+    const QStringView head = text.first(std::min(text.size(), segmentLimit));
+    qsizetype lines = 0;
+    for (qsizetype at = 0; at < head.size(); ++at)
+        if (head[at] == u'\n' && ++lines == segmentLineLimit)
+            return at + 1;
+    return head.size();
 }
 
 } // namespace
@@ -45,11 +44,12 @@ qsizetype extendPlainSegments(QList<TextSegment> &segments, QStringView text)
     const qsizetype firstChanged = segments.size();
     while (true) {
         const QStringView rest = text.sliced(at);
-        const qsizetype limit = affordableLength(rest, segmentLimit);
-        const qsizetype lines = lineLimited(rest, limit);
-        qsizetype length = lines;
-        if (lines == limit && rest.size() > limit)
-            length = cutPosition(rest, limit);
+        // Lines first: a text of nothing but line ends must not be looked at again and again.
+        const qsizetype lines = lineLimited(rest);
+        qsizetype length = affordableLength(rest.first(lines), segmentLimit);
+        const bool isWhole = length == rest.size() || (length == lines && rest[lines - 1] == u'\n');
+        if (!isWhole)
+            length = cutPosition(rest, length);
         segments.append({.from = at, .length = length, .startsBlock = at == 0});
         at += length;
         if (at >= text.size())

@@ -16,8 +16,9 @@ namespace morvane {
 
 namespace {
 
-constexpr qsizetype sliceLength = 8'000;
-constexpr qsizetype sliceLines = 500;
+/// The most that a slice costs to lay out, and so its length.
+constexpr qsizetype sliceLimit = 4'000;
+constexpr qsizetype sliceLines = 200;
 /// The state of a block whose line goes on in the next block.
 constexpr int goesOn = 1;
 /// Marking is paid for with each painting; a text with more escapes than that shows what it is anyway.
@@ -104,7 +105,7 @@ void LongTextField::setContent(const QString &text, Style style, Hidden hidden)
 qsizetype LongTextField::nextSlice() const
 {
     const QStringView rest = QStringView(m_source).sliced(m_taken);
-    qsizetype length = std::min(rest.size(), sliceLength);
+    qsizetype length = affordableLength(rest, sliceLimit);
     qsizetype lineEnd = -1;
     for (qsizetype line = 0; line < sliceLines; ++line) {
         lineEnd = rest.first(length).indexOf(u'\n', lineEnd + 1);
@@ -121,7 +122,7 @@ qsizetype LongTextField::nextSlice() const
     };
     while (length > 1 && belongsToNext(rest[length - 1]))
         --length;
-    return length > 1 ? length : sliceLength;
+    return length > 1 ? length : std::min(rest.size(), sliceLimit);
 }
 
 void LongTextField::takeSlice()

@@ -30,8 +30,8 @@ constexpr int slack = 2;
 constexpr int leastRows = 3;
 /// More rows than a screen holds; what lies beyond needs no exact height.
 constexpr int mostRows = 200;
-/// What may be laid out for it, in usual letters; what is longer is taller than a screen.
-constexpr qsizetype mostMeasured = 12'000;
+/// What may be laid out for it, in usual letters; the rest is estimated.
+constexpr qsizetype mostMeasured = 5'000;
 constexpr qreal radius = 7;
 
 QFont fontOf(ScrollingText::Style style)
@@ -107,21 +107,28 @@ int ScrollingText::measured(int width) const
 {
     const QFont font = fontOf(m_style);
     const int room = std::max(1, width - 2 * (frame + documentMargin));
+    const int line = QFontMetrics(font).lineSpacing();
     int rows = 0;
     qsizetype cost = 0;
     qreal height = 0;
     for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
          block = block.next()) {
-        cost += layoutCost(block.text());
-        if (cost > mostMeasured)
-            return mostRows * QFontMetrics(font).lineSpacing();
-        QTextLayout layout(block.text(), font);
+        const QString text = block.text();
+        cost += layoutCost(text);
+        if (cost > mostMeasured) {
+            // A letter is seldom wider than a line is high.
+            const int estimate = std::min(mostRows - rows, static_cast<int>(text.size()) * line / room + 1);
+            rows += estimate;
+            height += estimate * line;
+            continue;
+        }
+        QTextLayout layout(text, font);
         layout.setTextOption(m_field->document()->defaultTextOption());
         layout.beginLayout();
-        for (QTextLine line = layout.createLine(); line.isValid() && rows < mostRows;
-             line = layout.createLine(), ++rows) {
-            line.setLineWidth(room);
-            height += line.height();
+        for (QTextLine row = layout.createLine(); row.isValid() && rows < mostRows;
+             row = layout.createLine(), ++rows) {
+            row.setLineWidth(room);
+            height += row.height();
         }
         layout.endLayout();
     }

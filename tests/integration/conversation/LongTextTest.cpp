@@ -37,7 +37,9 @@ const QStringList &hostileTexts()
                                    u"several words "_s.repeated(50'000),
                                    u"line\n"_s.repeated(50'000),
                                    u'a' + QString(500'000, u' ') + u'b',
-                                   QString(300'000, QChar(0x6f22))};
+                                   QString(300'000, QChar(0x6f22)),
+                                   u"✅👩‍👩‍👧‍👦"_s.repeated(20'000),
+                                   QString(300'000, u'\n')};
     return texts;
 }
 

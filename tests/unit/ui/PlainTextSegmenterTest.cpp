@@ -86,6 +86,18 @@ TEST(PlainTextSegmenterTest, WhatCostsMoreToLayOutIsCutShorter)
     }
 }
 
+TEST(PlainTextSegmenterTest, ASegmentHoldsNoMoreEmojiThanCanBeDrawnInAFrame)
+{
+    constexpr qsizetype most = 25;
+    for (const QString &emoji : {u"👩"_s, u"✅"_s, u"🇩"_s}) {
+        const QString text = emoji.repeated(1'000);
+        const auto segments = cut(text);
+        expectCovers(segments, text);
+        for (const TextSegment &segment : segments)
+            EXPECT_LE(segment.length, most * emoji.size()) << emoji.toStdString();
+    }
+}
+
 TEST(PlainTextSegmenterTest, OnlyTheFirstSegmentStartsTheText)
 {
     const auto segments = cut(QString(10'000, u'a'));
