@@ -126,8 +126,9 @@ TEST_F(HttpServerTest, APostCarriesTheLiteralHeaders)
     });
     connect(connection);
     EXPECT_EQ(echo(), "fine");
+    // Nobody waits for the answer to the notification that the handshake is over.
+    ASSERT_TRUE(waitUntil([this] { return server->requests().size() == 3; }));
     const auto requests = server->requests();
-    ASSERT_EQ(requests.size(), 3);
     for (const RawHttpRequest &request : requests) {
         EXPECT_EQ(request.method, "POST");
         EXPECT_EQ(request.target, "/mcp");
