@@ -120,11 +120,12 @@ TEST_F(ConversationsTest, ARowThatIsNewestAgainMovesToTheTop)
 TEST_F(ConversationsTest, ASaveDuringAReadingIsNotLost)
 {
     conversations.reload();
-    finishReadingUnheard(store);
-    ChatMessage message;
-    message.id = QUuid::createUuid();
-    conversations.setProvisionalTitle(u"New"_s);
-    conversations.save({message});
+    actOnUnheardReading(scheduler, store, [this] {
+        ChatMessage message;
+        message.id = QUuid::createUuid();
+        conversations.setProvisionalTitle(u"New"_s);
+        conversations.save({message});
+    });
     finishReading();
     ASSERT_EQ(mirror.rows.size(), 1);
     EXPECT_EQ(mirror.rows.first().title, u"New"_s);

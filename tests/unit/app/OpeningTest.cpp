@@ -128,8 +128,7 @@ TEST_F(OpeningTest, CancellingSaysNothingOfTheConversationBefore)
 TEST_F(OpeningTest, DeletingWhatIsBeingOpenedDeletesIt)
 {
     model->openConversation(second);
-    finishReadingUnheard(*store);
-    model->deleteConversation(second);
+    actOnUnheardReading(scheduler, *store, [this] { model->deleteConversation(second); });
     EXPECT_FALSE(model->currentConversationID().has_value());
     settle();
     EXPECT_TRUE(model->messages().isEmpty());
@@ -154,9 +153,10 @@ TEST_F(OpeningTest, DeletingTheOneBeforeLeavesTheOpeningAlone)
 TEST_F(OpeningTest, WhatWasDeletedStaysSoWhenItIsOpenedAgain)
 {
     model->openConversation(second);
-    finishReadingUnheard(*store);
-    model->deleteConversation(second);
-    model->openConversation(second);
+    actOnUnheardReading(scheduler, *store, [this] {
+        model->deleteConversation(second);
+        model->openConversation(second);
+    });
     settle();
     EXPECT_TRUE(model->messages().isEmpty());
     model->saveCurrentConversation();
@@ -237,7 +237,6 @@ TEST_F(OpeningTest, ANewConversationStaysNewWhenTheRestoredFileIsReadAlready)
 TEST_F(OpeningTest, ANewConversationDuringTheOpeningStaysNew)
 {
     model->openConversation(second);
-    finishReadingUnheard(*store);
     model->newConversation();
     settle();
     EXPECT_FALSE(model->currentConversationID().has_value());
