@@ -173,7 +173,7 @@ TEST_F(HttpClientTest, KeptConnectionThatTheServerClosedIsReplaced)
             connection.send(rawHttpResponse(200, "ok"));
     });
     for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(fetch(post(server.url(), "body")).body, "ok");
+        EXPECT_EQ(fetch(get(server.url())).body, "ok");
     EXPECT_EQ(server.acceptedConnections(), 5);
 }
 
