@@ -304,11 +304,11 @@ TEST_F(ShellToolTest, TheEndOfTheProgramStopsRunningCommands)
 
 TEST_F(ShellToolTest, AThousandRunsLeaveNeitherZombiesNorDescriptors)
 {
-    run("true"); // what is opened once
+    run("true"); // what is opened once; what it still closes counts too, so there may be fewer in the end
     const qsizetype before = openDescriptors();
     for (int i = 0; i < 1000; ++i)
         ASSERT_EQ(run("exit 7"), exitedWith(7));
-    EXPECT_TRUE(waitUntil([before] { return openDescriptors() == before; }))
+    EXPECT_TRUE(waitUntil([before] { return openDescriptors() <= before; }))
         << openDescriptors() << " for " << before;
     EXPECT_EQ(children(), "");
 }
