@@ -52,6 +52,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     m_list->setTabKeyNavigation(false);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection); // by the user: selected is what is open
     m_list->viewport()->setAutoFillBackground(false);
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
@@ -64,6 +65,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     m_delete->setIcon(symbolIcon(Symbol::trash));
     m_delete->setAutoRaise(true);
     m_delete->setFocusPolicy(Qt::TabFocus);
+    m_delete->installEventFilter(this);
     m_delete->hide();
 
     auto *column = new QVBoxLayout(this);
@@ -72,10 +74,13 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     column->addWidget(title);
     column->addWidget(m_empty, 1);
     column->addWidget(m_list, 1);
+    setTabOrder(m_list, m_delete);
 
-    connect(m_list, &QListView::clicked, this, &ConversationListView::openRow);
-    connect(m_list, &QListView::activated, this, &ConversationListView::openRow);
-    connect(m_list, &QListView::entered, this, &ConversationListView::moveButton);
+    connect(m_list, &QListView::clicked, this, [this](const QModelIndex &row) {
+        openRow(row);
+        Q_EMIT openedByMouse();
+    });
+    connect(m_list, &QListView::entered, this, &ConversationListView::moveButtonToPointer);
     connect(m_list, &QListView::customContextMenuRequested, this, &ConversationListView::openMenu);
     connect(m_list->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { moveButton(m_list->currentIndex()); });
@@ -155,14 +160,11 @@ void ConversationListView::keepButton()
 void ConversationListView::selectOpenConversation()
 {
     const int row = m_rows->currentRow();
-    const QModelIndex index = row >= 0 ? m_rows->index(row, 0) : QModelIndex();
-    if (!index.isValid())
-        m_list->selectionModel()->clear();
-    else if (m_list->hasFocus())
-        m_list->setCurrentIndex(index);
+    if (row < 0)
+        m_list->clearSelection();
     else
-        m_list->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
-    moveButton(index);
+        m_list->selectionModel()->select(m_rows->index(row, 0), QItemSelectionModel::ClearAndSelect);
+    moveButton(m_list->currentIndex());
 }
 
 void ConversationListView::openRow(const QModelIndex &index)
@@ -211,27 +213,58 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
     m_delete->show();
 }
 
+void ConversationListView::moveButtonToPointer(const QModelIndex &row)
+{
+    // Whoever is about to press it with the keyboard means the row on which it was reached.
+    if (!m_delete->hasFocus())
+        moveButton(row);
+}
+
+bool ConversationListView::takeKey(const QKeyEvent &key)
+{
+    switch (key.key()) {
+    case Qt::Key_Delete:
+        // A key that is held down must not go through the list.
+        if (!key.isAutoRepeat() && key.modifiers() == Qt::NoModifier)
+            deleteRow(m_list->currentIndex());
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        if (!key.isAutoRepeat())
+            openRow(m_list->currentIndex());
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ConversationListView::takeFocus()
+{
+    if (!m_list->currentIndex().isValid() && m_rows->rowCount() > 0)
+        m_list->setCurrentIndex(m_rows->index(std::max(m_rows->currentRow(), 0), 0));
+}
+
+void ConversationListView::leaveFocus(Qt::FocusReason reason)
+{
+    // The current row calls itself focused to assistive technology, so there is none without the focus. A
+    // menu and another window give the focus back to the row that had it.
+    const QWidget *focus = QApplication::focusWidget();
+    if (focus != m_list && focus != m_delete && reason != Qt::PopupFocusReason &&
+        reason != Qt::ActiveWindowFocusReason)
+        m_list->selectionModel()->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
+}
+
 bool ConversationListView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_list && event->type() == QEvent::KeyPress) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (key->key() == Qt::Key_Delete || key->key() == Qt::Key_Backspace) {
-            deleteRow(m_list->currentIndex());
-            return true;
-        }
-        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter || key->key() == Qt::Key_Space) {
-            openRow(m_list->currentIndex());
-            return true;
-        }
-    }
-    if (watched == m_list && event->type() == QEvent::FocusIn && !m_list->currentIndex().isValid() &&
-        m_rows->rowCount() > 0)
-        m_list->setCurrentIndex(m_rows->index(std::max(m_rows->currentRow(), 0), 0));
-    // The current row calls itself focused to assistive technology, so there is none without the focus.
-    if (watched == m_list && event->type() == QEvent::FocusOut && QApplication::focusWidget() != m_delete)
-        m_list->selectionModel()->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
+    if (watched == m_list && event->type() == QEvent::KeyPress && takeKey(*static_cast<QKeyEvent *>(event)))
+        return true;
+    if (watched == m_list && event->type() == QEvent::FocusIn)
+        takeFocus();
+    if ((watched == m_list || watched == m_delete) && event->type() == QEvent::FocusOut)
+        leaveFocus(static_cast<QFocusEvent *>(event)->reason());
     if (watched == m_list->viewport() && (event->type() == QEvent::Leave || event->type() == QEvent::Resize))
-        moveButton(m_list->currentIndex());
+        moveButtonToPointer(m_list->currentIndex());
     return QWidget::eventFilter(watched, event);
 }
 

@@ -3,6 +3,7 @@
 #include <QPersistentModelIndex>
 #include <QWidget>
 
+class QKeyEvent;
 class QLabel;
 class QListView;
 class QModelIndex;
@@ -13,8 +14,9 @@ namespace morvane {
 class AppModel;
 class ConversationListModel;
 
-/// The sidebar: the saved conversations, to open and to delete. One real button for deleting stands on the
-/// row that the keyboard or the pointer is on, so that a list of thousands stays cheap.
+/// The sidebar: the saved conversations, to open and to delete. The selected row is the open conversation, the
+/// current one that of the keyboard. One real button for deleting stands on the row that the keyboard or the
+/// pointer is on, so that a list of thousands stays cheap.
 class ConversationListView : public QWidget {
     Q_OBJECT
 public:
@@ -22,6 +24,10 @@ public:
 
     QSize minimumSizeHint() const override;
     QSize sizeHint() const override;
+
+Q_SIGNALS:
+    /// The user has chosen a conversation with the mouse, and goes on elsewhere.
+    void openedByMouse();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -33,7 +39,12 @@ private:
     void openMenu(const QPoint &position);
     /// Puts the button on a row; without one, on that of the open conversation.
     void moveButton(const QModelIndex &wanted);
+    void moveButtonToPointer(const QModelIndex &row);
     void keepButton();
+    /// Whether the key was the list's.
+    bool takeKey(const QKeyEvent &key);
+    void takeFocus();
+    void leaveFocus(Qt::FocusReason reason);
     void takeInserted();
     void takeRemoved();
     void takeMoved(int from, int to);

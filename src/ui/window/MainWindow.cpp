@@ -57,6 +57,7 @@ MainWindow::MainWindow(AppModel &model, const MainWindowServices &services)
     setCentralWidget(split);
     addMenus();
 
+    connect(sidebar, &ConversationListView::openedByMouse, m_composer, &ComposerView::focusDraft);
     connect(&model.transcript(), &Transcript::messagesReset, this, &MainWindow::updateConversationRegion);
     connect(&model.transcript(), &Transcript::messageAppended, this, &MainWindow::updateConversationRegion);
     connect(&model.gate(), &ApprovalGate::pendingToolCallChanged, this, &MainWindow::showPendingCall);

@@ -4,7 +4,10 @@
 #include "ui/window/ConversationListView.h"
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QListView>
+#include <QMenu>
 #include <QTest>
 #include <QToolButton>
 
@@ -50,6 +53,25 @@ protected:
     void click(const QString &title)
     {
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(row(title)).center());
+    }
+
+    /// Gives the keyboard to a row of the list.
+    void goTo(const QString &title)
+    {
+        list->setFocus(Qt::TabFocusReason);
+        list->setCurrentIndex(row(title));
+    }
+    /// What a key does that is held down.
+    void hold(Qt::Key key)
+    {
+        QTest::keyPress(list, key);
+        for (int i = 0; i < 5; ++i) {
+            settle();
+            QKeyEvent repeated(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
+            QApplication::sendEvent(list, &repeated);
+        }
+        QTest::keyRelease(list, key);
+        settle();
     }
 
     std::unique_ptr<ConversationListView> view;
@@ -114,6 +136,69 @@ TEST_F(ConversationListViewTest, TheDeleteButtonGoesWithItsRow)
     remove->click();
     settle();
     EXPECT_EQ(titles(), QStringList({u"Oldest"_s, u"Older"_s}));
+}
+
+TEST_F(ConversationListViewTest, BackspaceDeletesNothing)
+{
+    goTo(u"Older"_s);
+    hold(Qt::Key_Backspace);
+    EXPECT_EQ(titles(), QStringList({u"Newest"_s, u"Older"_s, u"Oldest"_s}));
+}
+
+TEST_F(ConversationListViewTest, DeleteThatIsHeldDownDeletesOneConversation)
+{
+    goTo(u"Newest"_s);
+    hold(Qt::Key_Delete);
+    EXPECT_EQ(titles(), QStringList({u"Older"_s, u"Oldest"_s}));
+}
+
+TEST_F(ConversationListViewTest, TheOpenConversationStaysMarkedWhileTheKeyboardGoesThroughTheList)
+{
+    click(u"Newest"_s);
+    settle();
+    goTo(u"Newest"_s);
+    QTest::keyClick(list, Qt::Key_Down);
+    EXPECT_EQ(list->currentIndex(), row(u"Older"_s));
+    EXPECT_EQ(list->selectionModel()->selectedIndexes(), QModelIndexList{row(u"Newest"_s)});
+    EXPECT_EQ(remove->accessibleName(), u"Delete Older"_s);
+    QTest::mouseClick(list->viewport(), Qt::RightButton, {}, list->visualRect(row(u"Oldest"_s)).center());
+    EXPECT_EQ(list->selectionModel()->selectedIndexes(), QModelIndexList{row(u"Newest"_s)});
+}
+
+TEST_F(ConversationListViewTest, TheListComesBeforeItsDeleteButton)
+{
+    goTo(u"Older"_s);
+    QTest::keyClick(list, Qt::Key_Tab);
+    EXPECT_TRUE(remove->hasFocus());
+    EXPECT_EQ(remove->accessibleName(), u"Delete Older"_s);
+    EXPECT_EQ(list->currentIndex(), row(u"Older"_s));
+}
+
+TEST_F(ConversationListViewTest, ThePointerDoesNotMoveAButtonThatTheKeyboardIsOn)
+{
+    goTo(u"Older"_s);
+    remove->setFocus(Qt::TabFocusReason);
+    QTest::mouseMove(list->viewport(), list->visualRect(row(u"Oldest"_s)).center());
+    Q_EMIT list->entered(row(u"Oldest"_s));
+    EXPECT_EQ(remove->accessibleName(), u"Delete Older"_s);
+    QTest::keyClick(remove, Qt::Key_Space);
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Newest"_s, u"Oldest"_s}));
+}
+
+TEST_F(ConversationListViewTest, TheMenuDeletesTheRowThatItWasOpenedOn)
+{
+    goTo(u"Older"_s);
+    const QPoint place = list->visualRect(row(u"Oldest"_s)).center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, list->viewport()->mapToGlobal(place));
+    QApplication::sendEvent(list->viewport(), &event);
+    auto *menu = view->findChild<QMenu *>();
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(list->currentIndex(), row(u"Older"_s));
+    menu->actions().last()->trigger();
+    menu->close();
+    settle();
+    EXPECT_EQ(titles(), QStringList({u"Newest"_s, u"Older"_s}));
 }
 
 TEST_F(ConversationListViewTest, TheKeyboardStaysInTheListWhenARowGoes)

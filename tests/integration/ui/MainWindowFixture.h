@@ -1,0 +1,53 @@
+#pragma once
+
+#include "support/AppFixture.h"
+
+#include "ui/window/MainWindow.h"
+
+#include <QTest>
+
+namespace morvane {
+
+/// The main window on a temporary home.
+class MainWindowFixture : public AppFixture {
+protected:
+    MainWindowFixture() { restart(); }
+    ~MainWindowFixture() override { window.reset(); }
+
+    /// The window as a new start of the program shows it.
+    void restart()
+    {
+        window.reset();
+        start();
+        window = std::make_unique<MainWindow>(
+            *model,
+            MainWindowServices{announcer, browserWindow, updates, toolServerList.manager, *settingsServices});
+    }
+
+    void show()
+    {
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        settle();
+    }
+
+    void save(const QString &title, const QList<ChatMessage> &messages)
+    {
+        store->save(QUuid::createUuid(), title, messages);
+    }
+    static ChatMessage message(Role role, const QString &text)
+    {
+        ChatMessage result;
+        result.id = QUuid::createUuid();
+        result.role = role;
+        result.text = text;
+        return result;
+    }
+
+    template <class Widget> Widget *part() const { return window->findChild<Widget *>(); }
+
+    std::unique_ptr<MainWindow> window;
+};
+
+} // namespace morvane
