@@ -6,6 +6,7 @@
 #include "mcp/LineFraming.h"
 #include "net/HttpClient.h"
 
+#include <QScopeGuard>
 #include <algorithm>
 #include <utility>
 
@@ -32,10 +33,14 @@ struct Taken {
     std::optional<json::object> other;
 };
 
-/// Gives the message to the request that it answers; with no request to answer, any object will do.
-Taken take(PendingRequests &requests, const QByteArray &text, std::optional<qint64> id)
+/// Gives the message that stands behind `prefix` bytes to the request that it answers; with no request to
+/// answer, any object will do.
+Taken take(PendingRequests &requests, QByteArray text, qsizetype prefix, std::optional<qint64> id)
 {
-    auto message = text.isValidUtf8() ? parseJSONText(text) : parseJSONText(QString::fromUtf8(text).toUtf8());
+    const QByteArrayView bytes = QByteArrayView(text).sliced(prefix);
+    auto message =
+        bytes.isValidUtf8() ? parseJSONText(bytes) : parseJSONText(QString::fromUtf8(bytes).toUtf8());
+    text.clear(); // the waiter may make as much of it again
     if (!message || (id && answeredID(*message) != id))
         return {false, std::move(message)};
     if (!id)
@@ -44,9 +49,12 @@ Taken take(PendingRequests &requests, const QByteArray &text, std::optional<qint
     return {true, std::nullopt};
 }
 
-Task<Taken> takeLarge(std::shared_ptr<PendingRequests> requests, QByteArray text, std::optional<qint64> id)
+Task<Taken> takeLarge(std::shared_ptr<PendingRequests> requests, QByteArray text, qsizetype prefix,
+                      std::optional<qint64> id)
 {
-    return runOffMain([requests, text, id] { return take(*requests, text, id); });
+    return runOffMain([requests, text = std::move(text), prefix, id]() mutable {
+        return take(*requests, std::move(text), prefix, id);
+    });
 }
 
 } // namespace
@@ -87,6 +95,7 @@ void HttpExchanges::endAll()
 Task<void> HttpExchanges::run(std::shared_ptr<HttpExchanges> self, quint64 number, QByteArray message,
                               std::optional<qint64> id, MCPTransport::Kind kind)
 {
+    const auto over = qScopeGuard([&self, number] { self->m_exchanges.erase(number); });
     try {
         co_await self->exchangeUntilTaken(number, std::move(message), id, kind);
     } catch (const TransportError &error) {
@@ -94,7 +103,6 @@ Task<void> HttpExchanges::run(std::shared_ptr<HttpExchanges> self, quint64 numbe
             self->m_requests->resume(*id,
                                      failureMessage(u"could not reach the server: "_s + error.description()));
     }
-    self->m_exchanges.erase(number);
 }
 
 Task<void> HttpExchanges::exchangeUntilTaken(quint64 number, QByteArray message, std::optional<qint64> id,
@@ -125,7 +133,7 @@ Task<HttpExchanges::Reply> HttpExchanges::exchange(quint64 number, HttpRequest s
     const int status = response.status();
     LineReader lines = response.lines();
     QByteArray plain;
-    while (const auto line = co_await lines.next()) {
+    while (auto line = co_await lines.next()) {
         constexpr QByteArrayView prefix = "data:";
         if (!line->startsWith(prefix)) {
             plain += *line;
@@ -133,9 +141,9 @@ Task<HttpExchanges::Reply> HttpExchanges::exchange(quint64 number, HttpRequest s
                 throw TransportError(TransportError::Kind::tooLarge);
             continue;
         }
-        const QByteArray text = line->sliced(prefix.size());
-        const Taken taken = text.size() <= smallMessage ? take(*m_requests, text, id)
-                                                        : co_await takeLarge(m_requests, text, id);
+        const Taken taken = line->size() <= smallMessage
+                                ? take(*m_requests, *std::move(line), prefix.size(), id)
+                                : co_await takeLarge(m_requests, *std::move(line), prefix.size(), id);
         if (taken.answered) {
             co_await readOn(number, &lines);
             co_return Reply{status, true, std::nullopt};
@@ -143,8 +151,8 @@ Task<HttpExchanges::Reply> HttpExchanges::exchange(quint64 number, HttpRequest s
     }
     if (plain.isEmpty())
         co_return Reply{status, false, std::nullopt};
-    Taken taken = plain.size() <= smallMessage ? take(*m_requests, plain, id)
-                                               : co_await takeLarge(m_requests, plain, id);
+    Taken taken = plain.size() <= smallMessage ? take(*m_requests, std::move(plain), 0, id)
+                                               : co_await takeLarge(m_requests, std::move(plain), 0, id);
     co_return Reply{status, taken.answered && id.has_value(), std::move(taken.other)};
 }
 

@@ -33,6 +33,9 @@ public:
     /// Ends all; nothing starts again.
     void endAll();
 
+    /// Exchanges that have not ended.
+    std::size_t underWay() const { return m_exchanges.size(); }
+
 private:
     struct Exchange {
         std::optional<qint64> id;

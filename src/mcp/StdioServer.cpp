@@ -145,10 +145,11 @@ void StdioServer::discardErrors(std::vector<char> &buffer)
         errors.close();
 }
 
-void StdioServer::route(const QList<QByteArray> &lines)
+void StdioServer::route(QList<QByteArray> lines)
 {
-    for (const QByteArray &line : lines) {
+    for (QByteArray &line : lines) {
         auto message = parseJSONText(line);
+        line.clear(); // the waiter may make as much of it again
         if (!message)
             continue;
         if (const auto requests = m_order.requests.lock())

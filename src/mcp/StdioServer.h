@@ -59,7 +59,7 @@ private:
     enum class Read { all, more };
     Read readOutput(std::vector<char> &buffer);
     void discardErrors(std::vector<char> &buffer);
-    void route(const QList<QByteArray> &lines);
+    void route(QList<QByteArray> lines);
     void failWaiting();
 
     Order m_order;

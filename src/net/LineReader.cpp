@@ -1,5 +1,7 @@
 #include "net/LineReader.h"
 
+#include <utility>
+
 namespace morvane {
 
 bool LineReader::refill()
@@ -15,7 +17,12 @@ std::optional<QByteArray> LineReader::take()
 {
     if (!refill() || m_batch.count() == 0)
         return std::nullopt;
-    return m_batch.line(m_index++).toByteArray();
+    const QByteArrayView line = m_batch.line(m_index++);
+    if (m_index < m_batch.count())
+        return line.toByteArray();
+    // The last one takes the bytes along: it may be too long to be copied here.
+    m_batch.bytes.remove(0, m_batch.bytes.size() - line.size());
+    return std::move(m_batch.bytes);
 }
 
 } // namespace morvane

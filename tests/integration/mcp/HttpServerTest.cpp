@@ -2,6 +2,8 @@
 
 #include "async/Cancelled.h"
 #include "base/Json.h"
+#include "mcp/HttpExchanges.h"
+#include "mcp/JsonRpc.h"
 #include "support/FakeClock.h"
 
 #include <mutex>
@@ -183,6 +185,9 @@ TEST_F(HttpServerTest, OtherStatusesWithoutAnAnswerLeaveTheRequestToItsTime)
         {500, R"({"jsonrpc":"2.0","id":null,"error":{"message":"boom"}})"},
         {200, "<html>\ndata: x\n</html>"},
         {200, "[{\"id\":ID}]"},
+        {200, R"({"id":4711,"result":{}})"},
+        {200, R"({"id":"IDx","result":{}})"},
+        {200, "{\"id\":ID,\"result\":" + QByteArray(5'000'000, '[') + QByteArray(5'000'000, ']') + '}'},
         {204, {}}};
     for (const auto &[status, body] : answers) {
         serveBody(status, body);
@@ -221,6 +226,27 @@ TEST_F(HttpServerTest, AnAddressMustBeAWebAddress)
                   u"The server URL must start with http:// or https://."_s)
             << address;
     }
+}
+
+TEST_F(HttpServerTest, AnAddressMayStandInBlanksAndItsSchemeInCapitals)
+{
+    serveBody(200, R"({"id":ID,"result":{"content":[{"type":"text","text":"found"}]}})");
+    const QString address = u"\t HTTP://127.0.0.1:%1/mcp "_s.arg(server->port());
+    const auto peer = std::make_shared<MCPConnection>([&](const std::shared_ptr<PendingRequests> &requests) {
+        return std::make_unique<HttpTransport>(address, scheduler, client, requests);
+    });
+    connect(peer);
+    EXPECT_EQ(call(peer, u"echo"_s).text, "found");
+}
+
+TEST_F(HttpServerTest, RedirectsWithoutEndAreAFailure)
+{
+    serve([](const RawHttpRequest &, const json::object &) {
+        return rawHttpResponse(307, {}, {{"Location", "/mcp"}});
+    });
+    EXPECT_TRUE(failureOf(connection->callTool(u"echo"_s, {}))
+                    .value_or(QString())
+                    .startsWith(u"could not reach the server: "_s));
 }
 
 TEST_F(HttpServerTest, ABrokenBodyIsToldAsALostConnection)
@@ -275,23 +301,46 @@ TEST_F(HttpServerTest, AnswersInStreamsKeepOneConnectionAlive)
     EXPECT_LE(server->acceptedConnections(), 2);
 }
 
-TEST_F(HttpServerTest, AnEndlessStreamOfOthersMessagesEndsWithTheCall)
+TEST_F(HttpServerTest, AStreamWithoutEndAndWithoutAnAnswerEndsWithTheCall)
 {
-    std::atomic<int> closed = 0;
-    server.emplace([&closed](RawHttpConnection &peer) {
-        peer.readRequest();
-        peer.send(rawHttpHead(200, eventType));
-        while (peer.send("data: {\"method\":\"notifications/progress\"}\n\n"))
-            continue;
-        ++closed;
+    for (const char *piece : {"data: {\"method\":\"notifications/progress\"}\n\n", "x\n", "x"}) {
+        std::atomic<int> closed = 0;
+        server.emplace([&closed, piece](RawHttpConnection &peer) {
+            peer.readRequest();
+            peer.send(rawHttpHead(200, eventType));
+            while (peer.send(piece))
+                continue;
+            ++closed;
+        });
+        const auto peer = http(server->url());
+        auto handle = scheduler.spawn(peer->callTool(u"echo"_s, {}));
+        ASSERT_TRUE(waitUntil([this] { return server->sentBytes() > 300'000; }));
+        handle.cancel();
+        ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+        EXPECT_THROW(handle.result(), Cancelled);
+        EXPECT_TRUE(waitUntil([&] { return closed == 1; }));
+    }
+}
+
+TEST_F(HttpServerTest, AStreamThatGoesOnBehindItsAnswerIsGivenUpAndForgotten)
+{
+    server.emplace([](RawHttpConnection &peer) {
+        const json::object message = parseJsonObject(peer.readRequest().value().body).value();
+        peer.send(rawHttpHead(200, eventType) + "data: " + result(message, textResult("fine")) + "\n\n");
+        peer.waitUntilClosedByPeer();
     });
-    const auto peer = http(server->url());
-    auto handle = scheduler.spawn(peer->callTool(u"echo"_s, {}));
-    ASSERT_TRUE(waitUntil([this] { return server->sentBytes() > 1'000'000; }));
-    handle.cancel();
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_THROW(handle.result(), Cancelled);
-    EXPECT_TRUE(waitUntil([&] { return closed == 1; }));
+    FakeClock fakeClock;
+    Scheduler patient(fakeClock);
+    const auto requests = std::make_shared<PendingRequests>();
+    const auto exchanges = std::make_shared<HttpExchanges>(server->url(), patient, client, requests);
+    requests->add(1, 0, [](const auto &) {});
+    exchanges->start(requestText(1, "tools/call", "{}"), 1, MCPTransport::Kind::other);
+    ASSERT_TRUE(waitUntil([&] { return requests->count() == 0; }));
+    EXPECT_EQ(exchanges->underWay(), 1u) << "a little more may come";
+    fakeClock.advance(1s);
+    EXPECT_TRUE(waitUntil([&] { return exchanges->underWay() == 0; }));
+    EXPECT_TRUE(waitUntil([this] { return server->connectionsClosedByPeer() == 1; }));
+    patient.shutdown(1s);
 }
 
 TEST_F(HttpServerTest, ShutdownClosesEveryExchange)

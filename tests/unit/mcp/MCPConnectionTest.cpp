@@ -83,6 +83,16 @@ TEST_F(MCPConnectionTest, WhatAHandshakeAnswersIsNotLookedAt)
     EXPECT_EQ(failureOf(connection.connect()), "no failure");
 }
 
+TEST_F(MCPConnectionTest, WhatBecomesOfTheNotificationIsNotLookedAt)
+{
+    server.answer = [this](const json::object &) {
+        server.takesMessages = false;
+        return json::object{{"result", json::object()}};
+    };
+    EXPECT_EQ(failureOf(connection.connect()), "no failure");
+    EXPECT_EQ(server.sent.size(), 1);
+}
+
 TEST_F(MCPConnectionTest, AFailedLaunchIsThrownAndNothingIsSent)
 {
     server.startFailure = u"No such file or directory"_s;
