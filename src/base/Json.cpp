@@ -50,12 +50,18 @@ public:
     }
     bool on_string_part(std::string_view part, std::size_t, json::error_code &)
     {
-        m_stack.push_chars(part);
+        m_text.append(part.data(), qsizetype(part.size()));
         return true;
     }
-    bool on_string(std::string_view part, std::size_t, json::error_code &)
+    bool on_string(std::string_view part, std::size_t size, json::error_code &error)
     {
-        m_stack.push_string(part);
+        if (m_text.isEmpty()) {
+            m_stack.push_string(part);
+            return true;
+        }
+        on_string_part(part, size, error);
+        m_stack.push_string({m_text.constData(), std::size_t(m_text.size())});
+        m_text.clear();
         return true;
     }
     bool on_number_part(std::string_view part, json::error_code &)
@@ -101,6 +107,9 @@ public:
 
 private:
     json::value_stack m_stack;
+    /// The first part of a text that the parser delivered in pieces. Grows in place where the stack would be
+    /// copied: a text may be most of what the memory holds.
+    QByteArray m_text;
     std::string m_number; ///< The first part of a number that the parser delivered in pieces.
 };
 
