@@ -225,7 +225,8 @@ void MCPManager::setStatus(QUuid id, const QString &text)
 
 void MCPManager::updateExposed()
 {
-    m_exposed.clear();
+    // The schemas of many tools take milliseconds to give back.
+    QThreadPool::globalInstance()->start([gone = std::exchange(m_exposed, {})] {});
     m_routes.clear();
     for (const MCPServerConfig &server : std::as_const(m_servers)) {
         const auto listed = m_listedTools.constFind(server.id);
