@@ -13,9 +13,6 @@ namespace morvane {
 
 namespace {
 
-/// What a few lines can show costs far less to lay out; keeps the cost of a huge text bounded.
-constexpr qsizetype costliestLaidOut = 1'000;
-
 struct Lines {
     QStringList texts;
     int width = 0;
@@ -24,7 +21,7 @@ struct Lines {
 
 Lines linesOf(const WrappedText &wrapped, int width)
 {
-    const qsizetype affordable = affordableLength(wrapped.text, costliestLaidOut);
+    const qsizetype affordable = affordableLength(wrapped.text, wrapped.costliest);
     const bool isTooLong = wrapped.text.size() > affordable;
     QString text = isTooLong ? wrapped.text.first(affordable) + u'…' : wrapped.text;
     text.replace(u'\n', QChar::LineSeparator);
@@ -71,7 +68,7 @@ int WrappedText::naturalWidth() const
 {
     // By the layout that breaks the lines: the font's own sum can be a fraction less.
     constexpr int noLimit = 1'000'000;
-    return linesOf({text, font, std::numeric_limits<int>::max()}, noLimit).width + 1;
+    return linesOf({text, font, std::numeric_limits<int>::max(), costliest}, noLimit).width + 1;
 }
 
 bool WrappedText::isElided(int width) const

@@ -15,6 +15,9 @@ struct WrappedText {
     QString text;
     QFont font;
     int maximumLines = 1;
+    /// In usual letters (see layoutCost): what goes beyond is never laid out, whatever the lines have room
+    /// for.
+    qsizetype costliest = 1'000;
 
     /// The size taken when `width` logical pixels are to be had; not wider than that.
     QSize size(int width) const;

@@ -26,8 +26,9 @@ constexpr qreal rowRadius = 10;
 /// Names and commands come from a file, too, where anything can stand; in characters.
 constexpr qsizetype longestName = 200;
 constexpr qsizetype longestDetail = 1'000;
-constexpr int detailLines = 6;
-constexpr int statusLines = 100;
+constexpr QuietText::Most mostDetail{6};
+/// All of every reason that MCPManager tells in letters, in a narrow window and a large font.
+constexpr QuietText::Most mostStatus{400, 4'500};
 
 QString detailOf(const MCPServerConfig &server)
 {
@@ -40,10 +41,10 @@ QString detailOf(const MCPServerConfig &server)
 
 MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent)
     : QWidget(parent), m_id(server.id), m_name(flattened(server.name, longestName)), m_manager(manager),
-      m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(statusLines)),
+      m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(mostStatus)),
       m_copy(new QPushButton(u"Copy Error"_s)), m_remove(new QPushButton(u"Remove"_s))
 {
-    auto *detail = new QuietText(detailLines);
+    auto *detail = new QuietText(mostDetail);
     detail->setContent(detailOf(server), &ThemeColors::secondaryText);
     QFont bold = m_switch->font();
     bold.setBold(true);
@@ -88,7 +89,11 @@ void MCPServerRow::refresh()
         const QSignalBlocker blocker(m_switch);
         m_switch->setChecked(server->enabled);
     }
-    m_switch->setAccessibleName(status.isEmpty() ? m_name : m_name + u", "_s + status);
+    // A name is an event for assistive technology even if it is the old one, and every change of the list
+    // comes to all rows.
+    const QString name = status.isEmpty() ? m_name : m_name + u", "_s + status;
+    if (m_switch->accessibleName() != name)
+        m_switch->setAccessibleName(name);
     m_status->setVisible(!status.isEmpty());
     m_copy->setVisible(trouble);
     if (trouble)

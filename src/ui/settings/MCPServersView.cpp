@@ -89,8 +89,7 @@ QWidget *MCPServersView::makeEmptyState()
     column->addWidget(new NoteLabel(
         u"MCP (Model Context Protocol) servers add extra tools to Morvane — databases, browsers, calendars, "
         "anything with an MCP server. Add a local command or a remote URL; its tools appear automatically "
-        "and "
-        "always ask before running."_s));
+        "and always ask before running."_s));
     auto *example =
         new NoteLabel(u"Example command: npx -y @modelcontextprotocol/server-filesystem ~/Documents"_s);
     example->setTextInteractionFlags(Qt::TextSelectableByMouse);

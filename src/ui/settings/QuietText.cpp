@@ -13,7 +13,7 @@ constexpr int leastWidth = 60;
 
 } // namespace
 
-QuietText::QuietText(int maximumLines, QWidget *parent) : QWidget(parent), m_maximumLines(maximumLines)
+QuietText::QuietText(Most most, QWidget *parent) : QWidget(parent), m_most(most)
 {
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
@@ -22,11 +22,19 @@ QuietText::QuietText(int maximumLines, QWidget *parent) : QWidget(parent), m_max
 
 void QuietText::setContent(const QString &text, QColor ThemeColors::*color, std::optional<Symbol> symbol)
 {
+    if (text == m_text && color == m_color && symbol == m_symbol)
+        return;
     m_text = text;
     m_color = color;
     m_symbol = symbol;
+    m_measured = {};
     updateGeometry();
     update();
+}
+
+bool QuietText::isElided() const
+{
+    return wrapped().isElided(width() - symbolRoom());
 }
 
 QSize QuietText::sizeHint() const
@@ -42,7 +50,9 @@ QSize QuietText::minimumSizeHint() const
 
 int QuietText::heightForWidth(int width) const
 {
-    return wrapped().size(std::max(1, width - symbolRoom())).height();
+    if (m_measured.width() != width)
+        m_measured = {width, wrapped().size(std::max(1, width - symbolRoom())).height()};
+    return m_measured.height();
 }
 
 void QuietText::paintEvent(QPaintEvent *)
@@ -60,13 +70,15 @@ void QuietText::paintEvent(QPaintEvent *)
 void QuietText::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        updateGeometry();
+    if (event->type() != QEvent::FontChange)
+        return;
+    m_measured = {};
+    updateGeometry();
 }
 
 WrappedText QuietText::wrapped() const
 {
-    return {m_text, font(), m_maximumLines};
+    return {m_text, font(), m_most.lines, m_most.cost};
 }
 
 int QuietText::symbolRoom() const

@@ -14,10 +14,19 @@ namespace morvane {
 class QuietText : public QWidget {
     Q_OBJECT
 public:
-    explicit QuietText(int maximumLines, QWidget *parent = nullptr);
+    /// Shows no more than this of a text: the lines, and its length as in WrappedText.
+    struct Most {
+        int lines;
+        qsizetype cost = 1'000;
+    };
+    explicit QuietText(Most most, QWidget *parent = nullptr);
 
     /// The symbol stands in front of the first line, in the text's colour.
     void setContent(const QString &text, QColor ThemeColors::*color, std::optional<Symbol> symbol = {});
+
+    const QString &text() const { return m_text; }
+    /// Whether a part of the text is not shown at the present width.
+    bool isElided() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -35,7 +44,8 @@ private:
     QString m_text;
     QColor ThemeColors::*m_color = &ThemeColors::text;
     std::optional<Symbol> m_symbol;
-    int m_maximumLines;
+    const Most m_most;
+    mutable QSize m_measured; ///< The last answer of heightForWidth; layouts ask again and again.
 };
 
 } // namespace morvane

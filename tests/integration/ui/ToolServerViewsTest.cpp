@@ -4,6 +4,7 @@
 #include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/MCPServerRow.h"
 #include "ui/settings/MCPServersView.h"
+#include "ui/settings/QuietText.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -52,6 +53,12 @@ protected:
         add->click();
         settle();
         return view->findChild<AddMCPServerView *>();
+    }
+    /// What got a name, new or not, since the last time that it was emptied.
+    static QObjectList &namedObjects()
+    {
+        static QObjectList objects;
+        return objects;
     }
     QPushButton *saveButton() const { return named<QPushButton>(u"Add Server"_s); }
 };
@@ -189,23 +196,29 @@ TEST_F(ToolServerViewsTest, TheFormAddsALocalServerByKeyboardAlone)
     EXPECT_EQ(view->focusWidget(), named<QPushButton>(u"Add a tool server"_s));
 }
 
-TEST_F(ToolServerViewsTest, TheFormAddsARemoteServer)
+TEST_F(ToolServerViewsTest, TheFormAddsARemoteServerByKeyboardAlone)
 {
     showServers();
     openForm();
-    auto *transport = named<SegmentedPicker>(u"Transport"_s);
-    transport->findChildren<QAbstractButton *>()[1]->click();
+    retype(named<QLineEdit>(u"Server name"_s), u"Far"_s);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Right);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Space);
     settle();
     EXPECT_TRUE(shows(u"The endpoint must speak the MCP HTTP transport."_s));
     EXPECT_EQ(named<QLineEdit>(u"Command"_s), nullptr);
     EXPECT_TRUE(named<QLineEdit>(u"Server URL"_s)->placeholderText().startsWith(u"https://"_s));
     EXPECT_TRUE(named<QLineEdit>(u"Server URL"_s)->placeholderText().endsWith(u"/mcp"_s));
-    retype(named<QLineEdit>(u"Server name"_s), u"Far"_s);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(view->focusWidget(), named<QLineEdit>(u"Server URL"_s));
     retype(named<QLineEdit>(u"Server URL"_s), u"HTTP://x"_s);
     EXPECT_FALSE(saveButton()->isEnabled());
     retype(named<QLineEdit>(u"Server URL"_s), u"http://127.0.0.1:1/mcp"_s);
     ASSERT_TRUE(saveButton()->isEnabled());
-    saveButton()->click();
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab); // to Cancel
+    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(view->focusWidget(), saveButton());
+    QTest::keyClick(view->focusWidget(), Qt::Key_Space);
     settle();
     ASSERT_EQ(manager().servers().size(), 1);
     EXPECT_EQ(manager().servers()[0].transport, u"http");
@@ -241,6 +254,40 @@ TEST_F(ToolServerViewsTest, AddingDoesNotWaitForTheConnection)
     EXPECT_TRUE(reads(rows()[0], u"Slow, Connecting…"_s));
     clock.advance(std::chrono::seconds(20));
     EXPECT_TRUE(reads(rows()[0], u"Slow, Could not connect: The MCP server did not respond in time."_s));
+}
+
+TEST_F(ToolServerViewsTest, AChangeOfTheListNamesNothingAnew)
+{
+    for (const auto &name : {u"A"_s, u"B"_s, u"C"_s})
+        toolServerList.add(name);
+    showServers();
+    ASSERT_TRUE(reads(rows()[2], u"C, Connected via command · 1 tool"_s));
+    namedObjects().clear();
+    const auto before = QAccessible::installUpdateHandler([](QAccessibleEvent *event) {
+        if (event->type() == QAccessible::NameChanged)
+            namedObjects().append(event->object());
+    });
+    manager().toggleServer(manager().servers()[2].id, false);
+    settle();
+    QAccessible::installUpdateHandler(before);
+    EXPECT_FALSE(switchOf(rows()[2])->isChecked());
+    EXPECT_TRUE(namedObjects().isEmpty());
+}
+
+TEST_F(ToolServerViewsTest, AnErrorOfThousandsOfLettersIsShownAndCopiedWhole)
+{
+    const QString reason = QString(u"one reason "_s).repeated(350) + u"and the last"_s;
+    toolServerList.add(u"S"_s, 0, reason);
+    view->resize(420, 600);
+    showServers();
+    const QString status = u"Could not connect: "_s + reason;
+    ASSERT_TRUE(reads(rows()[0], u"S, "_s + status));
+    const auto texts = rows()[0]->findChildren<QuietText *>();
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [&status](const QuietText *text) {
+        return text->text() == status && !text->isElided();
+    }));
+    named<QPushButton>(u"Copy the error of the S server"_s)->click();
+    EXPECT_EQ(QApplication::clipboard()->text(), status);
 }
 
 TEST_F(ToolServerViewsTest, FiftyServersScrollAndLongTextsWrap)
