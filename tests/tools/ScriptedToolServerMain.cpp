@@ -22,7 +22,9 @@
 #include <fcntl.h>
 #include <iostream>
 #include <optional>
+#include <sched.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -51,6 +53,14 @@ void writeAll(const std::string &bytes)
             std::_Exit(3);
         sent += static_cast<std::size_t>(count);
     }
+}
+
+/// Waits until all that was written has been read, so that the next bytes are a chunk by themselves.
+void waitUntilRead()
+{
+    int unread = 0;
+    while (::ioctl(STDOUT_FILENO, FIONREAD, &unread) == 0 && unread > 0)
+        ::sched_yield();
 }
 
 void notePid(const std::string &path)
@@ -145,17 +155,22 @@ private:
     json::array tools() const
     {
         json::array list;
-        for (const char *name : {"echo", "big", "twice", "never", "later", "stranger", "garbage", "nested",
-                                 "die", "exit", "deaf", "asks", "text-id", "fail", "slow", "pid"}) {
+        for (const char *name :
+             {"echo", "big", "twice", "never", "later", "stranger", "garbage", "nested", "die", "exit",
+              "deaf", "asks", "text-id", "fail", "slow", "pid", "variable"}) {
             list.push_back(json::object{
                 {"name", name},
                 {"description", std::string("does ") + name},
                 {"inputSchema", {{"type", "object"}, {"properties", {{"text", {{"type", "string"}}}}}}}});
         }
+        json::object properties;
+        if (m_options.tools > 0)
+            for (int i = 0; i < 100; ++i)
+                properties["property-" + std::to_string(i)] =
+                    json::object{{"type", "string"}, {"description", std::string(45, 'x')}};
         for (int i = 0; i < m_options.tools; ++i)
-            list.push_back(json::object{
-                {"name", "more-" + std::to_string(i)},
-                {"inputSchema", {{"type", "object"}, {"description", std::string(10'000, 'x')}}}});
+            list.push_back(json::object{{"name", "more-" + std::to_string(i)},
+                                        {"inputSchema", {{"type", "object"}, {"properties", properties}}}});
         return list;
     }
 
@@ -173,6 +188,9 @@ private:
             say(id, text("text"));
         } else if (name == "pid") { // its process number
             say(id, std::to_string(::getpid()));
+        } else if (name == "variable") { // what its environment holds under the name in the text
+            const char *const value = std::getenv(text("text").c_str());
+            say(id, value ? value : "");
         } else if (name == "big") { // the text again and again
             std::string many;
             for (std::size_t i = 0; i < number("times"); ++i)
@@ -197,8 +215,9 @@ private:
             say(id, "yours");
         } else if (name == "garbage") { // what is no message first
             writeAll("Listening on stdio!\n\n[1,2]\n\"x\"\n{\"id\":\n\0\n");
+            waitUntilRead();
             writeAll(std::string("\xFF\xFE\x80\n", 4));
-            ::usleep(20'000); // so that the bytes above are a chunk by themselves
+            waitUntilRead();
             say(id, "after garbage");
         } else if (name == "nested") { // 10 MB of arrays first
             writeAll("{\"id\":" + json::serialize(id) + ",\"result\":" + std::string(5'000'000, '[') +
@@ -229,7 +248,7 @@ private:
                 json::object{{"jsonrpc", "2.0"}, {"id", id}, {"result", {{"content", json::array{item}}}}});
             for (const char byte : line + '\n') {
                 writeAll(std::string(1, byte));
-                ::usleep(1'000);
+                waitUntilRead();
             }
         } else {
             send({{"jsonrpc", "2.0"},

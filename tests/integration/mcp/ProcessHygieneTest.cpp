@@ -25,15 +25,24 @@ protected:
     }
     static qsizetype openDescriptors() { return entries(u"/proc/self/fd"_s); }
     static qsizetype threads() { return entries(u"/proc/self/task"_s); }
-    static QByteArray statusField(pid_t process, const QByteArray &field)
+    /// What a line of one of the process's files in /proc says.
+    static QByteArray field(pid_t process, const QString &name, const QByteArray &field)
     {
-        QFile file(u"/proc/%1/status"_s.arg(process));
+        QFile file(u"/proc/%1/%2"_s.arg(process).arg(name));
         if (file.open(QIODevice::ReadOnly)) {
             for (const QByteArray &line : file.readAll().split('\n'))
                 if (line.startsWith(field + ':'))
                     return line.mid(field.size() + 1).trimmed();
         }
         return {};
+    }
+    static qint64 number(pid_t process, const QString &name, const QByteArray &key)
+    {
+        return field(process, name, key).split(' ').first().toLongLong();
+    }
+    static QByteArray statusField(pid_t process, const QByteArray &key)
+    {
+        return field(process, u"status"_s, key);
     }
 };
 
@@ -56,6 +65,19 @@ TEST_F(ProcessHygieneTest, AStubbornServerAndItsWholeFamilyAreGoneAfterTwoSecond
     ASSERT_TRUE(hasFamily());
     server->shutdown();
     EXPECT_TRUE(areGone(pids()));
+}
+
+TEST_F(ProcessHygieneTest, AServerThatIsTerminatedMayFinishItsWork)
+{
+    const QString begun = folder.filePath(u"begun"_s);
+    const QString finished = folder.filePath(u"finished"_s);
+    const auto server =
+        stdio(u"trap 'touch %1; exit' TERM; touch %2; /bin/sleep 1000"_s.arg(finished, begun));
+    auto handshake = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(begun); }));
+    server->shutdown();
+    EXPECT_TRUE(waitUntil([&] { return QFile::exists(finished); }));
+    EXPECT_TRUE(waitUntil([&] { return thread.runningServers() == 0 && handshake.done(); }));
 }
 
 TEST_F(ProcessHygieneTest, AFamilyThatOutlivesItsServerIsEndedWithTheConnection)
@@ -154,6 +176,21 @@ TEST_F(ProcessHygieneTest, AServerHasItsOwnGroupThreeDescriptorsAndDefaultSignal
     EXPECT_EQ(statusField(process, "SigBlk").toULongLong(nullptr, 16), 0u);
     // But for the two that the C library keeps for itself, and ignores where a program starts.
     EXPECT_EQ(statusField(process, "SigIgn").toULongLong(nullptr, 16) & ~0x180000000ull, 0u);
+}
+
+TEST_F(ProcessHygieneTest, AFloodOnStandardErrorGrowsNothing)
+{
+    const auto server = scripted({u"--noise"_s, u"--pids"_s, pidFile()});
+    connect(server);
+    const pid_t process = pids().value(0);
+    const auto hasWritten = [process](qint64 megabytes) {
+        return waitUntil([&] { return number(process, u"io"_s, "wchar") > megabytes * 1'000'000; });
+    };
+    ASSERT_TRUE(hasWritten(50));
+    const qint64 memory = number(::getpid(), u"status"_s, "VmRSS");
+    ASSERT_TRUE(hasWritten(1'000));
+    EXPECT_LT(number(::getpid(), u"status"_s, "VmRSS"), memory + 8'000) << "in kB";
+    EXPECT_EQ(call(server, u"echo"_s, {{"text", "heard"}}).text, "heard");
 }
 
 TEST_F(ProcessHygieneTest, AThousandConnectsLeaveNoZombieDescriptorOrThread)

@@ -47,6 +47,17 @@ TEST_F(StdioServerTest, TheCommandIsSplitByTheShell)
     EXPECT_EQ(pids().size(), 1);
 }
 
+TEST_F(StdioServerTest, TheEnvironmentIsTheProgramsAndTheShellIsNoLoginShell)
+{
+    qputenv("MORVANE_TEST_VARIABLE", "as it is");
+    const auto server =
+        stdio(u"[[ -o login || -o interactive ]] && exit; "_s + program(u"scripted-tool-server"_s));
+    connect(server);
+    qunsetenv("MORVANE_TEST_VARIABLE");
+    EXPECT_EQ(call(server, u"variable"_s, {{"text", "MORVANE_TEST_VARIABLE"}}).text, "as it is");
+    EXPECT_EQ(call(server, u"variable"_s, {{"text", "PATH"}}).text, qEnvironmentVariable("PATH"));
+}
+
 TEST_F(StdioServerTest, AnEmptyCommandIsRefused)
 {
     EXPECT_EQ(failureOf(stdio(u" \t "_s)->connect()), u"No command was given for this server."_s);
