@@ -1,7 +1,17 @@
-// What a tool call costs over both transports, beside a bare loop over the same server. Prints one JSON
-// object. The servers are those of tests/peers (scripts/install-peers.sh).
+// What a tool call costs over both transports, beside a bare loop over the same server, what connecting
+// costs, and what a long answer and many tools do to memory and main thread. Prints one JSON object. The
+// servers are those of tests/peers (scripts/install-peers.sh).
+
+#include "BenchAgent.h"
+
+#include "mcp/JsonRpc.h"
+#include "mcp/LineFraming.h"
+#include "mcp/MCPManager.h"
+#include "mcp/ToolAnswers.h"
+#include "support/ScriptedModel.h"
 
 #include "async/SystemClock.h"
+#include "base/Uuid.h"
 #include "mcp/HttpTransport.h"
 #include "mcp/MCPConnection.h"
 #include "mcp/StdioThread.h"
@@ -48,6 +58,26 @@ double processorMicroseconds()
     return microseconds(usage.ru_utime) + microseconds(usage.ru_stime);
 }
 
+/// What a line of this process's status says, in MB.
+double memoryMegabytes(const QByteArray &name)
+{
+    QFile status(u"/proc/self/status"_s);
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray &line : status.readAll().split('\n'))
+            if (line.startsWith(name + ':'))
+                return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1000;
+    }
+    return 0;
+}
+
+/// The peak of memory counts from here.
+void forgetPeak()
+{
+    QFile references(u"/proc/self/clear_refs"_s);
+    if (references.open(QIODevice::WriteOnly))
+        references.write("5");
+}
+
 /// Measures `calls` calls that `work` makes, and prints them as one member.
 template <class Work> void measure(const char *name, int calls, Work work)
 {
@@ -73,7 +103,7 @@ const QByteArray handshakeText = R"({"jsonrpc":"2.0","id":0,"method":"initialize
 /// The floor over standard streams: write, read to the line's end, again.
 class BareServer {
 public:
-    BareServer()
+    explicit BareServer(const QByteArray &program, const QByteArray &argument = {})
     {
         int input[2];
         int output[2];
@@ -87,8 +117,8 @@ public:
             ::close(output[0]);
             if (!::freopen("/dev/null", "w", stderr))
                 ::_exit(1);
-            const QByteArray node = QFile::encodeName(nodeProgram);
-            ::execl(node.constData(), node.constData(), QFile::encodeName(everything).constData(), nullptr);
+            ::execl(program.constData(), program.constData(),
+                    argument.isEmpty() ? nullptr : argument.constData(), nullptr);
             ::_exit(127);
         }
         ::close(input[0]);
@@ -164,7 +194,7 @@ public:
             std::abort();
         QByteArray answer;
         char buffer[65536];
-        while (!answer.endsWith("0\r\n\r\n")) {
+        while (!isWhole(answer)) {
             const ssize_t count = ::recv(m_socket, buffer, sizeof buffer, 0);
             if (count <= 0)
                 std::abort();
@@ -174,6 +204,20 @@ public:
     }
 
 private:
+    /// The server tells the length of what it has at once, and sends the rest in chunks.
+    static bool isWhole(const QByteArray &answer)
+    {
+        const qsizetype headEnd = answer.indexOf("\r\n\r\n");
+        if (headEnd < 0)
+            return false;
+        constexpr QByteArrayView field = "\r\ncontent-length: ";
+        const QByteArray head = answer.first(headEnd + 2).toLower();
+        const qsizetype begin = head.indexOf(field) + field.size();
+        if (begin < field.size())
+            return answer.endsWith("0\r\n\r\n");
+        return answer.size() == headEnd + 4 + head.mid(begin, head.indexOf('\r', begin) - begin).toInt();
+    }
+
     int m_socket = -1;
     QByteArray m_session;
 };
@@ -195,9 +239,12 @@ public:
     void run()
     {
         std::printf("{\n  \"benchmark\": \"calls of tools on servers\",\n");
+        readLongLine(25);
+        readLongLine(50);
         runStdio();
         runHttp();
         connectMany();
+        holdMain();
         std::printf("  \"calls\": {\"stdio\": %d, \"http\": %d}\n}\n", stdioCalls, httpCalls);
     }
 
@@ -225,7 +272,7 @@ private:
     void runStdio()
     {
         {
-            BareServer bare;
+            BareServer bare(QFile::encodeName(nodeProgram), QFile::encodeName(everything));
             measure("stdioFloor", stdioCalls, [&bare](int calls) {
                 for (int i = 1; i <= calls; ++i)
                     bare.ask(callText(i));
@@ -275,7 +322,16 @@ private:
 
     void connectMany()
     {
-        const QString program = QCoreApplication::applicationDirPath() + u"/scripted-tool-server"_s;
+        {
+            std::vector<std::unique_ptr<BareServer>> bare;
+            measure("connectTenServersFloor", servers, [&](int count) {
+                for (int i = 0; i < count; ++i) {
+                    bare.push_back(std::make_unique<BareServer>(QFile::encodeName(scriptedServer())));
+                    bare.back()->ask(R"({"jsonrpc":"2.0","id":2,"method":"tools/list","params":{}})");
+                }
+            });
+        }
+        const QString program = scriptedServer();
         std::vector<std::shared_ptr<MCPConnection>> all;
         measure("connectTenServers", servers, [&](int count) {
             for (int i = 0; i < count; ++i) {
@@ -284,6 +340,104 @@ private:
                 runTask(m_scheduler, all.back()->listTools());
             }
         });
+    }
+
+    /// A line in pieces of 4 kB, from the pipe to the text that the model gets. In a process of its own,
+    /// whose memory nobody has used yet; to be called while there is one thread.
+    static void readLongLine(int megabytes)
+    {
+        std::fflush(stdout);
+        const pid_t process = ::fork();
+        if (process != 0) {
+            ::waitpid(process, nullptr, 0);
+            return;
+        }
+        // At its full size at once: what is given back before would shape how memory is handed out later.
+        constexpr QByteArrayView sentence = "a line of some words in it\\n";
+        QByteArray words;
+        words.reserve(megabytes * 1'000'000 + 1'000);
+        words += R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")";
+        while (words.size() < megabytes * 1'000'000)
+            words += sentence;
+        words += "\"}]}}\n";
+        const double before = memoryMegabytes("VmRSS");
+        forgetPeak();
+        const auto begin = SteadyClock::now();
+        LineFraming framing;
+        QList<QByteArray> lines;
+        for (qsizetype start = 0; start < words.size(); start += 4096)
+            lines += framing.consume(
+                QByteArrayView(words).sliced(start, std::min<qsizetype>(4096, words.size() - start)));
+        const double framed = memoryMegabytes("VmHWM") - before;
+        auto message = parseJSONText(lines.takeFirst());
+        const ToolResult result = toolResult(resultOf(std::move(message)).value());
+        const double seconds = std::chrono::duration<double>(SteadyClock::now() - begin).count();
+        if (result.text.size() < megabytes * 900'000)
+            std::abort();
+        std::printf("  \"lineOf%dMB\": {\"milliseconds\": %.0f, \"memoryTimesItsSize\": {\"framed\": %.2f, "
+                    "\"read\": %.2f}},\n",
+                    megabytes, seconds * 1e3, framed / double(words.size()) * 1e6,
+                    (memoryMegabytes("VmHWM") - before) / double(words.size()) * 1e6);
+        std::fflush(stdout);
+        ::_exit(0);
+    }
+
+    /// How long the main thread is held by an answer of 50 MB, by a list of 500 tools with schemas of 10 kB
+    /// each, and by a run that offers them.
+    void holdMain()
+    {
+        {
+            const auto connection = stdio(scriptedServer(), {});
+            runTask(m_scheduler, connection->connect());
+            const StallWatch stalls;
+            const ToolResult answer =
+                runTask(m_scheduler,
+                        connection->callTool(
+                            u"big"_s, boost::json::object{{"text", "0123456789"}, {"times", 5'000'000}}),
+                        std::chrono::minutes(1));
+            if (answer.text.size() != 50'000'000)
+                std::abort();
+            printHold("answerOf50MB", stalls);
+        }
+        TemporaryHome home;
+        MCPManager manager(
+            m_scheduler, home.path(), [this](const MCPServerConfig &server, const auto &requests) {
+                return std::make_unique<StdioTransport>(server.command, server.args, m_thread, requests);
+            });
+        manager.appendServer(
+            {newUuid(), u"Many"_s, u"stdio"_s, scriptedServer(), {u"--tools"_s, u"500"_s}, {}, true});
+        for (const char *time : {"listing500Tools", "listing500ToolsAgain"}) {
+            const StallWatch stalls;
+            runTask(m_scheduler, manager.refreshAll());
+            printHold(time, stalls);
+        }
+        ModelScript script;
+        for (int turn = 0; turn < 5; ++turn)
+            script.turns.push_back(ScriptedTurn::saying({"fine"}));
+        ScriptedModel model(script);
+        BenchAgent agent(model.baseURL());
+        agent.toolServers.tools = manager.exposedAITools();
+        if (agent.toolServers.tools.size() < 500)
+            std::abort();
+        {
+            const StallWatch stalls;
+            for (int turn = 0; turn < 5; ++turn)
+                agent.ask(u"Hello"_s);
+            printHold("requestWith500Tools", stalls);
+        }
+        std::printf("  \"bytesOfARequestWith500Tools\": %s,\n",
+                    model.requests().front().headers.at("content-length").c_str());
+    }
+    static void printHold(const char *name, const StallWatch &stalls)
+    {
+        std::printf("  \"%s\": {\"longestHoldMilliseconds\": %.2f, \"inProcessorTime\": %.2f},\n", name,
+                    stalls.milliseconds(), stalls.processorMilliseconds());
+        std::fflush(stdout);
+    }
+
+    static QString scriptedServer()
+    {
+        return QCoreApplication::applicationDirPath() + u"/scripted-tool-server"_s;
     }
 
     SystemClock m_clock;

@@ -38,7 +38,8 @@ public:
         modelCatalog.lists.insert(ProviderID::openrouter, list);
         modelCatalog.lists.insert(ProviderID::custom, list.mid(60, 12));
     }
-    void addToolServers()
+    /// At least the five that show every state.
+    void addToolServers(int count)
     {
         servers.add(u"My Files"_s, 11);
         servers.add(u"Calendar"_s, 1);
@@ -48,6 +49,16 @@ public:
             "found. The requested resource could not be found or you do not have permission to access it."_s);
         const auto off = servers.add(u"Database"_s, 4);
         servers.manager.toggleServer(off.id, false);
+        const MCPServerConfig remote{
+            newUuid(), u"Remote"_s,
+            u"http"_s, {},
+            {},        u"https://tools.example.com/a/path/that/goes/on/and/on?token="_s + QString(200, u'0'),
+            true};
+        servers.servers[remote.name].startFailure =
+            u"could not reach the server: The name of the server could not be resolved."_s;
+        servers.manager.appendServer(remote);
+        for (int number = 5; number < count; ++number)
+            servers.add(u"Server %1"_s.arg(number), number);
         runTask(scheduler, servers.manager.refreshAll());
     }
     void saveConversations(int count)
@@ -82,11 +93,11 @@ void addOptions(QCommandLineParser &parser)
     option("width", "Width of the window.", "pixels", "0");
     option("height", "Height of the window.", "pixels", "0");
     option("font", "Size of the font.", "points", "10");
+    option("servers", "So many tool servers are set up, or none.", "number", "0");
     option("scroll", "Scroll to this share.", "percent", "0");
     option("state", "Of the local model: none, running, installing, failed.", "name", "none");
     parser.addOption({u"popup"_s, u"Open the list of models."_s});
     parser.addOption({u"allowed"_s, u"Some tools are always allowed."_s});
-    parser.addOption({u"servers"_s, u"Some tool servers are set up."_s});
     parser.addOption({u"conversations"_s, u"Some conversations are stored."_s});
     option("picture", "Write a picture and end.", "file");
 }
@@ -151,8 +162,8 @@ int main(int argc, char **argv)
     waitUntil([&stage] { return stage.model.isReady(); });
     setLocalModel(stage, value("state"));
 
-    if (parser.isSet(u"servers"_s))
-        stage.addToolServers();
+    if (value("servers").toInt() > 0)
+        stage.addToolServers(value("servers").toInt());
     std::unique_ptr<QWidget> window;
     const QStringList inSettings{u"settings"_s, u"tool-servers"_s, u"add-server"_s};
     const bool isSettings = inSettings.contains(value("window"));
