@@ -35,6 +35,7 @@
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 #include "tools/reminders/ReminderStore.h"
+#include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/CursorRest.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
@@ -144,6 +145,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         scheduler, settings,       modelCatalog,
         urls,      machineSummary, [&machine] { return machine.current().ramGB; },
     };
+    installAccessibleEventFilter();
     const CursorRest cursorRest;
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);

@@ -10,6 +10,46 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
+/// Everything that the program tells assistive technology, counted as a reader receives it.
+class EventCount : public QObject {
+public:
+    explicit EventCount(MorvaneSession &morvane)
+        : m_bus(morvane.desktop().sessionBusAddress()),
+          m_program(m_bus.application(morvane.program().process().pid()))
+    {
+        connect(&m_bus, &AccessibilityBus::eventReceived, this, [this](const QDBusMessage &event) {
+            if (event.service() == m_program.service())
+                m_events.append(event.member() + u' ' + event.arguments().value(0).toString());
+        });
+        for (const auto *kind : {"object:", "focus:", "window:"})
+            m_bus.registerEvent(QString::fromLatin1(kind));
+        // The program hears of the new listener a moment later.
+        const AccessibleElement field = morvane.program().find(u"Message Morvane"_s);
+        EXPECT_TRUE(waitUntil([&] {
+            field.setText(m_events.isEmpty() ? QString::number(++m_tries) : QString());
+            return !m_events.isEmpty();
+        }));
+    }
+
+    void begin()
+    {
+        // What was told before has arrived when an answer has.
+        m_program.name();
+        m_events.clear();
+    }
+    QStringList sinceBegin()
+    {
+        m_program.name();
+        return m_events;
+    }
+
+private:
+    AccessibilityBus m_bus;
+    AccessibleElement m_program;
+    QStringList m_events;
+    int m_tries = 0;
+};
+
 /// The two sheets that hold a run until the user has answered.
 class SheetsTest : public MorvaneTest {
 protected:
@@ -121,6 +161,46 @@ TEST_F(SheetsTest, AQuestionIsAnsweredInTheUsersOwnWords)
     sendAnswer.press();
     ASSERT_TRUE(morvane.ear().hears(u"As you like."_s));
     EXPECT_EQ(lastResult(morvane), u"turquoise"_s);
+}
+
+TEST_F(SheetsTest, OpeningAndClosingASheetTellsAReaderLittle)
+{
+    const auto stalled = [](ScriptedTurn turn) {
+        turn.steps.insert(turn.steps.begin(), step::Stall{});
+        return turn;
+    };
+    const std::vector<ScriptedTurn> kinds{
+        writing("x"), callingTool("ask_user", R"({"question":"Which?","options":["A","B"]})")};
+    for (const ScriptedTurn &kind : kinds) {
+        MorvaneSession &morvane = prepare(
+            {stalled(kind), stalled(kind), stalled(ScriptedTurn::saying({"Done."}))}, Hearing::notifications);
+        morvane.start();
+        EventCount events(morvane);
+        morvane.send(u"Go on"_s);
+        ASSERT_TRUE(morvane.ear().hears(u"Morvane is responding."_s));
+        const bool asks = &kind == &kinds.back();
+        // The second request finds a sheet that was open before.
+        for (int round = 0; round < 2; ++round) {
+            ASSERT_TRUE(waitUntil([&] { return morvane.model().requests().size() > size_t(round); }));
+            events.begin();
+            morvane.ear().forget();
+            morvane.model().release();
+            ASSERT_TRUE(
+                morvane.ear().hears(asks ? u"Morvane asks: Which?"_s : QString::fromLatin1(question)));
+            QStringList told = events.sinceBegin();
+            EXPECT_LE(told.size(), 15) << told.join(u'\n').toStdString();
+            EXPECT_GE(told.size(), 4) << told.join(u'\n').toStdString();
+
+            const AccessibleElement button =
+                morvane.program().find(asks ? u"Answer: A"_s : u"Deny the action"_s);
+            events.begin();
+            button.press();
+            ASSERT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+            ASSERT_TRUE(waitUntil([&] { return morvane.model().requests().size() > size_t(round) + 1; }));
+            told = events.sinceBegin();
+            EXPECT_LE(told.size(), 15) << told.join(u'\n').toStdString();
+        }
+    }
 }
 
 } // namespace

@@ -79,8 +79,10 @@ void LinuxAnnouncer::deliver(const QString &text, const ScreenReaderNeeds &needs
     for (const QString &piece : spokenPieces(spoken)) {
         if (needs.announcements)
             sendAnnouncement(piece);
+        // A reader that finds many events waiting behind a notice drops the notice, and what takes the focus
+        // cuts off what was said before. So the notice goes behind all that is told in this turn.
         if (needs.notifications)
-            showNotice(piece);
+            QMetaObject::invokeMethod(this, [this, piece] { showNotice(piece); }, Qt::QueuedConnection);
     }
 }
 

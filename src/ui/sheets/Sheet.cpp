@@ -1,9 +1,11 @@
 #include "ui/sheets/Sheet.h"
 
+#include "ui/controls/AccessibleEvents.h"
 #include "ui/sheets/SheetCard.h"
 #include "ui/sheets/SheetStack.h"
 #include "ui/theme/ThemeColors.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
@@ -24,6 +26,12 @@ bool isModifier(int key)
 {
     return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_AltGr ||
            key == Qt::Key_Meta || key == Qt::Key_CapsLock;
+}
+
+void tell(QWidget *widget, QAccessible::Event what)
+{
+    QAccessibleEvent event(widget, what);
+    QAccessible::updateAccessibility(&event);
 }
 
 bool isPlain(const QKeyEvent &event)
@@ -52,19 +60,33 @@ Sheet::~Sheet()
 void Sheet::openSheet(QWidget *first)
 {
     m_guard.restart();
+    const bool hadFocus = m_isOpen && first->hasFocus();
     if (!m_isOpen) {
         m_isOpen = true;
         m_previousFocus = parentWidget()->focusWidget();
         setGeometry(parentWidget()->rect());
         raise();
-        show();
         qApp->installEventFilter(this);
     }
+    appear();
     arrange();
     m_card->scrollToStart();
     // The focus moves before the rest is disabled, so that it does not wander on its own.
     first->setFocus(Qt::OtherFocusReason);
+    if (hadFocus)
+        tell(first, QAccessible::Focus);
     updateSheetStack(parentWidget());
+}
+
+void Sheet::appear()
+{
+    // A reader would take the next request for the one that it has read out already.
+    renewAccessibility(m_card);
+    {
+        const AccessibleSilence silence(this);
+        show();
+    }
+    tell(m_card, QAccessible::ObjectShow);
 }
 
 void Sheet::closeSheet()

@@ -42,6 +42,7 @@ protected:
 private:
     bool handleKeyPress(const QKeyEvent &event);
     bool overridesShortcut(const QKeyEvent &event) const;
+    void appear();
     void arrange();
     void giveFocusBack();
 

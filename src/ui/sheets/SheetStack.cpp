@@ -1,5 +1,6 @@
 #include "ui/sheets/SheetStack.h"
 
+#include "ui/controls/AccessibleEvents.h"
 #include "ui/sheets/Sheet.h"
 
 #include <QMenuBar>
@@ -37,6 +38,8 @@ void updateSheetStack(QWidget *window)
         const bool isClosedSheet = sheet && !sheet->isOpen();
         const bool isOurs = part->property(disabledBySheet).toBool();
         const bool isBlocked = top && part != top && !isClosedSheet;
+        // The dialog tells the reader as much as it needs to know of what lies below.
+        const AccessibleSilence silence(part);
         if (isBlocked && !isOurs && !part->testAttribute(Qt::WA_ForceDisabled)) {
             part->setProperty(disabledBySheet, true);
             part->setEnabled(false);

@@ -231,8 +231,11 @@ void ComposerView::updateSendButton()
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
-    m_send->setAccessibleName(lacksInput && !busy ? u"Send message. Add a message or an attachment first."_s
-                                                  : u"Send message"_s);
+    const QString name =
+        lacksInput && !busy ? u"Send message. Add a message or an attachment first."_s : u"Send message"_s;
+    // The toolkit tells a reader of the name each time that it is set, which would be with each letter.
+    if (m_send->accessibleName() != name)
+        m_send->setAccessibleName(name);
     if (buttonHadFocus)
         focusDraft();
 }

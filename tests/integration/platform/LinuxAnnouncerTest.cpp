@@ -103,6 +103,35 @@ TEST_F(LinuxAnnouncerTest, AReaderThatAsksLateStillFindsTheText)
     m_bus.deregisterEvents();
 }
 
+TEST_F(LinuxAnnouncerTest, ANoticeComesBehindWhatTheSameTurnTells)
+{
+    m_bus.registerEvent(u"object:state-changed"_s);
+    LinuxAnnouncer announcer;
+    QList<AccessibleElement> told;
+    QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &m_window, [&](const QDBusMessage &event) {
+        told.append(AccessibleElement(m_bus, event.service(), event.path()));
+    });
+    const auto noticeAt = [&] {
+        for (qsizetype i = 0; i < told.size(); ++i)
+            if (told.at(i).role() == AccessibleRole::notification)
+                return i;
+        return qsizetype(-1);
+    };
+    announcer.announce(u"Held until the announcer knows its listeners."_s);
+    ASSERT_TRUE(waitUntil([&] { return noticeAt() >= 0; }));
+
+    told.clear();
+    QList<QWidget *> parts;
+    for (int i = 0; i < 10; ++i)
+        parts.append(new QWidget(&m_window));
+    announcer.announce(u"Heard at the end."_s);
+    for (QWidget *part : parts)
+        part->show();
+    ASSERT_TRUE(waitUntil([&] { return told.size() > parts.size(); }));
+    EXPECT_GE(noticeAt(), parts.size());
+    m_bus.deregisterEvents();
+}
+
 TEST_F(LinuxAnnouncerTest, WhatIsSaidBeforeTheReaderIsKnownIsSpokenAfterwards)
 {
     const AnnouncementRecorder reader(m_bus, Hearing::announcements);

@@ -1,0 +1,129 @@
+#include "ui/controls/AccessibleEvents.h"
+
+#include <QAccessible>
+#include <QScrollBar>
+#include <QVariant>
+
+namespace morvane {
+
+namespace {
+
+constexpr auto silentProperty = "morvaneSilent";
+/// A hidden widget got another name. Readers that knew it before are told when it is shown again.
+constexpr auto renamedProperty = "morvaneRenamed";
+
+void forward(QAccessibleEvent &event)
+{
+    // Either a handler or the desktop's bridge gets an event; stepping aside is the only way on.
+    const QAccessible::UpdateHandler handler = QAccessible::installUpdateHandler(nullptr);
+    QAccessible::updateAccessibility(&event);
+    QAccessible::installUpdateHandler(handler);
+}
+
+/// The widget that an event comes from, or in which the row lies that it comes from.
+QWidget *widgetOf(const QAccessibleEvent &event)
+{
+    if (event.object() != nullptr)
+        return qobject_cast<QWidget *>(event.object());
+    QAccessibleInterface *source = event.accessibleInterface();
+    while (source != nullptr && source->object() == nullptr)
+        source = source->parent();
+    return source != nullptr ? qobject_cast<QWidget *>(source->object()) : nullptr;
+}
+
+bool isSilenced(const QWidget *widget)
+{
+    for (; widget != nullptr; widget = widget->isWindow() ? nullptr : widget->parentWidget())
+        if (widget->property(silentProperty).isValid())
+            return true;
+    return false;
+}
+
+bool isToldWhileHidden(const QAccessibleEvent &event, const QWidget &widget)
+{
+    if (widget.isWindow())
+        return event.type() == QAccessible::ObjectHide || event.type() == QAccessible::StateChanged;
+    // What is hidden in a hidden part was told of with that.
+    return event.type() == QAccessible::ObjectHide && widget.parentWidget()->isVisible();
+}
+
+bool isWorthTelling(const QAccessibleEvent &event, QWidget *widget)
+{
+    // Taken in by the list itself before it comes here, and must not be taken in twice.
+    if (event.type() == QAccessible::TableModelChanged)
+        return false;
+    if (widget == nullptr)
+        return true;
+    if (const auto *bar = qobject_cast<const QScrollBar *>(widget))
+        return event.type() == QAccessible::ValueChanged && bar->isSliderDown();
+    if (!widget->isVisible()) {
+        if (event.type() == QAccessible::NameChanged && event.object() == widget)
+            widget->setProperty(renamedProperty, true);
+        return isToldWhileHidden(event, *widget);
+    }
+    return !isSilenced(widget);
+}
+
+/// The row that a list stands for when it takes the focus.
+QAccessibleInterface *rowWithFocus(const QAccessibleEvent &event)
+{
+    if (event.type() != QAccessible::Focus)
+        return nullptr;
+    QAccessibleInterface *list = event.accessibleInterface();
+    const bool isList = list != nullptr && list->role() == QAccessible::List;
+    QAccessibleInterface *row = isList ? list->focusChild() : nullptr;
+    return row != list ? row : nullptr;
+}
+
+void tell(QAccessibleEvent *event)
+{
+    QWidget *widget = widgetOf(*event);
+    if (!isWorthTelling(*event, widget))
+        return;
+    if (QAccessibleInterface *row = rowWithFocus(*event)) {
+        QAccessibleEvent focus(row, QAccessible::Focus);
+        forward(focus);
+        return;
+    }
+    forward(*event);
+    if (event->type() == QAccessible::ObjectShow && widget != nullptr &&
+        widget->property(renamedProperty).isValid()) {
+        widget->setProperty(renamedProperty, QVariant());
+        QAccessibleEvent renamed(widget, QAccessible::NameChanged);
+        forward(renamed);
+    }
+}
+
+void renew(QWidget *widget)
+{
+    widget->setProperty(renamedProperty, QVariant());
+    if (QAccessibleInterface *known = QAccessible::queryAccessibleInterface(widget))
+        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(known));
+}
+
+} // namespace
+
+void installAccessibleEventFilter()
+{
+    QAccessible::installUpdateHandler(&tell);
+}
+
+AccessibleSilence::AccessibleSilence(QWidget *widget) : m_widget(widget)
+{
+    widget->setProperty(silentProperty, true);
+}
+
+AccessibleSilence::~AccessibleSilence()
+{
+    if (m_widget)
+        m_widget->setProperty(silentProperty, QVariant());
+}
+
+void renewAccessibility(QWidget *widget)
+{
+    for (QWidget *part : widget->findChildren<QWidget *>())
+        renew(part);
+    renew(widget);
+}
+
+} // namespace morvane

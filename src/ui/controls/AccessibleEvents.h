@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace morvane {
+
+/// Decides from now on what assistive technology is told of, for the whole program. A screen reader drops
+/// what the user must hear when too much comes at once, and the toolkit tells of every part of everything.
+/// Left out are hidden widgets, what is shown or hidden as a part of something else, scroll bars that nobody
+/// holds, and what an AccessibleSilence keeps back. A list that takes the focus is told of by its current
+/// row. Call it once, after the application object was made.
+void installAccessibleEventFilter();
+
+/// While it lives, `widget` and everything in it tell assistive technology nothing. For changes that the
+/// reader is told of in one event instead of one for each part.
+class AccessibleSilence {
+public:
+    explicit AccessibleSilence(QWidget *widget);
+    ~AccessibleSilence();
+    AccessibleSilence(const AccessibleSilence &) = delete;
+    AccessibleSilence &operator=(const AccessibleSilence &) = delete;
+
+private:
+    QPointer<QWidget> m_widget;
+};
+
+/// Makes `widget` and everything in it new objects to assistive technology, which keeps names and states of
+/// what it knows and does not look again. Sends nothing.
+void renewAccessibility(QWidget *widget);
+
+} // namespace morvane
