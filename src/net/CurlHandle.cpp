@@ -1,5 +1,6 @@
 #include "net/CurlHandle.h"
 
+#include "net/ConnectionOptions.h"
 #include "net/CurlError.h"
 #include "net/LocalNetwork.h"
 
@@ -17,9 +18,6 @@ constexpr long receiveBuffer = 32 * 1024;
 
 /// Large bodies go out in pieces of this size. In bytes; libcurl's own is 64 KiB.
 constexpr long sendBuffer = 256 * 1024;
-
-/// Silence after which the system probes whether the other side is still there. In seconds.
-constexpr long keepAliveAfter = 60;
 
 bool alwaysHasBody(const QByteArray &method)
 {
@@ -106,13 +104,10 @@ void CurlHandle::setConnection(const HttpRequest &request, const HttpClientOptio
     curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(handle, CURLOPT_URL, request.url.toEncoded(QUrl::RemoveFragment).constData());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+    for (const auto &[option, value] : connectionOptions(request))
+        curl_easy_setopt(handle, option, value);
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
-                     static_cast<long>(request.connectLimit.value_or(request.silenceLimit).count()));
-    curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
-    curl_easy_setopt(handle, CURLOPT_TCP_KEEPIDLE, keepAliveAfter);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBuffer);
     curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, ""); // all that libcurl can decompress
     if (isLoopbackHost(request.url.host()))
