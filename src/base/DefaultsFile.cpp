@@ -108,7 +108,7 @@ std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
 {
     const auto before = FileIdentity::ofPath(m_path);
     const QByteArray text = iniText(values);
-    if (text.size() > maximumBytes ||
+    if (text.size() > maximumBytes || iniItems(values) > IniReader::maximumItems ||
         !writeFileAtomically(m_path, text, Durability::processCrash, privateFile, LinkRule::follow))
         return std::nullopt;
     auto after = FileIdentity::ofPath(m_path);

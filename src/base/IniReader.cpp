@@ -2,6 +2,8 @@
 
 #include "base/IniValue.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -64,15 +66,28 @@ IniReader::Content IniReader::read()
 {
     Content content;
     QString prefix;
+    qsizetype itemsLeft = maximumItems;
+    bool isBelowHeading = false; // which has counted for the key
     while (const auto line = nextLine()) {
-        if (line->text.startsWith('[')) {
+        const bool isHeading = line->text.startsWith('[');
+        const bool isPaidFor = std::exchange(isBelowHeading, isHeading) && !isHeading;
+        if (!isPaidFor && itemsLeft-- == 0) {
+            content.isDamaged = true;
+            break;
+        }
+        if (isHeading) {
             const qsizetype end = line->text.indexOf(']');
             content.isDamaged |= end < 0;
             prefix = keyPrefix(line->text.first(end < 0 ? line->text.size() : end).sliced(1).trimmed());
         } else if (line->equalsSign) {
             const QByteArrayView key = line->text.first(*line->equalsSign).trimmed();
-            content.values.insert(prefix + unescapedKey(key),
-                                  iniValue(line->text.sliced(*line->equalsSign + 1)));
+            const auto value = iniValue(line->text.sliced(*line->equalsSign + 1), itemsLeft + 1);
+            if (!value) {
+                content.isDamaged = true;
+                break;
+            }
+            itemsLeft -= value->typeId() == QMetaType::QStringList ? value->toStringList().size() - 1 : 0;
+            content.values.insert(prefix + unescapedKey(key), *value);
         } else {
             content.isDamaged = true;
         }

@@ -19,6 +19,11 @@ public:
         bool isDamaged = false; ///< There are lines without a meaning; the values are those of the others.
     };
 
+    /// Keys, further elements of lists, and headings without a key that are read; a text with more is
+    /// damaged, and the values are those before. Each costs some microseconds, however short; settings have
+    /// some hundred. What was read whole is not too much to be written, in whatever sections.
+    static constexpr qsizetype maximumItems = 20'000;
+
     explicit IniReader(QByteArrayView text);
 
     /// Whatever the text is, in one pass over it.

@@ -20,6 +20,14 @@ bool isHexDigit(char16_t unit)
     return (unit >= u'a' && unit <= u'f') || (unit >= u'A' && unit <= u'F') || (unit >= u'0' && unit <= u'9');
 }
 
+void appendNumber(QByteArray &key, char16_t unit)
+{
+    const bool isLong = unit > 0xff;
+    key += isLong ? "%U" : "%";
+    for (int shift = isLong ? 12 : 4; shift >= 0; shift -= 4)
+        key += "0123456789ABCDEF"[(unit >> shift) & 0xf];
+}
+
 QByteArray escapedKey(QStringView key)
 {
     QByteArray escaped;
@@ -30,10 +38,7 @@ QByteArray escapedKey(QStringView key)
         else if (isAsciiLetterOrDigit(unit) || unit == u'_' || unit == u'-' || unit == u'.')
             escaped += static_cast<char>(unit);
         else
-            escaped += u"%%1%2"_s.arg(unit > 0xff ? u"U"_s : QString())
-                           .arg(unit, unit > 0xff ? 4 : 2, 16, QChar(u'0'))
-                           .toUpper()
-                           .toLatin1();
+            appendNumber(escaped, unit);
     }
     return escaped;
 }
@@ -63,6 +68,16 @@ std::optional<char> shortEscape(char16_t unit)
     }
 }
 
+void appendNumber(QString &text, char16_t unit)
+{
+    text += u"\\x"_s;
+    int shift = 12;
+    while (shift > 0 && (unit >> shift) == 0)
+        shift -= 4;
+    for (; shift >= 0; shift -= 4)
+        text += u"0123456789abcdef"[(unit >> shift) & 0xf];
+}
+
 /// Whether a half of a character has no other at its side, for which there is no UTF-8.
 bool isLoneSurrogate(const QString &text, qsizetype at)
 {
@@ -86,7 +101,7 @@ QByteArray escapedText(const QString &text)
             afterHexEscape = false;
         } else if (unit < 0x20 || unit == 0x7f || (afterHexEscape && isHexDigit(unit)) ||
                    isLoneSurrogate(text, at)) {
-            escaped += u"\\x"_s + QString::number(unit, 16);
+            appendNumber(escaped, unit);
             afterHexEscape = true;
         } else {
             escaped += text[at];
@@ -154,6 +169,15 @@ QByteArray iniText(const QVariantMap &values)
     for (auto section = sections.cbegin(); section != sections.cend(); ++section)
         text += (text.isEmpty() ? "[" : "\n[") + sectionName(section.key()) + "]\n" + *section;
     return text;
+}
+
+qsizetype iniItems(const QVariantMap &values)
+{
+    qsizetype items = values.size();
+    for (const QVariant &value : values)
+        if (value.typeId() == QMetaType::QStringList)
+            items += qMax<qsizetype>(value.toStringList().size() - 1, 0);
+    return items;
 }
 
 } // namespace morvane

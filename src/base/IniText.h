@@ -13,4 +13,7 @@ namespace morvane {
 /// times, and keeps what it has read by the file's name, size and time for all that ask later.
 QByteArray iniText(const QVariantMap &values);
 
+/// What iniText() makes of these values, counted as IniReader::maximumItems counts.
+qsizetype iniItems(const QVariantMap &values);
+
 } // namespace morvane

@@ -16,6 +16,11 @@ bool isSpaceOrTab(char character)
     return character == ' ' || character == '\t';
 }
 
+bool isAscii(char character)
+{
+    return static_cast<unsigned char>(character) < 0x80;
+}
+
 bool endsPlainText(char character)
 {
     return character == '\\' || character == '"' || character == ',';
@@ -38,10 +43,11 @@ class Elements {
 public:
     explicit Elements(QByteArrayView value) : m_value(value) {}
 
-    QStringList read()
+    /// One more than `most`, if there are more.
+    QStringList read(qsizetype most)
     {
         skipBlanks();
-        while (m_at < m_value.size()) {
+        while (m_at < m_value.size() && m_elements.size() <= most) {
             const char character = m_value[m_at];
             if (character == '\\')
                 takeEscape();
@@ -52,7 +58,8 @@ public:
             else
                 takePlain();
         }
-        finishElement();
+        if (m_elements.size() <= most)
+            finishElement();
         return m_elements;
     }
 
@@ -86,7 +93,13 @@ private:
     {
         const auto *const from = m_value.begin() + m_at;
         const auto *const end = std::find_if(from + 1, m_value.end(), endsPlainText);
-        m_element += QString(m_decode(QByteArrayView(from, end)));
+        const QByteArrayView text(from, end);
+        // The decoder, which is dear for a letter or two, is needed where it has something to put together.
+        if (!m_isCut && std::all_of(from, end, isAscii))
+            m_element += QLatin1String(text);
+        else
+            m_element += QString(m_decode(text));
+        m_isCut = !isAscii(text.back());
         m_at = end - m_value.begin();
     }
 
@@ -156,6 +169,7 @@ private:
     qsizetype m_kept = 0; ///< Blanks before here belong to the element.
     bool m_inQuotes = false;
     bool m_isQuoted = false;
+    bool m_isCut = false; ///< The last text may have ended within a character.
     QStringDecoder m_decode{QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom};
 };
 
@@ -179,14 +193,16 @@ QVariant typed(const QString &text)
 
 } // namespace
 
-QVariant iniValue(QByteArrayView escaped)
+std::optional<QVariant> iniValue(QByteArrayView escaped, qsizetype mostElements)
 {
-    QStringList elements = Elements(escaped).read();
+    QStringList elements = Elements(escaped).read(mostElements);
+    if (elements.size() > mostElements)
+        return std::nullopt;
     if (elements.size() == 1)
         return typed(elements.front());
     std::transform(elements.begin(), elements.end(), elements.begin(),
                    [](const QString &element) { return typed(element).toString(); });
-    return elements;
+    return QVariant(elements);
 }
 
 } // namespace morvane

@@ -8,6 +8,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
 {
     using namespace morvane;
     const QVariantMap values = IniReader(QByteArrayView(data, static_cast<qsizetype>(size))).read().values;
+    if (iniItems(values) > IniReader::maximumItems)
+        std::abort();
     const QByteArray text = iniText(values);
     const IniReader::Content again = IniReader(text).read();
     if (again.isDamaged || again.values != values || iniText(again.values) != text)

@@ -1,5 +1,6 @@
 #include "base/DefaultsFile.h"
 
+#include "base/IniReader.h"
 #include "support/TemporaryHome.h"
 
 #include <QDir>
@@ -225,6 +226,18 @@ TEST_F(DefaultsFileTest, ADamagedFileBehindALinkIsSetAsideAndTheLinkStays)
     EXPECT_TRUE(QFileInfo(path).isSymLink());
     EXPECT_EQ(home.read("dotfiles/morvane.conf"), QByteArray("[General]\nb=2\nmodel=a\n"));
     EXPECT_EQ(home.read("dotfiles/morvane.conf.damaged"), QByteArray("[General]\nmodel=a\nno key here\n"));
+}
+
+TEST_F(DefaultsFileTest, MoreValuesThanAreReadAreNotWritten)
+{
+    const auto withList = [this](qsizetype elements) {
+        return file.update(
+            [elements](QVariantMap &values) { values.insert("list", QStringList(elements, u"x"_s)); });
+    };
+    ASSERT_TRUE(withList(IniReader::maximumItems));
+    EXPECT_FALSE(file.read().isDamaged);
+    EXPECT_FALSE(withList(IniReader::maximumItems + 1));
+    EXPECT_EQ(file.read().values.value("list").toStringList().size(), IniReader::maximumItems);
 }
 
 TEST_F(DefaultsFileTest, AFileThatMayNotBeReadIsSetAsideAndNotOverwritten)

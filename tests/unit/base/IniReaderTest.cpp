@@ -123,6 +123,49 @@ TEST(IniReaderTest, KeysOfAnyLengthAreReadInOnePass)
     EXPECT_EQ(IniReader(text).read().values.value(key + u'/' + key), QVariant(u"1"_s));
 }
 
+/// So many keys of every kind that with `more` of them the text has as many items as are read.
+QByteArray fullText(int more)
+{
+    QByteArray text = "first=x";
+    for (qsizetype left = IniReader::maximumItems - 1 - more; left > 0; --left)
+        text += ", y";
+    text += more > 0 ? "\n[one]\n" : "\n";
+    for (int i = 0; i < more; ++i)
+        text += i % 2 == 0 ? "k" + QByteArray::number(i) + "=1\n"
+                           : "[g" + QByteArray::number(i) + "]\nother\\k=1\n";
+    return text;
+}
+
+TEST(IniReaderTest, ATextOfAnySizeHasABoundedNumberOfItems)
+{
+    constexpr int megabytes = 8;
+    const auto filledWith = [](const QByteArray &piece) {
+        return piece.repeated(megabytes * 1024 * 1024 / piece.size());
+    };
+    for (const QByteArray &piece : {"[a]\n", "[]\n", "x\n", "=\n", "[a]\nb=\n", "a=,\n"}) {
+        const IniReader::Content content = IniReader("first=1\n" + filledWith(piece)).read();
+        EXPECT_TRUE(content.isDamaged) << piece.constData();
+        EXPECT_EQ(content.values.value("first"), QVariant("1")) << piece.constData();
+    }
+    for (const QByteArray &piece : {",", "x,", "\"\",", ", "}) {
+        const IniReader::Content content = IniReader("first=1\nlist=" + filledWith(piece)).read();
+        EXPECT_TRUE(content.isDamaged) << piece.constData();
+        EXPECT_EQ(content.values, (QVariantMap{{"first", "1"}})) << piece.constData();
+    }
+}
+
+TEST(IniReaderTest, WhatIsReadWholeIsNotTooMuchToBeWritten)
+{
+    for (const int more : {0, 1, 2, 999, 5000, int(IniReader::maximumItems) - 1}) {
+        const IniReader::Content content = IniReader(fullText(more)).read();
+        EXPECT_FALSE(content.isDamaged) << more;
+        EXPECT_EQ(iniItems(content.values), IniReader::maximumItems) << more;
+        EXPECT_EQ(valuesOf(iniText(content.values)), content.values) << more;
+        EXPECT_TRUE(IniReader(fullText(more) + "last=1").read().isDamaged) << more;
+        EXPECT_TRUE(IniReader(fullText(more) + "[empty]\n").read().isDamaged) << more;
+    }
+}
+
 TEST(IniReaderTest, WhatWasWrittenIsReadBack)
 {
     QByteArray all;
