@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <thread>
 #include <tuple>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -28,6 +29,8 @@ constexpr auto updateLimit = 2s;
 /// Changes take some tenths of a millisecond, so that a waiter soon has its turn.
 constexpr auto retryTime = 200us;
 constexpr qint64 nanosecondsPerMillisecond = 1'000'000;
+/// Whoever has so many damaged files has something that damages them.
+constexpr int mostDamagedFiles = 1000;
 
 /// Those who keep what they have read tell by its identity whether the file is still the same. Kernels count
 /// file times in ticks of some milliseconds and use inodes again, so that versions written in quick
@@ -45,6 +48,15 @@ void makeDistinguishable(const QString &path, const std::optional<FileIdentity> 
                             {.tv_sec = time / perSecond, .tv_nsec = time % perSecond}};
     ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0);
     after = FileIdentity::ofPath(path);
+}
+
+bool renameUnlessTaken(const QByteArray &from, const QByteArray &to)
+{
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+        return true;
+    // Network file systems know no such renaming.
+    return errno == EINVAL && ::link(from.constData(), to.constData()) == 0 &&
+           ::unlink(from.constData()) == 0;
 }
 
 } // namespace
@@ -116,19 +128,29 @@ std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
     return after;
 }
 
-void DefaultsFile::setAside() const
+bool DefaultsFile::setAside() const
 {
     const QFileInfo link(m_path);
     const QByteArray file = QFile::encodeName(link.isSymLink() ? link.canonicalFilePath() : m_path);
-    std::rename(file.constData(), (file + ".damaged").constData());
+    for (int number = 1; number <= mostDamagedFiles; ++number) {
+        const QByteArray name = file + ".damaged" + (number > 1 ? '-' + QByteArray::number(number) : "");
+        if (renameUnlessTaken(file, name))
+            return true;
+        if (errno != EEXIST)
+            break;
+    }
+    const bool isGone = errno == ENOENT;
+    if (!isGone)
+        qCWarning(baseLog) << "damaged settings could not be set aside";
+    return isGone;
 }
 
 bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change) const
 {
     const Lock held = lock(updateLimit);
     Content content = read();
-    if (content.isDamaged)
-        setAside();
+    if (content.isDamaged && !setAside())
+        return false;
     change(content.values);
     return write(content.values).has_value();
 }

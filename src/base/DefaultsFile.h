@@ -59,13 +59,14 @@ public:
     /// new content is with the kernel when the call returns (see syncFile). Only with the lock held.
     std::optional<FileIdentity> write(const QVariantMap &values) const;
 
-    /// Gives a damaged file ".damaged" behind its name, in place of an older one; a link stays, and what it
-    /// leads to is moved.
-    void setAside() const;
+    /// Gives a damaged file ".damaged" behind its name, or ".damaged-2" and so on where something stands
+    /// under that one; a link stays, and what it leads to is moved. False if the file stays where it is and
+    /// must therefore not be replaced. Only with the lock held.
+    bool setAside() const;
 
     /// Reads, changes and writes the file under the lock. A damaged file is set aside, and what could be read
-    /// of it goes on. False if the file could not be written. When another holds the lock for seconds the
-    /// change is made without it: the holder then is a program that hangs.
+    /// of it goes on. False if the file could not be set aside or written. When another holds the lock for
+    /// seconds the change is made without it: the holder then is a program that hangs.
     bool update(const std::function<void(QVariantMap &values)> &change) const;
 
 private:

@@ -53,15 +53,7 @@ UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
     QObject::connect(&m_retryTimer, &QTimer::timeout, &m_retryTimer, [this] { write(); });
     static_cast<void>(ensurePrivateFolder(QFileInfo(m_file.path()).path()));
     m_file.tidy();
-    DefaultsFile::Content content = m_file.read();
-    m_values = std::move(content.values);
-    m_identity = content.identity;
-    if (content.isDamaged) {
-        qCWarning(storeLog) << "the settings were damaged; what could be read is kept";
-        setAside();
-        for (auto value = m_values.cbegin(); value != m_values.cend(); ++value)
-            m_changes.insert(value.key(), *value);
-    }
+    readFirst();
 }
 
 UserDefaults::~UserDefaults()
@@ -72,30 +64,45 @@ UserDefaults::~UserDefaults()
     m_disk.waitForDone();
 }
 
-void UserDefaults::setAside()
+void UserDefaults::readFirst()
 {
-    m_file.setAside();
-    m_identity.reset();
+    DefaultsFile::Content content = m_file.read();
+    if (content.isDamaged) {
+        // Another program may be setting it aside now, and write a new one.
+        const DefaultsFile::Lock lock = m_file.lock(lastLockLimit);
+        content = m_file.read();
+        if (content.isDamaged) {
+            qCWarning(storeLog) << "the settings were damaged; what could be read is kept";
+            m_file.setAside();
+            for (auto value = content.values.cbegin(); value != content.values.cend(); ++value)
+                m_changes.insert(value.key(), *value);
+            content.identity.reset();
+        }
+    }
+    m_values = std::move(content.values);
+    m_identity = content.identity;
 }
 
-void UserDefaults::adoptForeignChanges()
+/// False if the file holds what is nowhere else, and must not be replaced.
+bool UserDefaults::adoptForeignChanges()
 {
     const auto identity = FileIdentity::ofPath(m_file.path());
     if (!identity || identity->size == 0 || identity == m_identity)
-        return;
+        return true;
     DefaultsFile::Content content = m_file.read();
-    m_identity = content.identity;
     if (content.isDamaged) {
         qCWarning(storeLog) << "the settings were damaged by another program";
-        setAside();
-        return;
+        m_identity.reset();
+        return m_file.setAside();
     }
+    m_identity = content.identity;
     m_values = std::move(content.values);
     for (auto change = m_changes.cbegin(); change != m_changes.cend(); ++change)
         if (*change)
             m_values.insert(change.key(), **change);
         else
             m_values.remove(change.key());
+    return true;
 }
 
 void UserDefaults::set(const QString &key, const QVariant &value)
@@ -128,8 +135,7 @@ bool UserDefaults::writeWithin(std::chrono::milliseconds limit)
         m_retryTimer.start();
         return false;
     }
-    adoptForeignChanges();
-    const auto identity = m_file.write(m_values);
+    const auto identity = adoptForeignChanges() ? m_file.write(m_values) : std::nullopt;
     if (!identity) {
         qCWarning(storeLog) << "the settings could not be written";
         return false;

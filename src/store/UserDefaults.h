@@ -20,7 +20,8 @@ namespace morvane {
 /// thread. A change that another program or thread made to the file in the meantime is kept, and a file that
 /// is gone or empty is written anew. While another one changes the file, and does not end within
 /// milliseconds, the changes wait in memory and are written soon after. A file that cannot be read or has
-/// lines that cannot be understood is set aside as "{path}.damaged". Main thread.
+/// lines that cannot be understood is set aside as "{path}.damaged", and never replaced where that fails.
+/// Main thread.
 class UserDefaults {
 public:
     /// Reads the file; a missing one has no values.
@@ -46,8 +47,8 @@ public:
 
 private:
     bool writeWithin(std::chrono::milliseconds limit);
-    void setAside();
-    void adoptForeignChanges();
+    void readFirst();
+    bool adoptForeignChanges();
 
     DefaultsFile m_file;
     QVariantMap m_values;

@@ -228,6 +228,33 @@ TEST_F(DefaultsFileTest, ADamagedFileBehindALinkIsSetAsideAndTheLinkStays)
     EXPECT_EQ(home.read("dotfiles/morvane.conf.damaged"), QByteArray("[General]\nmodel=a\nno key here\n"));
 }
 
+TEST_F(DefaultsFileTest, ADamagedFileTakesTheNameOfNothingElse)
+{
+    ASSERT_TRUE(QDir(home.path()).mkpath("Morvane/Morvane.conf.damaged/inside"));
+    const QByteArray pipe = QFile::encodeName(home.path("Morvane/Morvane.conf.damaged-2"));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    for (const char *name : {"Morvane/Morvane.conf.damaged-3", "Morvane/Morvane.conf.damaged-4"}) {
+        const QByteArray text = "[General]\napiKey_groq=secret\nno key here: " + QByteArray(name) + '\n';
+        home.write("Morvane/Morvane.conf", text);
+        EXPECT_TRUE(file.update([](QVariantMap &values) { values.insert("b", "2"); }));
+        EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\napiKey_groq=secret\nb=2\n"));
+        EXPECT_EQ(home.read(name), text);
+    }
+    EXPECT_TRUE(QFileInfo(home.path("Morvane/Morvane.conf.damaged/inside")).isDir());
+    struct stat status{};
+    ASSERT_EQ(::lstat(pipe.constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+}
+
+TEST_F(DefaultsFileTest, ADamagedFileThatCannotBeSetAsideIsNotReplaced)
+{
+    const QString name = u"Morvane/"_s + QString(250, u'm'); // any longer, and no folder takes it
+    const QByteArray text = "[General]\napiKey_groq=secret\nno key here\n";
+    home.write(name, text);
+    EXPECT_FALSE(DefaultsFile(home.path(name)).update([](QVariantMap &values) { values.clear(); }));
+    EXPECT_EQ(home.read(name), text);
+}
+
 TEST_F(DefaultsFileTest, MoreValuesThanAreReadAreNotWritten)
 {
     const auto withList = [this](qsizetype elements) {

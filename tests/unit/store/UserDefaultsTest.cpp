@@ -262,16 +262,33 @@ TEST_F(UserDefaultsTest, DamagedFileIsSetAsideAndWhatCanBeReadStays)
 
 TEST_F(UserDefaultsTest, FileOfAnotherKindIsSetAside)
 {
+    QString asideName = "Morvane/Morvane.conf.damaged";
     for (const QByteArray &foreign : {QByteArray(4096, '\0'), QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16),
                                       QByteArray("{\"model\":1}")}) {
         home.write("Morvane/Morvane.conf", foreign);
         UserDefaults defaults(path);
         EXPECT_FALSE(defaults.contains("model"));
-        EXPECT_EQ(home.read("Morvane/Morvane.conf.damaged"), foreign);
+        EXPECT_EQ(home.read(asideName), foreign);
         defaults.set("model", "m");
         EXPECT_TRUE(defaults.write());
         EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nmodel=m\n"));
+        asideName = asideName.endsWith("-2") ? asideName.replace("-2", "-3") : asideName + "-2";
     }
+}
+
+TEST_F(UserDefaultsTest, DamagedFileThatCannotBeSetAsideIsNeverReplaced)
+{
+    const QString name = "Morvane/" + QString(250, u'm'); // any longer, and no folder takes it
+    const QByteArray damaged = "[General]\napiKey_groq=secret\nthis line is nothing\n";
+    home.write(name, damaged);
+    {
+        UserDefaults defaults(home.path(name));
+        EXPECT_EQ(defaults.value("apiKey_groq"), QVariant("secret"));
+        defaults.set("a", "1");
+        EXPECT_FALSE(defaults.write());
+        EXPECT_EQ(defaults.value("a"), QVariant("1"));
+    }
+    EXPECT_EQ(home.read(name), damaged);
 }
 
 TEST_F(UserDefaultsTest, EmptyFileHasNothingToSetAside)
