@@ -5,6 +5,7 @@
 #include "tools/GalleryModel.h"
 
 #include "platform/ColorScheme.h"
+#include "support/AskForPermit.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
@@ -188,7 +189,7 @@ std::vector<Place> places(QPlainTextEdit &composer)
          [](GalleryModel &g) { g.model.questions().resolveQuestion({}); }},
         {"command",
          [](GalleryModel &g, const QString &text) {
-             g.scheduler.spawn(g.model.gate().requestPermission(g.model.gate().decide(command(text))));
+             g.scheduler.spawn(askForPermit(&g.model.gate(), command(text)));
          },
          [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }},
         {"pasting", paste, empty, nullptr, true},

@@ -1,26 +1,64 @@
 #include "app/ApprovalGate.h"
 
+#include "async/CurrentContext.h"
+#include "async/OffMain.h"
 #include "base/Uuid.h"
 #include "store/SettingsStore.h"
+#include "tools/ToolArguments.h"
 #include "tools/ToolTable.h"
 
 #include <utility>
 
 namespace morvane {
 
+namespace {
+
+/// Calls with more text than this are looked at off the main thread; it would take milliseconds. In bytes.
+constexpr std::size_t longCall = 64 * 1024;
+
+bool isLong(const ToolArguments &arguments)
+{
+    std::size_t size = 0;
+    for (const auto &argument : arguments) {
+        const auto *const text = argument.value().if_string();
+        size += argument.key().size() + (text ? text->size() : 1);
+        if (size > longCall)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
 ApprovalGate::ApprovalGate(SettingsStore &settings, QObject *parent) : QObject(parent), m_settings(settings)
 {
 }
 
-ToolVerdict ApprovalGate::decide(AIToolCall call) const
+Task<ToolVerdict> ApprovalGate::decide(AIToolCall call) const
 {
-    ToolDescription description = describe(call);
-    auto approval = ToolVerdict::Approval::notNeeded;
-    if (toolRoad(call.name) != ToolRoad::server && approvalRule(call.name) != ApprovalRule::never) {
-        approval = requiresApproval(call, description) ? ToolVerdict::Approval::asks
-                                                       : ToolVerdict::Approval::automatic;
+    ToolDescription description;
+    bool isCancelledMeanwhile = false;
+    if (isLong(call.arguments.get())) {
+        const TaskContext context = co_await currentContext();
+        const bool wasCancelled = context.cancellation->isCancelled();
+        description = co_await runOffMain([call] { return describe(call); });
+        isCancelledMeanwhile = !wasCancelled && context.cancellation->isCancelled();
+    } else {
+        description = describe(call);
     }
-    return {std::move(call), std::move(description.phrase), description.destructive, approval};
+    auto approval = approvalOf(call, description);
+    if (approval == ToolVerdict::Approval::asks && isCancelledMeanwhile)
+        approval = ToolVerdict::Approval::refused;
+    co_return ToolVerdict(std::move(call), std::move(description.phrase), description.destructive, approval);
+}
+
+ToolVerdict::Approval ApprovalGate::approvalOf(const AIToolCall &call,
+                                               const ToolDescription &description) const
+{
+    using Approval = ToolVerdict::Approval;
+    if (toolRoad(call.name) == ToolRoad::server || approvalRule(call.name) == ApprovalRule::never)
+        return Approval::notNeeded;
+    return requiresApproval(call, description) ? Approval::asks : Approval::automatic;
 }
 
 bool ApprovalGate::requiresApproval(const AIToolCall &call) const
@@ -43,9 +81,9 @@ bool ApprovalGate::requiresApproval(const AIToolCall &call, const ToolDescriptio
 
 std::optional<ToolPermit> ApprovalGate::permitUnasked(ToolVerdict verdict) const
 {
-    if (verdict.approval() == ToolVerdict::Approval::asks)
-        return std::nullopt;
-    return ToolPermit(std::move(verdict));
+    using Approval = ToolVerdict::Approval;
+    const bool runs = verdict.approval() == Approval::notNeeded || verdict.approval() == Approval::automatic;
+    return runs ? std::optional(ToolPermit(std::move(verdict))) : std::nullopt;
 }
 
 Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(ToolVerdict verdict)

@@ -21,13 +21,14 @@ public:
     explicit ApprovalGate(SettingsStore &settings, QObject *parent = nullptr);
 
     /// The one decision on a call, which its caller passes on. Tools of the user's own tool servers always
-    /// run unasked, whatever requiresApproval says of them.
-    ToolVerdict decide(AIToolCall call) const;
+    /// run unasked, whatever requiresApproval says of them. A long call is looked at off the main thread;
+    /// cancelling the task meanwhile answers it as it answers a request that is shown, with a no.
+    Task<ToolVerdict> decide(AIToolCall call) const;
 
     /// What the rule of the call's tool and the always-allowed list say.
     bool requiresApproval(const AIToolCall &call) const;
 
-    /// The permit of a call that runs unasked; nothing for a call that must ask.
+    /// The permit of a call that runs unasked; nothing for any other.
     std::optional<ToolPermit> permitUnasked(ToolVerdict verdict) const;
 
     /// Waits until no request is pending, so that what is said of the next one is said of what is shown.
@@ -48,6 +49,7 @@ Q_SIGNALS:
 
 private:
     bool requiresApproval(const AIToolCall &call, const ToolDescription &description) const;
+    ToolVerdict::Approval approvalOf(const AIToolCall &call, const ToolDescription &description) const;
 
     SettingsStore &m_settings;
     PendingRequest<PendingToolCall, bool> m_requests;

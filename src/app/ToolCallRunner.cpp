@@ -23,7 +23,7 @@ ToolCallRunner::ToolCallRunner(ToolServerPort &toolServers,
 
 Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
 {
-    const ToolVerdict verdict = m_workspace.gate.decide(std::move(call));
+    const ToolVerdict verdict = co_await m_workspace.gate.decide(std::move(call));
     std::optional<ToolPermit> permit = m_workspace.gate.permitUnasked(verdict);
     if (!permit) {
         permit = co_await approve(verdict, caller);
@@ -61,6 +61,10 @@ Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Cal
 {
     const bool subagent = caller == Caller::subagent;
     Status &status = m_workspace.status;
+    if (verdict.approval() == ToolVerdict::Approval::refused) {
+        m_workspace.activity.log(u"Denied: "_s, verdict.phrase(), ActivityStep::Kind::error);
+        co_return std::nullopt;
+    }
     co_await m_workspace.gate.untilFree();
     status.setStatusText(u"Waiting for your approval…"_s);
     status.announce((subagent ? u"A subagent wants to "_s : u"Morvane wants to "_s) + verdict.phrase() +

@@ -15,6 +15,7 @@ public:
         notNeeded, ///< Calls of this tool never ask.
         automatic, ///< Calls of this tool may ask; this one runs without.
         asks,      ///< The user is asked first.
+        refused,   ///< The user is not asked any more: the run was cancelled while the call was looked at.
     };
 
     const AIToolCall &call() const { return m_call; }

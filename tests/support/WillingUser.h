@@ -15,7 +15,7 @@ public:
 
     ToolPermit permit(const AIToolCall &call)
     {
-        const ToolVerdict verdict = m_gate.decide(call);
+        const ToolVerdict verdict = runTask(m_scheduler, m_gate.decide(call));
         if (std::optional<ToolPermit> unasked = m_gate.permitUnasked(verdict))
             return *std::move(unasked);
         auto handle = m_scheduler.spawn(m_gate.requestPermission(verdict));

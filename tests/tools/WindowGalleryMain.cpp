@@ -5,6 +5,7 @@
 #include "GalleryModel.h"
 
 #include "base/Uuid.h"
+#include "support/AskForPermit.h"
 #include "support/RunTask.h"
 #include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/SettingsView.h"
@@ -124,7 +125,7 @@ void ask(Stage &stage, const QString &window)
     call.arguments = SharedJsonObject(boost::json::object{
         {"path", "~/Documents/reports/2026/a-report-with-a-long-name.txt"}, {"content", "text"}});
     if (window == u"permission"_s)
-        stage.scheduler.spawn(stage.model.gate().requestPermission(stage.model.gate().decide(call)));
+        stage.scheduler.spawn(askForPermit(&stage.model.gate(), call));
     if (window == u"question"_s)
         stage.scheduler.spawn(stage.model.questions().askUserQuestion(
             u"Which of the folders shall I clean up?"_s,

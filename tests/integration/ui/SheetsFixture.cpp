@@ -1,5 +1,6 @@
 #include "SheetsFixture.h"
 
+#include "support/AskForPermit.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
 
@@ -41,7 +42,9 @@ SheetsFixture::~SheetsFixture()
 
 TaskHandle<std::optional<ToolPermit>> SheetsFixture::request(const AIToolCall &call)
 {
-    auto handle = scheduler.spawn(model->gate().requestPermission(model->gate().decide(call)));
+    auto handle = scheduler.spawn(askForPermit(&model->gate(), call));
+    // A long call is looked at off the main thread.
+    EXPECT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     settle();
     return handle;
 }

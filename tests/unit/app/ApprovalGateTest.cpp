@@ -1,6 +1,7 @@
 #include "support/AppFixture.h"
 
 #include "app/ApprovalGate.h"
+#include "support/AskForPermit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -11,9 +12,11 @@ class ApprovalGateTest : public AppFixture {
 protected:
     ApprovalGate &gate() { return model->gate(); }
 
+    ToolVerdict decided(const AIToolCall &call) { return runTask(scheduler, gate().decide(call)); }
+
     TaskHandle<std::optional<ToolPermit>> request(const AIToolCall &call)
     {
-        auto handle = scheduler.spawn(gate().requestPermission(gate().decide(call)));
+        auto handle = scheduler.spawn(askForPermit(&gate(), call));
         settle();
         return handle;
     }
@@ -56,30 +59,30 @@ TEST_F(ApprovalGateTest, EverythingElseRunsWithoutAsking)
 
 TEST_F(ApprovalGateTest, AnUnaskedPermitIsThereForCallsThatNeedNoAnswerOnly)
 {
-    EXPECT_TRUE(gate().permitUnasked(gate().decide(shell(R"({"command":"ls"})"))));
-    EXPECT_FALSE(gate().permitUnasked(gate().decide(shell(R"({"command":"rm -rf /tmp/x"})"))));
-    EXPECT_FALSE(gate().permitUnasked(gate().decide(toolCall(u"write_file"_s))));
+    EXPECT_TRUE(gate().permitUnasked(decided(shell(R"({"command":"ls"})"))));
+    EXPECT_FALSE(gate().permitUnasked(decided(shell(R"({"command":"rm -rf /tmp/x"})"))));
+    EXPECT_FALSE(gate().permitUnasked(decided(toolCall(u"write_file"_s))));
     settings->setAlwaysAllowedTools({u"write_file"_s, u"run_shell_command"_s});
-    EXPECT_TRUE(gate().permitUnasked(gate().decide(toolCall(u"write_file"_s))));
-    EXPECT_FALSE(gate().permitUnasked(gate().decide(shell(R"({"command":"rm -rf /tmp/x"})"))));
+    EXPECT_TRUE(gate().permitUnasked(decided(toolCall(u"write_file"_s))));
+    EXPECT_FALSE(gate().permitUnasked(decided(shell(R"({"command":"rm -rf /tmp/x"})"))));
 }
 
 TEST_F(ApprovalGateTest, AVerdictSaysAllThatIsToBeKnownOfACall)
 {
     using Approval = ToolVerdict::Approval;
     const AIToolCall remove = shell(R"({"command":"rm -rf /tmp/x"})");
-    const ToolVerdict verdict = gate().decide(remove);
+    const ToolVerdict verdict = decided(remove);
     EXPECT_EQ(verdict.call(), remove);
     EXPECT_EQ(verdict.phrase(), describe(remove).phrase);
     EXPECT_TRUE(verdict.isDestructive());
     EXPECT_EQ(verdict.approval(), Approval::asks);
-    EXPECT_FALSE(gate().decide(shell(R"({"command":"ls"})")).isDestructive());
-    EXPECT_EQ(gate().decide(shell(R"({"command":"ls"})")).approval(), Approval::automatic);
-    EXPECT_EQ(gate().decide(toolCall(u"read_file"_s)).approval(), Approval::notNeeded);
-    EXPECT_EQ(gate().decide(toolCall(u"mcp_a_b"_s)).approval(), Approval::notNeeded);
-    EXPECT_EQ(gate().decide(toolCall(u"write_file"_s)).approval(), Approval::asks);
+    EXPECT_FALSE(decided(shell(R"({"command":"ls"})")).isDestructive());
+    EXPECT_EQ(decided(shell(R"({"command":"ls"})")).approval(), Approval::automatic);
+    EXPECT_EQ(decided(toolCall(u"read_file"_s)).approval(), Approval::notNeeded);
+    EXPECT_EQ(decided(toolCall(u"mcp_a_b"_s)).approval(), Approval::notNeeded);
+    EXPECT_EQ(decided(toolCall(u"write_file"_s)).approval(), Approval::asks);
     settings->setAlwaysAllowedTools({u"write_file"_s});
-    EXPECT_EQ(gate().decide(toolCall(u"write_file"_s)).approval(), Approval::automatic);
+    EXPECT_EQ(decided(toolCall(u"write_file"_s)).approval(), Approval::automatic);
 }
 
 static_assert(!std::is_constructible_v<ToolVerdict, AIToolCall, QString, bool, ToolVerdict::Approval> &&
@@ -90,7 +93,7 @@ TEST_F(ApprovalGateTest, ToolsOfToolServersArePermittedUnasked)
 {
     const AIToolCall call = toolCall(u"mcp_files_remove"_s);
     EXPECT_TRUE(gate().requiresApproval(call));
-    EXPECT_TRUE(gate().permitUnasked(gate().decide(call)));
+    EXPECT_TRUE(gate().permitUnasked(decided(call)));
 }
 
 TEST_F(ApprovalGateTest, APermitIsForTheCallThatWasShown)

@@ -3,6 +3,9 @@
 #include "app/ApprovalGate.h"
 #include "base/Json.h"
 
+#include <QSemaphore>
+#include <QThreadPool>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -20,6 +23,35 @@ protected:
             arguments["destructive"] = *destructive;
         return {u"run_shell_command"_s, std::move(arguments), {}, {}};
     }
+
+    static Task<> noteVerdict(QStringList *order, ApprovalGate *gate, AIToolCall call)
+    {
+        const ToolVerdict verdict = co_await gate->decide(call);
+        order->append(verdict.approval() == ToolVerdict::Approval::asks ? "asks" : "runs");
+    }
+    static Task<> noteTurn(QStringList *order)
+    {
+        order->append("another's turn");
+        co_return;
+    }
+
+    /// A run whose destructive command is held up on its way to a verdict.
+    void beginCallThatIsBeingLookedAt()
+    {
+        m_pool->setMaxThreadCount(1);
+        m_pool->start([this] { m_lookingMayGoOn.acquire(); });
+        service.willTurn(FakeAIService::calls({shell(QString("x ").repeated(500'000) + "sudo ls")}));
+        ASSERT_TRUE(model->send(u"go"_s, {}));
+        ASSERT_TRUE(waitUntil([this] { return service.requests().size() == 1; }));
+        morvane::settle();
+        ASSERT_FALSE(model->gate().pendingToolCall());
+    }
+
+    ~HostileCommandTest() override { m_pool->setMaxThreadCount(m_mostThreads); }
+
+    QThreadPool *m_pool = QThreadPool::globalInstance();
+    const int m_mostThreads = m_pool->maxThreadCount();
+    QSemaphore m_lookingMayGoOn;
 
     void expectAsked(const QStringList &commands)
     {
@@ -194,6 +226,56 @@ TEST_F(HostileCommandTest, AMegabyteThatOnlyBeginsToDestroyDoesNotAsk)
 {
     expectUnasked({QString("rm ").repeated(333'333), QString("git push ").repeated(111'111),
                    QString("find -").repeated(166'666)});
+}
+
+TEST_F(HostileCommandTest, ALongCommandHoldsUpNothingElse)
+{
+    const auto orderWith = [this](const QString &command) {
+        QStringList order;
+        auto deciding = scheduler.spawn(noteVerdict(&order, &model->gate(), shell(command)));
+        scheduler.spawn(noteTurn(&order));
+        EXPECT_TRUE(waitUntil([&deciding] { return deciding.done(); }));
+        return order;
+    };
+    EXPECT_EQ(orderWith(u"sudo ls"_s), (QStringList{"asks", "another's turn"}));
+    EXPECT_EQ(orderWith(u"ls"_s), (QStringList{"runs", "another's turn"}));
+    EXPECT_EQ(orderWith(QString("x ").repeated(500'000) + "sudo ls"),
+              (QStringList{"another's turn", "asks"}));
+    EXPECT_EQ(orderWith(QString("x ").repeated(500'000)), (QStringList{"another's turn", "runs"}));
+}
+
+TEST_F(HostileCommandTest, ALongCommandIsAskedForWhenItWasLookedAt)
+{
+    beginCallThatIsBeingLookedAt();
+    m_lookingMayGoOn.release();
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    EXPECT_TRUE(model->gate().pendingToolCall()->destructive);
+    service.willTurn(FakeAIService::answer(u"done"_s));
+    model->gate().resolvePermission(true, false);
+    finishRun();
+    EXPECT_EQ(executed, QStringList{"run_shell_command"});
+}
+
+TEST_F(HostileCommandTest, ACancelWhileACommandIsLookedAtIsItsNo)
+{
+    beginCallThatIsBeingLookedAt();
+    model->cancel();
+    m_lookingMayGoOn.release();
+    finishRun();
+    EXPECT_FALSE(model->gate().pendingToolCall());
+    EXPECT_TRUE(executed.isEmpty());
+    EXPECT_EQ(service.requests().size(), 1);
+    EXPECT_TRUE(lastStep().text.startsWith(u"Denied: run the command: x x"_s));
+}
+
+TEST_F(HostileCommandTest, ANewConversationLeavesNoRequestOfACommandThatWasLookedAt)
+{
+    beginCallThatIsBeingLookedAt();
+    model->newConversation();
+    m_lookingMayGoOn.release();
+    finishRun();
+    EXPECT_FALSE(model->gate().pendingToolCall());
+    EXPECT_TRUE(executed.isEmpty());
 }
 
 TEST_F(HostileCommandTest, TheModelCanAddAWarningButTakeNoneAway)
