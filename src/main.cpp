@@ -168,6 +168,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     });
 
     const int status = application.exec();
+    model.prepareToQuit();
     scheduler.shutdown(shutdownLimit);
     return status;
 }

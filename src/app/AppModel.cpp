@@ -210,6 +210,12 @@ void AppModel::skipOnboarding()
     status().announceProgress(u"Skipped local model setup. Open Settings to choose a provider."_s);
 }
 
+void AppModel::prepareToQuit()
+{
+    gate().leaveUnanswered();
+    questions().leaveUnanswered();
+}
+
 void AppModel::endOnboarding()
 {
     m_settings.setValue(onboardingKey, true);

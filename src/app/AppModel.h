@@ -74,6 +74,10 @@ public:
     void completeOnboarding();
     void skipOnboarding();
 
+    /// Ends the waits for an approval or an answer, so that the scheduler's shutdown, which comes next, has
+    /// nothing to wait for that nobody will bring.
+    void prepareToQuit();
+
 Q_SIGNALS:
     void showOnboardingChanged();
     void suggestedPrompt(const QString &prompt);

@@ -46,6 +46,8 @@ Task<ToolVerdict> ApprovalGate::decide(AIToolCall call) const
     } else {
         description = describe(call);
     }
+    if (m_requests.isClosed())
+        throw Cancelled();
     auto approval = approvalOf(call, description);
     if (approval == ToolVerdict::Approval::asks && isCancelledMeanwhile)
         approval = ToolVerdict::Approval::refused;
@@ -89,10 +91,10 @@ std::optional<ToolPermit> ApprovalGate::permitUnasked(ToolVerdict verdict) const
 Task<std::optional<ToolPermit>> ApprovalGate::requestPermission(ToolVerdict verdict)
 {
     co_await untilFree();
-    const OneShot<bool> answer =
+    const auto answer =
         m_requests.put({newUuid(), verdict.call().name, verdict.phrase(), verdict.isDestructive()});
     Q_EMIT pendingToolCallChanged();
-    if (!co_await answer.wait())
+    if (!co_await m_requests.answerTo(answer))
         co_return std::nullopt;
     co_return ToolPermit(std::move(verdict));
 }
@@ -106,6 +108,12 @@ void ApprovalGate::resolvePermission(bool allowed, bool alwaysAllow)
         m_settings.setAlwaysAllowedTools(names);
     }
     if (m_requests.answer(allowed))
+        Q_EMIT pendingToolCallChanged();
+}
+
+void ApprovalGate::leaveUnanswered()
+{
+    if (m_requests.close())
         Q_EMIT pendingToolCallChanged();
 }
 

@@ -35,12 +35,16 @@ public:
     Task<void> untilFree() { return m_requests.untilFree(); }
 
     /// Shows the request, behind one that is pending, and waits, without a time limit, for resolvePermission:
-    /// the permit, or nothing for a no. Cancellation does not end the wait.
+    /// the permit, or nothing for a no. Cancellation does not end the wait, but leaveUnanswered does.
     Task<std::optional<ToolPermit>> requestPermission(ToolVerdict verdict);
 
     /// Answers the pending request, if any. With `alwaysAllow` the tool's name is remembered, unless the
     /// call is destructive or denied.
     void resolvePermission(bool allowed, bool alwaysAllow);
+
+    /// Ends every wait for the user, now and later, with Cancelled, and so does decide: the program ends, and
+    /// nothing is begun any more.
+    void leaveUnanswered();
 
     const std::optional<PendingToolCall> &pendingToolCall() const { return m_requests.current(); }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Cancelled.h"
 #include "async/OneShot.h"
 #include "async/Task.h"
 
@@ -15,7 +16,11 @@ template <class Request, class Answer> class PendingRequest {
 public:
     const std::optional<Request> &current() const { return m_current; }
 
-    /// Waits until no request is pending; at once if none is. Cancellation does not end the wait.
+    /// An answer, or nothing when there will be none.
+    using Waiting = OneShot<std::optional<Answer>>;
+
+    /// Waits until no request is pending; at once if none is. Cancellation does not end the wait. Throws
+    /// Cancelled once closed.
     Task<void> untilFree()
     {
         while (m_current) {
@@ -23,14 +28,26 @@ public:
             m_turns.enqueue(turn);
             co_await turn.wait();
         }
+        if (m_isClosed)
+            throw Cancelled();
     }
 
-    /// Makes a request the pending one; only while none is. What comes back is to be waited for.
-    OneShot<Answer> put(Request request)
+    /// Makes a request the pending one; only while none is.
+    Waiting put(Request request)
     {
         m_current = std::move(request);
-        m_answer = OneShot<Answer>();
+        m_answer = Waiting();
         return m_answer;
+    }
+
+    /// Waits for the answer to what was put. Cancellation does not end the wait. Throws Cancelled once
+    /// closed.
+    Task<Answer> answerTo(Waiting request)
+    {
+        std::optional<Answer> answer = co_await request.wait();
+        if (!answer)
+            throw Cancelled();
+        co_return *std::move(answer);
     }
 
     /// Answers the pending request and lets the next come; false if none is pending.
@@ -44,10 +61,23 @@ public:
         return true;
     }
 
+    /// Ends every wait, now and later; true if a request was pending. For the end of the program, when nobody
+    /// is left to answer.
+    bool close()
+    {
+        m_isClosed = true;
+        m_answer.resume(std::nullopt);
+        while (!m_turns.isEmpty())
+            m_turns.dequeue().resume(true);
+        return std::exchange(m_current, std::nullopt).has_value();
+    }
+    bool isClosed() const { return m_isClosed; }
+
 private:
     std::optional<Request> m_current;
-    OneShot<Answer> m_answer;
+    Waiting m_answer;
     QQueue<OneShot<bool>> m_turns;
+    bool m_isClosed = false;
 };
 
 } // namespace morvane

@@ -14,15 +14,21 @@ Questions::Questions(Announcer &announcer, QObject *parent) : QObject(parent), m
 Task<QString> Questions::askUserQuestion(QString question, QStringList options)
 {
     co_await untilFree();
-    const OneShot<QString> answer = m_requests.put({newUuid(), question, options});
+    const auto answer = m_requests.put({newUuid(), question, options});
     Q_EMIT pendingQuestionChanged();
     m_announcer.announce(u"Morvane asks: "_s + question);
-    co_return co_await answer.wait();
+    co_return co_await m_requests.answerTo(answer);
 }
 
 void Questions::resolveQuestion(const QString &answer)
 {
     if (m_requests.answer(answer))
+        Q_EMIT pendingQuestionChanged();
+}
+
+void Questions::leaveUnanswered()
+{
+    if (m_requests.close())
         Q_EMIT pendingQuestionChanged();
 }
 

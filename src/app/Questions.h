@@ -21,11 +21,14 @@ public:
     Task<void> untilFree() { return m_requests.untilFree(); }
 
     /// Shows and announces the question, behind one that is pending, and waits, without a time limit, for the
-    /// answer. Cancellation does not end the wait.
+    /// answer. Cancellation does not end the wait, but leaveUnanswered does.
     Task<QString> askUserQuestion(QString question, QStringList options);
 
     /// Answers the pending question, if any.
     void resolveQuestion(const QString &answer);
+
+    /// Ends every wait for the user, now and later, with Cancelled: the program ends.
+    void leaveUnanswered();
 
     const std::optional<PendingQuestion> &pendingQuestion() const { return m_requests.current(); }
 

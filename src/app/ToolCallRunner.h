@@ -26,10 +26,11 @@ public:
     ToolCallRunner(ToolServerPort &toolServers, std::function<Task<ToolResult>(ToolPermit)> executeTool,
                    Workspace &workspace);
 
-    /// A tool of a server or a built-in tool. Never throws for a failing or denied tool.
+    /// A tool of a server or a built-in tool. Never throws for a failing or denied tool, but Cancelled when
+    /// the program ends before the user has answered.
     Task<Result> run(AIToolCall call, Caller caller);
 
-    /// The `ask_user` tool: shows the question and gives the answer as the user typed it.
+    /// The `ask_user` tool: shows the question and gives the answer as the user typed it. Throws as `run`.
     Task<QString> askUser(AIToolCall call, Caller caller);
 
 private:

@@ -26,6 +26,8 @@ AppFixture::AppFixture()
 
 AppFixture::~AppFixture()
 {
+    if (model)
+        model->prepareToQuit();
     scheduler.shutdown(std::chrono::seconds(5));
 }
 

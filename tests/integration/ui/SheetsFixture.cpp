@@ -35,9 +35,7 @@ SheetsFixture::SheetsFixture() : window(std::make_unique<QMainWindow>())
 
 SheetsFixture::~SheetsFixture()
 {
-    // Answers what is pending, since nothing else ends those waits.
-    model->gate().resolvePermission(false, false);
-    model->questions().resolveQuestion(QString());
+    model->prepareToQuit(); // nothing else ends the waits for an answer
 }
 
 TaskHandle<std::optional<ToolPermit>> SheetsFixture::request(const AIToolCall &call)

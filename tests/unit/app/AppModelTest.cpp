@@ -294,6 +294,52 @@ TEST_F(AppModelTest, CancelSavesAtOnceWhileTheRunIsSlowToNotice)
     settle();
 }
 
+class QuittingTest : public AppFixture {
+protected:
+    /// Quits while `call` waits for the user. A run that does not end by itself is dropped with its message
+    /// still streaming.
+    void quitDuring(const AIToolCall &call, const QList<AIToolCall> &callsOfSubagent = {})
+    {
+        service.willTurn(Service::calls({call, toolCall(u"read_file"_s)}));
+        service.willTurn(Service::calls(callsOfSubagent));
+        ASSERT_TRUE(model->send(u"hi"_s, {}));
+        ASSERT_TRUE(waitUntil(
+            [this] { return model->questions().pendingQuestion() || model->gate().pendingToolCall(); }));
+        model->prepareToQuit();
+        EXPECT_FALSE(model->questions().pendingQuestion());
+        EXPECT_FALSE(model->gate().pendingToolCall());
+        scheduler.shutdown(5s);
+        EXPECT_FALSE(lastMessage().isStreaming);
+        EXPECT_TRUE(executed.isEmpty());
+    }
+};
+
+TEST_F(QuittingTest, AnOpenQuestionHoldsNothingUp)
+{
+    quitDuring(toolCall(u"ask_user"_s, R"({"question":"Sure?"})"));
+}
+
+TEST_F(QuittingTest, AnOpenApprovalHoldsNothingUp)
+{
+    quitDuring(toolCall(u"edit_file"_s, R"({"file_path":"/x"})"));
+}
+
+TEST_F(QuittingTest, NothingIsBegunAfterASubagentsQuestion)
+{
+    quitDuring(toolCall(u"task"_s, R"({"description":"look"})"),
+               {toolCall(u"ask_user"_s, R"({"question":"Sure?"})")});
+}
+
+TEST_F(QuittingTest, WhatAsksWhileTheProgramEndsIsNotShown)
+{
+    model->prepareToQuit();
+    auto asking = scheduler.spawn(model->questions().askUserQuestion(u"Sure?"_s, {}));
+    settle();
+    ASSERT_TRUE(asking.done());
+    EXPECT_THROW(asking.result(), Cancelled);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+}
+
 TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
 {
     EXPECT_TRUE(model->showOnboarding());

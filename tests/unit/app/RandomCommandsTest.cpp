@@ -370,7 +370,8 @@ TEST_P(RandomCommandsTest, QuittingAtAnyTimeLosesNothing)
         pause();
     }
     model->saveCurrentConversation();
-    // A question that waits for its answer would use up any time.
+    model->prepareToQuit();
+    // A tool that goes on would use up any time.
     scheduler.shutdown(20ms);
     model.reset();
     Scheduler next(clock);
