@@ -123,6 +123,9 @@ void AppModel::appendRequest(const QString &text, const QList<ChatAttachment> &a
                                                            : firstCharacters(text, provisionalTitleLength));
     transcript().append(newMessage(Role::user, text, attachments));
     m_workspace.context.append({APIMessage::User{text + note, attachments}});
+    // What the user wrote survives a crash; without its answer, which would come back as one that is still
+    // being written.
+    saveCurrentConversation();
     transcript().append(newMessage(Role::assistant, {}, {}));
 }
 

@@ -294,6 +294,29 @@ TEST_F(AppModelTest, CancelSavesAtOnceWhileTheRunIsSlowToNotice)
     settle();
 }
 
+TEST_F(AppModelTest, AMessageIsOnTheDiskWhenItWasSent)
+{
+    service.willTurn(Service::answer(u"one"_s));
+    sendAndFinish(u"first"_s);
+    const auto savedTexts = [this] {
+        QStringList texts;
+        const auto file = runTask(scheduler, store->load(model->currentConversationID().value_or(QUuid())));
+        for (const ChatMessage &message : file ? file->messages : QList<ChatMessage>()) {
+            EXPECT_FALSE(message.isStreaming);
+            texts.append(message.text);
+        }
+        return texts;
+    };
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"second"_s, {}));
+    EXPECT_EQ(savedTexts(), (QStringList{"first", "one", "second"}));
+    model->newConversation();
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"third"_s, {}));
+    EXPECT_EQ(savedTexts(), QStringList{"third"});
+    EXPECT_EQ(model->conversations().list().front().title, u"third"_s);
+}
+
 class QuittingTest : public AppFixture {
 protected:
     /// Quits while `call` waits for the user. A run that does not end by itself is dropped with its message
