@@ -32,7 +32,8 @@ public:
                    Workspace &workspace, TurnRunner &turns, std::function<QString()> machineSummary);
 
     const LocalModelInfo &info() const { return m_info; }
-    const QString &pullingModel() const { return m_pullingModel; } ///< Empty while nothing is pulled.
+    /// Empty while nothing is pulled; see installationEnded.
+    const QString &pullingModel() const { return m_pullingModel; }
     const QStringList &installedModels() const { return m_installedModels; }
 
     /// Reads the state of the runtime anew, in the background.
@@ -48,7 +49,9 @@ public:
 
 Q_SIGNALS:
     void changed();
-    /// An installation has ended, with or without a model; a message may have waited for it.
+    /// What info().installing or pullingModel() told has ended, with or without a model. A message that came
+    /// meanwhile waits for this and nothing else: whatever sets one of the two, a pull too, emits it exactly
+    /// once when it ends, also when it fails or is cancelled, or that message waits for ever.
     void installationEnded();
 
 private:

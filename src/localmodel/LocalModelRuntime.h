@@ -23,7 +23,8 @@ public:
     virtual Task<QStringList> installedModels() = 0;
     /// Makes the server run, installing it if needed. Throws InstallError or Cancelled.
     virtual Task<void> ensureRunning(ProgressCallback onProgress) = 0;
-    /// Downloads a model. Throws InstallError or Cancelled.
+    /// Downloads a model. Throws InstallError or Cancelled. Whoever shows it as under way tells its end by
+    /// LocalModelFlow::installationEnded, which a message may wait for.
     virtual Task<void> pull(QString model, ProgressCallback onProgress) = 0;
 };
 
