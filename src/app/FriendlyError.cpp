@@ -1,7 +1,7 @@
 #include "app/FriendlyError.h"
 
 #include "app/Log.h"
-#include "localmodel/InstallError.h"
+#include "base/ErrorForUser.h"
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
 
@@ -24,8 +24,8 @@ QString friendlyError(const std::exception_ptr &error)
                    "try again."_s;
         }
         return failure.description();
-    } catch (const InstallError &failure) {
-        return QString::fromUtf8(failure.what());
+    } catch (const ErrorForUser &failure) {
+        return failure.message();
     } catch (const std::bad_alloc &) {
         return u"There is not enough memory for that."_s;
     } catch (...) { // what a library says is not for the user

@@ -6,7 +6,6 @@
 #include "async/Cancelled.h"
 #include "async/Scheduler.h"
 #include "base/Text.h"
-#include "localmodel/InstallError.h"
 #include "localmodel/LocalModelRuntime.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
@@ -154,8 +153,6 @@ void LocalModelFlow::reportFailure(const std::exception_ptr &failure)
         m_info.error.clear();
         log(u"Local model setup was cancelled."_s, ActivityStep::Kind::info);
         return;
-    } catch (const InstallError &error) {
-        m_info.error = error.message();
     } catch (...) {
         m_info.error = friendlyError(failure);
     }

@@ -1,22 +1,13 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-#include <exception>
+#include "base/ErrorForUser.h"
 
 namespace morvane {
 
 /// Why a tool server could not be used, in words for the user and the model.
-class MCPError : public std::exception {
+class MCPError : public ErrorForUser {
 public:
-    explicit MCPError(const QString &message) : m_message(message), m_what(message.toUtf8()) {}
-
-    const QString &message() const { return m_message; }
-    const char *what() const noexcept override { return m_what.constData(); }
-
-private:
-    QString m_message;
-    QByteArray m_what;
+    using ErrorForUser::ErrorForUser;
 };
 
 } // namespace morvane
