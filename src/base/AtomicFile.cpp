@@ -66,12 +66,12 @@ std::expected<void, QString> requireReplaceable(const std::string &path, LinkRul
     return std::unexpected(u"Not a regular file"_s);
 }
 
-bool isLink(std::string path)
+/// A slash at the end of a path leads through a link.
+std::string withoutSlashesBehind(std::string path)
 {
     while (path.size() > 1 && path.ends_with('/'))
         path.pop_back();
-    struct stat status{};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    return path;
 }
 
 std::expected<void, QString> syncFolder(const std::string &path)
@@ -158,7 +158,7 @@ std::expected<void, QString> ensurePrivateFolder(const QString &path)
     if (!S_ISDIR(status.st_mode))
         return systemFailure(ENOTDIR);
     const bool isPrivate = (status.st_mode & ALLPERMS) == S_IRWXU;
-    if (!isPrivate && !isLink(folder) && ::chmod(folder.c_str(), S_IRWXU) != 0)
+    if (!isPrivate && !isLink(withoutSlashesBehind(folder).c_str()) && ::chmod(folder.c_str(), S_IRWXU) != 0)
         return systemFailure();
     return {};
 }

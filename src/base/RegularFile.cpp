@@ -19,6 +19,12 @@ std::unexpected<QString> notRegular(mode_t mode)
 
 } // namespace
 
+bool isLink(const char *path)
+{
+    struct stat status{};
+    return ::lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 QString systemReason(int error)
 {
     return QString::fromLocal8Bit(std::strerror(error));

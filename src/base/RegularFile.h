@@ -41,6 +41,9 @@ private:
     qint64 m_size;
 };
 
+/// Whether the path itself is a symbolic link, whatever it leads to. Any thread; blocks.
+bool isLink(const char *path);
+
 /// The text for an error number, as the system words it.
 QString systemReason(int error);
 

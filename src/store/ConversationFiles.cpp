@@ -14,7 +14,6 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <sys/stat.h>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -41,13 +40,6 @@ std::optional<RegularFile> openForReading(const QString &path)
     if (!file || file->size() > ConversationFiles::maximumFileBytes)
         return std::nullopt;
     return std::move(*file);
-}
-
-/// What a link leads to may serve others too, and keeps its mode.
-bool isLink(const QString &path)
-{
-    struct stat status{};
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 /// Runs `work` on this thread and, for more than a handful of items, on a second one at once. The work is
@@ -144,7 +136,8 @@ try {
     auto file = openForReading(path(name));
     if (!file)
         return std::nullopt;
-    if (!isLink(path(name)))
+    // What a link leads to may serve others too, and keeps its mode.
+    if (!isLink(QFile::encodeName(path(name)).constData()))
         file->makePrivate();
     const auto identity = FileIdentity::ofDescriptor(file->descriptor());
     if (!identity)

@@ -117,12 +117,6 @@ std::expected<void, QString> ensureFolderOf(const QByteArray &path)
     return {};
 }
 
-bool isLink(const QByteArray &path)
-{
-    struct stat status{};
-    return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
-}
-
 /// Replaces or creates a file. A link is replaced by the file itself: what it leads to is not what the user
 /// allowed to be changed. Refuses what is not a regular file and what the user may not write, although a
 /// rename could replace both. Fails with the system's reason.
@@ -132,7 +126,7 @@ std::expected<void, QString> replaceFile(const QString &path, QByteArrayView byt
     if (native.isEmpty())
         return std::unexpected(systemReason(ENOENT));
     const auto status = statusOf(native);
-    if (isLink(native)) {
+    if (isLink(native.constData())) {
         const bool hasMode = status && S_ISREG(status->st_mode);
         return writeFileAtomically(path, bytes, Durability::powerLoss,
                                    hasMode ? status->st_mode & 0777 : newFileMode());
