@@ -77,6 +77,15 @@ void InputControl::pause(std::chrono::milliseconds duration)
         throw SequenceStopped();
 }
 
+std::unique_ptr<InputSource> InputControl::pointerAt(QPoint point)
+{
+    pause(0ms);
+    auto source = m_desktop.input->newSource();
+    source->warp(point);
+    pause(30ms);
+    return source;
+}
+
 void InputControl::press(InputSource &source, MouseButton button, QPoint point,
                          std::chrono::milliseconds held)
 {
@@ -107,10 +116,7 @@ QString InputControl::click(QPoint point)
 {
     // Before the pointer moves, so that the model learns what it hit.
     const QString description = elementAtPointDescription(point);
-    pause(0ms);
-    const auto source = m_desktop.input->newSource();
-    source->warp(point);
-    pause(30ms);
+    const auto source = pointerAt(point);
     source->mouseMoved(point);
     pause(20ms);
     press(*source, MouseButton::left, point, 80ms);
@@ -216,10 +222,7 @@ QString InputControl::mouseDoubleClick(QPoint point)
 {
     if (const QString problem = permissionProblem(); !problem.isEmpty())
         return problem;
-    pause(0ms);
-    const auto source = m_desktop.input->newSource();
-    source->warp(point);
-    pause(30ms);
+    const auto source = pointerAt(point);
     for (int click = 0; click < 2; ++click) {
         press(*source, MouseButton::left, point, 50ms);
         pause(30ms);
@@ -231,10 +234,7 @@ QString InputControl::mouseRightClick(QPoint point)
 {
     if (const QString problem = permissionProblem(); !problem.isEmpty())
         return problem;
-    pause(0ms);
-    const auto source = m_desktop.input->newSource();
-    source->warp(point);
-    pause(30ms);
+    const auto source = pointerAt(point);
     press(*source, MouseButton::right, point, 50ms);
     return u"Right-clicked at "_s + place(point) + u'.';
 }
@@ -243,10 +243,7 @@ QString InputControl::mouseDrag(QPoint from, QPoint to)
 {
     if (const QString problem = permissionProblem(); !problem.isEmpty())
         return problem;
-    pause(0ms);
-    const auto source = m_desktop.input->newSource();
-    source->warp(from);
-    pause(30ms);
+    const auto source = pointerAt(from);
     source->mouseMoved(from);
     pause(20ms);
     source->buttonDown(MouseButton::left, from);

@@ -44,6 +44,8 @@ private:
     QString click(QPoint point);
     QString type(const QString &text);
     QString elementAtPointDescription(QPoint point);
+    /// A new source that has brought the pointer there.
+    std::unique_ptr<InputSource> pointerAt(QPoint point);
     void press(InputSource &source, MouseButton button, QPoint point, std::chrono::milliseconds held);
     void pause(std::chrono::milliseconds duration);
 

@@ -26,6 +26,22 @@ protected:
         run(m_tools.captureScreen());
         m_desktop.log.clear();
     }
+
+    /// A click that is under way and sleeps until `goesOn`.
+    TaskHandle<QString> beginHeldRightClick(QPoint point, const std::atomic<bool> *goesOn)
+    {
+        m_desktop.clock->onSleep = [this, goesOn] {
+            m_isHeld = true;
+            while (!*goesOn)
+                std::this_thread::yield();
+        };
+        TaskHandle<QString> click = m_scheduler.spawn(m_tools.mouseRightClick(point));
+        EXPECT_TRUE(waitUntil([this] { return m_isHeld.load(); }));
+        return click;
+    }
+
+private:
+    std::atomic<bool> m_isHeld = false;
 };
 
 const QString noPermission =
@@ -326,15 +342,8 @@ TEST_F(InputControlTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHe
 
 TEST_F(InputControlTest, ASequenceWaitsForTheOneThatIsUnderWay)
 {
-    std::atomic<bool> isHeld = false;
     std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        isHeld = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
-    TaskHandle<QString> first = m_scheduler.spawn(m_tools.mouseRightClick({1, 1}));
-    ASSERT_TRUE(waitUntil([&] { return isHeld.load(); }));
+    TaskHandle<QString> first = beginHeldRightClick({1, 1}, &goesOn);
     TaskHandle<QString> second = m_scheduler.spawn(m_tools.mouseRightClick({2, 2}));
     settle();
     goesOn = true;
@@ -345,15 +354,8 @@ TEST_F(InputControlTest, ASequenceWaitsForTheOneThatIsUnderWay)
 
 TEST_F(InputControlTest, ASequenceThatIsCancelledWhileItWaitsPostsNothing)
 {
-    std::atomic<bool> isHeld = false;
     std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        isHeld = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
-    TaskHandle<QString> first = m_scheduler.spawn(m_tools.mouseRightClick({1, 1}));
-    ASSERT_TRUE(waitUntil([&] { return isHeld.load(); }));
+    TaskHandle<QString> first = beginHeldRightClick({1, 1}, &goesOn);
     TaskHandle<QString> second = m_scheduler.spawn(m_tools.moveCursor({2, 2}));
     settle();
     second.cancel();
