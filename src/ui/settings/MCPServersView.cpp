@@ -5,6 +5,7 @@
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/settings/AddMCPServerView.h"
+#include "ui/settings/CenteredColumn.h"
 #include "ui/settings/MCPServerRow.h"
 
 #include <QHBoxLayout>
@@ -41,18 +42,8 @@ MCPServersView::MCPServersView(MCPManager &manager, QWidget *window)
     m_rowLayout->setSpacing(viewSpacing);
     column->addLayout(m_rowLayout);
     column->addStretch();
-    auto *content = new QWidget;
-    auto *row = new QHBoxLayout(content);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addStretch(1);
-    row->addWidget(center, 100);
-    row->addStretch(1);
-    auto *scroll = new QScrollArea;
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
+    QScrollArea *const scroll = scrollCentered(center);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setWidget(content);
     auto *whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(scroll);

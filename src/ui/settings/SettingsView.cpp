@@ -7,6 +7,7 @@
 #include "ui/settings/AboutSection.h"
 #include "ui/settings/AlwaysAllowSection.h"
 #include "ui/settings/BehaviourSection.h"
+#include "ui/settings/CenteredColumn.h"
 #include "ui/settings/KeySection.h"
 #include "ui/settings/LocalModelSection.h"
 #include "ui/settings/MCPServersView.h"
@@ -16,7 +17,6 @@
 #include "ui/settings/SpeechSection.h"
 #include "ui/theme/Icons.h"
 
-#include <QHBoxLayout>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QTabBar>
@@ -80,19 +80,7 @@ QWidget *SettingsView::makeGeneralTab(const SettingsServices &services, LocalMod
     column->addWidget(new PrivacySection(settings));
     column->addWidget(new AboutSection);
     column->addStretch();
-
-    auto *content = new QWidget;
-    auto *row = new QHBoxLayout(content);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addStretch(1);
-    row->addWidget(center, 100);
-    row->addStretch(1);
-    auto *scroll = new QScrollArea;
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    scroll->setWidget(content);
-    return scroll;
+    return scrollCentered(center);
 }
 
 void SettingsView::addToolServersTab(QTabWidget &tabs, MCPManager &toolServers)
