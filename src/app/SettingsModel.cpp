@@ -136,13 +136,13 @@ void SettingsModel::loadModelCatalog()
     m_loadingModels = true;
     setFetchedModels(std::nullopt);
     m_loading = m_services.scheduler.spawn(
-        load(this, m_services.modelCatalog, m_services.settings.providerID(), currentServer()));
+        load(this, &m_services.modelCatalog, m_services.settings.providerID(), currentServer()));
 }
 
-Task<void> SettingsModel::load(QPointer<SettingsModel> self, ModelCatalog &catalog, ProviderID provider,
+Task<void> SettingsModel::load(QPointer<SettingsModel> self, ModelCatalog *catalog, ProviderID provider,
                                Server server)
 {
-    const CatalogModels models = co_await catalog.load(provider, server.apiKey, server.baseURL);
+    const CatalogModels models = co_await catalog->load(provider, server.apiKey, server.baseURL);
     // Reading a reply off the main thread goes on when the question was dropped meanwhile.
     co_await checkCancelled();
     if (!self)

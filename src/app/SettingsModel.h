@@ -91,7 +91,7 @@ private:
         bool operator==(const Server &) const = default;
     };
 
-    static Task<void> load(QPointer<SettingsModel> self, ModelCatalog &catalog, ProviderID provider,
+    static Task<void> load(QPointer<SettingsModel> self, ModelCatalog *catalog, ProviderID provider,
                            Server server);
     static Task<void> reloadLater(QPointer<SettingsModel> self, Server server);
     void setFetchedModels(const CatalogModels &models);
