@@ -4,6 +4,7 @@
 #include "app/Transcript.h"
 #include "ui/conversation/ChatScrollViewAccessible.h"
 #include "ui/conversation/ConversationPainter.h"
+#include "ui/conversation/FoundText.h"
 #include "ui/conversation/RowMenu.h"
 #include "ui/markdown/MarkdownParser.h"
 
@@ -15,6 +16,7 @@
 #include <QPaintEvent>
 #include <QScrollBar>
 #include <QUrl>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +32,8 @@ constexpr int frameTime = 16;
 ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &activity,
                                Announcer &announcer, QWidget *parent)
     : QAbstractScrollArea(parent), m_content(transcript, activity), m_layout(m_content),
-      m_scroll(m_layout, *this), m_gestures(m_layout, m_scroll, *viewport()), m_actions(m_content, announcer),
+      m_scroll(m_layout, *this), m_gestures(m_layout, m_scroll, *viewport()),
+      m_cursor(m_layout, m_scroll, *viewport()), m_actions(m_content, announcer),
       m_codeButtons(m_layout, announcer, *this),
       m_openLink([](const QUrl &url) { QDesktopServices::openUrl(url); })
 {
@@ -46,10 +49,14 @@ ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &
     connect(&m_frameTimer, &QTimer::timeout, this, &ChatScrollView::flush);
     connect(&m_scroll, &ConversationScroll::moved, this, &ChatScrollView::placeButtons);
     connect(&m_scroll, &ConversationScroll::isUnfinished, this, &ChatScrollView::schedule);
+    connect(&m_scroll, &ConversationScroll::nearBottomChanged, this, &ChatScrollView::nearBottomChanged);
+    connect(&m_cursor, &RowCursor::moved, this, &ChatScrollView::tellCurrentRow);
     connect(&m_gestures, &SelectionGestures::selectionChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(&m_gestures, &SelectionGestures::selectionChanged, this, &ChatScrollView::selectionChanged);
     connect(&m_gestures, &SelectionGestures::rowPressed, this, [this](const ConversationItem &item) {
         m_showsFocus = false;
-        m_current = item;
+        m_selectedFrom.reset();
+        m_cursor.set(item);
         placeButtons();
     });
     connect(&m_gestures, &SelectionGestures::linkPressed, this, &ChatScrollView::openLink);
@@ -70,15 +77,30 @@ void ChatScrollView::connectContent(const Transcript &transcript, const Activity
 
 void ChatScrollView::updateStyle()
 {
-    m_layout.setStyle(ConversationStyle(font(), palette()));
+    m_layout.setStyle(ConversationStyle(font(), palette(), m_zoom));
     verticalScrollBar()->setSingleStep(m_layout.style().lineHeight);
     schedule();
+}
+
+void ChatScrollView::setZoom(int percent)
+{
+    if (percent == m_zoom)
+        return;
+    m_zoom = percent;
+    updateStyle();
+}
+
+void ChatScrollView::jumpToLatest()
+{
+    m_cursor.set(m_content.item(m_content.count() - 1));
+    m_scroll.scrollToEnd();
 }
 
 void ChatScrollView::rebuild()
 {
     m_gestures.clear();
-    m_current.reset();
+    m_selectedFrom.reset();
+    m_cursor.clear();
     m_grownMessage.reset();
     m_layout.reset();
     m_scroll.openAtBottom();
@@ -90,7 +112,7 @@ void ChatScrollView::rebuild()
 void ChatScrollView::takeMessageChange(qsizetype row)
 {
     const ConversationItem item{.kind = ConversationItem::Kind::message, .index = row};
-    if (m_gestures.selection().item() == item)
+    if (m_gestures.selection().touches(item))
         m_gestures.clear();
     if (m_grownMessage == row)
         m_grownMessage.reset();
@@ -127,10 +149,10 @@ void ChatScrollView::setActivityFolded(bool folded)
     if (folded == m_content.isActivityFolded())
         return;
     m_content.setActivityFolded(folded);
-    if (folded && isStep(m_gestures.selection().item()))
+    if (folded)
         m_gestures.clear();
-    if (folded && isStep(m_current))
-        m_current = ConversationItem{.kind = ConversationItem::Kind::activityHeader, .index = 0};
+    if (folded && isStep(m_cursor.item()))
+        m_cursor.set({.kind = ConversationItem::Kind::activityHeader, .index = 0});
     m_layout.update();
     schedule();
     prepareToTell();
@@ -169,7 +191,7 @@ void ChatScrollView::flush()
 
 void ChatScrollView::placeButtons()
 {
-    m_codeButtons.place(m_scroll.offset(), viewport()->height(), m_current);
+    m_codeButtons.place(m_scroll.offset(), viewport()->height(), m_cursor.item());
     viewport()->update();
 }
 
@@ -206,11 +228,6 @@ void ChatScrollView::changeEvent(QEvent *event)
         updateStyle();
 }
 
-qsizetype ChatScrollView::currentRow() const
-{
-    return m_current ? m_content.position(*m_current) : -1;
-}
-
 QRect ChatScrollView::rowRect(qsizetype row) const
 {
     return {0, m_layout.top(row) - m_scroll.offset(), viewport()->width(),
@@ -223,49 +240,40 @@ qsizetype ChatScrollView::rowAt(const QPoint &position) const
     return row >= 0 && rowRect(row).contains(position) ? row : -1;
 }
 
-void ChatScrollView::setCurrentRow(qsizetype row)
+qsizetype ChatScrollView::firstVisibleMessage() const
 {
-    if (row < 0 || row >= m_content.count())
-        return;
-    m_current = m_content.item(row);
-    m_scroll.show(*m_current);
-    tellCurrentRow();
+    const qsizetype row = m_layout.rowAt(m_scroll.offset());
+    return qMin(row, m_content.messageCount() - 1);
 }
 
 void ChatScrollView::tellCurrentRow()
 {
+    placeButtons();
     prepareToTell();
     Q_EMIT currentRowChanged(currentRow());
 }
 
-void ChatScrollView::moveRow(int direction)
+void ChatScrollView::pressRow()
 {
-    const qsizetype last = m_content.count() - 1;
-    setCurrentRow(currentRow() < 0 ? last : qBound<qsizetype>(0, currentRow() + direction, last));
-}
-
-void ChatScrollView::movePage(int direction)
-{
-    const int line = m_layout.style().lineHeight;
-    m_scroll.scrollBy(direction * qMax(line, viewport()->height() - 2 * line));
-    // The first row that begins in sight; within a row taller than the page, that row.
-    const int offset = m_scroll.offset();
-    qsizetype row = m_layout.rowAt(offset);
-    const bool beginsAbove = m_layout.top(row) < offset;
-    if (beginsAbove && row + 1 < m_content.count() &&
-        m_layout.top(row + 1) < offset + viewport()->height() / 2)
-        ++row;
-    m_current = m_content.item(row);
-    placeButtons();
-    tellCurrentRow();
-}
-
-void ChatScrollView::pressRow(qsizetype row)
-{
-    if (row >= 0 && m_current->kind == ConversationItem::Kind::activityHeader)
+    if (m_cursor.item() && m_cursor.item()->kind == ConversationItem::Kind::activityHeader)
         toggleActivity();
     else
-        openMenuOnRow(row);
+        openMenuOnRow(currentRow());
+}
+
+bool ChatScrollView::moveByKey(const QKeyEvent &event)
+{
+    const std::optional<ConversationItem> before = m_cursor.item();
+    if (!m_cursor.takeKey(event))
+        return false;
+    const bool selects = event.modifiers().testFlag(Qt::ShiftModifier);
+    if (selects && !m_selectedFrom)
+        m_selectedFrom = before;
+    if (selects && m_selectedFrom && m_cursor.item())
+        m_gestures.selectRows(*m_selectedFrom, *m_cursor.item());
+    else if (!selects && std::exchange(m_selectedFrom, std::nullopt))
+        m_gestures.clear();
+    return true;
 }
 
 void ChatScrollView::keyPressEvent(QKeyEvent *event)
@@ -274,43 +282,20 @@ void ChatScrollView::keyPressEvent(QKeyEvent *event)
         QAbstractScrollArea::keyPressEvent(event);
         return;
     }
+    const bool isPress =
+        event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space;
     if (event->matches(QKeySequence::Copy)) {
         copy();
-        return;
-    }
-    if (event->matches(QKeySequence::SelectAll)) {
+    } else if (event->matches(QKeySequence::SelectAll)) {
         selectAll();
-        return;
-    }
-    m_showsFocus = true;
-    const int direction = event->key() == Qt::Key_Up || event->key() == Qt::Key_PageUp ? -1 : 1;
-    switch (event->key()) {
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-        if (event->modifiers().testFlag(Qt::ControlModifier))
-            m_scroll.scrollBy(direction * verticalScrollBar()->singleStep());
-        else
-            moveRow(direction);
-        return;
-    case Qt::Key_Home:
-        setCurrentRow(0);
-        return;
-    case Qt::Key_End:
-        setCurrentRow(m_content.count() - 1);
-        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
-        return;
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown:
-        movePage(direction);
-        return;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Space:
+    } else if (isPress) {
+        m_showsFocus = true;
         if (!event->isAutoRepeat())
-            pressRow(currentRow());
-        return;
-    default:
-        QAbstractScrollArea::keyPressEvent(event);
+            pressRow();
+    } else if (moveByKey(*event)) {
+        m_showsFocus = true;
+    } else {
+        event->ignore(); // a letter goes to the window
     }
 }
 
@@ -330,11 +315,11 @@ void ChatScrollView::focusInEvent(QFocusEvent *event)
 {
     QAbstractScrollArea::focusInEvent(event);
     if (currentRow() < 0 && m_content.count() > 0)
-        m_current = m_content.item(m_content.count() - 1);
+        m_cursor.set(m_content.item(m_content.count() - 1));
     m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
                    event->reason() == Qt::ShortcutFocusReason;
     if (m_showsFocus && currentRow() >= 0)
-        m_scroll.show(*m_current);
+        m_scroll.show(*m_cursor.item());
     if (currentRow() >= 0)
         tellCurrentRow();
     viewport()->update();
@@ -351,13 +336,29 @@ void ChatScrollView::copy()
     if (!m_gestures.selection().isEmpty())
         QGuiApplication::clipboard()->setText(selectedText());
     else if (currentRow() >= 0)
-        m_actions.copy(*m_current);
+        m_actions.copy(*m_cursor.item());
 }
 
 void ChatScrollView::selectAll()
 {
-    if (currentRow() >= 0)
-        m_gestures.selectRow(*m_current);
+    if (m_content.count() > 0)
+        m_gestures.selectRows(m_content.item(0), m_content.item(m_content.count() - 1));
+}
+
+bool ChatScrollView::isSelected(const ConversationItem &item) const
+{
+    return !m_gestures.selection().isEmpty() && m_gestures.selection().touches(item);
+}
+
+QString ChatScrollView::showMatch(const FoundText &found, const QString &words)
+{
+    const MatchPlace place = placeOf(m_layout, found, words);
+    m_selectedFrom.reset();
+    m_cursor.set(place.from.item);
+    m_gestures.select(place.from, place.to);
+    m_scroll.show(place.from);
+    placeButtons();
+    return place.line;
 }
 
 void ChatScrollView::openLink(const QString &address)
@@ -371,8 +372,8 @@ void ChatScrollView::contextMenuEvent(QContextMenuEvent *event)
     if (event->reason() == QContextMenuEvent::Keyboard) {
         openMenuOnRow(currentRow());
     } else if (const qsizetype row = rowAt(event->pos()); row >= 0) {
-        m_current = m_content.item(row);
-        openMenu(*m_current, event->globalPos());
+        m_cursor.set(m_content.item(row));
+        openMenu(m_content.item(row), event->globalPos());
     }
 }
 
@@ -386,9 +387,8 @@ void ChatScrollView::openMenuOnRow(qsizetype row)
 
 void ChatScrollView::openMenu(const ConversationItem &item, const QPoint &globalPosition)
 {
-    const bool hasSelection = !m_gestures.selection().isEmpty() && m_gestures.selection().item() == item;
     auto *menu =
-        new RowMenu(m_actions, item, hasSelection ? RowMenu::Selection::within : RowMenu::Selection::none,
+        new RowMenu(m_actions, item, isSelected(item) ? RowMenu::Selection::within : RowMenu::Selection::none,
                     m_layout.links(item), this);
     connect(menu, &RowMenu::copySelectionRequested, this, &ChatScrollView::copy);
     connect(menu, &RowMenu::linkRequested, this, &ChatScrollView::openLink);

@@ -4,6 +4,7 @@
 #include "ui/conversation/ConversationLayout.h"
 #include "ui/conversation/ConversationScroll.h"
 #include "ui/conversation/RowActions.h"
+#include "ui/conversation/RowCursor.h"
 #include "ui/conversation/SelectionGestures.h"
 
 #include <QAbstractScrollArea>
@@ -18,6 +19,7 @@ namespace morvane {
 class ActivityLog;
 class Announcer;
 class Transcript;
+struct FoundText;
 
 /// Shows the messages, the activity of the current request and the answer that grows, and keeps the newest
 /// text in sight without fighting a user who scrolled up. It draws only what is in sight; assistive
@@ -39,9 +41,22 @@ public:
     QList<QToolButton *> codeButtons() const { return m_codeButtons.visibleButtons(); }
 
     /// The row that the keyboard is on, or -1.
-    qsizetype currentRow() const;
+    qsizetype currentRow() const { return m_cursor.row(); }
     /// Moves the keyboard to a row and brings it into sight.
-    void setCurrentRow(qsizetype row);
+    void setCurrentRow(qsizetype row) { m_cursor.moveTo(row); }
+    /// The first message in sight, or behind the activity that is; -1 without messages.
+    qsizetype firstVisibleMessage() const;
+    /// Whether any of a row is selected.
+    bool isSelected(const ConversationItem &item) const;
+    /// Selects a place where `words` were found and brings it into sight. Gives the line around it.
+    QString showMatch(const FoundText &found, const QString &words);
+    /// How large the text is: 100 for the font's own size.
+    int zoom() const { return m_zoom; }
+    void setZoom(int percent);
+    /// A page down (1) or up (-1).
+    void scrollPage(int direction) { m_scroll.scrollPage(direction); }
+    /// To the newest text, which is followed from there on.
+    void jumpToLatest();
     /// Shows the steps of the activity or their header alone.
     void setActivityFolded(bool folded);
     /// Where a row stands in the viewport; may lie outside it.
@@ -55,7 +70,7 @@ public:
 public Q_SLOTS:
     /// The selected text, or the text of the current row.
     void copy();
-    /// Selects the whole current row.
+    /// Selects the whole conversation.
     void selectAll();
 
 Q_SIGNALS:
@@ -66,6 +81,9 @@ Q_SIGNALS:
     void stepsFolded();
     void rowChanged(qsizetype row);
     void currentRowChanged(qsizetype row);
+    /// The newest text came into sight or left it.
+    void nearBottomChanged(bool isNear);
+    void selectionChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -91,9 +109,8 @@ private:
     void updateStyle();
     void prepareToTell();
     void tellCurrentRow();
-    void moveRow(int direction);
-    void movePage(int direction);
-    void pressRow(qsizetype row);
+    bool moveByKey(const QKeyEvent &event);
+    void pressRow();
     void toggleActivity() { setActivityFolded(!m_content.isActivityFolded()); }
     void openMenu(const ConversationItem &item, const QPoint &globalPosition);
     void openMenuOnRow(qsizetype row);
@@ -103,6 +120,7 @@ private:
     ConversationLayout m_layout;
     ConversationScroll m_scroll;
     SelectionGestures m_gestures;
+    RowCursor m_cursor;
     RowActions m_actions;
     CodeButtons m_codeButtons;
     std::function<void(const QUrl &)> m_openLink;
@@ -110,7 +128,8 @@ private:
     bool m_isDirty = false;
     std::optional<qsizetype> m_grownMessage;
     QTimer m_frameTimer;
-    std::optional<ConversationItem> m_current;
+    std::optional<ConversationItem> m_selectedFrom; ///< The first of the rows that the keyboard selects.
+    int m_zoom = 100;
     bool m_showsFocus = false; ///< The keyboard, not the mouse, brought the focus.
 };
 

@@ -2,6 +2,7 @@
 
 #include "app/ActivityLog.h"
 #include "app/Transcript.h"
+#include "ui/conversation/MessageParts.h"
 
 #include <QLocale>
 
@@ -125,8 +126,7 @@ bool ConversationContent::isFormatted(const ConversationItem &item) const
 {
     if (item.kind != Kind::message)
         return false;
-    const ChatMessage &shown = message(item);
-    return shown.role == Role::assistant && !shown.isStreaming && !shown.text.isEmpty();
+    return morvane::isFormatted(message(item));
 }
 
 QString ConversationContent::timeText(const ActivityStep &step)

@@ -1,8 +1,8 @@
 #include "ui/conversation/ConversationLayout.h"
 
 #include "ui/conversation/DocumentBuilder.h"
+#include "ui/conversation/MessageParts.h"
 #include "ui/markdown/LayoutCost.h"
-#include "ui/markdown/MarkdownSegmenter.h"
 #include "ui/markdown/PlainTextSegmenter.h"
 
 #include <QTextFormat>
@@ -270,30 +270,16 @@ void ConversationLayout::split(const ConversationItem &item)
     RowLayout &row = rowLayout(item);
     if (row.isSplit())
         return;
-    if (m_content.isFormatted(item)) {
-        MarkdownSegments markdown = MarkdownSegmenter::segments(m_content.text(item));
-        row.references = std::move(markdown.references);
-        addSegments(item, RowPart::body, markdown.segments);
-    } else {
-        addPlainPart(item, RowPart::body);
-    }
     if (isMessage(item)) {
         const ChatMessage &message = m_content.message(item);
-        if (!message.text.isEmpty() && !message.attachments.isEmpty())
-            addPlainPart(item, RowPart::attachments);
-        if (message.isStreaming)
-            addPlainPart(item, RowPart::responding);
-        if (message.errorMessage)
-            addPlainPart(item, RowPart::error);
+        for (const RowPart part : messageParts(message))
+            addSegments(item, part, partSegments(message, part, row.references));
+    } else {
+        QList<TextSegment> segments;
+        extendPlainSegments(segments, m_content.text(item));
+        addSegments(item, RowPart::body, segments);
     }
     updateRowHeight(item);
-}
-
-void ConversationLayout::addPlainPart(const ConversationItem &item, RowPart part)
-{
-    QList<TextSegment> segments;
-    extendPlainSegments(segments, m_texts.text(item, part));
-    addSegments(item, part, segments);
 }
 
 void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
@@ -375,9 +361,9 @@ QString ConversationLayout::plainText(const ConversationItem &item, qsizetype se
     return m_texts.plainText(item, rowLayout(item), segment);
 }
 
-bool ConversationLayout::endsLine(const ConversationItem &item, qsizetype segment) const
+QString ConversationLayout::separatorAbove(const ConversationItem &item, qsizetype segment) const
 {
-    return m_texts.endsLine(item, rowLayout(item).segments.at(segment));
+    return m_texts.separatorAbove(item, rowLayout(item), segment);
 }
 
 QStringList ConversationLayout::links(const ConversationItem &item)

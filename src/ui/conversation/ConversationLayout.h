@@ -75,8 +75,8 @@ public:
     }
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, qsizetype segment) const;
-    /// Whether a line ends with the segment; false where a long line was cut.
-    bool endsLine(const ConversationItem &item, qsizetype segment) const;
+    /// What is copied between a segment and the one above it.
+    QString separatorAbove(const ConversationItem &item, qsizetype segment) const;
 
     /// The addresses in the parts of a row that are laid out, each once, at most ten.
     QStringList links(const ConversationItem &item);
@@ -99,7 +99,6 @@ private:
     RowLayout &rowLayout(const ConversationItem &item);
     const RowLayout &rowLayout(const ConversationItem &item) const;
     void split(const ConversationItem &item);
-    void addPlainPart(const ConversationItem &item, RowPart part);
     void addSegments(const ConversationItem &item, RowPart part, const QList<TextSegment> &segments);
     void count(qsizetype work);
     bool mayLayOut(const ConversationItem &item, qsizetype segment);

@@ -79,6 +79,8 @@ QAccessible::State ConversationRowAccessible::state() const
     state.collapsed = isHeader() && m_view->content().isActivityFolded();
     state.readOnly = true;
     state.focused = m_view->hasFocus() && m_view->currentRow() == row();
+    // Only where it tells something: a reader says of every other row that it is not selected.
+    state.selected = state.selectable = m_view->isSelected(m_item);
     state.offscreen = !rect.intersects(m_view->viewport()->rect());
     state.invisible = !m_view->isVisible();
     return state;

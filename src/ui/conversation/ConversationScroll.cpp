@@ -1,6 +1,7 @@
 #include "ui/conversation/ConversationScroll.h"
 
 #include "ui/conversation/ConversationLayout.h"
+#include "ui/conversation/TextSelection.h"
 
 #include <QAbstractScrollArea>
 #include <QScrollBar>
@@ -49,7 +50,7 @@ bool ConversationScroll::isSettled() const
 void ConversationScroll::openAtBottom()
 {
     m_scrolling.stop();
-    m_tracker.lock();
+    follow();
     m_keep = Keep::bottom;
 }
 
@@ -152,13 +153,37 @@ void ConversationScroll::takeBar()
 
 void ConversationScroll::noteUserPlace()
 {
+    const bool wasNear = m_tracker.isNearBottom();
     m_tracker.updateNearBottom(m_layout.height(), {.offset = static_cast<double>(m_offset),
                                                    .viewportHeight = static_cast<double>(viewHeight())});
+    if (m_tracker.isNearBottom() != wasNear)
+        Q_EMIT nearBottomChanged(!wasNear);
+}
+
+void ConversationScroll::follow()
+{
+    const bool wasNear = m_tracker.isNearBottom();
+    m_tracker.lock();
+    if (!wasNear)
+        Q_EMIT nearBottomChanged(true);
 }
 
 void ConversationScroll::scrollBy(int pixels)
 {
     m_area.verticalScrollBar()->setValue(m_offset + pixels);
+}
+
+void ConversationScroll::scrollPage(int direction)
+{
+    const int line = m_layout.style().lineHeight;
+    scrollBy(direction * qMax(line, viewHeight() - 2 * line));
+}
+
+void ConversationScroll::scrollToEnd()
+{
+    m_scrolling.stop();
+    follow();
+    relayout(Keep::bottom);
 }
 
 void ConversationScroll::show(const ConversationItem &item)
@@ -179,6 +204,24 @@ void ConversationScroll::show(const ConversationItem &item)
     }
     noteUserPlace();
     setOffset(m_offset);
+}
+
+void ConversationScroll::show(const TextPlace &place)
+{
+    const SegmentLayout segment = m_layout.row(place.item).segments.at(place.position.segment);
+    ScrollAnchor anchor{.item = place.item,
+                        .part = segment.part,
+                        .from = segment.segment.from,
+                        .position = place.position.position};
+    const int line = m_layout.style().lineHeight;
+    const int y = m_reading.offsetOf(anchor).value_or(m_offset) - m_offset;
+    if (y >= line && y <= viewHeight() - 2 * line)
+        return;
+    m_scrolling.stop();
+    anchor.screenY = viewHeight() / 3;
+    m_anchor = anchor;
+    relayout(Keep::anchor);
+    noteUserPlace();
 }
 
 } // namespace morvane

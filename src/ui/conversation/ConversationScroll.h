@@ -14,6 +14,7 @@ class QAbstractScrollArea;
 namespace morvane {
 
 class ConversationLayout;
+struct TextPlace;
 
 /// Where the conversation is scrolled to. It lays out what is in sight, keeps the line that the user reads in
 /// its place while heights change, and follows the newest text until the user scrolls away from it.
@@ -38,12 +39,20 @@ public:
     void takeBar();
     /// Moves the bar as the user would.
     void scrollBy(int pixels);
+    /// A page down (1) or up (-1), as the user would.
+    void scrollPage(int direction);
+    /// To the newest text, which is followed from there on.
+    void scrollToEnd();
     /// Brings a row into sight.
     void show(const ConversationItem &item);
+    /// Brings a line of the text into sight.
+    void show(const TextPlace &place);
 
 Q_SIGNALS:
     /// What stands in the viewport, or where, may have changed.
     void moved();
+    /// The newest text came into sight or left it.
+    void nearBottomChanged(bool isNear);
     /// Not all that is in sight could be laid out in this frame.
     void isUnfinished();
 
@@ -58,6 +67,7 @@ private:
     void scrollToBottom(Travel travel);
     void advance(const QVariant &progress);
     void noteUserPlace();
+    void follow();
 
     ConversationLayout &m_layout;
     QAbstractScrollArea &m_area;

@@ -39,10 +39,12 @@ int ConversationStyle::gapAbove(TextSegment::Joint joint) const
     Q_UNREACHABLE();
 }
 
-ConversationStyle::ConversationStyle(const QFont &base, const QPalette &palette)
-    : font(scaled(base, textScale)), captionFont(scaled(base, captionScale)),
-      colors(ThemeColors::fromPalette(palette))
+ConversationStyle::ConversationStyle(const QFont &usual, const QPalette &palette, int zoom)
+    : colors(ThemeColors::fromPalette(palette))
 {
+    const QFont base = scaled(usual, zoom / 100.0);
+    font = scaled(base, textScale);
+    captionFont = scaled(base, captionScale);
     codeFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     if (font.pointSizeF() > 0)
         codeFont.setPointSizeF(base.pointSizeF());

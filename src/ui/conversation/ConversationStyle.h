@@ -42,7 +42,8 @@ struct ConversationStyle {
     int gapAbove(TextSegment::Joint joint) const;
 
     ConversationStyle() = default;
-    ConversationStyle(const QFont &font, const QPalette &palette);
+    /// `zoom` is the text's size in percent.
+    ConversationStyle(const QFont &font, const QPalette &palette, int zoom = 100);
 };
 
 } // namespace morvane

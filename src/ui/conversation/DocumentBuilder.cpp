@@ -3,6 +3,7 @@
 #include "ui/conversation/MarkdownWriter.h"
 #include "ui/markdown/SegmentText.h"
 
+#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextOption>
 
@@ -36,6 +37,11 @@ std::unique_ptr<QTextDocument> plainDocument(const QString &text, const QFont &f
     cursor.setBlockCharFormat(characters);
     cursor.insertText(documentText(text), characters);
     return document;
+}
+
+bool standsApart(const QTextBlock &block)
+{
+    return block.blockFormat().boolProperty(MarkdownWriter::standsApartProperty);
 }
 
 void appendPlainText(QTextDocument &document, const QString &text)

@@ -10,6 +10,8 @@
 #include <QTextDocument>
 #include <memory>
 
+class QTextBlock;
+
 namespace morvane {
 
 /// A document with `text` as it stands, a block for each line.
@@ -19,6 +21,9 @@ std::unique_ptr<QTextDocument> plainDocument(const QString &text, const QFont &f
 /// A document with formatted text.
 std::unique_ptr<QTextDocument> markdownDocument(const QList<MarkdownBlock> &blocks,
                                                 const ConversationStyle &style);
+
+/// Whether an empty line stands above a block of formatted text where it is copied.
+bool standsApart(const QTextBlock &block);
 
 /// Adds to the end of a plain document what its text grew by.
 void appendPlainText(QTextDocument &document, const QString &text);

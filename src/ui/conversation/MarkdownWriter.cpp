@@ -92,6 +92,7 @@ QTextBlockFormat MarkdownWriter::blockFormat(const MarkdownBlock &block) const
 {
     QTextBlockFormat format;
     format.setTopMargin(m_isFirst ? 0 : gapAbove(block));
+    format.setProperty(standsApartProperty, !m_isFirst && !block.isTight);
     format.setLineHeight(112, QTextBlockFormat::ProportionalHeight);
     format.setIndent(block.indent);
     if (!block.marker.isEmpty()) {

@@ -13,6 +13,9 @@ namespace morvane {
 /// Writes blocks of Markdown into an empty document.
 class MarkdownWriter {
 public:
+    /// True of a block above which an empty line stands.
+    static constexpr int standsApartProperty = QTextFormat::UserProperty + 1;
+
     /// Both must outlive the writer.
     MarkdownWriter(QTextDocument &document, const ConversationStyle &style);
 

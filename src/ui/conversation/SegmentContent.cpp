@@ -1,11 +1,9 @@
 #include "ui/conversation/SegmentContent.h"
 
-#include "base/Text.h"
 #include "ui/conversation/DocumentBuilder.h"
+#include "ui/conversation/MessageParts.h"
 #include "ui/markdown/MarkdownParser.h"
 #include "ui/markdown/SegmentText.h"
-
-#include <QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -13,33 +11,22 @@ namespace morvane {
 
 namespace {
 
-/// A name of a file is short everywhere but in files that were made to do harm.
-constexpr qsizetype fileNameLimit = 255;
 constexpr auto errorPrefix = "Error: "_L1;
 
-QString fileNames(const ChatMessage &message)
+bool standsApart(const TextSegment &segment)
 {
-    QStringList names;
-    for (const ChatAttachment &attachment : message.attachments)
-        names += flattened(attachment.filename, fileNameLimit);
-    return names.join(u", "_s);
+    using Joint = TextSegment::Joint;
+    if (segment.kind == TextSegment::Kind::code)
+        return segment.startsBlock;
+    return segment.joint == Joint::block || segment.joint == Joint::heading;
 }
 
 } // namespace
 
 QString SegmentContent::text(const ConversationItem &item, RowPart part) const
 {
-    switch (part) {
-    case RowPart::body:
-        return m_content.text(item);
-    case RowPart::attachments:
-        return fileNames(m_content.message(item));
-    case RowPart::responding:
-        return u"Morvane is responding…"_s;
-    case RowPart::error:
-        return errorPrefix + m_content.message(item).errorMessage.value_or(QString());
-    }
-    Q_UNREACHABLE();
+    return item.kind == ConversationItem::Kind::message ? partText(m_content.message(item), part)
+                                                        : m_content.text(item);
 }
 
 QString SegmentContent::text(const ConversationItem &item, const SegmentLayout &segment) const
@@ -65,24 +52,30 @@ QString SegmentContent::source(const ConversationItem &item, const RowLayout &ro
 QString SegmentContent::plainText(const ConversationItem &item, const RowLayout &row, qsizetype index) const
 {
     const SegmentLayout &segment = row.segments.at(index);
-    switch (segment.segment.kind) {
-    case TextSegment::Kind::markdown:
-        return markdownPlainText(parseMarkdown(source(item, row, index)));
-    case TextSegment::Kind::code:
-        return codeText(m_content.text(item), segment.segment);
-    case TextSegment::Kind::plain:
-        break;
-    }
-    return text(item, segment);
+    if (segment.segment.kind == TextSegment::Kind::plain)
+        return text(item, segment);
+    return shownText(m_content.text(item), segment.segment, row.references);
 }
 
-bool SegmentContent::endsLine(const ConversationItem &item, const SegmentLayout &segment) const
+QString SegmentContent::separatorAbove(const ConversationItem &item, const RowLayout &row,
+                                       qsizetype index) const
 {
-    if (segment.segment.kind != TextSegment::Kind::plain)
-        return true;
-    const qsizetype end = segment.segment.end();
-    const QString text = this->text(item, segment.part);
-    return end == text.size() || text.at(end - 1) == u'\n';
+    const SegmentLayout &above = row.segments.at(index - 1);
+    const SegmentLayout &layout = row.segments.at(index);
+    const TextSegment &segment = layout.segment;
+    if (layout.part != above.part)
+        return u"\n"_s;
+    if (segment.kind != TextSegment::Kind::plain &&
+        (above.segment.kind != segment.kind || standsApart(segment)))
+        return u"\n\n"_s;
+    if (segment.kind == TextSegment::Kind::markdown && segment.joint == TextSegment::Joint::item)
+        return u"\n"_s;
+    // Lines that are too long are cut between words or within one; then nothing stands there but a blank.
+    const qsizetype end = qMax<qsizetype>(0, above.segment.end() - 1);
+    const QString text = this->text(item, layout.part).sliced(end, segment.from - end);
+    if (text.contains(u'\n'))
+        return u"\n"_s;
+    return text.mid(1);
 }
 
 std::unique_ptr<QTextDocument> SegmentContent::makeDocument(const ConversationItem &item,

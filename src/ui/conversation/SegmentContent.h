@@ -25,8 +25,8 @@ public:
     QString text(const ConversationItem &item, const SegmentLayout &segment) const;
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
-    /// Whether a line ends with the segment; false where a long line was cut.
-    bool endsLine(const ConversationItem &item, const SegmentLayout &segment) const;
+    /// What is copied between a segment and the one above it in the same row.
+    QString separatorAbove(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
     /// A document that is not laid out yet.
     std::unique_ptr<QTextDocument> makeDocument(const ConversationItem &item, const RowLayout &row,
                                                 qsizetype segment) const;

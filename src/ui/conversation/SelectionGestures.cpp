@@ -6,15 +6,12 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QCursor>
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTimerEvent>
 #include <QToolTip>
 #include <QWidget>
-#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -23,7 +20,7 @@ namespace morvane {
 
 SelectionGestures::SelectionGestures(ConversationLayout &layout, ConversationScroll &scroll,
                                      QWidget &viewport)
-    : m_layout(layout), m_scroll(scroll), m_viewport(viewport)
+    : m_layout(layout), m_scroll(scroll), m_viewport(viewport), m_selection(layout.content())
 {
     m_viewport.setMouseTracking(true);
     m_viewport.setCursor(Qt::IBeamCursor);
@@ -71,7 +68,7 @@ void SelectionGestures::showToolTip(const QHelpEvent &event) const
 {
     QString text;
     if (const auto hit = hitAt(event.pos()))
-        text = labelText(hit->link.isEmpty() ? m_layout.content().whole(hit->item) : hit->link);
+        text = labelText(hit->link.isEmpty() ? m_layout.content().whole(hit->place.item) : hit->link);
     // As HTML, so that it wraps, and escaped, so that no text brings markup of its own.
     if (!text.isEmpty())
         text = u"<qt>%1</qt>"_s.arg(text.toHtmlEscaped());
@@ -84,17 +81,20 @@ void SelectionGestures::clear()
     Q_EMIT selectionChanged();
 }
 
-void SelectionGestures::select(const ConversationItem &item, const TextPosition &from, const TextPosition &to)
+void SelectionGestures::select(const TextPlace &from, const TextPlace &to)
 {
-    m_selection.start(item, from);
+    m_selection.start(from);
     m_selection.extendTo(to);
     Q_EMIT selectionChanged();
 }
 
-void SelectionGestures::selectRow(const ConversationItem &item)
+void SelectionGestures::selectRows(const ConversationItem &from, const ConversationItem &to)
 {
-    select(item, {},
-           {.segment = m_layout.row(item).segments.size() - 1, .position = std::numeric_limits<int>::max()});
+    const ConversationContent &content = m_layout.content();
+    if (content.position(from) <= content.position(to))
+        select({.item = from, .position = {}}, {.item = to, .position = TextPosition::rowEnd()});
+    else
+        select({.item = from, .position = TextPosition::rowEnd()}, {.item = to, .position = {}});
 }
 
 void SelectionGestures::press(const QMouseEvent &event)
@@ -105,23 +105,34 @@ void SelectionGestures::press(const QMouseEvent &event)
         return;
     m_pressedAt = position;
     m_pressedLink = hit->link;
-    m_pressedHeader = hit->item.kind == ConversationItem::Kind::activityHeader;
+    const ConversationItem item = hit->place.item;
+    m_pressedHeader = item.kind == ConversationItem::Kind::activityHeader;
     m_isDragging = true;
-    const qsizetype segment = hit->position.segment;
     if (m_tripleClickTimer.isActive()) {
         m_tripleClickTimer.stop();
-        QTextCursor cursor(&m_layout.document(hit->item, segment));
-        cursor.setPosition(hit->position.position);
-        cursor.select(QTextCursor::BlockUnderCursor);
-        select(hit->item, {.segment = segment, .position = cursor.block().position()},
-               {.segment = segment, .position = cursor.selectionEnd()});
-    } else if (event.modifiers().testFlag(Qt::ShiftModifier) && m_selection.item() == hit->item) {
-        m_selection.extendTo(hit->position);
+        selectAround(hit->place, QTextCursor::BlockUnderCursor);
+    } else if (event.modifiers().testFlag(Qt::ShiftModifier) && m_selection.anchor()) {
+        m_selection.extendTo(hit->place);
         Q_EMIT selectionChanged();
     } else {
-        select(hit->item, hit->position, hit->position);
+        select(hit->place, hit->place);
     }
-    Q_EMIT rowPressed(hit->item);
+    Q_EMIT rowPressed(item);
+}
+
+void SelectionGestures::selectAround(const TextPlace &place, QTextCursor::SelectionType unit)
+{
+    QTextCursor cursor(&m_layout.document(place.item, place.position.segment));
+    cursor.setPosition(place.position.position);
+    cursor.select(unit);
+    // A selected block brings the mark that ends the one above.
+    const int start =
+        unit == QTextCursor::BlockUnderCursor ? cursor.block().position() : cursor.selectionStart();
+    TextPlace from = place;
+    from.position.position = start;
+    TextPlace to = place;
+    to.position.position = cursor.selectionEnd();
+    select(from, to);
 }
 
 void SelectionGestures::doubleClick(const QMouseEvent &event)
@@ -129,12 +140,7 @@ void SelectionGestures::doubleClick(const QMouseEvent &event)
     const auto hit = hitAt(event.position().toPoint());
     if (!hit)
         return;
-    const qsizetype segment = hit->position.segment;
-    QTextCursor cursor(&m_layout.document(hit->item, segment));
-    cursor.setPosition(hit->position.position);
-    cursor.select(QTextCursor::WordUnderCursor);
-    select(hit->item, {.segment = segment, .position = cursor.selectionStart()},
-           {.segment = segment, .position = cursor.selectionEnd()});
+    selectAround(hit->place, QTextCursor::WordUnderCursor);
     m_tripleClickTimer.start(QApplication::doubleClickInterval(), this);
 }
 
@@ -145,7 +151,7 @@ void SelectionGestures::move(const QMouseEvent &event)
     if (!m_isDragging || !event.buttons().testFlag(Qt::LeftButton)) {
         const auto hit = hitAt(position);
         const bool canBePressed =
-            hit && (!hit->link.isEmpty() || hit->item.kind == ConversationItem::Kind::activityHeader);
+            hit && (!hit->link.isEmpty() || hit->place.item.kind == ConversationItem::Kind::activityHeader);
         m_viewport.setCursor(canBePressed ? Qt::PointingHandCursor : Qt::IBeamCursor);
         return;
     }
@@ -153,20 +159,19 @@ void SelectionGestures::move(const QMouseEvent &event)
         m_pressedLink.clear();
         m_pressedHeader = false;
     }
-    dragTo(position);
+    m_draggedTo = position;
+    followDrag();
     if (m_viewport.rect().contains(position))
         m_dragTimer.stop();
     else if (!m_dragTimer.isActive())
         m_dragTimer.start(scrollInterval, this);
 }
 
-void SelectionGestures::dragTo(const QPoint &position)
+void SelectionGestures::followDrag()
 {
-    if (!m_selection.item())
-        return;
-    const QPoint inside(position.x(), qBound(0, position.y(), m_viewport.height() - 1));
-    if (const auto hit = hitTest(m_layout, inContent(inside), m_selection.item())) {
-        m_selection.extendTo(hit->position);
+    const QPoint inside(m_draggedTo.x(), qBound(0, m_draggedTo.y(), m_viewport.height() - 1));
+    if (const auto hit = hitAt(inside)) {
+        m_selection.extendTo(hit->place);
         Q_EMIT selectionChanged();
     }
 }
@@ -189,9 +194,9 @@ void SelectionGestures::timerEvent(QTimerEvent *event)
     if (event->timerId() == m_tripleClickTimer.timerId()) {
         m_tripleClickTimer.stop();
     } else if (event->timerId() == m_dragTimer.timerId()) {
-        const QPoint position = m_viewport.mapFromGlobal(QCursor::pos());
-        m_scroll.scrollBy(position.y() < 0 ? position.y() : position.y() - m_viewport.height());
-        dragTo(position);
+        const int y = m_draggedTo.y();
+        m_scroll.scrollBy(y < 0 ? y : qMax(0, y - m_viewport.height()));
+        followDrag();
     }
 }
 

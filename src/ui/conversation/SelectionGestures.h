@@ -6,6 +6,7 @@
 #include <QBasicTimer>
 #include <QObject>
 #include <QPoint>
+#include <QTextCursor>
 
 class QHelpEvent;
 class QMouseEvent;
@@ -17,8 +18,8 @@ class ConversationLayout;
 class ConversationScroll;
 
 /// What the mouse does to the conversation: it selects by dragging, by a double and a triple click, and
-/// presses links and the activity's header; what
-/// it rests on tells all of itself. Takes the events of the view's viewport.
+/// presses links and the activity's header; what it rests on tells all of itself. Takes the events of the
+/// view's viewport.
 class SelectionGestures : public QObject {
     Q_OBJECT
 public:
@@ -28,7 +29,9 @@ public:
     const TextSelection &selection() const { return m_selection; }
     QString selectedText() const { return m_selection.text(m_layout); }
     void clear();
-    void selectRow(const ConversationItem &item);
+    void select(const TextPlace &from, const TextPlace &to);
+    /// Selects whole rows, from one to another in whatever order.
+    void selectRows(const ConversationItem &from, const ConversationItem &to);
 
 Q_SIGNALS:
     void selectionChanged();
@@ -46,10 +49,10 @@ private:
     void press(const QMouseEvent &event);
     void doubleClick(const QMouseEvent &event);
     void move(const QMouseEvent &event);
-    void dragTo(const QPoint &position);
+    void followDrag();
+    void selectAround(const TextPlace &place, QTextCursor::SelectionType unit);
     void release();
     void showToolTip(const QHelpEvent &event) const;
-    void select(const ConversationItem &item, const TextPosition &from, const TextPosition &to);
 
     ConversationLayout &m_layout;
     ConversationScroll &m_scroll;
@@ -58,6 +61,7 @@ private:
     QBasicTimer m_tripleClickTimer;
     QBasicTimer m_dragTimer; ///< Scrolls on while a drag is outside the viewport.
     QPoint m_pressedAt;
+    QPoint m_draggedTo; ///< Of the viewport, or outside it.
     QString m_pressedLink;
     bool m_pressedHeader = false;
     bool m_isDragging = false;

@@ -6,10 +6,9 @@
 
 namespace morvane {
 
-std::optional<TextHit> hitTest(ConversationLayout &layout, const QPoint &place,
-                               const std::optional<ConversationItem> &within)
+std::optional<TextHit> hitTest(ConversationLayout &layout, const QPoint &place)
 {
-    const qsizetype row = within ? layout.content().position(*within) : layout.rowAt(place.y());
+    const qsizetype row = layout.rowAt(place.y());
     if (row < 0)
         return std::nullopt;
     const ConversationItem item = layout.content().item(row);
@@ -20,8 +19,8 @@ std::optional<TextHit> hitTest(ConversationLayout &layout, const QPoint &place,
     const QPointF inText(place.x() - rowFrame.left - frame.left,
                          inRow - layout.segmentTop(item, segment) - frame.gap - frame.header);
     const QAbstractTextDocumentLayout *text = layout.document(item, segment).documentLayout();
-    return TextHit{.item = item,
-                   .position = {.segment = segment, .position = qMax(0, text->hitTest(inText, Qt::FuzzyHit))},
+    const int position = qMax(0, text->hitTest(inText, Qt::FuzzyHit));
+    return TextHit{.place = {.item = item, .position = {.segment = segment, .position = position}},
                    .link = text->anchorAt(inText)};
 }
 

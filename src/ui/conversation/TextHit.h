@@ -13,14 +13,11 @@ class ConversationLayout;
 
 /// What lies at a place of the conversation.
 struct TextHit {
-    ConversationItem item;
-    TextPosition position;
+    TextPlace place;
     QString link; ///< The address under the place, or empty.
 };
 
-/// The text at `place`, whose y counts from the top of the first row, or the nearest; only that of `within`
-/// if a row is given. Nothing without rows.
-std::optional<TextHit> hitTest(ConversationLayout &layout, const QPoint &place,
-                               const std::optional<ConversationItem> &within = std::nullopt);
+/// The text at `place`, whose y counts from the top of the first row, or the nearest. Nothing without rows.
+std::optional<TextHit> hitTest(ConversationLayout &layout, const QPoint &place);
 
 } // namespace morvane

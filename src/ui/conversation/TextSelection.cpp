@@ -1,74 +1,99 @@
 #include "ui/conversation/TextSelection.h"
 
 #include "ui/conversation/ConversationLayout.h"
+#include "ui/conversation/SelectedText.h"
 
-#include <QTextCursor>
-#include <algorithm>
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-namespace {
-
-QString documentText(QTextDocument &document, const SelectedRange &range)
+void TextSelection::start(const TextPlace &place)
 {
-    QTextCursor cursor(&document);
-    const int last = document.characterCount() - 1;
-    cursor.setPosition(qMin(range.from, last));
-    cursor.setPosition(range.to < 0 ? last : qMin(range.to, last), QTextCursor::KeepAnchor);
-    QString text = cursor.selectedText();
-    for (QChar &character : text) {
-        switch (character.unicode()) {
-        case QChar::ParagraphSeparator:
-        case QChar::LineSeparator:
-        case 0xfdd1: // the toolkit's mark behind a table
-            character = u'\n';
-            break;
-        case 0xfdd0: // before each of its cells
-            character = u'\t';
-            break;
-        default:
-            break;
-        }
-    }
-    return text;
+    m_anchor = place;
+    m_cursor = place;
 }
 
-} // namespace
-
-void TextSelection::start(const ConversationItem &item, const TextPosition &position)
+void TextSelection::extendTo(const TextPlace &place)
 {
-    m_item = item;
-    m_anchor = position;
-    m_cursor = position;
+    if (m_anchor)
+        m_cursor = place;
+}
+
+std::optional<TextSelection::Ends> TextSelection::ends() const
+{
+    if (!m_anchor || m_anchor == m_cursor)
+        return std::nullopt;
+    const qsizetype anchor = m_content.position(m_anchor->item);
+    const qsizetype cursor = m_content.position(m_cursor.item);
+    if (anchor < 0 || cursor < 0)
+        return std::nullopt;
+    const bool isForward = anchor == cursor ? m_anchor->position < m_cursor.position : anchor < cursor;
+    return isForward ? Ends{.first = *m_anchor, .last = m_cursor}
+                     : Ends{.first = m_cursor, .last = *m_anchor};
+}
+
+bool TextSelection::isEmpty() const
+{
+    return !ends();
+}
+
+bool TextSelection::touches(const ConversationItem &item) const
+{
+    if (m_anchor && (m_anchor->item == item || m_cursor.item == item))
+        return true;
+    const auto ends = this->ends();
+    const qsizetype row = m_content.position(item);
+    return ends && row >= m_content.position(ends->first.item) && row <= m_content.position(ends->last.item);
 }
 
 std::optional<SelectedRange> TextSelection::range(const ConversationItem &item, qsizetype segment) const
 {
-    if (isEmpty() || *m_item != item)
+    const auto ends = this->ends();
+    if (!ends || !touches(item))
         return std::nullopt;
-    const auto [first, last] = std::minmax(m_anchor, m_cursor);
+    const TextPosition first = ends->first.item == item ? ends->first.position : TextPosition();
+    const TextPosition last = ends->last.item == item ? ends->last.position : TextPosition::rowEnd();
     if (segment < first.segment || segment > last.segment)
         return std::nullopt;
     return SelectedRange{.from = segment == first.segment ? first.position : 0,
                          .to = segment == last.segment ? last.position : -1};
 }
 
-QString TextSelection::text(ConversationLayout &layout) const
+QString TextSelection::rowText(ConversationLayout &layout, const ConversationItem &item,
+                               const TextPosition &from, const TextPosition &to) const
 {
-    if (isEmpty())
-        return {};
-    const auto [first, last] = std::minmax(m_anchor, m_cursor);
+    const qsizetype last = qMin(to.segment, layout.row(item).segments.size() - 1);
     QString text;
-    for (qsizetype segment = first.segment; segment <= last.segment; ++segment) {
-        const bool isWhole = segment > first.segment && segment < last.segment;
-        if (isWhole)
-            text += layout.plainText(*m_item, segment);
-        else if (const auto selected = range(*m_item, segment))
-            text += documentText(layout.document(*m_item, segment), *selected);
-        if (segment < last.segment && layout.endsLine(*m_item, segment))
-            text += u'\n';
+    for (qsizetype segment = from.segment; segment <= last; ++segment) {
+        const auto selected = range(item, segment);
+        if (!selected)
+            continue;
+        if (segment > from.segment)
+            text += layout.separatorAbove(item, segment);
+        if (selected->from == 0 && selected->to < 0)
+            text += layout.plainText(item, segment);
+        else
+            text += selectedText(layout.document(item, segment), *selected);
     }
     return text;
+}
+
+QString TextSelection::text(ConversationLayout &layout) const
+{
+    const auto ends = this->ends();
+    if (!ends)
+        return {};
+    const qsizetype first = m_content.position(ends->first.item);
+    const qsizetype last = m_content.position(ends->last.item);
+    QStringList rows;
+    for (qsizetype row = first; row <= last; ++row) {
+        const QString text =
+            rowText(layout, m_content.item(row), row == first ? ends->first.position : TextPosition(),
+                    row == last ? ends->last.position : TextPosition::rowEnd());
+        if (!text.isEmpty())
+            rows += text;
+    }
+    return rows.join(u"\n\n"_s);
 }
 
 } // namespace morvane

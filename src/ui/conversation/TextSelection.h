@@ -3,11 +3,14 @@
 #include "ui/conversation/ConversationItem.h"
 
 #include <QString>
+#include <QStringList>
 #include <compare>
+#include <limits>
 #include <optional>
 
 namespace morvane {
 
+class ConversationContent;
 class ConversationLayout;
 
 /// A place in the text of a row.
@@ -16,6 +19,17 @@ struct TextPosition {
     int position = 0; ///< In the segment's document.
 
     auto operator<=>(const TextPosition &) const = default;
+
+    /// Behind everything that a row shows.
+    static constexpr TextPosition rowEnd() { return {.segment = std::numeric_limits<qsizetype>::max()}; }
+};
+
+/// A place in the text of the conversation.
+struct TextPlace {
+    ConversationItem item;
+    TextPosition position;
+
+    bool operator==(const TextPlace &) const = default;
 };
 
 /// The characters of one segment that are selected.
@@ -26,27 +40,41 @@ struct SelectedRange {
     bool operator==(const SelectedRange &) const = default;
 };
 
-/// The text that the user selected with the mouse: any stretch of one row, across its segments.
+/// The text that is selected: any stretch of the conversation, across its rows and their segments.
 class TextSelection {
 public:
-    void start(const ConversationItem &item, const TextPosition &position);
-    void extendTo(const TextPosition &position) { m_cursor = position; }
-    void clear() { m_item.reset(); }
+    /// `content` must outlive the selection.
+    explicit TextSelection(const ConversationContent &content) : m_content(content) {}
 
-    bool isEmpty() const { return !m_item || m_anchor == m_cursor; }
-    const std::optional<ConversationItem> &item() const { return m_item; }
-    const TextPosition &anchor() const { return m_anchor; }
+    void start(const TextPlace &place);
+    /// Moves the end that follows the mouse or the keyboard. Without a start nothing happens.
+    void extendTo(const TextPlace &place);
+    void clear() { m_anchor.reset(); }
+
+    bool isEmpty() const;
+    /// Where it began.
+    const std::optional<TextPlace> &anchor() const { return m_anchor; }
+    /// Whether any of a row may be selected.
+    bool touches(const ConversationItem &item) const;
 
     /// What is selected of a segment, or nothing.
     std::optional<SelectedRange> range(const ConversationItem &item, qsizetype segment) const;
 
-    /// The selected text as it is shown.
+    /// The selected text as it is shown, with an empty line between paragraphs and between rows.
     QString text(ConversationLayout &layout) const;
 
 private:
-    std::optional<ConversationItem> m_item;
-    TextPosition m_anchor;
-    TextPosition m_cursor;
+    struct Ends {
+        TextPlace first;
+        TextPlace last;
+    };
+    std::optional<Ends> ends() const;
+    QString rowText(ConversationLayout &layout, const ConversationItem &item, const TextPosition &from,
+                    const TextPosition &to) const;
+
+    const ConversationContent &m_content;
+    std::optional<TextPlace> m_anchor;
+    TextPlace m_cursor;
 };
 
 } // namespace morvane

@@ -135,6 +135,8 @@ QString markdownPlainText(const QList<MarkdownBlock> &blocks)
 {
     QStringList lines;
     for (const MarkdownBlock &block : blocks) {
+        if (!lines.isEmpty() && !block.isTight)
+            lines += QString();
         const QString indent((qMax(1, block.indent) - 1) * 2, u' ');
         if (block.kind == MarkdownBlock::Kind::table) {
             for (const QList<MarkdownCell> &row : block.rows) {

@@ -1,6 +1,7 @@
 #include "ui/markdown/SegmentText.h"
 
 #include "ui/markdown/MarkdownLine.h"
+#include "ui/markdown/MarkdownParser.h"
 
 using namespace Qt::StringLiterals;
 
@@ -75,6 +76,22 @@ QString markdownSource(QStringView text, const TextSegment &segment, const QStri
     if (!references.isEmpty())
         source += "\n\n"_L1 + references;
     return source;
+}
+
+QString shownText(QStringView text, const TextSegment &segment, const QString &references)
+{
+    switch (segment.kind) {
+    case TextSegment::Kind::markdown:
+        return markdownPlainText(parseMarkdown(markdownSource(text, segment, references)));
+    case TextSegment::Kind::code:
+        return codeText(text, segment);
+    case TextSegment::Kind::plain:
+        break;
+    }
+    QStringView shown = text.sliced(segment.from, segment.length);
+    if (shown.endsWith(u'\n'))
+        shown.chop(1);
+    return shown.toString();
 }
 
 QString codeText(QStringView text, const TextSegment &segment)

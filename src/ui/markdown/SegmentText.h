@@ -15,6 +15,9 @@ QString markdownSource(QStringView text, const TextSegment &segment, const QStri
 /// The lines of a code segment as they are shown.
 QString codeText(QStringView text, const TextSegment &segment);
 
+/// What a segment of `text` shows, without formatting and without the line end that closes it. Any thread.
+QString shownText(QStringView text, const TextSegment &segment, const QString &references);
+
 /// A code block as it is copied, given as one segment from its first line to its last: ">" marks belong to
 /// the code unless the block itself stands in a quote.
 QString copiedCode(QStringView text, const TextSegment &block);

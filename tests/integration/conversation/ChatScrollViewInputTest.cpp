@@ -35,6 +35,13 @@ protected:
 
     QMenu *menu() const { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }
 
+    void drag(const QPoint &to)
+    {
+        QMouseEvent move(QEvent::MouseMove, to, view.viewport()->mapToGlobal(to), Qt::NoButton,
+                         Qt::LeftButton, {});
+        QApplication::sendEvent(view.viewport(), &move);
+    }
+
     /// A place in the middle of the first word of a row's first line.
     QPoint textOf(qsizetype row) const
     {
@@ -247,7 +254,80 @@ TEST_F(ChatScrollViewInputTest, SelectedCodeHasNoFenceLines)
     say(Role::assistant, u"Before\n\n```sh\nls -l\n```\n\n> after"_s);
     showWithFocus();
     press(Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(view.selectedText(), u"Before\nls -l\nafter"_s);
+    EXPECT_EQ(view.selectedText(), u"Before\n\nls -l\n\nafter"_s);
+}
+
+TEST_F(ChatScrollViewInputTest, DraggingSelectsAcrossMessages)
+{
+    say(Role::user, u"first message"_s);
+    say(Role::assistant, u"One paragraph.\n\n- item\n- item two\n\nThe end."_s);
+    say(Role::user, u"last message"_s);
+    show();
+    const QPoint start = textOf(0) - QPoint(12, 0);
+    const QPoint end = textOf(2) - QPoint(12, 0);
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, start);
+    drag(end);
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, end);
+    const QString expected = u"first message\n\nOne paragraph.\n\n• item\n• item two\n\nThe end."_s;
+    EXPECT_EQ(view.selectedText().replace(u'\t', u' '), expected);
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, end);
+    drag(start);
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, start);
+    EXPECT_EQ(view.selectedText().replace(u'\t', u' '), expected);
+    view.copy();
+    EXPECT_EQ(clipboard().replace(u'\t', u' '), expected);
+    EXPECT_TRUE(accessibleRow(1)->state().selected);
+}
+
+TEST_F(ChatScrollViewInputTest, ParagraphsOfOneMessageKeepTheirEmptyLines)
+{
+    say(Role::assistant, u"One.\n\nTwo.\n\n| a | b |\n|---|---|\n| c | d |\n\nThree."_s);
+    show();
+    const ConversationItem item = view.content().item(0);
+    const int bottom = view.rowRect(0).bottom() - view.rows().rowFrame(item).bottom - 2;
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, textOf(0) - QPoint(12, 0));
+    drag({view.viewport()->width() - 5, bottom});
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, {view.viewport()->width() - 5, bottom});
+    EXPECT_EQ(view.selectedText(), u"One.\n\nTwo.\na\tb\nc\td\nThree."_s);
+}
+
+TEST_F(ChatScrollViewInputTest, ADragThatLeavesTheWindowScrollsOn)
+{
+    transcript.reset(dialogue(100));
+    show();
+    const int before = offset();
+    const QPoint start(400, 300);
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, start);
+    drag({400, -40});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return offset() < before - 2000; }));
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, {400, -40});
+    EXPECT_GT(view.selectedText().count(u"Message "_s), 5);
+    const int stopped = offset();
+    settle();
+    EXPECT_EQ(offset(), stopped);
+}
+
+TEST_F(ChatScrollViewInputTest, ShiftAndTheArrowsSelectMessages)
+{
+    for (const char *text : {"one", "two", "three", "four"})
+        say(Role::user, QString::fromLatin1(text));
+    showWithFocus();
+    view.setCurrentRow(1);
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), u"two\n\nthree"_s);
+    press(Qt::Key_Up, Qt::ShiftModifier);
+    press(Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), u"one\n\ntwo"_s);
+    press(Qt::Key_End, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), u"two\n\nthree\n\nfour"_s);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"two\n\nthree\n\nfour"_s);
+    EXPECT_FALSE(accessibleRow(0)->state().selected);
+    EXPECT_TRUE(accessibleRow(3)->state().selected);
+    press(Qt::Key_Up);
+    EXPECT_EQ(view.selectedText(), QString());
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(view.selectedText(), u"one\n\ntwo\n\nthree\n\nfour"_s);
 }
 
 TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTab)

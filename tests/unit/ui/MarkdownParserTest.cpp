@@ -152,7 +152,7 @@ TEST(MarkdownParserTest, ATildeInAnAddressIsPartOfIt)
 
 TEST(MarkdownParserTest, FootnotesAreText)
 {
-    EXPECT_EQ(markdownPlainText(parse("Word.[^1]\n\n[^1]: note")), u"Word.[^1]\n[^1]: note"_s);
+    EXPECT_EQ(markdownPlainText(parse("Word.[^1]\n\n[^1]: note")), u"Word.[^1]\n\n[^1]: note"_s);
     EXPECT_EQ(markdownPlainText(parse("[^a]: https://example.com")), u"[^a]: https://example.com"_s);
 }
 

@@ -1,0 +1,75 @@
+#include "ui/conversation/MessageParts.h"
+
+#include "base/Text.h"
+#include "ui/markdown/MarkdownSegmenter.h"
+#include "ui/markdown/PlainTextSegmenter.h"
+
+#include <QStringList>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+/// A name of a file is short everywhere but in files that were made to do harm.
+constexpr qsizetype fileNameLimit = 255;
+
+QString shownFileNames(const ChatMessage &message)
+{
+    QStringList names;
+    for (const ChatAttachment &attachment : message.attachments)
+        names += flattened(attachment.filename, fileNameLimit);
+    return names.join(u", "_s);
+}
+
+} // namespace
+
+QList<RowPart> messageParts(const ChatMessage &message)
+{
+    QList<RowPart> parts{RowPart::body};
+    if (!message.text.isEmpty() && !message.attachments.isEmpty())
+        parts += RowPart::attachments;
+    if (message.isStreaming)
+        parts += RowPart::responding;
+    if (message.errorMessage)
+        parts += RowPart::error;
+    return parts;
+}
+
+QString partText(const ChatMessage &message, RowPart part)
+{
+    switch (part) {
+    case RowPart::body:
+        return message.displayText();
+    case RowPart::attachments:
+        return shownFileNames(message);
+    case RowPart::responding:
+        return u"Morvane is responding…"_s;
+    case RowPart::error:
+        return u"Error: "_s + message.errorMessage.value_or(QString());
+    }
+    Q_UNREACHABLE();
+}
+
+bool isFormatted(const ChatMessage &message)
+{
+    return message.role == Role::assistant && !message.isStreaming && !message.text.isEmpty();
+}
+
+QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QString &references)
+{
+    const QString text = partText(message, part);
+    QList<TextSegment> segments;
+    if (part == RowPart::body && isFormatted(message)) {
+        MarkdownSegments markdown = MarkdownSegmenter::segments(text);
+        references = std::move(markdown.references);
+        segments = std::move(markdown.segments);
+    } else {
+        extendPlainSegments(segments, text);
+    }
+    return segments;
+}
+
+} // namespace morvane

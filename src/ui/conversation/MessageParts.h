@@ -1,0 +1,23 @@
+#pragma once
+
+#include "model/ChatMessage.h"
+#include "ui/conversation/RowLayout.h"
+
+#include <QList>
+#include <QString>
+
+namespace morvane {
+
+/// The texts that a message's row shows, from the top. Any thread.
+QList<RowPart> messageParts(const ChatMessage &message);
+
+/// One of them; empty for a part that the message does not have.
+QString partText(const ChatMessage &message, RowPart part);
+
+/// Whether the body is Markdown that is to be formatted.
+bool isFormatted(const ChatMessage &message);
+
+/// How a part is cut into segments; the definitions of its links go into `references`.
+QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QString &references);
+
+} // namespace morvane
