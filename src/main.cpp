@@ -37,6 +37,7 @@
 #include "tools/reminders/ReminderStore.h"
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/CursorRest.h"
+#include "ui/theme/AppMark.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
 
@@ -149,6 +150,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     const CursorRest cursorRest;
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
+    QApplication::setWindowIcon(appIcon());
     LinuxWindowRaiser raiser;
     MainWindow window(model, {announcer, browserWindow, updates, serverManager, settingsServices});
     window.show();

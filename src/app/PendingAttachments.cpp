@@ -18,6 +18,8 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
+constexpr qsizetype mostFailures = 3;
+
 Task<ChatAttachment> encodeAndProcess(AttachmentService *service, QImage image, QString filename)
 {
     const QByteArray png = co_await runOffMain([image = std::move(image)] {
@@ -70,6 +72,8 @@ void PendingAttachments::handleImage(const QImage &image, const QString &filenam
 
 void PendingAttachments::begin(Task<ChatAttachment> work, const QString &filename)
 {
+    if (m_processingCount == 0)
+        forgetFailures();
     ++m_processingCount;
     Q_EMIT processingCountChanged();
     m_status.announce(u"Attaching "_s + filename + u"…"_s);
@@ -103,9 +107,22 @@ void PendingAttachments::finish(const std::optional<ChatAttachment> &attachment,
     if (attachment) {
         m_attachments.append(*attachment);
         Q_EMIT attachmentsChanged();
+    } else {
+        m_failures.append(failure);
+        if (m_failures.size() > mostFailures)
+            m_failures.removeFirst();
+        Q_EMIT failuresChanged();
     }
     Q_EMIT processingCountChanged();
     m_status.announce(attachment ? u"Attached "_s + attachment->filename + u'.' : failure);
+}
+
+void PendingAttachments::forgetFailures()
+{
+    if (m_failures.isEmpty())
+        return;
+    m_failures.clear();
+    Q_EMIT failuresChanged();
 }
 
 void PendingAttachments::removeAttachment(QUuid id)
@@ -122,6 +139,7 @@ void PendingAttachments::removeAttachment(QUuid id)
 
 void PendingAttachments::clear()
 {
+    forgetFailures();
     if (m_attachments.isEmpty())
         return;
     m_attachments.clear();

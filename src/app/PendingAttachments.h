@@ -31,6 +31,8 @@ public:
     const QList<ChatAttachment> &attachments() const { return m_attachments; }
     /// Files being read now.
     int processingCount() const { return m_processingCount; }
+    /// Why files were not read, since the last time that some were chosen; the newest few.
+    const QStringList &failures() const { return m_failures; }
     /// Whether a picture waits that the current model cannot see.
     bool hasUnseenImage() const;
 
@@ -48,12 +50,14 @@ public:
 Q_SIGNALS:
     void attachmentsChanged();
     void processingCountChanged();
+    void failuresChanged();
     /// Provider or model are other ones, and may see pictures or not.
     void modelChanged();
 
 private:
     static Task<void> attach(QPointer<PendingAttachments> self, Task<ChatAttachment> work, QString filename);
     void begin(Task<ChatAttachment> work, const QString &filename);
+    void forgetFailures();
     void finish(const std::optional<ChatAttachment> &attachment, const QString &failure);
 
     Scheduler &m_scheduler;
@@ -61,6 +65,7 @@ private:
     Status &m_status;
     const SettingsStore &m_settings;
     QList<ChatAttachment> m_attachments;
+    QStringList m_failures;
     int m_processingCount = 0;
     QList<TaskHandle<void>> m_tasks;
 };

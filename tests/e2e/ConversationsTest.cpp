@@ -152,6 +152,19 @@ TEST_F(ConversationsTest, ADeleteRightAfterAChoiceDeletesWhatWasChosen)
     EXPECT_TRUE(morvane.program().shows(u"Try asking: What can you do?"_s));
 }
 
+TEST_F(ConversationsTest, BackspaceDeletesNothing)
+{
+    MorvaneSession &morvane = startWithTwoConversations();
+    goToLastRow(morvane);
+    morvane.keyboard().press(u"BackSpace"_s);
+    morvane.keyboard().press(u"BackSpace"_s);
+    // Keys arrive in their order, so that what Delete does comes after what they did.
+    morvane.keyboard().press(u"Delete"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Conversation deleted."_s));
+    EXPECT_TRUE(waitUntil([&] { return morvane.storedConversations().size() == 1; }));
+    EXPECT_TRUE(stored(morvane, u"Second question"_s).contains("Answer two."));
+}
+
 TEST_F(ConversationsTest, ADraftIsNotKeptBeyondTheEnd)
 {
     MorvaneSession &morvane = startWithAnswers();

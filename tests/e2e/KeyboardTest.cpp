@@ -57,6 +57,20 @@ protected:
         });
         return found;
     }
+
+    MorvaneSession &startWithAnswer()
+    {
+        MorvaneSession &morvane = start({ScriptedTurn::saying({"An **answer** about birds."})});
+        morvane.send(u"Which birds?"_s);
+        EXPECT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
+        morvane.ear().forget();
+        return morvane;
+    }
+
+    static QString draft(MorvaneSession &morvane)
+    {
+        return morvane.program().find(u"Message Morvane"_s).text();
+    }
 };
 
 TEST_F(KeyboardTest, TabReachesEveryControlOfAnEmptyWindow)
@@ -111,6 +125,52 @@ TEST_F(KeyboardTest, TheSendButtonTellsWhyItCannotSend)
     EXPECT_FALSE(disabled.has(AccessibleState::enabled));
     morvane.program().find(u"Message Morvane"_s).setText(u"Hello"_s);
     EXPECT_TRUE(morvane.program().find(u"Send message"_s).has(AccessibleState::enabled));
+}
+
+TEST_F(KeyboardTest, WordsAreFoundByKeyboardAlone)
+{
+    MorvaneSession &morvane = startWithAnswer();
+    morvane.keyboard().press(u"Ctrl+F"_s);
+    ASSERT_TRUE(morvane.program().focuses(u"Find in conversation"_s));
+    morvane.keyboard().type(u"birds"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"1 of 2. You: Which birds?"_s));
+    EXPECT_TRUE(morvane.program().shows(u"1 of 2"_s));
+    morvane.keyboard().press(u"Return"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"2 of 2. Morvane: An answer about birds."_s));
+    morvane.keyboard().press(u"Shift+Return"_s);
+    EXPECT_TRUE(morvane.program().shows(u"1 of 2"_s));
+    morvane.keyboard().type(u"x"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"No matches."_s));
+    morvane.keyboard().press(u"Escape"_s);
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    EXPECT_TRUE(morvane.program().hides(u"No matches"_s));
+    EXPECT_EQ(draft(morvane), QString());
+}
+
+TEST_F(KeyboardTest, WhatIsTypedInTheConversationIsWrittenIntoTheMessage)
+{
+    MorvaneSession &morvane = startWithAnswer();
+    morvane.keyboard().press(u"Shift+Tab"_s);
+    ASSERT_TRUE(waitUntil([&] {
+        const auto focused = morvane.program().focused();
+        return focused && focused->name != "Message Morvane"_L1;
+    }));
+    morvane.keyboard().type(u"hello"_s);
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    EXPECT_TRUE(waitUntil([&] { return draft(morvane) == "hello"_L1; })) << draft(morvane).toStdString();
+}
+
+TEST_F(KeyboardTest, TheTextsSizeIsToldAndRemembered)
+{
+    MorvaneSession &morvane = startWithAnswer();
+    morvane.keyboard().press(u"Ctrl+="_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Text size 110 percent."_s));
+    morvane.quit();
+    morvane.start();
+    morvane.keyboard().press(u"Ctrl+="_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Text size 125 percent."_s));
+    morvane.keyboard().press(u"Ctrl+0"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Text size 100 percent."_s));
 }
 
 } // namespace

@@ -24,4 +24,18 @@ void paintAppMark(QPainter &painter, const QRectF &square)
     painter.restore();
 }
 
+QIcon appIcon()
+{
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48, 64, 128}) {
+        QPixmap pixmap(side, side);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paintAppMark(painter, pixmap.rect());
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
 } // namespace morvane

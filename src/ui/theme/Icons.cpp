@@ -30,6 +30,8 @@ QString fileName(Symbol symbol)
         return u"check-circle"_s;
     case Symbol::chevronDown:
         return u"chevron-down"_s;
+    case Symbol::chevronUp:
+        return u"chevron-up"_s;
     case Symbol::compose:
         return u"compose"_s;
     case Symbol::copy:

@@ -16,6 +16,7 @@ enum class Symbol {
     check,
     checkCircle,
     chevronDown,
+    chevronUp,
     compose,
     copy,
     cross,

@@ -55,6 +55,11 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
             Q_EMIT sendRequested();
         return;
     }
+    const bool isPage = event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown;
+    if (isPage && event->modifiers() == Qt::NoModifier) {
+        Q_EMIT pageRequested(event->key() == Qt::Key_PageUp ? -1 : 1);
+        return;
+    }
     QPlainTextEdit::keyPressEvent(event);
 }
 

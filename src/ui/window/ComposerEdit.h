@@ -16,6 +16,8 @@ public:
 
 Q_SIGNALS:
     void sendRequested();
+    /// A page down (1) or up (-1) of what stands above the field.
+    void pageRequested(int direction);
     void filesPasted(const QList<QUrl> &urls);
     /// A picture in the format of its name's extension.
     void imagePasted(const QByteArray &data, const QString &filename);

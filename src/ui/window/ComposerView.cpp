@@ -3,6 +3,7 @@
 #include "app/ConversationPort.h"
 #include "app/UpdateModel.h"
 #include "base/Text.h"
+#include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/theme/Icons.h"
@@ -29,6 +30,8 @@ namespace {
 
 constexpr QSize progressSize{80, 8};
 constexpr int smallestIcon = 18;
+/// Characters of why a file was not read.
+constexpr qsizetype longestFailure = 300;
 
 QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
@@ -70,8 +73,8 @@ QWidget *makeVisionWarning()
 ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, QWidget *parent)
     : QWidget(parent), m_conversation(conversation), m_updates(updates),
       m_attachments(conversation.newAttachments(this)), m_chips(new AttachmentChips),
-      m_warning(makeVisionWarning()), m_processing(nullptr), m_progress(new QProgressBar),
-      m_edit(new ComposerEdit),
+      m_warning(makeVisionWarning()), m_failures(new NoteLabel({}, NoteLabel::Tone::error)),
+      m_processing(nullptr), m_progress(new QProgressBar), m_edit(new ComposerEdit),
       m_attach(roundButton(symbolIcon(Symbol::paperclip), u"Attach a file or image"_s)),
       m_send(roundButton(symbolIcon(Symbol::arrowUp), u"Send message"_s)),
       m_stop(roundButton(symbolIcon(Symbol::stop), u"Stop generating"_s)), m_note(new QLabel)
@@ -100,6 +103,7 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
         m_isPostponed = false;
         updateState();
     });
+    connect(m_edit, &ComposerEdit::pageRequested, this, &ComposerView::pageRequested);
     connect(m_attach, &QToolButton::clicked, this, &ComposerView::openFileDialog);
     connect(m_send, &QToolButton::clicked, this, &ComposerView::send);
     connect(m_stop, &QToolButton::clicked, &conversation, &ConversationPort::cancel);
@@ -108,6 +112,8 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
     connect(&conversation, &ConversationPort::conversationReady, this, &ComposerView::sendPostponed);
     connect(&updates, &UpdateModel::changed, this, &ComposerView::updateState);
     connectAttachments();
+    m_failures->setSymbol(Symbol::octagonExclamation);
+    m_failures->hide();
     fitIcons();
     updateState();
 }
@@ -123,7 +129,8 @@ QWidget *ComposerView::makeAttachmentArea()
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins({});
     column->setSpacing(6);
-    for (QWidget *part : {static_cast<QWidget *>(m_chips), m_warning, m_processing})
+    for (QWidget *part :
+         {static_cast<QWidget *>(m_chips), static_cast<QWidget *>(m_failures), m_warning, m_processing})
         column->addWidget(part);
     return area;
 }
@@ -145,6 +152,7 @@ void ComposerView::connectAttachments()
         updateProcessing();
         updateState();
     });
+    connect(m_attachments, &PendingAttachments::failuresChanged, this, &ComposerView::showFailures);
     connect(m_attachments, &PendingAttachments::modelChanged, this, &ComposerView::updateState);
 }
 
@@ -255,6 +263,15 @@ void ComposerView::updateProcessing()
     const int count = m_attachments->processingCount();
     m_processing->setVisible(count > 0);
     m_progress->setAccessibleName(u"Processing %1 attachments"_s.arg(count));
+}
+
+void ComposerView::showFailures()
+{
+    QStringList lines;
+    for (const QString &failure : m_attachments->failures())
+        lines += labelText(failure.simplified(), longestFailure);
+    m_failures->setText(lines.join(u'\n'));
+    m_failures->setVisible(!lines.isEmpty());
 }
 
 void ComposerView::fitIcons()

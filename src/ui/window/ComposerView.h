@@ -14,6 +14,7 @@ namespace morvane {
 
 class AttachmentChips;
 class ComposerEdit;
+class NoteLabel;
 class ConversationPort;
 class UpdateModel;
 
@@ -38,6 +39,10 @@ public:
     /// Shows that files which hang over the window can be dropped.
     void setDropMark(bool shown);
 
+Q_SIGNALS:
+    /// A page down (1) or up (-1) of the conversation.
+    void pageRequested(int direction);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
@@ -52,6 +57,7 @@ private:
     void updateSendButton();
     void updateNote();
     void updateProcessing();
+    void showFailures();
     void fitIcons();
 
     ConversationPort &m_conversation;
@@ -59,6 +65,7 @@ private:
     PendingAttachments *m_attachments;
     AttachmentChips *m_chips;
     QWidget *m_warning;
+    NoteLabel *m_failures;
     QWidget *m_processing;
     QProgressBar *m_progress;
     ComposerEdit *m_edit;

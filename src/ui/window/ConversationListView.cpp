@@ -257,8 +257,16 @@ void ConversationListView::leaveFocus(Qt::FocusReason reason)
 
 bool ConversationListView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_list && event->type() == QEvent::KeyPress && takeKey(*static_cast<QKeyEvent *>(event)))
-        return true;
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (takeKey(*key))
+            return true;
+        // The toolkit would look for a title; a letter is the beginning of a message.
+        if (!key->text().isEmpty() && key->text().at(0).isPrint()) {
+            event->ignore();
+            return true;
+        }
+    }
     if (watched == m_list && event->type() == QEvent::FocusIn)
         takeFocus();
     if ((watched == m_list || watched == m_delete) && event->type() == QEvent::FocusOut)

@@ -14,9 +14,9 @@ namespace morvane {
 class AppModel;
 class ConversationListModel;
 
-/// The sidebar: the saved conversations, to open and to delete. The selected row is the open conversation, the
-/// current one that of the keyboard. One real button for deleting stands on the row that the keyboard or the
-/// pointer is on, so that a list of thousands stays cheap.
+/// The sidebar: the saved conversations, to open and to delete. The selected row is the open conversation,
+/// the current one that of the keyboard. One real button for deleting stands on the row that the keyboard or
+/// the pointer is on, so that a list of thousands stays cheap.
 class ConversationListView : public QWidget {
     Q_OBJECT
 public:

@@ -1,5 +1,4 @@
 #include "ui/window/MainWindow.h"
-#include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
 #include "ui/conversation/ChatScrollView.h"
@@ -8,15 +7,19 @@
 #include "ui/sheets/QuestionView.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/ConversationListView.h"
+#include "ui/window/ConversationPane.h"
+#include "ui/window/ConversationZoom.h"
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/HeaderView.h"
 #include "ui/window/LocalModelBanner.h"
+#include "ui/window/MainMenus.h"
+#include "ui/window/ShortcutList.h"
 #include "ui/window/StatusBarView.h"
 #include "ui/window/WelcomeView.h"
 
 #include <QApplication>
 #include <QEvent>
-#include <QMenuBar>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -28,34 +31,28 @@ namespace morvane {
 
 namespace {
 
-constexpr QSize standardSize{760, 720};
-constexpr QSize smallestSize{600, 640};
-/// Of the standard width, whatever the font: large type needs the room beside it more than the titles do.
-constexpr int firstSidebar = 200;
 constexpr int smallestDetail = 400;
 
 } // namespace
 
 MainWindow::MainWindow(AppModel &model, const MainWindowServices &services)
-    : m_model(model), m_services(services)
+    : m_model(model), m_services(services), m_place(model.settings())
 {
     setWindowTitle(u"Morvane"_s);
-    setMinimumSize(smallestSize);
-    resize(standardSize);
 
     auto *sidebar = new ConversationListView(model);
     QWidget *detail = makeDetail();
     detail->setMinimumWidth(smallestDetail);
-    auto *split = new QSplitter;
-    split->setChildrenCollapsible(false);
-    split->setHandleWidth(1);
-    split->addWidget(sidebar);
-    split->addWidget(detail);
-    split->setStretchFactor(0, 0);
-    split->setStretchFactor(1, 1);
-    split->setSizes({firstSidebar, standardSize.width() - firstSidebar});
-    setCentralWidget(split);
-    addMenus();
+    m_split = new QSplitter;
+    m_split->setChildrenCollapsible(false);
+    m_split->setHandleWidth(1);
+    m_split->addWidget(sidebar);
+    m_split->addWidget(detail);
+    m_split->setStretchFactor(0, 0);
+    m_split->setStretchFactor(1, 1);
+    setCentralWidget(m_split);
+    m_place.restore(*this, *m_split);
+    makeMenus();
 
     connect(sidebar, &ConversationListView::openedByMouse, m_composer, &ComposerView::focusDraft);
     connect(&model.transcript(), &Transcript::messagesReset, this, &MainWindow::updateConversationRegion);
@@ -73,11 +70,15 @@ QWidget *MainWindow::makeDetail()
     auto *welcome = new WelcomeView(m_model);
     connect(welcome, &WelcomeView::settingsRequested, this, &MainWindow::showSettings);
     m_welcome = welcome;
-    m_conversation = new ChatScrollView(m_model.transcript(), m_model.activity(), m_services.announcer);
+    auto *view = new ChatScrollView(m_model.transcript(), m_model.activity(), m_services.announcer);
+    m_conversation =
+        new ConversationPane(view, m_model.transcript(), m_services.settings.scheduler, m_services.announcer);
     m_region = new QStackedWidget;
     m_region->addWidget(m_welcome);
     m_region->addWidget(m_conversation);
     m_composer = new ComposerView(m_model, m_services.updates);
+    connect(m_composer, &ComposerView::pageRequested, view, &ChatScrollView::scrollPage);
+    connect(m_conversation, &ConversationPane::findClosed, m_composer, &ComposerView::focusDraft);
     connect(&m_model, &AppModel::suggestedPrompt, m_composer, &ComposerView::takeSuggestion);
 
     auto *detail = new QWidget;
@@ -107,92 +108,13 @@ void MainWindow::updateConversationRegion()
         m_composer->focusDraft();
 }
 
-void MainWindow::addMenus()
+void MainWindow::makeMenus()
 {
-    addApplicationMenu();
-    addEditMenu();
-    addConversationMenu();
-}
-
-void MainWindow::addApplicationMenu()
-{
-    QMenu *menu = menuBar()->addMenu(u"&Morvane"_s);
-    menu->addAction(u"About Morvane"_s, this, &MainWindow::showAbout);
-    QAction *updates = menu->addAction(u"Check for Updates…"_s);
-    updates->setShortcut(Qt::CTRL | Qt::Key_U);
-    updates->setEnabled(false); // nothing in this version looks for them
-    menu->addSeparator();
-    QAction *settings = menu->addAction(u"Settings…"_s, this, &MainWindow::showSettings);
-    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
-    menu->addSeparator();
-    QAction *quit = menu->addAction(u"Quit Morvane"_s, qApp, &QApplication::quit);
-    quit->setShortcut(QKeySequence::Quit);
-}
-
-void MainWindow::addEditMenu()
-{
-    struct Entry {
-        const char *text;
-        QKeySequence::StandardKey key;
-        const char *slot;
-    };
-    // The shortcuts are shown for orientation; the focused field handles its own keys.
-    constexpr Entry entries[] = {
-        {"Undo", QKeySequence::Undo, "undo"},    {"Redo", QKeySequence::Redo, "redo"},
-        {"Cut", QKeySequence::Cut, "cut"},       {"Copy", QKeySequence::Copy, "copy"},
-        {"Paste", QKeySequence::Paste, "paste"}, {"Select All", QKeySequence::SelectAll, "selectAll"}};
-    QMenu *menu = menuBar()->addMenu(u"&Edit"_s);
-    for (const Entry &entry : entries) {
-        QAction *action = menu->addAction(QString::fromLatin1(entry.text), this,
-                                          [this, slot = entry.slot] { applyToFocus(slot); });
-        action->setShortcut(entry.key);
-        action->setShortcutContext(Qt::WidgetShortcut);
-    }
-}
-
-void MainWindow::applyToFocus(const char *slot)
-{
-    QWidget *focus = focusWidget();
-    if (focus && focus->metaObject()->indexOfSlot((QByteArray(slot) + "()").constData()) >= 0)
-        QMetaObject::invokeMethod(focus, slot);
-}
-
-void MainWindow::addConversationMenu()
-{
-    QMenu *menu = menuBar()->addMenu(u"&Conversation"_s);
-    QAction *compose = menu->addAction(u"New Conversation"_s, &m_model, &AppModel::newConversation);
-    compose->setShortcut(QKeySequence::New);
-    QMenu *conversations = menu->addMenu(u"Conversations"_s);
-    connect(conversations, &QMenu::aboutToShow, this,
-            [this, conversations] { fillConversations(conversations); });
-    menu->addSeparator();
-    QAction *stop = menu->addAction(u"Stop Generating"_s, &m_model, &AppModel::cancel);
-    stop->setShortcut(Qt::Key_Escape);
-    stop->setEnabled(false);
-    // While a sheet asks something, Escape belongs to it.
-    const auto update = [this, stop] {
-        stop->setEnabled(m_model.isBusy() && !m_model.gate().pendingToolCall() &&
-                         !m_model.questions().pendingQuestion());
-    };
-    connect(&m_model, &AppModel::isBusyChanged, stop, update);
-    connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, stop, update);
-    connect(&m_model.questions(), &Questions::pendingQuestionChanged, stop, update);
-}
-
-void MainWindow::fillConversations(QMenu *menu)
-{
-    menu->clear();
-    const QList<ConversationMeta> &conversations = m_model.conversations().list();
-    if (conversations.isEmpty()) {
-        menu->addAction(u"No saved conversations"_s)->setEnabled(false);
-        return;
-    }
-    for (const ConversationMeta &meta : conversations) {
-        QString title = labelText(meta.title).simplified();
-        title.replace(u'&', u"&&"_s);
-        menu->addAction(fontMetrics().elidedText(title, Qt::ElideRight, standardSize.width() / 2), this,
-                        [this, id = meta.id] { m_model.openConversation(id); });
-    }
+    auto *zoom = new ConversationZoom(m_conversation->view(), m_model.settings(), m_services.announcer, this);
+    auto *menus = new MainMenus(*this, m_model, *m_conversation, *zoom);
+    connect(menus, &MainMenus::aboutRequested, this, &MainWindow::showAbout);
+    connect(menus, &MainMenus::settingsRequested, this, &MainWindow::showSettings);
+    connect(menus, &MainMenus::shortcutsRequested, this, &MainWindow::showShortcuts);
 }
 
 void MainWindow::showSettings()
@@ -218,6 +140,17 @@ void MainWindow::showAbout()
     box->open();
 }
 
+void MainWindow::showShortcuts()
+{
+    if (!m_shortcuts) {
+        m_shortcuts = new ShortcutList(this);
+        m_shortcuts->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_shortcuts->show();
+    m_shortcuts->raise();
+    m_shortcuts->activateWindow();
+}
+
 void MainWindow::showPendingCall()
 {
     if (!m_permission)
@@ -230,11 +163,34 @@ void MainWindow::showPendingQuestion()
         m_question = new QuestionView(m_model.questions(), this);
 }
 
+void MainWindow::keyPressEvent(QKeyEvent *event)
+{
+    // A letter that nobody else wanted is the beginning of a message.
+    const bool isLetter = !event->text().isEmpty() && event->text().at(0).isPrint() &&
+                          !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+    if (!isLetter || !centralWidget()->isAncestorOf(focusWidget())) {
+        QMainWindow::keyPressEvent(event);
+        return;
+    }
+    const QWidget *before = focusWidget();
+    m_composer->focusDraft();
+    if (focusWidget() != before) // or the letter would come back here
+        QApplication::sendEvent(focusWidget(), event);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    m_place.remember(*this, *m_split);
+    QMainWindow::closeEvent(event);
+}
+
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && !isActiveWindow())
-        m_model.saveCurrentConversation();
+    if (event->type() != QEvent::ActivationChange || isActiveWindow())
+        return;
+    m_model.saveCurrentConversation();
+    m_place.remember(*this, *m_split);
 }
 
 } // namespace morvane

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/SettingsModel.h"
+#include "ui/window/WindowPlace.h"
 
 #include <QMainWindow>
 #include <QPointer>
 
+class QSplitter;
 class QStackedWidget;
 
 namespace morvane {
@@ -12,12 +14,13 @@ namespace morvane {
 class Announcer;
 class AppModel;
 class BrowserWindowPort;
-class ChatScrollView;
 class ComposerView;
+class ConversationPane;
 class MCPManager;
 class PermissionView;
 class QuestionView;
 class SettingsView;
+class ShortcutList;
 class UpdateModel;
 
 /// What the main window uses beside the application model; all of it outlives the window.
@@ -39,30 +42,31 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     QWidget *makeDetail();
-    void addMenus();
-    void addApplicationMenu();
-    void addEditMenu();
-    void addConversationMenu();
-    void fillConversations(QMenu *menu);
-    void applyToFocus(const char *slot);
+    void makeMenus();
     void updateConversationRegion();
     void showSettings();
     void showAbout();
+    void showShortcuts();
     void showPendingCall();
     void showPendingQuestion();
 
     AppModel &m_model;
     const MainWindowServices m_services;
+    WindowPlace m_place;
+    QSplitter *m_split = nullptr;
     QStackedWidget *m_region = nullptr;
     QWidget *m_welcome = nullptr;
-    ChatScrollView *m_conversation = nullptr;
+    ConversationPane *m_conversation = nullptr;
     ComposerView *m_composer = nullptr;
     PermissionView *m_permission = nullptr;
     QuestionView *m_question = nullptr;
     QPointer<SettingsView> m_settings;
+    QPointer<ShortcutList> m_shortcuts;
 };
 
 } // namespace morvane

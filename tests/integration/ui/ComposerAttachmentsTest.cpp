@@ -1,5 +1,6 @@
 #include "support/AppFixture.h"
 
+#include "ui/controls/NoteLabel.h"
 #include "ui/window/AttachmentChip.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/ComposerView.h"
@@ -446,6 +447,26 @@ TEST_F(ComposerAttachmentsTest, ClosedComposerEndsTheReadingOfItsFiles)
     attachments.release();
     settle();
     EXPECT_THAT(announcer.spoken, ElementsAre(u"Attaching a.txt…"_s));
+}
+
+TEST_F(ComposerAttachmentsTest, AFailureIsSeenUntilFilesAreChosenAgain)
+{
+    attachments.failing = {u"bad.pdf"_s, u"worse.pdf"_s};
+    const auto seen = [this] {
+        QStringList texts;
+        for (const NoteLabel *note : view->findChildren<NoteLabel *>())
+            if (note->isVisible())
+                texts += note->text();
+        return texts.join(u'\n');
+    };
+    attach({u"bad.pdf"_s, u"good.txt"_s, u"worse.pdf"_s});
+    EXPECT_TRUE(seen().contains(u"Cannot attach bad.pdf.\nCannot attach worse.pdf."_s))
+        << seen().toStdString();
+    EXPECT_EQ(pendingNames(), QStringList{u"good.txt"_s});
+    attach({u"better.txt"_s});
+    EXPECT_FALSE(seen().contains(u"Cannot attach"_s)) << seen().toStdString();
+    attach({u"bad.pdf"_s, u"bad.pdf"_s, u"worse.pdf"_s, u"bad.pdf"_s, u"worse.pdf"_s});
+    EXPECT_EQ(seen().count(u"Cannot attach"_s), 3);
 }
 
 } // namespace

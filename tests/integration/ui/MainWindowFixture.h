@@ -32,6 +32,16 @@ protected:
         settle();
     }
 
+    /// Shows the window of a new start with the conversation that was saved last.
+    void showNewest()
+    {
+        restart();
+        show();
+        model->openConversation(model->conversations().list().first().id);
+        settle();
+        announcer.spoken.clear();
+    }
+
     void save(const QString &title, const QList<ChatMessage> &messages)
     {
         store->save(QUuid::createUuid(), title, messages);

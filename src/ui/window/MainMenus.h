@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QObject>
+
+class QAction;
+class QMainWindow;
+class QMenu;
+
+namespace morvane {
+
+class AppModel;
+class ConversationPane;
+class ConversationZoom;
+
+/// The main window's menus, and the keys that go with them.
+class MainMenus : public QObject {
+    Q_OBJECT
+public:
+    /// Fills the menu bar of `window`; all must outlive this.
+    MainMenus(QMainWindow &window, AppModel &model, ConversationPane &pane, ConversationZoom &zoom);
+
+Q_SIGNALS:
+    void aboutRequested();
+    void settingsRequested();
+    void shortcutsRequested();
+
+private:
+    QMenu *addMenu(const QString &title);
+    void addApplicationMenu();
+    void addEditMenu();
+    void addConversationMenu();
+    void addViewMenu();
+    void addHelpMenu();
+    void fillConversations(QMenu *menu);
+    /// Keeps an action to the times when no sheet asks something and the conversation has messages.
+    void needConversation(QAction *action);
+    bool hasSheet() const;
+
+    QMainWindow &m_window;
+    AppModel &m_model;
+    ConversationPane &m_pane;
+    ConversationZoom &m_zoom;
+};
+
+} // namespace morvane
