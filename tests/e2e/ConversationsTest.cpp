@@ -218,6 +218,19 @@ TEST_F(ConversationsTest, AKilledProgramLosesNoFinishedRequest)
     EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
 }
 
+TEST_F(ConversationsTest, AKilledProgramKeepsAMessageThatWasNotAnsweredYet)
+{
+    ScriptedTurn stalling;
+    stalling.steps = {step::Text{"An answer that"}, step::Stall{}};
+    MorvaneSession &morvane = start({stalling});
+    morvane.send(u"First question"_s);
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, u"First question"_s));
+    morvane.program().process().kill();
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(u"You said First question"_s));
+    EXPECT_TRUE(morvane.program().hides(u"Morvane is responding"_s));
+}
+
 TEST_F(ConversationsTest, AConversationFromASuggestionNeedsOnlyReturn)
 {
     MorvaneSession &morvane = startWithAnswers();

@@ -133,6 +133,17 @@ TEST_F(SheetsTest, ADestructiveRequestSaysSoAndCannotBeAllowedForEver)
               "user asks."_s);
 }
 
+TEST_F(SheetsTest, AnOpenQuestionDoesNotHoldUpTheEnd)
+{
+    MorvaneSession &morvane = start({callingTool("ask_user", R"({"question":"Which colour?"})")});
+    morvane.send(u"Paint it"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Morvane asks: Which colour?"_s));
+    morvane.quit();
+    // A run that was dropped, because it did not end in time, leaves no finished answer.
+    EXPECT_TRUE(morvane.storesLastMessage(u"role"_s, u"assistant"_s));
+    EXPECT_TRUE(morvane.storesLastMessage(u"isStreaming"_s, false));
+}
+
 TEST_F(SheetsTest, AQuestionIsAnsweredByOneOfItsOptions)
 {
     MorvaneSession &morvane =
