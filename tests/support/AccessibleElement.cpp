@@ -15,10 +15,11 @@ const auto accessible = u"org.a11y.atspi.Accessible"_s;
 const auto action = u"org.a11y.atspi.Action"_s;
 const auto textInterface = u"org.a11y.atspi.Text"_s;
 
-QVariant property(const AccessibleElement &element, const QString &name)
+QVariant property(const AccessibleElement &element, const QString &name,
+                  const QString &interface = accessible)
 {
     const auto call =
-        element.bus().ask(element, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {accessible, name});
+        element.bus().ask(element, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {interface, name});
     return element.bus().answer(call).value(0).value<QDBusVariant>().variant();
 }
 
@@ -70,6 +71,19 @@ QList<AccessibleElement> AccessibleElement::children() const
 QString AccessibleElement::text() const
 {
     return ask(*this, textInterface, u"GetText"_s, {0, -1}).value(0).toString();
+}
+
+int AccessibleElement::caret() const
+{
+    return property(*this, u"CaretOffset"_s, textInterface).toInt();
+}
+
+QString AccessibleElement::selectedText() const
+{
+    const QVariantList range = ask(*this, textInterface, u"GetSelection"_s, {0});
+    return ask(*this, textInterface, u"GetText"_s, {range.value(0).toInt(), range.value(1).toInt()})
+        .value(0)
+        .toString();
 }
 
 void AccessibleElement::setText(const QString &text) const

@@ -71,6 +71,10 @@ public:
 
     /// The content of a text, whole.
     QString text() const;
+    /// Where the caret of a text stands, counted in characters.
+    int caret() const;
+    /// What is selected of a text.
+    QString selectedText() const;
     /// Replaces the content of an editable text, as a reader's dictation does.
     void setText(const QString &text) const;
     QStringList actions() const;

@@ -1,13 +1,22 @@
 #include "ui/window/ComposerEdit.h"
 
+#include "ui/markdown/LayoutCost.h"
+#include "ui/theme/ThemeColors.h"
 #include "ui/window/FileDropFilter.h"
+#include "ui/window/PastedTextView.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMimeData>
+#include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
+#include <QToolTip>
 #include <algorithm>
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -16,6 +25,15 @@ namespace morvane {
 namespace {
 
 constexpr int maximumLines = 8;
+/// What a paragraph and the whole draft may cost to lay out, so that a key takes no longer than a few
+/// milliseconds.
+constexpr qsizetype costliestParagraph = 6'000;
+constexpr qsizetype costliestDraft = 20'000;
+/// Of a line, besides its letters.
+constexpr qsizetype lineCost = 4;
+/// A text that costs less is let in as if it were typed, which goes on behind those limits.
+constexpr qsizetype leastFolded = 500;
+constexpr int typedFactor = 2;
 
 /// The extension of the best format in which the data holds a picture; empty if in none.
 QString imageExtension(const QMimeData *data)
@@ -33,7 +51,7 @@ QString imageExtension(const QMimeData *data)
 
 } // namespace
 
-ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent)
+ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*document())
 {
     setTabChangesFocus(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -42,7 +60,200 @@ ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent)
     setAccessibleDescription(u"Type your message, then press Return to send it."_s);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             &ComposerEdit::fitHeight);
+    connect(this, &QPlainTextEdit::textChanged, this, &ComposerEdit::takeChange);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerEdit::keepCaretOutOfLabels);
     fitHeight();
+}
+
+QString ComposerEdit::draft() const
+{
+    return m_folds.textBetween(0, document()->characterCount() - 1);
+}
+
+void ComposerEdit::setDraft(const QString &text)
+{
+    clear();
+    m_folds.clear();
+    insertBounded(text);
+    document()->clearUndoRedoStacks();
+}
+
+bool ComposerEdit::isTooLong(const QString &text) const
+{
+    if (text.size() > typedFactor * costliestDraft)
+        return true;
+    const QTextCursor cursor = textCursor();
+    QString draft = toPlainText();
+    draft.replace(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart(), text);
+    qsizetype whole = 0;
+    qsizetype paragraph = 0;
+    for (const QStringView line : QStringView(draft).split(u'\n')) {
+        const qsizetype cost = layoutCost(line);
+        whole += cost + lineCost;
+        paragraph = std::max(paragraph, cost);
+    }
+    const int factor = layoutCost(text) < leastFolded ? typedFactor : 1;
+    return whole > factor * costliestDraft || paragraph > factor * costliestParagraph;
+}
+
+void ComposerEdit::insertBounded(const QString &text)
+{
+    QTextCursor cursor = textCursor();
+    if (isTooLong(text))
+        m_folds.insert(cursor, text);
+    else
+        cursor.insertText(text, QTextCharFormat());
+    // What is inserted next takes the format of a label otherwise.
+    cursor.setCharFormat(QTextCharFormat());
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
+void ComposerEdit::takeChange()
+{
+    m_folds.mend();
+    m_hasContent = m_folds.hasContent();
+    markLabels();
+}
+
+void ComposerEdit::keepCaretOutOfLabels()
+{
+    QTextCursor cursor = textCursor();
+    int caret = cursor.position();
+    int anchor = cursor.anchor();
+    bool isBesideLabel = false;
+    for (const FoldedTexts::Place &place : m_folds.places()) {
+        const bool isAnchorWithin = place.start < anchor && anchor < place.end;
+        const bool isCaretWithin = place.start < caret && caret < place.end;
+        if (isCaretWithin)
+            caret = isAnchorWithin && caret != anchor ? (caret > anchor ? place.end : place.start)
+                                                      : edgeFor(place, caret, anchor);
+        if (!cursor.hasSelection())
+            anchor = caret;
+        else if (isAnchorWithin)
+            anchor = caret > anchor ? place.start : place.end;
+        isBesideLabel |= place.start == caret || place.end == caret;
+    }
+    m_lastCaret = caret;
+    if (caret != cursor.position() || anchor != cursor.anchor()) {
+        cursor.setPosition(anchor);
+        cursor.setPosition(caret, QTextCursor::KeepAnchor);
+        setTextCursor(cursor);
+    }
+    // What is typed takes the format of what stands in front of it otherwise.
+    if (isBesideLabel && anchor == caret)
+        setCurrentCharFormat(QTextCharFormat());
+}
+
+int ComposerEdit::edgeFor(const FoldedTexts::Place &place, int caret, int anchor) const
+{
+    bool goesOn = caret > m_lastCaret;
+    if (QApplication::mouseButtons() != Qt::NoButton)
+        goesOn = caret - place.start > place.end - caret;
+    else if (caret != anchor && m_lastCaret != place.start && m_lastCaret != place.end)
+        goesOn = caret > anchor;
+    return goesOn ? place.end : place.start;
+}
+
+void ComposerEdit::selectLabelToDelete(const QKeyEvent &event)
+{
+    const bool deletesBack = event.matches(QKeySequence::DeleteStartOfWord) ||
+                             (event.key() == Qt::Key_Backspace && !(event.modifiers() & Qt::AltModifier));
+    const bool deletesOn =
+        event.matches(QKeySequence::Delete) || event.matches(QKeySequence::DeleteEndOfWord);
+    QTextCursor cursor = textCursor();
+    if (cursor.hasSelection() || (!deletesBack && !deletesOn))
+        return;
+    for (const FoldedTexts::Place &place : m_folds.places()) {
+        if (cursor.position() != (deletesBack ? place.end : place.start))
+            continue;
+        cursor.setPosition(deletesBack ? place.start : place.end, QTextCursor::KeepAnchor);
+        setTextCursor(cursor);
+        return;
+    }
+}
+
+void ComposerEdit::markLabels()
+{
+    const QList<FoldedTexts::Place> places = m_folds.places();
+    if (places.isEmpty() && extraSelections().isEmpty())
+        return;
+    const ThemeColors colors = ThemeColors::fromPalette(palette());
+    QTextCharFormat format;
+    format.setForeground(colors.text);
+    format.setBackground(colors.userBubble);
+    QList<QTextEdit::ExtraSelection> marks;
+    QTextCursor cursor(document());
+    for (const FoldedTexts::Place &place : places) {
+        cursor.setPosition(place.start);
+        cursor.setPosition(place.end, QTextCursor::KeepAnchor);
+        marks.append({cursor, format});
+    }
+    setExtraSelections(marks);
+}
+
+std::optional<FoldedTexts::Place> ComposerEdit::labelUnder(const QPoint &point) const
+{
+    const QTextCursor cursor = cursorForPosition(point);
+    const auto place = m_folds.placeAt(cursor.position());
+    // Beside a line the cursor is at its end.
+    return place && std::abs(cursorRect(cursor).center().x() - point.x()) <= fontMetrics().averageCharWidth()
+               ? place
+               : std::nullopt;
+}
+
+void ComposerEdit::showFold(const FoldedTexts::Place &place)
+{
+    auto *view = new PastedTextView(m_folds.text(place), window());
+    connect(view, &QDialog::finished, this, [this] { setFocus(Qt::OtherFocusReason); });
+    view->open();
+}
+
+bool ComposerEdit::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QPlainTextEdit::viewportEvent(event);
+    const auto *help = static_cast<QHelpEvent *>(event);
+    if (labelUnder(help->pos()))
+        QToolTip::showText(help->globalPos(), u"Double-click to read the pasted text."_s, this);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
+void ComposerEdit::contextMenuEvent(QContextMenuEvent *event)
+{
+    const auto place = event->reason() == QContextMenuEvent::Keyboard
+                           ? m_folds.placeAt(textCursor().position())
+                           : labelUnder(event->pos());
+    QMenu *menu = createStandardContextMenu(event->pos());
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (place) {
+        auto *show = new QAction(u"Show Pasted Text…"_s, menu);
+        connect(show, &QAction::triggered, this, [this, place] { showFold(*place); });
+        menu->insertAction(menu->actions().value(0), show);
+        menu->insertSeparator(menu->actions().value(1));
+    }
+    menu->popup(event->globalPos());
+    if (event->reason() == QContextMenuEvent::Keyboard)
+        menu->setActiveAction(menu->actions().constFirst());
+}
+
+void ComposerEdit::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    const auto place = labelUnder(event->position().toPoint());
+    if (place && event->button() == Qt::LeftButton)
+        showFold(*place);
+    else
+        QPlainTextEdit::mouseDoubleClickEvent(event);
+}
+
+QMimeData *ComposerEdit::createMimeDataFromSelection() const
+{
+    const QTextCursor cursor = textCursor();
+    auto *data = new QMimeData;
+    data->setText(m_folds.textBetween(cursor.selectionStart(), cursor.selectionEnd()));
+    return data;
 }
 
 void ComposerEdit::keyPressEvent(QKeyEvent *event)
@@ -60,6 +271,14 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
         Q_EMIT pageRequested(event->key() == Qt::Key_PageUp ? -1 : 1);
         return;
     }
+    // The other key for menus; the toolkit knows only the one that many keyboards lack.
+    if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        const QPoint caret = cursorRect().center();
+        QContextMenuEvent menu(QContextMenuEvent::Keyboard, caret, viewport()->mapToGlobal(caret));
+        contextMenuEvent(&menu);
+        return;
+    }
+    selectLabelToDelete(*event);
     QPlainTextEdit::keyPressEvent(event);
 }
 
@@ -78,8 +297,8 @@ void ComposerEdit::insertFromMimeData(const QMimeData *source)
         Q_EMIT imagePasted(source->data(u"image/"_s + extension), pastedName + extension);
     else if (source->hasImage() && !source->hasText())
         Q_EMIT ownImagePasted(qvariant_cast<QImage>(source->imageData()), pastedName + u"png"_s);
-    else
-        QPlainTextEdit::insertFromMimeData(source);
+    else if (source->hasText() && !isReadOnly())
+        insertBounded(source->text());
 }
 
 void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)
@@ -110,13 +329,20 @@ void ComposerEdit::changeEvent(QEvent *event)
     QPlainTextEdit::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         fitHeight();
+    if (event->type() == QEvent::PaletteChange)
+        markLabels();
 }
 
 void ComposerEdit::fitHeight()
 {
-    // The layout of plain text measures its height in lines.
-    const int lines = std::clamp(
-        static_cast<int>(std::ceil(document()->documentLayout()->documentSize().height())), 1, maximumLines);
+    // The layout takes a paragraph that it has not come to yet for a single line.
+    int lines = 0;
+    for (QTextBlock block = document()->begin(); block.isValid() && lines < maximumLines;
+         block = block.next()) {
+        document()->documentLayout()->blockBoundingRect(block);
+        lines += block.layout()->lineCount();
+    }
+    lines = std::clamp(lines, 1, maximumLines);
     const QMargins margins = contentsMargins();
     const int height = lines * fontMetrics().lineSpacing() +
                        2 * static_cast<int>(document()->documentMargin()) + margins.top() + margins.bottom() +

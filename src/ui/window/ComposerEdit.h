@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/window/FoldedTexts.h"
+
 #include <QImage>
 #include <QList>
 #include <QPlainTextEdit>
@@ -8,11 +10,23 @@
 namespace morvane {
 
 /// The field in which the user writes: grows with its text up to eight lines, Return sends, Shift+Return
-/// begins a new line, Tab leaves the field. Pasted files and pictures are not its own.
+/// begins a new line, Tab leaves the field. Pasted files and pictures are not its own. The toolkit lays a
+/// paragraph out anew, as a whole, with each key, so a text too long for that is folded: a label stands for
+/// it, which the caret passes in one step and which goes as a whole.
 class ComposerEdit : public QPlainTextEdit {
     Q_OBJECT
 public:
     explicit ComposerEdit(QWidget *parent = nullptr);
+
+    /// What the user has entered, all of it, with line feeds as line ends. `toPlainText` has labels instead
+    /// of the folded texts.
+    QString draft() const;
+    /// Whether the draft holds anything besides white space. Costs nothing.
+    bool hasContent() const { return m_hasContent; }
+    /// Puts another text in the place of the draft and its history, with the caret behind it.
+    void setDraft(const QString &text);
+    /// What stands for long texts.
+    const FoldedTexts &folds() const { return m_folds; }
 
 Q_SIGNALS:
     void sendRequested();
@@ -28,6 +42,10 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    QMimeData *createMimeDataFromSelection() const override;
     bool canInsertFromMimeData(const QMimeData *source) const override;
     void insertFromMimeData(const QMimeData *source) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
@@ -35,6 +53,22 @@ protected:
 
 private:
     void fitHeight();
+    /// Whether `text` in the place of the selection would make the field slow.
+    bool isTooLong(const QString &text) const;
+    void insertBounded(const QString &text);
+    void takeChange();
+    void keepCaretOutOfLabels();
+    /// The edge of a label to which a caret within it goes.
+    int edgeFor(const FoldedTexts::Place &place, int caret, int anchor) const;
+    /// Selects the label that the key is about to delete a character of.
+    void selectLabelToDelete(const QKeyEvent &event);
+    void markLabels();
+    std::optional<FoldedTexts::Place> labelUnder(const QPoint &point) const;
+    void showFold(const FoldedTexts::Place &place);
+
+    FoldedTexts m_folds;
+    bool m_hasContent = false;
+    int m_lastCaret = 0;
 };
 
 } // namespace morvane

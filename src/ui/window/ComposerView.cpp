@@ -2,7 +2,6 @@
 
 #include "app/ConversationPort.h"
 #include "app/UpdateModel.h"
-#include "base/Text.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
@@ -158,22 +157,26 @@ void ComposerView::connectAttachments()
 
 QString ComposerView::draft() const
 {
-    return m_edit->toPlainText();
+    return m_edit->draft();
+}
+
+bool ComposerView::hasInput() const
+{
+    return m_edit->hasContent() || !m_attachments->attachments().isEmpty();
 }
 
 bool ComposerView::canSend() const
 {
-    const bool hasContent = !trimmed(draft()).isEmpty() || !m_attachments->attachments().isEmpty();
-    return hasContent && !m_conversation.isBusy() && m_attachments->processingCount() == 0 &&
+    return hasInput() && !m_conversation.isBusy() && m_attachments->processingCount() == 0 &&
            !m_updates.isUpdateRequired();
 }
 
 void ComposerView::send()
 {
-    if (trimmed(draft()).isEmpty() && m_attachments->attachments().isEmpty())
+    if (!hasInput())
         return;
     if (m_conversation.send(draft(), m_attachments->attachments())) {
-        m_edit->clear();
+        m_edit->setDraft({});
         m_attachments->clear();
     } else {
         m_isPostponed = !m_conversation.isReady();
@@ -194,8 +197,7 @@ void ComposerView::handleFiles(const QList<QUrl> &urls)
 
 void ComposerView::takeSuggestion(const QString &prompt)
 {
-    m_edit->setPlainText(prompt);
-    m_edit->moveCursor(QTextCursor::End);
+    m_edit->setDraft(prompt);
     focusDraft();
 }
 
@@ -233,14 +235,13 @@ void ComposerView::updateSendButton()
 {
     const bool busy = m_conversation.isBusy();
     const bool sendable = canSend();
-    const bool lacksInput = trimmed(draft()).isEmpty() && m_attachments->attachments().isEmpty();
     // Focus must not fall out of the composer when one button takes the other's place.
     const bool buttonHadFocus = m_send->hasFocus() || m_stop->hasFocus();
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
     const QString name =
-        lacksInput && !busy ? u"Send message. Add a message or an attachment first."_s : u"Send message"_s;
+        !hasInput() && !busy ? u"Send message. Add a message or an attachment first."_s : u"Send message"_s;
     // The toolkit tells a reader of the name each time that it is set, which would be with each letter.
     if (m_send->accessibleName() != name)
         m_send->setAccessibleName(name);

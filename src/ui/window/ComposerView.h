@@ -48,6 +48,8 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    /// Whether there is anything to send.
+    bool hasInput() const;
     void connectAttachments();
     QWidget *makeAttachmentArea();
     void send();

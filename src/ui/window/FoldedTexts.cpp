@@ -1,0 +1,197 @@
+#include "ui/window/FoldedTexts.h"
+
+#include "base/Text.h"
+
+#include <QLocale>
+#include <QSet>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextFragment>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+constexpr int foldProperty = QTextFormat::UserProperty + 1;
+/// The longest text, in UTF-16 units, whose characters are counted; that takes a millisecond.
+constexpr qsizetype longestCounted = 80'000;
+
+bool hasContentIn(QStringView text)
+{
+    constexpr qsizetype step = 64;
+    for (qsizetype at = 0; at < text.size(); at += step)
+        if (!trimmed(text.sliced(at, std::min(step, text.size() - at))).isEmpty())
+            return true;
+    return false;
+}
+
+QString withLineFeeds(const QString &text)
+{
+    if (!text.contains(u'\r'))
+        return text;
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype at = 0; at < text.size();) {
+        qsizetype end = text.indexOf(u'\r', at);
+        end = end < 0 ? text.size() : end;
+        result += QStringView(text).sliced(at, end - at);
+        at = end + 1;
+        if (end < text.size()) {
+            result += u'\n';
+            at += at < text.size() && text[at] == u'\n' ? 1 : 0;
+        }
+    }
+    return result;
+}
+
+qint64 bytesOf(QStringView text)
+{
+    qint64 bytes = 0;
+    for (const QChar unit : text)
+        bytes += unit.unicode() < 0x80 ? 1 : unit.unicode() < 0x800 || unit.isSurrogate() ? 2 : 3;
+    return bytes;
+}
+
+/// Whether `run` is what is left of `label` when some of its characters are gone.
+bool isRemnant(QStringView run, QStringView label)
+{
+    qsizetype at = 0;
+    for (const QChar unit : run) {
+        at = label.indexOf(unit, at) + 1;
+        if (at == 0)
+            return false;
+    }
+    return true;
+}
+
+QString labelFor(const QString &text)
+{
+    const QLocale locale(QLocale::English);
+    const QString size = text.size() <= longestCounted
+                             ? locale.toString(characterCount(text)) + u" characters"_s
+                             : locale.formattedDataSize(bytesOf(text), 1, QLocale::DataSizeSIFormat);
+    return u"[Pasted text, "_s + size + u']';
+}
+
+} // namespace
+
+void FoldedTexts::insert(QTextCursor &cursor, const QString &text)
+{
+    Fold fold;
+    fold.text = withLineFeeds(text);
+    fold.label = labelFor(fold.text);
+    fold.hasContent = hasContentIn(fold.text);
+    QTextCharFormat format;
+    format.setProperty(foldProperty, ++m_lastID);
+    const QString label = fold.label;
+    m_folds.insert(m_lastID, std::move(fold));
+    cursor.beginEditBlock();
+    cursor.removeSelectedText();
+    cursor.insertText(label, format);
+    cursor.endEditBlock();
+}
+
+QList<FoldedTexts::Place> FoldedTexts::places() const
+{
+    QList<Place> places;
+    if (m_folds.isEmpty())
+        return places;
+    for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next()) {
+        for (auto part = block.begin(); !part.atEnd(); ++part) {
+            const QTextFragment run = part.fragment();
+            if (const int id = run.charFormat().intProperty(foldProperty))
+                places.append({run.position(), run.position() + run.length(), id});
+        }
+    }
+    return places;
+}
+
+std::optional<FoldedTexts::Place> FoldedTexts::placeAt(int position) const
+{
+    for (const Place &place : places())
+        if (place.start <= position && position <= place.end)
+            return place;
+    return std::nullopt;
+}
+
+QString FoldedTexts::ownText(int from, int to) const
+{
+    QString text = cursorOver(from, to).selectedText();
+    std::replace_if(
+        text.begin(), text.end(),
+        [](QChar unit) { return unit == QChar::ParagraphSeparator || unit == QChar::LineSeparator; }, u'\n');
+    return text;
+}
+
+QString FoldedTexts::textBetween(int from, int to) const
+{
+    QString text;
+    int at = from;
+    for (const Place &place : places()) {
+        if (place.end <= from || place.start >= to)
+            continue;
+        text += ownText(at, std::max(at, place.start));
+        text += m_folds.value(place.id).text;
+        at = std::min(place.end, to);
+    }
+    return text + ownText(at, to);
+}
+
+bool FoldedTexts::hasContent() const
+{
+    for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next()) {
+        for (auto part = block.begin(); !part.atEnd(); ++part) {
+            const int id = part.fragment().charFormat().intProperty(foldProperty);
+            if (id ? m_folds.value(id).hasContent : hasContentIn(part.fragment().text()))
+                return true;
+        }
+    }
+    return false;
+}
+
+void FoldedTexts::mend()
+{
+    // What undoing brings back may need another step to be whole.
+    if (m_document.isRedoAvailable())
+        return;
+    const QList<Place> found = places();
+    QSet<int> whole;
+    for (const Place &place : found)
+        if (ownText(place.start, place.end).contains(m_folds.value(place.id).label))
+            whole.insert(place.id);
+    for (auto place = found.crbegin(); place != found.crend(); ++place) {
+        const QString run = ownText(place->start, place->end);
+        const QString label = m_folds.value(place->id).label;
+        if (run == label)
+            continue;
+        const auto before = static_cast<int>(run.indexOf(label));
+        if (before >= 0) {
+            release(place->start, place->start + before);
+            release(place->start + before + static_cast<int>(label.size()), place->end);
+        } else if (whole.contains(place->id) || !isRemnant(run, label)) {
+            release(place->start, place->end);
+        } else {
+            cursorOver(place->start, place->end).removeSelectedText();
+        }
+    }
+}
+
+QTextCursor FoldedTexts::cursorOver(int from, int to) const
+{
+    QTextCursor cursor(&m_document);
+    cursor.setPosition(from);
+    cursor.setPosition(to, QTextCursor::KeepAnchor);
+    return cursor;
+}
+
+void FoldedTexts::release(int from, int to)
+{
+    if (from < to)
+        cursorOver(from, to).setCharFormat(QTextCharFormat());
+}
+
+} // namespace morvane

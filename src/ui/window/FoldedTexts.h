@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <optional>
+
+class QTextCursor;
+class QTextDocument;
+
+namespace morvane {
+
+/// Long texts that are part of a document of plain text but stand in it as labels of a few words, such as
+/// "[Pasted text, 40,000 characters]". Labels are text, so that carets, selections, undoing and screen
+/// readers meet nothing that they do not know; what makes them labels is their format, which the document's
+/// history keeps. Main thread.
+class FoldedTexts {
+public:
+    /// Where a label stands in the document.
+    struct Place {
+        int start = 0;
+        int end = 0;
+        int id = 0;
+    };
+
+    /// `document` must outlive the object.
+    explicit FoldedTexts(QTextDocument &document) : m_document(document) {}
+
+    /// Puts a label in the place of what `cursor` selects. It stands for `text`, with line feeds as line
+    /// ends, also when it is undone and redone.
+    void insert(QTextCursor &cursor, const QString &text);
+    /// Forgets every text; for a document that has just been emptied together with its history.
+    void clear() { m_folds.clear(); }
+
+    /// The labels from the beginning to the end.
+    QList<Place> places() const;
+    /// The label that `position` is within or beside.
+    std::optional<Place> placeAt(int position) const;
+    QString text(const Place &place) const { return m_folds.value(place.id).text; }
+
+    /// What stands between two positions of the document, with the texts in the place of their labels and
+    /// line feeds as line ends.
+    QString textBetween(int from, int to) const;
+    /// Whether the document holds anything besides white space. Reads no further than to where it does.
+    bool hasContent() const;
+
+    /// To be called after each change, for what others than the user do to the document: what was written
+    /// beside a label in its format is text of its own, and of a label that has lost a part nothing stays.
+    void mend();
+
+private:
+    struct Fold {
+        QString text;
+        QString label;
+        bool hasContent = false;
+    };
+
+    QString ownText(int from, int to) const;
+    QTextCursor cursorOver(int from, int to) const;
+    void release(int from, int to);
+
+    QTextDocument &m_document;
+    QHash<int, Fold> m_folds; ///< Also those that can come back by undoing.
+    int m_lastID = 0;
+};
+
+} // namespace morvane
