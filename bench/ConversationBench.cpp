@@ -2,10 +2,12 @@
 // 100,000 one-word tokens without a line end that streams in and is then formatted. Prints JSON, times in
 // milliseconds. Run it with QT_QPA_PLATFORM=offscreen, or on a screen to include the display.
 
+#include "MeasuredApplication.h"
 #include "app/ActivityLog.h"
 #include "app/Transcript.h"
 #include "platform/Announcer.h"
-#include "platform/ColorScheme.h"
+#include "support/SampleMessage.h"
+#include "tools/FixedColorScheme.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/theme/Theme.h"
 
@@ -37,43 +39,6 @@ public:
     void announce(const QString &) override {}
 };
 
-class NoScheme : public ColorScheme {
-public:
-    Preference preference() const override { return Preference::none; }
-};
-
-/// Processor time of this thread in nanoseconds, which other programs on the machine do not stretch.
-qint64 threadTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
-}
-
-/// Measures how long each event holds the main thread, and notes the paints of one widget.
-class MeasuredApplication : public QApplication {
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        const bool isPaint = event->type() == QEvent::Paint && receiver == watched;
-        QElapsedTimer timer;
-        timer.start();
-        const qint64 processorBefore = threadTime();
-        const bool result = QApplication::notify(receiver, event);
-        longestProcessor = std::max(longestProcessor, threadTime() - processorBefore);
-        longest = std::max(longest, timer.nsecsElapsed());
-        paints += isPaint ? 1 : 0;
-        return result;
-    }
-
-    QObject *watched = nullptr;
-    qint64 longest = 0;
-    qint64 longestProcessor = 0;
-    int paints = 0;
-};
-
 double milliseconds(qint64 nanoseconds)
 {
     return static_cast<double>(nanoseconds) / 1e6;
@@ -96,22 +61,13 @@ qint64 memory()
     return 0;
 }
 
-ChatMessage message(Role role, const QString &text)
-{
-    ChatMessage result;
-    result.id = QUuid::createUuid();
-    result.role = role;
-    result.text = text;
-    return result;
-}
-
 QList<ChatMessage> longConversation()
 {
     QList<ChatMessage> messages;
     messages.reserve(messageCount);
     for (int i = 0; i < messageCount / 2; ++i) {
-        messages.append(message(Role::user, u"Question %1: what does the log say about the disk, and "
-                                            "what should be done about it?"_s.arg(i)));
+        messages.append(sampleMessage(Role::user, u"Question %1: what does the log say about the disk, and "
+                                                  "what should be done about it?"_s.arg(i)));
         QString answer = u"## Answer %1\n\nThe log names **three** places, all under `/var/log`:\n\n"
                          "1. the first, with [a link](https://example.com/%1)\n2. the second\n"
                          "   - and a detail of it\n3. the third\n\n"_s.arg(i);
@@ -120,7 +76,7 @@ QList<ChatMessage> longConversation()
             answer += u"\n\n```bash\ndu -sh /var/log/*\ntail -n 20 /var/log/syslog\n```\n\nThat is all."_s;
         if (i % 7 == 0)
             answer += u"\n\n| place | size |\n|---|---:|\n| syslog | 3 MB |\n| kern.log | 1 MB |\n"_s;
-        messages.append(message(Role::assistant, answer));
+        messages.append(sampleMessage(Role::assistant, answer));
     }
     return messages;
 }
@@ -176,7 +132,7 @@ double percentile(std::vector<qint64> times, double share)
 int main(int argc, char **argv)
 {
     MeasuredApplication application(argc, argv);
-    NoScheme scheme;
+    FixedColorScheme scheme(ColorScheme::Preference::none);
     Theme theme(scheme);
     SilentAnnouncer announcer;
     Transcript transcript;
@@ -207,8 +163,8 @@ int main(int argc, char **argv)
     }
     const qint64 memoryAfter = memory();
 
-    transcript.append(message(Role::user, u"Now a very long answer."_s));
-    ChatMessage answer = message(Role::assistant, QString());
+    transcript.append(sampleMessage(Role::user, u"Now a very long answer."_s));
+    ChatMessage answer = sampleMessage(Role::assistant, QString());
     answer.isStreaming = true;
     transcript.append(answer);
     settle(400);

@@ -2,15 +2,19 @@
 // of text that a model, a provider or a file may bring, in each place of the main window. Prints JSON: for
 // each place and kind the longest hold in milliseconds of processor time. Arguments choose places by name.
 
+#include "MeasuredApplication.h"
+#include "support/AskForPermit.h"
+#include "support/SampleMessage.h"
+#include "tools/FixedColorScheme.h"
 #include "tools/GalleryModel.h"
 
-#include "platform/ColorScheme.h"
-#include "support/AskForPermit.h"
+#include "ui/markdown/LayoutCost.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QTimer>
@@ -18,7 +22,6 @@
 #include <boost/json.hpp>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <vector>
 
@@ -28,41 +31,8 @@ using namespace morvane;
 namespace {
 
 constexpr qsizetype megabyte = 1'000'000;
-
-class NoScheme : public ColorScheme {
-public:
-    Preference preference() const override { return Preference::none; }
-};
-
-/// Processor time of this thread in nanoseconds, which other programs on the machine do not stretch.
-qint64 threadTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<qint64>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
-}
-
-/// Measures how long each event holds the main thread.
-class MeasuredApplication : public QApplication {
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        const qint64 before = threadTime();
-        const int type = event->type();
-        const QByteArray name = receiver->metaObject()->className();
-        const bool result = QApplication::notify(receiver, event);
-        if (const qint64 time = threadTime() - before; time > longest) {
-            longest = time;
-            longestEvent = name + " event " + QByteArray::number(type);
-        }
-        return result;
-    }
-
-    qint64 longest = 0;
-    QByteArray longestEvent;
-};
+/// What the composer takes as a paragraph without folding it costs no more to lay out.
+constexpr qsizetype longestOpen = 6'000;
 
 struct Kind {
     const char *name;
@@ -75,7 +45,6 @@ struct Place {
     std::function<void(GalleryModel &)> clear;
     /// What is measured once the text is there; nothing where showing it is.
     std::function<void()> use = nullptr;
-    bool isSlow = false; ///< Minutes; only when asked for by name.
 };
 
 std::vector<Kind> kinds()
@@ -96,15 +65,6 @@ std::vector<Kind> kinds()
     };
 }
 
-ChatMessage message(Role role, const QString &text)
-{
-    ChatMessage result;
-    result.id = QUuid::createUuid();
-    result.role = role;
-    result.text = text;
-    return result;
-}
-
 AIToolCall command(const QString &text)
 {
     AIToolCall call;
@@ -120,34 +80,44 @@ void forget(GalleryModel &gallery)
     gallery.model.transcript().reset({});
 }
 
-std::vector<Place> places(QPlainTextEdit &composer)
+/// Presses a key in the composer, as the user does right after what has been pasted.
+void type(ComposerEdit &composer)
 {
-    const auto paste = [&composer](GalleryModel &, const QString &text) { composer.insertPlainText(text); };
-    const auto empty = [&composer](GalleryModel &) { composer.clear(); };
-    const auto type = [&composer] {
-        QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, u"a"_s);
-        QApplication::sendEvent(&composer, &key);
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, u"a"_s);
+    QApplication::sendEvent(&composer, &key);
+}
+
+std::vector<Place> places(ComposerEdit &composer)
+{
+    const auto paste = [&composer](GalleryModel &, const QString &text) {
+        QApplication::clipboard()->setText(text);
+        composer.paste();
     };
+    const auto pasteSome = [paste](GalleryModel &g, const QString &text) {
+        paste(g, text.first(affordableLength(text, longestOpen)));
+    };
+    const auto empty = [&composer](GalleryModel &) { composer.setDraft({}); };
+    const auto use = [&composer] { type(composer); };
     const auto keep = [](GalleryModel &) {};
     return {
         {"user message",
          [](GalleryModel &g, const QString &text) {
-             g.model.transcript().reset({message(Role::user, text)});
+             g.model.transcript().reset({sampleMessage(Role::user, text)});
          },
          forget},
         {"answer",
          [](GalleryModel &g, const QString &text) {
-             g.model.transcript().reset({message(Role::assistant, text)});
+             g.model.transcript().reset({sampleMessage(Role::assistant, text)});
          },
          forget},
         {"code",
          [](GalleryModel &g, const QString &text) {
-             g.model.transcript().reset({message(Role::assistant, u"```\n"_s + text)});
+             g.model.transcript().reset({sampleMessage(Role::assistant, u"```\n"_s + text)});
          },
          forget},
         {"streaming answer",
          [](GalleryModel &g, const QString &text) {
-             ChatMessage answer = message(Role::assistant, u"Well. "_s);
+             ChatMessage answer = sampleMessage(Role::assistant, u"Well. "_s);
              answer.isStreaming = true;
              g.model.transcript().reset({answer});
              g.model.transcript().appendToken(text);
@@ -155,14 +125,14 @@ std::vector<Place> places(QPlainTextEdit &composer)
          forget},
         {"error",
          [](GalleryModel &g, const QString &text) {
-             ChatMessage answer = message(Role::assistant, u"Well."_s);
+             ChatMessage answer = sampleMessage(Role::assistant, u"Well."_s);
              answer.errorMessage = text;
              g.model.transcript().reset({answer});
          },
          forget},
         {"file name",
          [](GalleryModel &g, const QString &text) {
-             ChatMessage sent = message(Role::user, u"Look."_s);
+             ChatMessage sent = sampleMessage(Role::user, u"Look."_s);
              ChatAttachment file;
              file.filename = text;
              sent.attachments = {file};
@@ -171,7 +141,7 @@ std::vector<Place> places(QPlainTextEdit &composer)
          forget},
         {"activity",
          [](GalleryModel &g, const QString &text) {
-             g.model.transcript().reset({message(Role::user, u"Go"_s)});
+             g.model.transcript().reset({sampleMessage(Role::user, u"Go"_s)});
              g.model.activity().log(u"Running: "_s + text, ActivityStep::Kind::tool);
          },
          forget},
@@ -192,11 +162,13 @@ std::vector<Place> places(QPlainTextEdit &composer)
              g.scheduler.spawn(askForPermit(&g.model.gate(), command(text)));
          },
          [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }},
-        {"pasting", paste, empty, nullptr, true},
-        {"typing after it", paste, empty, type, true},
+        {"pasting", paste, empty},
+        {"typing after it", paste, empty, use},
+        {"pasting a page", pasteSome, empty},
+        {"typing after the page", pasteSome, empty, use},
         {"title",
          [](GalleryModel &g, const QString &text) {
-             g.store.save(QUuid::createUuid(), text, {message(Role::user, u"Hello"_s)});
+             g.store.save(QUuid::createUuid(), text, {sampleMessage(Role::user, u"Hello"_s)});
              g.model.conversations();
          },
          keep},
@@ -215,7 +187,7 @@ void settle(int time)
 int main(int argc, char **argv)
 {
     MeasuredApplication application(argc, argv);
-    NoScheme scheme;
+    FixedColorScheme scheme(ColorScheme::Preference::none);
     Theme theme(scheme);
     GalleryModel gallery;
     MainWindow window(gallery.model, gallery.windowServices);
@@ -227,7 +199,7 @@ int main(int argc, char **argv)
     const QStringList wanted = QApplication::arguments().mid(1);
     boost::json::object result;
     for (const Place &place : places(*composer)) {
-        if (wanted.isEmpty() ? place.isSlow : !wanted.contains(QString::fromLatin1(place.name)))
+        if (!wanted.isEmpty() && !wanted.contains(QString::fromLatin1(place.name)))
             continue;
         boost::json::object holds;
         for (const Kind &kind : kinds()) {
@@ -235,7 +207,7 @@ int main(int argc, char **argv)
                 place.show(gallery, kind.text);
                 settle(400);
             }
-            application.longest = 0;
+            application.longestProcessor = 0;
             const qint64 before = threadTime();
             if (place.use)
                 place.use();
@@ -243,8 +215,8 @@ int main(int argc, char **argv)
                 place.show(gallery, kind.text);
             const qint64 call = threadTime() - before;
             settle(400);
-            const bool isCall = call > application.longest;
-            const double hold = static_cast<double>(std::max(call, application.longest)) / 1e6;
+            const bool isCall = call > application.longestProcessor;
+            const double hold = static_cast<double>(std::max(call, application.longestProcessor)) / 1e6;
             holds[kind.name] = std::round(hold * 10) / 10;
             std::fprintf(stderr, "%s, %s: %.1f ms in %s\n", place.name, kind.name, hold,
                          isCall ? "the call" : application.longestEvent.constData());

@@ -1,19 +1,12 @@
 #include "GalleryContent.h"
 
+#include "support/SampleMessage.h"
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
 
 namespace {
-
-ChatMessage message(Role role, const QString &text)
-{
-    ChatMessage result;
-    result.id = QUuid::createUuid();
-    result.role = role;
-    result.text = text;
-    return result;
-}
 
 ChatAttachment file(const QString &name)
 {
@@ -68,27 +61,28 @@ Shall I remove the caches?)";
 
 void fillShowcase(Transcript &transcript, ActivityLog &activity)
 {
-    transcript.append(message(Role::user, u"Check my Mac's storage"_s));
-    transcript.append(message(Role::assistant, QString::fromUtf8(formattedAnswer)));
-    ChatMessage withFile = message(Role::user, u"Yes, please. And look at the two reports that I attached, "
-                                               "then tell me in one sentence what they have in common."_s);
+    transcript.append(sampleMessage(Role::user, u"Check my Mac's storage"_s));
+    transcript.append(sampleMessage(Role::assistant, QString::fromUtf8(formattedAnswer)));
+    ChatMessage withFile =
+        sampleMessage(Role::user, u"Yes, please. And look at the two reports that I attached, "
+                                  "then tell me in one sentence what they have in common."_s);
     withFile.attachments = {file(u"report.pdf"_s), file(u"notes.txt"_s)};
     transcript.append(withFile);
-    ChatMessage failed = message(Role::assistant, u"I will look at both files."_s);
+    ChatMessage failed = sampleMessage(Role::assistant, u"I will look at both files."_s);
     failed.errorMessage =
         u"Could not connect to the AI provider. Check your internet connection and try again."_s;
     transcript.append(failed);
-    transcript.append(message(
+    transcript.append(sampleMessage(
         Role::user, u"Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"
                     "Donaudampfschifffahrtselektrizitätenhauptbetriebswerkbauunterbeamtengesellschaft"_s));
-    transcript.append(message(Role::user, u"مرحبا بالعالم"_s));
+    transcript.append(sampleMessage(Role::user, u"مرحبا بالعالم"_s));
     activity.log(u"Running: run the command: du -sh ~/*"_s, ActivityStep::Kind::tool);
     activity.log(u"run shell command returned: 96G Movies 31G Library 4G Documents and a good deal more "
                  "that does not fit on one line of the log"_s,
                  ActivityStep::Kind::info);
     activity.log(u"web search failed: Error: The network is unreachable."_s, ActivityStep::Kind::error);
     activity.log(u"Finished. Completed: run shell command, web search."_s, ActivityStep::Kind::success);
-    ChatMessage streaming = message(Role::assistant, u"Both reports are about **the same quarter"_s);
+    ChatMessage streaming = sampleMessage(Role::assistant, u"Both reports are about **the same quarter"_s);
     streaming.isStreaming = true;
     transcript.append(streaming);
 }

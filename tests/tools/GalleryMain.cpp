@@ -1,15 +1,17 @@
 // Shows the views with sample content, for a look at them by eye, and writes pictures of them.
+#include "FixedColorScheme.h"
 #include "GalleryContent.h"
 #include "GalleryModel.h"
 
 #include "platform/Announcer.h"
-#include "platform/ColorScheme.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/theme/Theme.h"
+#include "ui/window/ComposerEdit.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/MainWindow.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCommandLineParser>
 #include <QScrollBar>
 #include <QTimer>
@@ -19,15 +21,6 @@ using namespace Qt::StringLiterals;
 using namespace morvane;
 
 namespace {
-
-class FixedColorScheme : public ColorScheme {
-public:
-    explicit FixedColorScheme(Preference preference) : m_preference(preference) {}
-    Preference preference() const override { return m_preference; }
-
-private:
-    Preference m_preference;
-};
 
 std::unique_ptr<QWidget> conversation(GalleryModel &gallery)
 {
@@ -53,6 +46,21 @@ std::unique_ptr<QWidget> windowWithAttachments(GalleryModel &gallery)
     return window;
 }
 
+/// The main window with a draft of which a part is folded.
+std::unique_ptr<QWidget> windowWithPaste(GalleryModel &gallery)
+{
+    fillShowcase(gallery.model.transcript(), gallery.model.activity());
+    auto window = std::make_unique<MainWindow>(gallery.model, gallery.windowServices);
+    auto *edit = window->findChild<ComposerEdit *>();
+    edit->insertPlainText(u"What went wrong in this log? "_s);
+    QApplication::clipboard()->setText(u"21:03:11 disk: slow write, 120 ms\n"_s.repeated(2'000));
+    edit->paste();
+    edit->insertPlainText(u"\nAnd is it the same as in this one? "_s);
+    QApplication::clipboard()->setText(u"21:03:12 disk: slow write, 140 ms\n"_s.repeated(40'000));
+    edit->paste();
+    return window;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -62,6 +70,7 @@ int main(int argc, char **argv)
     parser.addHelpOption();
     parser.addOption({u"dark"_s, u"Dark colours."_s});
     parser.addOption({u"composer"_s, u"The window with files to be sent."_s});
+    parser.addOption({u"paste"_s, u"The window with long texts in the message field."_s});
     parser.addOption({u"width"_s, u"Width of the window."_s, u"pixels"_s, u"760"_s});
     parser.addOption({u"height"_s, u"Height of the window."_s, u"pixels"_s, u"720"_s});
     parser.addOption({u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s});
@@ -76,8 +85,9 @@ int main(int argc, char **argv)
                                                     : ColorScheme::Preference::light);
     Theme theme(scheme);
     GalleryModel gallery;
-    const std::unique_ptr<QWidget> view =
-        parser.isSet(u"composer"_s) ? windowWithAttachments(gallery) : conversation(gallery);
+    const std::unique_ptr<QWidget> view = parser.isSet(u"paste"_s)      ? windowWithPaste(gallery)
+                                          : parser.isSet(u"composer"_s) ? windowWithAttachments(gallery)
+                                                                        : conversation(gallery);
     view->resize(parser.value(u"width"_s).toInt(), parser.value(u"height"_s).toInt());
     view->show();
     if (parser.isSet(u"picture"_s)) {
