@@ -7,19 +7,17 @@
 #include <QTextLayout>
 #include <QtMath>
 #include <algorithm>
-#include <limits>
 
 namespace morvane {
 
 namespace {
 
-struct Lines {
-    QStringList texts;
-    int width = 0;
-    bool isCut = false;
-};
+/// The width of a text that is not to be wrapped.
+constexpr int noLimit = 1'000'000;
+/// Widths that are remembered; a window that is resized asks for many.
+constexpr qsizetype mostKnown = 8;
 
-Lines linesOf(const WrappedText &wrapped, int width)
+WrappedLines linesOf(const WrappedText &wrapped, int width)
 {
     const qsizetype affordable = affordableLength(wrapped.text, wrapped.costliest);
     const bool isTooLong = wrapped.text.size() > affordable;
@@ -31,13 +29,13 @@ Lines linesOf(const WrappedText &wrapped, int width)
     layout.setTextOption(option);
 
     const QFontMetrics metrics(wrapped.font);
-    Lines lines;
+    WrappedLines lines;
     lines.isCut = isTooLong;
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(width);
         lines.width = std::max(lines.width, qCeil(line.naturalTextWidth()));
-        if (lines.texts.size() + 1 == wrapped.maximumLines &&
+        if (width < noLimit && lines.texts.size() + 1 == wrapped.maximumLines &&
             line.textStart() + line.textLength() < text.size()) {
             QString rest = text.mid(line.textStart());
             rest.replace(QChar::LineSeparator, u' ');
@@ -57,9 +55,22 @@ Lines linesOf(const WrappedText &wrapped, int width)
 
 } // namespace
 
+const WrappedLines &WrappedText::lines(int width) const
+{
+    const int asked = std::max(width, 1);
+    if (const auto found = known.constFind(asked); found != known.constEnd())
+        return *found;
+    const auto unwrapped = known.constFind(noLimit);
+    if (unwrapped != known.constEnd() && unwrapped->width < asked && unwrapped->texts.size() <= maximumLines)
+        return *unwrapped;
+    if (known.size() >= mostKnown)
+        known.clear();
+    return *known.insert(asked, linesOf(*this, asked));
+}
+
 QSize WrappedText::size(int width) const
 {
-    const Lines lines = linesOf(*this, std::max(width, 1));
+    const WrappedLines &lines = this->lines(width);
     const int rows = std::max(1, static_cast<int>(lines.texts.size()));
     return {std::min(lines.width, width), rows * QFontMetrics(font).lineSpacing()};
 }
@@ -67,18 +78,17 @@ QSize WrappedText::size(int width) const
 int WrappedText::naturalWidth() const
 {
     // By the layout that breaks the lines: the font's own sum can be a fraction less.
-    constexpr int noLimit = 1'000'000;
-    return linesOf({text, font, std::numeric_limits<int>::max(), costliest}, noLimit).width + 1;
+    return lines(noLimit).width + 1;
 }
 
 bool WrappedText::isElided(int width) const
 {
-    return linesOf(*this, std::max(width, 1)).isCut;
+    return lines(width).isCut;
 }
 
 void WrappedText::draw(QPainter &painter, const QRect &rect, Qt::Alignment alignment) const
 {
-    const Lines lines = linesOf(*this, std::max(rect.width(), 1));
+    const WrappedLines &lines = this->lines(rect.width());
     const int lineHeight = QFontMetrics(font).lineSpacing();
     const int height = static_cast<int>(lines.texts.size()) * lineHeight;
     QRect line(rect.left(), rect.top() + std::max(0, rect.height() - height) / 2, rect.width(), lineHeight);

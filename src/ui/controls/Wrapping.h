@@ -6,6 +6,7 @@
 #include <QMargins>
 #include <QSizePolicy>
 #include <algorithm>
+#include <utility>
 
 namespace morvane {
 
@@ -17,12 +18,12 @@ public:
 
     QSize sizeHint() const override
     {
-        const WrappedText text = wrappedText();
+        const WrappedText &text = laidOut();
         return inMargins(text.size(text.naturalWidth()));
     }
     QSize minimumSizeHint() const override
     {
-        const WrappedText text = wrappedText();
+        const WrappedText &text = laidOut();
         const QFontMetrics metrics(text.font);
         const int least = std::min(text.naturalWidth(), leastCharacters * metrics.averageCharWidth());
         return inMargins({least, metrics.lineSpacing()});
@@ -30,13 +31,20 @@ public:
     int heightForWidth(int width) const override
     {
         const QMargins margins = textMargins();
-        return inMargins(wrappedText().size(width - margins.left() - margins.right())).height();
+        return inMargins(laidOut().size(width - margins.left() - margins.right())).height();
     }
     bool hasHeightForWidth() const override { return true; }
 
 protected:
     /// The text as it is laid out.
     virtual WrappedText wrappedText() const = 0;
+    /// The same, as long as nothing about it changes; only this one remembers its lines.
+    const WrappedText &laidOut() const
+    {
+        if (WrappedText now = wrappedText(); !(now == m_laidOut))
+            m_laidOut = std::move(now);
+        return m_laidOut;
+    }
     /// The room around it.
     virtual QMargins textMargins() const = 0;
     /// Of what stands beside the text, in logical pixels.
@@ -52,6 +60,8 @@ protected:
 
 private:
     static constexpr int leastCharacters = 12;
+
+    mutable WrappedText m_laidOut;
 
     QSize inMargins(const QSize &text) const
     {

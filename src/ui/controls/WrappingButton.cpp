@@ -33,9 +33,10 @@ WrappingButton::WrappingButton(const QString &label, Alignment alignment, QWidge
 
 void WrappingButton::setLabel(const QString &label)
 {
-    m_label = label;
-    setAccessibleName(labelText(label));
-    updateToolTip();
+    m_label = labelText(label);
+    setAccessibleName(m_label);
+    if (isVisible())
+        updateToolTip();
     updateGeometry();
     update();
 }
@@ -61,7 +62,7 @@ void WrappingButton::paintEvent(QPaintEvent *)
     painter.setPen(isProminent ? ThemeColors::fromPalette(palette()).onAccent
                                : palette().color(QPalette::ButtonText));
     const auto alignment = m_alignment == Alignment::leading ? Qt::AlignLeft : Qt::AlignHCenter;
-    wrappedText().draw(painter, rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0), alignment);
+    laidOut().draw(painter, rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0), alignment);
     // The style marks the focus only once Tab was pressed, but a sheet brings the focus with it.
     if (hasFocus())
         MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
@@ -82,9 +83,9 @@ void WrappingButton::changeEvent(QEvent *event)
 
 void WrappingButton::updateToolTip()
 {
-    const bool isCut = wrappedText().isElided(width() - 2 * horizontalPadding);
+    const bool isCut = laidOut().isElided(width() - 2 * horizontalPadding);
     // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
-    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(labelText(m_label).toHtmlEscaped()) : QString());
+    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
 }
 
 } // namespace morvane

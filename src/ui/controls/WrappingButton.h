@@ -16,7 +16,6 @@ public:
     explicit WrappingButton(const QString &label, Alignment alignment = Alignment::centre,
                             QWidget *parent = nullptr);
 
-    const QString &label() const { return m_label; }
     /// Also sets the accessible name; set another one afterwards where it has to differ.
     void setLabel(const QString &label);
 

@@ -70,7 +70,7 @@ void WrappingCheckBox::paintEvent(QPaintEvent *)
     drawBox(painter, QStyle::visualRect(layoutDirection(), rect(), box));
 
     painter.setPen(palette().color(QPalette::WindowText));
-    wrappedText().draw(painter, QStyle::visualRect(layoutDirection(), rect(), label), Qt::AlignLeft);
+    laidOut().draw(painter, QStyle::visualRect(layoutDirection(), rect(), label), Qt::AlignLeft);
     if (hasFocus())
         MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
 }

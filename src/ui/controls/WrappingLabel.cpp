@@ -57,7 +57,7 @@ void WrappingLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     const QColor ink = palette().color(QPalette::WindowText);
-    const WrappedText text = wrappedText();
+    const WrappedText &text = laidOut();
     const QRect place = rect().adjusted(symbolRoom(), 0, 0, 0);
     if (m_symbol) {
         const int side = QFontMetrics(shownFont()).height();

@@ -13,13 +13,19 @@ namespace {
 
 /// Text laid out in one pass, in usual letters; what else is in sight comes with the next frame. More than
 /// most windows hold.
-constexpr qsizetype passLimit = 3 * segmentLimit;
+constexpr qsizetype passLimit = 2 * segmentLimit;
 /// What a line costs besides its letters.
 constexpr qsizetype lineCost = 20;
 /// Times the letters' number that a text costs which is kept as a picture.
 constexpr qsizetype dearness = 3;
 
 using Kind = ConversationItem::Kind;
+
+/// Formatted text is parsed, and shaped for each change of style; what is dear costs as much again to draw.
+qsizetype workFor(qsizetype cost, bool isDear, TextSegment::Kind kind, qsizetype lines)
+{
+    return cost * (kind == TextSegment::Kind::plain ? 1 : 2) * (isDear ? 2 : 1) + lineCost * lines;
+}
 
 qsizetype indexOf(const ConversationItem &item)
 {
@@ -29,15 +35,6 @@ qsizetype indexOf(const ConversationItem &item)
 bool isMessage(const ConversationItem &item)
 {
     return item.kind == Kind::message;
-}
-
-void layOut(QTextDocument &document, int width, bool isUser)
-{
-    document.setTextWidth(width);
-    // A short message gets a narrow bubble, in which text from right to left must find its edge.
-    constexpr double fullLine = 0.9;
-    if (isUser && document.idealWidth() < fullLine * width)
-        document.setTextWidth(qCeil(document.idealWidth()));
 }
 
 } // namespace
@@ -228,8 +225,12 @@ void ConversationLayout::count(qsizetype work)
 bool ConversationLayout::mayLayOut(const ConversationItem &item, qsizetype index)
 {
     if (laidOut(item, index) == nullptr && m_passWork > 0) {
-        const QString text = m_texts.text(item, rowLayout(item).segments.at(index));
-        m_isPassComplete &= m_passWork + layoutCost(text) + lineCost * text.count(u'\n') < passLimit;
+        const SegmentLayout &segment = rowLayout(item).segments.at(index);
+        const QString text = m_texts.text(item, segment);
+        const qsizetype cost = layoutCost(text);
+        const qsizetype work =
+            workFor(cost, cost > dearness * text.size(), segment.segment.kind, text.count(u'\n'));
+        m_isPassComplete &= m_passWork + work < passLimit;
     }
     return m_isPassComplete;
 }
@@ -337,13 +338,12 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
     const int width = segmentFrame(item, index).width;
     if (entry->width != width) {
         entry->width = width;
-        layOut(*entry->document, width, isUser(item));
+        setDocumentWidth(*entry->document, width, isUser(item) ? DocumentFit::narrow : DocumentFit::full);
         const QString shown = entry->document->toRawText();
         const qsizetype cost = layoutCost(shown);
         entry->isDear = cost > dearness * shown.size();
         entry->picture = {};
-        // Formatted text brings its parsing and a shaping of its own for every change of style.
-        count(cost * (isPlain ? 1 : 2) + lineCost * entry->document->blockCount());
+        count(workFor(cost, entry->isDear, segment.segment.kind, entry->document->blockCount()));
     }
     return *entry->document;
 }
@@ -352,8 +352,8 @@ QTextDocument *ConversationLayout::laidOut(const ConversationItem &item, qsizety
 {
     const SegmentLayout &segment = rowLayout(item).segments.at(index);
     const SegmentDocuments::Entry *entry = m_documents.peek(SegmentKey::of(item, segment));
-    const bool isReady = entry != nullptr && entry->width == segmentFrame(item, index).width;
-    return isReady ? entry->document.get() : nullptr;
+    return entry != nullptr && entry->width == segmentFrame(item, index).width ? entry->document.get()
+                                                                               : nullptr;
 }
 
 QString ConversationLayout::plainText(const ConversationItem &item, qsizetype segment) const

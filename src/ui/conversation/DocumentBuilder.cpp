@@ -6,6 +6,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextOption>
+#include <QtMath>
 
 namespace morvane {
 
@@ -49,6 +50,15 @@ void appendPlainText(QTextDocument &document, const QString &text)
     QTextCursor cursor(&document);
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(documentText(text), cursor.charFormat());
+}
+
+void setDocumentWidth(QTextDocument &document, int width, DocumentFit fit)
+{
+    document.setTextWidth(width);
+    // A short message gets a narrow bubble, in which text from right to left must find its edge.
+    constexpr double fullLine = 0.9;
+    if (fit == DocumentFit::narrow && document.idealWidth() < fullLine * width)
+        document.setTextWidth(qCeil(document.idealWidth()));
 }
 
 std::unique_ptr<QTextDocument> markdownDocument(const QList<MarkdownBlock> &blocks,

@@ -28,4 +28,12 @@ bool standsApart(const QTextBlock &block);
 /// Adds to the end of a plain document what its text grew by.
 void appendPlainText(QTextDocument &document, const QString &text);
 
+enum class DocumentFit {
+    full,
+    narrow ///< A text that is shorter than a line gets no more than its own width.
+};
+
+/// Lays a document out in `width` logical pixels.
+void setDocumentWidth(QTextDocument &document, int width, DocumentFit fit);
+
 } // namespace morvane

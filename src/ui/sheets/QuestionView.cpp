@@ -5,6 +5,7 @@
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/WrappingButton.h"
+#include "ui/markdown/LayoutCost.h"
 #include "ui/sheets/ScrollingText.h"
 #include "ui/sheets/SheetCard.h"
 #include "ui/sheets/SheetHeader.h"
@@ -13,10 +14,22 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace morvane {
+
+namespace {
+
+/// Options that get their buttons in one turn, by what it costs to lay them out, in usual letters.
+constexpr qsizetype sliceCost = 2'000;
+/// What a button costs besides its text.
+constexpr qsizetype buttonCost = 100;
+/// A button lays out no more of its text.
+constexpr qsizetype mostShown = 1'000;
+
+} // namespace
 
 QuestionView::QuestionView(Questions &questions, QWidget *window, SteadyNow now)
     : Sheet(window, std::move(now)), m_questions(questions), m_header(new SheetHeader),
@@ -43,6 +56,8 @@ QuestionView::QuestionView(Questions &questions, QWidget *window, SteadyNow now)
     card()->buttons()->addStretch();
     card()->buttons()->addWidget(send);
 
+    m_nextSlice.setSingleShot(true);
+    connect(&m_nextSlice, &QTimer::timeout, this, &QuestionView::addOptions);
     connect(send, &QPushButton::clicked, this, &QuestionView::sendCustom);
     connect(&m_questions, &Questions::pendingQuestionChanged, this, &QuestionView::showPending);
     showPending();
@@ -53,6 +68,7 @@ void QuestionView::showPending()
     const auto &question = m_questions.pendingQuestion();
     if (!question) {
         m_shown = QUuid();
+        m_optionsLeft.clear();
         closeSheet();
         return;
     }
@@ -72,19 +88,38 @@ void QuestionView::showPending()
 void QuestionView::showOptions(const QStringList &options)
 {
     qDeleteAll(m_options->findChildren<WrappingButton *>(Qt::FindDirectChildrenOnly));
-    QWidget *previous = m_question->field();
-    for (const QString &option : options) {
-        auto *button = new WrappingButton(option, WrappingButton::Alignment::leading, m_options);
-        button->setAccessibleName(u"Answer: "_s + labelText(option));
-        connect(button, &QPushButton::clicked, this, [this, option] { m_questions.resolveQuestion(option); });
-        m_options->layout()->addWidget(button);
-        // New widgets come last in the order of the Tab key otherwise.
-        setTabOrder(previous, button);
-        previous = button;
-    }
+    m_lastInOrder = m_question->field();
+    m_optionsLeft = options;
+    addOptions();
     m_optionsHeading->setVisible(!options.isEmpty());
     m_options->setVisible(!options.isEmpty());
     m_customHeading->setVisible(!options.isEmpty());
+}
+
+void QuestionView::addOptions()
+{
+    qsizetype cost = 0;
+    while (!m_optionsLeft.isEmpty()) {
+        const QString &next = m_optionsLeft.constFirst();
+        const qsizetype nextCost = buttonCost + layoutCost(next.first(std::min(next.size(), mostShown)));
+        if (cost > 0 && cost + nextCost > sliceCost)
+            break;
+        cost += nextCost;
+        addOption(m_optionsLeft.takeFirst());
+    }
+    if (!m_optionsLeft.isEmpty())
+        m_nextSlice.start();
+}
+
+void QuestionView::addOption(const QString &option)
+{
+    auto *button = new WrappingButton(option, WrappingButton::Alignment::leading, m_options);
+    button->setAccessibleName(u"Answer: "_s + labelText(option));
+    connect(button, &QPushButton::clicked, this, [this, option] { m_questions.resolveQuestion(option); });
+    m_options->layout()->addWidget(button);
+    // New widgets come last in the order of the Tab key otherwise.
+    setTabOrder(m_lastInOrder, button);
+    m_lastInOrder = button;
 }
 
 void QuestionView::sendCustom()

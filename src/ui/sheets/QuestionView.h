@@ -2,6 +2,7 @@
 
 #include "ui/sheets/Sheet.h"
 
+#include <QTimer>
 #include <QUuid>
 
 class QLineEdit;
@@ -28,6 +29,9 @@ protected:
 private:
     void showPending();
     void showOptions(const QStringList &options);
+    /// Makes the buttons of the next slice of options.
+    void addOptions();
+    void addOption(const QString &option);
     void sendCustom();
 
     Questions &m_questions;
@@ -37,7 +41,10 @@ private:
     QWidget *m_options;
     HeadingLabel *m_customHeading;
     QLineEdit *m_custom;
-    QUuid m_shown; ///< The question on display.
+    QUuid m_shown;                    ///< The question on display.
+    QStringList m_optionsLeft;        ///< Those that have no button yet.
+    QWidget *m_lastInOrder = nullptr; ///< Of the question and its options, by the Tab key.
+    QTimer m_nextSlice;
 };
 
 } // namespace morvane

@@ -82,6 +82,16 @@ TEST_F(LongTextTest, AnAnswerIsLaidOutOnlyWhereItIsSeen)
     }
 }
 
+TEST_F(LongTextTest, APassTakesOnNoMoreThanItSaysAfterwards)
+{
+    for (const QString &text : {u"a line\n"_s.repeated(50'000), u"several words "_s.repeated(50'000),
+                                u"[*_`<"_s.repeated(50'000), QString(300'000, QChar(0x6f22))}) {
+        transcript.reset({message(Role::assistant, text)});
+        show();
+        EXPECT_LE(view.rows().dearestPass(), 3 * segmentLimit) << text.first(5).toStdString();
+    }
+}
+
 TEST_F(LongTextTest, AnAnswerThatGrowsByAMegabyteAtOnceIsLaidOutOnlyWhereItIsSeen)
 {
     for (const QString &text : hostileTexts()) {

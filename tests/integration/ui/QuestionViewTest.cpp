@@ -31,6 +31,32 @@ protected:
     }
 };
 
+/// Counts the buttons of options that are made between two timers, which is what a slice is.
+class MostAtOnce : public QObject {
+public:
+    explicit MostAtOnce(QuestionView &view) : m_view(view), m_before(count())
+    {
+        qApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Timer) {
+            most = std::max(most, count() - m_before);
+            m_before = count();
+        }
+        return false;
+    }
+
+    qsizetype most = 0;
+
+private:
+    qsizetype count() const { return m_view.findChildren<WrappingButton *>().size(); }
+
+    QuestionView &m_view;
+    qsizetype m_before;
+};
+
 TEST_F(QuestionViewTest, ShowsTheQuestionAndItsOptionsInOrder)
 {
     ask(u"Which colour?"_s, {u"Red"_s, u"Green"_s});
@@ -161,7 +187,8 @@ TEST_F(QuestionViewTest, HundredsOfOptionsScrollAndKeepTheSheetInTheWindow)
         many.append(u"Option %1"_s.arg(i));
     auto answer = ask(u"Which?"_s, many);
     notice();
-    EXPECT_EQ(answers().size(), 300);
+    ASSERT_TRUE(waitUntil([this] { return answers().size() == 300; }));
+    settle();
     EXPECT_TRUE(window->rect().contains(question->card()->geometry()));
     EXPECT_TRUE(window->rect().contains(send()->mapTo(window.get(), send()->rect().bottomRight())));
     for (int i = 0; i < 299; ++i)
@@ -194,6 +221,41 @@ TEST_F(QuestionViewTest, QuestionAndOptionsOfAMegabyteAreShownInBoundedPieces)
     click(answers().first());
     ASSERT_TRUE(answer.done());
     EXPECT_EQ(answer.result(), endless);
+}
+
+TEST_F(QuestionViewTest, ManyLongOptionsComeInSlices)
+{
+    QStringList many;
+    for (int i = 0; i < 100; ++i)
+        many.append(QString::number(i) + QString(2'000, QChar(0x6f22)));
+    MostAtOnce slices(*question);
+    auto answer = ask(u"Which?"_s, many);
+    EXPECT_LE(slices.most, 2);
+    ASSERT_TRUE(waitUntil([this] { return answers().size() == 100; }));
+    EXPECT_LE(slices.most, 2);
+    notice();
+    EXPECT_EQ(focus(), answers().first());
+    const QList<QWidget *> buttons = answers();
+    for (int i = 0; i < 100; ++i)
+        EXPECT_TRUE(buttons.at(i)->accessibleName().startsWith(u"Answer: %1漢"_s.arg(i)));
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focus(), buttons.at(1));
+    buttons.at(99)->setFocus();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(answer.done());
+    EXPECT_EQ(answer.result(), many.last());
+}
+
+TEST_F(QuestionViewTest, OptionsOfAQuestionThatIsAnsweredDoNotComeLater)
+{
+    QStringList many;
+    for (int i = 0; i < 100; ++i)
+        many.append(QString(2'000, u'x'));
+    auto first = ask(u"Which?"_s, many);
+    model->questions().resolveQuestion(u"none"_s);
+    auto second = ask(u"And now?"_s, {u"Yes"_s});
+    settle();
+    EXPECT_THAT(answers(), ElementsAre(option(u"Yes"_s)));
 }
 
 } // namespace
