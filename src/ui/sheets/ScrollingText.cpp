@@ -110,14 +110,19 @@ int ScrollingText::measured(int width) const
     const int line = QFontMetrics(font).lineSpacing();
     int rows = 0;
     qsizetype cost = 0;
+    qsizetype letters = 0; // of the rows that are measured
+    int letterRows = 0;
     qreal height = 0;
     for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
          block = block.next()) {
         const QString text = block.text();
         cost += layoutCost(text);
         if (cost > mostMeasured) {
-            // A letter is seldom wider than a line is high.
-            const int estimate = std::min(mostRows - rows, static_cast<int>(text.size()) * line / room + 1);
+            // As wide as those before; of the first ones, a letter is seldom wider than a line is high.
+            const qsizetype full = letters > 0 ? (text.size() * letterRows + letters - 1) / letters
+                                               : text.size() * line / room + 1;
+            const int estimate =
+                static_cast<int>(std::clamp<qsizetype>(full, 1, std::max(1, mostRows - rows)));
             rows += estimate;
             height += estimate * line;
             continue;
@@ -129,6 +134,8 @@ int ScrollingText::measured(int width) const
              row = layout.createLine(), ++rows) {
             row.setLineWidth(room);
             height += row.height();
+            letters += row.textLength();
+            ++letterRows;
         }
         layout.endLayout();
     }
