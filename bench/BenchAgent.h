@@ -12,6 +12,7 @@
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "tools/BuiltinTools.h"
+#include "tools/screen/ScreenTools.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -86,7 +87,8 @@ struct BenchAgent : FakeSurroundings {
     ConversationStore conversations{home.path() + QStringLiteral("/Conversations")};
     HttpAIService provider{http};
     QuietReminders reminders{scheduler, home.path() + QStringLiteral("/Morvane.conf")};
-    BuiltinTools tools{http, reminders.store};
+    ScreenTools screen{desktop.desktop()};
+    BuiltinTools tools{http, reminders.store, screen};
     AppServices services = servicesAround({
         .scheduler = scheduler,
         .settings = settings,

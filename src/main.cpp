@@ -3,6 +3,7 @@
 #include "app/BrowserWindowPort.h"
 #include "app/MCPToolServers.h"
 #include "app/NotificationService.h"
+#include "app/PermissionsModel.h"
 #include "app/UpdateModel.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
@@ -20,11 +21,18 @@
 #include "platform/NoKeychain.h"
 #include "platform/linux/LinuxAnnouncer.h"
 #include "platform/linux/LinuxColorScheme.h"
+#include "platform/linux/LinuxDesktopSettings.h"
 #include "platform/linux/LinuxMachineFacts.h"
 #include "platform/linux/LinuxSingleInstance.h"
 #include "platform/linux/LinuxUrlOpener.h"
 #include "platform/linux/LinuxWindowRaiser.h"
 #include "platform/linux/TerminationSignals.h"
+#include "platform/linux/desktop/LinuxAccessibilityTree.h"
+#include "platform/linux/desktop/LinuxApplications.h"
+#include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/desktop/LinuxInputEvents.h"
+#include "platform/linux/desktop/LinuxScreenCapture.h"
+#include "platform/linux/desktop/LinuxTextRecognizer.h"
 #include "platform/linux/notifications/LinuxDeliveryAlarm.h"
 #include "platform/linux/notifications/LinuxNotificationCenter.h"
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
@@ -35,6 +43,8 @@
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 #include "tools/reminders/ReminderStore.h"
+#include "tools/screen/ScreenTools.h"
+#include "tools/screen/SequenceClock.h"
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/CursorRest.h"
 #include "ui/theme/AppMark.h"
@@ -70,10 +80,10 @@ ActivationToken activationToken()
     return {qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
 }
 
-/// The program that decodes attached files lies beside this one.
-QString attachmentReader()
+/// The programs that decode attached files and recognise text lie beside this one.
+QString helperProgram(const QString &name)
 {
-    return QApplication::applicationDirPath() + u"/morvane-attachment-reader"_s;
+    return QApplication::applicationDirPath() + u'/' + name;
 }
 
 /// The program that ends tool servers when this one is gone.
@@ -109,7 +119,15 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     LinuxSoundPlayer sounds(LinuxSoundPlayer::installedFolder());
     ReminderStore reminders(scheduler, settingsFile(), center, sounds, announcer);
     NotificationService notifications(scheduler, center, sounds, announcer, reminders);
-    BuiltinTools tools(http, reminders);
+    const Desktop desktop{std::make_shared<LinuxScreenCapture>(),
+                          std::make_shared<LinuxTextRecognizer>(helperProgram(u"morvane-text-recognizer"_s)),
+                          std::make_shared<LinuxAccessibilityTree>(),
+                          std::make_shared<LinuxApplications>(),
+                          std::make_shared<LinuxInputEvents>(),
+                          std::make_shared<LinuxClipboard>(),
+                          std::make_shared<RealSequenceClock>()};
+    ScreenTools screen(desktop);
+    BuiltinTools tools(http, reminders, screen);
     StdioThread serverProcesses(QFile::encodeName(serverGuard()));
     MCPManager serverManager(
         scheduler, dataFolder(),
@@ -120,7 +138,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     NoBrowserWindow browserWindow;
     const UpdateModel updates;
     OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
-    AttachmentWorkers attachments{AttachmentProcessor(ReaderProcess(attachmentReader()))};
+    AttachmentWorkers attachments{
+        AttachmentProcessor(ReaderProcess(helperProgram(u"morvane-attachment-reader"_s)))};
     HttpModelCatalog modelCatalog(http, endpoints);
     LinuxUrlOpener urls;
     const LinuxMachineFacts machineFacts;
@@ -142,9 +161,13 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
         machineSummary,
     });
+    LinuxDesktopSettings desktopSettings;
+    PermissionsModel permissions(scheduler, announcer, *desktop.screen, *desktop.input, center,
+                                 desktopSettings);
     const SettingsServices settingsServices{
-        scheduler, settings,       modelCatalog,
-        urls,      machineSummary, [&machine] { return machine.current().ramGB; },
+        scheduler,   settings,       modelCatalog,
+        urls,        machineSummary, [&machine] { return machine.current().ramGB; },
+        permissions,
     };
     installAccessibleEventFilter();
     const CursorRest cursorRest;
@@ -161,10 +184,11 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     instance.listen(activate);
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
-    QTimer::singleShot(0, &model, [&model, &notifications, &reminders, &serverManager] {
+    QTimer::singleShot(0, &model, [&model, &notifications, &reminders, &serverManager, &scheduler, &screen] {
         notifications.configure();
         reminders.reschedulePending();
         reminders.startMonitoring();
+        scheduler.spawn(screen.warmKeyboardLayout());
         model.localModel().refreshLocalModel();
         serverManager.refresh();
     });

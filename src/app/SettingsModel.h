@@ -15,6 +15,7 @@ namespace morvane {
 
 class LocalModelFlow;
 class ModelCatalog;
+class PermissionsModel;
 class Scheduler;
 class SettingsStore;
 class UrlOpener;
@@ -29,6 +30,7 @@ struct SettingsServices {
     std::function<QString()> machineSummary;
     /// The machine's memory in GiB.
     std::function<int()> machineMemory;
+    PermissionsModel &permissions;
 };
 
 /// What the settings window knows beyond the settings: the provider's own list of models and how its loading

@@ -14,6 +14,7 @@
 namespace morvane {
 
 class ReminderStore;
+class ScreenTools;
 
 /// Whether the built-in tools are offered to the model at all.
 enum class UseTools { no, yes };
@@ -21,8 +22,8 @@ enum class UseTools { no, yes };
 /// The built-in tools and the one entry through which a call is carried out.
 class BuiltinTools {
 public:
-    /// `http` carries the web tools' requests. Both outlive the tools.
-    BuiltinTools(HttpClient &http, ReminderStore &reminders, WebEndpoints web = {});
+    /// `http` carries the web tools' requests. All outlive the tools.
+    BuiltinTools(HttpClient &http, ReminderStore &reminders, ScreenTools &screen, WebEndpoints web = {});
     BuiltinTools(const BuiltinTools &) = delete;
     BuiltinTools &operator=(const BuiltinTools &) = delete;
 

@@ -5,6 +5,7 @@
 namespace morvane {
 
 class ReminderStore;
+class ScreenTools;
 class ShellTool;
 class TodoList;
 class WebTools;
@@ -14,6 +15,7 @@ struct ToolServices {
     ShellTool &shell;
     WebTools &web;
     ReminderStore &reminders;
+    ScreenTools &screen;
     /// Shared with work in the background, which goes on when the tools are gone.
     std::shared_ptr<TodoList> todos;
 };

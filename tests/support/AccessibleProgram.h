@@ -1,8 +1,8 @@
 #pragma once
 
 #include "support/AccessibleTree.h"
-#include "support/ChildProcess.h"
 #include "support/PrivateDesktop.h"
+#include "support/TestProgram.h"
 
 #include <functional>
 #include <memory>
@@ -21,7 +21,7 @@ public:
     AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus, const QString &program,
                       const QString &home, const QString &logPath);
 
-    ChildProcess &process() { return m_process; }
+    TestProgram &process() { return m_process; }
     AccessibleNode tree() const;
 
     /// The first object that is not hidden and has this name, and this role if one is given. It may lie
@@ -47,7 +47,7 @@ private:
     bool waitForTree(const Condition &treeIsRight) const;
 
     AccessibilityBus &m_bus;
-    ChildProcess m_process;
+    TestProgram m_process;
     AccessibleElement m_root;
 };
 

@@ -1,14 +1,20 @@
 #pragma once
 
 #include "app/AppServices.h"
+#include "app/PermissionsModel.h"
 #include "app/SettingsModel.h"
 #include "app/UpdateModel.h"
 #include "support/FakeAIService.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
+#include "support/FakeDesktop.h"
+#include "support/FakeDesktopSettings.h"
 #include "support/FakeKeychain.h"
 #include "support/FakeModelCatalog.h"
+#include "support/FakeNotificationCenter.h"
 #include "support/FakePorts.h"
+
+#include <memory>
 
 namespace morvane {
 
@@ -47,8 +53,10 @@ struct FakeSurroundings {
 
     SettingsServices settingsServicesAround(const AppServices &services, int memory)
     {
-        return {services.scheduler,      services.settings,          modelCatalog, urls,
-                services.machineSummary, [memory] { return memory; }};
+        permissions = std::make_unique<PermissionsModel>(services.scheduler, announcer, *desktop.screen,
+                                                         *desktop.input, center, desktopSettings);
+        return {services.scheduler,      services.settings,           modelCatalog, urls,
+                services.machineSummary, [memory] { return memory; }, *permissions};
     }
 
     FakeKeychain keychain;
@@ -62,6 +70,10 @@ struct FakeSurroundings {
     FakeAttachments attachments;
     FakeModelCatalog modelCatalog;
     FakeUrlOpener urls;
+    FakeDesktop desktop;
+    FakeNotificationCenter center;
+    FakeDesktopSettings desktopSettings;
+    std::unique_ptr<PermissionsModel> permissions;
 };
 
 } // namespace morvane

@@ -107,10 +107,10 @@ QString MorvaneSession::sanitizerReport() const
     return tellsOfForgottenKeyOnly(found) ? QString() : found;
 }
 
-std::unique_ptr<ChildProcess> MorvaneSession::startAgain() const
+std::unique_ptr<TestProgram> MorvaneSession::startAgain() const
 {
-    return std::make_unique<ChildProcess>(m_programPath, QStringList{},
-                                          environmentWithHome(m_desktop, m_home), m_home + u"/second.log"_s);
+    return std::make_unique<TestProgram>(m_programPath, QStringList{}, environmentWithHome(m_desktop, m_home),
+                                         m_home + u"/second.log"_s);
 }
 
 void MorvaneSession::send(const QString &text)

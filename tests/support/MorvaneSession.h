@@ -29,7 +29,7 @@ public:
     /// What the sanitizers said of the program, from its first start on; empty without a report.
     QString sanitizerReport() const;
     /// A further start of the program in the same home, beside the first.
-    std::unique_ptr<ChildProcess> startAgain() const;
+    std::unique_ptr<TestProgram> startAgain() const;
 
     /// Whether the program has been started and still runs.
     bool isRunning() const { return m_program && m_program->process().isRunning(); }

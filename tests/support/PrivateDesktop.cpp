@@ -29,7 +29,7 @@ bool becomesTrue(const std::function<bool()> &condition,
     return true;
 }
 
-[[noreturn]] void fail(const QString &what, const ChildProcess &process)
+[[noreturn]] void fail(const QString &what, const TestProgram &process)
 {
     throw std::runtime_error((what + " does not serve:\n"_L1 + process.log()).toStdString());
 }
@@ -130,10 +130,10 @@ void PrivateDesktop::startServer()
     // The server chooses a free display number itself and tells it through its standard error, the only
     // descriptor that reaches the log.
     m_server =
-        std::make_unique<ChildProcess>(u"Xvfb"_s,
-                                       QStringList{u"-displayfd"_s, u"2"_s, u"-screen"_s, u"0"_s,
-                                                   u"1280x960x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s},
-                                       m_environment, logPath(u"xserver.log"_s));
+        std::make_unique<TestProgram>(u"Xvfb"_s,
+                                      QStringList{u"-displayfd"_s, u"2"_s, u"-screen"_s, u"0"_s,
+                                                  u"1280x960x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s},
+                                      m_environment, logPath(u"xserver.log"_s));
     QString number;
     const bool serves = becomesTrue([&] {
         for (const QString &line : m_server->log().split(u'\n')) {
@@ -152,10 +152,10 @@ void PrivateDesktop::startServer()
 void PrivateDesktop::startBus()
 {
     const QString address = u"unix:path="_s + m_environment.value(u"XDG_RUNTIME_DIR"_s) + u"/bus"_s;
-    m_bus = std::make_unique<ChildProcess>(u"dbus-daemon"_s,
-                                           QStringList{u"--session"_s, u"--nofork"_s, u"--nopidfile"_s,
-                                                       u"--address="_s + address, u"--print-address"_s},
-                                           m_environment, logPath(u"bus.log"_s));
+    m_bus = std::make_unique<TestProgram>(u"dbus-daemon"_s,
+                                          QStringList{u"--session"_s, u"--nofork"_s, u"--nopidfile"_s,
+                                                      u"--address="_s + address, u"--print-address"_s},
+                                          m_environment, logPath(u"bus.log"_s));
     const bool serves =
         becomesTrue([&] { return m_bus->log().contains("unix:path"_L1) || !m_bus->isRunning(); });
     if (!serves || !m_bus->isRunning())
@@ -166,7 +166,7 @@ void PrivateDesktop::startBus()
 void PrivateDesktop::startWindowManager()
 {
     m_windowManager =
-        std::make_unique<ChildProcess>(u"openbox"_s, QStringList{}, m_environment, logPath(u"openbox.log"_s));
+        std::make_unique<TestProgram>(u"openbox"_s, QStringList{}, m_environment, logPath(u"openbox.log"_s));
     // It announces itself before it takes windows, and loses those that come in between.
     const bool serves = becomesTrue([&] {
         const XConnection probe(display());

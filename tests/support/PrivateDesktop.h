@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/ChildProcess.h"
+#include "support/TestProgram.h"
 
 #include <QImage>
 #include <QProcessEnvironment>
@@ -42,9 +42,9 @@ private:
 
     QTemporaryDir m_folder;
     QProcessEnvironment m_environment;
-    std::unique_ptr<ChildProcess> m_server;
-    std::unique_ptr<ChildProcess> m_bus;
-    std::unique_ptr<ChildProcess> m_windowManager;
+    std::unique_ptr<TestProgram> m_server;
+    std::unique_ptr<TestProgram> m_bus;
+    std::unique_ptr<TestProgram> m_windowManager;
 };
 
 } // namespace morvane

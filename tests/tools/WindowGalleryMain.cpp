@@ -178,7 +178,7 @@ int main(int argc, char **argv)
         window->resize(size);
     window->show();
     if (isSettings && value("window") != u"settings"_s)
-        window->findChild<QTabWidget *>()->setCurrentIndex(1);
+        window->findChild<QTabWidget *>()->setCurrentIndex(2);
     if (value("window") == u"add-server"_s)
         window->findChild<AddMCPServerView *>()->open();
     if (!isSettings && value("window") != u"welcome"_s)

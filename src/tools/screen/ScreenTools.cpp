@@ -56,7 +56,7 @@ Task<void> ScreenTools::warmKeyboardLayout()
     co_await runOffMain([shared = m_shared] { shared->layout->warm(*shared->desktop.input); });
 }
 
-Task<QString> ScreenTools::captureScreen()
+Task<ToolResult> ScreenTools::captureScreen()
 {
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
@@ -65,7 +65,7 @@ Task<QString> ScreenTools::captureScreen()
     });
 }
 
-Task<QString> ScreenTools::runSequence(Sequence sequence)
+Task<ToolResult> ScreenTools::runSequence(Sequence sequence)
 {
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
@@ -80,75 +80,75 @@ Task<QString> ScreenTools::runSequence(Sequence sequence)
     });
 }
 
-Task<QString> ScreenTools::clickAt(QPoint point)
+Task<ToolResult> ScreenTools::clickAt(QPoint point)
 {
     return runSequence([point](InputControl &control) { return control.clickAt(point); });
 }
 
-Task<QString> ScreenTools::axClick(qint64 index)
+Task<ToolResult> ScreenTools::axClick(qint64 index)
 {
     return runSequence([index](InputControl &control) { return control.axClick(index); });
 }
 
-Task<QString> ScreenTools::axType(qint64 index, QString text)
+Task<ToolResult> ScreenTools::axType(qint64 index, QString text)
 {
     return runSequence(
         [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); });
 }
 
-Task<QString> ScreenTools::typeText(QString text)
+Task<ToolResult> ScreenTools::typeText(QString text)
 {
     return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); });
 }
 
-Task<QString> ScreenTools::pressKey(QString key)
+Task<ToolResult> ScreenTools::pressKey(QString key)
 {
     return runSequence([key = std::move(key)](InputControl &control) { return control.pressKey(key); });
 }
 
-Task<QString> ScreenTools::moveCursor(QPoint point)
+Task<ToolResult> ScreenTools::moveCursor(QPoint point)
 {
     return runSequence([point](InputControl &control) { return control.moveCursor(point); });
 }
 
-Task<QString> ScreenTools::mouseDoubleClick(QPoint point)
+Task<ToolResult> ScreenTools::mouseDoubleClick(QPoint point)
 {
     return runSequence([point](InputControl &control) { return control.mouseDoubleClick(point); });
 }
 
-Task<QString> ScreenTools::mouseRightClick(QPoint point)
+Task<ToolResult> ScreenTools::mouseRightClick(QPoint point)
 {
     return runSequence([point](InputControl &control) { return control.mouseRightClick(point); });
 }
 
-Task<QString> ScreenTools::mouseDrag(QPoint from, QPoint to)
+Task<ToolResult> ScreenTools::mouseDrag(QPoint from, QPoint to)
 {
     return runSequence([from, to](InputControl &control) { return control.mouseDrag(from, to); });
 }
 
-Task<QString> ScreenTools::mouseScroll(qint64 amount)
+Task<ToolResult> ScreenTools::mouseScroll(qint64 amount)
 {
     return runSequence([amount](InputControl &control) { return control.mouseScroll(amount); });
 }
 
-Task<QString> ScreenTools::pasteText(QString text)
+Task<ToolResult> ScreenTools::pasteText(QString text)
 {
-    const QString problem =
+    const ToolResult problem =
         co_await runSequence([](InputControl &control) { return control.permissionProblem(); });
-    if (!problem.isEmpty())
+    if (!problem.text.isEmpty())
         co_return problem;
     const QString pasted = trimmed(text);
     if (pasted.isEmpty())
         co_return u"Error: nothing to paste."_s;
     m_shared->desktop.clipboard->setText(pasted);
-    const QString pressed =
+    const ToolResult pressed =
         co_await runSequence([](InputControl &control) { return control.pressKey(u"command+v"_s); });
-    if (pressed == stopped)
+    if (pressed.text == stopped)
         co_return stopped;
     co_return u"Pasted "_s + QString::number(characterCount(pasted)) + u" characters into the focused app."_s;
 }
 
-Task<QString> ScreenTools::clipboardRead()
+Task<ToolResult> ScreenTools::clipboardRead()
 {
     const std::optional<QString> text =
         co_await runOffMain([shared = m_shared] { return shared->desktop.clipboard->text(); });
@@ -157,7 +157,7 @@ Task<QString> ScreenTools::clipboardRead()
     co_return u"Clipboard content: "_s + *text;
 }
 
-Task<QString> ScreenTools::clipboardSet(QString text)
+Task<ToolResult> ScreenTools::clipboardSet(QString text)
 {
     const QString copied = trimmed(text);
     if (copied.isEmpty())
@@ -166,7 +166,7 @@ Task<QString> ScreenTools::clipboardSet(QString text)
     co_return u"Copied "_s + QString::number(characterCount(copied)) + u" characters to the clipboard."_s;
 }
 
-Task<QString> ScreenTools::frontmostApp()
+Task<ToolResult> ScreenTools::frontmostApp()
 {
     const std::optional<RunningApplication> frontmost =
         co_await runOffMain([shared = m_shared] { return shared->desktop.applications->frontmost(); });
@@ -174,7 +174,7 @@ Task<QString> ScreenTools::frontmostApp()
     co_return u"The frontmost application is "_s + (name.isEmpty() ? u"unknown"_s : name) + u'.';
 }
 
-Task<QString> ScreenTools::openURL(QString url, QString application)
+Task<ToolResult> ScreenTools::openURL(QString url, QString application)
 {
     const QUrl address(trimmed(url), QUrl::TolerantMode);
     if (!address.isValid() || address.scheme().isEmpty()) {
@@ -190,7 +190,7 @@ Task<QString> ScreenTools::openURL(QString url, QString application)
     co_return u"Opened "_s + address.toString(QUrl::FullyEncoded) + u" in the browser."_s;
 }
 
-Task<QString> ScreenTools::openApplication(QString name)
+Task<ToolResult> ScreenTools::openApplication(QString name)
 {
     const bool opened =
         co_await runOffMain([shared = m_shared, name] { return shared->desktop.applications->open(name); });
@@ -199,7 +199,7 @@ Task<QString> ScreenTools::openApplication(QString name)
     co_return u"Opened the "_s + name + u" application."_s;
 }
 
-Task<QString> ScreenTools::activateApp(QString name)
+Task<ToolResult> ScreenTools::activateApp(QString name)
 {
     const QString wanted = trimmed(name);
     if (wanted.isEmpty())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "model/ToolResult.h"
 #include "tools/screen/Desktop.h"
 
 #include <QPoint>
@@ -25,27 +26,27 @@ public:
     /// Asks for the user's keyboard layout, so that shortcuts reach the right keys.
     Task<void> warmKeyboardLayout();
 
-    Task<QString> captureScreen();
+    Task<ToolResult> captureScreen();
 
-    Task<QString> clickAt(QPoint point);
-    Task<QString> axClick(qint64 index);
-    Task<QString> axType(qint64 index, QString text);
-    Task<QString> typeText(QString text);
-    Task<QString> pressKey(QString key);
-    Task<QString> moveCursor(QPoint point);
-    Task<QString> mouseDoubleClick(QPoint point);
-    Task<QString> mouseRightClick(QPoint point);
-    Task<QString> mouseDrag(QPoint from, QPoint to);
-    Task<QString> mouseScroll(qint64 amount);
+    Task<ToolResult> clickAt(QPoint point);
+    Task<ToolResult> axClick(qint64 index);
+    Task<ToolResult> axType(qint64 index, QString text);
+    Task<ToolResult> typeText(QString text);
+    Task<ToolResult> pressKey(QString key);
+    Task<ToolResult> moveCursor(QPoint point);
+    Task<ToolResult> mouseDoubleClick(QPoint point);
+    Task<ToolResult> mouseRightClick(QPoint point);
+    Task<ToolResult> mouseDrag(QPoint from, QPoint to);
+    Task<ToolResult> mouseScroll(qint64 amount);
 
-    Task<QString> pasteText(QString text);
-    Task<QString> clipboardRead();
-    Task<QString> clipboardSet(QString text);
+    Task<ToolResult> pasteText(QString text);
+    Task<ToolResult> clipboardRead();
+    Task<ToolResult> clipboardSet(QString text);
 
-    Task<QString> frontmostApp();
-    Task<QString> openURL(QString url, QString application);
-    Task<QString> openApplication(QString name);
-    Task<QString> activateApp(QString name);
+    Task<ToolResult> frontmostApp();
+    Task<ToolResult> openURL(QString url, QString application);
+    Task<ToolResult> openApplication(QString name);
+    Task<ToolResult> activateApp(QString name);
 
 private:
     /// Shared with work that outlasts the tools.
@@ -58,7 +59,7 @@ private:
 
     using Sequence = std::function<QString(InputControl &)>;
 
-    Task<QString> runSequence(Sequence sequence);
+    Task<ToolResult> runSequence(Sequence sequence);
 
     std::shared_ptr<Shared> m_shared;
 };

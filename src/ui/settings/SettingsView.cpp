@@ -11,6 +11,7 @@
 #include "ui/settings/KeySection.h"
 #include "ui/settings/LocalModelSection.h"
 #include "ui/settings/MCPServersView.h"
+#include "ui/settings/PermissionsView.h"
 #include "ui/settings/PrivacySection.h"
 #include "ui/settings/ProviderSection.h"
 #include "ui/settings/SettingsHeader.h"
@@ -49,6 +50,7 @@ SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &loc
     // Its bar takes the keys; a second stop without a name would say nothing.
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->addTab(makeGeneralTab(services, localModel), symbolIcon(Symbol::gear), u"General"_s);
+    tabs->addTab(new PermissionsView(services.permissions), symbolIcon(Symbol::shieldLock), u"Permissions"_s);
     addToolServersTab(*tabs, toolServers);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);

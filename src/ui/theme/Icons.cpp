@@ -72,6 +72,20 @@ QString fileName(Symbol symbol)
         return u"trash"_s;
     case Symbol::triangleExclamation:
         return u"triangle-exclamation"_s;
+    case Symbol::shieldLock:
+        return u"shield-lock"_s;
+    case Symbol::display:
+        return u"display"_s;
+    case Symbol::handTap:
+        return u"hand-tap"_s;
+    case Symbol::bell:
+        return u"bell"_s;
+    case Symbol::folder:
+        return u"folder"_s;
+    case Symbol::documentLocked:
+        return u"document-locked"_s;
+    case Symbol::circleDashed:
+        return u"circle-dashed"_s;
     case Symbol::wrench:
         return u"wrench"_s;
     }

@@ -2,9 +2,9 @@
 #include "base/Uuid.h"
 #include "platform/linux/notifications/AutostartEntry.h"
 #include "platform/linux/notifications/DeliveryAlarm.h"
-#include "support/ChildProcess.h"
 #include "support/FakeNotificationDaemon.h"
 #include "support/TemporaryHome.h"
+#include "support/TestProgram.h"
 #include "support/WaitUntil.h"
 #include "tools/reminders/PendingReminders.h"
 
@@ -35,11 +35,11 @@ protected:
         return reminder.id;
     }
 
-    std::unique_ptr<ChildProcess> start(const QStringList &arguments)
+    std::unique_ptr<TestProgram> start(const QStringList &arguments)
     {
-        return std::make_unique<ChildProcess>(QCoreApplication::applicationDirPath() + "/morvane-reminder",
-                                              arguments, environment,
-                                              home.path("log" + QString::number(++m_starts)));
+        return std::make_unique<TestProgram>(QCoreApplication::applicationDirPath() + "/morvane-reminder",
+                                             arguments, environment,
+                                             home.path("log" + QString::number(++m_starts)));
     }
     std::optional<int> run(const QStringList &arguments) { return start(arguments)->waitForExit(); }
 
@@ -168,7 +168,7 @@ TEST_F(ReminderProgramTest, ManyRemindersDueAtOnceAreAllShownOnceBesideTimersTha
     std::vector<QUuid> ids;
     for (int i = 0; i < 6; ++i)
         ids.push_back(add(QString::number(i), -3));
-    std::vector<std::unique_ptr<ChildProcess>> programs;
+    std::vector<std::unique_ptr<TestProgram>> programs;
     programs.push_back(start({"wait"}));
     for (const QUuid &id : ids)
         programs.push_back(start({"deliver", uuidText(id)}));

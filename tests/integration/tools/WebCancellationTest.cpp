@@ -1,9 +1,11 @@
 #include "support/AppFixture.h"
+#include "support/FakeDesktop.h"
 
 #include "net/HttpClient.h"
 #include "support/QuietReminders.h"
 #include "support/RawHttpServer.h"
 #include "tools/BuiltinTools.h"
+#include "tools/screen/ScreenTools.h"
 
 using namespace Qt::StringLiterals;
 
@@ -29,7 +31,8 @@ protected:
 
     HttpClient http;
     QuietReminders reminders{scheduler, home.path(u"Morvane.conf"_s)};
-    BuiltinTools tools{http, reminders.store};
+    ScreenTools screen{desktop.desktop()};
+    BuiltinTools tools{http, reminders.store, screen};
 };
 
 TEST_F(WebCancellationTest, StoppingTheAgentClosesTheConnectionAndEndsTheRun)

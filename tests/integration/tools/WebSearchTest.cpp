@@ -1,9 +1,11 @@
 #include "WebFixture.h"
 
+#include "support/FakeDesktop.h"
 #include "support/QuietReminders.h"
 #include "support/TemporaryHome.h"
 #include "support/WillingUser.h"
 #include "tools/BuiltinTools.h"
+#include "tools/screen/ScreenTools.h"
 
 #include <QUrlQuery>
 
@@ -205,7 +207,9 @@ TEST_F(WebSearchTest, TheTwoToolsAreCalledByName)
     const QString origin = u"http://127.0.0.1:%1"_s.arg(server->port());
     TemporaryHome home;
     QuietReminders reminders(scheduler, home.path("Morvane.conf"));
-    BuiltinTools builtin(client, reminders.store, {origin, origin});
+    FakeDesktop desktop;
+    ScreenTools screen(desktop.desktop());
+    BuiltinTools builtin(client, reminders.store, screen, {origin, origin});
     WillingUser user(scheduler);
     const auto execute = [&](const QString &name, boost::json::object arguments) {
         return runTask(scheduler, builtin.execute(user.permit({name, std::move(arguments), {}, {}}))).text;

@@ -45,9 +45,10 @@ TEST_F(SettingsViewTest, WindowHasItsTitleAndItsTabs)
 {
     EXPECT_EQ(view->windowTitle(), "Morvane Settings");
     const auto *tabs = view->findChild<QTabWidget *>();
-    ASSERT_EQ(tabs->count(), 2);
+    ASSERT_EQ(tabs->count(), 3);
     EXPECT_EQ(tabs->tabText(0), "General");
-    EXPECT_EQ(tabs->tabText(1), "Tool Servers");
+    EXPECT_EQ(tabs->tabText(1), "Permissions");
+    EXPECT_EQ(tabs->tabText(2), "Tool Servers");
     for (int tab = 0; tab < tabs->count(); ++tab)
         EXPECT_FALSE(tabs->tabIcon(tab).isNull());
 }

@@ -24,7 +24,7 @@ class ToolServerViewsTest : public SettingsViewFixture {
 protected:
     void showServers()
     {
-        tabs()->setCurrentIndex(1);
+        tabs()->setCurrentIndex(2);
         view->activateWindow();
         settle();
     }
@@ -132,14 +132,14 @@ TEST_F(ToolServerViewsTest, TogglingOffShowsOffAfterTheRefreshAndOnConnectsAgain
 
 TEST_F(ToolServerViewsTest, TroubleShowsInTheRowAndInTheTabAndItsTextCanBeCopied)
 {
-    const auto iconKey = [this] { return tabs()->tabIcon(1).pixmap(16).toImage(); };
+    const auto iconKey = [this] { return tabs()->tabIcon(2).pixmap(16).toImage(); };
     const QImage quiet = iconKey();
     toolServerList.add(u"S"_s, 0, u"No such file or directory"_s);
     showServers();
     const QString status = u"Could not connect: No such file or directory"_s;
     ASSERT_TRUE(reads(rows()[0], u"S, "_s + status));
     EXPECT_NE(iconKey(), quiet);
-    EXPECT_EQ(tabs()->tabBar()->accessibleTabName(1), u"Tool Servers, a server could not be connected");
+    EXPECT_EQ(tabs()->tabBar()->accessibleTabName(2), u"Tool Servers, a server could not be connected");
     named<QPushButton>(u"Copy the error of the S server"_s)->click();
     EXPECT_EQ(QApplication::clipboard()->text(), status);
     toolServerList.servers[u"S"_s].startFailure.clear();

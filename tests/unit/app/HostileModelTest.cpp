@@ -1,9 +1,11 @@
 #include "support/AppFixture.h"
+#include "support/FakeDesktop.h"
 
 #include "base/Json.h"
 #include "net/HttpClient.h"
 #include "support/QuietReminders.h"
 #include "tools/BuiltinTools.h"
+#include "tools/screen/ScreenTools.h"
 
 using namespace Qt::StringLiterals;
 
@@ -77,7 +79,8 @@ protected:
     bool real = false;     ///< Whether the program's own tools carry the calls out.
     HttpClient http;
     QuietReminders reminders{scheduler, home.path("Morvane.conf")};
-    BuiltinTools tools{http, reminders.store};
+    ScreenTools screen{desktop.desktop()};
+    BuiltinTools tools{http, reminders.store, screen};
 
 private:
     Task<ToolResult> execute(ToolPermit permit)

@@ -28,14 +28,14 @@ protected:
     }
 
     /// A click that is under way and sleeps until `goesOn`.
-    TaskHandle<QString> beginHeldRightClick(QPoint point, const std::atomic<bool> *goesOn)
+    TaskHandle<ToolResult> beginHeldRightClick(QPoint point, const std::atomic<bool> *goesOn)
     {
         m_desktop.clock->onSleep = [this, goesOn] {
             m_isHeld = true;
             while (!*goesOn)
                 std::this_thread::yield();
         };
-        TaskHandle<QString> click = m_scheduler.spawn(m_tools.mouseRightClick(point));
+        TaskHandle<ToolResult> click = m_scheduler.spawn(m_tools.mouseRightClick(point));
         EXPECT_TRUE(waitUntil([this] { return m_isHeld.load(); }));
         return click;
     }
@@ -321,7 +321,7 @@ TEST_F(InputControlTest, PastingTrimsReplacesTheClipboardAndPressesCommandV)
 
 TEST_F(InputControlTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHeld)
 {
-    TaskHandle<QString> handle = m_scheduler.spawn(m_tools.mouseDrag({0, 0}, {120, 0}));
+    TaskHandle<ToolResult> handle = m_scheduler.spawn(m_tools.mouseDrag({0, 0}, {120, 0}));
     std::atomic<bool> isDragging = false;
     std::atomic<bool> goesOn = false;
     m_desktop.clock->onSleep = [&] {
@@ -343,8 +343,8 @@ TEST_F(InputControlTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHe
 TEST_F(InputControlTest, ASequenceWaitsForTheOneThatIsUnderWay)
 {
     std::atomic<bool> goesOn = false;
-    TaskHandle<QString> first = beginHeldRightClick({1, 1}, &goesOn);
-    TaskHandle<QString> second = m_scheduler.spawn(m_tools.mouseRightClick({2, 2}));
+    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
+    TaskHandle<ToolResult> second = m_scheduler.spawn(m_tools.mouseRightClick({2, 2}));
     settle();
     goesOn = true;
     ASSERT_TRUE(waitUntil([&] { return first.done() && second.done(); }));
@@ -355,8 +355,8 @@ TEST_F(InputControlTest, ASequenceWaitsForTheOneThatIsUnderWay)
 TEST_F(InputControlTest, ASequenceThatIsCancelledWhileItWaitsPostsNothing)
 {
     std::atomic<bool> goesOn = false;
-    TaskHandle<QString> first = beginHeldRightClick({1, 1}, &goesOn);
-    TaskHandle<QString> second = m_scheduler.spawn(m_tools.moveCursor({2, 2}));
+    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
+    TaskHandle<ToolResult> second = m_scheduler.spawn(m_tools.moveCursor({2, 2}));
     settle();
     second.cancel();
     goesOn = true;

@@ -13,7 +13,7 @@ namespace morvane {
 /// The tools on a desktop that only remembers.
 class ScreenFixture : public testing::Test {
 protected:
-    QString run(Task<QString> task) { return runTask(m_scheduler, std::move(task)); }
+    QString run(Task<ToolResult> task) { return runTask(m_scheduler, std::move(task)).text; }
     QStringList events() const { return m_desktop.log.events(); }
 
     /// A program in front with a focused window on the first display.

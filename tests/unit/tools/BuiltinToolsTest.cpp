@@ -5,10 +5,12 @@
 #include "net/HttpClient.h"
 #include "platform/NotificationCenter.h"
 #include "support/FakeClock.h"
+#include "support/FakeDesktop.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 #include "support/WillingUser.h"
+#include "tools/screen/ScreenTools.h"
 
 #include <gtest/gtest.h>
 
@@ -33,7 +35,9 @@ protected:
     HttpClient http;
     TemporaryHome home;
     QuietReminders reminders{scheduler, home.path("Morvane.conf")};
-    BuiltinTools tools{http, reminders.store};
+    FakeDesktop desktop;
+    ScreenTools screen{desktop.desktop()};
+    BuiltinTools tools{http, reminders.store, screen};
 };
 
 TEST_F(BuiltinToolsTest, OffersNothingWhenToolsAreOff)
@@ -182,7 +186,7 @@ TEST_F(BuiltinToolsTest, WhateverAToolThrowsIsAFailureInWordsOfOurOwn)
         BrokenCenter center(breakDown);
         ReminderStore store(scheduler, home.path("Broken.conf"), center, reminders.sounds,
                             reminders.announcer);
-        BuiltinTools broken(http, store);
+        BuiltinTools broken(http, store, screen);
         const ToolResult result =
             runTask(scheduler,
                     broken.execute(user.permit(call("set_reminder", R"({"message": "x", "minutes": 9})"))));
@@ -197,6 +201,47 @@ TEST_F(BuiltinToolsTest, AFailureIsKnownByItsFirstWord)
     EXPECT_FALSE(ToolResult("Error writing /x: no").failed);
     EXPECT_FALSE(ToolResult("error: no").failed);
     EXPECT_FALSE(ToolResult("").failed);
+}
+
+TEST_F(BuiltinToolsTest, ACoordinateThatIsATextClicksAtZero)
+{
+    EXPECT_EQ(execute("click_at", R"({"x": "120", "y": 7.9})"), "Clicked at (0, 7).");
+}
+
+TEST_F(BuiltinToolsTest, ScrollingWithoutAnAmountScrollsByOne)
+{
+    EXPECT_EQ(execute("mouse_scroll"), "Scrolled the mouse wheel up.");
+    EXPECT_EQ(desktop.log.events().count("scroll 12"), 8);
+}
+
+TEST_F(BuiltinToolsTest, CoordinatesBeyondEveryScreenStayWithinANumber)
+{
+    EXPECT_EQ(execute("mouse_move", R"({"x": 9000000000, "y": -9000000000})"),
+              "Moved the cursor to (2147483647, -2147483648).");
+}
+
+TEST_F(BuiltinToolsTest, EveryToolOfTheScreenIsCarriedOut)
+{
+    for (const char *name :
+         {"capture_screen", "ax_click", "ax_type", "type_text", "press_key", "click_at", "paste_text",
+          "clipboard_read", "clipboard_set", "mouse_move", "mouse_double_click", "mouse_right_click",
+          "mouse_drag", "mouse_scroll", "get_frontmost_app", "activate_app", "open_url", "open_application"})
+        EXPECT_FALSE(execute(name).contains("unknown tool")) << name;
+}
+
+TEST_F(BuiltinToolsTest, ArgumentsReachTheToolsOfTheScreen)
+{
+    execute("mouse_drag", R"({"from_x": 1, "from_y": 2, "to_x": 13, "to_y": 26})");
+    EXPECT_EQ(desktop.log.events().first(), "warp 1,2");
+    EXPECT_EQ(desktop.log.events().last(), "left up 13,26");
+    desktop.log.clear();
+    execute("open_url", R"({"url": "https://example.com/", "application": "Browser"})");
+    execute("open_application", R"({"name": "Notes"})");
+    execute("clipboard_set", R"({"text": "copied"})");
+    execute("press_key", R"({"key": "tab"})");
+    EXPECT_EQ(desktop.log.events(),
+              QStringList({"open address https://example.com/ in [Browser]", "open Notes", "clipboard copied",
+                           "key down 48 flags 0", "sleep 20", "key up 48 flags 0"}));
 }
 
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)

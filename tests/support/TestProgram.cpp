@@ -1,4 +1,4 @@
-#include "support/ChildProcess.h"
+#include "support/TestProgram.h"
 
 #include "support/WaitUntil.h"
 
@@ -18,8 +18,8 @@ constexpr int patienceWithTheEnd = 10000;
 
 } // namespace
 
-ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
-                           const QProcessEnvironment &environment, QString logPath)
+TestProgram::TestProgram(const QString &program, const QStringList &arguments,
+                         const QProcessEnvironment &environment, QString logPath)
     : m_logPath(std::move(logPath))
 {
     m_process.setProcessEnvironment(environment);
@@ -38,18 +38,18 @@ ChildProcess::ChildProcess(const QString &program, const QStringList &arguments,
     m_pid = m_process.processId();
 }
 
-ChildProcess::~ChildProcess()
+TestProgram::~TestProgram()
 {
     end();
 }
 
-bool ChildProcess::isRunning()
+bool TestProgram::isRunning()
 {
     // Looks by itself, so that it is right also where no event loop runs.
     return m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(0);
 }
 
-void ChildProcess::end()
+void TestProgram::end()
 {
     if (isRunning()) {
         m_process.terminate();
@@ -58,7 +58,7 @@ void ChildProcess::end()
     }
 }
 
-void ChildProcess::kill()
+void TestProgram::kill()
 {
     if (isRunning()) {
         ::kill(-pid_t(m_pid), SIGKILL);
@@ -66,14 +66,14 @@ void ChildProcess::kill()
     }
 }
 
-std::optional<int> ChildProcess::waitForExit()
+std::optional<int> TestProgram::waitForExit()
 {
     if (!waitUntil([this] { return !isRunning(); }) || m_process.exitStatus() != QProcess::NormalExit)
         return std::nullopt;
     return m_process.exitCode();
 }
 
-QString ChildProcess::log() const
+QString TestProgram::log() const
 {
     QFile file(m_logPath);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();

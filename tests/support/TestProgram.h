@@ -10,12 +10,12 @@ namespace morvane {
 
 /// A program that a test started, in a process group of its own, that cannot outlive the test: it is ended
 /// by the destructor, and by the kernel when the test program dies. Its output goes to a file.
-class ChildProcess {
+class TestProgram {
 public:
     /// Starts `program`; output and errors go to `logPath`. Throws std::runtime_error if it cannot start.
-    ChildProcess(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment,
-                 QString logPath);
-    ~ChildProcess();
+    TestProgram(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment,
+                QString logPath);
+    ~TestProgram();
 
     qint64 pid() const { return m_pid; }
     bool isRunning();

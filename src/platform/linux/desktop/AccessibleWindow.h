@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QPointF>
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+
+namespace morvane {
+
+/// How one window of a program counts its coordinates, and where it is. Toolkits differ in both.
+struct AccessibleWindow {
+    qint64 pid = 0;
+    /// The program says which elements are on the screen.
+    bool tellsShowing = true;
+    /// Places are told from the window's inside, not from the screen.
+    bool isRelative = false;
+    QPointF offset;  ///< Of the window's inside, in the coordinates of the tools.
+    qreal scale = 1; ///< Pixels for each of the program's units.
+    QRectF frame;    ///< In the coordinates of the tools; empty if unknown.
+
+    /// What the program told, in the coordinates of the tools; `origin` is that of the primary monitor.
+    QRectF toScreen(QRectF told, QPointF origin) const
+    {
+        const QRectF scaled(told.topLeft() * scale, told.size() * scale);
+        return isRelative ? scaled.translated(offset) : scaled.translated(-origin);
+    }
+};
+
+} // namespace morvane

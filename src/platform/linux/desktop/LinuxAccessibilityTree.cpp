@@ -1,0 +1,312 @@
+#include "platform/linux/desktop/LinuxAccessibilityTree.h"
+
+#include "platform/linux/desktop/AccessibleRoles.h"
+#include "platform/linux/desktop/ElementFacts.h"
+#include "platform/linux/desktop/XWindows.h"
+
+#include <QDBusVariant>
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+constexpr std::chrono::milliseconds lookLimit{300};
+constexpr std::chrono::milliseconds actionLimit{2000};
+/// Of one element; a table of a million rows is not read whole.
+constexpr qsizetype mostChildren = 1000;
+constexpr int deepestHit = 16;
+
+const AccessibilityReference registry{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
+const auto accessibleInterface = u"org.a11y.atspi.Accessible"_s;
+const auto componentInterface = u"org.a11y.atspi.Component"_s;
+const auto actionInterface = u"org.a11y.atspi.Action"_s;
+const auto editableInterface = u"org.a11y.atspi.EditableText"_s;
+
+/// What the tools hold on to.
+class BusElement final : public LiveElement {
+public:
+    AccessibilityReference reference;
+    std::shared_ptr<const AccessibleWindow> window; ///< Null for a program.
+    qint64 pid = 0;
+    bool isGtk4 = false;
+    uint32_t role = 0;
+    int clickIndex = -1;
+};
+
+const BusElement &busElement(const ScreenElement &element)
+{
+    return static_cast<const BusElement &>(*element.element);
+}
+
+AccessibilityCall callOf(const AccessibilityReference &object, const QString &interface,
+                         const QString &method, const QVariantList &arguments = {})
+{
+    return {object.service, object.path, interface, method, arguments};
+}
+
+std::optional<QString> present(const QString &text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional(text);
+}
+
+} // namespace
+
+std::optional<ScreenElement> LinuxAccessibilityTree::application(qint64 pid, QDeadlineTimer deadline)
+{
+    const auto programs = referencesOf(
+        m_bus.ask(callOf(registry, accessibleInterface, u"GetChildren"_s), deadline), mostChildren);
+    QList<AccessibilityCall> owners;
+    for (const AccessibilityReference &program : programs)
+        owners.append({u"org.freedesktop.DBus"_s,
+                       u"/org/freedesktop/DBus"_s,
+                       u"org.freedesktop.DBus"_s,
+                       u"GetConnectionUnixProcessID"_s,
+                       {program.service}});
+    const auto answers = m_bus.ask(owners, deadline);
+    for (qsizetype at = 0; at < programs.size(); ++at) {
+        if (answers.at(at).values.value(0).toLongLong() != pid || pid <= 0)
+            continue;
+        const auto toolkit =
+            m_bus.ask({propertyCall(programs.at(at), u"org.a11y.atspi.Application"_s, u"ToolkitName"_s),
+                       propertyCall(programs.at(at), u"org.a11y.atspi.Application"_s, u"Version"_s)},
+                      deadline);
+        const auto live = std::make_shared<BusElement>();
+        live->reference = programs.at(at);
+        live->pid = pid;
+        live->isGtk4 = propertyOf(toolkit.at(0)).toString() == "GTK"_L1 &&
+                       propertyOf(toolkit.at(1)).toString().startsWith(u'4');
+        ScreenElement root;
+        root.role = u"AXApplication"_s;
+        root.mayHaveChildren = true;
+        root.element = live;
+        return root;
+    }
+    return std::nullopt;
+}
+
+QList<QList<ScreenElement>> LinuxAccessibilityTree::children(const QList<ScreenElement> &parents,
+                                                             QDeadlineTimer deadline)
+{
+    QList<AccessibilityCall> calls;
+    for (const ScreenElement &parent : parents)
+        calls.append(callOf(busElement(parent).reference, accessibleInterface, u"GetChildren"_s));
+    const auto answers = m_bus.ask(calls, deadline);
+    QList<Wanted> wanted;
+    QList<qsizetype> sizes;
+    for (qsizetype at = 0; at < parents.size(); ++at) {
+        const BusElement &parent = busElement(parents.at(at));
+        const auto references = referencesOf(answers.at(at), mostChildren);
+        sizes.append(references.size());
+        for (const AccessibilityReference &reference : references)
+            wanted.append({reference, parent.window, parent.pid, parent.isGtk4});
+    }
+    const QList<ScreenElement> all = read(wanted, deadline);
+    QList<QList<ScreenElement>> families;
+    qsizetype first = 0;
+    for (const qsizetype size : std::as_const(sizes)) {
+        families.append(all.mid(first, size));
+        first += size;
+    }
+    return families;
+}
+
+std::shared_ptr<const AccessibleWindow>
+LinuxAccessibilityTree::windowOf(const Wanted &wanted, const QString &title, QRectF told, bool isActive) const
+{
+    auto found = std::make_shared<AccessibleWindow>();
+    found->pid = wanted.pid;
+    found->tellsShowing = !wanted.isGtk4;
+    found->isRelative = wanted.isGtk4;
+    const auto display = XDisplay::open();
+    if (!display)
+        return found;
+    const QPointF origin = display->origin();
+    const auto active = activeWindow(*display);
+    std::optional<XWindow> own;
+    for (const XWindow &window : stackedWindows(*display)) {
+        if (window.pid != wanted.pid)
+            continue;
+        const bool isMeant = isActive && active ? window.window == active->window : window.title == title;
+        if (isMeant && !own)
+            own = window;
+    }
+    if (!own) {
+        // Menus and the like are no windows to the window manager.
+        found->frame = wanted.isGtk4 ? QRectF() : told.translated(-origin);
+        return found;
+    }
+    found->frame = QRectF(own->frame).translated(-origin);
+    found->offset = found->frame.topLeft();
+    // Programs that are drawn larger count in larger units.
+    const qreal ratio = told.width() > 0 ? own->frame.width() / told.width() : 1;
+    const qreal steps = std::round(ratio * 4) / 4;
+    if (steps >= 1.25 && std::abs(ratio - steps) < 0.05)
+        found->scale = steps;
+    return found;
+}
+
+QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, QDeadlineTimer deadline)
+{
+    QList<AccessibilityReference> references;
+    for (const Wanted &one : wanted)
+        references.append(one.reference);
+    QList<bool> relative;
+    for (const Wanted &one : wanted)
+        relative.append(one.isGtk4);
+    const QList<ElementFacts> facts = readFacts(m_bus, references, relative, deadline);
+    const auto display = XDisplay::open();
+    const QPointF origin = display ? QPointF(display->origin()) : QPointF();
+    QList<ScreenElement> elements;
+    for (qsizetype at = 0; at < wanted.size(); ++at) {
+        const ElementFacts &fact = facts.at(at);
+        const auto live = std::make_shared<BusElement>();
+        live->reference = wanted.at(at).reference;
+        live->pid = wanted.at(at).pid;
+        live->isGtk4 = wanted.at(at).isGtk4;
+        live->role = fact.role;
+        const bool isWindow = !wanted.at(at).window;
+        live->window = isWindow ? windowOf(wanted.at(at), fact.name, fact.extents.value_or(QRectF()),
+                                           fact.has(ElementFacts::activeState))
+                                : wanted.at(at).window;
+        live->clickIndex = clickAction(fact.actions, fact.role);
+        ScreenElement element;
+        element.role =
+            isWindow ? u"AXWindow"_s : accessibleRoleName(fact.role, fact.has(ElementFacts::multiLineState));
+        element.pressable = !isWindow && live->clickIndex >= 0;
+        element.title = present(fact.name);
+        element.description = present(fact.description);
+        element.value = present(fact.text);
+        element.mayHaveChildren = fact.childCount != 0;
+        const AccessibleWindow &window = *live->window;
+        const bool isShown = !window.tellsShowing || fact.has(ElementFacts::showingState);
+        if (isShown && fact.extents) {
+            const QRectF frame = window.toScreen(*fact.extents, origin);
+            if (isWindow || window.frame.isEmpty() || window.frame.contains(frame.center()))
+                element.frame = frame;
+        }
+        element.element = live;
+        elements.append(element);
+    }
+    return elements;
+}
+
+std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
+{
+    const QDeadlineTimer deadline(lookLimit);
+    const auto display = XDisplay::open();
+    if (!display)
+        return std::nullopt;
+    const QPoint place = (point + display->origin()).toPoint();
+    for (const XWindow &window : stackedWindows(*display)) {
+        if (!window.isShown || !window.frame.contains(place))
+            continue;
+        const auto program = application(window.pid, deadline);
+        if (!program)
+            return std::nullopt;
+        const BusElement &root = busElement(*program);
+        for (const ScreenElement &top : children({*program}, deadline).first()) {
+            const BusElement &live = busElement(top);
+            if (!live.window->frame.contains(point))
+                continue;
+            const QPointF inside = live.window->isRelative
+                                       ? (point - live.window->offset) / live.window->scale
+                                       : QPointF(place) / live.window->scale;
+            AccessibilityReference hit = live.reference;
+            for (int depth = 0; depth < deepestHit; ++depth) {
+                const auto answer = m_bus.ask(callOf(hit, componentInterface, u"GetAccessibleAtPoint"_s,
+                                                     {int(inside.x()), int(inside.y()),
+                                                      QVariant::fromValue(uint(live.window->isRelative))}),
+                                              deadline);
+                const auto next = referenceOf(answer);
+                if (!next || *next == hit || next->path.endsWith("/null"_L1))
+                    break;
+                hit = *next;
+            }
+            if (hit == live.reference)
+                return std::nullopt;
+            return read({{hit, live.window, root.pid, root.isGtk4}}, deadline).first();
+        }
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement &element)
+{
+    const BusElement &known = busElement(element);
+    const QDeadlineTimer deadline(actionLimit);
+    // The window may have moved since.
+    const auto program = application(known.pid, deadline);
+    if (!program || busElement(*program).reference.service != known.reference.service)
+        return std::nullopt;
+    std::shared_ptr<const AccessibleWindow> window = known.window;
+    if (known.window->isRelative) {
+        for (const ScreenElement &top : children({*program}, deadline).first())
+            if (busElement(top).window->frame.size() == known.window->frame.size())
+                window = busElement(top).window;
+    } else {
+        auto moved = std::make_shared<AccessibleWindow>(*known.window);
+        moved->frame = {};
+        window = moved;
+    }
+    ScreenElement now = read({{known.reference, window, known.pid, known.isGtk4}}, deadline).first();
+    const BusElement &live = busElement(now);
+    if (live.role != known.role || live.role == 0 || now.title != element.title ||
+        now.description != element.description)
+        return std::nullopt;
+    return now;
+}
+
+AccessibilityTree::Outcome LinuxAccessibilityTree::doAction(const AccessibilityReference &object, int index,
+                                                            QDeadlineTimer deadline)
+{
+    const auto answer = m_bus.ask(callOf(object, actionInterface, u"DoAction"_s, {index}), deadline);
+    switch (answer.kind) {
+    case AccessibilityAnswer::Kind::answered:
+        return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
+    case AccessibilityAnswer::Kind::failed:
+        return Outcome::refused;
+    case AccessibilityAnswer::Kind::late:
+        break;
+    }
+    // A button may open a dialog and answer when that is closed; a program that hangs answers nothing.
+    const auto sign = m_bus.ask(callOf(object, accessibleInterface, u"GetRole"_s), QDeadlineTimer(lookLimit));
+    return sign.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::gone;
+}
+
+AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &element)
+{
+    const auto now = current(element);
+    if (!now)
+        return Outcome::gone;
+    const BusElement &live = busElement(*now);
+    if (live.clickIndex < 0)
+        return Outcome::refused;
+    return doAction(live.reference, live.clickIndex, QDeadlineTimer(actionLimit));
+}
+
+AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement &element, const QString &text)
+{
+    const auto now = current(element);
+    if (!now)
+        return Outcome::gone;
+    const AccessibilityReference &object = busElement(*now).reference;
+    const QDeadlineTimer deadline(actionLimit);
+    const auto set = m_bus.ask(callOf(object, editableInterface, u"SetTextContents"_s, {text}), deadline);
+    if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
+        return Outcome::done;
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    if (!isNumber)
+        return Outcome::refused;
+    const auto changed = m_bus.ask(
+        callOf(object, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
+               {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))}),
+        deadline);
+    return changed.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
+}
+
+} // namespace morvane

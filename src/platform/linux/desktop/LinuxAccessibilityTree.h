@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/AccessibilityTree.h"
+#include "platform/linux/desktop/AccessibilityConnection.h"
+#include "platform/linux/desktop/AccessibleWindow.h"
+
+namespace morvane {
+
+/// The elements of other programs over the accessibility bus. Many questions are on their way at once, so
+/// that a window of hundreds of elements is read in a few ways to the program and back.
+class LinuxAccessibilityTree final : public AccessibilityTree {
+public:
+    void enable() override { m_bus.announceInterest(); }
+    std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
+    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
+                                         QDeadlineTimer deadline) override;
+    std::optional<ScreenElement> elementAt(QPointF point) override;
+    std::optional<ScreenElement> current(const ScreenElement &element) override;
+    Outcome press(const ScreenElement &element) override;
+    Outcome setValue(const ScreenElement &element, const QString &text) override;
+
+private:
+    /// An element that is to be read, and its window.
+    struct Wanted {
+        AccessibilityReference reference;
+        std::shared_ptr<const AccessibleWindow> window; ///< Null for a window itself.
+        qint64 pid = 0;
+        bool isGtk4 = false;
+    };
+
+    QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline);
+    std::shared_ptr<const AccessibleWindow> windowOf(const Wanted &wanted, const QString &title, QRectF told,
+                                                     bool isActive) const;
+    Outcome doAction(const AccessibilityReference &object, int index, QDeadlineTimer deadline);
+
+    AccessibilityConnection m_bus;
+};
+
+} // namespace morvane

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/Applications.h"
+#include "platform/linux/desktop/InstalledApplications.h"
+
+namespace morvane {
+
+/// Windows as the window manager of an X server tells of them, programs as their desktop files do.
+class LinuxApplications final : public Applications {
+public:
+    std::optional<RunningApplication> frontmost() override;
+    std::optional<DesktopWindow> focusedWindow(qint64 pid) override;
+    QList<DesktopWindow> windows() override;
+    QList<RunningApplication> running() override;
+    void activate(const RunningApplication &application) override;
+    bool open(const QString &name) override;
+    bool openAddress(const QUrl &address, const QString &application) override;
+
+private:
+    InstalledApplications m_installed;
+};
+
+} // namespace morvane

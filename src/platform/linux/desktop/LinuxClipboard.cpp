@@ -1,0 +1,32 @@
+#include "platform/linux/desktop/LinuxClipboard.h"
+
+#include "platform/linux/desktop/SelectionReader.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+namespace morvane {
+
+void LinuxClipboard::setText(const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+
+std::optional<QString> LinuxClipboard::text()
+{
+    const auto display = XDisplay::open();
+    if (!display)
+        return std::nullopt;
+    SelectionReader reader(*display, m_patience);
+    for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
+        if (const auto bytes = reader.read(target))
+            return QString::fromUtf8(*bytes);
+        if (reader.ownerIsSilent())
+            return std::nullopt;
+    }
+    if (const auto bytes = reader.read("STRING"))
+        return QString::fromLatin1(*bytes);
+    return std::nullopt;
+}
+
+} // namespace morvane

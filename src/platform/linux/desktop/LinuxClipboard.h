@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/Clipboard.h"
+
+#include <chrono>
+
+namespace morvane {
+
+/// The clipboard of the desktop: set through the application, read over a connection of its own, so that an
+/// owner that hangs holds up nothing but the question.
+class LinuxClipboard final : public Clipboard {
+public:
+    /// `patience` is how long an owner may be silent.
+    explicit LinuxClipboard(std::chrono::milliseconds patience = std::chrono::seconds(2))
+        : m_patience(patience)
+    {
+    }
+
+    void setText(const QString &text) override;
+    std::optional<QString> text() override;
+
+private:
+    const std::chrono::milliseconds m_patience;
+};
+
+} // namespace morvane

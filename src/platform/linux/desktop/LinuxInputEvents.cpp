@@ -1,0 +1,59 @@
+#include "platform/linux/desktop/LinuxInputEvents.h"
+
+#include "platform/linux/desktop/KeyPositions.h"
+#include "platform/linux/desktop/XInputSource.h"
+
+#include <xcb/xtest.h>
+
+namespace morvane {
+namespace {
+
+constexpr int virtualKeys = 128;
+
+/// Takes the place of a source when the X server has gone away.
+class NoInputSource final : public InputSource {
+public:
+    void warp(QPoint) override {}
+    void mouseMoved(QPoint) override {}
+    void buttonDown(MouseButton, QPoint) override {}
+    void buttonUp(MouseButton, QPoint) override {}
+    void dragged(QPoint) override {}
+    void scroll(int) override {}
+    void keyDown(int, quint32) override {}
+    void keyUp(int, quint32) override {}
+    void prepareText(const QString &) override {}
+    void characterDown(char32_t) override {}
+    void characterUp(char32_t) override {}
+};
+
+} // namespace
+
+bool LinuxInputEvents::isTrusted()
+{
+    const auto display = XDisplay::open();
+    return display && display->hasExtension(&xcb_test_id);
+}
+
+std::unique_ptr<InputSource> LinuxInputEvents::newSource()
+{
+    if (auto display = XDisplay::open())
+        return std::make_unique<XInputSource>(std::move(display));
+    return std::make_unique<NoInputSource>();
+}
+
+QList<QString> LinuxInputEvents::layoutCharacters()
+{
+    const auto display = XDisplay::open();
+    const auto keyboard = display ? XKeyboard::read(*display) : std::nullopt;
+    if (!keyboard)
+        return {};
+    QList<QString> characters(virtualKeys);
+    for (int code = 0; code < virtualKeys; ++code)
+        if (const auto symbol = numberPadSymbol(code))
+            characters[code] = QString(QChar(ushort(*symbol)));
+        else if (const auto key = keyAtPosition(code))
+            characters[code] = keyboard->character(*key);
+    return characters;
+}
+
+} // namespace morvane

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/ScreenCapture.h"
+
+namespace morvane {
+
+/// Pictures of an X server, through shared memory where it is on this computer.
+class LinuxScreenCapture final : public ScreenCapture {
+public:
+    bool isGranted() override;
+    /// Nothing: an X server shows all to everyone, and there is nobody to ask on others.
+    void requestAccess() override {}
+
+    QList<QRect> displays() override;
+    QPoint pointer() override;
+    QImage capture(const QRect &region) override;
+};
+
+} // namespace morvane

@@ -1,0 +1,95 @@
+#include "platform/linux/desktop/SelectionReader.h"
+
+#include <QDeadlineTimer>
+#include <poll.h>
+
+namespace morvane {
+namespace {
+
+/// More text than this is given up: nobody copies it to read it.
+constexpr qsizetype mostBytes = 100'000'000;
+constexpr uint32_t wholeProperty = 0x1fffffff;
+
+} // namespace
+
+SelectionReader::SelectionReader(const XDisplay &display, std::chrono::milliseconds patience)
+    : m_display(display), m_patience(patience), m_window(xcb_generate_id(display.connection())),
+      m_property(display.atom("MORVANE_SELECTION"))
+{
+    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(display.connection(), XCB_COPY_FROM_PARENT, m_window, display.root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+}
+
+SelectionReader::~SelectionReader()
+{
+    xcb_destroy_window(m_display.connection(), m_window);
+    xcb_flush(m_display.connection());
+}
+
+XReply<xcb_generic_event_t> SelectionReader::waitFor(uint8_t kind)
+{
+    xcb_connection_t *const connection = m_display.connection();
+    const QDeadlineTimer deadline(m_patience);
+    while (xcb_connection_has_error(connection) == 0) {
+        if (auto event = xReply(xcb_poll_for_event(connection))) {
+            if ((event->response_type & 0x7f) == kind)
+                return event;
+            continue;
+        }
+        if (deadline.hasExpired())
+            break;
+        pollfd waiting{xcb_get_file_descriptor(connection), POLLIN, 0};
+        ::poll(&waiting, 1, int(deadline.remainingTime()));
+    }
+    m_ownerIsSilent = true;
+    return nullptr;
+}
+
+std::optional<QByteArray> SelectionReader::takeProperty(xcb_atom_t &type)
+{
+    xcb_connection_t *const connection = m_display.connection();
+    const auto reply = xReply(xcb_get_property_reply(
+        connection, xcb_get_property(connection, 1, m_window, m_property, XCB_ATOM_ANY, 0, wholeProperty),
+        nullptr));
+    if (!reply)
+        return std::nullopt;
+    type = reply->type;
+    return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                      xcb_get_property_value_length(reply.get()));
+}
+
+std::optional<QByteArray> SelectionReader::read(std::string_view target)
+{
+    xcb_connection_t *const connection = m_display.connection();
+    m_ownerIsSilent = false;
+    xcb_convert_selection(connection, m_window, m_display.atom("CLIPBOARD"), m_display.atom(target),
+                          m_property, XCB_CURRENT_TIME);
+    xcb_flush(connection);
+    const auto event = waitFor(XCB_SELECTION_NOTIFY);
+    if (!event ||
+        reinterpret_cast<const xcb_selection_notify_event_t *>(event.get())->property == XCB_ATOM_NONE)
+        return std::nullopt;
+    xcb_atom_t type = XCB_ATOM_NONE;
+    std::optional<QByteArray> whole = takeProperty(type);
+    if (!whole || type != m_display.atom("INCR"))
+        return whole;
+    // Taking the announcement away asks for the first part, each part for the next; an empty one is the end.
+    whole->clear();
+    for (;;) {
+        const auto change = waitFor(XCB_PROPERTY_NOTIFY);
+        if (!change)
+            return std::nullopt;
+        const auto *const notice = reinterpret_cast<const xcb_property_notify_event_t *>(change.get());
+        if (notice->state != XCB_PROPERTY_NEW_VALUE || notice->atom != m_property)
+            continue;
+        const std::optional<QByteArray> part = takeProperty(type);
+        if (!part || whole->size() + part->size() > mostBytes)
+            return std::nullopt;
+        if (part->isEmpty())
+            return whole;
+        whole->append(*part);
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/linux/desktop/XDisplay.h"
+
+#include <QByteArray>
+#include <chrono>
+#include <optional>
+#include <string_view>
+
+namespace morvane {
+
+/// Asks the owner of the clipboard for its content in one form, in parts where it is large. One thread.
+class SelectionReader {
+public:
+    /// `patience` is how long the owner may be silent between two parts.
+    SelectionReader(const XDisplay &display, std::chrono::milliseconds patience);
+    ~SelectionReader();
+    SelectionReader(const SelectionReader &) = delete;
+    SelectionReader &operator=(const SelectionReader &) = delete;
+
+    /// Nothing if nobody owns the clipboard, the owner has no such form, or it does not answer in time.
+    std::optional<QByteArray> read(std::string_view target);
+
+    /// Whether the last question was not answered at all.
+    bool ownerIsSilent() const { return m_ownerIsSilent; }
+
+private:
+    /// Waits for an event of this kind that concerns our window.
+    XReply<xcb_generic_event_t> waitFor(uint8_t kind);
+    std::optional<QByteArray> takeProperty(xcb_atom_t &type);
+
+    const XDisplay &m_display;
+    const std::chrono::milliseconds m_patience;
+    const xcb_window_t m_window;
+    const xcb_atom_t m_property;
+    bool m_ownerIsSilent = false;
+};
+
+} // namespace morvane

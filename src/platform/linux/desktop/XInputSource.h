@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/InputEvents.h"
+#include "platform/linux/desktop/XDisplay.h"
+#include "platform/linux/desktop/XKeyboard.h"
+
+#include <QHash>
+#include <QList>
+#include <memory>
+#include <optional>
+
+namespace morvane {
+
+/// Events through the XTest extension. Characters that the layout lacks are put on spare keys beforehand, as
+/// many at once as there are, since programs need a moment to hear of a change; the keys are given back when
+/// the source goes. Modifiers that the user holds are let go of, so that they do not change what is typed.
+class XInputSource final : public InputSource {
+public:
+    explicit XInputSource(std::unique_ptr<XDisplay> display);
+    ~XInputSource() override;
+
+    void warp(QPoint point) override;
+    void mouseMoved(QPoint point) override;
+    void buttonDown(MouseButton button, QPoint point) override;
+    void buttonUp(MouseButton button, QPoint point) override;
+    void dragged(QPoint point) override { mouseMoved(point); }
+    void scroll(int pixels) override;
+
+    void keyDown(int code, quint32 flags) override;
+    void keyUp(int code, quint32 flags) override;
+
+    void prepareText(const QString &text) override;
+    void characterDown(char32_t character) override;
+    void characterUp(char32_t character) override;
+
+private:
+    void send(uint8_t type, uint8_t detail, QPoint place = {});
+    void pressKey(uint8_t code);
+    void releaseKey(uint8_t code);
+    void pressButton(uint8_t logicalButton);
+    uint8_t physicalButton(uint8_t logicalButton) const;
+    QList<uint8_t> modifierKeys(quint32 flags) const;
+    std::optional<uint8_t> keyForCode(int code);
+    void letGoOfForeignModifiers();
+    void toggleCapsLock();
+
+    std::optional<XKey> keyForSymbol(xkb_keysym_t symbol) const;
+    /// Puts the symbols that come next and have no key on the spare ones.
+    void mapAhead();
+    void mapSymbols(const QList<xkb_keysym_t> &symbols);
+    void giveBackKeys();
+    QPoint fromRoot(QPoint point) const;
+
+    const std::unique_ptr<XDisplay> m_display;
+    const QPoint m_origin;
+    const std::optional<XKeyboard> m_keyboard;
+    QList<uint8_t> m_heldKeys;
+    QList<uint8_t> m_heldButtons;
+    int m_scrolled = 0; ///< Pixels that made no whole notch of the wheel yet.
+    bool m_capsWasLocked = false;
+
+    std::u32string m_text;      ///< What is being typed.
+    std::size_t m_position = 0; ///< Of the next character in it.
+    QHash<xkb_keysym_t, uint8_t> m_mapped;
+    qsizetype m_usedSpares = 0; ///< How many of the spare keys are to be given back.
+};
+
+} // namespace morvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/linux/desktop/XDisplay.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <optional>
+#include <xkbcommon/xkbcommon.h>
+
+namespace morvane {
+
+/// A key of the X keyboard and whether Shift belongs to it.
+struct XKey {
+    uint8_t code = 0;
+    bool shifted = false;
+
+    bool operator==(const XKey &) const = default;
+};
+
+/// The user's keyboard layout as it is now, read from the X server, and the keys of it that nothing is on.
+class XKeyboard {
+public:
+    /// Nothing if the server does not tell.
+    static std::optional<XKeyboard> read(const XDisplay &display);
+
+    /// The key that types this symbol by itself or with Shift, Caps Lock being off.
+    std::optional<XKey> keyFor(xkb_keysym_t symbol) const;
+    /// What the key types without modifiers; an empty text for none.
+    QString character(uint8_t code) const;
+    /// Keys without any symbol.
+    const QList<uint8_t> &spareKeys() const { return m_spareKeys; }
+    bool isCapsLocked() const { return m_isCapsLocked; }
+
+private:
+    XKeyboard() = default;
+
+    QHash<xkb_keysym_t, XKey> m_keys;
+    QHash<uint8_t, QString> m_characters;
+    QList<uint8_t> m_spareKeys;
+    bool m_isCapsLocked = false;
+};
+
+/// The symbol that stands for a character of a text; nothing for control characters that no key stands for.
+std::optional<xkb_keysym_t> symbolOf(char32_t character);
+
+} // namespace morvane

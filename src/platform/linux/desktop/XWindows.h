@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/linux/desktop/XDisplay.h"
+
+#include <QList>
+#include <QRect>
+#include <QString>
+#include <optional>
+
+namespace morvane {
+
+/// A window that the window manager looks after.
+struct XWindow {
+    xcb_window_t window = XCB_NONE;
+    qint64 pid = 0;
+    QString title;
+    QRect frame;            ///< Its inside, from the top left of the root.
+    bool isOrdinary = true; ///< No panel, dock or desktop.
+    bool isShown = true;    ///< Neither minimized nor on another virtual desktop.
+};
+
+/// All of them, the topmost first.
+QList<XWindow> stackedWindows(const XDisplay &display);
+
+/// The window that has the focus.
+std::optional<XWindow> activeWindow(const XDisplay &display);
+
+} // namespace morvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "platform/linux/desktop/LinuxAccessibilityTree.h"
+#include "platform/linux/desktop/LinuxApplications.h"
+#include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/desktop/LinuxInputEvents.h"
+#include "platform/linux/desktop/LinuxScreenCapture.h"
+#include "platform/linux/desktop/LinuxTextRecognizer.h"
+#include "support/RunTask.h"
+#include "support/TestProgram.h"
+#include "tools/screen/ScreenTools.h"
+#include "tools/screen/SequenceClock.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <gmock/gmock.h>
+
+namespace morvane {
+
+/// The tools as the program has them, and other programs on the same desktop.
+class DesktopFixture : public testing::Test {
+protected:
+    DesktopFixture();
+    ~DesktopFixture() override;
+
+    QString run(Task<ToolResult> task);
+    QString capture() { return run(m_tools.captureScreen()); }
+
+    /// Starts a program and waits until it has the focus.
+    TestProgram &start(const QString &program, const QStringList &arguments);
+    /// Looks until the text of the screen has `wanted`.
+    QString captureWith(const QString &wanted);
+    /// The number of the first element in a capture's text whose line has `summary`; 0 if there is none.
+    static int numberOf(const QString &text, const QString &summary);
+    static QString programLog(const TestProgram &program) { return program.log(); }
+
+    QTemporaryDir m_folder;
+    SystemClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    ScreenTools m_tools;
+    std::vector<std::unique_ptr<TestProgram>> m_programs;
+};
+
+} // namespace morvane

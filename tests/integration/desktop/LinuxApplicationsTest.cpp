@@ -1,0 +1,119 @@
+#include "DesktopFixture.h"
+
+#include <QFile>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// Desktop files of the test's own in the user's folder.
+class LinuxApplicationsTest : public DesktopFixture {
+protected:
+    void install(const QString &id, const QString &name, const QString &command, const QString &more = {})
+    {
+        const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/applications"_s;
+        QDir().mkpath(folder);
+        QFile file(folder + u'/' + id + u".desktop"_s);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(
+            (u"[Desktop Entry]\nType=Application\nName=%1\nExec=%2\n%3"_s.arg(name, command, more)).toUtf8());
+    }
+
+    QString written(const QString &name) const
+    {
+        QFile file(m_folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
+    /// A command that writes what the shell says to a file.
+    QString writes(const QString &words, const QString &name) const
+    {
+        return u"sh -c \"echo "_s + words + u" > "_s + m_folder.filePath(name) + u"\""_s;
+    }
+};
+
+TEST_F(LinuxApplicationsTest, AProgramIsOpenedByItsNameInTheMenu)
+{
+    install(u"first"_s, u"Morvane Test Notes"_s, writes(u"opened"_s, u"a"_s));
+    EXPECT_EQ(run(m_tools.openApplication(u"morvane test notes"_s)),
+              u"Opened the morvane test notes application."_s);
+    EXPECT_TRUE(waitUntil([&] { return written(u"a"_s) == "opened\n"_L1; }));
+    QFile::remove(m_folder.filePath(u"a"_s));
+    EXPECT_EQ(run(m_tools.openApplication(u"Test Notes"_s)), u"Opened the Test Notes application."_s);
+    EXPECT_TRUE(waitUntil([&] { return written(u"a"_s) == "opened\n"_L1; }));
+}
+
+TEST_F(LinuxApplicationsTest, AnUnknownNameAndAnAmbiguousOneAreErrors)
+{
+    install(u"one"_s, u"Twin One"_s, u"true"_s);
+    install(u"two"_s, u"Twin Two"_s, u"true"_s);
+    for (const QString &name : {u"no such program"_s, u"Twin"_s, u""_s})
+        EXPECT_EQ(run(m_tools.openApplication(name)),
+                  u"Error: could not find or open the application named \""_s + name + u"\"."_s);
+}
+
+TEST_F(LinuxApplicationsTest, AProgramThatIsMissingOrEndsWithAnErrorAtOnceIsAnError)
+{
+    install(u"missing"_s, u"Missing Program"_s, u"/no/such/program"_s);
+    install(u"broken"_s, u"Broken Program"_s, u"false"_s);
+    install(u"brief"_s, u"Brief Program"_s, u"true"_s);
+    EXPECT_TRUE(run(m_tools.openApplication(u"Missing Program"_s)).startsWith(u"Error:"_s));
+    EXPECT_TRUE(run(m_tools.openApplication(u"Broken Program"_s)).startsWith(u"Error:"_s));
+    EXPECT_EQ(run(m_tools.openApplication(u"Brief Program"_s)), u"Opened the Brief Program application."_s);
+}
+
+TEST_F(LinuxApplicationsTest, WhatIsOpenedInheritsNeitherGroupNorDescriptorsNorOurVariables)
+{
+    qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    const QFile open(m_folder.path());
+    install(
+        u"nosy"_s, u"Nosy Program"_s,
+        u"sh -c \"(ps -o pgid= -p \\$\\$; ls /proc/\\$\\$/fd | tr '\\\\n' ' '; echo; echo [\\$QTWEBENGINE_DISABLE_SANDBOX]) > %1; mv %1 %2\""_s
+            .arg(m_folder.filePath(u"t"_s), m_folder.filePath(u"b"_s)));
+    run(m_tools.openApplication(u"Nosy Program"_s));
+    qunsetenv("QTWEBENGINE_DISABLE_SANDBOX");
+    ASSERT_TRUE(waitUntil([&] { return !written(u"b"_s).isEmpty(); }));
+    const QStringList lines = written(u"b"_s).split(u'\n');
+    EXPECT_NE(lines.value(0).trimmed().toInt(), int(::getpgid(0)));
+    // The shell's own standard descriptors, and the one it saved for the redirection.
+    EXPECT_TRUE(lines.value(1).trimmed().startsWith(u"0 1 2"_s));
+    EXPECT_LE(lines.value(1).trimmed().split(u' ').size(), 4) << lines.value(1).toStdString();
+    EXPECT_EQ(lines.value(2), u"[]"_s);
+}
+
+TEST_F(LinuxApplicationsTest, AnAddressGoesToTheUsersBrowserOrTheNamedProgram)
+{
+    install(u"browser"_s, u"Test Browser"_s, writes(u"browser %u"_s, u"c"_s),
+            u"MimeType=x-scheme-handler/https;\n"_s);
+    QFile list(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/mimeapps.list"_s);
+    QDir().mkpath(qEnvironmentVariable("XDG_CONFIG_HOME"));
+    EXPECT_EQ(run(m_tools.openURL(u"gopher://example.com/"_s, {})),
+              u"Error: could not open the URL. Make sure a default browser is set."_s);
+    ASSERT_TRUE(list.open(QIODevice::WriteOnly));
+    list.write("[Default Applications]\nx-scheme-handler/https=browser.desktop\n");
+    list.close();
+    EXPECT_TRUE(waitUntil([&] {
+        return run(m_tools.openURL(u"https://example.com/a%20b"_s, {})) ==
+               u"Opened https://example.com/a%20b in the browser."_s;
+    }));
+    EXPECT_TRUE(waitUntil([&] { return written(u"c"_s) == "browser https://example.com/a%20b\n"_L1; }))
+        << written(u"c"_s).toStdString();
+    QFile::remove(m_folder.filePath(u"c"_s));
+    run(m_tools.openURL(u"https://example.com/"_s, u"Test Browser"_s));
+    EXPECT_TRUE(waitUntil([&] { return written(u"c"_s) == "browser https://example.com/\n"_L1; }));
+}
+
+TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
+{
+    start(u"yad"_s, {u"--form"_s, u"--title=First"_s, u"--field=Name"_s});
+    start(u"xterm"_s, {});
+    EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is XTerm."_s);
+    const QString name = LinuxApplications().running().last().name;
+    EXPECT_EQ(run(m_tools.activateApp(name.toUpper())), u"Activated %1."_s.arg(name.toUpper()));
+    EXPECT_TRUE(waitUntil([&] { return LinuxApplications().frontmost()->pid == m_programs.front()->pid(); }));
+}
+
+} // namespace
+} // namespace morvane

@@ -1,0 +1,64 @@
+#include "platform/linux/desktop/LinuxClipboard.h"
+
+#include "async/OffMain.h"
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "support/ClipboardOwner.h"
+#include "support/RunTask.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+class LinuxClipboardTest : public testing::Test {
+protected:
+    std::optional<QString> read()
+    {
+        return runTask(m_scheduler, runOffMain([this] { return m_clipboard.text(); }));
+    }
+
+    SystemClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    LinuxClipboard m_clipboard{std::chrono::milliseconds(1500)};
+};
+
+TEST_F(LinuxClipboardTest, WhatWasSetIsReadEvenIfItComesInManyParts)
+{
+    for (const QString &text : {u"short ü 😀"_s, QString(10'000'000, u'x') + u"end"_s}) {
+        m_clipboard.setText(text);
+        EXPECT_EQ(read(), text);
+    }
+}
+
+TEST_F(LinuxClipboardTest, AnotherProgramsTextIsRead)
+{
+    const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"UTF8_STRING", "fünf"}});
+    EXPECT_EQ(read(), u"fünf"_s);
+}
+
+TEST_F(LinuxClipboardTest, AnOldProgramsTextIsRead)
+{
+    const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"STRING", "f\xfcnf"}});
+    EXPECT_EQ(read(), u"fünf"_s);
+}
+
+TEST_F(LinuxClipboardTest, APictureIsNoText)
+{
+    const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"image/png", "\x89PNG"}});
+    EXPECT_EQ(read(), std::nullopt);
+}
+
+TEST_F(LinuxClipboardTest, AnOwnerThatHangsIsGivenUp)
+{
+    const XConnection frozen(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t window = frozen.openHiddenWindow();
+    xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    static_cast<void>(frozen.activeWindow());
+    EXPECT_EQ(read(), std::nullopt);
+}
+
+} // namespace
+} // namespace morvane

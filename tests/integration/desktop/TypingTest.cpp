@@ -1,0 +1,118 @@
+#include "DesktopFixture.h"
+
+#include "platform/linux/desktop/XDisplay.h"
+#include "platform/linux/desktop/XKeyboard.h"
+
+#include <QFile>
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// A terminal whose program writes what it is given to a file.
+class TypingTest : public DesktopFixture {
+protected:
+    TypingTest() { setLayout({u"us"_s}); }
+    ~TypingTest() override { setLayout({u"us"_s}); }
+
+    static void setLayout(const QStringList &layout)
+    {
+        EXPECT_EQ(QProcess::execute(u"setxkbmap"_s, layout), 0);
+    }
+
+    void openTerminal()
+    {
+        start(u"xterm"_s, {u"-u8"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"cat > "_s + m_folder.filePath(u"typed"_s)});
+        EXPECT_TRUE(waitUntil([&] { return QFile::exists(m_folder.filePath(u"typed"_s)); }));
+    }
+
+    QString typed() const
+    {
+        QFile file(m_folder.filePath(u"typed"_s));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return QString::fromUtf8(file.readAll());
+    }
+
+    /// How many keys nothing is on.
+    static qsizetype spareKeys() { return XKeyboard::read(*XDisplay::open())->spareKeys().size(); }
+};
+
+TEST_F(TypingTest, EveryLayoutTypesTheSameTextAndIsGivenBack)
+{
+    openTerminal();
+    const QString text =
+        u"The quick brown Fox 0123456789 !\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~ äÖßéñ Привет €漢😀"_s;
+    QString expected;
+    for (const QStringList &layout :
+         {QStringList{u"us"_s}, {u"de"_s}, {u"fr"_s}, {u"ru"_s}, {u"us"_s, u"dvorak"_s}}) {
+        setLayout(layout);
+        const qsizetype spare = spareKeys();
+        EXPECT_EQ(run(m_tools.typeText(text + u'\n')),
+                  u"Typed %1 characters."_s.arg(text.toStdU32String().size() + 1));
+        EXPECT_EQ(spareKeys(), spare) << layout.join(u' ').toStdString();
+        expected += text + u'\n';
+        EXPECT_TRUE(waitUntil([&] { return typed() == expected; })) << layout.join(u' ').toStdString() << "\n"
+                                                                    << typed().toStdString();
+    }
+}
+
+TEST_F(TypingTest, KeysAreThoseOfTheUsersLayout)
+{
+    setLayout({u"us"_s, u"dvorak"_s});
+    openTerminal();
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    for (const QString &key :
+         {u"h"_s, u"i"_s, u"space"_s, u"7"_s, u"shift+a"_s, u"x"_s, u"backspace"_s, u"return"_s})
+        EXPECT_EQ(run(m_tools.pressKey(key)), u"Pressed "_s + key + u'.');
+    EXPECT_TRUE(waitUntil([&] { return typed() == "hi 7A\n"_L1; })) << typed().toStdString();
+}
+
+TEST_F(TypingTest, DigitsThatNeedShiftInTheLayoutAreStillDigits)
+{
+    setLayout({u"fr"_s});
+    openTerminal();
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    for (const QString &key : {u"4"_s, u"a"_s, u"return"_s})
+        run(m_tools.pressKey(key));
+    EXPECT_TRUE(waitUntil([&] { return typed() == "4a\n"_L1; })) << typed().toStdString();
+}
+
+TEST_F(TypingTest, CommandIsTheControlKey)
+{
+    openTerminal();
+    run(m_tools.typeText(u"last line\n"_s));
+    run(m_tools.pressKey(u"command+d"_s));
+    EXPECT_EQ(m_programs.back()->waitForExit(), 0);
+    EXPECT_EQ(typed(), u"last line\n"_s);
+}
+
+TEST_F(TypingTest, MoreCharactersThanThereAreSpareKeysAllArrive)
+{
+    openTerminal();
+    QString text;
+    for (char32_t character = 0x4e00; character < 0x4e00 + 150; ++character)
+        text += QString::fromUcs4(&character, 1);
+    run(m_tools.typeText(text + u'\n'));
+    EXPECT_TRUE(waitUntil([&] { return typed() == text + u'\n'; })) << typed().toStdString();
+}
+
+TEST_F(TypingTest, AStopInMidWordGivesBackKeysAndModifiers)
+{
+    openTerminal();
+    const qsizetype spare = spareKeys();
+    TaskHandle<ToolResult> handle = m_scheduler.spawn(m_tools.typeText(u"ÄÖÜ"_s + QString(3000, u'A')));
+    ASSERT_TRUE(waitUntil([&] { return spareKeys() < spare; }));
+    handle.cancel();
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    EXPECT_EQ(handle.result().text, u"Error: stopped before it was done."_s);
+    EXPECT_EQ(spareKeys(), spare);
+    const auto display = XDisplay::open();
+    const auto pointer = xReply(xcb_query_pointer_reply(
+        display->connection(), xcb_query_pointer(display->connection(), display->root()), nullptr));
+    EXPECT_EQ(pointer->mask, 0);
+}
+
+} // namespace
+} // namespace morvane
