@@ -31,6 +31,7 @@ protected:
             },
             u"that is the active settings window"_s);
         morvane.keyboard().press(u"Ctrl+Tab"_s);
+        morvane.keyboard().press(u"Ctrl+Tab"_s);
         ASSERT_TRUE(morvane.program().shows(u"Add a tool server"_s));
     }
     static void closeSettings(MorvaneSession &morvane)
