@@ -9,25 +9,20 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-/// The window manager names the active window before the server gives it the keyboard.
 bool activeWindowHasTheKeyboard()
 {
     const auto display = XDisplay::open();
-    xcb_connection_t *const connection = display->connection();
     const auto active = activeWindow(*display);
-    const auto focus =
-        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    if (!active || !focus)
-        return false;
-    // Some programs give it to a window inside of theirs.
-    for (xcb_window_t window = focus->focus; window > XCB_INPUT_FOCUS_POINTER_ROOT;) {
-        if (window == active->window)
-            return true;
-        const auto tree =
-            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
-        window = tree ? tree->parent : xcb_window_t(XCB_WINDOW_NONE);
-    }
-    return false;
+    return active && hasKeyboard(*display, active->window);
+}
+
+/// The two numbers that the first line of this form has.
+std::optional<QPoint> place(const QString &text, const QString &form)
+{
+    const auto match = QRegularExpression(form, QRegularExpression::MultilineOption).match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    return QPoint(match.captured(1).toInt(), match.captured(2).toInt());
 }
 
 } // namespace
@@ -54,11 +49,14 @@ QString DesktopFixture::run(Task<ToolResult> task)
     return runTask(m_scheduler, std::move(task), std::chrono::seconds(120)).text;
 }
 
-TestProgram &DesktopFixture::start(const QString &program, const QStringList &arguments)
+TestProgram &DesktopFixture::start(const QString &program, const QStringList &arguments,
+                                   const QMap<QString, QString> &variables)
 {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
+        environment.insert(variable.key(), variable.value());
     const QString log = m_folder.filePath(QString::number(m_programs.size()) + u".log"_s);
-    m_programs.push_back(
-        std::make_unique<TestProgram>(program, arguments, QProcessEnvironment::systemEnvironment(), log));
+    m_programs.push_back(std::make_unique<TestProgram>(program, arguments, environment, log));
     TestProgram &started = *m_programs.back();
     EXPECT_TRUE(waitUntil([&] {
         const auto front = LinuxApplications().frontmost();
@@ -82,6 +80,18 @@ int DesktopFixture::numberOf(const QString &text, const QString &summary)
     const QRegularExpression line(u"^\\[(\\d+)\\] "_s + QRegularExpression::escape(summary),
                                   QRegularExpression::MultilineOption);
     return line.match(text).captured(1).toInt();
+}
+
+std::optional<QPoint> DesktopFixture::placeOf(const QString &text, const QString &summary)
+{
+    return place(text, u"^\\[\\d+\\] "_s + QRegularExpression::escape(summary) +
+                           u" at \\((-?\\d+), (-?\\d+)\\)$"_s);
+}
+
+std::optional<QPoint> DesktopFixture::placeOfText(const QString &text, const QString &words)
+{
+    return place(text,
+                 u"^.*"_s + QRegularExpression::escape(words) + u".*  \\[click (-?\\d+),(-?\\d+)\\]$"_s);
 }
 
 } // namespace morvane

@@ -29,12 +29,16 @@ protected:
     QString run(Task<ToolResult> task);
     QString capture() { return run(m_tools.captureScreen()); }
 
-    /// Starts a program and waits until it has the focus.
-    TestProgram &start(const QString &program, const QStringList &arguments);
+    /// Starts a program and waits until it has the focus. `variables` are added to its environment.
+    TestProgram &start(const QString &program, const QStringList &arguments,
+                       const QMap<QString, QString> &variables = {});
     /// Looks until the text of the screen has `wanted`.
     QString captureWith(const QString &wanted);
     /// The number of the first element in a capture's text whose line has `summary`; 0 if there is none.
     static int numberOf(const QString &text, const QString &summary);
+    /// The place of that element, and of the recognised line that has `words`; nothing if there is none.
+    static std::optional<QPoint> placeOf(const QString &text, const QString &summary);
+    static std::optional<QPoint> placeOfText(const QString &text, const QString &words);
     static QString programLog(const TestProgram &program) { return program.log(); }
 
     QTemporaryDir m_folder;

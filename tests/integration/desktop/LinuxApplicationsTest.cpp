@@ -1,6 +1,8 @@
 #include "DesktopFixture.h"
 
 #include <QFile>
+#include <csignal>
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +21,23 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(
             (u"[Desktop Entry]\nType=Application\nName=%1\nExec=%2\n%3"_s.arg(name, command, more)).toUtf8());
+    }
+
+    /// Ends the program that comes to the front.
+    static void endFrontmost()
+    {
+        std::optional<RunningApplication> front;
+        ASSERT_TRUE(waitUntil([&] {
+            front = LinuxApplications().frontmost();
+            return front && front->pid > 1;
+        }));
+        ::kill(pid_t(front->pid), SIGTERM);
+    }
+
+    static void uninstall(const QString &id)
+    {
+        EXPECT_TRUE(
+            QFile::remove(qEnvironmentVariable("XDG_DATA_HOME") + u"/applications/"_s + id + u".desktop"_s));
     }
 
     QString written(const QString &name) const
@@ -64,15 +83,64 @@ TEST_F(LinuxApplicationsTest, AProgramThatIsMissingOrEndsWithAnErrorAtOnceIsAnEr
     EXPECT_EQ(run(m_tools.openApplication(u"Brief Program"_s)), u"Opened the Brief Program application."_s);
 }
 
+TEST_F(LinuxApplicationsTest, AProgramIsThereAtOnceWhenItIsInstalledAndGoneWhenItIsHidden)
+{
+    for (const QString &name : {u"Fresh One"_s, u"Fresh Two"_s, u"Fresh Three"_s}) {
+        install(u"fresh"_s, name, u"true"_s);
+        EXPECT_EQ(run(m_tools.openApplication(name)), u"Opened the %1 application."_s.arg(name));
+    }
+    install(u"fresh"_s, u"Fresh Four"_s, u"true"_s, u"Hidden=true\n"_s);
+    EXPECT_TRUE(run(m_tools.openApplication(u"Fresh Four"_s)).startsWith(u"Error:"_s));
+}
+
+TEST_F(LinuxApplicationsTest, AFileOfTheUsersHidesTheOneOfAllUsers)
+{
+    EXPECT_EQ(run(m_tools.openApplication(u"FeatherPad"_s)), u"Opened the FeatherPad application."_s);
+    endFrontmost();
+    install(u"featherpad"_s, u"Hidden Editor"_s, u"true"_s, u"Hidden=true\n"_s);
+    EXPECT_TRUE(run(m_tools.openApplication(u"FeatherPad"_s)).startsWith(u"Error:"_s));
+    uninstall(u"featherpad"_s);
+}
+
+TEST_F(LinuxApplicationsTest, AProgramOfTheTerminalGetsATerminal)
+{
+    install(u"text"_s, u"Text Program"_s, u"sh -c \"tty > %1; sleep 60\""_s.arg(m_folder.filePath(u"d"_s)),
+            u"Terminal=true\n"_s);
+    EXPECT_EQ(run(m_tools.openApplication(u"Text Program"_s)), u"Opened the Text Program application."_s);
+    EXPECT_TRUE(waitUntil([&] { return written(u"d"_s).startsWith(u"/dev/pts/"_s); }));
+    endFrontmost();
+}
+
+TEST_F(LinuxApplicationsTest, AProgramThatTheBusStartsIsStartedByItAndAMissingOneIsAnError)
+{
+    const QString services = qEnvironmentVariable("XDG_DATA_HOME") + u"/dbus-1/services"_s;
+    QDir().mkpath(services);
+    QFile service(services + u"/org.gtk.Demo4.App.service"_s);
+    ASSERT_TRUE(service.open(QIODevice::WriteOnly));
+    service.write("[D-BUS Service]\nName=org.gtk.Demo4.App\nExec=/usr/bin/gtk4-demo-application "
+                  "--gapplication-service\n");
+    service.close();
+    const QString byTheBusOnly = u"DBusActivatable=true\n"_s;
+    install(u"org.gtk.Demo4.App"_s, u"Factory"_s, u"false"_s, byTheBusOnly);
+    install(u"org.example.Missing"_s, u"Missing Service"_s, u"false"_s, byTheBusOnly);
+    ASSERT_TRUE(waitUntil(
+        [&] { return run(m_tools.openApplication(u"Factory"_s)) == u"Opened the Factory application."_s; }));
+    endFrontmost();
+    EXPECT_TRUE(run(m_tools.openApplication(u"Missing Service"_s)).startsWith(u"Error:"_s));
+    uninstall(u"org.gtk.Demo4.App"_s);
+}
+
 TEST_F(LinuxApplicationsTest, WhatIsOpenedInheritsNeitherGroupNorDescriptorsNorOurVariables)
 {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
-    const QFile open(m_folder.path());
+    const int inheritable = ::open(m_folder.path().toUtf8().constData(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GT(inheritable, 2);
     install(
         u"nosy"_s, u"Nosy Program"_s,
         u"sh -c \"(ps -o pgid= -p \\$\\$; ls /proc/\\$\\$/fd | tr '\\\\n' ' '; echo; echo [\\$QTWEBENGINE_DISABLE_SANDBOX]) > %1; mv %1 %2\""_s
             .arg(m_folder.filePath(u"t"_s), m_folder.filePath(u"b"_s)));
-    run(m_tools.openApplication(u"Nosy Program"_s));
+    EXPECT_EQ(run(m_tools.openApplication(u"Nosy Program"_s)), u"Opened the Nosy Program application."_s);
+    ::close(inheritable);
     qunsetenv("QTWEBENGINE_DISABLE_SANDBOX");
     ASSERT_TRUE(waitUntil([&] { return !written(u"b"_s).isEmpty(); }));
     const QStringList lines = written(u"b"_s).split(u'\n');
@@ -112,7 +180,8 @@ TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
     EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is XTerm."_s);
     const QString name = LinuxApplications().running().last().name;
     EXPECT_EQ(run(m_tools.activateApp(name.toUpper())), u"Activated %1."_s.arg(name.toUpper()));
-    EXPECT_TRUE(waitUntil([&] { return LinuxApplications().frontmost()->pid == m_programs.front()->pid(); }));
+    // At once, since keys may come next.
+    EXPECT_EQ(LinuxApplications().frontmost().value_or(RunningApplication()).pid, m_programs.front()->pid());
 }
 
 } // namespace

@@ -2,8 +2,12 @@
 
 #include "base/FileDescriptor.h"
 
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <QStandardPaths>
 #include <chrono>
-#include <csignal>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <memory>
@@ -19,6 +23,8 @@ namespace {
 
 /// A program that cannot work mostly says so within this time.
 constexpr std::chrono::milliseconds timeToFail{500};
+/// How long a program that the bus starts may take to be there.
+constexpr std::chrono::milliseconds timeToServe{20000};
 
 struct Unref {
     void operator()(void *object) const { g_object_unref(object); }
@@ -41,13 +47,41 @@ QString plainName(GAppInfo *application)
     return QString::fromUtf8(g_app_info_get_name(application));
 }
 
-std::vector<Application> allApplications()
+/// What GIO's list has, which learns a moment late of files that come and go.
+std::vector<Application> listedApplications()
 {
     std::vector<Application> applications;
     GList *const list = g_app_info_get_all();
     for (GList *entry = list; entry; entry = entry->next)
         applications.emplace_back(static_cast<GAppInfo *>(entry->data));
     g_list_free(list);
+    return applications;
+}
+
+/// What lies in the folders at this moment: a program may have been installed just before it is to be opened.
+std::vector<Application> installedApplications()
+{
+    std::vector<Application> applications;
+    QSet<QString> seen;
+    for (const QString &folder : QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)) {
+        QDirIterator files(folder, {u"*.desktop"_s}, QDir::Files,
+                           QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
+        while (files.hasNext()) {
+            const QString path = files.next();
+            // The first file of an id counts, also one that only hides the others.
+            const QString id = path.mid(folder.size() + 1).replace(u'/', u'-');
+            if (seen.contains(id))
+                continue;
+            seen.insert(id);
+            GDesktopAppInfo *const found =
+                g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData());
+            if (!found)
+                continue;
+            Application application(G_APP_INFO(found));
+            if (!g_desktop_app_info_get_is_hidden(found))
+                applications.push_back(std::move(application));
+        }
+    }
     return applications;
 }
 
@@ -68,7 +102,7 @@ template <class Matches> GAppInfo *onlyOne(const std::vector<Application> &appli
 
 Application findByName(const QString &name)
 {
-    const std::vector<Application> all = allApplications();
+    const std::vector<Application> all = installedApplications();
     const auto isShown = [](GAppInfo *application) { return g_app_info_should_show(application) != FALSE; };
     const auto isNamed = [&](GAppInfo *application, Qt::CaseSensitivity sensitivity) {
         return menuName(application).compare(name, sensitivity) == 0 ||
@@ -101,6 +135,18 @@ void remember(GDesktopAppInfo *, GPid pid, gpointer child)
     *static_cast<pid_t *>(child) = pid;
 }
 
+/// Whether the bus runs the program with this name, which it starts first where that is needed.
+bool isServed(GDBusConnection *bus, const char *name)
+{
+    GVariant *const reply = g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "StartServiceByName",
+        g_variant_new("(su)", name, 0U), G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
+        int(timeToServe.count()), nullptr, nullptr);
+    if (reply)
+        g_variant_unref(reply);
+    return reply != nullptr;
+}
+
 Application byDesktopId(const QString &id)
 {
     if (id.isEmpty() || id.contains(u'/'))
@@ -121,7 +167,7 @@ QString InstalledApplications::nameFor(const QByteArray &windowClass, const QStr
     for (const QString &id : {applicationId, ownClass, ownClass.toLower(), instance})
         if (const Application application = byDesktopId(id))
             return menuName(application.get());
-    for (const Application &application : allApplications()) {
+    for (const Application &application : listedApplications()) {
         const char *const startupClass =
             g_desktop_app_info_get_startup_wm_class(G_DESKTOP_APP_INFO(application.get()));
         const QString wanted = QString::fromUtf8(startupClass);
@@ -151,6 +197,13 @@ bool InstalledApplications::start(void *application, const QList<QByteArray> &ad
     const Owned<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (bus)
         g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    auto *const desktopFile = static_cast<GDesktopAppInfo *>(application);
+    const QByteArray id = QFileInfo(QFile::decodeName(g_desktop_app_info_get_filename(desktopFile)))
+                              .completeBaseName()
+                              .toUtf8();
+    if (bus && g_desktop_app_info_get_boolean(desktopFile, "DBusActivatable") &&
+        g_dbus_is_name(id.constData()) && !isServed(bus.get(), id.constData()))
+        return false;
     const Owned<GAppLaunchContext> context(g_app_launch_context_new());
     for (const char *variable : ownVariables)
         g_app_launch_context_unsetenv(context.get(), variable);
@@ -160,9 +213,9 @@ bool InstalledApplications::start(void *application, const QList<QByteArray> &ad
     pid_t child = 0;
     const auto flags = GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
                                    G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-    const bool started = g_desktop_app_info_launch_uris_as_manager(
-                             static_cast<GDesktopAppInfo *>(application), list, context.get(), flags,
-                             leaveTheGroup, nullptr, remember, &child, nullptr) != FALSE;
+    const bool started =
+        g_desktop_app_info_launch_uris_as_manager(desktopFile, list, context.get(), flags, leaveTheGroup,
+                                                  nullptr, remember, &child, nullptr) != FALSE;
     g_list_free(list);
     return started && (child == 0 || survives(child));
 }

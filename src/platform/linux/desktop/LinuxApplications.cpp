@@ -2,7 +2,10 @@
 
 #include "platform/linux/desktop/XWindows.h"
 
+#include <QDeadlineTimer>
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -11,6 +14,10 @@ namespace {
 
 /// Source of a request that comes from the user and not from a program's own wish.
 constexpr uint32_t fromUser = 2;
+
+/// How long the window manager may take to bring a window forward.
+constexpr std::chrono::milliseconds timeToComeForward{1000};
+constexpr std::chrono::milliseconds lookInterval{5};
 
 QString nameOf(const XDisplay &display, const XWindow &window)
 {
@@ -95,10 +102,18 @@ void LinuxApplications::activate(const RunningApplication &application)
         if (window.isShown)
             display->sendToWindowManager("_NET_RESTACK_WINDOW", window.window,
                                          {fromUser, XCB_NONE, XCB_STACK_MODE_ABOVE});
-    if (!windows.isEmpty())
-        display->sendToWindowManager("_NET_ACTIVE_WINDOW", windows.last().window,
-                                     {fromUser, XCB_CURRENT_TIME});
-    display->synchronize();
+    if (windows.isEmpty())
+        return;
+    const xcb_window_t top = windows.last().window;
+    display->sendToWindowManager("_NET_ACTIVE_WINDOW", top, {fromUser, XCB_CURRENT_TIME});
+    // Whoever asked looks at it or types into it next. Some windows never take the keyboard.
+    const auto isInFront = [&] {
+        const auto active = activeWindow(*display);
+        return active && active->window == top && hasKeyboard(*display, top);
+    };
+    const QDeadlineTimer deadline(timeToComeForward);
+    while (!isInFront() && !deadline.hasExpired())
+        std::this_thread::sleep_for(lookInterval);
 }
 
 bool LinuxApplications::open(const QString &name)

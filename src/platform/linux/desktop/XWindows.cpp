@@ -65,4 +65,19 @@ std::optional<XWindow> activeWindow(const XDisplay &display)
     return read(display, window, Atoms(display));
 }
 
+bool hasKeyboard(const XDisplay &display, xcb_window_t window)
+{
+    xcb_connection_t *const connection = display.connection();
+    const auto focus =
+        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    for (xcb_window_t inside = focus ? focus->focus : XCB_NONE; inside > XCB_INPUT_FOCUS_POINTER_ROOT;) {
+        if (inside == window)
+            return true;
+        const auto tree =
+            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, inside), nullptr));
+        inside = tree ? tree->parent : xcb_window_t(XCB_NONE);
+    }
+    return false;
+}
+
 } // namespace morvane

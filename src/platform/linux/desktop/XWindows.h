@@ -25,4 +25,8 @@ QList<XWindow> stackedWindows(const XDisplay &display);
 /// The window that has the focus.
 std::optional<XWindow> activeWindow(const XDisplay &display);
 
+/// Whether keys go to this window or to one inside of it. The window manager names the active window before
+/// the server gives it the keyboard.
+bool hasKeyboard(const XDisplay &display, xcb_window_t window);
+
 } // namespace morvane
