@@ -73,5 +73,97 @@ TEST_F(ProgramsTest, WhatIsPastedArrivesAndStaysOnTheClipboard)
     captureWith(u"pasted words"_s);
 }
 
+TEST_F(ProgramsTest, AProgramThatHangsIsNeitherPressedNorTypedInto)
+{
+    TestProgram &yad = start(u"yad"_s, {u"--form"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
+    const QString text = captureWith(u"button 'Leave'"_s);
+    const int field = numberOf(text, u"text field"_s);
+    ::kill(pid_t(yad.pid()), SIGSTOP);
+    const QString pressed = run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s)));
+    const QString written = run(m_tools.axType(field, u"words"_s));
+    ::kill(pid_t(yad.pid()), SIGCONT);
+    EXPECT_TRUE(pressed.startsWith(u"Error: element ["_s)) << pressed.toStdString();
+    EXPECT_TRUE(written.startsWith(u"Error: element ["_s)) << written.toStdString();
+    EXPECT_FALSE(capture().contains(u"'words'"_s));
+    EXPECT_TRUE(yad.isRunning());
+}
+
+TEST_F(ProgramsTest, ALineIsSelectedByADragAndAWordByADoubleClick)
+{
+    start(u"featherpad"_s, {u"--standalone"_s});
+    captureWith(u"Clickable elements"_s);
+    run(m_tools.pasteText(u"alpha betabeta gamma"_s));
+    const QPoint line = placeOfText(captureWith(u"betabeta"_s), u"betabeta"_s).value_or(QPoint());
+    const QPoint end = line + QPoint(250, 0);
+    const QPoint start = line - QPoint(100, 0);
+    EXPECT_EQ(
+        run(m_tools.mouseDrag(end, start)),
+        u"Dragged from (%1, %2) to (%3, %4)."_s.arg(end.x()).arg(end.y()).arg(start.x()).arg(start.y()));
+    run(m_tools.pressKey(u"command+c"_s));
+    EXPECT_TRUE(waitUntil([&] {
+        return run(m_tools.clipboardRead()) == u"Clipboard content: alpha betabeta gamma"_s;
+    })) << run(m_tools.clipboardRead()).toStdString();
+    EXPECT_EQ(run(m_tools.mouseDoubleClick(line)),
+              u"Double-clicked at (%1, %2)."_s.arg(line.x()).arg(line.y()));
+    run(m_tools.pressKey(u"command+c"_s));
+    EXPECT_TRUE(waitUntil([&] { return run(m_tools.clipboardRead()) == u"Clipboard content: betabeta"_s; }))
+        << run(m_tools.clipboardRead()).toStdString();
+}
+
+TEST_F(ProgramsTest, TheWheelScrollsAndTheRightButtonOpensAMenu)
+{
+    start(u"featherpad"_s, {u"--standalone"_s});
+    captureWith(u"Clickable elements"_s);
+    QString text = u"Beginning\n"_s;
+    for (int line = 0; line < 200; ++line)
+        text += u"between\n"_s;
+    run(m_tools.pasteText(text + u"Ending"_s));
+    const QPoint last = placeOfText(captureWith(u"Ending"_s), u"Ending"_s).value_or(QPoint());
+    // Among the recognised lines; the field's content is told as well, wherever it is scrolled to.
+    const auto isRead = [this](const QString &word) { return placeOfText(capture(), word).has_value(); };
+    run(m_tools.moveCursor(last));
+    EXPECT_EQ(run(m_tools.mouseScroll(100)), u"Scrolled the mouse wheel up."_s);
+    EXPECT_TRUE(waitUntil([&] { return isRead(u"Beginning"_s) && !isRead(u"Ending"_s); }));
+    EXPECT_EQ(run(m_tools.mouseScroll(-100)), u"Scrolled the mouse wheel down."_s);
+    EXPECT_TRUE(waitUntil([&] { return isRead(u"Ending"_s) && !isRead(u"Beginning"_s); }));
+    run(m_tools.mouseRightClick(last));
+    captureWith(u"Select All"_s);
+    run(m_tools.pressKey(u"escape"_s));
+}
+
+TEST_F(ProgramsTest, AMenuOfQtIsOpenedByItsNumber)
+{
+    start(u"featherpad"_s, {u"--standalone"_s});
+    const QString text = captureWith(u"menu item 'File'"_s);
+    EXPECT_TRUE(
+        run(m_tools.axClick(numberOf(text, u"menu item 'File'"_s))).startsWith(u"Pressed menu item"_s));
+    captureWith(u"Save As"_s);
+    run(m_tools.pressKey(u"escape"_s));
+}
+
+TEST_F(ProgramsTest, AFormOfGtk3AtTwiceTheSizeIsHitInTheMiddle)
+{
+    TestProgram &yad =
+        start(u"yad"_s, {u"--form"_s, u"--field=Name"_s, u"--button=Leave:0"_s}, {{u"GDK_SCALE"_s, u"2"_s}});
+    const QString text = captureWith(u"button 'Leave'"_s);
+    const QPoint element = placeOf(text, u"button 'Leave'"_s).value_or(QPoint());
+    const QPoint words = placeOfText(text, u"Leave"_s).value_or(QPoint());
+    EXPECT_LE((element - words).manhattanLength(), 4) << text.toStdString();
+    EXPECT_EQ(run(m_tools.clickAt(element)),
+              u"Clicked at (%1, %2) on button 'Leave'."_s.arg(element.x()).arg(element.y()));
+    EXPECT_EQ(yad.waitForExit(), 0);
+}
+
+TEST_F(ProgramsTest, AMenuOfQtAtTwiceTheSizeIsHitInTheMiddle)
+{
+    start(u"featherpad"_s, {u"--standalone"_s}, {{u"QT_SCALE_FACTOR"_s, u"2"_s}});
+    const QString text = captureWith(u"menu item 'File'"_s);
+    const QPoint element = placeOf(text, u"menu item 'File'"_s).value_or(QPoint());
+    EXPECT_EQ(run(m_tools.clickAt(element)),
+              u"Clicked at (%1, %2) on menu item 'File'."_s.arg(element.x()).arg(element.y()));
+    captureWith(u"Save As"_s);
+    run(m_tools.pressKey(u"escape"_s));
+}
+
 } // namespace
 } // namespace morvane

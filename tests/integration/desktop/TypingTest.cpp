@@ -98,6 +98,33 @@ TEST_F(TypingTest, MoreCharactersThanThereAreSpareKeysAllArrive)
     EXPECT_TRUE(waitUntil([&] { return typed() == text + u'\n'; })) << typed().toStdString();
 }
 
+TEST_F(TypingTest, FiveThousandCharactersArriveWithoutALossOrASwap)
+{
+    /// Leaves programs a fifth of the time that they have.
+    class HastyClock final : public SequenceClock {
+    public:
+        void sleep(std::chrono::milliseconds duration, const std::stop_token &stop) override
+        {
+            m_clock.sleep(duration / 5, stop);
+        }
+
+    private:
+        RealSequenceClock m_clock;
+    };
+    openTerminal();
+    const QString characters =
+        u"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 .,;:!?()äöüß€"_s;
+    QString text;
+    for (int at = 0; at < 5000; ++at)
+        text += at % 100 == 99 ? QChar(u'\n') : characters.at(at * at % characters.size());
+    ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
+                       std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
+                       std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
+                       std::make_shared<HastyClock>()});
+    EXPECT_EQ(run(tools.typeText(text)), u"Typed 5000 characters."_s);
+    EXPECT_TRUE(waitUntil([&] { return typed() == text; })) << typed().toStdString();
+}
+
 TEST_F(TypingTest, AStopInMidWordGivesBackKeysAndModifiers)
 {
     openTerminal();

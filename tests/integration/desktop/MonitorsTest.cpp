@@ -1,0 +1,93 @@
+#include "DesktopFixture.h"
+
+#include "platform/linux/desktop/XDisplay.h"
+
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// The one screen of the tests' server, shared out to two monitors.
+class MonitorsTest : public DesktopFixture {
+protected:
+    ~MonitorsTest() override
+    {
+        randr({u"--delmonitor"_s, u"PRIMARY"_s});
+        randr({u"--delmonitor"_s, u"OTHER"_s});
+    }
+
+    static void share(const QRect &primary, const QRect &other)
+    {
+        // The server's output belongs to one of them, or there would be a third for it.
+        randr({u"--setmonitor"_s, u"*PRIMARY"_s, place(primary), u"screen"_s});
+        randr({u"--setmonitor"_s, u"OTHER"_s, place(other), u"none"_s});
+        EXPECT_EQ(XDisplay::open()->monitors(), QList<QRect>({primary, other}));
+    }
+
+private:
+    /// In pixels and, behind the strokes, millimetres.
+    static QString place(const QRect &frame)
+    {
+        return u"%1/300x%2/200+%3+%4"_s.arg(frame.width()).arg(frame.height()).arg(frame.x()).arg(frame.y());
+    }
+
+    static void randr(const QStringList &arguments)
+    {
+        QProcess xrandr;
+        xrandr.setProcessChannelMode(QProcess::MergedChannels);
+        xrandr.start(u"xrandr"_s, arguments);
+        EXPECT_TRUE(xrandr.waitForFinished() && xrandr.exitCode() == 0)
+            << xrandr.readAll().toStdString() << xrandr.errorString().toStdString();
+    }
+};
+
+TEST_F(MonitorsTest, AProgramLeftOfThePrimaryMonitorIsSeenAndClickedAtNegativeCoordinates)
+{
+    share({640, 0, 640, 960}, {0, 0, 640, 960});
+    TestProgram &yad = start(
+        u"yad"_s, {u"--form"_s, u"--geometry=300x200+100+200"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
+    const QString text = captureWith(u"button 'Leave'"_s);
+    EXPECT_TRUE(text.contains(u"Screen region: 640 x 960 points with top-left corner at (-640, 0)."_s))
+        << text.toStdString();
+    const auto element = placeOf(text, u"button 'Leave'"_s);
+    const auto words = placeOfText(text, u"Leave"_s);
+    ASSERT_TRUE(element && words) << text.toStdString();
+    EXPECT_LT(element->x(), 0);
+    EXPECT_LE((*element - *words).manhattanLength(), 4) << text.toStdString();
+    EXPECT_EQ(run(m_tools.clickAt(*words)),
+              u"Clicked at (%1, %2) on button 'Leave'."_s.arg(words->x()).arg(words->y()));
+    EXPECT_EQ(yad.waitForExit(), 0);
+}
+
+TEST_F(MonitorsTest, AProgramAboveThePrimaryMonitorIsSeenAndPressed)
+{
+    share({0, 480, 1280, 480}, {0, 0, 1280, 480});
+    TestProgram &yad = start(
+        u"yad"_s, {u"--form"_s, u"--geometry=300x200+300+100"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
+    const QString text = captureWith(u"button 'Leave'"_s);
+    EXPECT_TRUE(text.contains(u"Screen region: 1280 x 480 points with top-left corner at (0, -480)."_s))
+        << text.toStdString();
+    const auto element = placeOf(text, u"button 'Leave'"_s);
+    const auto words = placeOfText(text, u"Leave"_s);
+    ASSERT_TRUE(element && words) << text.toStdString();
+    EXPECT_LT(element->y(), 0);
+    EXPECT_LE((*element - *words).manhattanLength(), 4) << text.toStdString();
+    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s))).startsWith(u"Pressed button"_s));
+    EXPECT_EQ(yad.waitForExit(), 0);
+}
+
+TEST_F(MonitorsTest, OnlyTheMonitorOfTheFrontmostWindowIsRead)
+{
+    share({0, 0, 640, 960}, {640, 0, 640, 960});
+    start(u"yad"_s, {u"--info"_s, u"--geometry=300x200+100+200"_s, u"--text=Sinister"_s});
+    start(u"yad"_s, {u"--info"_s, u"--geometry=300x200+800+200"_s, u"--text=Dexterous"_s});
+    const QString text = captureWith(u"Dexterous"_s);
+    EXPECT_FALSE(text.contains(u"Sinister"_s)) << text.toStdString();
+    EXPECT_TRUE(text.contains(u"Screen region: 640 x 960 points with top-left corner at (640, 0)."_s))
+        << text.toStdString();
+}
+
+} // namespace
+} // namespace morvane
