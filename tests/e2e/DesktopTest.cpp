@@ -1,0 +1,79 @@
+#include "MorvaneTest.h"
+
+#include "support/WaitUntil.h"
+
+#include <QFile>
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// The model looks at the desktop and acts on programs of others.
+class DesktopTest : public MorvaneTest {
+protected:
+    /// A program that is there before Morvane's window is, which then lies in front of it.
+    void startProgram(const MorvaneSession &morvane, const QString &program, const QStringList &arguments)
+    {
+        m_program = std::make_unique<TestProgram>(program, arguments, morvane.desktop().environment(),
+                                                  morvane.home() + u"/program.log"_s);
+        ASSERT_TRUE(waitUntil([&] {
+            const xcb_window_t active = morvane.screen().activeWindow();
+            return morvane.screen().property(active, "_NET_WM_PID").value(0) == uint32_t(m_program->pid());
+        }));
+    }
+
+    void TearDown() override
+    {
+        MorvaneTest::TearDown();
+        m_program.reset();
+    }
+
+    /// What the tools answered, in order; older answers are cut in later requests.
+    static QStringList results(MorvaneSession &morvane)
+    {
+        QStringList texts;
+        for (const ScriptedRequest &request : morvane.model().requests()) {
+            const auto &message = request.json.at("messages").as_array().back();
+            if (message.at("role").as_string() == "tool")
+                texts.append(QString::fromUtf8(message.at("content").as_string().c_str()));
+        }
+        return texts;
+    }
+
+    std::unique_ptr<TestProgram> m_program;
+};
+
+TEST_F(DesktopTest, TheModelLooksTypesIntoAFieldPressesAButtonByItsNumberAndReadsTheResult)
+{
+    MorvaneSession &morvane =
+        prepare({callingTool("activate_app", R"({"name":"yad"})"), callingTool("capture_screen", "{}"),
+                 callingTool("ax_type", R"({"index":1,"text":"Grüße an 42"})"),
+                 callingTool("ax_click", R"({"index":2})"), callingTool("get_frontmost_app", "{}"),
+                 callingTool("capture_screen", "{}"), ScriptedTurn::saying({"The form is filled in."})});
+    // It covers the rest of the screen: the model is given no more than the beginning of a long result.
+    startProgram(morvane, u"yad"_s,
+                 {u"--form"_s, u"--maximized"_s, u"--title=Copying"_s, u"--field=Original"_s,
+                  u"--field=Copy it:fbtn"_s, u"--field=Copied"_s, u"--button=Leave:0"_s, u""_s,
+                  u"@sh -c \"echo 3:copied %1\""_s, u""_s});
+    morvane.start();
+    morvane.send(u"Fill in the form"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"The form is filled in."_s));
+    const QStringList answers = results(morvane);
+    ASSERT_EQ(answers.size(), 6) << answers.join(u"\n---\n"_s).toStdString();
+    EXPECT_EQ(answers.at(0), u"Activated yad."_s);
+    EXPECT_TRUE(answers.at(1).startsWith(
+        u"Here is what is on the screen right now (frontmost window: \"Copying\").\n"
+        "Screen region: 1280 x 960 points with top-left corner at (0, 0). Text with click coordinates:\n"_s))
+        << answers.at(1).toStdString();
+    EXPECT_TRUE(answers.at(1).contains(u"\n[2] button 'Copy it' at ("_s)) << answers.at(1).toStdString();
+    EXPECT_EQ(answers.at(2), u"Set the contents of text field to \"Grüße an 42\"."_s);
+    EXPECT_TRUE(answers.at(3).startsWith(u"Pressed button 'Copy it' at ("_s)) << answers.at(3).toStdString();
+    EXPECT_EQ(answers.at(4), u"The frontmost application is Yad."_s);
+    EXPECT_TRUE(answers.at(5).contains(u"text field 'copied Grüße an 42' at ("_s))
+        << answers.at(5).toStdString();
+}
+
+} // namespace
+} // namespace morvane
