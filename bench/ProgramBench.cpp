@@ -1,10 +1,10 @@
 // The whole program with its window open, measured from outside on a private desktop against the scripted
 // model: start, idle cost, tool turns and a long stream. Prints JSON. Usage: ProgramBench [PROGRAM]
 
-#include "support/ChildProcess.h"
 #include "support/Keyboard.h"
 #include "support/PrivateDesktop.h"
 #include "support/ScriptedModel.h"
+#include "support/TestProgram.h"
 #include "support/XConnection.h"
 
 #include <QCoreApplication>
@@ -115,7 +115,7 @@ public:
             QThread::msleep(1);
         QElapsedTimer timer;
         timer.start();
-        m_process = std::make_unique<ChildProcess>(m_program, QStringList(), environment, m_home + u"/log"_s);
+        m_process = std::make_unique<TestProgram>(m_program, QStringList(), environment, m_home + u"/log"_s);
         while (!hasWindow() || !isPainted())
             QThread::usleep(500);
         return double(timer.nsecsElapsed()) / 1e6;
@@ -162,7 +162,7 @@ private:
     XConnection m_screen;
     Keyboard m_keyboard;
     QString m_home;
-    std::unique_ptr<ChildProcess> m_process;
+    std::unique_ptr<TestProgram> m_process;
 };
 
 ModelScript script()

@@ -44,7 +44,7 @@ const QStringList &inheritedVariables()
 
 } // namespace
 
-PrivateDesktop::PrivateDesktop() : m_folder(QDir::tempPath() + u"/morvane-desktop-XXXXXX"_s)
+PrivateDesktop::PrivateDesktop(QSize screen) : m_folder(QDir::tempPath() + u"/morvane-desktop-XXXXXX"_s)
 {
     const auto own = QProcessEnvironment::systemEnvironment();
     for (const QString &name : inheritedVariables())
@@ -69,7 +69,7 @@ PrivateDesktop::PrivateDesktop() : m_folder(QDir::tempPath() + u"/morvane-deskto
     m_environment.insert(u"XDG_SESSION_TYPE"_s, u"x11"_s);
     m_environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     m_environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
-    startServer();
+    startServer(screen);
     startBus();
     startWindowManager();
 }
@@ -125,14 +125,15 @@ QString PrivateDesktop::logPath(const QString &name) const
     return m_folder.filePath(u"logs/"_s + name);
 }
 
-void PrivateDesktop::startServer()
+void PrivateDesktop::startServer(QSize screen)
 {
     // The server chooses a free display number itself and tells it through its standard error, the only
     // descriptor that reaches the log.
     m_server =
         std::make_unique<TestProgram>(u"Xvfb"_s,
                                       QStringList{u"-displayfd"_s, u"2"_s, u"-screen"_s, u"0"_s,
-                                                  u"1280x960x24"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s},
+                                                  u"%1x%2x24"_s.arg(screen.width()).arg(screen.height()),
+                                                  u"-nolisten"_s, u"tcp"_s, u"-noreset"_s},
                                       m_environment, logPath(u"xserver.log"_s));
     QString number;
     const bool serves = becomesTrue([&] {

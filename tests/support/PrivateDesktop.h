@@ -14,7 +14,7 @@ namespace morvane {
 class PrivateDesktop {
 public:
     /// Starts everything and waits until it serves. Throws std::runtime_error with the log of what failed.
-    PrivateDesktop();
+    explicit PrivateDesktop(QSize screen = {1280, 960});
     ~PrivateDesktop();
 
     /// The whole environment of a program on this desktop; nothing of the caller's session shines through.
@@ -35,7 +35,7 @@ public:
     void keepEvidence(const QString &folder) const;
 
 private:
-    void startServer();
+    void startServer(QSize screen);
     void startBus();
     void startWindowManager();
     QString logPath(const QString &name) const;

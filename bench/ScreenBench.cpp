@@ -1,0 +1,217 @@
+// What looking at the screen costs: a capture of a full HD screen full of small text, the recognition alone
+// beside the command "tesseract" and how many of the words each finds, the walk of a program's elements, a
+// program in front that hangs, and the memory that stays. Prints JSON.
+
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "platform/linux/desktop/LinuxAccessibilityTree.h"
+#include "platform/linux/desktop/LinuxApplications.h"
+#include "platform/linux/desktop/LinuxClipboard.h"
+#include "platform/linux/desktop/LinuxInputEvents.h"
+#include "platform/linux/desktop/LinuxScreenCapture.h"
+#include "platform/linux/desktop/LinuxTextRecognizer.h"
+#include "support/PrivateDesktop.h"
+#include "support/RunTask.h"
+#include "tools/screen/ElementWalk.h"
+#include "tools/screen/ScreenTools.h"
+#include "tools/screen/SequenceClock.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+using namespace morvane;
+
+namespace {
+
+constexpr int runs = 7;
+constexpr QSize screenSize{1920, 1080};
+constexpr int textLines = 64;
+constexpr int wordsInLine = 24;
+constexpr int fields = 100; // each with a label and a container: 300 elements
+
+/// Median of the runs in milliseconds.
+double medianMilliseconds(const std::function<void()> &work)
+{
+    std::vector<double> times;
+    for (int run = 0; run < runs; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    return times[runs / 2];
+}
+
+double megabytes(const QByteArray &name)
+{
+    QFile proc(u"/proc/self/smaps_rollup"_s);
+    if (!proc.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : proc.readAll().split('\n'))
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1024;
+    return 0;
+}
+
+/// Words as a text has them, so that no two lines are the same.
+QStringList sampleWords()
+{
+    const QStringList stock{u"ordinary"_s, u"window"_s,   u"the"_s,     u"quick"_s,   u"settings"_s,
+                            u"of"_s,       u"Reading"_s,  u"message"_s, u"folder"_s,  u"Monday"_s,
+                            u"and"_s,      u"river"_s,    u"number"_s,  u"Search"_s,  u"with"_s,
+                            u"keyboard"_s, u"garden"_s,   u"letter"_s,  u"however"_s, u"system"_s,
+                            u"Open"_s,     u"question"_s, u"morning"_s};
+    QStringList words;
+    for (int at = 0; at < textLines * wordsInLine; ++at)
+        words.append(stock.at((at * 7 + at / wordsInLine * 5) % stock.size()));
+    return words;
+}
+
+/// How many of the words a recognised text has, in percent.
+double foundPercent(const QStringList &wanted, const QString &text)
+{
+    QHash<QString, int> seen;
+    static const QRegularExpression blanks(u"\\s+"_s);
+    for (const QString &word : text.split(blanks))
+        ++seen[word];
+    int found = 0;
+    for (const QString &word : wanted)
+        if (--seen[word] >= 0)
+            ++found;
+    return 100.0 * found / double(wanted.size());
+}
+
+/// A program in front of the others.
+class Front {
+public:
+    Front(const QString &program, const QStringList &arguments, const QString &log)
+        : m_program(program, arguments, QProcessEnvironment::systemEnvironment(), log)
+    {
+        if (!waitUntil([this] {
+                const auto front = LinuxApplications().frontmost();
+                return front && front->pid == m_program.pid();
+            }))
+            throw std::runtime_error("no window: " + m_program.log().toStdString());
+    }
+
+    pid_t pid() const { return pid_t(m_program.pid()); }
+
+private:
+    TestProgram m_program;
+};
+
+class ScreenBench {
+public:
+    void run()
+    {
+        measureText();
+        measureElements();
+    }
+
+private:
+    QString capture() { return runTask(m_scheduler, m_tools.captureScreen(), std::chrono::seconds(60)).text; }
+
+    void measureText()
+    {
+        const QStringList words = sampleWords();
+        QFile file(m_folder.filePath(u"text"_s));
+        if (!file.open(QIODevice::WriteOnly))
+            throw std::runtime_error("no file");
+        for (int line = 0; line < textLines; ++line)
+            file.write(words.mid(line * wordsInLine, wordsInLine).join(u' ').toUtf8() + '\n');
+        file.close();
+        const Front terminal(u"xterm"_s,
+                             {u"-fullscreen"_s, u"-fa"_s, u"DejaVu Sans Mono"_s, u"-fs"_s, u"9"_s, u"-e"_s,
+                              u"sh"_s, u"-c"_s, u"cat "_s + file.fileName() + u"; sleep 600"_s},
+                             m_folder.filePath(u"xterm.log"_s));
+        waitUntil([&] { return foundPercent(words, capture()) > 50; });
+        const double before = megabytes("Pss");
+        QString text;
+        const double whole = medianMilliseconds([&] { text = capture(); });
+        const double after = megabytes("Pss");
+        const QImage image = LinuxScreenCapture().capture(QRect(QPoint(), screenSize));
+        const double picture =
+            medianMilliseconds([] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); });
+        const double recognition = medianMilliseconds([&] { m_recognizer->recognize(image, {}); });
+        std::printf("{\"capture_ms\": %.0f, \"picture_ms\": %.1f, \"recognition_ms\": %.0f, "
+                    "\"words\": %lld, \"words_found_percent\": %.1f, \"memory_left_mb\": %.1f,\n",
+                    whole, picture, recognition, static_cast<long long>(words.size()),
+                    foundPercent(words, text), after - before);
+        measureTesseract(image, words);
+    }
+
+    /// The command of the same library, as it comes.
+    void measureTesseract(const QImage &image, const QStringList &words)
+    {
+        const QString path = m_folder.filePath(u"screen.png"_s);
+        image.save(path);
+        QString text;
+        const double time = medianMilliseconds([&] {
+            QProcess tesseract;
+            tesseract.start(u"tesseract"_s, {path, u"-"_s, u"--psm"_s, u"11"_s});
+            tesseract.waitForFinished(120'000);
+            text = QString::fromUtf8(tesseract.readAllStandardOutput());
+        });
+        std::printf(" \"tesseract_ms\": %.0f, \"tesseract_found_percent\": %.1f,\n", time,
+                    foundPercent(words, text));
+    }
+
+    void measureElements()
+    {
+        QStringList arguments{u"--form"_s, u"--columns=5"_s, u"--button=Leave:0"_s};
+        for (int field = 0; field < fields; ++field)
+            arguments.append(u"--field=Field %1"_s.arg(field));
+        const Front form(u"yad"_s, arguments, m_folder.filePath(u"yad.log"_s));
+        LinuxAccessibilityTree tree;
+        tree.enable();
+        qsizetype found = 0;
+        const auto walk = [&] {
+            const QDeadlineTimer deadline(1500);
+            const auto program = tree.application(form.pid(), deadline);
+            found = program ? ElementWalk(tree, deadline, {}).find(*program).size() : 0;
+        };
+        waitUntil([&] {
+            walk();
+            return found >= fields;
+        });
+        const double time = medianMilliseconds(walk);
+        ::kill(form.pid(), SIGSTOP);
+        const double frozen = medianMilliseconds([&] { capture(); });
+        ::kill(form.pid(), SIGCONT);
+        std::printf(
+            " \"walk_ms\": %.0f, \"clickable_elements\": %lld, \"capture_of_a_frozen_program_ms\": %.0f}\n",
+            time, static_cast<long long>(found), frozen);
+    }
+
+    QTemporaryDir m_folder;
+    SystemClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    const std::shared_ptr<LinuxTextRecognizer> m_recognizer = std::make_shared<LinuxTextRecognizer>(
+        QCoreApplication::applicationDirPath() + u"/morvane-text-recognizer"_s);
+    ScreenTools m_tools{{std::make_shared<LinuxScreenCapture>(), m_recognizer,
+                         std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
+                         std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
+                         std::make_shared<RealSequenceClock>()}};
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const PrivateDesktop desktop(screenSize);
+    desktop.adopt();
+    const QGuiApplication application(argc, argv);
+    ScreenBench().run();
+    return 0;
+}
