@@ -5,6 +5,7 @@
 
 #include <QTextBlock>
 #include <QTextCursor>
+#include <QTextLayout>
 #include <QTextOption>
 #include <QtMath>
 
@@ -54,6 +55,9 @@ void appendPlainText(QTextDocument &document, const QString &text)
 
 void setDocumentWidth(QTextDocument &document, int width, DocumentFit fit)
 {
+    // The toolkit forgets the shapes of the letters otherwise, and finds them again for each drawing.
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
+        block.layout()->setCacheEnabled(true);
     document.setTextWidth(width);
     // A short message gets a narrow bubble, in which text from right to left must find its edge.
     constexpr double fullLine = 0.9;

@@ -8,6 +8,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -167,6 +168,8 @@ void LongTextField::insert(const VisibleText &visible)
     for (const Piece &piece : pieces) {
         if (!piece.endsLine)
             block.setUserState(goesOn);
+        // The toolkit shapes the letters anew for each drawing otherwise.
+        block.layout()->setCacheEnabled(true);
         block = block.next();
     }
     qsizetype index = 0;

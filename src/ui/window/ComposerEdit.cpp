@@ -113,6 +113,8 @@ void ComposerEdit::takeChange()
 {
     m_folds.mend();
     m_hasContent = m_folds.hasContent();
+    // The toolkit shapes the letters anew for each drawing otherwise.
+    textCursor().block().layout()->setCacheEnabled(true);
     markLabels();
 }
 

@@ -1,7 +1,11 @@
 #include "ConversationFixture.h"
 
+#include "ui/conversation/DocumentBuilder.h"
+
 #include <QScrollBar>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -80,6 +84,14 @@ TEST_F(LongTextTest, AnAnswerIsLaidOutOnlyWhereItIsSeen)
             EXPECT_LE(view.rows().dearestPass(), allowed) << (opening + text.first(5)).toStdString();
         }
     }
+}
+
+TEST_F(LongTextTest, WhatIsLaidOutKeepsItsShapesForDrawing)
+{
+    const auto document = plainDocument(u"one\ntwo\n✅"_s, QFont(), Qt::black);
+    setDocumentWidth(*document, 200, DocumentFit::narrow);
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next())
+        EXPECT_TRUE(block.layout()->cacheEnabled());
 }
 
 TEST_F(LongTextTest, APassTakesOnNoMoreThanItSaysAfterwards)

@@ -63,6 +63,8 @@ TEST_F(LongTextFieldTest, ATextOfAnyKindGoesInWholeAndInBoundedPieces)
         EXPECT_EQ(field.lines(), text.count(u'\n') + 1);
         for (QTextBlock block = field.document()->firstBlock(); block.isValid(); block = block.next())
             ASSERT_LE(layoutCost(block.text()), segmentLimit);
+        EXPECT_TRUE(field.document()->lastBlock().layout()->cacheEnabled())
+            << "shaped anew with each drawing";
     }
 }
 
