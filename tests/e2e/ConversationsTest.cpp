@@ -121,6 +121,16 @@ TEST_F(ConversationsTest, AnotherConversationIsOpenedFromTheList)
     EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer two."_s));
 }
 
+TEST_F(ConversationsTest, ARowOffersToOpenItsConversation)
+{
+    MorvaneSession &morvane = startWithTwoConversations();
+    const AccessibleElement older = rows(morvane, 2).last();
+    EXPECT_THAT(older.actions(), testing::ElementsAre(u"Open"_s));
+    older.act(u"Open"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Opened Scripted title."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer one."_s));
+}
+
 TEST_F(ConversationsTest, AMessageSentRightAfterAChoiceGoesToWhatWasChosen)
 {
     MorvaneSession &morvane = startWithTwoConversations();

@@ -104,6 +104,29 @@ TEST_F(KeyboardTest, NoControlLacksAName)
     EXPECT_THAT(nameless(morvane.program().tree()), IsEmpty());
 }
 
+TEST_F(KeyboardTest, NothingIsSaidTwiceAndNoPaneIsLayered)
+{
+    MorvaneSession &morvane = start({ScriptedTurn::saying({"An answer."})});
+    QStringList twice;
+    const auto look = [&] {
+        morvane.program().tree().visit([&](const AccessibleNode &node) {
+            EXPECT_NE(node.role, AccessibleRole::layeredPane);
+            // The description of a field without one is its placeholder, and readers know that.
+            const bool isField = node.role == AccessibleRole::text;
+            if (!isField && !node.name.isEmpty() && node.element.description().startsWith(node.name))
+                twice.append(node.name);
+        });
+    };
+    look();
+    morvane.send(u"A question"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
+    look();
+    morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
+    ASSERT_TRUE(morvane.program().shows(u"Morvane Settings"_s));
+    look();
+    EXPECT_THAT(twice, IsEmpty());
+}
+
 TEST_F(KeyboardTest, ReturnOnAnEmptyDraftDoesNothing)
 {
     MorvaneSession &morvane = start({ScriptedTurn::saying({"An answer."})});

@@ -17,6 +17,7 @@ enum class AccessibleRole : uint32_t {
     filler = 20,
     frame = 23,
     label = 29,
+    layeredPane = 30,
     list = 31,
     listItem = 32,
     menu = 33,

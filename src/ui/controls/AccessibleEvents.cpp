@@ -1,6 +1,7 @@
 #include "ui/controls/AccessibleEvents.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QScrollBar>
 #include <QVariant>
 
@@ -11,6 +12,10 @@ namespace {
 constexpr auto silentProperty = "morvaneSilent";
 /// A hidden widget got another name. Readers that knew it before are told when it is shown again.
 constexpr auto renamedProperty = "morvaneRenamed";
+/// Of the application object: the identifier of what was last told of as having the focus.
+constexpr auto toldFocusProperty = "morvaneToldFocus";
+/// The same, where the toolkit is going to tell of it still.
+constexpr auto toldEarlyProperty = "morvaneToldEarly";
 
 void forward(QAccessibleEvent &event)
 {
@@ -18,6 +23,18 @@ void forward(QAccessibleEvent &event)
     const QAccessible::UpdateHandler handler = QAccessible::installUpdateHandler(nullptr);
     QAccessible::updateAccessibility(&event);
     QAccessible::installUpdateHandler(handler);
+}
+
+bool isOf(const char *property, QAccessibleInterface *focused)
+{
+    return qApp->property(property).toUInt() == QAccessible::uniqueId(focused);
+}
+
+void forwardFocus(QAccessibleInterface *focused)
+{
+    qApp->setProperty(toldFocusProperty, QAccessible::uniqueId(focused));
+    QAccessibleEvent event(focused, QAccessible::Focus);
+    forward(event);
 }
 
 /// The widget that an event comes from, or in which the row lies that it comes from.
@@ -61,18 +78,31 @@ bool isWorthTelling(const QAccessibleEvent &event, QWidget *widget)
             widget->setProperty(renamedProperty, true);
         return isToldWhileHidden(event, *widget);
     }
-    return !isSilenced(widget);
+    return widget->isWindow() || !isSilenced(widget);
 }
 
-/// The row that a list stands for when it takes the focus.
-QAccessibleInterface *rowWithFocus(const QAccessibleEvent &event)
+/// What has the focus: of a list that takes it, the current row.
+QAccessibleInterface *focusOf(const QAccessibleEvent &event)
 {
-    if (event.type() != QAccessible::Focus)
-        return nullptr;
-    QAccessibleInterface *list = event.accessibleInterface();
-    const bool isList = list != nullptr && list->role() == QAccessible::List;
-    QAccessibleInterface *row = isList ? list->focusChild() : nullptr;
-    return row != list ? row : nullptr;
+    QAccessibleInterface *source = event.accessibleInterface();
+    const bool isList = source != nullptr && source->role() == QAccessible::List;
+    QAccessibleInterface *row = isList ? source->focusChild() : nullptr;
+    return row != nullptr ? row : source;
+}
+
+/// A field that takes the focus tells of its caret before it tells of the focus. A reader then knows where
+/// the user is already, and does not say the field's name.
+void tellFocusBeforeCaret(const QAccessibleEvent &event, const QWidget *widget)
+{
+    const bool isOfCaret =
+        event.type() == QAccessible::TextCaretMoved || event.type() == QAccessible::TextSelectionChanged;
+    if (!isOfCaret || widget == nullptr || !widget->hasFocus())
+        return;
+    QAccessibleInterface *focused = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+    if (focused == nullptr || isOf(toldFocusProperty, focused))
+        return;
+    forwardFocus(focused);
+    qApp->setProperty(toldEarlyProperty, QAccessible::uniqueId(focused));
 }
 
 void tell(QAccessibleEvent *event)
@@ -80,11 +110,16 @@ void tell(QAccessibleEvent *event)
     QWidget *widget = widgetOf(*event);
     if (!isWorthTelling(*event, widget))
         return;
-    if (QAccessibleInterface *row = rowWithFocus(*event)) {
-        QAccessibleEvent focus(row, QAccessible::Focus);
-        forward(focus);
+    if (event->type() == QAccessible::Focus) {
+        QAccessibleInterface *focused = focusOf(*event);
+        // A reader leaves out the first of two alike.
+        const bool isTold = focused == nullptr || isOf(toldEarlyProperty, focused);
+        qApp->setProperty(toldEarlyProperty, QVariant());
+        if (!isTold)
+            forwardFocus(focused);
         return;
     }
+    tellFocusBeforeCaret(*event, widget);
     forward(*event);
     if (event->type() == QAccessible::ObjectShow && widget != nullptr &&
         widget->property(renamedProperty).isValid()) {

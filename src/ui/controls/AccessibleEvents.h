@@ -9,11 +9,12 @@ namespace morvane {
 /// what the user must hear when too much comes at once, and the toolkit tells of every part of everything.
 /// Left out are hidden widgets, what is shown or hidden as a part of something else, scroll bars that nobody
 /// holds, and what an AccessibleSilence keeps back. A list that takes the focus is told of by its current
-/// row. Call it once, after the application object was made.
+/// row, and a field that takes it is told of before its caret. Call it once, after the application object was
+/// made.
 void installAccessibleEventFilter();
 
-/// While it lives, `widget` and everything in it tell assistive technology nothing. For changes that the
-/// reader is told of in one event instead of one for each part.
+/// While it lives, `widget` and everything in it tell assistive technology nothing, but a window still tells
+/// of itself. For changes that the reader is told of in one event instead of one for each part.
 class AccessibleSilence {
 public:
     explicit AccessibleSilence(QWidget *widget);

@@ -1,6 +1,7 @@
 #include "ui/controls/AccessibleRole.h"
 
 #include <QAccessibleWidget>
+#include <QLabel>
 #include <QVariant>
 #include <QWidget>
 
@@ -20,6 +21,16 @@ public:
         QAccessible::State state = QAccessibleWidget::state();
         state.modal = widget()->property(modalProperty).toBool();
         return state;
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        // Not the tool tip, which says what the name says.
+        if (kind == QAccessible::Description)
+            return widget()->accessibleDescription();
+        const QString text = QAccessibleWidget::text(kind);
+        const auto *label = qobject_cast<const QLabel *>(object());
+        return kind == QAccessible::Name && text.isEmpty() && label != nullptr ? label->text() : text;
     }
 };
 

@@ -1,5 +1,6 @@
 #include "ui/controls/NoteLabel.h"
 
+#include "ui/controls/AccessibleRole.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QApplication>
@@ -32,6 +33,9 @@ QColor colorOf(NoteLabel::Tone tone, const ThemeColors &colors)
 
 NoteLabel::NoteLabel(const QString &text, Tone tone, QWidget *parent) : QLabel(parent), m_tone(tone)
 {
+    // A reader that enters a group reads all of its labels at once. A note is to be found, not to be listened
+    // to each time.
+    setAccessibleRole(this, QAccessible::Paragraph);
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
     setText(text);

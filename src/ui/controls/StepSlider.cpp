@@ -22,6 +22,12 @@ public:
         return QAccessibleWidget::interface_cast(type);
     }
 
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind != QAccessible::Value)
+            return QAccessibleWidget::text(kind);
+        return slider().accessibleName() + u' ' + QString::number(slider().stepValue(), 'f', 1);
+    }
     QVariant currentValue() const override { return slider().stepValue(); }
     void setCurrentValue(const QVariant &value) override
     {

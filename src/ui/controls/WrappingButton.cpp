@@ -1,5 +1,6 @@
 #include "ui/controls/WrappingButton.h"
 
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/WrappedText.h"
 #include "ui/theme/MorvaneStyle.h"
@@ -85,7 +86,7 @@ void WrappingButton::updateToolTip()
 {
     const bool isCut = laidOut().isElided(width() - 2 * horizontalPadding);
     // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
-    setToolTip(isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
+    setHoverText(this, isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
 }
 
 } // namespace morvane

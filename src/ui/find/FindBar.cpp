@@ -1,5 +1,6 @@
 #include "ui/find/FindBar.h"
 
+#include "ui/controls/HoverText.h"
 #include "ui/find/FindSession.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
@@ -56,7 +57,7 @@ QToolButton *FindBar::addButton(const QIcon &icon, const QString &label)
 {
     auto *button = new QToolButton;
     button->setIcon(icon);
-    button->setToolTip(label);
+    setHoverText(button, label);
     button->setAccessibleName(label);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);

@@ -80,7 +80,6 @@ void BehaviourSection::refresh()
 {
     const QString value = QString::number(m_settings.temperature(), 'f', 1);
     m_temperatureLabel->setText(u"Creativity (temperature): "_s + value);
-    m_temperature->setAccessibleDescription(u"Creativity temperature "_s + value);
     m_temperature->showStepValue(m_settings.temperature());
     const QSignalBlocker stepsBlocker(m_steps);
     const QSignalBlocker unlimitedBlocker(m_unlimited);

@@ -20,6 +20,7 @@
 
 #include <QScrollArea>
 #include <QShortcut>
+#include <QStackedWidget>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -47,6 +48,7 @@ SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &loc
     resize(standardSize);
     auto *tabs = new QTabWidget;
     tabs->setDocumentMode(true);
+    setAccessibleRole(tabs->findChild<QStackedWidget *>(), QAccessible::Client);
     // Its bar takes the keys; a second stop without a name would say nothing.
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->addTab(makeGeneralTab(services, localModel), symbolIcon(Symbol::gear), u"General"_s);

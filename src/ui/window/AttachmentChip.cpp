@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -66,13 +67,18 @@ AttachmentChip::AttachmentChip(const ChatAttachment &attachment, QWidget *parent
     m_remove->setAutoRaise(true);
     m_remove->setFocusPolicy(Qt::TabFocus);
     m_remove->setAccessibleName(label);
-    m_remove->setToolTip(label.toHtmlEscaped());
+    setHoverText(m_remove, label.toHtmlEscaped());
     connect(m_remove, &QToolButton::clicked, this, [this] { Q_EMIT removeRequested(m_id); });
 }
 
 bool AttachmentChip::hasButtonFocus() const
 {
     return m_remove->hasFocus();
+}
+
+QWidget *AttachmentChip::button() const
+{
+    return m_remove;
 }
 
 void AttachmentChip::focusButton()

@@ -20,6 +20,7 @@ public:
     /// Whether the focus is on its button.
     bool hasButtonFocus() const;
     void focusButton();
+    QWidget *button() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -53,6 +53,14 @@ void AttachmentChips::setAttachments(const QList<ChatAttachment> &attachments)
     fitHeight();
 }
 
+QList<QWidget *> AttachmentChips::buttons() const
+{
+    QList<QWidget *> buttons;
+    for (const AttachmentChip *chip : m_chips)
+        buttons.append(chip->button());
+    return buttons;
+}
+
 void AttachmentChips::addChip(const ChatAttachment &attachment)
 {
     auto *chip = new AttachmentChip(attachment);

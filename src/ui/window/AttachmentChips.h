@@ -18,6 +18,8 @@ public:
 
     /// Shows these; chips of files that stay, stay as they are.
     void setAttachments(const QList<ChatAttachment> &attachments);
+    /// The buttons that remove a file, as they stand.
+    QList<QWidget *> buttons() const;
 
 Q_SIGNALS:
     void removeRequested(QUuid id);

@@ -2,6 +2,7 @@
 
 #include "app/ConversationPort.h"
 #include "app/UpdateModel.h"
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
@@ -36,7 +37,7 @@ QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
     auto *button = new QToolButton;
     button->setIcon(icon);
-    button->setToolTip(label);
+    setHoverText(button, label);
     button->setAccessibleName(label);
     button->setFocusPolicy(Qt::TabFocus);
     return button;
@@ -145,6 +146,7 @@ void ComposerView::connectAttachments()
     connect(m_chips, &AttachmentChips::focusLeft, this, &ComposerView::focusDraft);
     connect(m_attachments, &PendingAttachments::attachmentsChanged, this, [this] {
         m_chips->setAttachments(m_attachments->attachments());
+        orderTabs();
         updateState();
     });
     connect(m_attachments, &PendingAttachments::processingCountChanged, this, [this] {
@@ -153,6 +155,15 @@ void ComposerView::connectAttachments()
     });
     connect(m_attachments, &PendingAttachments::failuresChanged, this, &ComposerView::showFailures);
     connect(m_attachments, &PendingAttachments::modelChanged, this, &ComposerView::updateState);
+}
+
+void ComposerView::orderTabs()
+{
+    // As they are seen; what was made last would come last.
+    QWidget *previous = nullptr;
+    for (QWidget *stop : m_chips->buttons() + QList<QWidget *>{m_attach, m_edit, m_send, m_stop})
+        if (QWidget *before = std::exchange(previous, stop))
+            setTabOrder(before, stop);
 }
 
 QString ComposerView::draft() const

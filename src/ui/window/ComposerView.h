@@ -51,6 +51,7 @@ private:
     /// Whether there is anything to send.
     bool hasInput() const;
     void connectAttachments();
+    void orderTabs();
     QWidget *makeAttachmentArea();
     void send();
     void sendPostponed();

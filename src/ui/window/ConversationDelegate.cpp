@@ -1,6 +1,5 @@
 #include "ui/window/ConversationDelegate.h"
 
-#include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/ConversationListModel.h"
 
@@ -18,6 +17,15 @@ QFont detailFont(QFont font)
 {
     font.setPointSizeF(font.pointSizeF() * 0.85);
     return font;
+}
+
+/// The mark of the focus where the row is selected too, whose ground has the colour of the usual mark.
+void drawFocus(QPainter &painter, const QRectF &row, const QColor &color)
+{
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(color, 2));
+    const int inside = 3;
+    painter.drawRoundedRect(row.adjusted(inside, inside, -inside, -inside), radius - 2, radius - 2);
 }
 
 } // namespace
@@ -49,7 +57,7 @@ void ConversationDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     painter->drawText(text, Qt::AlignLeft | Qt::AlignBottom,
                       QFontMetrics(small).elidedText(detail, Qt::ElideRight, text.width()));
     if (option.state & QStyle::State_HasFocus)
-        MorvaneStyle::drawFocusRing(*painter, QRectF(row), radius, option.palette);
+        drawFocus(*painter, QRectF(row), selected ? colors.onSelection : colors.focusRing);
     painter->restore();
 }
 

@@ -1,24 +1,23 @@
 #include "ui/window/ConversationListView.h"
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/ConversationDelegate.h"
+#include "ui/window/ConversationList.h"
 #include "ui/window/ConversationListModel.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QListView>
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -27,13 +26,32 @@ namespace morvane {
 namespace {
 
 constexpr int smallestWidth = 160;
+constexpr qreal buttonRadius = 6;
+
+/// Stands on a ground of its own, since its symbol and the mark of its focus are not seen on a selected row.
+class DeleteButton : public QToolButton {
+public:
+    using QToolButton::QToolButton;
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(ThemeColors::fromPalette(palette()).window);
+        painter.drawRoundedRect(rect(), buttonRadius, buttonRadius);
+        painter.end();
+        QToolButton::paintEvent(event);
+    }
+};
 
 } // namespace
 
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model.conversations(), this)),
-      m_list(new QListView), m_empty(new QLabel(u"No saved conversations yet."_s)),
-      m_delete(new QToolButton(this))
+      m_list(new ConversationList), m_empty(new QLabel(u"No saved conversations yet."_s)),
+      m_delete(new DeleteButton(this))
 {
     auto *title = new QLabel(u"Conversations"_s);
     QFont bold = title->font();
@@ -80,6 +98,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
         openRow(row);
         Q_EMIT openedByMouse();
     });
+    connect(m_list, &ConversationList::openRequested, this, &ConversationListView::openRow);
     connect(m_list, &QListView::entered, this, &ConversationListView::moveButtonToPointer);
     connect(m_list, &QListView::customContextMenuRequested, this, &ConversationListView::openMenu);
     connect(m_list->verticalScrollBar(), &QScrollBar::valueChanged, this,
@@ -89,10 +108,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     connect(m_delete, &QToolButton::clicked, this, [this] { deleteRow(m_buttonRow); });
     connect(m_rows, &QAbstractItemModel::rowsInserted, this, &ConversationListView::takeInserted);
     connect(m_rows, &QAbstractItemModel::rowsRemoved, this, &ConversationListView::takeRemoved);
-    connect(m_rows, &QAbstractItemModel::rowsMoved, this,
-            [this](const QModelIndex &, int from, int, const QModelIndex &, int to) {
-                takeMoved(from, to > from ? to - 1 : to);
-            });
+    connect(m_rows, &QAbstractItemModel::rowsMoved, this, &ConversationListView::keepButton);
     connect(m_rows, &QAbstractItemModel::dataChanged, this, &ConversationListView::keepButton);
     connect(&model.conversations(), &Conversations::currentChanged, this,
             &ConversationListView::selectOpenConversation);
@@ -137,19 +153,6 @@ void ConversationListView::takeRemoved()
             m_list->setCurrentIndex(m_rows->index(0));
         m_list->setFocus();
     }
-}
-
-void ConversationListView::takeMoved(int from, int to)
-{
-    // The toolkit does not tell assistive technology that a row has moved.
-    for (const auto &[type, row] : {std::pair(QAccessibleTableModelChangeEvent::RowsRemoved, from),
-                                    std::pair(QAccessibleTableModelChangeEvent::RowsInserted, to)}) {
-        QAccessibleTableModelChangeEvent event(m_list, type);
-        event.setFirstRow(row);
-        event.setLastRow(row);
-        QAccessible::updateAccessibility(&event);
-    }
-    keepButton();
 }
 
 void ConversationListView::keepButton()
@@ -205,7 +208,7 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
     }
     const QString label = u"Delete "_s + labelText(m_rows->conversation(index.row()).title);
     m_delete->setAccessibleName(label);
-    m_delete->setToolTip(label);
+    setHoverText(m_delete, label);
     const int side = ConversationDelegate::buttonPlace - 4;
     const QPoint place(row.right() - side - 6, row.center().y() - side / 2);
     m_delete->setGeometry(QRect(m_list->viewport()->mapTo(this, place), QSize(side, side)));

@@ -5,13 +5,13 @@
 
 class QKeyEvent;
 class QLabel;
-class QListView;
 class QModelIndex;
 class QToolButton;
 
 namespace morvane {
 
 class AppModel;
+class ConversationList;
 class ConversationListModel;
 
 /// The sidebar: the saved conversations, to open and to delete. The selected row is the open conversation,
@@ -47,13 +47,12 @@ private:
     void leaveFocus(Qt::FocusReason reason);
     void takeInserted();
     void takeRemoved();
-    void takeMoved(int from, int to);
     void showListOrNote();
     void selectOpenConversation();
 
     AppModel &m_model;
     ConversationListModel *m_rows;
-    QListView *m_list;
+    ConversationList *m_list;
     QLabel *m_empty;
     QToolButton *m_delete;
     QPersistentModelIndex m_buttonRow; ///< What the button deletes, wherever the row goes.

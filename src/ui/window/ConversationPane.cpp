@@ -2,6 +2,7 @@
 
 #include "app/Transcript.h"
 #include "platform/Announcer.h"
+#include "ui/controls/HoverText.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/find/FindBar.h"
 #include "ui/find/FindSession.h"
@@ -36,7 +37,7 @@ ConversationPane::ConversationPane(ChatScrollView *view, const Transcript &trans
     m_latest->setText(u"Latest"_s);
     m_latest->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_latest->setAccessibleName(u"Jump to the latest message"_s);
-    m_latest->setToolTip(u"Jump to the latest message (Ctrl+J)"_s);
+    setHoverText(m_latest, u"Jump to the latest message (Ctrl+J)"_s);
     m_latest->setFocusPolicy(Qt::TabFocus);
     m_latest->hide();
     setTabOrder(m_view, m_latest);

@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "app/BrowserWindowPort.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/HoverText.h"
 #include "ui/theme/AppMark.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
@@ -41,19 +42,18 @@ HeaderView::HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidge
     auto *browser = addButton(symbolIcon(Symbol::globe), u"Morvane Browser"_s);
     browser->setEnabled(browserWindow.isAvailable());
     if (!browser->isEnabled()) {
-        browser->setToolTip(u"The built-in browser is not part of this version."_s);
-        browser->setAccessibleDescription(browser->toolTip());
+        setHoverText(browser, u"The built-in browser is not part of this version."_s);
+        browser->setAccessibleDescription(hoverText(browser));
     }
     connect(browser, &QToolButton::clicked, this, [&browserWindow] { browserWindow.show(); });
 
     auto *compose = addButton(symbolIcon(Symbol::compose), u"New Conversation"_s);
     compose->setAccessibleName(u"New conversation"_s);
-    compose->setToolTip(u"New conversation (⌘N)"_s);
-    compose->setAccessibleDescription(compose->toolTip());
+    setHoverText(compose, u"New conversation (⌘N)"_s);
     connect(compose, &QToolButton::clicked, &model, &AppModel::newConversation);
 
     auto *settings = addButton(symbolIcon(Symbol::gear), u"Settings"_s);
-    settings->setToolTip(u"Settings (Ctrl+,)"_s);
+    setHoverText(settings, u"Settings (Ctrl+,)"_s);
     connect(settings, &QToolButton::clicked, this, &HeaderView::settingsRequested);
 
     connect(&model.settings(), &SettingsStore::changed, this, &HeaderView::updateProvider);
@@ -67,7 +67,7 @@ QToolButton *HeaderView::addButton(const QIcon &icon, const QString &text)
     auto *button = new QToolButton;
     button->setIcon(icon);
     button->setText(text);
-    button->setToolTip(text);
+    setHoverText(button, text);
     button->setAccessibleName(text);
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);

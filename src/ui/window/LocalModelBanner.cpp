@@ -1,6 +1,7 @@
 #include "ui/window/LocalModelBanner.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/HoverText.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -25,7 +26,7 @@ LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
     cancel->setAutoRaise(true);
     cancel->setFocusPolicy(Qt::TabFocus);
     cancel->setAccessibleName(u"Cancel the local model setup"_s);
-    cancel->setToolTip(cancel->accessibleName());
+    setHoverText(cancel, cancel->accessibleName());
     connect(cancel, &QToolButton::clicked, &model, &AppModel::cancelLocalModelWork);
 
     auto *row = new QHBoxLayout(this);

@@ -1,6 +1,8 @@
 #include "ui/window/MainWindow.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/AccessibleEvents.h"
+#include "ui/controls/AccessibleRole.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
@@ -74,6 +76,7 @@ QWidget *MainWindow::makeDetail()
     m_conversation =
         new ConversationPane(view, m_model.transcript(), m_services.settings.scheduler, m_services.announcer);
     m_region = new QStackedWidget;
+    setAccessibleRole(m_region, QAccessible::Client); // "layered pane" says nothing to anyone
     m_region->addWidget(m_welcome);
     m_region->addWidget(m_conversation);
     m_composer = new ComposerView(m_model, m_services.updates);
@@ -124,7 +127,11 @@ void MainWindow::showSettings()
             new SettingsView(m_services.settings, m_model.localModel(), m_services.toolServers, this);
         m_settings->setAttribute(Qt::WA_DeleteOnClose);
     }
-    m_settings->show();
+    {
+        // The window is told of; what it is made of would be some seventy events.
+        const AccessibleSilence silence(m_settings);
+        m_settings->show();
+    }
     m_settings->raise();
     m_settings->activateWindow();
 }

@@ -1,6 +1,7 @@
 #include "ui/window/StatusBarView.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
@@ -36,7 +37,7 @@ void StatusBarView::updateText()
     const QString status = labelText(m_model.status().statusText());
     setText(labelText(status, longestLine));
     // As HTML, so that it wraps, and escaped, so that a command cannot bring markup of its own.
-    setToolTip(u"<qt>%1</qt>"_s.arg(status.toHtmlEscaped()));
+    setHoverText(this, u"<qt>%1</qt>"_s.arg(status.toHtmlEscaped()));
     setAccessibleName(u"Status. "_s + status);
 }
 

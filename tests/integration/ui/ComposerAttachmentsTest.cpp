@@ -280,6 +280,18 @@ TEST_F(ComposerAttachmentsTest, LongNameIsElidedAndHeardWhole)
     EXPECT_EQ(chip->toolTip(), name);
 }
 
+TEST_F(ComposerAttachmentsTest, TabReachesTheChipsBeforeTheFieldAndTheSendButton)
+{
+    attach({u"a.txt"_s, u"b.txt"_s});
+    QStringList stops;
+    QWidget *first = button(u"Remove attachment a.txt"_s);
+    for (QWidget *stop = first; stops.isEmpty() || stop != first; stop = stop->nextInFocusChain())
+        if (stop->isVisible() && (stop->focusPolicy() & Qt::TabFocus))
+            stops.append(nameOf(stop));
+    EXPECT_THAT(stops, ElementsAre(u"Remove attachment a.txt"_s, u"Remove attachment b.txt"_s,
+                                   u"Attach a file or image"_s, u"Message Morvane"_s, u"Send message"_s));
+}
+
 TEST_F(ComposerAttachmentsTest, NameIsNeverTakenForMarkup)
 {
     attach({u"<b>bold<b>.txt"_s});

@@ -1,5 +1,7 @@
 #include "support/AppFixture.h"
 
+#include "ui/theme/Contrast.h"
+#include "ui/theme/ThemeColors.h"
 #include "ui/window/ConversationListModel.h"
 #include "ui/window/ConversationListView.h"
 
@@ -74,6 +76,16 @@ protected:
         settle();
     }
 
+    /// The greatest contrast with the pixel at `ground` along the middle half of a line of the picture.
+    static double contrastAlong(const QImage &image, int y, const QPoint &ground)
+    {
+        double greatest = 1;
+        for (int x = image.width() / 4; x < image.width() * 3 / 4; ++x)
+            greatest = std::max(greatest, contrastRatio(image.pixelColor(x, y), image.pixelColor(ground)));
+        return greatest;
+    }
+    static QImage pictureOf(QWidget *widget) { return widget->grab().toImage(); }
+
     std::unique_ptr<ConversationListView> view;
     QListView *list = nullptr;
     QToolButton *remove = nullptr;
@@ -96,6 +108,50 @@ TEST_F(ConversationListViewTest, TheModelKeepsTheToolkitsRules)
     EXPECT_EQ(titles(), QStringList({u"Fourth"_s, u"Newest"_s}));
     EXPECT_EQ(rows.rowCount(), 2);
     EXPECT_EQ(resets, 0);
+}
+
+TEST_F(ConversationListViewTest, FocusIsSeenOnTheOpenRowToo)
+{
+    click(u"Older"_s);
+    settle();
+    for (const QPalette &palette : {lightPalette(), darkPalette()}) {
+        view->setPalette(palette);
+        for (const auto &title : {u"Older"_s, u"Newest"_s}) {
+            goTo(title);
+            const QRect place = list->visualRect(row(title));
+            const QImage picture = pictureOf(list->viewport());
+            const QPoint ground(place.right() - 10, place.center().y());
+            double greatest = 1;
+            for (int y = place.top(); y < place.top() + 6; ++y)
+                greatest = std::max(greatest, contrastAlong(picture, y, ground));
+            EXPECT_GE(greatest, graphicsContrast) << title.toStdString();
+        }
+    }
+}
+
+TEST_F(ConversationListViewTest, TheButtonOnTheOpenRowAndItsFocusAreSeen)
+{
+    click(u"Older"_s);
+    settle();
+    for (const QPalette &palette : {lightPalette(), darkPalette()}) {
+        QApplication::setPalette(palette);
+        settle();
+        list->setFocus(Qt::TabFocusReason);
+        const QPoint ground(remove->width() / 2, 1);
+        const QImage calm = pictureOf(remove);
+        EXPECT_GE(contrastAlong(calm, remove->height() / 2, ground), textContrast);
+        remove->setFocus(Qt::TabFocusReason);
+        const QImage focused = pictureOf(remove);
+        const auto ring = [&](const QImage &picture) {
+            double greatest = 1;
+            for (int y = 2; y < 6; ++y)
+                greatest = std::max(greatest, contrastAlong(picture, y, ground));
+            return greatest;
+        };
+        EXPECT_LT(ring(calm), graphicsContrast);
+        EXPECT_GE(ring(focused), graphicsContrast);
+    }
+    QApplication::setPalette(lightPalette());
 }
 
 TEST_F(ConversationListViewTest, DeleteRightAfterAClickDeletesWhatWasClicked)

@@ -1,5 +1,6 @@
 #include "SheetsFixture.h"
 
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/markdown/TextSegment.h"
@@ -176,8 +177,8 @@ TEST_F(QuestionViewTest, LongOptionWrapsAndTellsAllOfItself)
     ask(u"Which?"_s, {longText, u"<b>short</b>"_s});
     EXPECT_LE(option(longText)->width(), window->width());
     EXPECT_GT(option(longText)->height(), 2 * option(u"<b>short</b>"_s)->height());
-    EXPECT_TRUE(option(longText)->toolTip().contains(longText.toHtmlEscaped()));
-    EXPECT_TRUE(option(u"<b>short</b>"_s)->toolTip().isEmpty());
+    EXPECT_TRUE(hoverText(option(longText)).contains(longText.toHtmlEscaped()));
+    EXPECT_TRUE(hoverText(option(u"<b>short</b>"_s)).isEmpty());
 }
 
 TEST_F(QuestionViewTest, HundredsOfOptionsScrollAndKeepTheSheetInTheWindow)
@@ -212,7 +213,7 @@ TEST_F(QuestionViewTest, QuestionAndOptionsOfAMegabyteAreShownInBoundedPieces)
     EXPECT_TRUE(question->card()->accessibleName().startsWith(u"Morvane asks: xxx"_s));
     for (const WrappingButton *button : question->findChildren<WrappingButton *>()) {
         EXPECT_LE(button->accessibleName().size(), 2 * labelLimit + 20);
-        EXPECT_LE(button->toolTip().size(), 2 * labelLimit + 20);
+        EXPECT_LE(hoverText(button).size(), 2 * labelLimit + 20);
     }
     for (QTextBlock block = text()->document()->firstBlock(); block.isValid(); block = block.next())
         ASSERT_LE(block.length(), segmentLimit + 1);

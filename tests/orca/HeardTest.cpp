@@ -1,0 +1,64 @@
+#include "HeardTest.h"
+
+#include "support/WaitUntil.h"
+
+#include <QDeadlineTimer>
+#include <QRegularExpression>
+#include <iostream>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+MorvaneSession &HeardTest::listen(std::vector<ScriptedTurn> turns)
+{
+    MorvaneSession &session = prepare(std::move(turns), Hearing::notifications);
+    m_reader = std::make_unique<ScreenReader>(session.desktop(), QStringLiteral(MORVANE_READER_SETTINGS));
+    session.start();
+    EXPECT_TRUE(m_reader->hears(u"Type your message, then press Return to send it."_s));
+    return session;
+}
+
+bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)
+{
+    QDeadlineTimer pause(0);
+    return waitUntil([&] {
+        if (pause.hasExpired()) {
+            morvane.keyboard().press(key);
+            pause.setRemainingTime(700);
+        }
+        return !morvane.program().tree().first([&](const AccessibleNode &node) {
+            return node.name == control && node.has(AccessibleState::showing);
+        });
+    });
+}
+
+bool HeardTest::moves(MorvaneSession &morvane, const QString &key, const QString &last)
+{
+    const qsizetype before = heard().count(last);
+    morvane.keyboard().press(key);
+    return waitUntil([&] { return heard().count(last) > before; });
+}
+
+QStringList HeardTest::heard()
+{
+    static const QRegularExpression time(u"updated [^,]+, [^,]+,"_s);
+    return reader().heard().replaceInStrings(time, u"updated …,"_s);
+}
+
+void HeardTest::TearDown()
+{
+    if (HasFailure() && m_reader) {
+        std::cout << "heard:\n";
+        for (const QString &piece : m_reader->heard())
+            std::cout << "  " << piece.toStdString() << '\n';
+        const auto *test = testing::UnitTest::GetInstance()->current_test_info();
+        m_reader->keepEvidence(
+            QStringLiteral(MORVANE_EVIDENCE_FOLDER "/%1.%2")
+                .arg(QString::fromUtf8(test->test_suite_name()), QString::fromUtf8(test->name())));
+    }
+    m_reader.reset();
+    MorvaneTest::TearDown();
+}
+
+} // namespace morvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "MorvaneTest.h"
+
+#include "support/ScreenReader.h"
+
+namespace morvane {
+
+/// Base of the tests that listen with a real screen reader. It starts before the program, and one that fails
+/// leaves what was spoken and the reader's log with the other evidence.
+class HeardTest : public MorvaneTest {
+protected:
+    /// Starts the reader and the program beside a model that answers with these turns, and waits until the
+    /// reader has read out where the user is.
+    MorvaneSession &listen(std::vector<ScriptedTurn> turns);
+    ScreenReader &reader() { return *m_reader; }
+
+    /// Presses a key until the sheet with this control is gone: a sheet takes no keys before the user has
+    /// paused for a moment.
+    static bool answer(MorvaneSession &morvane, const QString &key, const QString &control);
+    /// Moves on with the keyboard and waits until the reader has said `last`.
+    bool moves(MorvaneSession &morvane, const QString &key, const QString &last);
+    /// What was spoken since the last forget(), with "…" in place of times of day.
+    QStringList heard();
+    /// How often a piece was spoken since the last forget().
+    qsizetype times(const QString &text) { return reader().heard().count(text); }
+
+    void TearDown() override;
+
+private:
+    std::unique_ptr<ScreenReader> m_reader;
+};
+
+} // namespace morvane
