@@ -185,7 +185,7 @@ int main(int argc, char **argv)
         fillShowcase(stage.model.transcript(), stage.model.activity());
     ask(stage, value("window"));
     settle();
-    if (auto *scroll = window->findChild<QScrollArea *>()) {
+    for (const auto *scroll : window->findChildren<QScrollArea *>()) {
         auto *bar = scroll->verticalScrollBar();
         bar->setValue(bar->maximum() * value("scroll").toInt() / 100);
     }

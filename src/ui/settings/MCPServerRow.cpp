@@ -40,7 +40,7 @@ QString detailOf(const MCPServerConfig &server)
 } // namespace
 
 MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent)
-    : QWidget(parent), m_id(server.id), m_name(flattened(server.name, longestName)), m_manager(manager),
+    : ButtonsBeside(parent), m_id(server.id), m_name(flattened(server.name, longestName)), m_manager(manager),
       m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(mostStatus)),
       m_copy(new QPushButton(u"Copy Error"_s)), m_remove(new QPushButton(u"Remove"_s))
 {
@@ -60,11 +60,8 @@ MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, Q
     auto *buttons = new QVBoxLayout;
     buttons->addWidget(m_remove);
     buttons->addWidget(m_copy);
-    buttons->addStretch();
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(rowPadding, rowPadding, rowPadding, rowPadding);
-    row->addLayout(texts, 1);
-    row->addLayout(buttons);
+    setParts(texts, buttons);
+    layout()->setContentsMargins(rowPadding, rowPadding, rowPadding, rowPadding);
 
     // Assistive technology toggles without a click.
     connect(m_switch, &QAbstractButton::toggled, this, [this](bool checked) {

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "mcp/MCPServerConfig.h"
-
-#include <QWidget>
+#include "ui/settings/ButtonsBeside.h"
 
 class QPushButton;
 
@@ -14,7 +13,7 @@ class WrappingCheckBox;
 
 /// One tool server: its name with the switch, what it is, and how it is doing. Assistive technology finds one
 /// element that tells name, status and the switch's state, and the buttons.
-class MCPServerRow : public QWidget {
+class MCPServerRow : public ButtonsBeside {
     Q_OBJECT
 public:
     /// `manager` must outlive the row.

@@ -5,6 +5,7 @@
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/settings/AddMCPServerView.h"
+#include "ui/settings/ButtonsBeside.h"
 #include "ui/settings/CenteredColumn.h"
 #include "ui/settings/MCPServerRow.h"
 
@@ -55,17 +56,18 @@ MCPServersView::MCPServersView(MCPManager &manager, QWidget *window)
 
 QWidget *MCPServersView::makeHeader()
 {
-    auto *header = new QWidget;
+    auto *header = new ButtonsBeside;
     auto *reconnect = new QPushButton(symbolIcon(Symbol::arrowClockwise), u"Reconnect"_s);
     reconnect->setAccessibleName(u"Reconnect all tool servers"_s);
     m_add->setAccessibleName(u"Add a tool server"_s);
     auto *title = new HeadingLabel(u"Tool Servers"_s, HeadingLabel::Level::title);
-    auto *row = new QHBoxLayout(header);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(new SymbolLabel(Symbol::puzzle, &ThemeColors::accent), 0, Qt::AlignTop);
-    row->addWidget(title, 1);
-    row->addWidget(reconnect, 0, Qt::AlignTop);
-    row->addWidget(m_add, 0, Qt::AlignTop);
+    auto *titleRow = new QHBoxLayout;
+    titleRow->addWidget(new SymbolLabel(Symbol::puzzle, &ThemeColors::accent), 0, Qt::AlignTop);
+    titleRow->addWidget(title, 1);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(reconnect);
+    buttons->addWidget(m_add);
+    header->setParts(titleRow, buttons);
     connect(reconnect, &QPushButton::clicked, &m_manager, &MCPManager::refresh);
     connect(m_add, &QPushButton::clicked, m_form, &AddMCPServerView::open);
     return header;

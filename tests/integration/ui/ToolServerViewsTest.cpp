@@ -290,6 +290,28 @@ TEST_F(ToolServerViewsTest, AnErrorOfThousandsOfLettersIsShownAndCopiedWhole)
     EXPECT_EQ(QApplication::clipboard()->text(), status);
 }
 
+TEST_F(ToolServerViewsTest, InANarrowWindowWithALargeFontTheButtonsGoBelow)
+{
+    toolServerList.add(u"Fine"_s);
+    toolServerList.add(u"Bad"_s, 0, u"No such file or directory"_s);
+    view->resize(420, 900);
+    QFont font = view->font();
+    font.setPointSizeF(2 * font.pointSizeF());
+    view->setFont(font);
+    showServers();
+    ASSERT_TRUE(waitUntil([this] { return manager().hasTrouble(); }));
+    settle();
+    const auto *scroll = view->findChild<MCPServersView *>()->findChild<QScrollArea *>();
+    EXPECT_LE(scroll->widget()->width(), scroll->viewport()->width());
+    for (const auto &name : {u"Add a tool server"_s, u"Reconnect all tool servers"_s,
+                             u"Remove the Bad server"_s, u"Copy the error of the Bad server"_s}) {
+        const auto *button = named<QPushButton>(name);
+        const QRect place(button->mapTo(scroll->widget(), QPoint()), button->size());
+        EXPECT_TRUE(scroll->widget()->rect().contains(place)) << qPrintable(name);
+        EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(name);
+    }
+}
+
 TEST_F(ToolServerViewsTest, FiftyServersScrollAndLongTextsWrap)
 {
     for (int i = 0; i < 50; ++i)
