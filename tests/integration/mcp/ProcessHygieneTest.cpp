@@ -152,8 +152,12 @@ TEST_F(ProcessHygieneTest, AServerDoesNotOutliveAGuardThatIsKilled)
     connect(server);
     const pid_t guardian = statusField(pids()[0], "PPid").toInt();
     ASSERT_GT(guardian, 1);
+    auto call = scheduler.spawn(server->callTool(u"never"_s, {}));
+    settle();
     ::kill(guardian, SIGKILL);
     EXPECT_TRUE(areGone(pids()));
+    ASSERT_TRUE(waitUntil([&] { return call.done(); }));
+    EXPECT_THROW(call.result(), MCPError);
     EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
 }
 
