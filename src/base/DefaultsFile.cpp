@@ -120,9 +120,16 @@ std::optional<FileIdentity> DefaultsFile::write(const QVariantMap &values) const
 {
     const auto before = FileIdentity::ofPath(m_path);
     const QByteArray text = iniText(values);
-    if (text.size() > maximumBytes || iniItems(values) > IniReader::maximumItems ||
-        !writeFileAtomically(m_path, text, Durability::processCrash, privateFile, LinkRule::follow))
+    if (text.size() > maximumBytes || iniItems(values) > IniReader::maximumItems) {
+        qCWarning(baseLog) << "the settings are too large to be written";
         return std::nullopt;
+    }
+    if (const auto written =
+            writeFileAtomically(m_path, text, Durability::processCrash, privateFile, LinkRule::follow);
+        !written) {
+        qCWarning(baseLog) << "the settings could not be written:" << written.error();
+        return std::nullopt;
+    }
     auto after = FileIdentity::ofPath(m_path);
     makeDistinguishable(m_path, before, after);
     return after;

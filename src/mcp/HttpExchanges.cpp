@@ -4,7 +4,9 @@
 #include "mcp/HttpNames.h"
 #include "mcp/JsonRpc.h"
 #include "mcp/LineFraming.h"
+#include "mcp/Log.h"
 #include "net/HttpClient.h"
+#include "net/Log.h"
 
 #include <QScopeGuard>
 #include <algorithm>
@@ -99,6 +101,7 @@ Task<void> HttpExchanges::run(std::shared_ptr<HttpExchanges> self, quint64 numbe
     try {
         co_await self->exchangeUntilTaken(number, std::move(message), id, kind);
     } catch (const TransportError &error) {
+        qCWarning(mcpLog) << "a tool server did not take a message:" << reasonOf(error);
         if (id)
             self->m_requests->resume(*id,
                                      failureMessage(u"could not reach the server: "_s + error.description()));
@@ -194,8 +197,9 @@ Task<void> HttpExchanges::readOn(quint64 number, LineReader *lines)
             if (bytes > mostBehindAnswer)
                 break;
         }
-    } catch (const TransportError &) {
+    } catch (const TransportError &error) {
         // The answer is there; what was to follow may be missing.
+        qCInfo(mcpLog) << "what followed an answer broke off:" << reasonOf(error);
     }
 }
 

@@ -6,10 +6,12 @@
 #include "base/AtomicFile.h"
 #include "base/RegularFile.h"
 #include "base/Text.h"
+#include "mcp/Log.h"
 
 #include <QFile>
 #include <QScopeGuard>
 #include <algorithm>
+#include <expected>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -47,10 +49,11 @@ MCPManager::~MCPManager()
 void MCPManager::readServers()
 {
     auto file = RegularFile::open(QFile::encodeName(m_file).constData());
-    if (!file)
-        return;
-    if (const auto text = file->readUpTo(longestFile))
+    const auto text = file ? file->readUpTo(longestFile) : std::unexpected(file.error());
+    if (text)
         m_servers = serversFromJson(*text);
+    else
+        qCInfo(mcpLog) << "no list of tool servers:" << text.error();
 }
 
 bool MCPManager::hasTrouble() const
@@ -137,8 +140,10 @@ void MCPManager::removeServer(QUuid id)
 
 void MCPManager::saveServers()
 {
-    m_writer.start(
-        [file = m_file, text = serversToJson(m_servers)] { std::ignore = writeFileAtomically(file, text); });
+    m_writer.start([file = m_file, text = serversToJson(m_servers)] {
+        if (const auto written = writeFileAtomically(file, text); !written)
+            qCWarning(mcpLog) << "the list of tool servers could not be saved:" << written.error();
+    });
 }
 
 void MCPManager::shutdownAll()

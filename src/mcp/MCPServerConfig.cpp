@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/Uuid.h"
+#include "mcp/Log.h"
 
 #include <optional>
 
@@ -46,13 +47,17 @@ std::optional<MCPServerConfig> serverFromJson(const json::value &value)
 QList<MCPServerConfig> serversFromJson(QByteArrayView text)
 {
     const auto list = parseJson(text);
-    if (!list || !list->is_array())
+    if (!list || !list->is_array()) {
+        qCWarning(mcpLog) << "the list of tool servers is none, and is taken for an empty one";
         return {};
+    }
     QList<MCPServerConfig> servers;
     for (const json::value &record : list->get_array()) {
         const auto server = serverFromJson(record);
-        if (!server)
+        if (!server) {
+            qCWarning(mcpLog) << "the list of tool servers lacks something, and is taken for an empty one";
             return {};
+        }
         servers.append(*server);
     }
     return servers;

@@ -2,6 +2,7 @@
 
 #include "base/RegularFile.h"
 #include "mcp/JsonRpc.h"
+#include "mcp/Log.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -149,9 +150,12 @@ void StdioServer::route(QList<QByteArray> lines)
 {
     for (QByteArray &line : lines) {
         auto message = parseJSONText(line);
+        const qsizetype bytes = line.size();
         line.clear(); // the waiter may make as much of it again
-        if (!message)
+        if (!message) {
+            qCInfo(mcpLog) << "a tool server wrote" << bytes << "bytes that are no message";
             continue;
+        }
         if (const auto requests = m_order.requests.lock())
             requests->deliver(std::move(*message));
     }

@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 bool AIService::visionModelHeuristic(const QString &model)
 {
     static constexpr std::array<QLatin1StringView, 16> marks{
-        QLatin1StringView("gemini"),  QLatin1StringView("gpt-4o"),      QLatin1StringView("gpt-5"),
-        QLatin1StringView("gpt-4.1"), QLatin1StringView("gpt-4-turbo"), QLatin1StringView("claude"),
-        QLatin1StringView("llava"),   QLatin1StringView("moondream"),   QLatin1StringView("minicpm"),
-        QLatin1StringView("pixtral"), QLatin1StringView("internvl"),    QLatin1StringView("vision"),
-        QLatin1StringView("-vl"),     QLatin1StringView("vl-"),         QLatin1StringView("o3"),
-        QLatin1StringView("o4")};
+        "gemini"_L1, "gpt-4o"_L1,    "gpt-5"_L1,   "gpt-4.1"_L1, "gpt-4-turbo"_L1, "claude"_L1,
+        "llava"_L1,  "moondream"_L1, "minicpm"_L1, "pixtral"_L1, "internvl"_L1,    "vision"_L1,
+        "-vl"_L1,    "vl-"_L1,       "o3"_L1,      "o4"_L1};
     const QString name = model.toLower();
     return std::ranges::any_of(marks, [&name](QLatin1StringView mark) { return name.contains(mark); });
 }

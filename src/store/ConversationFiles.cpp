@@ -7,15 +7,19 @@
 #include "store/Log.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <exception>
+#include <expected>
 #include <filesystem>
 #include <functional>
 #include <iterator>
 #include <map>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -33,13 +37,13 @@ QByteArray fileName(QUuid id)
 }
 
 /// Opens a regular file of a size that can be read; a pipe or a device with a file's name is never waited
-/// for.
-std::optional<RegularFile> openForReading(const QString &path)
+/// for. Or why not.
+std::expected<RegularFile, QString> openForReading(const QString &path)
 {
     auto file = RegularFile::open(QFile::encodeName(path).constData());
-    if (!file || file->size() > ConversationFiles::maximumFileBytes)
-        return std::nullopt;
-    return std::move(*file);
+    if (file && file->size() > ConversationFiles::maximumFileBytes)
+        return std::unexpected(u"File too large"_s);
+    return file;
 }
 
 /// Runs `work` on this thread and, for more than a handful of items, on a second one at once. The work is
@@ -134,8 +138,11 @@ void ConversationFiles::scanChanged(const QList<QByteArray> &names)
 std::optional<ConversationFiles::Scanned> ConversationFiles::scan(const QByteArray &name) const
 try {
     auto file = openForReading(path(name));
-    if (!file)
+    if (!file) {
+        if (QFileInfo::exists(path(name))) // What is saved for the first time is not there.
+            qCInfo(storeLog) << "a conversation was not scanned:" << file.error();
         return std::nullopt;
+    }
     // What a link leads to may serve others too, and keeps its mode.
     if (!isLink(QFile::encodeName(path(name)).constData()))
         file->makePrivate();
@@ -147,8 +154,10 @@ try {
     ConversationScanner scanner;
     while (true) {
         const auto count = file->read(buffer.data(), std::ssize(buffer));
-        if (!count)
+        if (!count) {
+            qCWarning(storeLog) << "a conversation could not be scanned:" << count.error();
             return std::nullopt;
+        }
         if (*count == 0)
             return Scanned{*identity, scanner.finish()};
         if (!scanner.feed(QByteArrayView(buffer.data(), *count))) {
@@ -164,12 +173,17 @@ try {
 std::optional<ConversationFile> ConversationFiles::load(QUuid id) const
 try {
     auto file = openForReading(path(fileName(id)));
-    if (!file)
+    if (!file) {
+        qCWarning(storeLog) << "a conversation was not opened:" << file.error();
         return std::nullopt;
+    }
     std::vector<char> buffer(static_cast<std::size_t>(std::min(pieceBytes, file->size() + 1)));
     return decodeConversation([&file, &buffer]() -> std::optional<QByteArrayView> {
         const auto count = file->read(buffer.data(), std::ssize(buffer));
-        return count ? std::optional(QByteArrayView(buffer.data(), *count)) : std::nullopt;
+        if (count)
+            return QByteArrayView(buffer.data(), *count);
+        qCWarning(storeLog) << "a conversation could not be read:" << count.error();
+        return std::nullopt;
     });
 } catch (const std::exception &error) { // Out of memory.
     qCWarning(storeLog) << "a conversation could not be read:" << kindOfFailure(error);
@@ -213,7 +227,8 @@ void ConversationFiles::remove(QUuid id)
 {
     const QByteArray name = fileName(id);
     m_scanned.remove(name);
-    QFile::remove(path(name));
+    if (::unlink(QFile::encodeName(path(name)).constData()) != 0 && errno != ENOENT)
+        qCWarning(storeLog) << "a conversation could not be removed:" << systemReason(errno);
 }
 
 } // namespace morvane

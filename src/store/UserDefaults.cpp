@@ -136,10 +136,8 @@ bool UserDefaults::writeWithin(std::chrono::milliseconds limit)
         return false;
     }
     const auto identity = adoptForeignChanges() ? m_file.write(m_values) : std::nullopt;
-    if (!identity) {
-        qCWarning(storeLog) << "the settings could not be written";
+    if (!identity)
         return false;
-    }
     m_changes.clear();
     m_identity = identity;
     if (!m_syncTimer.isActive()) // Changes without end do not put it off without end.

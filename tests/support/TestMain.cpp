@@ -1,3 +1,5 @@
+#include "support/LogListener.h"
+
 #include <QCoreApplication>
 #include <gmock/gmock.h>
 
@@ -6,5 +8,6 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
+    morvane::watchTheLog();
     return RUN_ALL_TESTS();
 }

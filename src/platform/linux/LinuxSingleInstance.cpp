@@ -1,5 +1,8 @@
 #include "platform/linux/LinuxSingleInstance.h"
 
+#include "base/RegularFile.h"
+#include "platform/Log.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -113,16 +116,20 @@ SingleInstance::Claim LinuxSingleInstance::claim(const ActivationToken &token)
     const QDeadlineTimer deadline(m_answerTime);
     m_lock = FileDescriptor(
         ::openat(m_folder.get(), lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
-    if (!m_lock.isOpen())
+    if (!m_lock.isOpen()) {
+        qCWarning(platformLog) << "another instance would not be noticed:" << systemReason(errno);
         return Claim::first;
+    }
     // The instance may be starting (no socket yet) or ending (lock not yet released): both pass.
     while (true) {
         if (::flock(m_lock.get(), LOCK_EX | LOCK_NB) == 0) {
             openSocket();
             return Claim::first;
         }
-        if (errno != EWOULDBLOCK && errno != EINTR)
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            qCWarning(platformLog) << "another instance would not be noticed:" << systemReason(errno);
             return Claim::first;
+        }
         if (handOver(m_folder.get(), token, deadline))
             return Claim::handedOver;
         if (deadline.hasExpired())
@@ -139,9 +146,10 @@ void LinuxSingleInstance::openSocket()
     const sockaddr_un address = socketAddress(m_folder.get());
     if (::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
         ::fchmodat(m_folder.get(), socketName, S_IRUSR | S_IWUSR, 0) == 0 &&
-        ::listen(socket.get(), int(maximumClients)) == 0) {
+        ::listen(socket.get(), int(maximumClients)) == 0)
         m_socket = std::move(socket);
-    }
+    else
+        qCWarning(platformLog) << "later starts cannot be handed over:" << systemReason(errno);
 }
 
 void LinuxSingleInstance::listen(std::function<void(const ActivationToken &)> onActivation)

@@ -9,6 +9,7 @@ namespace {
 
 TEST(LogTest, IsSilentUntilARuleNamesIt)
 {
+    QLoggingCategory::setFilterRules({});
     const FolderLog log("morvane.test");
     EXPECT_FALSE(log.isDebugEnabled());
     EXPECT_FALSE(log.isInfoEnabled());

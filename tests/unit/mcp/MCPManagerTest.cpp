@@ -3,9 +3,11 @@
 #include "base/Uuid.h"
 #include "support/FakeClock.h"
 #include "support/FakeToolServer.h"
+#include "support/LogRecorder.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSignalSpy>
@@ -128,9 +130,24 @@ TEST_F(MCPManagerTest, AFileThatIsNoListIsAnEmptyList)
           R"([{"id":"5C2D4B9E-0B51-4C4C-8B5B-2F6B7D0B4E11","name":"a","transport":"","command":"",
                                 "args":[1],"url":"","enabled":true}])"}) {
         writeFile(text);
+        const LogRecorder log;
         start();
         EXPECT_TRUE(manager->servers().isEmpty()) << text;
+        EXPECT_EQ(log.lines().size(), 1) << text;
     }
+}
+
+TEST_F(MCPManagerTest, AListThatCannotBeReadOrSavedIsToldToTheLog)
+{
+    manager.reset();
+    ASSERT_TRUE(QDir(folder).mkpath(u"mcp-servers.json"_s));
+    const LogRecorder log;
+    start();
+    manager->saveServers();
+    manager.reset();
+    EXPECT_EQ(log.lines(), (QStringList{"morvane.mcp: no list of tool servers: \"Is a directory\"",
+                                        "morvane.mcp: the list of tool servers could not be saved: \"Is a "
+                                        "directory\""}));
 }
 
 TEST_F(MCPManagerTest, ARefreshConnectsAndExposesToolsUnderSafeNames)

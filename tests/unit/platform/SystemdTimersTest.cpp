@@ -3,6 +3,7 @@
 #include "base/ReferenceDate.h"
 #include "base/Uuid.h"
 #include "support/FakeCommands.h"
+#include "support/LogRecorder.h"
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -79,14 +80,18 @@ TEST_F(SystemdTimersTest, StoppingWhatWasNeverStartedAsksNothingOfTheManager)
 TEST_F(SystemdTimersTest, WithoutAManagerThereAreNoTimers)
 {
     commands.listStatus = 1;
+    const LogRecorder log;
     EXPECT_FALSE(timers.start(id, 8e8));
+    EXPECT_EQ(log.lines().join(u'\n'), "morvane.platform: no service manager of the user; status 1");
     EXPECT_TRUE(commands.runs("systemd-run").isEmpty());
 }
 
 TEST_F(SystemdTimersTest, AManagerThatRefusesIsTold)
 {
     commands.startStatus = 1;
+    const LogRecorder log;
     EXPECT_FALSE(timers.start(id, 8e8));
+    EXPECT_EQ(log.lines().join(u'\n'), "morvane.platform: a reminder's timer was not set; status 1");
     commands.startStatus = 0;
     EXPECT_TRUE(timers.start(id, 8e8));
 }

@@ -3,6 +3,7 @@
 #include "base/Uuid.h"
 #include "support/FileSizeLimit.h"
 #include "support/FileSteps.h"
+#include "support/LogRecorder.h"
 #include "support/SampleConversation.h"
 #include "support/TemporaryHome.h"
 
@@ -260,8 +261,12 @@ TEST_F(ConversationFilesTest, MissingFolderIsAnEmptyList)
 {
     ASSERT_TRUE(QDir(folder).removeRecursively());
     EXPECT_TRUE(files.list().isEmpty());
+    const LogRecorder log;
     EXPECT_EQ(files.load(newUuid()), std::nullopt);
+    EXPECT_EQ(log.lines().join(u'\n'),
+              "morvane.store: a conversation was not opened: \"No such file or directory\"");
     files.remove(newUuid());
+    EXPECT_EQ(log.lines().size(), 1);
 }
 
 TEST_F(ConversationFilesTest, FolderThatVanishedIsCreatedBySaving)
@@ -276,8 +281,11 @@ TEST_F(ConversationFilesTest, FolderThatCannotBeMadeMakesSavesWithoutEffect)
     home.write("file", "x");
     ConversationFiles blocked(home.path("file/Conversations"));
     blocked.prepareFolder();
+    const LogRecorder log;
     blocked.save(newUuid(), "T", messages, 1);
     EXPECT_TRUE(blocked.list().isEmpty());
+    EXPECT_EQ(log.lines().join(u'\n'),
+              "morvane.store: a conversation could not be saved: \"Not a directory\"");
 }
 
 TEST_F(ConversationFilesTest, FullDiskLeavesTheOldFile)
@@ -300,7 +308,10 @@ TEST_F(ConversationFilesTest, FolderInAFilesPlaceIsNotReplaced)
     ASSERT_TRUE(QDir(folder).mkpath(uuidText(id) + ".json/inside"));
     files.save(id, "T", messages, 1);
     EXPECT_TRUE(QFileInfo(folder + u'/' + uuidText(id) + ".json/inside").isDir());
+    const LogRecorder log;
     files.remove(id);
+    EXPECT_EQ(log.lines().join(u'\n'),
+              "morvane.store: a conversation could not be removed: \"Is a directory\"");
     EXPECT_TRUE(QFileInfo(folder + u'/' + uuidText(id) + ".json/inside").isDir());
     EXPECT_EQ(entries().size(), 1);
 }

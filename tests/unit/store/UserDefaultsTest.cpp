@@ -2,6 +2,7 @@
 
 #include "support/FileSizeLimit.h"
 #include "support/FileSteps.h"
+#include "support/LogRecorder.h"
 #include "support/TemporaryHome.h"
 #include "support/WaitUntil.h"
 
@@ -216,7 +217,10 @@ TEST_F(UserDefaultsTest, FullDiskKeepsTheOldFileAndTheChangesForTheNextWrite)
     {
         const FileSizeLimit full(10);
         defaults.set("a", QString(1000, u'x'));
+        const LogRecorder log;
         EXPECT_FALSE(defaults.write());
+        EXPECT_EQ(log.lines().join(u'\n'),
+                  "morvane.base: the settings could not be written: \"File too large\"");
     }
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=old\n"));
     EXPECT_EQ(entries(), QStringList{"Morvane.conf"});

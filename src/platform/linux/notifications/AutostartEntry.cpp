@@ -40,9 +40,9 @@ AutostartEntry::AutostartEntry(const QString &configFolder, QString helper)
 
 void AutostartEntry::ensure() const
 {
-    const QByteArray entry = QString(u"[Desktop Entry]\nType=Application\nName=Morvane reminders\n"
-                                     "Comment=Sets the alarms of your pending reminders\nExec="_s +
-                                     execArgument(m_helper) + u" rearm\nNoDisplay=true\nTerminal=false\n"_s)
+    const QByteArray entry = (u"[Desktop Entry]\nType=Application\nName=Morvane reminders\n"
+                              "Comment=Sets the alarms of your pending reminders\nExec="_s +
+                              execArgument(m_helper) + u" rearm\nNoDisplay=true\nTerminal=false\n"_s)
                                  .toUtf8();
     QFile file(m_path);
     if (file.open(QIODevice::ReadOnly) && file.read(entry.size() + 1) == entry)

@@ -1,5 +1,7 @@
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
 
+#include "platform/Log.h"
+
 #include <QByteArrayList>
 #include <QCoreApplication>
 #include <QFile>
@@ -102,6 +104,7 @@ private:
                                     "morvane", CA_PROP_APPLICATION_ICON_NAME, "morvane", nullptr);
         ca_proplist *properties = nullptr;
         if (!m_context || ca_proplist_create(&properties) != CA_SUCCESS) {
+            qCWarning(platformLog) << "there is no means to play a sound";
             soundEnded();
             return;
         }
@@ -114,6 +117,7 @@ private:
             if (!std::exchange(m_isDriverKept, true))
                 keepDriversLoaded();
         } else {
+            qCInfo(platformLog) << "a sound was not played:" << ca_strerror(status);
             soundEnded();
             dropContext(); // The next sound finds a server that was started or restarted meanwhile.
         }

@@ -2,6 +2,7 @@
 
 #include "base/ReferenceDate.h"
 #include "base/Uuid.h"
+#include "platform/Log.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,8 +56,10 @@ void SystemdTimers::ask()
         m_run(u"systemctl"_s, {u"--user"_s, u"list-units"_s, u"--all"_s, u"--plain"_s, u"--no-legend"_s,
                                u"--type=timer"_s, u"morvane-reminder-*"_s});
     m_isAvailable = result.status == 0;
-    if (!m_isAvailable)
+    if (!m_isAvailable) {
+        qCInfo(platformLog) << "no service manager of the user; status" << result.status;
         return;
+    }
     for (const QString &line : result.output.split(u'\n', Qt::SkipEmptyParts))
         m_units.append(line.section(u' ', 0, 0));
 }
@@ -83,8 +86,10 @@ bool SystemdTimers::start(QUuid id, double date)
     arguments.append(u"--"_s);
     arguments += m_command;
     arguments.append(uuidText(id));
-    if (m_run(u"systemd-run"_s, arguments).status != 0)
+    if (const int status = m_run(u"systemd-run"_s, arguments).status; status != 0) {
+        qCWarning(platformLog) << "a reminder's timer was not set; status" << status;
         return false;
+    }
     m_units.append(unit);
     return true;
 }
