@@ -59,12 +59,12 @@ def fuzz(target, seconds, cache):
                              "-print_final_stats=1", corpus, *seeds)
     artifacts = sorted(set(found.iterdir()) - before)
     broken = [minimised(target, artifact) for artifact in artifacts]
-    if code != 0 and not artifacts:
+    runs = re.search(r"number_of_executed_units:\s*(\d+)", output)
+    if (code != 0 or not runs) and not artifacts: # without its figures it ended in the midst
         (found / "output.txt").write_text(output)
         broken = [found / "output.txt"]
     if not broken:
         keep_what_adds(target, corpus, seeds)
-    runs = re.search(r"number_of_executed_units:\s*(\d+)", output)
     coverage = re.findall(r"cov: (\d+)", output)
     line = (f"{'ok' if not broken else 'BROKEN':6} {name}: {runs.group(1) if runs else '?'} inputs, "
             f"{coverage[-1] if coverage else '?'} edges, corpus {kept} -> {len(list(corpus.iterdir()))}")

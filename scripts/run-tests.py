@@ -3,8 +3,9 @@
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many
 run at once as there are processors, and those that ctest is told to run alone (RUN_SERIAL) follow one by one.
-Programs that are no GoogleTest program (labelled "plain") or leave no report count as one test. Single tests that
-take longer than SLOW seconds are named. The last line is "N passed, N failed".
+Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
+listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
+off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed".
 """
 
 import concurrent.futures
@@ -17,6 +18,8 @@ import time
 import xml.etree.ElementTree as ElementTree
 
 SLOW = 5
+LISTING_SECONDS = 60
+
 
 def ctest_entries(build):
     listing = subprocess.run(
@@ -40,12 +43,22 @@ def ctest_entries(build):
 
 
 def selection(entry, wanted):
-    """The GoogleTest filter for this program, or None when nothing of it is wanted."""
+    """The GoogleTest filter for this program, or None when nothing of it is wanted. All of a program that cannot tell
+    what it has, so that it is run and fails."""
     if wanted.lower() in entry["name"].lower():
         return "*"
-    if not entry["command"] or entry["plain"]:
+    if entry["plain"]:
         return None
-    listing = subprocess.run(entry["command"] + ["--gtest_list_tests"], capture_output=True, text=True)
+    if not entry["command"]:
+        return "*"
+    try:
+        listing = subprocess.run(
+            entry["command"] + ["--gtest_list_tests"], capture_output=True, text=True, timeout=LISTING_SECONDS
+        )
+    except (OSError, subprocess.TimeoutExpired):
+        return "*"
+    if listing.returncode != 0:
+        return "*"
     suite, found = "", []
     for line in listing.stdout.splitlines():
         if not line.startswith(" "):
@@ -53,6 +66,14 @@ def selection(entry, wanted):
         elif wanted.lower() in (suite + line.strip()).lower():
             found.append(suite + line.split("#")[0].strip())
     return ":".join(found) or None
+
+
+def cases_of(report):
+    """The single tests that GoogleTest's report tells of; none when it was not written to its end."""
+    try:
+        return list(ElementTree.parse(report).iter("testcase"))
+    except (OSError, ElementTree.ParseError):
+        return []
 
 
 def run(entry, gtest_filter):
@@ -79,15 +100,19 @@ def run(entry, gtest_filter):
                 ).returncode
             except subprocess.TimeoutExpired:
                 code = "timeout"
+            except OSError as error:
+                code = error.strerror
             output.seek(0)
             text = output.read().decode(errors="replace")
         passed, failed, slow = 0, [], []
-        if os.path.exists(report):
-            for case in ElementTree.parse(report).iter("testcase"):
+        if not entry["plain"]:
+            for case in cases_of(report):
                 name = f'{case.get("classname")}.{case.get("name")}'
-                if case.find("failure") is not None or case.find("skipped") is not None:
+                if case.find("failure") is not None:
                     failed.append(name)
-                elif case.get("status") == "run":
+                elif case.find("skipped") is not None or case.get("status") != "run":
+                    failed.append(name + " (not run)")
+                else:
                     passed += 1
                 if float(case.get("time", 0)) > SLOW:
                     slow.append(f'       {name} alone took {float(case.get("time")):.1f} s')
@@ -95,6 +120,8 @@ def run(entry, gtest_filter):
             passed = 1
         if code != 0 and not failed:
             failed.append(f'{entry["name"]} (ended with {code})')
+        if passed == 0 and not failed:
+            failed.append(f'{entry["name"]} (ended without having run a test)')
         state = "ok" if not failed else "FAILED"
         summary = f'{state:6} {entry["name"]}: {passed} passed, {time.monotonic() - started:.1f} s'
         # In one piece, since another program may end at the same moment.

@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""What runs the tests and searches for breaking inputs never takes a failure for a success."""
+
+import contextlib
+import importlib
+import io
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+import unittest.mock
+from pathlib import Path
+
+HOUSE = Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(HOUSE / "scripts"))
+sys.dont_write_bytecode = True
+
+fuzz = importlib.import_module("fuzz")
+
+# A program that takes GoogleTest's options; what it does with its report follows.
+PROGRAM = """#!/usr/bin/env python3
+import os, sys, time
+if "--gtest_list_tests" in sys.argv:
+    print("Reader.\\n  ReadsWhatIsThere")
+    sys.exit(0)
+def report(*cases):
+    path = next(word for word in sys.argv if word.startswith("--gtest_output=xml:")).split(":", 1)[1]
+    with open(path, "w") as file:
+        file.write("<testsuites><testsuite>" + "".join(cases) + "</testsuite></testsuites>")
+passed = '<testcase classname="Reader" name="ReadsWhatIsThere" status="run" time="0"/>'
+"""
+
+
+class RunTests(unittest.TestCase):
+    """scripts/run-tests.py, with a folder that ctest takes for a build and programs of our own in it."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.build = Path(folder.name)
+
+    def program(self, name, body, mode=0o755):
+        path = self.build / name
+        path.write_text(body)
+        path.chmod(mode)
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write(f'add_test("{name}" "{path}")\n'
+                        f'set_tests_properties("{name}" PROPERTIES LABELS "unit" TIMEOUT "2")\n')
+        return path
+
+    def run_tests(self, *words):
+        result = subprocess.run([HOUSE / "scripts" / "run-tests.py", self.build, *words], capture_output=True, text=True)
+        lines = result.stdout.splitlines()
+        return result.returncode, lines[-1] if lines else "", result.stdout + result.stderr
+
+    def assert_fails(self, counts, words, *arguments):
+        code, last, output = self.run_tests(*arguments)
+        self.assertEqual((code, last), (1, counts), output)
+        self.assertIn(words, output)
+
+    def test_what_passes_is_counted(self):
+        self.program("unit.good", PROGRAM + "report(passed, passed)\n")
+        self.assertEqual(self.run_tests()[:2], (0, "2 passed, 0 failed"))
+        self.assertEqual(self.run_tests("whatisthere")[:2], (0, "2 passed, 0 failed"))
+
+    def test_a_failure_is_one(self):
+        self.program("unit.bad", PROGRAM + "report(passed, passed.replace('/>', '><failure/></testcase>'))\nsys.exit(1)\n")
+        self.assert_fails("1 passed, 1 failed", "failed: Reader.ReadsWhatIsThere")
+
+    def test_a_crash_is_one_before_and_after_the_report(self):
+        self.program("unit.early", PROGRAM + "os.kill(os.getpid(), 11)\n")
+        self.program("unit.late", PROGRAM + "report(passed)\nos.kill(os.getpid(), 11)\n")
+        self.assert_fails("1 passed, 2 failed", "unit.early (ended with -11)")
+
+    def test_an_end_without_a_whole_report_is_one(self):
+        for body in ("", "report('<testcase')\n", "report()\n"):
+            self.setUp()
+            self.program("unit.silent", PROGRAM + body)
+            self.assert_fails("0 passed, 1 failed", "ended without having run a test")
+
+    def test_what_is_skipped_or_switched_off_is_one(self):
+        self.program("unit.part", PROGRAM + "report(passed, passed.replace('/>', '><skipped/></testcase>'), "
+                     "passed.replace('\"run\"', '\"notrun\"'))\n")
+        self.assert_fails("1 passed, 2 failed", "(not run)")
+
+    def test_no_end_in_time_is_one(self):
+        self.program("unit.slow", PROGRAM + "time.sleep(60)\n")
+        self.assert_fails("0 passed, 1 failed", "unit.slow (ended with timeout)")
+
+    def test_what_cannot_be_started_is_one(self):
+        self.program("unit.good", PROGRAM + "report(passed)\n")
+        self.program("unit.gone", "").unlink()
+        self.program("unit.forbidden", PROGRAM, 0o644)
+        self.program("unit.broken", "#!/bin/sh\nexit 127\n") # as the linker ends it without a library
+        for words in ((), ("whatisthere",)):
+            self.assert_fails("1 passed, 3 failed", "unit.broken (ended with 127)", *words)
+
+    def test_a_name_that_nothing_has_is_one(self):
+        self.program("unit.good", PROGRAM + "report(passed)\n")
+        self.assert_fails("0 passed, 1 failed", 'No test has "nowhere" in its name.', "nowhere")
+
+
+class Fuzzing(unittest.TestCase):
+    """scripts/fuzz.py, with targets of our own."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.build = Path(folder.name)
+        (self.build / "bin").mkdir()
+        self.cache = self.build / "cache"
+        environment = unittest.mock.patch.dict(os.environ, XDG_CACHE_HOME=str(self.cache))
+        environment.start()
+        self.addCleanup(environment.stop)
+        self.addCleanup(setattr, fuzz, "MINIMISING_SECONDS", fuzz.MINIMISING_SECONDS)
+        fuzz.MINIMISING_SECONDS = 2
+
+    def target(self, name, body):
+        source = self.build / "target.cpp"
+        source.write_text("#include <cstddef>\n#include <cstdint>\n#include <cstdlib>\n"
+                          f'extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {{ {body} return 0; }}\n')
+        subprocess.run(["clang++-19", "-fsanitize=fuzzer", source, "-o", self.build / "bin" / f"{name}Fuzz"], check=True)
+
+    def search(self, seconds=2):
+        words, sys.argv = sys.argv, ["fuzz.py", str(self.build), str(seconds / 60)]
+        try:
+            with contextlib.redirect_stdout(io.StringIO()) as output:
+                return fuzz.main(), output.getvalue()
+        finally:
+            sys.argv = words
+
+    def test_a_crash_is_found_made_small_and_told(self):
+        self.target("Crash", "if (size > 1 && data[0] == 'B' && data[1] == 'D') abort();")
+        code, output = self.search()
+        small = list((self.cache / "morvane-fuzz" / "Crash" / "found").glob("small-crash-*"))
+        self.assertEqual((code, [path.read_bytes() for path in small]), (1, [b"BD"]), output)
+        self.assertIn(f"broken by {small[0]}", output)
+
+    def test_what_reaches_new_code_is_kept_outside_of_the_house_and_cut(self):
+        self.target("Fine", "if (size > 0 && data[0] == 'x') return size > 1 && data[1] == 'y' ? -1 : 0;")
+        corpus = self.cache / "morvane-fuzz" / "Fine" / "corpus"
+        corpus.mkdir(parents=True)
+        for number in range(50):
+            (corpus / str(number)).write_bytes(b"zz%d" % number)
+        code, output = self.search()
+        self.assertEqual(code, 0, output)
+        self.assertTrue(1 < len(list(corpus.iterdir())) < 10, output)
+
+    def test_a_reader_that_ends_the_search_is_told(self):
+        self.target("Exit", "if (size > 0 && data[0] == 'E') _Exit(0);")
+        self.assertEqual(self.search()[0], 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
