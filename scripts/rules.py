@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """rules.py [ROOT]: the rules of the house that need no compiler, in about a second.
 
-Arrows between folders (read from src/CMakeLists.txt, their only place), sizes of classes, and what clang-format does
-not know of the style. Prints each violation as FILE:LINE: what and why, and ends with 1 when there is one.
+Arrows between folders (read from src/CMakeLists.txt, their only place), sizes of classes, state that nobody hands
+out, what is logged, where tests stand, and what clang-format does not know of the style. Prints each violation as
+FILE:LINE: what and why, and ends with 1 when there is one.
 """
 
 import re
@@ -15,7 +16,7 @@ HEADER_LINES = 160
 CLASS_LINES = 400
 
 Violation = namedtuple("Violation", "file line text")
-Folder = namedtuple("Folder", "depends libraries apart")
+Folder = namedtuple("Folder", "depends libraries apart moc")
 Include = namedtuple("Include", "line target quoted")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
@@ -23,6 +24,12 @@ WINDOW_HEADER = re.compile(
     r"^(QtWidgets|QtWebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|QMenu|QPushButton|QDialog"
     r"|QAccessible|QScreen|QWindow|QPainter|QGuiApplication)"
 )
+OTHER_SUFFIXES = {".c", ".cc", ".cxx", ".hh", ".hpp", ".hxx", ".inc", ".ipp"}
+# Variables that outlive every object, each with its reason beside it in the source.
+STATE = {("src/attachments/reader/TrappedCalls.cpp", "dataFiles"), ("src/ui/theme/MorvaneStyle.cpp", "key"),
+         ("src/ui/theme/MorvaneStyle.cpp", "colors")}
+MAINS = {"src/main.cpp", "src/reminder/main.cpp"} # which have the event loop
+FOLDERS_OF_NO_SOURCES = {"architecture", "support"}
 KEYWORDS = {"MOC", "WINDOWS", "BATCHES", "ALONE", "DEPENDS", "LIBRARIES", "PRECOMPILE"}
 
 
@@ -38,11 +45,12 @@ def declared_folders(cmake_text):
                 keyword = word
             else:
                 lists.setdefault(keyword, []).append(word)
-        declared[words[0]] = (lists.get("DEPENDS", []), lists.get("LIBRARIES", []), function == "apart")
+        moc = "MOC" in words or function == "apart" # these are told in CMake where they are linked
+        declared[words[0]] = (lists.get("DEPENDS", []), lists.get("LIBRARIES", []), function == "apart", moc)
     by_target = {name.replace("/", "_"): name for name in declared}
     return {
-        name: Folder([by_target.get(target, target) for target in depends], libraries, apart)
-        for name, (depends, libraries, apart) in declared.items()
+        name: Folder([by_target.get(target, target) for target in depends], libraries, apart, moc)
+        for name, (depends, libraries, apart, moc) in declared.items()
     }
 
 
@@ -68,8 +76,8 @@ def folder_of(path, folders):
     return None
 
 
-def sources(root, *tops):
-    """The house's own sources; what git ignores (packages that tests install) is none of them."""
+def files(root, *tops):
+    """The house's own files; what git ignores (packages that tests install) is none of them."""
     listed = subprocess.run(
         ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],
         cwd=root, capture_output=True, text=True,
@@ -78,9 +86,13 @@ def sources(root, *tops):
         paths = [root / name for name in listed.stdout.split("\0") if name]
     else:
         paths = [path for top in tops for path in (root / top).rglob("*")]
-    for path in sorted(paths):
-        if path.suffix in (".h", ".cpp") and path.exists():
+    for path in sorted(set(paths)): # one of a merge in progress is listed several times
+        if path.is_file():
             yield path
+
+
+def sources(root, *tops):
+    return (path for path in files(root, *tops) if path.suffix in (".h", ".cpp"))
 
 
 def includes_of(path):
@@ -116,20 +128,26 @@ def arrow_violations(root):
             target = folder_of(include.target, folders) if include.quoted else None
             if target and target not in below[here]:
                 yield Violation(shown, include.line, f"{here} may not include {include.target}: no arrow leads to {target}")
-            if include.quoted and not target and (src / include.target).exists():
-                yield Violation(shown, include.line, f"{include.target} lies in no declared folder")
+            if include.quoted and (not target or ".." in Path(include.target).parts):
+                yield Violation(shown, include.line, f"{include.target} is no header of a declared folder, written from src/ on")
+            if not include.quoted and (src / include.target).is_file():
+                yield Violation(shown, include.line, f"{include.target} is ours and stands in quotes, so that its arrow is seen")
             if WINDOW_HEADER.match(include.target) and here not in windows and not here.startswith("platform/linux"):
                 yield Violation(shown, include.line, f"{here} has no windows and may not include {include.target}")
 
 
 def owner_of(path):
-    """The class that a source belongs to: that of its own header, or else of the header that it includes first."""
+    """The class that a source belongs to: that of its own header, or else of the first header of its folder that it
+    includes before all others or whose class it has functions of."""
     if path.with_suffix(".h").exists():
         return path.stem
-    first = next(includes_of(path), None)
-    header = path.parent / Path(first.target).name if first and first.quoted else path
-    if header.exists() and re.search(rf"\b(class|struct) {header.stem}\b", header.read_text()):
-        return header.stem
+    for position, include in enumerate(includes_of(path)):
+        header = path.parent / Path(include.target).name
+        if not include.quoted or not header.exists():
+            continue
+        if re.search(rf"\b(class|struct) {header.stem}\b", header.read_text()):
+            if position == 0 or re.search(rf"^[^\s/#].*\b{header.stem}::~?\w+\(", path.read_text(), re.MULTILINE):
+                return header.stem
     return path.stem
 
 
@@ -157,35 +175,145 @@ def without_texts(code):
     return re.sub(pattern, blank, code, flags=re.DOTALL)
 
 
+OLD_LITERAL = re.compile(r"\b(QStringLiteral|QLatin1String|QByteArrayLiteral|QLatin1Char)\(\s*(?=u?R?[\"'])")
+OLD_LITERAL_OF_SOURCES = re.compile(r"\b(QString|QString::from(?:Latin1|Utf8)|QLatin1StringView)\(\s*(?=u?R?\"[^;]*?\"\))")
+
+
 def style_violations(root):
+    for path in files(root, "src", "tests", "bench"):
+        if path.suffix in OTHER_SUFFIXES:
+            yield Violation(path.relative_to(root).as_posix(), 1, "sources are called .cpp and headers .h; no other is compiled or checked")
     for path in sources(root, "src", "tests", "bench"):
         shown = path.relative_to(root).as_posix()
         text = path.read_text()
         code = without_texts(text)
         header = path.suffix == ".h"
-        for number, (line, full) in enumerate(zip(code.splitlines(), text.splitlines()), 1):
-            for match in re.finditer(r"\b(QStringLiteral|QLatin1String|QByteArrayLiteral|QLatin1Char)\(", line):
-                if not header and full[match.end() : match.end() + 1] in ('"', "'"):
-                    yield Violation(shown, number, match.group(1) + """: a source writes u"…"_s, "…"_L1 or u'x'""")
+        for pattern in (OLD_LITERAL, OLD_LITERAL_OF_SOURCES):
+            if header or pattern is OLD_LITERAL_OF_SOURCES and not shown.startswith("src/"):
+                continue
+            for match in pattern.finditer(text):
+                if code[match.start()] != " ":
+                    yield Violation(shown, line_of(text, match), match.group(1) + """: a source writes u"…"_s, "…"_L1 or u'x'""")
+        for number, line in enumerate(code.splitlines(), 1):
             if header and re.search(r"\busing\s+namespace\b", line):
                 yield Violation(shown, number, "a header opens no namespace for those that include it")
-        for match in re.finditer(r"\benum\s+(?:class\s+)?\w+[^{;]*\{(.*?)\}", code, re.DOTALL):
-            for entry in match.group(1).split(","):
+        for match in re.finditer(r"\benum\b[^{;()]*\{(.*?)\}", code, re.DOTALL):
+            entries = re.sub(r"\([^()]*\)", lambda call: " " * len(call.group(0)), match.group(1))
+            for entry in entries.split(","):
                 word = re.match(r"\s*(\w+)", entry)
                 if word and not re.match(r"[a-z][A-Za-z0-9]*$", word.group(1)):
                     number = code.count("\n", 0, match.start(1) + match.group(1).find(word.group(1))) + 1
                     yield Violation(shown, number, f"the enumerator {word.group(1)} begins small, lowerCamelCase")
         if header and "#pragma once" not in code:
             yield Violation(shown, 1, "a header begins with #pragma once")
+        if "clang-format off" in text:
+            yield Violation(shown, 1, "clang-format is not switched off")
         if path.suffix == ".cpp" and path.with_suffix(".h").exists():
             first = next(includes_of(path), None)
             if not first or Path(first.target).name != path.stem + ".h":
                 yield Violation(shown, first.line if first else 1, "a source includes its own header first")
 
 
+def line_of(text, match):
+    return text.count("\n", 0, match.start()) + 1
+
+
+# The layout is clang-format's: what begins a line stands in a namespace, what is indented in a class or a function.
+STORAGE = r"(?:(?:static|inline|extern|thread_local)\s+)"
+NO_VARIABLE = (r"(?!(?:static|inline|extern|thread_local|using|namespace|return|class|struct|enum|union|template|typedef"
+               r"|friend|const|constexpr|constinit|public|private|protected|goto|case|co_return|else)\b)")
+TYPE = r"(?:(?:unsigned|signed|long|short)\s+)*[A-Za-z_][\w:]*(?:<[^;=(){}]*>)?(?:::\w+)*"
+END = r"(?P<name>[A-Za-z_]\w*(?:::(?!operator\b)\w+)*)\s*(?:\[[^\]]*\]\s*)*(?:;|=(?!=)|\{)"
+VARIABLE = re.compile(rf"^{STORAGE}*{NO_VARIABLE}{TYPE}[\s*&]+{END}")
+POINTER = re.compile(rf"^{STORAGE}*const\s+{TYPE}\s*\*\s*{END}")
+KEPT = re.compile(rf"^\s+(?:inline\s+)?(?:static|thread_local)\s+{STORAGE}*{NO_VARIABLE}{TYPE}[\s*&]+{END}")
+
+
+def state_violations(root):
+    for path in sources(root, "src"):
+        shown = path.relative_to(root).as_posix()
+        for number, line in enumerate(without_texts(path.read_text()).splitlines(), 1):
+            match = VARIABLE.match(line) or POINTER.match(line) or KEPT.match(line)
+            if match and (shown, match.group("name")) not in STATE:
+                yield Violation(shown, number, f"{match.group('name')} outlives every object: no mutable globals and no singletons")
+            elif "Q_GLOBAL_STATIC" in line:
+                yield Violation(shown, number, "Q_GLOBAL_STATIC: no mutable globals and no singletons")
+
+
+SPOKEN = re.compile(r"std::c(?:err|out|log)\b|\bq(?:Debug|Info|Warning|Critical|Fatal)\(|\bv?f?printf\(|\bf?puts\(|\bperror\(")
+LOOP = re.compile(r"\bQEventLoop\b|\bprocessEvents\(|(?:\.|->)exec\(")
+WRITTEN = re.compile(r"\bQSaveFile\b|\bofstream\b|\b(?:QIODevice|QIODeviceBase|QFile)::(?:WriteOnly|Append|Truncate|NewOnly)\b")
+LOGGED = re.compile(r"\bqC(?:Debug|Info|Warning|Critical)\((.*?);", re.DOTALL)
+SECRET = re.compile(r"\b\w*?(?:what|errorString|path|url|key|text|content|body|filename|message|title|environment|command)\b"
+                    r"(?!\.error\(\))", re.IGNORECASE)
+
+
+def behaviour_violations(root):
+    for path in sources(root, "src"):
+        shown = path.relative_to(root).as_posix()
+        text = path.read_text()
+        code = without_texts(text)
+        for match in SPOKEN.finditer(code) if not path.name.lower().endswith("main.cpp") else ():
+            yield Violation(shown, line_of(code, match), "standard error hears of the folder's category in Log.h only, when asked")
+        for match in LOOP.finditer(code) if shown not in MAINS else ():
+            yield Violation(shown, line_of(code, match), "no nested event loops")
+        for match in WRITTEN.finditer(code):
+            if not shown.startswith("src/base/"):
+                yield Violation(shown, line_of(code, match), "files are written with base/AtomicFile.h only")
+        for match in LOGGED.finditer(code):
+            secret = SECRET.search(match.group(1))
+            if secret:
+                yield Violation(shown, line_of(code, match), f"{secret.group(0)} may belong to the user: a log tells of the program only")
+        for match in re.finditer(r"\bcatch\s*\([^)]*\)\s*\{\s*\}", code):
+            yield Violation(shown, line_of(code, match), "an error that is passed over is told to the folder's category in Log.h")
+
+
+def moc_violations(root):
+    folders = declared_folders((root / "src" / "CMakeLists.txt").read_text())
+    used, filled = set(), set()
+    for path in sources(root, "src"):
+        here = folder_of(path.relative_to(root / "src").as_posix(), folders)
+        filled.add(here)
+        match = re.search(r"\bQ_(?:OBJECT|GADGET|NAMESPACE)\b", without_texts(path.read_text()))
+        if match:
+            used.add(here)
+            if here and not folders[here].moc:
+                yield Violation(path.relative_to(root).as_posix(), line_of(path.read_text(), match), f"{here} says no MOC in src/CMakeLists.txt")
+    for name, folder in folders.items():
+        if folder.moc and not folder.apart and name in filled - used:
+            yield Violation("src/CMakeLists.txt", 1, f"{name} says MOC, and there is nothing to moc")
+
+
+SLEEP = re.compile(r"(?<![.>])(?<!void )\b(?:sleep|usleep|nanosleep|msleep|sleep_for|sleep_until|qWait|qSleep)\s*\(")
+OUTSIDE = re.compile(r"^(?:support/(?:Accessib|ClipboardOwner|ChildProcess|FakeNotificationDaemon|MorvaneSession|PrivateDesktop"
+                     r"|RawHttp|ScriptedModel|TlsServer|XConnection)|Q(?:Process|Tcp|Udp|Local(?:Server|Socket)|Ssl|DBus))")
+
+
+def test_violations(root):
+    folders = declared_folders((root / "src" / "CMakeLists.txt").read_text())
+    known = {part for name in folders for part in name.split("/")} | FOLDERS_OF_NO_SOURCES
+    for path in sources(root, "tests/unit", "tests/integration", "tests/e2e", "tests/fuzz"):
+        shown = path.relative_to(root).as_posix()
+        code = without_texts(path.read_text())
+        layer, *inside = path.relative_to(root / "tests").parts[:-1]
+        if layer in ("unit", "integration"):
+            if len(inside) != 1:
+                yield Violation(shown, 1, f"not compiled: a test lies in tests/{layer}/FOLDER, no higher and no deeper")
+            elif inside[0] not in known:
+                yield Violation(shown, 1, f"{inside[0]} is the name of no folder of src/")
+        for match in SLEEP.finditer(code):
+            yield Violation(shown, line_of(code, match), "a test waits for a condition and never sleeps")
+        for match in re.finditer(r"\bGTEST_SKIP\b|\bDISABLED_", code):
+            yield Violation(shown, line_of(code, match), "no test is passed over")
+        for include in includes_of(path) if layer == "unit" else ():
+            if OUTSIDE.match(include.target):
+                yield Violation(shown, include.line, f"{include.target}: a unit test touches memory and temporary files only")
+
+
 def violations(root):
     root = Path(root)
-    for rule in (arrow_violations, size_violations, style_violations):
+    for rule in (arrow_violations, size_violations, style_violations, state_violations, behaviour_violations,
+                 moc_violations, test_violations):
         yield from rule(root)
 
 

@@ -20,7 +20,7 @@ FOLDERS = """
 function(morvane_folder folder)
 endfunction()
 morvane_folder(base BATCHES 2 LIBRARIES Qt6::Core)
-morvane_folder(store MOC DEPENDS base) # the files
+morvane_folder(store BATCHES 1 DEPENDS base) # the files
 morvane_folder(ui/theme DEPENDS base LIBRARIES Qt6::Widgets)
 morvane_folder(ui/sheets WINDOWS DEPENDS ui_theme
   PRECOMPILE <QWidget>)
@@ -86,6 +86,16 @@ class Arrows(Tree):
         self.write("src/reader/Reader.cpp", '#include "base/Text.h"\n#include "store/Store.h"\n')
         self.assert_complaint("src/reader/Reader.cpp:2", "no arrow leads to store")
 
+    def test_up_is_found_however_it_is_spelled(self):
+        self.write("src/store/Store.h", "#pragma once\n")
+        for spelled in ("<store/Store.h>", '"../store/Store.h"', '"base/../store/Store.h"', '"src/store/Store.h"'):
+            self.write("src/base/Text.cpp", f"\n#include {spelled}\n")
+            self.assert_complaint("src/base/Text.cpp:2", "store/Store.h")
+
+    def test_a_header_of_the_tests_in_a_source_is_found(self):
+        self.write("src/base/Text.cpp", '#include "support/FakeClock.h"\n')
+        self.assert_complaint("src/base/Text.cpp:1", "no header of a declared folder")
+
     def test_main_knows_everything(self):
         self.write("src/main.cpp", '#include "ui/sheets/Sheet.h"\n#include <QApplication>\n')
         self.assertEqual(self.complaints(), [])
@@ -118,6 +128,16 @@ class Sizes(Tree):
         self.write("src/base/Reading.cpp", '#include "base/Text.h"\n' + "\n" * 149)
         self.assert_complaint("src/base/Reading.cpp:1", "Text has 401 lines")
 
+    def test_a_part_that_includes_another_header_first_counts_too(self):
+        self.write("src/base/Text.h", "#pragma once\nclass Text {};\n")
+        self.write("src/base/Text.cpp", '#include "base/Text.h"\n' + "\n" * 250)
+        self.write("src/base/Reading.cpp", '#include <vector>\n#include "base/Text.h"\nint Text::read() {}\n' + "\n" * 147)
+        self.assert_complaint("src/base/Reading.cpp:1", "Text has 401 lines")
+
+    def test_a_suffix_that_nobody_looks_at_is_found(self):
+        self.write("src/base/Text.inc", "\n" * 500)
+        self.assert_complaint("src/base/Text.inc:1", "sources are called .cpp")
+
     def test_files_that_share_a_header_of_functions_are_measured_each(self):
         self.write("src/base/Records.h", "#pragma once\nvoid first();\nvoid second();\n")
         for name in ("First", "Second"):
@@ -137,14 +157,20 @@ class Ignored(Tree):
 
 class Style(Tree):
     def test_old_literals_are_found(self):
-        self.write("src/base/A.cpp", 'auto a = QStringLiteral("x");\n')
+        self.write("src/base/A.cpp", 'const auto a = QStringLiteral("x");\n')
         self.assert_complaint("src/base/A.cpp:1", "QStringLiteral")
-        self.write("src/base/A.cpp", 'auto a = QLatin1String("x");\n')
+        self.write("src/base/A.cpp", 'const auto a = QLatin1String("x");\n')
         self.assert_complaint("src/base/A.cpp:1", "QLatin1String")
 
+    def test_old_literals_are_found_in_other_clothes(self):
+        for literal in ('QStringLiteral(\n    "x")', 'QStringLiteral(u"x")', 'QString("x")', 'QString::fromUtf8("x")',
+                        'QLatin1StringView("x")'):
+            self.write("src/base/A.cpp", f"const auto a = {literal};\n")
+            self.assert_complaint("src/base/A.cpp:1", "a source writes")
+
     def test_literals_of_names_and_in_texts_and_comments_are_none(self):
-        self.write("src/base/A.cpp", 'auto a = QLatin1String(name); // QStringLiteral("x")\n'
-                   'auto b = QStringLiteral(VERSION);\nauto c = R"(QStringLiteral("x"))";\n')
+        self.write("src/base/A.cpp", 'const auto a = QLatin1String(name); // QStringLiteral("x")\n'
+                   'const auto b = QStringLiteral(VERSION);\nconst auto c = R"(QStringLiteral("x"))";\n')
         self.assertEqual(self.complaints(), [])
 
     def test_a_namespace_opened_in_a_header_is_found(self):
@@ -152,8 +178,16 @@ class Style(Tree):
         self.assert_complaint("src/base/A.h:2", "opens no namespace")
 
     def test_a_capital_enumerator_is_found(self):
-        self.write("tests/unit/A.h", "#pragma once\nenum class Kind : int {\n    small, // Big, in a comment\n    Big = 2,\n};\n")
-        self.assert_complaint("tests/unit/A.h:4", "the enumerator Big")
+        self.write("tests/support/A.h", "#pragma once\nenum class Kind : int {\n    small, // Big, in a comment\n    Big = 2,\n};\n")
+        self.assert_complaint("tests/support/A.h:4", "the enumerator Big")
+
+    def test_an_enumerator_without_a_name_for_its_enum_is_found_and_no_word_of_a_value(self):
+        self.write("src/base/A.cpp", "enum { Big };\nenum Kind { good = least(1, Two), fine };\n")
+        self.assert_complaint("src/base/A.cpp:1", "the enumerator Big")
+
+    def test_layout_that_is_switched_off_is_found(self):
+        self.write("src/base/A.cpp", "// clang-format off\nint   a();\n")
+        self.assert_complaint("src/base/A.cpp:1", "not switched off")
 
     def test_a_header_without_guard_is_found(self):
         self.write("bench/A.h", "int a();\n")
@@ -164,6 +198,102 @@ class Style(Tree):
         self.write("src/base/B.h", "#pragma once\n")
         self.write("src/base/A.cpp", '#include "base/B.h"\n#include "base/A.h"\n')
         self.assert_complaint("src/base/A.cpp:1", "its own header first")
+
+
+class State(Tree):
+    def test_what_outlives_every_object_is_found(self):
+        for line in ("int count = 0;", "static QString name;", "inline int counter = 0;", "thread_local int depth = 0;",
+                     "QHash<QString, QList<int>> known;", "std::atomic<bool> isOn{false};", "unsigned long mask = 1;",
+                     "const Text *current = nullptr;", "QString Text::s_last;", "Q_GLOBAL_STATIC(Text, text)",
+                     "    static int calls = 0;", "    static Text instance;", "    thread_local Text last;",
+                     "    static inline int s_count = 0;"):
+            self.write("src/base/A.cpp", line + "\n")
+            self.assert_complaint("src/base/A.cpp:1", "no mutable globals")
+
+    def test_constants_functions_and_names_of_types_are_none(self):
+        self.write("src/base/A.cpp", "constexpr int most = 4;\nconst QString name = other();\nusing Text = QString;\n"
+                   "static constexpr char letter = 1;\nint count(int of);\nQString Text::read() const\n{\n"
+                   "    static const Text text;\n    static constexpr int most = 3;\n    return a;\n}\n"
+                   "const char *const names[] = {};\nclass Other;\nstruct One {\n    static int of(int a);\n};\n"
+                   "One &One::operator=(One &&) = default;\n")
+        self.assertEqual(self.complaints(), [])
+
+
+class Behaviour(Tree):
+    def test_a_nested_event_loop_is_found(self):
+        for line in ("QEventLoop loop;", "dialog.exec();", "menu->exec(place);", "QCoreApplication::processEvents();"):
+            self.write("src/base/A.cpp", f"void a()\n{{\n    {line}\n}}\n")
+            self.assert_complaint("src/base/A.cpp:3", "no nested event loops")
+
+    def test_what_is_said_past_the_log_is_found(self):
+        for line in ("std::cerr << 1;", "qDebug() << 1;", 'qWarning("x");', 'std::fprintf(stderr, "x");', 'perror("x");'):
+            self.write("src/base/A.cpp", f"void a()\n{{\n    {line}\n}}\n")
+            self.assert_complaint("src/base/A.cpp:3", "category in Log.h")
+
+    def test_a_program_may_answer_and_say_why_it_does_not_start(self):
+        self.write("src/reader/ReaderMain.cpp", 'int main()\n{\n    std::fputs("Usage", stderr);\n}\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_what_may_be_the_users_in_the_log_is_found(self):
+        for told in ("error.what()", "path", "m_filePath", "request.url", "apiKey", "file.errorString()", "message.text()"):
+            self.write("src/base/A.cpp", f'void a()\n{{\n    qCWarning(baseLog) << "failed:"\n        << {told};\n}}\n')
+            self.assert_complaint("src/base/A.cpp:3", "a log tells of the program only")
+        self.write("src/base/A.cpp", 'qCInfo(baseLog) << "no path, key or text:" << kindOfFailure(error) << text.error();\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_an_error_that_is_passed_over_without_a_word_is_found(self):
+        self.write("src/base/A.cpp", "void a()\n{\n    try {\n        b();\n    } catch (const Error &) {\n        // Never mind.\n    }\n}\n")
+        self.assert_complaint("src/base/A.cpp:5", "is told to the folder's category")
+
+    def test_files_written_past_the_atomic_writer_are_found(self):
+        for line in ("QSaveFile file(path);", "std::ofstream file(path);", "file.open(QIODevice::WriteOnly);"):
+            self.write("src/store/A.cpp", f"void a()\n{{\n    {line}\n}}\n")
+            self.assert_complaint("src/store/A.cpp:3", "base/AtomicFile.h only")
+
+    def test_a_class_for_moc_in_a_folder_without_it_is_found(self):
+        self.write("src/base/A.h", "#pragma once\nclass A : public QObject {\n    Q_OBJECT\n};\n")
+        self.assert_complaint("src/base/A.h:3", "says no MOC")
+
+    def test_a_folder_that_says_moc_for_nothing_is_found(self):
+        self.write("src/CMakeLists.txt", "morvane_folder(base MOC LIBRARIES Qt6::Core)\n")
+        self.write("src/base/A.h", "#pragma once\n")
+        self.assert_complaint("src/CMakeLists.txt:1", "nothing to moc")
+
+
+class Tests(Tree):
+    def test_a_test_that_sleeps_is_found(self):
+        for line in ("sleep(1);", "usleep(1);", "QThread::msleep(1);", "QTest::qWait(1);", "std::this_thread::sleep_for(1s);"):
+            self.write("tests/unit/base/ATest.cpp", f"TEST(A, b)\n{{\n    {line}\n}}\n")
+            self.assert_complaint("tests/unit/base/ATest.cpp:3", "never sleeps")
+
+    def test_a_clock_that_a_test_brings_along_is_none_that_sleeps(self):
+        self.write("tests/unit/base/ATest.cpp", "void sleep(int) override\n{\n    m_clock.sleep(1);\n}\n")
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_test_that_is_passed_over_is_found(self):
+        self.write("tests/e2e/ATest.cpp", "TEST(A, DISABLED_b)\n{\n}\n")
+        self.assert_complaint("tests/e2e/ATest.cpp:1", "passed over")
+        self.write("tests/e2e/ATest.cpp", "TEST(A, b)\n{\n    GTEST_SKIP();\n}\n")
+        self.assert_complaint("tests/e2e/ATest.cpp:3", "passed over")
+
+    def test_a_test_where_none_is_compiled_is_found(self):
+        path = self.write("tests/unit/ui/theme/ATest.cpp", "\n")
+        self.assert_complaint("tests/unit/ui/theme/ATest.cpp:1", "not compiled")
+        path.unlink()
+        path = self.write("tests/integration/ATest.cpp", "\n")
+        self.assert_complaint("tests/integration/ATest.cpp:1", "not compiled")
+        path.unlink()
+        self.write("tests/unit/theme/ATest.cpp", "\n")
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_folder_of_tests_for_no_folder_is_found(self):
+        self.write("tests/unit/extra/ATest.cpp", "\n")
+        self.assert_complaint("tests/unit/extra/ATest.cpp:1", "no folder of src/")
+
+    def test_processes_and_sockets_in_a_unit_test_are_found(self):
+        for header in ('"support/ScriptedModel.h"', '"support/PrivateDesktop.h"', "<QProcess>", "<QTcpServer>", "<QDBusInterface>"):
+            self.write("tests/unit/base/ATest.cpp", f"#include {header}\n")
+            self.assert_complaint("tests/unit/base/ATest.cpp:1", "memory and temporary files only")
 
 
 class Compilers(Tree):
