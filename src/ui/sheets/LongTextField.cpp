@@ -23,7 +23,7 @@ constexpr qsizetype sliceLines = 200;
 /// The state of a block whose line goes on in the next block.
 constexpr int goesOn = 1;
 /// Marking is paid for with each painting; a text with more escapes than that shows what it is anyway.
-constexpr qsizetype mostMarked = 500;
+constexpr qsizetype mostMarked = 100;
 
 constexpr QChar leftToRightOverride(0x202d);
 
