@@ -2,7 +2,8 @@
 """check.py [--all] [--fix]: what can be told of the sources without building them.
 
 The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for what changed since the last
-commit on main (some seconds each), with --all for every source, with --quick for none. --fix writes the layout instead of complaining about it.
+commit on main (some seconds each), with --all for every source in src/, with --quick for none. --fix writes the
+layout instead of complaining about it.
 Ends with 1 when something is found.
 """
 
@@ -89,7 +90,7 @@ def check_tidy(files):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--all", action="store_true", help="clang-tidy for every source")
+    parser.add_argument("--all", action="store_true", help="clang-tidy for every source in src/")
     parser.add_argument("--quick", action="store_true", help="no clang-tidy")
     parser.add_argument("--fix", action="store_true", help="write the layout")
     options = parser.parse_args()

@@ -285,7 +285,7 @@ def moc_violations(root):
 
 
 SLEEP = re.compile(r"(?<![.>])(?<!void )\b(?:sleep|usleep|nanosleep|msleep|sleep_for|sleep_until|qWait|qSleep)\s*\(")
-OUTSIDE = re.compile(r"^(?:support/(?:Accessib|ClipboardOwner|ChildProcess|FakeNotificationDaemon|MorvaneSession|PrivateDesktop"
+OUTSIDE = re.compile(r"^(?:support/(?:Accessib|ClipboardOwner|TestProgram|ScreenReader|FakeNotificationDaemon|MorvaneSession|PrivateDesktop"
                      r"|RawHttp|ScriptedModel|TlsServer|XConnection)|Q(?:Process|Tcp|Udp|Local(?:Server|Socket)|Ssl|DBus))")
 
 

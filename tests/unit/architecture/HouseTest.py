@@ -68,6 +68,34 @@ class TheHouse(unittest.TestCase):
         self.assertEqual(rules.reachable(folders, "attachments/reader"), {"attachments/reader", "attachments", "base"})
 
 
+    def test_is_drawn_as_it_is(self):
+        text = (HOUSE / "docs" / "architecture.md").read_text()
+        tree, arrows = text.split("```")[1], text.split("```")[3]
+        folders = rules.declared_folders((HOUSE / "src" / "CMakeLists.txt").read_text())
+        drawn = {}
+        for line in arrows.strip().splitlines():
+            chain = [[name.strip() for name in part.strip(" {}").split(",")] for part in line.split("←") if part.strip()]
+            for used, users in zip(chain, chain[1:]):
+                for user in users:
+                    drawn.setdefault(user, set()).update(used)
+
+        def closure(arrows_of, name):
+            seen, open_ends = set(), [name]
+            while open_ends:
+                current = open_ends.pop()
+                if current not in seen:
+                    seen.add(current)
+                    open_ends += arrows_of(current)
+            return seen
+
+        for name in folders:
+            self.assertEqual(closure(lambda each: drawn.get(each, ()), name),
+                             closure(lambda each: folders[each].depends, name), name)
+            for part in name.split("/"):
+                self.assertRegex(tree, rf"\b{part}\b", name)
+        self.assertLessEqual(set(drawn), set(folders))
+
+
 class Arrows(Tree):
     def test_down_is_allowed_through_several_folders(self):
         self.write("src/base/Text.h", "#pragma once\n")
