@@ -127,6 +127,11 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
                           std::make_shared<LinuxClipboard>(),
                           std::make_shared<RealSequenceClock>()};
     ScreenTools screen(desktop);
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
+                     [&screen](Qt::ApplicationState state) {
+                         if (state == Qt::ApplicationActive)
+                             screen.ownWindowCameForward();
+                     });
     BuiltinTools tools(http, reminders, screen);
     StdioThread serverProcesses(QFile::encodeName(serverGuard()));
     MCPManager serverManager(

@@ -75,5 +75,43 @@ TEST_F(DesktopTest, TheModelLooksTypesIntoAFieldPressesAButtonByItsNumberAndRead
         << answers.at(5).toStdString();
 }
 
+TEST_F(DesktopTest, TypingIntoAnotherProgramEndsWhenTheUserComesBackAndEscapeEndsTheRun)
+{
+    constexpr int lines = 1500;
+    std::string text;
+    for (int line = 0; line < lines; ++line)
+        text += "ß\\n";
+    ScriptedTurn silent;
+    silent.steps = {step::Stall{}};
+    MorvaneSession &morvane =
+        prepare({callingTool("activate_app", R"({"name":"xterm"})"),
+                 callingTool("type_text", "{\"text\":\"" + text + "\"}"), silent,
+                 callingTool("activate_app", R"({"name":"xterm"})"),
+                 callingTool("type_text", R"({"text":"end\n"})"), ScriptedTurn::saying({"Typed."})});
+    const QString typed = morvane.home() + u"/typed"_s;
+    startProgram(morvane, u"xterm"_s, {u"-u8"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"cat > "_s + typed});
+    morvane.start();
+    morvane.send(u"Type a lot"_s);
+    const auto content = [&typed] {
+        QFile file(typed);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
+    ASSERT_TRUE(waitUntil([&] { return content().count(u'\n') > 20; }))
+        << results(morvane).join(u'\n').toStdString();
+    morvane.keyboard().press(u"Alt+Tab"_s);
+    ASSERT_TRUE(waitUntil([&] { return results(morvane).size() == 2; }));
+    EXPECT_EQ(lastResult(morvane),
+              u"Error: typing was stopped, because the user turned to Morvane's window."_s);
+    morvane.keyboard().press(u"Escape"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Generation cancelled."_s));
+    // Nothing that was meant for the other program has been sent to the model.
+    morvane.send(u"Only one line more"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Typed."_s));
+    EXPECT_FALSE(morvane.program().tree().description().contains(u"You said ß"_s));
+    ASSERT_TRUE(waitUntil([&] { return content().endsWith(u"end\n"_s); })) << content().toStdString();
+    EXPECT_LT(content().count(u'\n'), lines);
+    EXPECT_EQ(content().remove(u'ß').remove(u'\n'), u"end"_s);
+}
+
 } // namespace
 } // namespace morvane

@@ -13,6 +13,7 @@
 
 #include <QUrl>
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +21,7 @@ namespace morvane {
 namespace {
 
 const QString stopped = u"Error: stopped before it was done."_s;
+const QString disturbed = u"Error: typing was stopped, because the user turned to Morvane's window."_s;
 
 /// Asks work on another thread to stop as soon as the task is cancelled.
 class StopOnCancel {
@@ -32,6 +34,7 @@ public:
     }
 
     std::stop_token token() const { return m_stop.get_token(); }
+    std::stop_source source() const { return m_stop; }
 
 private:
     std::stop_source m_stop;
@@ -65,19 +68,29 @@ Task<ToolResult> ScreenTools::captureScreen()
     });
 }
 
-Task<ToolResult> ScreenTools::runSequence(Sequence sequence)
+void ScreenTools::ownWindowCameForward()
+{
+    std::exchange(m_shared->ownWindow, std::stop_source()).request_stop();
+}
+
+Task<ToolResult> ScreenTools::runSequence(Sequence sequence, Kind kind)
 {
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
-    co_return co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
-        const std::lock_guard lock(shared->sequence);
-        InputControl control(shared->desktop, shared->inventory, shared->layout, token);
-        try {
-            return sequence(control);
-        } catch (const SequenceStopped &) {
-            return stopped;
-        }
-    });
+    const std::stop_callback onOwnWindow(kind == Kind::typing ? m_shared->ownWindow.get_token()
+                                                              : std::stop_token(),
+                                         [source = stop.source()]() mutable { source.request_stop(); });
+    const QString text =
+        co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
+            const std::lock_guard lock(shared->sequence);
+            InputControl control(shared->desktop, shared->inventory, shared->layout, token);
+            try {
+                return sequence(control);
+            } catch (const SequenceStopped &) {
+                return stopped;
+            }
+        });
+    co_return text == stopped && !context.cancellation->isCancelled() ? disturbed : text;
 }
 
 Task<ToolResult> ScreenTools::clickAt(QPoint point)
@@ -93,12 +106,14 @@ Task<ToolResult> ScreenTools::axClick(qint64 index)
 Task<ToolResult> ScreenTools::axType(qint64 index, QString text)
 {
     return runSequence(
-        [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); });
+        [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); },
+        Kind::typing);
 }
 
 Task<ToolResult> ScreenTools::typeText(QString text)
 {
-    return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); });
+    return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); },
+                       Kind::typing);
 }
 
 Task<ToolResult> ScreenTools::pressKey(QString key)

@@ -364,5 +364,36 @@ TEST_F(InputControlTest, ASequenceThatIsCancelledWhileItWaitsPostsNothing)
     EXPECT_THAT(events().filter(u"2,2"_s), IsEmpty());
 }
 
+TEST_F(InputControlTest, TypingEndsWhenOurOwnWindowComesForward)
+{
+    std::atomic<bool> isTyping = false;
+    std::atomic<bool> goesOn = false;
+    m_desktop.clock->onSleep = [&] {
+        isTyping = true;
+        while (!goesOn)
+            std::this_thread::yield();
+    };
+    TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.typeText(u"abc"_s));
+    ASSERT_TRUE(waitUntil([&] { return isTyping.load(); }));
+    m_tools.ownWindowCameForward();
+    goesOn = true;
+    ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
+    EXPECT_EQ(typing.result().text,
+              u"Error: typing was stopped, because the user turned to Morvane's window."_s);
+    EXPECT_EQ(events().filter(u"down"_s).size(), 1);
+    // What comes later is typed.
+    EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), u"Typed 3 characters."_s);
+}
+
+TEST_F(InputControlTest, AClickThatBringsOurOwnWindowForwardIsCompleted)
+{
+    std::atomic<bool> goesOn = false;
+    TaskHandle<ToolResult> click = beginHeldRightClick({1, 1}, &goesOn);
+    m_tools.ownWindowCameForward();
+    goesOn = true;
+    ASSERT_TRUE(waitUntil([&] { return click.done(); }));
+    EXPECT_EQ(click.result().text, u"Right-clicked at (1, 1)."_s);
+}
+
 } // namespace
 } // namespace morvane
