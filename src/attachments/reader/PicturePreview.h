@@ -1,0 +1,13 @@
+#pragma once
+
+#include "attachments/ReaderAnswer.h"
+
+#include <QByteArray>
+
+namespace morvane {
+
+/// The picture's pixels on white, neither side longer than `side`; `unreadable` if it cannot be decoded,
+/// `tooManyPixels` if it would take too much to do so.
+ReaderAnswer picturePreview(const QByteArray &bytes, int side);
+
+} // namespace morvane
