@@ -1,6 +1,7 @@
 #include "ui/window/ComposerEdit.h"
 
 #include "ui/markdown/LayoutCost.h"
+#include "ui/theme/FieldPainting.h"
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/PastedTextView.h"
@@ -12,6 +13,8 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
+#include <QStyleOption>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
@@ -25,6 +28,8 @@ namespace morvane {
 namespace {
 
 constexpr int maximumLines = 8;
+constexpr int sideMargin = 6;
+constexpr int topMargin = 3;
 /// What a paragraph and the whole draft may cost to lay out, so that a key takes no longer than a few
 /// milliseconds.
 constexpr qsizetype costliestParagraph = 6'000;
@@ -54,6 +59,10 @@ QString imageExtension(const QMimeData *data)
 ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*document())
 {
     setTabChangesFocus(true);
+    // The field's frame is round, so that its ground is drawn with it.
+    setFrameShape(QFrame::NoFrame);
+    setViewportMargins(sideMargin, topMargin, sideMargin, topMargin);
+    viewport()->setAutoFillBackground(false);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setPlaceholderText(u"Message Morvane"_s);
     setAccessibleName(u"Message Morvane"_s);
@@ -258,6 +267,19 @@ QMimeData *ComposerEdit::createMimeDataFromSelection() const
     return data;
 }
 
+bool ComposerEdit::event(QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        update();
+    if (event->type() != QEvent::Paint)
+        return QPlainTextEdit::event(event);
+    QStyleOption option;
+    option.initFrom(this);
+    QPainter painter(this);
+    drawFieldFrame(painter, rect(), palette(), option.state);
+    return true;
+}
+
 void ComposerEdit::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
@@ -345,7 +367,7 @@ void ComposerEdit::fitHeight()
         lines += block.layout()->lineCount();
     }
     lines = std::clamp(lines, 1, maximumLines);
-    const QMargins margins = contentsMargins();
+    const QMargins margins = contentsMargins() + viewportMargins();
     const int height = lines * fontMetrics().lineSpacing() +
                        2 * static_cast<int>(document()->documentMargin()) + margins.top() + margins.bottom() +
                        2 * frameWidth();

@@ -39,6 +39,7 @@ Q_SIGNALS:
     void ownImagePasted(const QImage &image, const QString &filename);
 
 protected:
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
