@@ -3,7 +3,10 @@
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/ConversationListModel.h"
 
+#include <QAbstractItemView>
 #include <QPainter>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 
@@ -12,6 +15,10 @@ namespace {
 constexpr int inset = 10;
 constexpr int spacing = 7;
 constexpr qreal radius = 6;
+
+/// As wide as a row's details become.
+constexpr auto widestDate = "Sep 30, 12:00 PM"_L1;
+const auto widestDetail = u"Sep 30, 12:00 PM · 1000 messages"_s;
 
 QFont detailFont(QFont font)
 {
@@ -26,6 +33,18 @@ void drawFocus(QPainter &painter, const QRectF &row, const QColor &color)
     painter.setPen(QPen(color, 2));
     const int inside = 3;
     painter.drawRoundedRect(row.adjusted(inside, inside, -inside, -inside), radius - 2, radius - 2);
+}
+
+/// Of a row, for its text.
+int roomIn(int width)
+{
+    return width - 8 - inset - ConversationDelegate::buttonPlace;
+}
+
+/// Date and count side by side, or one below the other where the list is too narrow for both.
+int detailLines(const QFont &font, int width)
+{
+    return QFontMetrics(detailFont(font)).horizontalAdvance(widestDetail) <= roomIn(width) ? 1 : 2;
 }
 
 } // namespace
@@ -53,17 +72,27 @@ void ConversationDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     const QFont small = detailFont(option.font);
     painter->setFont(small);
     painter->setPen(selected ? colors.onSelection : colors.secondaryText);
-    const QString detail = index.data(ConversationListModel::detailRole).toString();
-    painter->drawText(text, Qt::AlignLeft | Qt::AlignBottom,
-                      QFontMetrics(small).elidedText(detail, Qt::ElideRight, text.width()));
+    QString detail = index.data(ConversationListModel::detailRole).toString();
+    if (detailLines(option.font, option.rect.width()) > 1)
+        detail.replace(u" · "_s, u"\n"_s);
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignBottom, detail);
     if (option.state & QStyle::State_HasFocus)
         drawFocus(*painter, QRectF(row), selected ? colors.onSelection : colors.focusRing);
     painter->restore();
 }
 
+int ConversationDelegate::minimumWidth(const QFont &font)
+{
+    const int date = QFontMetrics(detailFont(font)).horizontalAdvance(widestDate);
+    return date - roomIn(0);
+}
+
 QSize ConversationDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
 {
-    const int lines = QFontMetrics(option.font).height() + QFontMetrics(detailFont(option.font)).height();
+    const auto *view = qobject_cast<const QAbstractItemView *>(option.widget);
+    const int width = view ? view->viewport()->width() : option.rect.width();
+    const int lines = QFontMetrics(option.font).height() +
+                      detailLines(option.font, width) * QFontMetrics(detailFont(option.font)).height();
     return {100, lines + 2 * spacing + 6};
 }
 

@@ -15,6 +15,9 @@ public:
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
+    /// The narrowest list in which nothing of a row is cut but its title.
+    static int minimumWidth(const QFont &font);
+
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 };
 

@@ -65,6 +65,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     m_list->setAccessibleName(u"Conversations"_s);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setUniformItemSizes(true);
+    m_list->setResizeMode(QListView::Adjust); // a row is higher where the list is narrow
     m_list->setMouseTracking(true);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -118,8 +119,9 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
 
 QSize ConversationListView::minimumSizeHint() const
 {
-    // Large type must not cut the heading.
-    return QWidget::minimumSizeHint().expandedTo({smallestWidth, 0});
+    // Large type must not cut the heading, nor what a row tells.
+    const int rows = ConversationDelegate::minimumWidth(m_list->font());
+    return QWidget::minimumSizeHint().expandedTo({std::max(smallestWidth, rows), 0});
 }
 
 QSize ConversationListView::sizeHint() const

@@ -267,5 +267,21 @@ TEST_F(ConversationListViewTest, TheKeyboardStaysInTheListWhenARowGoes)
     EXPECT_TRUE(list->currentIndex().isValid());
 }
 
+TEST_F(ConversationListViewTest, DateAndCountAreWholeInAListOfAnyWidth)
+{
+    view->resize(600, 400);
+    settle();
+    const int wide = list->visualRect(row(u"Older"_s)).height();
+    view->resize(view->minimumSizeHint().width(), 400);
+    settle();
+    EXPECT_GT(list->visualRect(row(u"Older"_s)).height(), wide);
+    QFont detail = list->font();
+    detail.setPointSizeF(detail.pointSizeF() * 0.85);
+    const QStringList lines =
+        row(u"Older"_s).data(ConversationListModel::detailRole).toString().split(u" · "_s);
+    for (const QString &line : lines)
+        EXPECT_LE(QFontMetrics(detail).horizontalAdvance(line), list->viewport()->width() - 20);
+}
+
 } // namespace
 } // namespace morvane
