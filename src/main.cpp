@@ -180,7 +180,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());
     LinuxWindowRaiser raiser;
-    MainWindow window(model, {announcer, browserWindow, updates, serverManager, settingsServices});
+    MainWindow window(model,
+                      {announcer, browserWindow, updates, serverManager, settingsServices, attachments});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {

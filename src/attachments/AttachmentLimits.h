@@ -18,6 +18,10 @@ inline constexpr int documentPages = 200;
 inline constexpr int visionSide = 1'568;
 inline constexpr qint64 visionBytes = 2'000'000;
 
+/// Pixels of the longer side of a picture that is only looked at.
+inline constexpr int thumbnailSide = 256;
+inline constexpr int previewSide = 1'400;
+
 /// Pixels that are decoded at most; the largest cameras of today make 108 to 150 million. Four bytes each.
 inline constexpr qint64 imagePixels = 150'000'000;
 

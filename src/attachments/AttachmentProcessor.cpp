@@ -2,6 +2,7 @@
 
 #include "attachments/AttachmentError.h"
 #include "attachments/AttachmentTypes.h"
+#include "attachments/PicturePixels.h"
 #include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
@@ -205,6 +206,14 @@ AttachmentProcessor::VisionImage AttachmentProcessor::prepareForVision(const QBy
                                                                        const StopFlag &stop) const
 {
     return visionImage(m_reader.read(ReaderProcess::Job::picture, data, stop), data, fileExtension);
+}
+
+QImage AttachmentProcessor::picture(const QByteArray &data, PictureSize size, const StopFlag &stop) const
+{
+    const auto job =
+        size == PictureSize::thumbnail ? ReaderProcess::Job::thumbnail : ReaderProcess::Job::preview;
+    const auto answer = m_reader.read(job, data, stop);
+    return answer && answer->kind == ReaderAnswer::Kind::pixels ? pixelImage(answer->payload) : QImage();
 }
 
 QString AttachmentProcessor::ocr(const QByteArray &image, const StopFlag &stop) const

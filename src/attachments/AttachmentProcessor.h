@@ -1,8 +1,10 @@
 #pragma once
 
+#include "attachments/PictureSize.h"
 #include "attachments/ReaderProcess.h"
 #include "model/ChatAttachment.h"
 
+#include <QImage>
 #include <QMimeType>
 #include <QUrl>
 
@@ -38,6 +40,9 @@ public:
     /// they cannot be decoded, otherwise a JPEG on white. `fileExtension` is in lower case.
     VisionImage prepareForVision(const QByteArray &data, const QString &fileExtension,
                                  const StopFlag &stop) const;
+
+    /// A picture to look at; null if it cannot be read.
+    QImage picture(const QByteArray &data, PictureSize size, const StopFlag &stop) const;
 
     /// The lines of text that an encoded picture shows, joined by line feeds; empty if there are none.
     QString ocr(const QByteArray &image, const StopFlag &stop) const;

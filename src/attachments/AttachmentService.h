@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "attachments/PictureSize.h"
 #include "model/ChatAttachment.h"
 
 #include <QUrl>
@@ -17,6 +18,8 @@ public:
     virtual Task<ChatAttachment> process(QUrl url) = 0;
     /// From the bytes of a picture that is not in a file; the name's extension tells its type.
     virtual Task<ChatAttachment> processImage(QByteArray data, QString filename) = 0;
+    /// An encoded picture to look at, whoever made it; null if it cannot be read.
+    virtual Task<QImage> picture(QByteArray data, PictureSize size) = 0;
 };
 
 } // namespace morvane

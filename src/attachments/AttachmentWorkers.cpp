@@ -11,15 +11,17 @@ namespace {
 
 /// Readers at once. Each may take a processor for minutes, and memory for a decoded photo.
 constexpr int mostAtOnce = 4;
+constexpr int mostPicturesAtOnce = 2;
 constexpr int untilGivenUp = 1'000; // milliseconds
 
 } // namespace
 
 AttachmentWorkers::AttachmentWorkers(AttachmentProcessor processor)
     : m_processor(std::make_shared<const AttachmentProcessor>(std::move(processor))),
-      m_threads(std::make_unique<QThreadPool>())
+      m_threads(std::make_unique<QThreadPool>()), m_pictureThreads(std::make_unique<QThreadPool>())
 {
     m_threads->setMaxThreadCount(mostAtOnce);
+    m_pictureThreads->setMaxThreadCount(mostPicturesAtOnce);
 }
 
 AttachmentWorkers::~AttachmentWorkers()
@@ -27,32 +29,46 @@ AttachmentWorkers::~AttachmentWorkers()
     // A thread that waits for a dead network drive cannot be ended; the pool is left to it.
     if (!m_threads->waitForDone(untilGivenUp))
         static_cast<void>(m_threads.release());
+    if (!m_pictureThreads->waitForDone(untilGivenUp))
+        static_cast<void>(m_pictureThreads.release());
 }
 
 Task<ChatAttachment> AttachmentWorkers::process(QUrl url)
 {
-    return run([url = std::move(url)](const AttachmentProcessor &processor, const StopFlag &stop) {
+    Work<ChatAttachment> work = [url = std::move(url)](const AttachmentProcessor &processor,
+                                                       const StopFlag &stop) {
         return processor.process(url, stop);
-    });
+    };
+    return run(m_threads.get(), std::move(work));
 }
 
 Task<ChatAttachment> AttachmentWorkers::processImage(QByteArray data, QString filename)
 {
-    return run([data = std::move(data), filename = std::move(filename)](const AttachmentProcessor &processor,
-                                                                        const StopFlag &stop) {
+    Work<ChatAttachment> work = [data = std::move(data), filename = std::move(filename)](
+                                    const AttachmentProcessor &processor, const StopFlag &stop) {
         return processor.processImage(data, filename, stop);
-    });
+    };
+    return run(m_threads.get(), std::move(work));
 }
 
-Task<ChatAttachment> AttachmentWorkers::run(Work work)
+Task<QImage> AttachmentWorkers::picture(QByteArray data, PictureSize size)
+{
+    Work<QImage> work = [data = std::move(data), size](const AttachmentProcessor &processor,
+                                                       const StopFlag &stop) {
+        return processor.picture(data, size, stop);
+    };
+    return run(m_pictureThreads.get(), std::move(work));
+}
+
+template <class Result> Task<Result> AttachmentWorkers::run(QThreadPool *threads, Work<Result> work)
 {
     const TaskContext context = co_await currentContext();
     const auto stop = std::make_shared<StopFlag>();
     const Cancellation::Callback link(*context.cancellation, [stop] { stop->raise(); });
     if (context.cancellation->isCancelled())
         throw Cancelled();
-    OneShot<Outcome<ChatAttachment>> done;
-    m_threads->start([work = std::move(work), processor = m_processor, stop, done]() mutable {
+    OneShot<Outcome<Result>> done;
+    threads->start([work = std::move(work), processor = m_processor, stop, done]() mutable {
         done.resume(outcomeOf([&] { return work(*processor, *stop); }));
     });
     auto outcome = co_await done.wait();

@@ -19,14 +19,16 @@ public:
 
     Task<ChatAttachment> process(QUrl url) override;
     Task<ChatAttachment> processImage(QByteArray data, QString filename) override;
+    Task<QImage> picture(QByteArray data, PictureSize size) override;
 
 private:
-    using Work = std::function<ChatAttachment(const AttachmentProcessor &, const StopFlag &)>;
+    template <class Result> using Work = std::function<Result(const AttachmentProcessor &, const StopFlag &)>;
 
-    Task<ChatAttachment> run(Work work);
+    template <class Result> Task<Result> run(QThreadPool *threads, Work<Result> work);
 
     std::shared_ptr<const AttachmentProcessor> m_processor;
     std::unique_ptr<QThreadPool> m_threads;
+    std::unique_ptr<QThreadPool> m_pictureThreads; ///< What is looked at does not wait for long documents.
 };
 
 } // namespace morvane

@@ -1,5 +1,7 @@
 #include "attachments/ReaderAnswer.h"
 
+#include "attachments/PicturePixels.h"
+
 #include <QtEndian>
 
 namespace morvane {
@@ -24,6 +26,8 @@ bool fits(const ReaderAnswer &answer)
         return answer.payload.isEmpty();
     case ReaderAnswer::Kind::jpeg:
         return isJpeg(answer.payload);
+    case ReaderAnswer::Kind::pixels:
+        return !pixelImage(answer.payload).isNull();
     case ReaderAnswer::Kind::text:
         return answer.payload.isValidUtf8();
     }

@@ -13,6 +13,7 @@ struct ReaderAnswer {
     enum class Kind : std::uint8_t {
         unchanged = 'u',     ///< The picture is fit as it is. No payload.
         jpeg = 'j',          ///< The payload is the picture, made fit.
+        pixels = 'b',        ///< The payload is the picture as it is looked at (PicturePixels.h).
         text = 't',          ///< The payload is UTF-8; may be empty.
         unreadable = 'x',    ///< The file is not what it should be. No payload.
         tooManyPixels = 'p', ///< The picture would take too much to decode. No payload.

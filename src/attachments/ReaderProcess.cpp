@@ -42,6 +42,10 @@ QByteArray argumentOf(ReaderProcess::Job job)
     switch (job) {
     case ReaderProcess::Job::picture:
         return "picture";
+    case ReaderProcess::Job::thumbnail:
+        return "thumbnail";
+    case ReaderProcess::Job::preview:
+        return "preview";
     case ReaderProcess::Job::document:
         return "document";
     case ReaderProcess::Job::recognition:

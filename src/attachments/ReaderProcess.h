@@ -14,9 +14,11 @@ namespace morvane {
 class ReaderProcess {
 public:
     enum class Job {
-        picture,    ///< Make a picture fit for a model that sees.
-        document,   ///< The text of a PDF.
-        recognition ///< The text that a picture shows.
+        picture,     ///< Make a picture fit for a model that sees.
+        thumbnail,   ///< A picture's pixels, small.
+        preview,     ///< The same, large.
+        document,    ///< The text of a PDF.
+        recognition, ///< The text that a picture shows.
     };
 
     /// `program` is a path. The program itself keeps to the limits of AttachmentLimits.h; `limit` holds for

@@ -26,12 +26,25 @@ public:
         return answer(filename, AttachmentKind::image);
     }
 
+    /// A picture of the named colour that the bytes are, if they are one.
+    Task<QImage> picture(QByteArray data, PictureSize size) override
+    {
+        pictures.append(data);
+        const QColor color(QString::fromLatin1(data));
+        if (!color.isValid())
+            co_return QImage();
+        QImage image(size == PictureSize::thumbnail ? QSize(64, 48) : QSize(640, 480), QImage::Format_RGB32);
+        image.fill(color);
+        co_return image;
+    }
+
     /// Lets the oldest file that is held back go on.
     void release() { m_held.takeFirst().resume(true); }
 
     QStringList processed;
-    QList<QByteArray> images; ///< The bytes of those that were in no file.
-    QStringList failing;      ///< Files that fail with "Cannot attach {name}."
+    QList<QByteArray> images;   ///< The bytes of those that were in no file.
+    QList<QByteArray> pictures; ///< The bytes of those that were looked at.
+    QStringList failing;        ///< Files that fail with "Cannot attach {name}."
     bool holds = false;
 
 private:

@@ -31,7 +31,8 @@ struct GalleryModel : FakeSurroundings {
                                   "of RAM, running macOS 14.5."),
     });
     SettingsServices settingsServices = settingsServicesAround(services, 36);
-    MainWindowServices windowServices{announcer, browserWindow, updates, servers.manager, settingsServices};
+    MainWindowServices windowServices{announcer,       browserWindow,    updates,
+                                      servers.manager, settingsServices, attachments};
     AppModel model{services};
 };
 

@@ -7,14 +7,19 @@
 #include "base/Uuid.h"
 #include "support/AskForPermit.h"
 #include "support/RunTask.h"
+#include "ui/conversation/ChatScrollView.h"
+#include "ui/find/FindBar.h"
 #include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/theme/Theme.h"
+#include "ui/window/ConversationPane.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/ShortcutList.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
@@ -87,7 +92,9 @@ void addOptions(QCommandLineParser &parser)
     };
     parser.addOption({u"dark"_s, u"Dark colours."_s});
     option("window",
-           "Which window: settings, tool-servers, add-server, welcome, conversation, permission, question.",
+           "Which window: settings, tool-servers, add-server, welcome, conversation, find, pictures, "
+           "shortcuts, permission, "
+           "question.",
            "name", "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
     option("model", "The model.", "name");
@@ -116,6 +123,24 @@ void setLocalModel(Stage &stage, const QString &state)
         stage.model.localModel().refreshLocalModel();
     else if (state != u"none"_s)
         stage.model.localModel().installLocalModelIfNeeded();
+}
+
+/// The fake service paints the colours that these name.
+ChatMessage messageWithPictures()
+{
+    ChatMessage message;
+    message.id = newUuid();
+    message.role = Role::user;
+    message.text = u"What do these have in common?"_s;
+    for (const char *color : {"steelblue", "tomato", "no picture", "seagreen", "goldenrod"}) {
+        ChatAttachment picture;
+        picture.id = newUuid();
+        picture.kind = AttachmentKind::image;
+        picture.filename = QString::fromLatin1(color) + u".png"_s;
+        picture.data = QByteArray(color);
+        message.attachments.append(picture);
+    }
+    return message;
 }
 
 void ask(Stage &stage, const QString &window)
@@ -166,6 +191,7 @@ int main(int argc, char **argv)
     if (value("servers").toInt() > 0)
         stage.addToolServers(value("servers").toInt());
     std::unique_ptr<QWidget> window;
+    std::unique_ptr<QWidget> shown; // above it
     const QStringList inSettings{u"settings"_s, u"tool-servers"_s, u"add-server"_s};
     const bool isSettings = inSettings.contains(value("window"));
     if (isSettings)
@@ -183,6 +209,18 @@ int main(int argc, char **argv)
         window->findChild<AddMCPServerView *>()->open();
     if (!isSettings && value("window") != u"welcome"_s)
         fillShowcase(stage.model.transcript(), stage.model.activity());
+    if (value("window") == u"find"_s) {
+        window->findChild<ConversationPane *>()->find();
+        window->findChild<FindBar *>()->findChild<QLineEdit *>()->setText(u"caches"_s);
+        // The search ends on another thread.
+        waitUntil([&] { return !window->findChild<ChatScrollView *>()->selectedText().isEmpty(); });
+    }
+    if (value("window") == u"pictures"_s)
+        stage.model.transcript().append(messageWithPictures());
+    if (value("window") == u"shortcuts"_s)
+        shown = std::make_unique<ShortcutList>(window.get());
+    if (shown)
+        shown->show();
     ask(stage, value("window"));
     settle();
     for (const auto *scroll : window->findChildren<QScrollArea *>()) {
@@ -198,6 +236,6 @@ int main(int argc, char **argv)
     if (value("picture").isEmpty())
         return QApplication::exec();
     QWidget *popup = QApplication::activePopupWidget();
-    (popup ? popup : window.get())->grab().save(value("picture"));
+    (popup ? popup : shown ? shown.get() : window.get())->grab().save(value("picture"));
     return 0;
 }

@@ -18,8 +18,7 @@ ReaderAnswer picturePreview(const QByteArray &bytes, int side)
     if (size.isEmpty())
         return {Kind::unreadable, {}};
     const bool fits = std::max(size.width(), size.height()) <= side;
-    const QSize wanted =
-        fits ? size : size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1});
+    const QSize wanted = fits ? size : size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1});
     QImage image = decoder.decode(wanted);
     if (image.isNull())
         return {Kind::unreadable, {}};

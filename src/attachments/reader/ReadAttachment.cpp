@@ -3,6 +3,7 @@
 #include "attachments/AttachmentLimits.h"
 #include "attachments/reader/DocumentText.h"
 #include "attachments/reader/PictureDecoder.h"
+#include "attachments/reader/PicturePreview.h"
 #include "attachments/reader/TextRecognition.h"
 #include "attachments/reader/VisionPicture.h"
 
@@ -31,6 +32,10 @@ ReaderAnswer readAttachment(QByteArrayView job, const QByteArray &file)
 {
     if (job == "picture")
         return visionPicture(file);
+    if (job == "thumbnail")
+        return picturePreview(file, attachmentLimits::thumbnailSide);
+    if (job == "preview")
+        return picturePreview(file, attachmentLimits::previewSide);
     if (job == "document") {
         const auto text = documentText(file);
         return text ? textAnswer(*text) : ReaderAnswer();

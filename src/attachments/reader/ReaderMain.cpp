@@ -64,7 +64,7 @@ int main(int argc, char **argv)
     } else {
         PictureDecoder::prepare();
     }
-    if (job != "picture")
+    if (job == "document" || job == "recognition")
         RecognitionData::addTo(data);
     data.sort();
     if (!closeCage(data))

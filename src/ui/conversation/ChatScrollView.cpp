@@ -34,7 +34,7 @@ ChatScrollView::ChatScrollView(const Transcript &transcript, const ActivityLog &
     : QAbstractScrollArea(parent), m_content(transcript, activity), m_layout(m_content),
       m_scroll(m_layout, *this), m_gestures(m_layout, m_scroll, *viewport()),
       m_cursor(m_layout, m_scroll, *viewport()), m_actions(m_content, announcer),
-      m_codeButtons(m_layout, announcer, *this),
+      m_buttons(m_layout, announcer, *this),
       m_openLink([](const QUrl &url) { QDesktopServices::openUrl(url); })
 {
     QAccessible::installFactory(&ChatScrollViewAccessible::create);
@@ -191,7 +191,7 @@ void ChatScrollView::flush()
 
 void ChatScrollView::placeButtons()
 {
-    m_codeButtons.place(m_scroll.offset(), viewport()->height(), m_cursor.item());
+    m_buttons.place(m_scroll.offset(), viewport()->height(), m_cursor.item());
     viewport()->update();
 }
 

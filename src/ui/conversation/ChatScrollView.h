@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ui/conversation/CodeButtons.h"
 #include "ui/conversation/ConversationLayout.h"
 #include "ui/conversation/ConversationScroll.h"
 #include "ui/conversation/RowActions.h"
+#include "ui/conversation/RowButtons.h"
 #include "ui/conversation/RowCursor.h"
 #include "ui/conversation/SelectionGestures.h"
 
@@ -38,7 +38,11 @@ public:
     /// Whether every change is drawn and no scrolling is under way or waits for its time.
     bool isSettled() const { return !m_isDirty && m_scroll.isSettled(); }
     QString selectedText() { return m_gestures.selectedText(); }
-    QList<QToolButton *> codeButtons() const { return m_codeButtons.visibleButtons(); }
+    QList<QToolButton *> codeButtons() const { return m_buttons.code(); }
+    /// All that can be pressed within the rows in sight.
+    QList<QToolButton *> buttons() const { return m_buttons.all(); }
+    /// The small pictures, which tell when one is to be opened.
+    PictureButtons &pictures() { return m_buttons.pictures(); }
 
     /// The row that the keyboard is on, or -1.
     qsizetype currentRow() const { return m_cursor.row(); }
@@ -122,7 +126,7 @@ private:
     SelectionGestures m_gestures;
     RowCursor m_cursor;
     RowActions m_actions;
-    CodeButtons m_codeButtons;
+    RowButtons m_buttons;
     std::function<void(const QUrl &)> m_openLink;
 
     bool m_isDirty = false;

@@ -45,7 +45,7 @@ ChatScrollViewAccessible::~ChatScrollViewAccessible()
 
 int ChatScrollViewAccessible::childCount() const
 {
-    return static_cast<int>(m_view->content().count() + m_view->codeButtons().size());
+    return static_cast<int>(m_view->content().count() + m_view->buttons().size());
 }
 
 QAccessibleInterface *ChatScrollViewAccessible::child(int index) const
@@ -54,7 +54,7 @@ QAccessibleInterface *ChatScrollViewAccessible::child(int index) const
     if (index < 0 || index >= childCount())
         return nullptr;
     if (index >= rows)
-        return QAccessible::queryAccessibleInterface(m_view->codeButtons().at(index - rows));
+        return QAccessible::queryAccessibleInterface(m_view->buttons().at(index - rows));
     const ConversationItem item = m_view->content().item(index);
     auto known = m_rows.constFind(item);
     if (known == m_rows.constEnd()) {
@@ -68,7 +68,7 @@ int ChatScrollViewAccessible::indexOfChild(const QAccessibleInterface *child) co
 {
     if (const auto *row = dynamic_cast<const ConversationRowAccessible *>(child))
         return static_cast<int>(m_view->content().position(row->item()));
-    const auto buttons = m_view->codeButtons();
+    const auto buttons = m_view->buttons();
     const qsizetype button =
         child == nullptr ? -1 : buttons.indexOf(qobject_cast<QToolButton *>(child->object()));
     return button < 0 ? -1 : static_cast<int>(m_view->content().count() + button);
@@ -76,7 +76,7 @@ int ChatScrollViewAccessible::indexOfChild(const QAccessibleInterface *child) co
 
 QAccessibleInterface *ChatScrollViewAccessible::childAt(int x, int y) const
 {
-    for (QToolButton *button : m_view->codeButtons())
+    for (QToolButton *button : m_view->buttons())
         if (button->rect().contains(button->mapFromGlobal(QPoint(x, y))))
             return QAccessible::queryAccessibleInterface(button);
     const qsizetype row = m_view->rowAt(m_view->viewport()->mapFromGlobal(QPoint(x, y)));

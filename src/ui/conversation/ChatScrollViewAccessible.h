@@ -12,7 +12,7 @@ namespace morvane {
 class ChatScrollView;
 
 /// The conversation as assistive technology sees it: a list with one element for each row, in order, whether
-/// the row is in sight or not, followed by the copy buttons of the code that is in sight.
+/// the row is in sight or not, followed by the buttons that are in sight.
 class ChatScrollViewAccessible : public QAccessibleWidget {
 public:
     explicit ChatScrollViewAccessible(ChatScrollView *view);

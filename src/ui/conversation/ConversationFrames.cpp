@@ -1,5 +1,7 @@
 #include "ui/conversation/ConversationFrames.h"
 
+#include "ui/conversation/MessageParts.h"
+
 #include <algorithm>
 
 namespace morvane {
@@ -34,6 +36,28 @@ int ConversationFrames::bubbleLimit() const
     return qMax(narrowestText, qRound(columnWidth() * bubbleShare) - 2 * m_style.bubblePadding);
 }
 
+int ConversationFrames::pictureSide() const
+{
+    constexpr int lines = 5;
+    return qMin(lines * m_style.lineHeight, bubbleLimit() - m_style.segmentGap);
+}
+
+int ConversationFrames::picturesInLine() const
+{
+    return qMax(1, bubbleLimit() / (pictureSide() + m_style.segmentGap));
+}
+
+QRect ConversationFrames::pictureRect(const ConversationItem &item, const RowLayout &row, int height,
+                                      qsizetype index) const
+{
+    const RowFrame frame = rowFrame(item, row);
+    const int step = pictureSide() + m_style.segmentGap;
+    const auto place = static_cast<int>(index);
+    return {frame.left + place % picturesInLine() * step,
+            height - frame.bottom + m_style.segmentGap + place / picturesInLine() * step, pictureSide(),
+            pictureSide()};
+}
+
 int ConversationFrames::bubbleWidth(const RowLayout &row) const
 {
     int width = row.isSplit() ? 1 : bubbleLimit();
@@ -51,10 +75,14 @@ RowFrame ConversationFrames::rowFrame(const ConversationItem &item, const RowLay
     switch (item.kind) {
     case ConversationItem::Kind::message:
         if (isUser(item)) {
-            frame.width = bubbleWidth(row);
+            const auto pictures = static_cast<int>(shownPictureCount(m_content.message(item)));
+            const int inLine = qMin(pictures, picturesInLine());
+            frame.width = qMax(bubbleWidth(row), inLine * (pictureSide() + m_style.segmentGap));
             frame.left = columnLeft() + columnWidth() - m_style.bubblePadding - frame.width;
             frame.top += m_style.bubblePadding;
             frame.bottom += m_style.bubblePadding;
+            frame.bottom +=
+                (pictures + picturesInLine() - 1) / picturesInLine() * (pictureSide() + m_style.segmentGap);
         }
         break;
     case ConversationItem::Kind::activityHeader:

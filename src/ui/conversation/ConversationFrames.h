@@ -30,6 +30,8 @@ public:
 
     RowFrame rowFrame(const ConversationItem &item, const RowLayout &row) const;
     SegmentFrame segmentFrame(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
+    /// Where one of a message's pictures stands within its row of `height`.
+    QRect pictureRect(const ConversationItem &item, const RowLayout &row, int height, qsizetype index) const;
     /// Of a row that was not cut into segments yet.
     int estimatedHeight(const ConversationItem &item) const;
     int estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
@@ -41,6 +43,8 @@ private:
     int estimatedLines(QStringView text, double characterWidth, int width) const;
     int bubbleWidth(const RowLayout &row) const;
     int bubbleLimit() const;
+    int pictureSide() const;
+    int picturesInLine() const;
 
     const ConversationContent &m_content;
     const ConversationStyle &m_style;

@@ -86,12 +86,19 @@ public:
     {
         return m_frames.segmentFrame(item, rowLayout(item), segment);
     }
+    /// Where one of a message's pictures stands within its row.
+    QRect pictureRect(const ConversationItem &item, qsizetype index) const
+    {
+        return m_frames.pictureRect(item, rowLayout(item), rowHeight(item), index);
+    }
     int columnLeft() const { return m_frames.columnLeft(); }
     int columnWidth() const { return m_frames.columnWidth(); }
     int timeWidth() const { return m_frames.timeWidth(); }
     bool isUser(const ConversationItem &item) const { return m_frames.isUser(item); }
 
     qsizetype documentCount() const { return m_documents.count(); }
+    /// Bytes of the pictures that are kept of what is dear to draw.
+    qsizetype pictureBytes() const { return m_documents.pictureBytes(); }
 
 private:
     HeightIndex &heights(const ConversationItem &item);

@@ -5,6 +5,7 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
 #include <QStringList>
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -15,6 +16,13 @@ namespace {
 
 /// A name of a file is short everywhere but in files that were made to do harm.
 constexpr qsizetype fileNameLimit = 255;
+
+constexpr qsizetype mostPictures = 20;
+
+bool isPicture(const ChatAttachment &attachment)
+{
+    return attachment.kind == AttachmentKind::image && attachment.data && !attachment.data->isEmpty();
+}
 
 QString shownFileNames(const ChatMessage &message)
 {
@@ -56,6 +64,25 @@ QString partText(const ChatMessage &message, RowPart part)
 bool isFormatted(const ChatMessage &message)
 {
     return message.role == Role::assistant && !message.isStreaming && !message.text.isEmpty();
+}
+
+QList<ChatAttachment> shownPictures(const ChatMessage &message)
+{
+    QList<ChatAttachment> pictures;
+    if (message.role != Role::user)
+        return pictures;
+    for (const ChatAttachment &attachment : message.attachments)
+        if (isPicture(attachment) && pictures.size() < mostPictures)
+            pictures.append(attachment);
+    return pictures;
+}
+
+qsizetype shownPictureCount(const ChatMessage &message)
+{
+    if (message.role != Role::user)
+        return 0;
+    return qMin<qsizetype>(std::count_if(message.attachments.begin(), message.attachments.end(), isPicture),
+                           mostPictures);
 }
 
 QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QString &references)

@@ -17,6 +17,10 @@ QString partText(const ChatMessage &message, RowPart part);
 /// Whether the body is Markdown that is to be formatted.
 bool isFormatted(const ChatMessage &message);
 
+/// The pictures that stand below a message's text, the first twenty; only those that the user sent.
+QList<ChatAttachment> shownPictures(const ChatMessage &message);
+qsizetype shownPictureCount(const ChatMessage &message);
+
 /// How a part is cut into segments; the definitions of its links go into `references`.
 QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QString &references);
 

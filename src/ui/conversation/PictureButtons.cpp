@@ -28,7 +28,8 @@ void PictureButtons::place(int offset, int height, const std::optional<Conversat
 {
     m_shown.clear();
     const ConversationContent &content = m_layout.content();
-    for (qsizetype row = qMax<qsizetype>(0, m_layout.rowAt(offset)); m_pictures && row < content.count(); ++row) {
+    for (qsizetype row = qMax<qsizetype>(0, m_layout.rowAt(offset)); m_pictures && row < content.count();
+         ++row) {
         const int top = m_layout.top(row) - offset;
         if (top >= height)
             break;

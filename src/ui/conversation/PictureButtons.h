@@ -15,8 +15,9 @@ namespace morvane {
 class ConversationLayout;
 class SentPictures;
 
-/// The small pictures of what was sent with the messages that are in sight; a press opens one. Buttons are used again
-/// for other pictures as the view scrolls, and only those of the row with the keyboard can be reached with Tab.
+/// The small pictures of what was sent with the messages that are in sight; a press opens one. Buttons are
+/// used again for other pictures as the view scrolls, and only those of the row with the keyboard can be
+/// reached with Tab.
 class PictureButtons : public QObject {
     Q_OBJECT
 public:

@@ -7,6 +7,8 @@ namespace {
 /// Segments that left the viewport are kept for this many passes, so that a small scroll back costs nothing.
 constexpr quint64 passesKept = 24;
 constexpr std::size_t documentLimit = 64;
+/// Bytes of pictures. More are kept only where the viewport shows more.
+constexpr qsizetype pictureLimit = 16'000'000;
 
 } // namespace
 
@@ -49,8 +51,23 @@ void SegmentDocuments::removeRow(const ConversationItem &item)
     std::erase_if(m_entries, [&item](const auto &entry) { return entry.first.item == item; });
 }
 
+qsizetype SegmentDocuments::pictureBytes() const
+{
+    qsizetype bytes = 0;
+    for (const auto &[key, entry] : m_entries) {
+        const QPixmap &pixmap = entry.picture.pixmap;
+        bytes += static_cast<qsizetype>(pixmap.width()) * pixmap.height() * pixmap.depth() / 8;
+    }
+    return bytes;
+}
+
 void SegmentDocuments::beginPass()
 {
+    if (pictureBytes() > pictureLimit) {
+        for (auto &[key, entry] : m_entries)
+            if (entry.lastUse < m_pass)
+                entry.picture = {};
+    }
     ++m_pass;
     const quint64 kept = m_entries.size() > documentLimit ? 1 : passesKept;
     std::erase_if(m_entries,

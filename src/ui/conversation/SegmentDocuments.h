@@ -40,7 +40,8 @@ struct SegmentPicture {
     std::optional<SelectedRange> selected; ///< When it was drawn.
 };
 
-/// The laid out documents of the segments near the viewport. What was not used in the last passes goes.
+/// The laid out documents of the segments near the viewport. What was not used in the last passes goes, and
+/// pictures of what is out of sight go where they take much memory.
 class SegmentDocuments {
 public:
     struct Entry {
@@ -68,6 +69,8 @@ public:
     /// Starts a new pass over the visible segments and drops what the passes before did not use.
     void beginPass();
 
+    /// Bytes of the pictures that are kept.
+    qsizetype pictureBytes() const;
     qsizetype count() const { return static_cast<qsizetype>(m_entries.size()); }
 
 private:

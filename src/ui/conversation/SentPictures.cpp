@@ -28,7 +28,8 @@ QPixmap SentPictures::thumbnail(const ChatAttachment &attachment)
     return {};
 }
 
-Task<void> SentPictures::read(QPointer<SentPictures> self, AttachmentService *service, ChatAttachment attachment)
+Task<void> SentPictures::read(QPointer<SentPictures> self, AttachmentService *service,
+                              ChatAttachment attachment)
 {
     const QImage image =
         co_await service->picture(attachment.data.value_or(QByteArray()), PictureSize::thumbnail);

@@ -14,8 +14,8 @@ namespace morvane {
 class AttachmentService;
 class Scheduler;
 
-/// The small pictures of what was sent, decoded apart from the program when they come into sight. Keeps so many that
-/// a conversation can be scrolled, and no more. Main thread.
+/// The small pictures of what was sent, decoded apart from the program when they come into sight. Keeps so
+/// many that a conversation can be scrolled, and no more. Main thread.
 class SentPictures : public QObject {
     Q_OBJECT
 public:
@@ -30,7 +30,8 @@ Q_SIGNALS:
     void arrived();
 
 private:
-    static Task<void> read(QPointer<SentPictures> self, AttachmentService *service, ChatAttachment attachment);
+    static Task<void> read(QPointer<SentPictures> self, AttachmentService *service,
+                           ChatAttachment attachment);
     void take(QUuid id, const QImage &image);
 
     Scheduler &m_scheduler;

@@ -8,7 +8,7 @@
 #include "ui/find/FindSession.h"
 #include "ui/theme/Icons.h"
 
-#include <QToolButton>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -25,7 +25,7 @@ ConversationPane::ConversationPane(ChatScrollView *view, const Transcript &trans
                                    Announcer &announcer, QWidget *parent)
     : QWidget(parent), m_view(view), m_transcript(transcript), m_announcer(announcer),
       m_session(new FindSession(scheduler, transcript, this)), m_bar(new FindBar(*m_session)),
-      m_latest(new QToolButton(this))
+      m_latest(new QPushButton(symbolIcon(Symbol::chevronDown), u"Latest"_s, this))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -33,12 +33,10 @@ ConversationPane::ConversationPane(ChatScrollView *view, const Transcript &trans
     column->addWidget(m_bar);
     column->addWidget(m_view, 1);
 
-    m_latest->setIcon(symbolIcon(Symbol::chevronDown));
-    m_latest->setText(u"Latest"_s);
-    m_latest->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_latest->setAccessibleName(u"Jump to the latest message"_s);
     setHoverText(m_latest, u"Jump to the latest message (Ctrl+J)"_s);
     m_latest->setFocusPolicy(Qt::TabFocus);
+    m_latest->setAutoDefault(false);
     m_latest->hide();
     setTabOrder(m_view, m_latest);
 
@@ -46,7 +44,7 @@ ConversationPane::ConversationPane(ChatScrollView *view, const Transcript &trans
     connect(m_bar, &FindBar::closed, this, &ConversationPane::closeFind);
     connect(m_session, &FindSession::reached, this, &ConversationPane::showMatch);
     connect(m_session, &FindSession::nothingFound, this, [this] { m_announcer.announce(u"No matches."_s); });
-    connect(m_latest, &QToolButton::clicked, this, &ConversationPane::jumpToLatest);
+    connect(m_latest, &QPushButton::clicked, this, &ConversationPane::jumpToLatest);
     connect(m_view, &ChatScrollView::nearBottomChanged, this, [this](bool isNear) {
         if (isNear && m_latest->hasFocus())
             m_view->setFocus();

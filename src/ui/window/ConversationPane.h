@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-class QToolButton;
+class QPushButton;
 
 namespace morvane {
 
@@ -53,7 +53,7 @@ private:
     Announcer &m_announcer;
     FindSession *m_session;
     FindBar *m_bar;
-    QToolButton *m_latest;
+    QPushButton *m_latest;
 };
 
 } // namespace morvane

@@ -4,6 +4,7 @@
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/conversation/SentPictures.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
@@ -15,6 +16,7 @@
 #include "ui/window/HeaderView.h"
 #include "ui/window/LocalModelBanner.h"
 #include "ui/window/MainMenus.h"
+#include "ui/window/PictureView.h"
 #include "ui/window/ShortcutList.h"
 #include "ui/window/StatusBarView.h"
 #include "ui/window/WelcomeView.h"
@@ -75,6 +77,9 @@ QWidget *MainWindow::makeDetail()
     auto *view = new ChatScrollView(m_model.transcript(), m_model.activity(), m_services.announcer);
     m_conversation =
         new ConversationPane(view, m_model.transcript(), m_services.settings.scheduler, m_services.announcer);
+    auto *pictures = new SentPictures(m_services.settings.scheduler, m_services.attachments, m_conversation);
+    view->pictures().setPictures(*pictures);
+    connect(&view->pictures(), &PictureButtons::opened, this, &MainWindow::showPicture);
     m_region = new QStackedWidget;
     setAccessibleRole(m_region, QAccessible::Client); // "layered pane" says nothing to anyone
     m_region->addWidget(m_welcome);
@@ -156,6 +161,12 @@ void MainWindow::showShortcuts()
     m_shortcuts->show();
     m_shortcuts->raise();
     m_shortcuts->activateWindow();
+}
+
+void MainWindow::showPicture(const ChatAttachment &picture)
+{
+    auto *view = new PictureView(picture, m_services.settings.scheduler, m_services.attachments, this);
+    view->open();
 }
 
 void MainWindow::showPendingCall()

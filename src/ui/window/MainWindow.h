@@ -13,8 +13,10 @@ namespace morvane {
 
 class Announcer;
 class AppModel;
+class AttachmentService;
 class BrowserWindowPort;
 class ComposerView;
+struct ChatAttachment;
 class ConversationPane;
 class MCPManager;
 class PermissionView;
@@ -30,6 +32,7 @@ struct MainWindowServices {
     const UpdateModel &updates;
     MCPManager &toolServers;
     SettingsServices settings;
+    AttachmentService &attachments;
 };
 
 /// The main window: the sidebar with the conversations, and beside it header, banner, conversation, composer
@@ -52,6 +55,7 @@ private:
     void showSettings();
     void showAbout();
     void showShortcuts();
+    void showPicture(const ChatAttachment &picture);
     void showPendingCall();
     void showPendingQuestion();
 

@@ -19,7 +19,8 @@ class PictureView : public QDialog {
     Q_OBJECT
 public:
     /// Both must outlive the view.
-    PictureView(const ChatAttachment &picture, Scheduler &scheduler, AttachmentService &service, QWidget *parent);
+    PictureView(const ChatAttachment &picture, Scheduler &scheduler, AttachmentService &service,
+                QWidget *parent);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

@@ -51,6 +51,22 @@ TEST_F(AttachmentWorkersTest, FileIsProcessedOffTheMainThread)
     EXPECT_EQ(attachment.mimeType, u"image/jpeg"_s);
 }
 
+TEST_F(AttachmentWorkersTest, APictureToLookAtComesAsPixels)
+{
+    AttachmentWorkers workers(processor);
+    QImage photo({1'600, 800}, QImage::Format_RGB32);
+    photo.fill(QColor(10, 200, 30));
+    const QByteArray png = encoded(photo, "png");
+    const QImage small = runTask(scheduler, workers.picture(png, PictureSize::thumbnail));
+    EXPECT_EQ(small.size(), QSize(256, 128));
+    EXPECT_EQ(small.pixelColor(100, 50), QColor(10, 200, 30));
+    EXPECT_EQ(runTask(scheduler, workers.picture(png, PictureSize::preview)).size(), QSize(1'400, 700));
+    const QByteArray tiny = encoded(photo.scaled(2, 1), "png");
+    EXPECT_EQ(runTask(scheduler, workers.picture(tiny, PictureSize::thumbnail)).size(), QSize(2, 1));
+    EXPECT_TRUE(runTask(scheduler, workers.picture(png.first(40), PictureSize::thumbnail)).isNull());
+    EXPECT_TRUE(runTask(scheduler, workers.picture({}, PictureSize::preview)).isNull());
+}
+
 TEST_F(AttachmentWorkersTest, FailureIsThrown)
 {
     AttachmentWorkers workers(processor);

@@ -23,9 +23,9 @@ using testing::ElementsAre;
 class FileDropTest : public AppFixture {
 protected:
     FileDropTest()
-        : window(std::make_unique<MainWindow>(*model,
-                                              MainWindowServices{announcer, browserWindow, updates,
-                                                                 toolServerList.manager, *settingsServices}))
+        : window(std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow, updates,
+                                                                         toolServerList.manager,
+                                                                         *settingsServices, attachments}))
     {
         window->show();
         files.setUrls({QUrl::fromLocalFile(u"/files/a.txt"_s)});

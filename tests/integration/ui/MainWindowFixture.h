@@ -19,9 +19,9 @@ protected:
     {
         window.reset();
         start();
-        window = std::make_unique<MainWindow>(
-            *model,
-            MainWindowServices{announcer, browserWindow, updates, toolServerList.manager, *settingsServices});
+        window = std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow, updates,
+                                                                         toolServerList.manager,
+                                                                         *settingsServices, attachments});
     }
 
     void show()

@@ -6,12 +6,12 @@
 #include "ui/window/EditMenu.h"
 #include "ui/window/ShortcutList.h"
 
+#include <QAbstractButton>
 #include <QListView>
 #include <QListWidget>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSplitter>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -22,9 +22,9 @@ class MainWindowTest : public MainWindowFixture {
 protected:
     QListView *list() const { return part<ConversationListView>()->findChild<QListView *>(); }
     ComposerEdit *draft() const { return part<ComposerEdit>(); }
-    QToolButton *button(const QString &name) const
+    QAbstractButton *button(const QString &name) const
     {
-        for (QToolButton *button : window->findChildren<QToolButton *>())
+        for (QAbstractButton *button : window->findChildren<QAbstractButton *>())
             if (button->accessibleName() == name)
                 return button;
         return nullptr;

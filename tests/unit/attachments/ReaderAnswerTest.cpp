@@ -1,5 +1,7 @@
 #include "attachments/ReaderAnswer.h"
 
+#include "attachments/PicturePixels.h"
+
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -60,6 +62,30 @@ TEST(ReaderAnswerTest, PayloadsThatDoNotFitTheirKindAreRefused)
         {Kind::jpeg, "GIF89a"}, {Kind::jpeg, jpeg.chopped(2)}, {Kind::text, "\xFF"}};
     for (const ReaderAnswer &answer : answers)
         EXPECT_EQ(ReaderAnswer::parse(answer.serialized()), std::nullopt);
+}
+
+TEST(ReaderAnswerTest, PixelsArriveAsTheyWere)
+{
+    QImage image(3, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    image.setPixelColor(2, 1, Qt::blue);
+    const auto answer = ReaderAnswer::parse(ReaderAnswer{Kind::pixels, pixelBytes(image)}.serialized());
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(pixelImage(answer->payload), image);
+}
+
+TEST(ReaderAnswerTest, PixelsThatAreNoWholePictureAreRefused)
+{
+    QImage image(3, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QByteArray whole = pixelBytes(image);
+    const QByteArray huge("\xff\xff\xff\xff\xff\xff\xff\xff", 8);
+    const QByteArray empty(8, '\0');
+    const QByteArray wide = QByteArray("\x79\x05\0\0\x01\0\0\0", 8) + QByteArray(1401 * 4, 'x');
+    for (const QByteArray &bytes :
+         {QByteArray(), whole.first(7), whole.chopped(1), whole + 'x', huge, empty, wide})
+        EXPECT_EQ(ReaderAnswer::parse(ReaderAnswer{Kind::pixels, bytes}.serialized()), std::nullopt)
+            << bytes.size();
 }
 
 } // namespace
