@@ -65,7 +65,6 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     m_list->setAccessibleName(u"Conversations"_s);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setUniformItemSizes(true);
-    m_list->setResizeMode(QListView::Adjust); // a row is higher where the list is narrow
     m_list->setMouseTracking(true);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -276,6 +275,9 @@ bool ConversationListView::eventFilter(QObject *watched, QEvent *event)
         takeFocus();
     if ((watched == m_list || watched == m_delete) && event->type() == QEvent::FocusOut)
         leaveFocus(static_cast<QFocusEvent *>(event)->reason());
+    // A row is higher where the list is narrow.
+    if (watched == m_list->viewport() && event->type() == QEvent::Resize)
+        Q_EMIT m_list->itemDelegate()->sizeHintChanged({});
     if (watched == m_list->viewport() && (event->type() == QEvent::Leave || event->type() == QEvent::Resize))
         moveButtonToPointer(m_list->currentIndex());
     return QWidget::eventFilter(watched, event);
