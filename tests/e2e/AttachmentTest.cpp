@@ -146,5 +146,24 @@ TEST_F(AttachmentTest, RefusedFileIsHeard)
     EXPECT_TRUE(morvane.program().hides(u"1 pending attachment"_s));
 }
 
+TEST_F(AttachmentTest, ASentPictureIsSeenAndOpenedByAPress)
+{
+    MorvaneSession &morvane = startSeeing();
+    const ClipboardOwner clipboard(morvane.display(),
+                                   {{"text/uri-list", uriList({m_files.write(u"photo.jpg"_s, m_photo)})}});
+    paste(morvane);
+    ASSERT_TRUE(morvane.ear().hears(u"Attached photo.jpg."_s));
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Morvane said I have read all of it."_s));
+    morvane.program().find(u"Picture photo.jpg"_s, AccessibleRole::pushButton).press();
+    EXPECT_TRUE(morvane.program().shows(u"photo.jpg"_s));
+    const auto isShown = [](const AccessibleNode &node) {
+        return node.name == "Picture photo.jpg"_L1 && node.role != AccessibleRole::pushButton;
+    };
+    EXPECT_TRUE(morvane.program().shows(isShown));
+    morvane.keyboard().press(u"Escape"_s);
+    EXPECT_TRUE(morvane.program().hides(u"photo.jpg"_s));
+}
+
 } // namespace
 } // namespace morvane

@@ -57,6 +57,24 @@ QString SegmentContent::plainText(const ConversationItem &item, const RowLayout 
     return shownText(m_content.text(item), segment.segment, row.references);
 }
 
+QString SegmentContent::wholeText(const ConversationItem &item) const
+{
+    if (item.kind != ConversationItem::Kind::message)
+        return m_content.text(item);
+    const ChatMessage &message = m_content.message(item);
+    RowLayout row;
+    for (const RowPart part : messageParts(message))
+        for (const TextSegment &segment : partSegments(message, part, row.references))
+            row.segments.append({.segment = segment, .part = part});
+    QString text;
+    for (qsizetype i = 0; i < row.segments.size(); ++i) {
+        if (i > 0)
+            text += separatorAbove(item, row, i);
+        text += plainText(item, row, i);
+    }
+    return text;
+}
+
 QString SegmentContent::separatorAbove(const ConversationItem &item, const RowLayout &row,
                                        qsizetype index) const
 {

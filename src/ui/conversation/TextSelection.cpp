@@ -87,9 +87,11 @@ QString TextSelection::text(ConversationLayout &layout) const
     const qsizetype last = m_content.position(ends->last.item);
     QStringList rows;
     for (qsizetype row = first; row <= last; ++row) {
-        const QString text =
-            rowText(layout, m_content.item(row), row == first ? ends->first.position : TextPosition(),
-                    row == last ? ends->last.position : TextPosition::rowEnd());
+        const TextPosition from = row == first ? ends->first.position : TextPosition();
+        const TextPosition to = row == last ? ends->last.position : TextPosition::rowEnd();
+        const bool isWhole = from == TextPosition() && to == TextPosition::rowEnd();
+        const ConversationItem item = m_content.item(row);
+        const QString text = isWhole ? layout.wholeText(item) : rowText(layout, item, from, to);
         if (!text.isEmpty())
             rows += text;
     }

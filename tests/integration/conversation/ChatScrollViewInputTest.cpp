@@ -330,6 +330,20 @@ TEST_F(ChatScrollViewInputTest, ShiftAndTheArrowsSelectMessages)
     EXPECT_EQ(view.selectedText(), u"one\n\ntwo\n\nthree\n\nfour"_s);
 }
 
+TEST_F(ChatScrollViewInputTest, SelectingEverythingLaysNothingOut)
+{
+    transcript.reset(dialogue(2000));
+    showWithFocus();
+    const int height = view.rows().height();
+    const qsizetype documents = view.rows().documentCount();
+    press(Qt::Key_A, Qt::ControlModifier);
+    const QString text = view.selectedText();
+    EXPECT_TRUE(text.startsWith(u"Message 0. "_s));
+    EXPECT_EQ(text.count(u"Message "_s), 2000);
+    EXPECT_EQ(view.rows().height(), height);
+    EXPECT_EQ(view.rows().documentCount(), documents);
+}
+
 TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTab)
 {
     say(Role::assistant, u"```\none\n```"_s);
