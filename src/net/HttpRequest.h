@@ -22,6 +22,10 @@ enum class RedirectRule {
     allowGet,
 };
 
+/// Whether a redirect may lead from https to http. One that may not, and does, reaches the caller as the
+/// response that it is.
+enum class EncryptionRule { mayBeLost, kept };
+
 /// One HTTP request with its limits. A body is shared, not copied.
 ///
 /// A redirect to another origin takes only harmless headers along (accept, content type, user agent), so that
@@ -42,6 +46,7 @@ struct HttpRequest {
     std::optional<std::chrono::milliseconds> connectLimit;
 
     RedirectRule redirects = RedirectRule::keepMethod;
+    EncryptionRule encryption = EncryptionRule::mayBeLost;
 
     /// All header fields of one response together, in bytes.
     qsizetype maximumHeaderBytes = 256 * 1024;

@@ -23,6 +23,12 @@ LineReader HttpResponse::lines()
     return LineReader(std::move(m_body));
 }
 
+PieceReader HttpResponse::pieces()
+{
+    m_body.readPieces();
+    return PieceReader(std::move(m_body));
+}
+
 Task<QByteArray> HttpResponse::body(qint64 maximumBytes)
 {
     return wholeBody(std::move(m_body), maximumBytes);

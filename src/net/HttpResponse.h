@@ -3,6 +3,7 @@
 #include "async/Task.h"
 #include "net/HttpHeaders.h"
 #include "net/LineReader.h"
+#include "net/PieceReader.h"
 #include "net/ResponseBody.h"
 
 #include <QByteArray>
@@ -10,7 +11,7 @@
 
 namespace morvane {
 
-/// The head of a response whose body is still to be read, once, by one of the two functions. Destroying it
+/// The head of a response whose body is still to be read, once, by one of the three functions. Destroying it
 /// before ends the transfer. Main thread.
 class HttpResponse {
 public:
@@ -25,6 +26,9 @@ public:
 
     /// Gives the body to a reader. The head stays.
     LineReader lines();
+
+    /// Gives the body to a reader that takes it in pieces. The head stays.
+    PieceReader pieces();
 
     /// The whole body, decompressed. Throws TransportError (TooLarge above `maximumBytes`; the transfer stops
     /// there) or Cancelled. The head stays.

@@ -10,8 +10,8 @@ namespace morvane {
 namespace {
 
 /// What says nothing about the user, and may go to any origin.
-constexpr std::array<QByteArrayView, 5> harmlessHeaders{"Accept", "Accept-Language", "Content-Type",
-                                                        "User-Agent", "Range"};
+constexpr std::array<QByteArrayView, 7> harmlessHeaders{
+    "Accept", "Accept-Encoding", "Accept-Language", "Content-Type", "User-Agent", "Range", "If-Range"};
 
 bool isRedirect(int status)
 {
@@ -68,7 +68,7 @@ std::optional<HttpRequest> redirected(const HttpRequest &request, int status, co
         next.headers.remove("Content-Type");
     }
     const bool losesEncryption = request.url.scheme() == "https"_L1 && next.url.scheme() != "https"_L1;
-    if (losesEncryption && !next.body.isEmpty())
+    if (losesEncryption && (!next.body.isEmpty() || request.encryption == EncryptionRule::kept))
         return std::nullopt;
     if (!isSameOrigin(request.url, next.url))
         next.headers = harmlessOnly(next.headers);

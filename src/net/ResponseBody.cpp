@@ -38,6 +38,11 @@ void ResponseBody::readLines()
     apply(m_channel->readLines());
 }
 
+void ResponseBody::readPieces()
+{
+    apply(m_channel->readPieces());
+}
+
 void ResponseBody::readWhole(qint64 maximumBytes)
 {
     apply(m_channel->readWhole(maximumBytes));
@@ -49,6 +54,14 @@ bool ResponseBody::takeLines(LineBatch &lines)
     const bool taken = m_channel->takeLines(lines, flow);
     apply(flow);
     return taken;
+}
+
+QByteArray ResponseBody::takePiece()
+{
+    auto flow = ResponseChannel::Flow::unchanged;
+    QByteArray piece = m_channel->takePiece(flow);
+    apply(flow);
+    return piece;
 }
 
 void ResponseBody::apply(ResponseChannel::Flow flow)

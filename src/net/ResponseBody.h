@@ -23,8 +23,10 @@ public:
     bool wakeWhen(ResponseChannel::Until until, std::shared_ptr<Suspension> signal);
     ResponseHead takeHead() { return m_channel->takeHead(); }
     void readLines();
+    void readPieces();
     void readWhole(qint64 maximumBytes);
     bool takeLines(LineBatch &lines);
+    QByteArray takePiece();
     QByteArray takeWhole() { return m_channel->takeWhole(); }
     ///@}
 

@@ -34,7 +34,8 @@ ResponseChannel::Append ResponseChannel::append(QByteArrayView bytes)
     Append result = Append::taken;
     switch (m_mode) {
     case Mode::undecided:
-        if (m_bytes.size() >= capacity)
+    case Mode::pieces:
+        if (m_bytes.size() >= (m_mode == Mode::pieces ? pieceCapacity : capacity))
             result = Append::full;
         else
             m_bytes.append(bytes.data(), bytes.size());
@@ -99,6 +100,13 @@ ResponseChannel::Flow ResponseChannel::readLines()
     return takePause();
 }
 
+ResponseChannel::Flow ResponseChannel::readPieces()
+{
+    const std::lock_guard lock(m_mutex);
+    m_mode = Mode::pieces;
+    return takePause();
+}
+
 ResponseChannel::Flow ResponseChannel::readWhole(qint64 maximumBytes)
 {
     const std::lock_guard lock(m_mutex);
@@ -123,6 +131,15 @@ bool ResponseChannel::takeLines(LineBatch &lines, Flow &flow)
     return true;
 }
 
+QByteArray ResponseChannel::takePiece(Flow &flow)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_bytes.isEmpty() && m_error)
+        throw TransportError(*m_error);
+    flow = takePause();
+    return std::exchange(m_bytes, {});
+}
+
 QByteArray ResponseChannel::takeWhole()
 {
     const std::lock_guard lock(m_mutex);
@@ -144,6 +161,8 @@ bool ResponseChannel::isReached(Until until) const
         return m_head || m_finished;
     case Until::lines:
         return m_lines.hasLines() || m_finished;
+    case Until::piece:
+        return !m_bytes.isEmpty() || m_finished;
     case Until::end:
         return m_finished;
     }

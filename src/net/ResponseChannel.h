@@ -17,12 +17,15 @@ class Suspension;
 class ResponseChannel {
 public:
     /// What a reader can wait for; the end of the transfer ends every wait.
-    enum class Until { head, lines, end };
+    enum class Until { head, lines, piece, end };
     enum class Append { taken, full, refused };
 
     /// Bytes that wait for a reader before the transfer pauses: enough to cover the time in which the main
     /// thread is busy, little enough for many transfers at once.
     static constexpr qsizetype capacity = 256 * 1024;
+
+    /// The same for a body that goes to a file: what comes while a piece is being written.
+    static constexpr qsizetype pieceCapacity = 2 * 1024 * 1024;
 
     explicit ResponseChannel(qsizetype maximumLineBytes) : m_lines(maximumLineBytes) {}
 
@@ -47,12 +50,17 @@ public:
 
     /// Decides that the body is read line by line. One decision only.
     Flow readLines();
+    /// Decides that the body is taken in pieces as they come.
+    Flow readPieces();
     /// Decides that the body is kept here until it is whole.
     Flow readWhole(qint64 maximumBytes);
 
     /// The lines that are there, in `lines`; false if there are none and more may come. At the end of the
     /// body `lines` is empty. Throws TransportError if the transfer failed and all lines before are taken.
     bool takeLines(LineBatch &lines, Flow &flow);
+    /// All bytes that are there, after Until::piece; none at the end of the body. Throws TransportError if
+    /// the transfer failed and all bytes before are taken.
+    QByteArray takePiece(Flow &flow);
     /// The whole body, after Until::end. Throws TransportError if the transfer failed.
     QByteArray takeWhole();
 
@@ -61,7 +69,7 @@ public:
     ///@}
 
 private:
-    enum class Mode { undecided, lines, whole };
+    enum class Mode { undecided, lines, pieces, whole };
 
     bool isReached(Until until) const;
     Append refuse();
@@ -73,7 +81,7 @@ private:
     mutable std::mutex m_mutex; ///< Guards all below.
     Mode m_mode = Mode::undecided;
     std::optional<ResponseHead> m_head;
-    QByteArray m_bytes; ///< Undecided or whole.
+    QByteArray m_bytes; ///< Undecided, in pieces or whole.
     LineBuffer m_lines;
     qint64 m_maximumBytes = 0;
     bool m_paused = false;
