@@ -11,8 +11,11 @@
 #include "base/AtomicFile.h"
 #include "base/DataFolders.h"
 #include "base/Log.h"
+#include "localmodel/DiskSpace.h"
+#include "localmodel/LocalModelManager.h"
 #include "localmodel/MachineProfile.h"
-#include "localmodel/OllamaRuntime.h"
+#include "localmodel/RuntimeProgram.h"
+#include "localmodel/RuntimeSite.h"
 #include "mcp/HttpTransport.h"
 #include "mcp/MCPManager.h"
 #include "mcp/StdioThread.h"
@@ -142,7 +145,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     MCPToolServers toolServers(serverManager);
     NoBrowserWindow browserWindow;
     const UpdateModel updates;
-    OllamaRuntime localModel(http, endpoints.ollama, dataFolder());
+    LocalModelManager localModel(http, {endpoints.ollama, QString::fromUtf16(runtimeSite), dataFolder(),
+                                        binaryCandidates(dataFolder()), freeDiskSpace});
     AttachmentWorkers attachments{
         AttachmentProcessor(ReaderProcess(helperProgram(u"morvane-attachment-reader"_s)))};
     HttpModelCatalog modelCatalog(http, endpoints);

@@ -46,11 +46,12 @@ void AgentRequest::begin()
 
 void AgentRequest::waitForLocalModel()
 {
-    if (!m_localModel.info().installing && m_localModel.pullingModel().isEmpty()) {
-        setPhase(WaitingForLocalModel{m_localModel.startInstallThenRespond()});
+    if (!m_localModel.isWorking()) {
+        setPhase(WaitingForLocalModel{WaitingForLocalModel::Setup::ofThisMessage});
+        m_localModel.startInstallThenRespond();
         return;
     }
-    setPhase(WaitingForLocalModel{});
+    setPhase(WaitingForLocalModel{WaitingForLocalModel::Setup::ofAnother});
     m_workspace.status.setStatusText(u"Waiting for the local model setup to finish…"_s);
     m_workspace.status.announceProgress(u"Waiting for the local model setup before sending."_s);
 }
@@ -160,9 +161,9 @@ void AgentRequest::tellCancelled()
 void AgentRequest::stopWork()
 {
     std::visit(Overloaded{[](Idle &) {},
-                          [](WaitingForLocalModel &waiting) {
-                              if (waiting.installation)
-                                  waiting.installation->cancel();
+                          [this](WaitingForLocalModel &waiting) {
+                              if (waiting.setup == WaitingForLocalModel::Setup::ofThisMessage)
+                                  m_localModel.cancelTasks();
                           },
                           [](Running &) {}},
                m_phase);

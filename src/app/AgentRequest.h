@@ -28,8 +28,8 @@ public:
     struct Idle {};
     /// The message waits until the local model is set up.
     struct WaitingForLocalModel {
-        std::optional<TaskHandle<void>>
-            installation; ///< If the message started it: it ends with the message.
+        enum class Setup { ofThisMessage, ofAnother };
+        Setup setup; ///< What the message started itself ends with it.
     };
     /// The agent works, or waits for an approval or an answer.
     struct Running {};

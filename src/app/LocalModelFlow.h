@@ -6,10 +6,12 @@
 #include "model/LocalModelInfo.h"
 
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <exception>
 #include <functional>
 #include <optional>
+#include <variant>
 
 namespace morvane {
 
@@ -19,12 +21,31 @@ class SettingsStore;
 class TurnRunner;
 
 /// Ties the local model's runtime to the application: what the windows show of it, its first installation,
-/// and the message that waits for it. Main thread.
+/// further models, and the message that waits. One installation or pull at a time. Main thread.
 class LocalModelFlow : public QObject {
     Q_OBJECT
 public:
     /// The model that the first installation brings.
     static constexpr auto standardModel = "qwen2.5";
+
+    struct Idle {};
+    struct Installing {
+        TaskHandle<void> task;
+    };
+    struct Pulling {
+        QString model;
+        TaskHandle<void> task;
+    };
+    /// Cancelled and on its way out. What is asked for meanwhile comes then.
+    struct Ending {
+        struct Nothing {};
+        struct Install {};
+        struct Pull {
+            QString model;
+        };
+        std::variant<Nothing, Install, Pull> next;
+    };
+    using Phase = std::variant<Idle, Installing, Pulling, Ending>;
 
     /// All of them outlive the flow; the scheduler is shut down before it goes. `machineSummary` gives one
     /// sentence on the machine.
@@ -33,8 +54,10 @@ public:
 
     const LocalModelInfo &info() const { return m_info; }
     /// Empty while nothing is pulled; see installationEnded.
-    const QString &pullingModel() const { return m_pullingModel; }
+    QString pullingModel() const;
     const QStringList &installedModels() const { return m_installedModels; }
+    /// Whether an installation or a pull goes on whose end can be waited for: installationEnded tells it.
+    bool isWorking() const;
 
     /// Reads the state of the runtime anew, in the background.
     void refreshLocalModel();
@@ -42,9 +65,14 @@ public:
     void refreshThenInstall();
     /// Starts the installation unless it runs, is done, or another model is being pulled.
     void installLocalModelIfNeeded();
-    /// Starts the installation for a message that waits; the handle ends both.
-    TaskHandle<void> startInstallThenRespond();
-    /// Cancels installation and pull.
+    /// Starts the installation for a message that waits. Only while nothing works.
+    void startInstallThenRespond();
+    /// Downloads a model and makes it the chosen one, unless an installation or a pull goes on.
+    void pullLocalModelIfNeeded(const QString &model);
+    /// Deletes a model in the background, unless one is being pulled. Where it was the chosen one, another is
+    /// chosen.
+    void deleteLocalModel(const QString &model);
+    /// Cancels installation and pull, and what was to come after them.
     void cancelTasks();
 
 Q_SIGNALS:
@@ -59,9 +87,19 @@ private:
     Task<void> refreshAndInstall();
     Task<void> installLocalModel();
     Task<void> installSteps();
+    Task<void> pullLocalModel(QString model);
+    Task<void> pullSteps(QString model);
+    Task<void> deleteModel(QString model);
     Task<void> warmUpLocalModel();
-    void reportFailure(const std::exception_ptr &failure);
+    void install();
+    void pull(const QString &model);
+    void setPhase(Phase phase);
+    /// The installation or pull of the phase is over: what was asked for meanwhile comes.
+    void finishPhase();
+    void reportFailure(const std::exception_ptr &failure, const QString &cancelled, const QString &failed);
+    void setReady(const QString &model);
     void setProgress(const QString &label, std::optional<double> fraction);
+    QString wantedModel() const;
     void log(const QString &text, ActivityStep::Kind kind) { m_workspace.activity.log(text, kind); }
 
     Scheduler &m_scheduler;
@@ -71,9 +109,10 @@ private:
     TurnRunner &m_turns;
     std::function<QString()> m_machineSummary;
     LocalModelInfo m_info;
-    QString m_pullingModel;
     QStringList m_installedModels;
-    std::optional<TaskHandle<void>> m_installTask;
+    Phase m_phase;
+    QSet<QString> m_deleting;
+    int m_lastRefresh = 0; ///< What an older one finds out is out of date.
 };
 
 } // namespace morvane

@@ -101,8 +101,9 @@ std::expected<ChildProcess, QString> ChildProcess::start(const Options &options)
 {
     Pipe output;
     Pipe errors;
+    const bool hasOutput = options.output == Output::ownPipe;
     const bool hasErrors = options.errors == Errors::ownPipe;
-    if (!output.open() || (hasErrors && !errors.open()))
+    if ((hasOutput && !output.open()) || (hasErrors && !errors.open()))
         return systemFailure(errno);
 
     int errorEnd = hasErrors ? errors.writeEnd.get() : -1;

@@ -16,6 +16,7 @@ namespace morvane {
 /// at a time.
 class ChildProcess {
 public:
+    enum class Output { ownPipe, discarded };
     enum class Errors { ownPipe, withOutput, discarded };
 
     struct Options {
@@ -25,6 +26,7 @@ public:
         Errors errors = Errors::ownPipe;
         int input = -1;   ///< What it reads from, still the caller's own; the null device if negative.
         int control = -1; ///< What it gets as descriptor 3, still the caller's own; nothing if negative.
+        Output output = Output::ownPipe;
     };
 
     /// Fails with the system's reason, such as "No such file or directory". Blocks until the program runs.
@@ -35,8 +37,7 @@ public:
     /// Kills the whole group if the program still runs, and waits for its end.
     ~ChildProcess();
 
-    /// What it prints: the read ends of its pipes, not blocking. The second is open with Errors::ownPipe
-    /// only.
+    /// What it prints: the read ends of its pipes, not blocking. Each is open with its ownPipe only.
     FileDescriptor &output() { return m_output; }
     FileDescriptor &errors() { return m_errors; }
 

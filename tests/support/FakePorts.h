@@ -65,6 +65,13 @@ public:
     bool isBinaryInstalled() const override { return binaryInstalled; }
     Task<bool> isServerRunning() override { co_return serverRunning; }
     Task<QStringList> installedModels() override { co_return models; }
+    Task<void> requireFreeDiskSpace(qint64 bytes, QString what) override
+    {
+        spaceAskedFor.append({bytes, what});
+        if (!spaceFailure.isEmpty())
+            throw InstallError(spaceFailure);
+        co_return;
+    }
     Task<void> ensureRunning(ProgressCallback onProgress) override
     {
         ++installations;
@@ -75,9 +82,22 @@ public:
             throw InstallError(failure);
         serverRunning = true;
     }
-    Task<void> pull(QString model, ProgressCallback) override
+    Task<void> pull(QString model, ProgressCallback onProgress) override
     {
+        pulled.append(model);
+        onProgress(QStringLiteral("Downloading model… 42%"), 0.42);
+        if (pullTime.count() > 0)
+            co_await sleepFor(pullTime);
+        if (!pullFailure.isEmpty())
+            throw InstallError(pullFailure);
         models.append(model);
+    }
+    Task<void> remove(QString model) override
+    {
+        removed.append(model);
+        if (!removeFailure.isEmpty())
+            throw InstallError(removeFailure);
+        models.removeAll(model);
         co_return;
     }
 
@@ -85,7 +105,14 @@ public:
     bool serverRunning = false;
     QStringList models;
     QString failure;
+    QString spaceFailure;
+    QString pullFailure;
+    QString removeFailure;
+    QList<std::pair<qint64, QString>> spaceAskedFor;
+    QStringList pulled;
+    QStringList removed;
     Clock::Duration installationTime{};
+    Clock::Duration pullTime{};
     int installations = 0;
 };
 

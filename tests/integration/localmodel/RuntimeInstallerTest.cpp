@@ -1,0 +1,228 @@
+#include "localmodel/RuntimeInstaller.h"
+#include "integration/localmodel/RuntimeFixture.h"
+
+#include <QFileInfo>
+#include <sys/mount.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+namespace morvane {
+namespace {
+
+using Fault = DownloadServer::Fault;
+
+constexpr auto notExtracted = "The Ollama download could not be extracted. Please try again.";
+
+class RuntimeInstallerTest : public RuntimeTest {
+protected:
+    /// As a new start of Morvane has it.
+    QString install()
+    {
+        RuntimeInstaller installer(http, downloads.origin(), data());
+        return runTask(scheduler, installer.install(recording()));
+    }
+    QString installFailure()
+    {
+        RuntimeInstaller installer(http, downloads.origin(), data());
+        return failureOf(installer.install(recording()));
+    }
+    QStringList remains() const
+    {
+        return QDir(data()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
+    }
+    void offer(const QByteArray &bytes) { downloads.setFile(archiveName(), {bytes}); }
+    QByteArray installed() const { return contentOf(data() + u"/ollama"_s); }
+
+    /// Bytes that do not shrink when they are compressed.
+    static QByteArray noise(qsizetype size)
+    {
+        QByteArray bytes(size, 0);
+        quint32 state = 3;
+        for (char &byte : bytes)
+            byte = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
+        return bytes;
+    }
+};
+
+TEST_F(RuntimeInstallerTest, ABrokenConnectionIsGoneOnWith)
+{
+    offer(sampleRuntime(noise(3'000'000)).bytes());
+    downloads.setFaults({{Fault::Kind::cutOff, 1'000'000}, {Fault::Kind::cutOff, 1'000'000}});
+    EXPECT_EQ(install(), data() + u"/ollama"_s);
+    EXPECT_EQ(installed(), noise(3'000'000));
+    ASSERT_EQ(downloads.requests().size(), 3);
+    EXPECT_EQ(downloads.requests().at(1).headers.value("Range"), "bytes=1000000-");
+    EXPECT_EQ(downloads.requests().at(2).headers.value("Range"), "bytes=2000000-");
+}
+
+TEST_F(RuntimeInstallerTest, AfterThreeAttemptsThePartIsKeptForTheNextTime)
+{
+    offer(sampleRuntime(noise(3'000'000)).bytes());
+    downloads.setFaults(QList<Fault>(3, {Fault::Kind::cutOff, 500'000}));
+    EXPECT_EQ(installFailure(), u"Ollama could not be downloaded. The connection was lost."_s);
+    EXPECT_EQ(downloads.requests().size(), 3);
+    EXPECT_EQ(install(), data() + u"/ollama"_s);
+    EXPECT_EQ(downloads.requests().at(3).headers.value("Range"), "bytes=1500000-");
+    EXPECT_EQ(installed(), noise(3'000'000));
+}
+
+TEST_F(RuntimeInstallerTest, WhatCannotBeGoneOnWithIsNotTriedAgain)
+{
+    downloads.setFile(archiveName(), {sampleRuntime(noise(1'000'000)).bytes(), {}});
+    downloads.setFaults({{Fault::Kind::cutOff, 500'000}});
+    EXPECT_EQ(installFailure(), u"Ollama could not be downloaded. The connection was lost."_s);
+    EXPECT_EQ(downloads.requests().size(), 1);
+}
+
+TEST_F(RuntimeInstallerTest, AFileThatChangedMeanwhileComesAnew)
+{
+    offer(sampleRuntime(noise(3'000'000)).bytes());
+    downloads.setFaults(QList<Fault>(3, {Fault::Kind::cutOff, 500'000}));
+    installFailure();
+    downloads.setFile(archiveName(), {sampleRuntime("newer").bytes(), "\"v2\""});
+    install();
+    EXPECT_EQ(installed(), "newer");
+}
+
+TEST_F(RuntimeInstallerTest, TheOlderNameIsTriedWhereTheNewerIsMissing)
+{
+    downloads.setFile(olderArchiveName(), {sampleRuntime("older").bytes(SampleArchive::Compression::gzip)});
+    install();
+    EXPECT_EQ(installed(), "older");
+    EXPECT_EQ(downloads.requests().size(), 2);
+}
+
+TEST_F(RuntimeInstallerTest, AMissingFileIsTold)
+{
+    EXPECT_EQ(installFailure(),
+              u"Ollama could not be downloaded. The server answered with HTTP status 404."_s);
+    EXPECT_EQ(downloads.requests().size(), 2);
+}
+
+TEST_F(RuntimeInstallerTest, CancellingADownloadKeepsThePart)
+{
+    offer(sampleRuntime(noise(3'000'000)).bytes());
+    downloads.setFaults({{Fault::Kind::stall, 1'000'000}});
+    RuntimeInstaller installer(http, downloads.origin(), data());
+    auto task = scheduler.spawn(installer.install(recording()));
+    ASSERT_TRUE(waitUntil([this] {
+        return QFileInfo(data() + archiveName().mid(int(qstrlen("/download"))) + u".part"_s).size() ==
+               1'000'000;
+    }));
+    task.cancel();
+    ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
+    EXPECT_THROW(task.result(), Cancelled);
+    install();
+    EXPECT_EQ(downloads.requests().at(1).headers.value("Range"), "bytes=1000000-");
+    EXPECT_EQ(installed(), noise(3'000'000));
+}
+
+TEST_F(RuntimeInstallerTest, HostileAndBrokenArchivesLeaveNothing)
+{
+    using Kind = SampleArchive::Kind;
+    const QByteArray good = sampleRuntime(noise(100'000)).bytes();
+    const QList<QByteArray> archives{
+        "<html>maintenance</html>",
+        good.first(good.size() / 2),
+        SampleArchive().file("README", "no program").bytes(),
+        SampleArchive().file("bin/ollama", "not executable", 0644).bytes(),
+        SampleArchive().add(Kind::folder, "bin/ollama").bytes(),
+        SampleArchive().file("x", "x", 0755).add(Kind::symbolicLink, "bin/ollama", "../x").bytes(),
+        sampleRuntime("x").file("../../stranger", "x").bytes(),
+        sampleRuntime("x").file("/tmp/c-stranger", "x").bytes(),
+        sampleRuntime("x").add(Kind::symbolicLink, "lib/out", "../../..").bytes(),
+        sampleRuntime("x").add(Kind::device, "lib/null").bytes(),
+    };
+    int version = 0;
+    for (const QByteArray &archive : archives) {
+        downloads.setFile(archiveName(), {archive, "\"" + QByteArray::number(++version) + "\""});
+        EXPECT_EQ(installFailure(), QString::fromLatin1(notExtracted)) << version;
+        EXPECT_EQ(remains(), QStringList()) << version;
+    }
+    EXPECT_FALSE(QFileInfo::exists(home.path(u"stranger"_s)));
+}
+
+TEST_F(RuntimeInstallerTest, ANewInstallationTakesTheOldOnesPlace)
+{
+    offer(sampleRuntime("old").file("lib/ollama/only-old", "x").bytes());
+    install();
+    downloads.setFile(archiveName(), {sampleRuntime("new").bytes(), "\"v2\""});
+    install();
+    EXPECT_EQ(installed(), "new");
+    EXPECT_FALSE(QFileInfo::exists(data() + u"/ollama-runtime/lib/ollama/only-old"_s));
+    EXPECT_EQ(remains(), QStringList({u"ollama"_s, u"ollama-runtime"_s}));
+}
+
+TEST_F(RuntimeInstallerTest, AFailedInstallationLeavesTheOldOne)
+{
+    offer(sampleRuntime("old").bytes());
+    install();
+    downloads.setFile(archiveName(), {"rubbish", "\"v2\""});
+    EXPECT_EQ(installFailure(), QString::fromLatin1(notExtracted));
+    EXPECT_EQ(installed(), "old");
+}
+
+TEST_F(RuntimeInstallerTest, APlainProgramInThePlaceGivesWay)
+{
+    QFile file(data() + u"/ollama"_s);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("an old copy");
+    file.close();
+    offer(sampleRuntime("new").bytes());
+    install();
+    EXPECT_EQ(installed(), "new");
+}
+
+TEST_F(RuntimeInstallerTest, WhatAKilledInstallationLeftIsRemoved)
+{
+    QDir().mkpath(data() + u"/ollama-install-1234/bin"_s);
+    offer(sampleRuntime("new").bytes());
+    install();
+    EXPECT_EQ(remains(), QStringList({u"ollama"_s, u"ollama-runtime"_s}));
+}
+
+TEST_F(RuntimeInstallerTest, TheFolderIsTheUsersAlone)
+{
+    offer(sampleRuntime("new").bytes());
+    install();
+    EXPECT_EQ(permissionBits(data()), 0700U);
+}
+
+/// A small volume of its own; as root only, and where the system allows it.
+class SmallVolume {
+public:
+    explicit SmallVolume(const QString &place) : m_place(place.toUtf8())
+    {
+        m_mounted = ::mount("tmpfs", m_place.constData(), "tmpfs", 0, "size=2m") == 0;
+    }
+    ~SmallVolume()
+    {
+        if (m_mounted)
+            ::umount2(m_place.constData(), MNT_DETACH);
+    }
+    bool isMounted() const { return m_mounted; }
+
+private:
+    QByteArray m_place;
+    bool m_mounted = false;
+};
+
+TEST_F(RuntimeInstallerTest, AFullDiskIsToldAndEverythingRemoved)
+{
+    const SmallVolume volume(data());
+    ASSERT_TRUE(volume.isMounted());
+    const QString full =
+        u"The disk became full, so Ollama could not be installed. Free some space and try again."_s;
+    offer(sampleRuntime(noise(3'000'000)).bytes()); // the archive itself is too large
+    EXPECT_EQ(installFailure(), full);
+    EXPECT_EQ(remains(), QStringList());
+    downloads.setFile(archiveName(), {sampleRuntime(QByteArray(8'000'000, 'x')).bytes(), "\"v2\""});
+    EXPECT_EQ(installFailure(), full);
+    EXPECT_EQ(remains(), QStringList());
+}
+
+} // namespace
+} // namespace morvane
