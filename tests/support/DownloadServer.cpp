@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 
 namespace {
@@ -23,7 +25,7 @@ DownloadServer::DownloadServer() : m_server([this](RawHttpConnection &connection
 
 QString DownloadServer::origin() const
 {
-    return QStringLiteral("http://127.0.0.1:%1").arg(m_server.port());
+    return u"http://127.0.0.1:%1"_s.arg(m_server.port());
 }
 
 void DownloadServer::setFile(const QString &path, File file)
