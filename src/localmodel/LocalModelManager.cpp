@@ -148,7 +148,7 @@ Task<QStringList> LocalModelManager::installedModels()
                                       [&output](QByteArrayView bytes) { output.append(bytes); },
                                       std::nullopt});
     } catch (const InstallError &error) {
-        qCWarning(localModelLog) << "the models were not listed:" << error.what();
+        qCWarning(localModelLog) << "the models were not listed:" << kindOfFailure(error);
     }
     co_return status == 0 ? modelsInList(output.text()) : QStringList();
 }
