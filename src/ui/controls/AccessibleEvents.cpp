@@ -64,7 +64,7 @@ bool isToldWhileHidden(const QAccessibleEvent &event, const QWidget &widget)
     return event.type() == QAccessible::ObjectHide && widget.parentWidget()->isVisible();
 }
 
-bool isWorthTelling(const QAccessibleEvent &event, QWidget *widget)
+bool isWorthTelling(const QAccessibleEvent &event, const QWidget *widget)
 {
     // Taken in by the list itself before it comes here, and must not be taken in twice.
     if (event.type() == QAccessible::TableModelChanged)
@@ -73,11 +73,8 @@ bool isWorthTelling(const QAccessibleEvent &event, QWidget *widget)
         return true;
     if (const auto *bar = qobject_cast<const QScrollBar *>(widget))
         return event.type() == QAccessible::ValueChanged && bar->isSliderDown();
-    if (!widget->isVisible()) {
-        if (event.type() == QAccessible::NameChanged && event.object() == widget)
-            widget->setProperty(renamedProperty, true);
+    if (!widget->isVisible())
         return isToldWhileHidden(event, *widget);
-    }
     return widget->isWindow() || !isSilenced(widget);
 }
 
@@ -108,8 +105,11 @@ void tellFocusBeforeCaret(const QAccessibleEvent &event, const QWidget *widget)
 void tell(QAccessibleEvent *event)
 {
     QWidget *widget = widgetOf(*event);
-    if (!isWorthTelling(*event, widget))
+    if (!isWorthTelling(*event, widget)) {
+        if (event->type() == QAccessible::NameChanged && event->object() == widget && widget != nullptr)
+            widget->setProperty(renamedProperty, true);
         return;
+    }
     if (event->type() == QAccessible::Focus) {
         QAccessibleInterface *focused = focusOf(*event);
         // A reader leaves out the first of two alike.
@@ -141,6 +141,11 @@ void renew(QWidget *widget)
 void installAccessibleEventFilter()
 {
     QAccessible::installUpdateHandler(&tell);
+}
+
+bool isToldToReaders(const QAccessibleEvent &event)
+{
+    return isWorthTelling(event, widgetOf(event));
 }
 
 AccessibleSilence::AccessibleSilence(QWidget *widget) : m_widget(widget)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QPointer>
 #include <QWidget>
 
@@ -12,6 +13,9 @@ namespace morvane {
 /// row, and a field that takes it is told of before its caret. Call it once, after the application object was
 /// made.
 void installAccessibleEventFilter();
+
+/// Whether the filter lets an event through.
+bool isToldToReaders(const QAccessibleEvent &event);
 
 /// While it lives, `widget` and everything in it tell assistive technology nothing, but a window still tells
 /// of itself. For changes that the reader is told of in one event instead of one for each part.

@@ -171,6 +171,15 @@ void MorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOption
         drawSpinBox(*painter, *box);
         return;
     }
+    if (const auto *button = qstyleoption_cast<const QStyleOptionToolButton *>(option);
+        button != nullptr && control == CC_ToolButton && button->state.testFlag(State_HasFocus)) {
+        // Around the button; the toolkit would draw it through the symbol.
+        QStyleOptionToolButton unfocused = *button;
+        unfocused.state.setFlag(State_HasFocus, false);
+        QProxyStyle::drawComplexControl(control, &unfocused, painter, widget);
+        drawFocusRing(*painter, button->rect, cornerRadius, button->palette);
+        return;
+    }
     if (const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
         slider != nullptr && isPlainSlider(control, *slider)) {
         drawSlider(*painter, *slider, subControlRect(control, option, SC_SliderHandle, widget));

@@ -4,6 +4,7 @@
 
 #include "app/AppModel.h"
 #include "ui/theme/Icons.h"
+#include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/ConversationDelegate.h"
 #include "ui/window/ConversationList.h"
@@ -15,6 +16,8 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyleOption>
+#include <QStylePainter>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -34,15 +37,20 @@ public:
     using QToolButton::QToolButton;
 
 protected:
-    void paintEvent(QPaintEvent *event) override
+    void paintEvent(QPaintEvent *) override
     {
-        QPainter painter(this);
+        QStylePainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(ThemeColors::fromPalette(palette()).window);
         painter.drawRoundedRect(rect(), buttonRadius, buttonRadius);
-        painter.end();
-        QToolButton::paintEvent(event);
+        QStyleOptionToolButton option;
+        initStyleOption(&option);
+        option.state.setFlag(QStyle::State_HasFocus, false);
+        painter.drawComplexControl(QStyle::CC_ToolButton, option);
+        if (hasFocus())
+            MorvaneStyle::drawFocusRing(painter, QRectF(rect()).adjusted(2, 2, -2, -2), buttonRadius,
+                                        palette());
     }
 };
 

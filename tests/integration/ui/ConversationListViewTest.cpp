@@ -122,7 +122,7 @@ TEST_F(ConversationListViewTest, FocusIsSeenOnTheOpenRowToo)
             const QImage picture = pictureOf(list->viewport());
             const QPoint ground(place.right() - 10, place.center().y());
             double greatest = 1;
-            for (int y = place.top(); y < place.top() + 6; ++y)
+            for (int y = place.top() + 3; y < place.top() + 6; ++y)
                 greatest = std::max(greatest, contrastAlong(picture, y, ground));
             EXPECT_GE(greatest, graphicsContrast) << title.toStdString();
         }
@@ -152,6 +152,22 @@ TEST_F(ConversationListViewTest, TheButtonOnTheOpenRowAndItsFocusAreSeen)
         EXPECT_GE(ring(focused), graphicsContrast);
     }
     QApplication::setPalette(lightPalette());
+}
+
+TEST_F(ConversationListViewTest, TheListComesBeforeItsButtonWhateverStandsBeside)
+{
+    click(u"Older"_s);
+    settle();
+    QWidget window;
+    auto *before = new QToolButton(&window);
+    view->setParent(&window);
+    window.show();
+    view->show();
+    const QWidget *stop = before->nextInFocusChain();
+    while (stop != list && stop != remove)
+        stop = stop->nextInFocusChain();
+    EXPECT_EQ(stop, list);
+    view->setParent(nullptr);
 }
 
 TEST_F(ConversationListViewTest, DeleteRightAfterAClickDeletesWhatWasClicked)
