@@ -36,8 +36,8 @@ TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
     MorvaneSession &morvane = listen({calculating(), ScriptedTurn::saying({"Six times ", "seven is 42."})});
     morvane.send(u"What is six times seven?"_s);
     ASSERT_TRUE(reader().hears(titled));
-    const QStringList lastPieces{u"Delete Scripted title push button."_s,
-                                 row,
+    const QStringList lastPieces{row,
+                                 u"Delete Scripted title push button."_s,
                                  u"New conversation push button."_s,
                                  u"Settings push button."_s,
                                  u"Accessibility actions: copy, read again."_s,

@@ -59,7 +59,7 @@ protected:
 ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     : QWidget(parent), m_model(model), m_rows(new ConversationListModel(model.conversations(), this)),
       m_list(new ConversationList), m_empty(new QLabel(u"No saved conversations yet."_s)),
-      m_delete(new DeleteButton(this))
+      m_delete(new DeleteButton)
 {
     auto *title = new QLabel(u"Conversations"_s);
     QFont bold = title->font();
@@ -100,7 +100,7 @@ ConversationListView::ConversationListView(AppModel &model, QWidget *parent)
     column->addWidget(title);
     column->addWidget(m_empty, 1);
     column->addWidget(m_list, 1);
-    setTabOrder(m_list, m_delete);
+    m_delete->setParent(this); // only now, so that Tab reaches it after the list
 
     connect(m_list, &QListView::clicked, this, [this](const QModelIndex &row) {
         openRow(row);
