@@ -4,6 +4,8 @@
 #include <QScrollBar>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
@@ -28,10 +30,10 @@ protected:
 TEST_F(AccessibleEventsTest, HiddenWidgetsTellNothing)
 {
     EXPECT_FALSE(isTold(field, QAccessible::NameChanged));
-    EXPECT_FALSE(isToldToReaders(QAccessibleTextInsertEvent(field, 0, QStringLiteral("text"))));
+    EXPECT_FALSE(isToldToReaders(QAccessibleTextInsertEvent(field, 0, u"text"_s)));
     part->show();
     EXPECT_TRUE(isTold(field, QAccessible::NameChanged));
-    EXPECT_TRUE(isToldToReaders(QAccessibleTextInsertEvent(field, 0, QStringLiteral("text"))));
+    EXPECT_TRUE(isToldToReaders(QAccessibleTextInsertEvent(field, 0, u"text"_s)));
 }
 
 TEST_F(AccessibleEventsTest, WhatIsHiddenIsToldOfOnceAsAWhole)
