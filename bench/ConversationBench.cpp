@@ -1,17 +1,22 @@
-// What the conversation view costs: opening 5,000 messages, scrolling them from end to end, and an answer of
-// 100,000 one-word tokens without a line end that streams in and is then formatted. Prints JSON, times in
-// milliseconds. Run it with QT_QPA_PLATFORM=offscreen, or on a screen to include the display.
+// What the conversation view costs: opening 5,000 messages, scrolling them from end to end, looking for a
+// word in them, copying them all, and an answer of 100,000 one-word tokens without a line end that streams in
+// and is then formatted. Prints JSON, times in milliseconds. Run it with QT_QPA_PLATFORM=offscreen, or on a
+// screen to include the display.
 
 #include "MeasuredApplication.h"
 #include "app/ActivityLog.h"
 #include "app/Transcript.h"
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
 #include "platform/Announcer.h"
 #include "support/SampleMessage.h"
 #include "tools/FixedColorScheme.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/find/FindSession.h"
 #include "ui/theme/Theme.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
@@ -163,6 +168,34 @@ int main(int argc, char **argv)
     }
     const qint64 memoryAfter = memory();
 
+    SystemClock clock;
+    Scheduler scheduler(clock);
+    FindSession find(scheduler, transcript);
+    QObject::connect(&find, &FindSession::reached, &view,
+                     [&](const FoundText &found) { view.showMatch(found, find.words()); });
+    application.longest = 0;
+    timer.start();
+    find.search(u"a"_s, 0); // in every message, many times
+    const qint64 searchCall = timer.nsecsElapsed();
+    while (!find.count())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double findTime = milliseconds(timer.nsecsElapsed());
+    settle(100);
+    const double findStall = milliseconds(std::max(application.longest, searchCall));
+    find.search({}, 0);
+    view.selectAll();
+    settle(100);
+    application.longest = 0;
+    QApplication::clipboard()->clear();
+    timer.start();
+    view.copy();
+    const qint64 copyCall = timer.nsecsElapsed();
+    while (QApplication::clipboard()->text().isEmpty())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double copyTime = milliseconds(timer.nsecsElapsed());
+    const double copyStall = milliseconds(std::max(application.longest, copyCall));
+    const qsizetype copied = QApplication::clipboard()->text().size();
+
     transcript.append(sampleMessage(Role::user, u"Now a very long answer."_s));
     ChatMessage answer = sampleMessage(Role::assistant, QString());
     answer.isStreaming = true;
@@ -189,6 +222,9 @@ int main(int argc, char **argv)
     std::printf("\"scrollFrames\": {\"p50\": %.2f, \"p99\": %.2f, \"max\": %.2f}, \"memoryMoreKB\": %lld, ",
                 percentile(frames, 0.5), percentile(frames, 0.99), percentile(frames, 1.0),
                 static_cast<long long>(memoryAfter - memoryBefore));
+    std::printf("\"findTime\": %.1f, \"findStall\": %.2f, \"copyAll\": {\"letters\": %lld, \"time\": %.1f, "
+                "\"stall\": %.2f}, ",
+                findTime, findStall, static_cast<long long>(copied), copyTime, copyStall);
     std::printf("\"streamTokens\": %d, \"streamProcessorSeconds\": %.2f, ", tokenCount, streamProcessor);
     std::printf("\"longestStall\": %.2f, \"longestStallProcessor\": %.2f, ", longestStall, longestProcessor);
     std::printf("\"finishStall\": %.2f, \"finishStallProcessor\": %.2f}\n", finishStall, finishProcessor);

@@ -8,10 +8,8 @@
 #include "ui/conversation/RowMenu.h"
 #include "ui/markdown/MarkdownParser.h"
 
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDesktopServices>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
@@ -334,7 +332,7 @@ void ChatScrollView::focusOutEvent(QFocusEvent *event)
 void ChatScrollView::copy()
 {
     if (!m_gestures.selection().isEmpty())
-        QGuiApplication::clipboard()->setText(selectedText());
+        m_gestures.copy();
     else if (currentRow() >= 0)
         m_actions.copy(*m_cursor.item());
 }

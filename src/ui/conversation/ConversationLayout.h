@@ -75,8 +75,6 @@ public:
     }
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, qsizetype segment) const;
-    /// All that a row shows, without formatting and without laying it out.
-    QString wholeText(const ConversationItem &item) const { return m_texts.wholeText(item); }
     /// What is copied between a segment and the one above it.
     QString separatorAbove(const ConversationItem &item, qsizetype segment) const;
 

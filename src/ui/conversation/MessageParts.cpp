@@ -3,9 +3,11 @@
 #include "base/Text.h"
 #include "ui/markdown/MarkdownSegmenter.h"
 #include "ui/markdown/PlainTextSegmenter.h"
+#include "ui/markdown/SegmentText.h"
 
 #include <QStringList>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +20,14 @@ namespace {
 constexpr qsizetype fileNameLimit = 255;
 
 constexpr qsizetype mostPictures = 20;
+
+bool standsApart(const TextSegment &segment)
+{
+    using Joint = TextSegment::Joint;
+    if (segment.kind == TextSegment::Kind::code)
+        return segment.startsBlock;
+    return segment.joint == Joint::block || segment.joint == Joint::heading;
+}
 
 bool isPicture(const ChatAttachment &attachment)
 {
@@ -97,6 +107,40 @@ QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QStrin
         extendPlainSegments(segments, text);
     }
     return segments;
+}
+
+QString separatorBetween(QStringView text, const SegmentLayout &above, const SegmentLayout &below)
+{
+    const TextSegment &segment = below.segment;
+    if (below.part != above.part)
+        return u"\n"_s;
+    if (segment.kind != TextSegment::Kind::plain &&
+        (above.segment.kind != segment.kind || standsApart(segment)))
+        return u"\n\n"_s;
+    if (segment.kind == TextSegment::Kind::markdown && segment.joint == TextSegment::Joint::item)
+        return u"\n"_s;
+    // Lines that are too long are cut between words or within one; then nothing stands there but a blank.
+    const qsizetype end = qMax<qsizetype>(0, above.segment.end() - 1);
+    const QStringView between = text.sliced(end, segment.from - end);
+    return between.contains(u'\n') ? u"\n"_s : between.mid(1).toString();
+}
+
+QString wholeText(const ChatMessage &message)
+{
+    QString whole;
+    std::optional<SegmentLayout> above;
+    for (const RowPart part : messageParts(message)) {
+        const QString text = partText(message, part);
+        QString references;
+        for (const TextSegment &segment : partSegments(message, part, references)) {
+            const SegmentLayout layout{.segment = segment, .part = part};
+            if (above)
+                whole += separatorBetween(text, *above, layout);
+            whole += shownText(text, segment, references);
+            above = layout;
+        }
+    }
+    return whole;
 }
 
 } // namespace morvane

@@ -24,4 +24,10 @@ qsizetype shownPictureCount(const ChatMessage &message);
 /// How a part is cut into segments; the definitions of its links go into `references`.
 QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QString &references);
 
+/// What is copied between two segments of a row; `text` is that of the lower one's part.
+QString separatorBetween(QStringView text, const SegmentLayout &above, const SegmentLayout &below);
+
+/// All that a message's row shows, without formatting.
+QString wholeText(const ChatMessage &message);
+
 } // namespace morvane

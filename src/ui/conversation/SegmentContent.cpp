@@ -13,14 +13,6 @@ namespace {
 
 constexpr auto errorPrefix = "Error: "_L1;
 
-bool standsApart(const TextSegment &segment)
-{
-    using Joint = TextSegment::Joint;
-    if (segment.kind == TextSegment::Kind::code)
-        return segment.startsBlock;
-    return segment.joint == Joint::block || segment.joint == Joint::heading;
-}
-
 } // namespace
 
 QString SegmentContent::text(const ConversationItem &item, RowPart part) const
@@ -57,43 +49,11 @@ QString SegmentContent::plainText(const ConversationItem &item, const RowLayout 
     return shownText(m_content.text(item), segment.segment, row.references);
 }
 
-QString SegmentContent::wholeText(const ConversationItem &item) const
-{
-    if (item.kind != ConversationItem::Kind::message)
-        return m_content.text(item);
-    const ChatMessage &message = m_content.message(item);
-    RowLayout row;
-    for (const RowPart part : messageParts(message))
-        for (const TextSegment &segment : partSegments(message, part, row.references))
-            row.segments.append({.segment = segment, .part = part});
-    QString text;
-    for (qsizetype i = 0; i < row.segments.size(); ++i) {
-        if (i > 0)
-            text += separatorAbove(item, row, i);
-        text += plainText(item, row, i);
-    }
-    return text;
-}
-
 QString SegmentContent::separatorAbove(const ConversationItem &item, const RowLayout &row,
                                        qsizetype index) const
 {
-    const SegmentLayout &above = row.segments.at(index - 1);
-    const SegmentLayout &layout = row.segments.at(index);
-    const TextSegment &segment = layout.segment;
-    if (layout.part != above.part)
-        return u"\n"_s;
-    if (segment.kind != TextSegment::Kind::plain &&
-        (above.segment.kind != segment.kind || standsApart(segment)))
-        return u"\n\n"_s;
-    if (segment.kind == TextSegment::Kind::markdown && segment.joint == TextSegment::Joint::item)
-        return u"\n"_s;
-    // Lines that are too long are cut between words or within one; then nothing stands there but a blank.
-    const qsizetype end = qMax<qsizetype>(0, above.segment.end() - 1);
-    const QString text = this->text(item, layout.part).sliced(end, segment.from - end);
-    if (text.contains(u'\n'))
-        return u"\n"_s;
-    return text.mid(1);
+    const SegmentLayout &segment = row.segments.at(index);
+    return separatorBetween(text(item, segment.part), row.segments.at(index - 1), segment);
 }
 
 std::unique_ptr<QTextDocument> SegmentContent::makeDocument(const ConversationItem &item,

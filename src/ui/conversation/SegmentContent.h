@@ -25,8 +25,6 @@ public:
     QString text(const ConversationItem &item, const SegmentLayout &segment) const;
     /// What a segment shows, without formatting.
     QString plainText(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
-    /// All that a row shows, without formatting. Cuts the row for itself, so that its layout stays as it is.
-    QString wholeText(const ConversationItem &item) const;
     /// What is copied between a segment and the one above it in the same row.
     QString separatorAbove(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
     /// A document that is not laid out yet.

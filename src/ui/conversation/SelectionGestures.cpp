@@ -186,7 +186,7 @@ void SelectionGestures::release()
     else if (!m_pressedLink.isEmpty())
         Q_EMIT linkPressed(std::exchange(m_pressedLink, QString()));
     else if (!m_selection.isEmpty() && QGuiApplication::clipboard()->supportsSelection())
-        QGuiApplication::clipboard()->setText(selectedText(), QClipboard::Selection);
+        m_primary.copy(m_selection.rows(m_layout));
 }
 
 void SelectionGestures::timerEvent(QTimerEvent *event)

@@ -27,7 +27,9 @@ public:
     SelectionGestures(ConversationLayout &layout, ConversationScroll &scroll, QWidget &viewport);
 
     const TextSelection &selection() const { return m_selection; }
-    QString selectedText() const { return m_selection.text(m_layout); }
+    QString selectedText() const { return textOf(m_selection.rows(m_layout)); }
+    /// Puts what is selected on the clipboard.
+    void copy() { m_clipboard.copy(m_selection.rows(m_layout)); }
     void clear();
     void select(const TextPlace &from, const TextPlace &to);
     /// Selects whole rows, from one to another in whatever order.
@@ -58,6 +60,8 @@ private:
     ConversationScroll &m_scroll;
     QWidget &m_viewport;
     TextSelection m_selection;
+    SelectionCopy m_clipboard{QClipboard::Clipboard};
+    SelectionCopy m_primary{QClipboard::Selection}; ///< What the middle mouse button pastes.
     QBasicTimer m_tripleClickTimer;
     QBasicTimer m_dragTimer; ///< Scrolls on while a drag is outside the viewport.
     QPoint m_pressedAt;

@@ -78,24 +78,27 @@ QString TextSelection::rowText(ConversationLayout &layout, const ConversationIte
     return text;
 }
 
-QString TextSelection::text(ConversationLayout &layout) const
+QList<SelectedRow> TextSelection::rows(ConversationLayout &layout) const
 {
+    QList<SelectedRow> rows;
     const auto ends = this->ends();
     if (!ends)
-        return {};
+        return rows;
     const qsizetype first = m_content.position(ends->first.item);
     const qsizetype last = m_content.position(ends->last.item);
-    QStringList rows;
     for (qsizetype row = first; row <= last; ++row) {
+        const ConversationItem item = m_content.item(row);
         const TextPosition from = row == first ? ends->first.position : TextPosition();
         const TextPosition to = row == last ? ends->last.position : TextPosition::rowEnd();
         const bool isWhole = from == TextPosition() && to == TextPosition::rowEnd();
-        const ConversationItem item = m_content.item(row);
-        const QString text = isWhole ? layout.wholeText(item) : rowText(layout, item, from, to);
-        if (!text.isEmpty())
-            rows += text;
+        if (!isWhole)
+            rows.append(rowText(layout, item, from, to));
+        else if (item.kind == ConversationItem::Kind::message)
+            rows.append(m_content.message(item));
+        else
+            rows.append(m_content.text(item));
     }
-    return rows.join(u"\n\n"_s);
+    return rows;
 }
 
 } // namespace morvane

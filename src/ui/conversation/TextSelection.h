@@ -1,9 +1,9 @@
 #pragma once
 
 #include "ui/conversation/ConversationItem.h"
+#include "ui/conversation/SelectionCopy.h"
 
 #include <QString>
-#include <QStringList>
 #include <compare>
 #include <limits>
 #include <optional>
@@ -60,8 +60,8 @@ public:
     /// What is selected of a segment, or nothing.
     std::optional<SelectedRange> range(const ConversationItem &item, qsizetype segment) const;
 
-    /// The selected text as it is shown, with an empty line between paragraphs and between rows.
-    QString text(ConversationLayout &layout) const;
+    /// What is selected, row by row, as it is shown, with an empty line between paragraphs.
+    QList<SelectedRow> rows(ConversationLayout &layout) const;
 
 private:
     struct Ends {

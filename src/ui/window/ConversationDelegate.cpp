@@ -17,8 +17,8 @@ constexpr int spacing = 7;
 constexpr qreal radius = 6;
 
 /// As wide as a row's details become.
-constexpr auto widestDate = "Sep 30, 12:00 PM"_L1;
-const auto widestDetail = u"Sep 30, 12:00 PM · 1000 messages"_s;
+constexpr auto widestDate = "Nov 22, 12:00 AM"_L1;
+const auto widestDetail = u"Nov 22, 12:00 AM · 1000 messages"_s;
 
 QFont detailFont(QFont font)
 {
@@ -84,7 +84,8 @@ void ConversationDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
 int ConversationDelegate::minimumWidth(const QFont &font)
 {
     const int date = QFontMetrics(detailFont(font)).horizontalAdvance(widestDate);
-    return date - roomIn(0);
+    constexpr int scrollBar = 12;
+    return date - roomIn(0) + scrollBar;
 }
 
 QSize ConversationDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const

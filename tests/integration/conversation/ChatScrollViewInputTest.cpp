@@ -342,6 +342,12 @@ TEST_F(ChatScrollViewInputTest, SelectingEverythingLaysNothingOut)
     EXPECT_EQ(text.count(u"Message "_s), 2000);
     EXPECT_EQ(view.rows().height(), height);
     EXPECT_EQ(view.rows().documentCount(), documents);
+    // So much is copied in pieces, and stays what it was when copying began.
+    QApplication::clipboard()->setText(u"before"_s);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"before"_s);
+    transcript.reset({message(Role::user, u"Another conversation"_s)});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return clipboard() == text; }));
 }
 
 TEST_F(ChatScrollViewInputTest, OnlyTheCopyButtonsOfTheFocusedRowAreOnTheWayOfTab)
