@@ -30,6 +30,7 @@ TEST_F(HeardSheetsTest, AnApprovalIsReadOutOnceAndTheNextOneAsANewDialog)
         u"Action requires approval dialog Only allow this if you trust what it will do on your "
         "Mac. You can deny it and the assistant will continue without doing it."_s;
     morvane.send(u"Write two notes"_s);
+    qsizetype denied = 0;
     for (const auto *name : {"one", "two"}) {
         const QString what = u"write a file at /nowhere/%1.txt."_s.arg(QString::fromLatin1(name));
         const QString asked =
@@ -40,7 +41,11 @@ TEST_F(HeardSheetsTest, AnApprovalIsReadOutOnceAndTheNextOneAsANewDialog)
         for (const QString &piece : expected)
             EXPECT_EQ(times(piece), 1) << piece.toStdString();
         reader().forget();
-        ASSERT_TRUE(answer(morvane, u"Escape"_s, what));
+        // The next request has controls of the same names.
+        ASSERT_TRUE(pressUntil(morvane, u"Escape"_s, [&] {
+            return morvane.ear().heard().count(u"Action denied. The assistant will continue."_s) > denied;
+        }));
+        ++denied;
         ASSERT_TRUE(reader().hears(u"notification Action denied. The assistant will continue."_s));
     }
     EXPECT_TRUE(reader().hears(u"notification Then not."_s));
@@ -59,7 +64,10 @@ TEST_F(HeardSheetsTest, ADestructiveRequestIsHeardAsOne)
         u"notification Morvane wants to run the command: rm -rf /nowhere. Warning: this is a destructive "
         "action that may delete data or be hard to undo. Do you allow it?"_s};
     ASSERT_TRUE(reader().hearsInOrder(expected));
-    morvane.keyboard().press(u"Tab"_s);
+    ASSERT_TRUE(pressUntil(morvane, u"Tab"_s, [&] {
+        const auto focused = morvane.program().focused();
+        return focused && focused->name == "Deny the action"_L1;
+    }));
     ASSERT_TRUE(reader().hears(u"Deny the action push button."_s));
     morvane.keyboard().press(u"Tab"_s);
     ASSERT_TRUE(reader().hears(u"Allow this destructive action push button."_s));

@@ -19,14 +19,23 @@ MorvaneSession &HeardTest::listen(std::vector<ScriptedTurn> turns)
     return session;
 }
 
-bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)
+bool HeardTest::pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone)
 {
     QDeadlineTimer pause(0);
     return waitUntil([&] {
+        if (isDone())
+            return true;
         if (pause.hasExpired()) {
             morvane.keyboard().press(key);
-            pause.setRemainingTime(700);
+            pause.setRemainingTime(1'500);
         }
+        return false;
+    });
+}
+
+bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)
+{
+    return pressUntil(morvane, key, [&] {
         return !morvane.program().tree().first([&](const AccessibleNode &node) {
             return node.name == control && node.has(AccessibleState::showing);
         });
