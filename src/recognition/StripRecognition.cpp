@@ -1,6 +1,7 @@
 #include "recognition/StripRecognition.h"
 
 #include <algorithm>
+#include <array>
 #include <leptonica/allheaders.h>
 #include <tesseract/baseapi.h>
 #include <tesseract/resultiterator.h>
@@ -15,6 +16,12 @@ constexpr int enlargement = 2;
 /// Less is what pictures are mistaken for.
 constexpr float leastConfidence = 30; // percent
 constexpr int dotsPerInch = 192;
+/// Pixels of the side of a part whose ground is looked at by itself: a letter or two.
+constexpr int part = 32;
+constexpr int darkGround = 112;
+/// Sauvola's: each place is compared with what is around it, so that one window does not hide the text of
+/// another. One threshold for the whole strip is the engine's usual one.
+constexpr auto localThreshold = "2";
 
 struct PixDestroy {
     void operator()(Pix *pix) const { pixDestroy(&pix); }
@@ -34,26 +41,39 @@ std::string installedOf(const std::string &wanted, const std::vector<std::string
     return languages;
 }
 
-/// The strip at twice its size, dark text on a light ground: the engine tries dark grounds twice.
+/// The shade that most pixels of a part of the picture have: what its text is written on.
+int ground(const GrayPicture &picture, int left, int top, int right, int bottom)
+{
+    constexpr int shades = 16;
+    std::array<int, 256 / shades> counts{};
+    for (int y = top; y < bottom; ++y)
+        for (int x = left; x < right; ++x)
+            ++counts[picture.row(y)[x] / shades];
+    const auto most = std::max_element(counts.begin(), counts.end());
+    return int(most - counts.begin()) * shades + shades / 2;
+}
+
+/// The strip at twice its size, dark text on a light ground: the engine takes light text on a dark one for
+/// the ground. Each small part is looked at by itself, as a screen has windows of both kinds beside each
+/// other.
 Picture enlarged(const GrayPicture &picture, const Strip &strip)
 {
-    const int rows = strip.bottom - strip.top;
-    const Picture plain(pixCreate(picture.width, rows, 8));
+    const Picture plain(pixCreate(picture.width, strip.bottom - strip.top, 8));
     if (!plain)
         return nullptr;
-    uint64_t sum = 0;
     const int words = pixGetWpl(plain.get());
-    for (int y = 0; y < rows; ++y) {
-        const uint8_t *const source = picture.row(strip.top + y);
-        l_uint32 *const line = pixGetData(plain.get()) + std::ptrdiff_t(y) * words;
-        for (int x = 0; x < picture.width; ++x) {
-            SET_DATA_BYTE(line, x, source[x]);
-            sum += source[x];
+    for (int top = strip.top; top < strip.bottom; top += part) {
+        const int bottom = std::min(top + part, strip.bottom);
+        for (int left = 0; left < picture.width; left += part) {
+            const int right = std::min(left + part, picture.width);
+            const int mask = ground(picture, left, top, right, bottom) < darkGround ? 255 : 0;
+            for (int y = top; y < bottom; ++y) {
+                l_uint32 *const line = pixGetData(plain.get()) + std::ptrdiff_t(y - strip.top) * words;
+                for (int x = left; x < right; ++x)
+                    SET_DATA_BYTE(line, x, picture.row(y)[x] ^ mask);
+            }
         }
     }
-    const bool isDark = sum < uint64_t(picture.width) * uint64_t(rows) * 112;
-    if (isDark)
-        pixInvert(plain.get(), plain.get());
     return Picture(pixScaleGray2xLI(plain.get()));
 }
 
@@ -82,6 +102,7 @@ bool StripRecognition::prepare(const std::string &languages)
         m_engine->Init(nullptr, wanted.c_str(), tesseract::OEM_LSTM_ONLY) != 0)
         return false;
     m_engine->SetVariable("debug_file", "/dev/null");
+    m_engine->SetVariable("thresholding_method", localThreshold);
     m_engine->SetPageSegMode(tesseract::PSM_SPARSE_TEXT);
     return true;
 }

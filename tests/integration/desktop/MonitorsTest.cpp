@@ -48,7 +48,7 @@ TEST_F(MonitorsTest, AProgramLeftOfThePrimaryMonitorIsSeenAndClickedAtNegativeCo
     share({640, 0, 640, 960}, {0, 0, 640, 960});
     TestProgram &yad = start(
         u"yad"_s, {u"--form"_s, u"--geometry=300x200+100+200"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
-    const QString text = captureWith(u"button 'Leave'"_s);
+    const QString text = captureWith(u"Leave  [click"_s);
     EXPECT_TRUE(text.contains(u"Screen region: 640 x 960 points with top-left corner at (-640, 0)."_s))
         << text.toStdString();
     const auto element = placeOf(text, u"button 'Leave'"_s);
@@ -66,7 +66,7 @@ TEST_F(MonitorsTest, AProgramAboveThePrimaryMonitorIsSeenAndPressed)
     share({0, 480, 1280, 480}, {0, 0, 1280, 480});
     TestProgram &yad = start(
         u"yad"_s, {u"--form"_s, u"--geometry=300x200+300+100"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
-    const QString text = captureWith(u"button 'Leave'"_s);
+    const QString text = captureWith(u"Leave  [click"_s);
     EXPECT_TRUE(text.contains(u"Screen region: 1280 x 480 points with top-left corner at (0, -480)."_s))
         << text.toStdString();
     const auto element = placeOf(text, u"button 'Leave'"_s);

@@ -30,6 +30,36 @@ TEST_F(ProgramsTest, AFormOfGtk3IsFilledInAndItsButtonPressedByNumber)
     EXPECT_TRUE(yad.log().contains(u"Ada Ünsal|Łódź 😀 123|"_s)) << yad.log().toStdString();
 }
 
+TEST_F(ProgramsTest, AFormOfGtk4IsFilledInItsButtonPressedByNumberAndItsDialogRead)
+{
+    start(u"gtk4-demo"_s, {u"--run=dialog"_s});
+    const QString text = captureWith(u"Interactive Dialog  [click"_s);
+    // Names as this toolkit makes them: with the mark of the key, and twice.
+    const QString name = u"button '_Interactive Dialog Interactive Dialog'"_s;
+    const QPoint element = placeOf(text, name).value_or(QPoint());
+    const QPoint words = placeOfText(text, u"Interactive Dialog"_s).value_or(QPoint());
+    EXPECT_LE((element - words).manhattanLength(), 4) << text.toStdString();
+    const QString typed = run(m_tools.axType(numberOf(text, u"text field 'Entry 1'"_s), u"amber lantern"_s));
+    EXPECT_TRUE(typed == u"Set the contents of text field 'Entry 1' to \"amber lantern\"."_s ||
+                typed == u"Typed 13 characters."_s)
+        << typed.toStdString();
+    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, name))).startsWith(u"Pressed "_s + name));
+    const QString dialog = captureWith(u"(frontmost window: \"Interactive Dialog\")"_s);
+    EXPECT_TRUE(dialog.contains(u"text field 'Entry 1'"_s)) << dialog.toStdString();
+    captureWith(u"amber lantern"_s);
+}
+
+TEST_F(ProgramsTest, TextOfALightWindowIsReadOnADarkDesktopAndTheOtherWayRound)
+{
+    for (const auto &[ink, paper] : {std::pair{u"black"_s, u"#f4f4f0"_s}, {u"#d0d0d0"_s, u"#1c1c20"_s}}) {
+        start(u"xterm"_s,
+              {u"-geometry"_s, u"60x6+200+300"_s, u"-fa"_s, u"DejaVu Sans Mono"_s, u"-fs"_s, u"9"_s, u"-fg"_s,
+               ink, u"-bg"_s, paper, u"-e"_s, u"sh"_s, u"-c"_s, u"echo ordinary small words; sleep 600"_s});
+        captureWith(u"ordinary small words  [click"_s);
+        m_programs.clear();
+    }
+}
+
 TEST_F(ProgramsTest, AnElementOfAProgramThatHasEndedIsAnErrorAndNoClick)
 {
     start(u"yad"_s, {u"--form"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
@@ -145,7 +175,7 @@ TEST_F(ProgramsTest, AFormOfGtk3AtTwiceTheSizeIsHitInTheMiddle)
 {
     TestProgram &yad =
         start(u"yad"_s, {u"--form"_s, u"--field=Name"_s, u"--button=Leave:0"_s}, {{u"GDK_SCALE"_s, u"2"_s}});
-    const QString text = captureWith(u"button 'Leave'"_s);
+    const QString text = captureWith(u"Leave  [click"_s);
     const QPoint element = placeOf(text, u"button 'Leave'"_s).value_or(QPoint());
     const QPoint words = placeOfText(text, u"Leave"_s).value_or(QPoint());
     EXPECT_LE((element - words).manhattanLength(), 4) << text.toStdString();
