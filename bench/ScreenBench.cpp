@@ -133,7 +133,9 @@ private:
         file.close();
         const Front terminal(u"xterm"_s,
                              {u"-fullscreen"_s, u"-fa"_s, u"DejaVu Sans Mono"_s, u"-fs"_s, u"9"_s, u"-e"_s,
-                              u"sh"_s, u"-c"_s, u"cat "_s + file.fileName() + u"; sleep 600"_s},
+                              u"sh"_s, u"-c"_s,
+                              u"until [ $(stty size | cut -d' ' -f2) -gt 200 ]; do sleep 0.1; done; cat "_s +
+                                  file.fileName() + u"; sleep 600"_s},
                              m_folder.filePath(u"xterm.log"_s));
         waitUntil([&] { return foundPercent(words, capture()) > 50; });
         const double before = megabytes("Pss");

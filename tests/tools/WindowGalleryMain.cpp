@@ -92,7 +92,8 @@ void addOptions(QCommandLineParser &parser)
     };
     parser.addOption({u"dark"_s, u"Dark colours."_s});
     option("window",
-           "Which window: settings, tool-servers, add-server, welcome, conversation, find, pictures, "
+           "Which window: settings, permissions, tool-servers, add-server, welcome, conversation, find, "
+           "pictures, "
            "shortcuts, permission, "
            "question.",
            "name", "settings");
@@ -192,7 +193,7 @@ int main(int argc, char **argv)
         stage.addToolServers(value("servers").toInt());
     std::unique_ptr<QWidget> window;
     std::unique_ptr<QWidget> shown; // above it
-    const QStringList inSettings{u"settings"_s, u"tool-servers"_s, u"add-server"_s};
+    const QStringList inSettings{u"settings"_s, u"permissions"_s, u"tool-servers"_s, u"add-server"_s};
     const bool isSettings = inSettings.contains(value("window"));
     if (isSettings)
         window = std::make_unique<SettingsView>(stage.settingsServices, stage.model.localModel(),
@@ -204,7 +205,7 @@ int main(int argc, char **argv)
         window->resize(size);
     window->show();
     if (isSettings && value("window") != u"settings"_s)
-        window->findChild<QTabWidget *>()->setCurrentIndex(2);
+        window->findChild<QTabWidget *>()->setCurrentIndex(value("window") == u"permissions"_s ? 1 : 2);
     if (value("window") == u"add-server"_s)
         window->findChild<AddMCPServerView *>()->open();
     if (!isSettings && value("window") != u"welcome"_s)

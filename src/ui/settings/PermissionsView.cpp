@@ -4,11 +4,11 @@
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
-#include "ui/controls/WrappingButton.h"
 #include "ui/settings/PermissionRow.h"
 
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -73,8 +73,7 @@ PermissionsView::PermissionsView(PermissionsModel &model, QWidget *parent)
     auto *header = new QHBoxLayout;
     header->addWidget(new SymbolLabel(Symbol::shieldLock, &ThemeColors::accent));
     header->addWidget(new HeadingLabel(u"Permissions"_s, HeadingLabel::Level::title), 1);
-    auto *again = new WrappingButton(u"Check again"_s);
-    again->setIcon(symbolIcon(Symbol::arrowClockwise));
+    auto *again = new QPushButton(symbolIcon(Symbol::arrowClockwise), u"Check again"_s);
     again->setAccessibleName(u"Check permission status again"_s);
     connect(again, &QPushButton::clicked, &model, &PermissionsModel::refresh);
     header->addWidget(again);
