@@ -30,9 +30,9 @@ AgentRequest::AgentRequest(Scheduler &scheduler, const SettingsStore &settings,
 
 void AgentRequest::setPhase(Phase phase)
 {
-    const bool wasBusy = isBusy();
+    const std::size_t before = m_phase.index();
     m_phase = std::move(phase);
-    if (isBusy() != wasBusy)
+    if (m_phase.index() != before)
         Q_EMIT isBusyChanged();
 }
 

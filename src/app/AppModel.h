@@ -47,6 +47,7 @@ public:
     std::optional<QUuid> currentConversationID() const { return conversations().currentID(); }
     QString currentTitle() const { return conversations().currentTitle(); }
     bool isBusy() const override { return m_request.isBusy(); }
+    bool canCancel() const override { return !m_request.isIdle(); }
     bool isReady() const override { return conversations().isReady(); }
     /// Whether a message waits for the local model's setup.
     bool isInstallPending() const { return m_request.isInstallPending(); }

@@ -27,6 +27,8 @@ public:
                       const QString &note = {}) = 0;
     virtual void cancel() = 0;
     virtual bool isBusy() const = 0;
+    /// Whether there is a request to cancel: one that is worked on, or one that waits for the local model.
+    virtual bool canCancel() const = 0;
     /// Whether the messages of the conversation are there, so that one can be added.
     virtual bool isReady() const = 0;
 
@@ -38,6 +40,7 @@ public:
     virtual PendingAttachments *newAttachments(QObject *parent) = 0;
 
 Q_SIGNALS:
+    /// isBusy or canCancel tells something else.
     void isBusyChanged();
     /// The user leaves the conversation for another or a new one.
     void conversationLeft();

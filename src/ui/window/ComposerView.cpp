@@ -178,7 +178,7 @@ bool ComposerView::hasInput() const
 
 bool ComposerView::canSend() const
 {
-    return hasInput() && !m_conversation.isBusy() && m_attachments->processingCount() == 0 &&
+    return hasInput() && !m_conversation.canCancel() && m_attachments->processingCount() == 0 &&
            !m_updates.isUpdateRequired();
 }
 
@@ -244,7 +244,8 @@ void ComposerView::updateState()
 
 void ComposerView::updateSendButton()
 {
-    const bool busy = m_conversation.isBusy();
+    // A message that waits for the local model is a long wait, and can be taken back.
+    const bool busy = m_conversation.canCancel();
     const bool sendable = canSend();
     // Focus must not fall out of the composer when one button takes the other's place.
     const bool buttonHadFocus = m_send->hasFocus() || m_stop->hasFocus();

@@ -105,7 +105,7 @@ void MainMenus::addConversationMenu()
     stop->setShortcut(Qt::Key_Escape);
     stop->setEnabled(false);
     // While a sheet asks something, Escape belongs to it.
-    const auto update = [this, stop] { stop->setEnabled(m_model.isBusy() && !hasSheet()); };
+    const auto update = [this, stop] { stop->setEnabled(m_model.canCancel() && !hasSheet()); };
     connect(&m_model, &AppModel::isBusyChanged, stop, update);
     connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, stop, update);
     connect(&m_model.questions(), &Questions::pendingQuestionChanged, stop, update);

@@ -109,6 +109,27 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
     EXPECT_EQ(view->draft(), u"next"_s);
 }
 
+TEST_F(ComposerViewTest, AMessageThatWaitsForTheLocalModelCanBeStopped)
+{
+    settings->setProviderID(ProviderID::ollama);
+    localModel.installationTime = 1h;
+    edit->setPlainText(u"go"_s);
+    button(u"Send message"_s)->click();
+    settle();
+    ASSERT_TRUE(model->isInstallPending());
+    EXPECT_EQ(button(u"Send message"_s), nullptr);
+    edit->setPlainText(u"next"_s);
+    EXPECT_FALSE(view->canSend());
+    auto *stop = button(u"Stop generating"_s);
+    ASSERT_NE(stop, nullptr);
+    stop->click();
+    settle();
+    EXPECT_FALSE(model->isInstallPending());
+    EXPECT_FALSE(model->localModel().info().installing);
+    EXPECT_EQ(view->draft(), u"next"_s);
+    EXPECT_TRUE(view->canSend());
+}
+
 /// What is sent to a conversation that is still being opened.
 class PostponedSendTest : public ComposerViewTest {
 protected:

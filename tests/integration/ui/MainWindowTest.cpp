@@ -125,6 +125,25 @@ TEST_F(MainWindowTest, TheTextsSizeIsSetByKeysAndRemembered)
     EXPECT_FALSE(action(u"Smaller Text"_s)->isEnabled());
 }
 
+TEST_F(MainWindowTest, EscapeTakesBackAMessageThatWaitsForTheLocalModel)
+{
+    show();
+    settings->setProviderID(ProviderID::ollama);
+    localModel.installationTime = std::chrono::hours(1);
+    QAction *stop = action(u"Stop Generating"_s);
+    ASSERT_NE(stop, nullptr);
+    EXPECT_FALSE(stop->isEnabled());
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    settle();
+    EXPECT_TRUE(stop->isEnabled());
+    draft()->setFocus();
+    QTest::keyClick(draft(), Qt::Key_Escape);
+    settle();
+    EXPECT_FALSE(model->isInstallPending());
+    EXPECT_FALSE(model->localModel().info().installing);
+    EXPECT_FALSE(stop->isEnabled());
+}
+
 TEST_F(MainWindowTest, SizeAndSplitAreRemembered)
 {
     show();
