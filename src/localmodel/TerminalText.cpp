@@ -1,5 +1,8 @@
 #include "localmodel/TerminalText.h"
 
+#include <algorithm>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -10,6 +13,26 @@ constexpr QChar escape = u'\x1b';
 constexpr QChar bell = u'\a';
 constexpr qsizetype longestKnownParameters = 8;
 
+/// How many bytes at the end are the beginning of a character whose rest is missing; at most three.
+qsizetype incompleteEnd(QByteArrayView bytes)
+{
+    constexpr qsizetype longestBeginning = 3;
+    for (qsizetype length = 1; length <= std::min(longestBeginning, bytes.size()); ++length) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - length]);
+        if ((byte & 0xc0U) == 0x80U)
+            continue; // goes on with a character
+        qsizetype whole = 1;
+        if (byte >= 0xf0U)
+            whole = 4;
+        else if (byte >= 0xe0U)
+            whole = 3;
+        else if (byte >= 0xc0U)
+            whole = 2;
+        return length < whole ? length : 0;
+    }
+    return 0;
+}
+
 bool isControl(QChar letter)
 {
     return letter < u' ' || (letter >= u'\x7f' && letter <= u'\x9f');
@@ -19,7 +42,11 @@ bool isControl(QChar letter)
 
 QString TerminalText::append(QByteArrayView bytes)
 {
-    const QString letters = m_decoder.decode(bytes);
+    // The toolkit's decoder loses letters where what is no character is cut.
+    const QByteArray whole = std::exchange(m_incomplete, {}) + bytes.toByteArray();
+    const qsizetype incomplete = incompleteEnd(whole);
+    m_incomplete = whole.last(incomplete);
+    const QString letters = QString::fromUtf8(QByteArrayView(whole).chopped(incomplete));
     QString text;
     text.reserve(letters.size());
     for (const QChar letter : letters)

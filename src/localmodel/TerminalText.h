@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
-#include <QStringDecoder>
 
 namespace morvane {
 
@@ -29,7 +29,7 @@ private:
     void takeString(QChar letter, QString &text);
     void endSequence(QChar letter, QString &text);
 
-    QStringDecoder m_decoder{QStringDecoder::Utf8};
+    QByteArray m_incomplete; ///< The first bytes of a character.
     State m_state = State::text;
     QString m_parameters; ///< Of the sequence, as far as a known one can be long.
     bool m_inFrame = false;

@@ -112,6 +112,9 @@ TEST_F(RuntimeInstallerTest, CancellingADownloadKeepsThePart)
         return QFileInfo(data() + archiveName().mid(int(qstrlen("/download"))) + u".part"_s).size() ==
                1'000'000;
     }));
+    const QString line = u"Downloading Ollama… 1 MB of 3 MB (33%)"_s;
+    ASSERT_TRUE(waitUntil([&] { return labels().contains(line); }));
+    EXPECT_NEAR(reports.constLast().fraction.value_or(0), 0.33, 0.01);
     task.cancel();
     ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
     EXPECT_THROW(task.result(), Cancelled);

@@ -146,7 +146,7 @@ TEST_F(FileDownloadTest, AChangedShorterFileComesAnew)
 TEST_F(FileDownloadTest, APartOfAnotherFileIsNotTaken)
 {
     breakOff(2'000'000);
-    const QByteArray changed = noise(5'000'000).toBase64();
+    const QByteArray changed = QByteArray(content.size(), 'x'); // of the same size
     server.setFile(u"/file"_s, {changed, "\"v2\""});
     server.setFaults({{Fault::Kind::otherTag}});
     download();

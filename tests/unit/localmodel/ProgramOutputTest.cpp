@@ -61,6 +61,16 @@ TEST(ProgramOutputTest, FramesMayBeCutAnywhere)
     }
 }
 
+TEST(ProgramOutputTest, AFrameIsLookedAtWhenItIsWhole)
+{
+    const QByteArray bytes = frame({"pulling manifest", secondLine}, 0);
+    ProgramOutput output;
+    output.append(bytes.first(bytes.indexOf('\n') + 1));
+    EXPECT_EQ(output.takeLine(), std::nullopt);
+    output.append(bytes.sliced(bytes.indexOf('\n') + 1));
+    EXPECT_EQ(output.takeLine(), QString::fromUtf8(secondLine));
+}
+
 TEST(ProgramOutputTest, PlainLinesAreTakenAsTheyEnd)
 {
     ProgramOutput output;

@@ -67,6 +67,15 @@ TEST(TerminalTextTest, BytesMayBeCutAnywhere)
         TerminalText text;
         EXPECT_EQ(text.append(bytes.first(cut)) + text.append(bytes.sliced(cut)), whole) << cut;
     }
+    const QByteArray noText = "a\xdb\xdb\xdb\xdb"
+                              "b\xf0\x9f"
+                              "c\xe2\x80"
+                              "d\xc3";
+    TerminalText bytewise;
+    QString letters;
+    for (const char byte : noText)
+        letters += bytewise.append(QByteArrayView(&byte, 1));
+    EXPECT_EQ(letters, u"abcd"_s);
 }
 
 TEST(TerminalTextTest, FramesAreTold)

@@ -86,6 +86,21 @@ TEST_F(RedirectTest, BodyNeverGoesOutUnencryptedAfterTls)
     EXPECT_TRUE(follow(307, "http://host/c"));
 }
 
+TEST_F(RedirectTest, WhatMustStayEncryptedIsNotFollowedOutOfTls)
+{
+    request.encryption = EncryptionRule::kept;
+    EXPECT_FALSE(follow(302, "http://host/c"));
+    EXPECT_TRUE(follow(302, "https://elsewhere/c"));
+    request.url = QUrl(u"http://host/a"_s);
+    EXPECT_TRUE(follow(302, "http://host/c"));
+}
+
+TEST_F(RedirectTest, ARangeAndItsConditionGoToAnyOrigin)
+{
+    request.headers = {{"Range", "bytes=5-"}, {"If-Range", "\"v\""}, {"Accept-Encoding", "identity"}};
+    EXPECT_EQ(follow(302, "https://elsewhere/c")->headers.fields(), request.headers.fields());
+}
+
 TEST_F(RedirectTest, OnlyTheSameOriginGetsAllHeaders)
 {
     request.headers = {{"Authorization", "key"}, {"X-Key", "key"}, {"Cookie", "c"}, {"accept", "text/html"}};
