@@ -41,11 +41,11 @@ public:
     }
 
     /// Waits for the answer to what was put. Cancellation does not end the wait. Throws Cancelled once
-    /// closed.
+    /// closed, also for an answer that came only just before.
     Task<Answer> answerTo(Waiting request)
     {
         std::optional<Answer> answer = co_await request.wait();
-        if (!answer)
+        if (!answer || m_isClosed)
             throw Cancelled();
         co_return *std::move(answer);
     }

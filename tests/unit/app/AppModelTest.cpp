@@ -3,6 +3,8 @@
 #include "base/Uuid.h"
 #include "net/TransportError.h"
 #include "providers/AIServiceError.h"
+#include "support/AskForPermit.h"
+#include "support/FileSizeLimit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -289,6 +291,7 @@ TEST_F(AppModelTest, CancelSavesAtOnceWhileTheRunIsSlowToNotice)
     ASSERT_TRUE(model->currentConversationID().has_value());
     const auto file = runTask(scheduler, store->load(*model->currentConversationID()));
     ASSERT_TRUE(file);
+    ASSERT_EQ(file->messages.size(), 2);
     EXPECT_FALSE(file->messages.last().isStreaming);
     model->questions().resolveQuestion(u"no"_s);
     settle();
@@ -315,6 +318,28 @@ TEST_F(AppModelTest, AMessageIsOnTheDiskWhenItWasSent)
     ASSERT_TRUE(model->send(u"third"_s, {}));
     EXPECT_EQ(savedTexts(), QStringList{"third"});
     EXPECT_EQ(model->conversations().list().front().title, u"third"_s);
+}
+
+TEST_F(AppModelTest, AMessageThatAFullDiskRefusedIsSavedWithItsAnswer)
+{
+    Service::Turn turn = Service::answer(u"one"_s);
+    turn.silence = 5s;
+    service.willTurn(turn);
+    {
+        const FileSizeLimit full(0);
+        ASSERT_TRUE(model->send(u"first"_s, {}));
+        settle();
+    }
+    const QUuid id = model->currentConversationID().value_or(QUuid());
+    EXPECT_FALSE(runTask(scheduler, store->load(id)));
+    EXPECT_TRUE(model->isBusy());
+    clock.advance(5s);
+    finishRun();
+    const auto file = runTask(scheduler, store->load(id));
+    ASSERT_TRUE(file);
+    ASSERT_EQ(file->messages.size(), 2);
+    EXPECT_EQ(file->messages.first().text, u"first"_s);
+    EXPECT_EQ(file->messages.last().text, u"one"_s);
 }
 
 class QuittingTest : public AppFixture {
@@ -351,6 +376,54 @@ TEST_F(QuittingTest, NothingIsBegunAfterASubagentsQuestion)
 {
     quitDuring(toolCall(u"task"_s, R"({"description":"look"})"),
                {toolCall(u"ask_user"_s, R"({"question":"Sure?"})")});
+}
+
+TEST_F(QuittingTest, WhatWasAllowedOnlyJustIsNotBegun)
+{
+    service.willTurn(Service::calls({toolCall(u"edit_file"_s, R"({"file_path":"/x"})")}));
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    model->gate().resolvePermission(true, false);
+    model->prepareToQuit();
+    finishRun();
+    EXPECT_TRUE(executed.isEmpty());
+    EXPECT_FALSE(lastMessage().isStreaming);
+}
+
+TEST_F(QuittingTest, EveryoneWhoWaitsForTheUserIsLetGo)
+{
+    ApprovalGate &gate = model->gate();
+    const auto asks = [&gate] {
+        return askForPermit(&gate, toolCall(u"edit_file"_s, R"({"file_path":"/x"})"));
+    };
+    auto first = scheduler.spawn(asks());
+    auto second = scheduler.spawn(asks());
+    settle();
+    int told = 0;
+    QObject::connect(&gate, &ApprovalGate::pendingToolCallChanged, model.get(), [&told] { ++told; });
+    model->prepareToQuit();
+    settle();
+    ASSERT_TRUE(first.done());
+    ASSERT_TRUE(second.done());
+    EXPECT_THROW(first.result(), Cancelled);
+    EXPECT_THROW(second.result(), Cancelled);
+    EXPECT_FALSE(gate.pendingToolCall());
+    EXPECT_EQ(told, 1);
+}
+
+TEST_F(QuittingTest, AQuestionThatIsLeftIsToldToBeGone)
+{
+    auto asking = scheduler.spawn(model->questions().askUserQuestion(u"Sure?"_s, {}));
+    settle();
+    ASSERT_TRUE(model->questions().pendingQuestion());
+    int told = 0;
+    QObject::connect(&model->questions(), &Questions::pendingQuestionChanged, model.get(),
+                     [&told] { ++told; });
+    model->prepareToQuit();
+    EXPECT_EQ(told, 1);
+    settle();
+    ASSERT_TRUE(asking.done());
+    EXPECT_THROW(asking.result(), Cancelled);
 }
 
 TEST_F(QuittingTest, WhatAsksWhileTheProgramEndsIsNotShown)

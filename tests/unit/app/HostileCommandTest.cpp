@@ -1,10 +1,9 @@
 #include "support/AppFixture.h"
 
 #include "app/ApprovalGate.h"
+#include "async/OneShot.h"
 #include "base/Json.h"
-
-#include <QSemaphore>
-#include <QThreadPool>
+#include "support/HeldPool.h"
 
 using namespace Qt::StringLiterals;
 
@@ -35,23 +34,37 @@ protected:
         co_return;
     }
 
-    /// A run whose destructive command is held up on its way to a verdict.
-    void beginCallThatIsBeingLookedAt()
+    static AIToolCall longShell(const QString &end) { return shell(QString("x ").repeated(500'000) + end); }
+
+    /// A run whose command is held up on its way to a verdict.
+    void beginCallThatIsBeingLookedAt(const AIToolCall &call = longShell("sudo ls"))
     {
-        m_pool->setMaxThreadCount(1);
-        m_pool->start([this] { m_lookingMayGoOn.acquire(); });
-        service.willTurn(FakeAIService::calls({shell(QString("x ").repeated(500'000) + "sudo ls")}));
+        m_busyThreads.emplace();
+        service.willTurn(FakeAIService::calls({call}));
         ASSERT_TRUE(model->send(u"go"_s, {}));
         ASSERT_TRUE(waitUntil([this] { return service.requests().size() == 1; }));
         morvane::settle();
         ASSERT_FALSE(model->gate().pendingToolCall());
     }
 
-    ~HostileCommandTest() override { m_pool->setMaxThreadCount(m_mostThreads); }
+    void expectNothingBegunAtTheEnd()
+    {
+        model->prepareToQuit();
+        m_busyThreads.reset();
+        finishRun();
+        EXPECT_TRUE(executed.isEmpty());
+        EXPECT_FALSE(model->gate().pendingToolCall());
+        EXPECT_FALSE(lastMessage().isStreaming);
+    }
 
-    QThreadPool *m_pool = QThreadPool::globalInstance();
-    const int m_mostThreads = m_pool->maxThreadCount();
-    QSemaphore m_lookingMayGoOn;
+    Task<ToolResult> toolThatWaits(QString name, OneShot<bool> mayEnd)
+    {
+        executed.append(name);
+        co_await mayEnd.wait();
+        co_return u"tool result"_s;
+    }
+
+    std::optional<HeldPool> m_busyThreads;
 
     void expectAsked(const QStringList &commands)
     {
@@ -233,8 +246,8 @@ TEST_F(HostileCommandTest, ALongCommandHoldsUpNothingElse)
     const auto orderWith = [this](const QString &command) {
         QStringList order;
         auto deciding = scheduler.spawn(noteVerdict(&order, &model->gate(), shell(command)));
-        scheduler.spawn(noteTurn(&order));
-        EXPECT_TRUE(waitUntil([&deciding] { return deciding.done(); }));
+        auto another = scheduler.spawn(noteTurn(&order));
+        EXPECT_TRUE(waitUntil([&] { return deciding.done() && another.done(); }));
         return order;
     };
     EXPECT_EQ(orderWith(u"sudo ls"_s), (QStringList{"asks", "another's turn"}));
@@ -247,7 +260,7 @@ TEST_F(HostileCommandTest, ALongCommandHoldsUpNothingElse)
 TEST_F(HostileCommandTest, ALongCommandIsAskedForWhenItWasLookedAt)
 {
     beginCallThatIsBeingLookedAt();
-    m_lookingMayGoOn.release();
+    m_busyThreads.reset();
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     EXPECT_TRUE(model->gate().pendingToolCall()->destructive);
     service.willTurn(FakeAIService::answer(u"done"_s));
@@ -260,7 +273,7 @@ TEST_F(HostileCommandTest, ACancelWhileACommandIsLookedAtIsItsNo)
 {
     beginCallThatIsBeingLookedAt();
     model->cancel();
-    m_lookingMayGoOn.release();
+    m_busyThreads.reset();
     finishRun();
     EXPECT_FALSE(model->gate().pendingToolCall());
     EXPECT_TRUE(executed.isEmpty());
@@ -272,10 +285,81 @@ TEST_F(HostileCommandTest, ANewConversationLeavesNoRequestOfACommandThatWasLooke
 {
     beginCallThatIsBeingLookedAt();
     model->newConversation();
-    m_lookingMayGoOn.release();
+    m_busyThreads.reset();
     finishRun();
     EXPECT_FALSE(model->gate().pendingToolCall());
     EXPECT_TRUE(executed.isEmpty());
+}
+
+TEST_F(HostileCommandTest, ALongCommandAfterACancelStillAsks)
+{
+    // A cancel ends no call that comes after the one that runs; what asks then waits for its answer.
+    OneShot<bool> toolMayEnd;
+    tool = [this, toolMayEnd](ToolPermit permit) { return toolThatWaits(permit.call().name, toolMayEnd); };
+    service.willTurn(FakeAIService::calls({toolCall("read_file"), longShell("sudo ls")}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return executed == QStringList{"read_file"}; }));
+    model->cancel();
+    toolMayEnd.resume(true);
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    model->gate().resolvePermission(false, false);
+    finishRun();
+    EXPECT_EQ(executed, QStringList{"read_file"});
+}
+
+TEST_F(HostileCommandTest, ALongCommandKeepsItsPlaceAmongTheCalls)
+{
+    service.willTurn(FakeAIService::calls({longShell("ls"), toolCall("read_file"), longShell("pwd")}));
+    service.willTurn(FakeAIService::answer(u"done"_s));
+    sendAndFinish(u"go"_s);
+    EXPECT_EQ(executed, (QStringList{"run_shell_command", "read_file", "run_shell_command"}));
+    const auto responses = contextEntries<APIMessage::FunctionResponse>();
+    ASSERT_EQ(responses.size(), 3);
+    EXPECT_EQ(responses.at(1).name, "read_file");
+}
+
+TEST_F(HostileCommandTest, WhatIsAlwaysAllowedIsReadWhenALongCallWasLookedAt)
+{
+    settings->setAlwaysAllowedTools({u"write_file"_s});
+    beginCallThatIsBeingLookedAt({u"write_file"_s,
+                                  boost::json::object{{"path", "/x"}, {"content", std::string(100'000, 'x')}},
+                                  {},
+                                  {}});
+    settings->setAlwaysAllowedTools({});
+    m_busyThreads.reset();
+    ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
+    EXPECT_TRUE(executed.isEmpty());
+    model->cancel();
+    finishRun();
+}
+
+TEST_F(HostileCommandTest, ACancelIsTheNoToASubagentsLongCommandToo)
+{
+    m_busyThreads.emplace();
+    service.willTurn(FakeAIService::calls({toolCall("task", R"({"description":"look"})")}));
+    service.willTurn(FakeAIService::calls({longShell("sudo ls")}));
+    ASSERT_TRUE(model->send(u"go"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return service.requests().size() == 2; }));
+    morvane::settle();
+    model->cancel();
+    m_busyThreads.reset();
+    finishRun();
+    EXPECT_FALSE(model->gate().pendingToolCall());
+    EXPECT_TRUE(executed.isEmpty());
+    EXPECT_EQ(service.requests().size(), 2);
+    EXPECT_EQ(model->subagents().label(), QString());
+}
+
+TEST_F(HostileCommandTest, NoCommandThatIsLookedAtAsksWhileTheProgramEnds)
+{
+    beginCallThatIsBeingLookedAt(longShell("sudo ls"));
+    expectNothingBegunAtTheEnd();
+}
+
+TEST_F(HostileCommandTest, NoHarmlessCommandThatIsLookedAtBeginsWhileTheProgramEnds)
+{
+    beginCallThatIsBeingLookedAt(longShell("ls"));
+    expectNothingBegunAtTheEnd();
 }
 
 TEST_F(HostileCommandTest, TheModelCanAddAWarningButTakeNoneAway)

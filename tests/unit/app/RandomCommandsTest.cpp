@@ -5,6 +5,7 @@
 #include "base/Json.h"
 #include "base/Uuid.h"
 #include "providers/AIServiceError.h"
+#include "support/HeldPool.h"
 #include "support/UnheardReading.h"
 
 #include <QRegularExpression>
@@ -91,11 +92,14 @@ private:
     {
         static const QStringList names{u"ask_user"_s,  u"edit_file"_s,         u"task"_s,
                                        u"read_file"_s, u"run_shell_command"_s, u"mcp_files_read"_s};
+        // So long that it is looked at off the main thread.
+        static const std::string longCommand = QString("x ").repeated(33'000).toStdString() + "; rm -rf x";
         // No two alike: what a repetition ends is told elsewhere.
         ++m_calls;
         return {names.at(m_dice.roll(names.size())),
-                boost::json::object{
-                    {"command", "rm -rf x"}, {"description", jsonFromText(mark)}, {"question", m_calls}},
+                boost::json::object{{"command", m_dice.oneIn(3) ? longCommand : "rm -rf x"},
+                                    {"description", jsonFromText(mark)},
+                                    {"question", m_calls}},
                 {},
                 {}};
     }
@@ -216,7 +220,7 @@ protected:
     void command()
     {
         const KnownPointer any = known.at(dice.roll(known.size()));
-        switch (dice.roll(22)) {
+        switch (dice.roll(24)) {
         case 0:
         case 1:
         case 2:
@@ -250,6 +254,9 @@ protected:
             return model->saveCurrentConversation();
         case 20:
             return dice.oneIn(2) ? model->localModel().refreshLocalModel() : model->cancelLocalModelWork();
+        case 21:
+        case 22:
+            return static_cast<void>(busyThreads.emplace());
         default:
             return clock.advance(std::chrono::seconds(dice.roll(20)));
         }
@@ -268,6 +275,7 @@ protected:
         case 3:
             return static_cast<void>(morvane::settle());
         default:
+            busyThreads.reset();
             return settle();
         }
     }
@@ -281,6 +289,7 @@ protected:
     /// Answers everything and gives everything the time that it needs.
     void comeToRest()
     {
+        busyThreads.reset();
         settle();
         for (int round = 0; round < 300 && isWaiting(); ++round) {
             model->gate().resolvePermission(false, false);
@@ -320,6 +329,18 @@ protected:
         EXPECT_EQ(listed().size(), expected.size());
     }
 
+    /// What a start finds of what was sent.
+    void expectMessagesOnDisk()
+    {
+        Scheduler next(clock);
+        for (const KnownPointer &conversation : std::as_const(known)) {
+            const auto file = conversation->id ? runTask(next, store->load(*conversation->id)) : std::nullopt;
+            ASSERT_EQ(file.has_value(), !conversation->deleted);
+            if (file)
+                expectOwn(file->messages, conversation->sent);
+        }
+    }
+
     void expectShown()
     {
         EXPECT_EQ(model->currentConversationID(), current->id);
@@ -347,6 +368,7 @@ protected:
     KnownPointer current;
     QList<OneShot<ToolResult>> tools; ///< Those that run.
     int lastNumber = 3;
+    std::optional<HeldPool> busyThreads; ///< While there, long calls are not looked at.
 };
 
 TEST_P(RandomCommandsTest, WhateverTheUserDoesEveryMessageIsWhereItBelongs)
@@ -369,18 +391,23 @@ TEST_P(RandomCommandsTest, QuittingAtAnyTimeLosesNothing)
         command();
         pause();
     }
-    model->saveCurrentConversation();
     model->prepareToQuit();
+    EXPECT_FALSE(model->gate().pendingToolCall());
+    EXPECT_FALSE(model->questions().pendingQuestion());
     // A tool that goes on would use up any time.
     scheduler.shutdown(20ms);
     model.reset();
-    Scheduler next(clock);
-    for (const KnownPointer &conversation : std::as_const(known)) {
-        const auto file = conversation->id ? runTask(next, store->load(*conversation->id)) : std::nullopt;
-        ASSERT_EQ(file.has_value(), !conversation->deleted);
-        if (file)
-            expectOwn(file->messages, conversation->sent);
+    expectMessagesOnDisk();
+}
+
+TEST_P(RandomCommandsTest, NoMessageThatWasTakenWaitsForAnythingToBeSaved)
+{
+    for (int left = 10 + dice.roll(40); left > 0 && !HasFailure(); --left) {
+        command();
+        pause();
     }
+    // A crash ends the program here.
+    expectMessagesOnDisk();
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomCommandsTest, testing::Range(1U, 21U));
