@@ -1,8 +1,10 @@
 #include "ui/window/ComposerEdit.h"
 
 #include "support/RunTask.h"
+#include "ui/controls/NoteLabel.h"
 #include "ui/markdown/LayoutCost.h"
 #include "ui/sheets/LongTextField.h"
+#include "ui/theme/ThemeColors.h"
 #include "ui/window/PastedTextView.h"
 
 #include <QAccessible>
@@ -14,9 +16,13 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextLayout>
-#include <gtest/gtest.h>
+#include <QToolTip>
+#include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 namespace morvane {
 namespace {
@@ -52,6 +58,14 @@ protected:
     {
         edit.copy();
         return QApplication::clipboard()->text();
+    }
+
+    static QStringList notes(const QWidget &view)
+    {
+        QStringList texts;
+        for (const auto *note : view.findChildren<NoteLabel *>())
+            texts.append(note->text());
+        return texts;
     }
 
     ComposerEdit edit;
@@ -367,7 +381,49 @@ TEST_F(ComposerEditTest, ThePastedTextCanBeReadFromTheMenu)
     auto *field = view->findChild<LongTextField *>();
     ASSERT_TRUE(waitUntil([field] { return field->isComplete(); }));
     EXPECT_EQ(field->textBetween(0, field->document()->characterCount() - 1), word);
+    EXPECT_THAT(notes(*view), IsEmpty());
     view->close();
+}
+
+TEST_F(ComposerEditTest, OfATextThatIsTooLongToBeReadTheBeginningIsShown)
+{
+    auto *view = new PastedTextView(QString(2'000'001, u'\n'), &edit);
+    EXPECT_THAT(notes(*view), ElementsAre(u"This is the beginning. The whole text is sent."_s));
+}
+
+TEST_F(ComposerEditTest, TheMouseIsToldThatALabelCanBeRead)
+{
+    paste(word);
+    QTest::keyClicks(&edit, u" and more"_s);
+    const auto toldAt = [this](int position) {
+        QTextCursor cursor = edit.textCursor();
+        cursor.setPosition(position);
+        const QPoint point = edit.cursorRect(cursor).center();
+        QHelpEvent event(QEvent::ToolTip, point, edit.viewport()->mapToGlobal(point));
+        QApplication::sendEvent(edit.viewport(), &event);
+        return QToolTip::isVisible() ? QToolTip::text() : QString();
+    };
+    EXPECT_EQ(toldAt(labelSize / 2), u"Double-click to read the pasted text."_s);
+    QToolTip::hideText();
+    EXPECT_TRUE(waitUntil([] { return !QToolTip::isVisible(); }));
+    EXPECT_EQ(toldAt(labelSize + 5), QString());
+}
+
+TEST_F(ComposerEditTest, ALabelIsMarkedInTheColorsOfTheTheme)
+{
+    paste(word);
+    const auto mark = [this] {
+        const auto marks = edit.extraSelections();
+        EXPECT_EQ(marks.size(), 1);
+        EXPECT_EQ(marks.value(0).cursor.selectedText(), label);
+        return marks.value(0).format;
+    };
+    const QTextCharFormat before = mark();
+    edit.setPalette(darkPalette());
+    const ThemeColors colors = ThemeColors::fromPalette(edit.palette());
+    EXPECT_EQ(mark().background().color(), colors.userBubble);
+    EXPECT_EQ(mark().foreground().color(), colors.text);
+    EXPECT_NE(mark(), before);
 }
 
 TEST_F(ComposerEditTest, ElsewhereTheMenuHasNoSuchEntry)

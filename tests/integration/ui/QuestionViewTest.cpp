@@ -252,8 +252,13 @@ TEST_F(QuestionViewTest, OptionsOfAQuestionThatIsAnsweredDoNotComeLater)
     QStringList many;
     for (int i = 0; i < 100; ++i)
         many.append(QString(2'000, u'x'));
-    auto first = ask(u"Which?"_s, many);
+    auto first = scheduler.spawn(model->questions().askUserQuestion(u"Which?"_s, many));
+    ASSERT_TRUE(waitUntil([this] { return question->isVisible(); }));
+    const auto made = question->findChildren<QPushButton *>().size();
+    ASSERT_LT(made, many.size());
     model->questions().resolveQuestion(u"none"_s);
+    settle();
+    EXPECT_EQ(question->findChildren<QPushButton *>().size(), made);
     auto second = ask(u"And now?"_s, {u"Yes"_s});
     settle();
     EXPECT_THAT(answers(), ElementsAre(option(u"Yes"_s)));
