@@ -269,9 +269,14 @@ Task<void> LocalModelFlow::pullSteps(QString model)
     log(u"Downloading the %1 model…"_s.arg(model), ActivityStep::Kind::info);
     m_workspace.status.announce(u"Downloading the %1 model. This may take a few minutes."_s.arg(model));
     setProgress(u"Downloading the %1 model…"_s.arg(model), std::nullopt);
-    co_await m_runtime.pull(model, [this](const QString &label, std::optional<double> fraction) {
+    const auto onProgress = [this](const QString &label, std::optional<double> fraction) {
         setProgress(label, fraction);
-    });
+    };
+    // The program asks the server to download, so that without one there would be nothing but an error.
+    const bool serverRunning = co_await m_runtime.isServerRunning();
+    if (!serverRunning)
+        co_await m_runtime.ensureRunning(onProgress);
+    co_await m_runtime.pull(model, onProgress);
     m_settings.setModel(model);
     m_installedModels = co_await m_runtime.installedModels();
     setReady(model);

@@ -1,15 +1,20 @@
 #include "ui/settings/RecommendedModelRow.h"
 
 #include "app/LocalModelFlow.h"
+#include "localmodel/ModelName.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/BadgeLabel.h"
+#include "ui/controls/FlowLayout.h"
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/settings/DownloadProgress.h"
+#include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
+#include <QMessageBox>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -18,9 +23,10 @@ namespace morvane {
 
 RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recommendation,
                                          SettingsStore &settings, LocalModelFlow &flow, QWidget *parent)
-    : QWidget(parent), m_name(recommendation.name), m_settings(settings), m_flow(flow),
+    : ButtonsBeside(parent), m_name(recommendation.name), m_settings(settings), m_flow(flow),
       m_active(new NoteLabel(u"Active"_s, NoteLabel::Tone::plain)), m_pulling(new NoteLabel({})),
-      m_progress(new QProgressBar)
+      m_progress(new QProgressBar), m_download(new QPushButton(u"Download"_s)),
+      m_delete(new QPushButton(symbolIcon(Symbol::trash), u"Delete"_s))
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setAccessibleName(recommendation.name);
@@ -29,15 +35,14 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
     m_active->setAccessibleName(recommendation.name + u" is active"_s);
     m_progress->setTextVisible(false);
 
-    auto *top = new QHBoxLayout;
-    top->setSpacing(8);
+    constexpr int spacing = 8;
+    auto *top = new FlowLayout(spacing); // in a narrow window one below the other
     auto *name = new HeadingLabel(recommendation.name, HeadingLabel::Level::group);
     name->setWordWrap(false);
     top->addWidget(name);
     top->addWidget(new BadgeLabel(recommendation.badge));
-    top->addStretch();
     top->addWidget(m_active);
-    auto *rows = new QVBoxLayout(this);
+    auto *rows = new QVBoxLayout;
     rows->setContentsMargins(0, 4, 0, 4);
     rows->setSpacing(2);
     rows->addLayout(top);
@@ -46,7 +51,15 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
         QString::number(recommendation.downloadGB, 'f', 1), QString::number(recommendation.ramRequiredGB))));
     rows->addWidget(m_pulling);
     rows->addWidget(m_progress);
+    m_download->setAccessibleName(u"Download "_s + m_name);
+    m_delete->setAccessibleName(u"Delete the %1 model from this Mac"_s.arg(m_name));
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_download);
+    buttons->addWidget(m_delete);
+    setParts(rows, buttons);
 
+    connect(m_download, &QPushButton::clicked, this, [this] { m_flow.pullLocalModelIfNeeded(m_name); });
+    connect(m_delete, &QPushButton::clicked, this, &RecommendedModelRow::askToDelete);
     connect(&flow, &LocalModelFlow::changed, this, &RecommendedModelRow::refresh);
     connect(&settings, &SettingsStore::changed, this, &RecommendedModelRow::refresh);
     refresh();
@@ -56,11 +69,32 @@ void RecommendedModelRow::refresh()
 {
     const LocalModelInfo &info = m_flow.info();
     const bool pulling = m_flow.pullingModel() == m_name;
-    m_active->setVisible(!pulling && info.running && m_settings.model() == m_name);
+    const bool active = info.running && containsModel({m_settings.model().trimmed()}, m_name);
+    const bool installed = containsModel(m_flow.installedModels(), m_name);
+    m_active->setVisible(!pulling && active);
+    m_download->setVisible(!pulling && !active && !installed);
+    m_download->setEnabled(!m_flow.isWorking());
+    m_delete->setVisible(!pulling && installed);
+    m_delete->setEnabled(m_flow.pullingModel().isEmpty());
     m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
     m_pulling->setVisible(pulling);
     m_progress->setVisible(pulling);
     showDownloadProgress(*m_progress, info.progressFraction);
+}
+
+void RecommendedModelRow::askToDelete()
+{
+    auto *question = new QMessageBox(QMessageBox::Question, u"Delete the %1 model?"_s.arg(m_name),
+                                     u"Delete the %1 model?"_s.arg(m_name), QMessageBox::Cancel, this);
+    question->setTextFormat(Qt::PlainText);
+    question->setInformativeText(
+        u"This frees disk space but you will need to download the model again before using it."_s);
+    QPushButton *confirm = question->addButton(u"Delete"_s, QMessageBox::DestructiveRole);
+    question->setDefaultButton(QMessageBox::Cancel);
+    question->setEscapeButton(QMessageBox::Cancel);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    connect(confirm, &QPushButton::clicked, this, [this] { m_flow.deleteLocalModel(m_name); });
+    question->open();
 }
 
 } // namespace morvane

@@ -2,9 +2,10 @@
 
 #include "localmodel/LocalModelRecommendation.h"
 
-#include <QWidget>
+#include "ui/settings/ButtonsBeside.h"
 
 class QProgressBar;
+class QPushButton;
 
 namespace morvane {
 
@@ -12,8 +13,9 @@ class LocalModelFlow;
 class NoteLabel;
 class SettingsStore;
 
-/// One model that fits this machine, and whether it is being downloaded or in use.
-class RecommendedModelRow : public QWidget {
+/// One model that fits this machine: whether it is being downloaded or in use, and the ways to download and
+/// delete it.
+class RecommendedModelRow : public ButtonsBeside {
     Q_OBJECT
 public:
     /// `settings` and `flow` must outlive the row.
@@ -22,6 +24,7 @@ public:
 
 private:
     void refresh();
+    void askToDelete();
 
     QString m_name;
     SettingsStore &m_settings;
@@ -29,6 +32,8 @@ private:
     NoteLabel *m_active;
     NoteLabel *m_pulling;
     QProgressBar *m_progress;
+    QPushButton *m_download;
+    QPushButton *m_delete;
 };
 
 } // namespace morvane

@@ -6,6 +6,7 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
@@ -156,6 +157,57 @@ TEST_F(SettingsSectionsTest, AFailedInstallationTellsWhyAndCanBeTriedAgain)
     settle();
     EXPECT_FALSE(shows("Local model error: No room."));
     EXPECT_TRUE(shows("The local model is ready. No limits, nothing leaves this Mac."));
+}
+
+TEST_F(SettingsSectionsTest, AModelIsDownloadedAndBecomesTheActiveOne)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList("qwen2.5");
+    choose(ProviderID::ollama);
+    EXPECT_EQ(named<QPushButton>("Download qwen2.5"), nullptr);
+    auto *download = named<QPushButton>("Download qwen3:4b");
+    ASSERT_NE(download, nullptr);
+    localModel.pullTime = std::chrono::hours(1);
+    download->click();
+    settle();
+    EXPECT_TRUE(shows("Downloading qwen3:4b\nDownloading model… 42%"));
+    EXPECT_NE(named<QProgressBar>("Download progress 42%"), nullptr);
+    EXPECT_EQ(named<QPushButton>("Download qwen3:4b"), nullptr);
+    // What would do nothing meanwhile cannot be pressed.
+    EXPECT_FALSE(named<QPushButton>("Download llama3.1:8b")->isEnabled());
+    EXPECT_FALSE(named<QPushButton>("Delete the qwen2.5 model from this Mac")->isEnabled());
+    clock.advance(std::chrono::hours(1));
+    settle();
+    EXPECT_EQ(settings->model(), "qwen3:4b");
+    EXPECT_NE(named<QLabel>("qwen3:4b is active"), nullptr);
+    EXPECT_TRUE(named<QPushButton>("Download llama3.1:8b")->isEnabled());
+}
+
+TEST_F(SettingsSectionsTest, AModelIsDeletedWhenThatIsConfirmed)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList{"qwen2.5", "qwen3:4b"};
+    choose(ProviderID::ollama);
+    const auto answer = [this](const QString &text) {
+        auto *question = view->findChild<QMessageBox *>();
+        ASSERT_NE(question, nullptr);
+        EXPECT_EQ(question->text(), "Delete the qwen3:4b model?");
+        EXPECT_EQ(question->informativeText(),
+                  "This frees disk space but you will need to download the model again before using it.");
+        for (QAbstractButton *button : question->buttons())
+            if (button->text().remove(u'&') == text)
+                button->click();
+        settle();
+        EXPECT_TRUE(waitUntil([this] { return !view->findChild<QMessageBox *>(); }));
+    };
+    named<QPushButton>("Delete the qwen3:4b model from this Mac")->click();
+    answer("Cancel");
+    EXPECT_TRUE(localModel.removed.isEmpty());
+    named<QPushButton>("Delete the qwen3:4b model from this Mac")->click();
+    answer("Delete");
+    EXPECT_EQ(localModel.removed, QStringList("qwen3:4b"));
+    EXPECT_EQ(named<QPushButton>("Delete the qwen3:4b model from this Mac"), nullptr);
+    EXPECT_NE(named<QPushButton>("Download qwen3:4b"), nullptr);
 }
 
 TEST_F(SettingsSectionsTest, TemperatureMovesInTenths)

@@ -319,6 +319,24 @@ TEST_F(LocalModelFlowTest, APulledModelBecomesTheChosenOne)
     EXPECT_THAT(announcer.spoken, Contains(u"The qwen3:4b model is installed and now active."_s));
 }
 
+TEST_F(LocalModelFlowTest, APullStartsTheServerWhereItDoesNotRun)
+{
+    localModel.pullTime = 1h;
+    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
+    settle();
+    EXPECT_EQ(localModel.installations, 1);
+    EXPECT_EQ(localModel.pulled, QStringList(u"qwen3:4b"_s));
+}
+
+TEST_F(LocalModelFlowTest, APullLeavesAServerThatRunsAsItIs)
+{
+    localModel.serverRunning = true;
+    localModel.pullTime = 1h;
+    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
+    settle();
+    EXPECT_EQ(localModel.installations, 0);
+}
+
 TEST_F(LocalModelFlowTest, AFailedPullIsToldAndChangesNothing)
 {
     localModel.pullFailure = u"No network."_s;
