@@ -86,6 +86,8 @@ void StdioServer::advance(std::vector<char> &buffer)
         return;
     while (m_guard->output().isOpen() && readOutput(buffer) == Read::more)
         continue;
+    if (m_control.isOpen()) // else it was asked to end
+        qCWarning(mcpLog) << "a tool server has ended by itself";
     m_input->close();
     failWaiting();
     m_order.started.resume(std::unexpected(systemReason(ECHILD)));

@@ -32,6 +32,7 @@ Task<Body> bodyOf(HttpClient &client, HttpRequest request)
         FetchResult result = co_await client.fetch(std::move(request), maximumListBytes);
         if (result.status == 200)
             co_return std::move(result.body);
+        qCWarning(providersLog) << "no list of models: status" << result.status;
     } catch (const TransportError &error) {
         // Whoever asks has a list of its own to fall back on.
         qCWarning(providersLog) << "no list of models:" << reasonOf(error);
@@ -42,6 +43,7 @@ Task<Body> bodyOf(HttpClient &client, HttpRequest request)
 Task<Body> nothingAfterAll()
 {
     co_await sleepFor(wholeLimit);
+    qCWarning(providersLog) << "no list of models: it was not complete after" << wholeLimit.count() << "s";
     co_return std::nullopt;
 }
 

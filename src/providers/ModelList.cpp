@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "base/NameOrder.h"
+#include "providers/Log.h"
 
 #include <algorithm>
 #include <array>
@@ -117,8 +118,11 @@ CatalogModels modelListFromReply(ProviderID provider, QByteArrayView reply)
     const Form form = formOf(provider);
     const auto parsed = parseJsonObject(reply);
     const json::array *entries = parsed ? arrayMember(*parsed, form.list) : nullptr;
-    if (!entries)
+    if (!entries) {
+        qCWarning(providersLog) << "no list of models: the reply has another form;" << reply.size()
+                                << "bytes";
         return std::nullopt;
+    }
     QList<CatalogModel> models;
     for (const json::value &value : *entries) {
         const json::object *entry = value.if_object();

@@ -7,6 +7,8 @@
 #include "providers/Log.h"
 #include "providers/RetryDelay.h"
 
+#include <chrono>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -29,7 +31,7 @@ Task<HttpResponse> streamRequest(HttpClient &client, HttpRequest request)
             co_return response;
         const auto delay = retryDelay(response.headers().value("Retry-After"), attempt);
         qCInfo(providersLog) << "status" << response.status() << "at attempt" << attempt + 1 << "; again in"
-                             << delay.count() << "ms";
+                             << std::chrono::round<std::chrono::milliseconds>(delay).count() << "ms";
         co_await discardBody(response.lines());
         if (delay.count() > 0)
             co_await sleepFor(delay);

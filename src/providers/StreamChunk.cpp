@@ -2,6 +2,7 @@
 
 #include "base/Json.h"
 #include "providers/AIServiceError.h"
+#include "providers/Log.h"
 
 #include <algorithm>
 #include <charconv>
@@ -74,8 +75,10 @@ const json::object *StreamChunk::parse(QByteArrayView payload)
     m_hasBrokenText = !parsed;
     if (!parsed)
         parsed = parseJsonOfAnyBytes(withoutLoneSurrogates(payload), &*m_memory);
-    if (!parsed)
+    if (!parsed) {
+        qCInfo(providersLog) << "what is no JSON in a stream is passed over;" << payload.size() << "bytes";
         return nullptr;
+    }
     m_value.emplace(std::move(*parsed));
     return m_value->if_object();
 }

@@ -1,6 +1,7 @@
 #include "McpFixture.h"
 
 #include "async/Cancelled.h"
+#include "support/LogRecorder.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -80,9 +81,21 @@ TEST_F(StdioServerTest, AShellThatIsNotThereFailsTheLaunchInTheSystemsWords)
 
 TEST_F(StdioServerTest, ACommandThatIsNotThereFailsTheHandshakeAtOnce)
 {
+    const LogRecorder log;
     EXPECT_EQ(failureOf(stdio(u"/nowhere/server"_s)->connect()),
               u"The MCP server did not respond in time."_s);
     EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+    EXPECT_EQ(log.lines(), QStringList(u"morvane.mcp: a tool server has ended by itself"_s));
+}
+
+TEST_F(StdioServerTest, AServerThatIsEndedIsNotTakenForOneThatEnds)
+{
+    const LogRecorder log;
+    const auto server = scripted();
+    connect(server);
+    server->shutdown();
+    EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+    EXPECT_EQ(log.lines(), QStringList());
 }
 
 TEST_F(StdioServerTest, AServerThatSpeaksBeforeItIsAskedIsUnderstood)

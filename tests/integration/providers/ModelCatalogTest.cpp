@@ -1,6 +1,7 @@
 #include "TurnFixture.h"
 #include "providers/HttpModelCatalog.h"
 #include "support/FakeClock.h"
+#include "support/LogRecorder.h"
 #include "support/RawHttpServer.h"
 #include "support/ScriptedModel.h"
 
@@ -144,7 +145,9 @@ TEST_F(ModelCatalogTest, OnlyStatus200Counts)
 {
     for (const int status : {201, 204, 299, 401, 404, 429, 500, 503}) {
         const ScriptedModel server(listing("/v1/models", oneModelReply, status));
+        const LogRecorder log;
         EXPECT_EQ(load(server, ProviderID::openai, "k"), std::nullopt) << status;
+        EXPECT_EQ(log.lines(), QStringList(u"morvane.providers: no list of models: status %1"_s.arg(status)));
         EXPECT_EQ(server.requests().size(), 1u) << "asked again after " << status;
     }
 }

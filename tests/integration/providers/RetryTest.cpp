@@ -1,6 +1,7 @@
 #include "TurnFixture.h"
 #include "providers/DiscardBody.h"
 #include "support/FakeClock.h"
+#include "support/LogRecorder.h"
 #include "support/RawHttpServer.h"
 #include "support/ScriptedModel.h"
 
@@ -72,8 +73,11 @@ protected:
 
 TEST_F(RetryTest, TwoBusyAnswersAreRetriedAfterTwoAndFourSeconds)
 {
+    const LogRecorder log;
     const TurnOutcome outcome =
         turn({ScriptedTurn::failing(503), ScriptedTurn::failing(503), ScriptedTurn::saying({"at ", "last"})});
+    EXPECT_EQ(log.lines(), QStringList({u"morvane.providers: status 503 at attempt 1 ; again in 2000 ms"_s,
+                                        u"morvane.providers: status 503 at attempt 2 ; again in 4000 ms"_s}));
     EXPECT_EQ(outcome.pieces, QStringList({"at ", "last"}));
     EXPECT_EQ(delays, Delays({2s, 4s}));
     ASSERT_EQ(model.requests().size(), 3u);

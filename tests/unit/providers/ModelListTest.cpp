@@ -1,7 +1,11 @@
 #include "providers/ModelList.h"
 
+#include "support/LogRecorder.h"
+
 #include <QStringList>
 #include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
@@ -150,6 +154,14 @@ TEST(ModelList, WhatIsNoListIsNone)
         for (const ProviderID provider : allProviders)
             EXPECT_EQ(modelListFromReply(provider, reply), std::nullopt) << reply;
     }
+}
+
+TEST(ModelList, AReplyOfAnotherFormIsToldToWhoeverListens)
+{
+    const LogRecorder log;
+    EXPECT_EQ(modelListFromReply(ProviderID::openai, R"({"models":[]})"), std::nullopt);
+    EXPECT_EQ(log.lines(),
+              QStringList(u"morvane.providers: no list of models: the reply has another form; 13 bytes"_s));
 }
 
 TEST(ModelList, NamesThatCannotBeShownArePassedOver)

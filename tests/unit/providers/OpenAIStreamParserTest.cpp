@@ -1,6 +1,7 @@
 #include "providers/OpenAIStreamParser.h"
 
 #include "ProviderTestData.h"
+#include "support/LogRecorder.h"
 
 using namespace Qt::StringLiterals;
 
@@ -120,6 +121,14 @@ TEST(OpenAIStreamParser, ErrorObjectWithoutMessageIsUnknown)
     const QString unknown = u"Unknown provider error."_s;
     EXPECT_EQ(apiErrorOf([&] { parser.feed(R"(data: {"error":{"code":5}})", pieces); }), unknown);
     EXPECT_EQ(apiErrorOf([&] { parser.feed(R"(data: {"error":{"message":5}})", pieces); }), unknown);
+}
+
+TEST(OpenAIStreamParser, WhatIsNoJsonIsSkippedAndToldToWhoeverListens)
+{
+    const LogRecorder log;
+    EXPECT_EQ(turnOf({content("a"), "data: {broken", content("b")}).text, "ab");
+    EXPECT_EQ(log.lines(),
+              QStringList(u"morvane.providers: what is no JSON in a stream is passed over; 7 bytes"_s));
 }
 
 TEST(OpenAIStreamParser, ErrorThatIsNoObjectIsIgnored)
