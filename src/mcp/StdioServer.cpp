@@ -86,8 +86,6 @@ void StdioServer::advance(std::vector<char> &buffer)
         return;
     while (m_guard->output().isOpen() && readOutput(buffer) == Read::more)
         continue;
-    if (m_control.isOpen()) // else it was asked to end
-        qCWarning(mcpLog) << "a tool server has ended by itself";
     m_input->close();
     failWaiting();
     m_order.started.resume(std::unexpected(systemReason(ECHILD)));
@@ -126,8 +124,11 @@ StdioServer::Read StdioServer::readOutput(std::vector<char> &buffer)
             continue;
         if (count > 0)
             chunk.append(buffer.data(), count);
-        else if (count == 0 || errno != EAGAIN)
+        else if (count == 0 || errno != EAGAIN) {
             output.close();
+            if (m_control.isOpen()) // else it was asked to end
+                qCWarning(mcpLog) << "a tool server has ended, or closed its output, by itself";
+        }
         if (count < ssize_t(buffer.size()))
             read = Read::all;
     }

@@ -101,6 +101,25 @@ class RunTests(unittest.TestCase):
         self.assert_fails("0 passed, 1 failed", 'No test has "nowhere" in its name.', "nowhere")
 
 
+class Commands(unittest.TestCase):
+    """./run and ./test, from wherever they are called."""
+
+    def test_what_they_do_not_know_is_told_from_anywhere(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for name, words in (("run", ["somewhere"]), ("test", ["--somehow"]), ("test", ["one", "two"])):
+                link = Path(folder) / f"{name} {len(words)}"
+                link.symlink_to(HOUSE / name)
+                for command in (HOUSE / name, link, os.path.relpath(HOUSE / name, folder)):
+                    result = subprocess.run([command, *words], cwd=folder, capture_output=True, text=True)
+                    self.assertEqual((result.returncode, result.stdout), (2, ""), command)
+                    self.assertTrue(result.stderr.startswith(f"./{name} "), result.stderr)
+
+    def test_an_unknown_number_of_minutes_is_told(self):
+        for words in (["--fuzz"], ["--fuzz", "soon"], ["--fuzz", "-1"]):
+            result = subprocess.run([HOUSE / "test", *words], capture_output=True, text=True)
+            self.assertEqual((result.returncode, result.stderr), (2, "--fuzz wants a number of minutes.\n"))
+
+
 class Fuzzing(unittest.TestCase):
     """scripts/fuzz.py, with targets of our own."""
 
