@@ -45,8 +45,9 @@ std::string followLinks(std::string path)
         const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
         if (length < 0)
             return path;
-        const std::string next(target, static_cast<std::size_t>(length));
-        path = next.starts_with('/') ? next : folderOf(path) + '/' + next;
+        const std::string_view next(target, static_cast<std::size_t>(length));
+        path = next.starts_with('/') ? std::string() : folderOf(path) + '/';
+        path += next;
     }
     return path;
 }

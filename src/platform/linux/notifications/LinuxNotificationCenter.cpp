@@ -67,10 +67,10 @@ void LinuxNotificationCenter::removePending(const QString &identifier)
 {
     if (const auto id = uuidFromText(identifier))
         m_alarm.clear(*id);
-    const auto pending = m_pending.constFind(identifier);
-    if (pending == m_pending.cend())
+    const auto pending = m_pending.find(identifier);
+    if (pending == m_pending.end())
         return;
-    const Pending removed = *pending;
+    const Pending removed = std::move(*pending);
     m_pending.erase(pending);
     if (removed.date <= m_now() + inaccuracy && !m_isInFront())
         show(removed.request);
