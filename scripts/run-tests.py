@@ -5,12 +5,14 @@ A program whose ctest name or whose tests contain FILTER is run, in the second c
 run at once as there are processors, and those that ctest is told to run alone (RUN_SERIAL) follow one by one.
 Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
 listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
-off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed".
+off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed". Who interrupts
+it (SIGINT, SIGTERM) ends the programs that run.
 """
 
 import concurrent.futures
 import json
 import os
+import signal
 import subprocess
 import sys
 import tempfile
@@ -76,7 +78,20 @@ def cases_of(report):
         return []
 
 
-def run(entry, gtest_filter):
+def end_of(program, timeout, running):
+    """Waits for the program among those that run; its exit code, or "timeout"."""
+    running.add(program)
+    try:
+        return program.wait(timeout)
+    except subprocess.TimeoutExpired:
+        return "timeout"
+    finally:
+        program.kill()
+        program.wait()
+        running.discard(program)
+
+
+def run(entry, gtest_filter, running):
     """Runs one program; returns (passed, names of what failed)."""
     if not entry["command"] or not os.path.exists(entry["command"][0]):
         return 0, [entry["name"] + " (not built)"]
@@ -89,17 +104,15 @@ def run(entry, gtest_filter):
         started = time.monotonic()
         with open(os.path.join(folder, "output"), "w+b") as output:
             try:
-                code = subprocess.run(
+                program = subprocess.Popen(
                     command,
                     cwd=entry["folder"],
                     env=environment,
                     stdin=subprocess.DEVNULL,
                     stdout=output,
                     stderr=subprocess.STDOUT,
-                    timeout=entry["timeout"],
-                ).returncode
-            except subprocess.TimeoutExpired:
-                code = "timeout"
+                )
+                code = end_of(program, entry["timeout"], running)
             except OSError as error:
                 code = error.strerror
             output.seek(0)
@@ -133,9 +146,17 @@ def main():
     build, wanted = sys.argv[1], sys.argv[2] if len(sys.argv) > 2 else ""
     wanted_entries = [(entry, selection(entry, wanted)) for entry in ctest_entries(build)]
     wanted_entries = [(entry, gtest_filter) for entry, gtest_filter in wanted_entries if gtest_filter]
+    running = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = list(pool.map(lambda each: run(*each), [each for each in wanted_entries if not each[0]["alone"]]))
-    results += [run(*each) for each in wanted_entries if each[0]["alone"]]
+        try:
+            together = [each for each in wanted_entries if not each[0]["alone"]]
+            results = list(pool.map(lambda each: run(*each, running), together))
+        except KeyboardInterrupt:
+            pool.shutdown(wait=False, cancel_futures=True)
+            for program in list(running):
+                program.kill()
+            raise
+    results += [run(*each, running) for each in wanted_entries if each[0]["alone"]]
     passed = sum(program_passed for program_passed, _ in results)
     failed = [name for _, program_failed in results for name in program_failed]
     if passed == 0 and not failed:
@@ -148,4 +169,11 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        print("interrupted", flush=True)
+        # Ended by the signal, so that a shell which called it goes no further either.
+        signal.signal(signal.SIGINT, signal.SIG_DFL)
+        signal.raise_signal(signal.SIGINT)

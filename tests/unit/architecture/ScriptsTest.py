@@ -5,9 +5,11 @@ import contextlib
 import importlib
 import io
 import os
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import unittest.mock
 from pathlib import Path
@@ -95,6 +97,26 @@ class RunTests(unittest.TestCase):
         self.program("unit.broken", "#!/bin/sh\nexit 127\n") # as the linker ends it without a library
         for words in ((), ("whatisthere",)):
             self.assert_fails("1 passed, 3 failed", "unit.broken (ended with 127)", *words)
+
+    def test_an_interruption_ends_what_runs(self):
+        for alone in (False, True):
+            for number in (signal.SIGINT, signal.SIGTERM):
+                self.setUp()
+                pid = self.build / "pid"
+                self.program("unit.long", PROGRAM + f"open({str(pid)!r} + '_', 'w').write(str(os.getpid()))\n"
+                                    f"os.rename({str(pid)!r} + '_', {str(pid)!r})\ntime.sleep(60)\n")
+                with open(self.build / "CTestTestfile.cmake", "a") as tests:
+                    tests.write(f'set_tests_properties("unit.long" PROPERTIES TIMEOUT "60" RUN_SERIAL "{alone}")\n')
+                runner = subprocess.Popen([HOUSE / "scripts" / "run-tests.py", self.build], stdout=subprocess.PIPE, text=True,
+                                          stderr=subprocess.STDOUT)
+                while not pid.exists() and runner.poll() is None:
+                    time.sleep(0.01)
+                runner.send_signal(number)
+                output = runner.communicate(timeout=20)[0]
+                self.assertEqual((runner.returncode, output.splitlines()[-1]), (-signal.SIGINT, "interrupted"), output)
+                self.assertNotIn("Traceback", output)
+                with self.assertRaises(ProcessLookupError):
+                    os.kill(int(pid.read_text()), 0)
 
     def test_a_name_that_nothing_has_is_one(self):
         self.program("unit.good", PROGRAM + "report(passed)\n")
