@@ -43,6 +43,7 @@ Kind kindOf(CURLcode result, int systemError, QByteArrayView text)
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
     case CURLE_SEND_FAIL_REWIND:
+    case CURLE_ABORTED_BY_CALLBACK: // a request that must not be sent a second time
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
         return Kind::networkConnectionLost;

@@ -5,7 +5,6 @@
 #include "net/LocalNetwork.h"
 
 #include <QFile>
-#include <algorithm>
 #include <new>
 
 namespace morvane {
@@ -30,20 +29,13 @@ bool isRepeatable(const QByteArray &method)
     return method != "POST" && method != "PATCH";
 }
 
-std::size_t sendCallback(char *buffer, std::size_t, std::size_t capacity, void *unsent)
+/// Called before a request is sent. A kept connection may end before the first byte of the answer, and
+/// libcurl would then send the request again, although the server may well have acted on it.
+int refuseToRepeat(void *handle, char *, char *, int, int)
 {
-    auto &body = *static_cast<QByteArrayView *>(unsent);
-    const QByteArrayView piece = body.first(std::min(body.size(), static_cast<qsizetype>(capacity)));
-    std::copy(piece.begin(), piece.end(), buffer);
-    body = body.sliced(piece.size());
-    return static_cast<std::size_t>(piece.size());
-}
-
-/// A kept connection may end before the first byte of the answer, and libcurl would then send the request
-/// again, although the server may well have acted on it. A body that cannot be rewound forbids that.
-int refuseToRewind(void *, curl_off_t, int)
-{
-    return CURL_SEEKFUNC_FAIL;
+    long sent = 0; // in bytes, on all connections that were tried
+    curl_easy_getinfo(static_cast<CURL *>(handle), CURLINFO_REQUEST_SIZE, &sent);
+    return sent == 0 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 std::size_t headerCallback(char *data, std::size_t, std::size_t size, void *sink)
@@ -135,17 +127,12 @@ void CurlHandle::setBody(const HttpRequest &request)
     CURL *const handle = get();
     curl_easy_setopt(handle, CURLOPT_POST, 1L);
     curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
-    if (request.body.isEmpty()) {
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, "");
-        // There is nothing to rewind; only what goes over a new connection is never sent again.
-        if (!isRepeatable(request.method))
-            curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
-        return;
+    // Small bodies leave together with the head, in one packet.
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.constData());
+    if (!isRepeatable(request.method)) {
+        curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, refuseToRepeat);
+        curl_easy_setopt(handle, CURLOPT_PREREQDATA, handle);
     }
-    m_unsent = request.body;
-    curl_easy_setopt(handle, CURLOPT_READFUNCTION, sendCallback);
-    curl_easy_setopt(handle, CURLOPT_READDATA, &m_unsent);
-    curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, refuseToRewind);
     if (request.body.size() > sendBuffer)
         curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, sendBuffer);
 }

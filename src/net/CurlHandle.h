@@ -55,7 +55,6 @@ private:
     void addHeader(const QByteArray &line);
 
     std::array<char, CURL_ERROR_SIZE> m_errorText{};
-    QByteArrayView m_unsent;                         ///< What is left of the request's body.
     std::unique_ptr<curl_slist, FreeList> m_headers; ///< Used by the handle, so it goes after it.
     std::unique_ptr<CURL, EndHandle> m_handle;
 };

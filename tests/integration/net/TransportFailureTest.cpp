@@ -357,7 +357,8 @@ TEST_F(TransportFailureTest, TrickleIsNoSilence)
 
 TEST_F(TransportFailureTest, ARequestThatChangesSomethingIsNeverSentTwice)
 {
-    for (const QByteArray &body : {QByteArray("{\"tool\":\"write\"}"), QByteArray(3'000'000, 'x')})
+    for (const QByteArray &body :
+         {QByteArray("{\"tool\":\"write\"}"), QByteArray(3'000'000, 'x'), QByteArray()})
         for (const ConnectionEnd end : {ConnectionEnd::reset, ConnectionEnd::inOrder}) {
             // What libcurl keeps is its own business; only a round in which it took the kept connection
             // counts.
@@ -370,16 +371,6 @@ TEST_F(TransportFailureTest, ARequestThatChangesSomethingIsNeverSentTwice)
             }
             EXPECT_TRUE(wasKept) << body.size();
         }
-}
-
-TEST_F(TransportFailureTest, WhatHasNoBodyToBeRewoundGoesOverAConnectionOfItsOwn)
-{
-    for (const ConnectionEnd end : {ConnectionEnd::reset, ConnectionEnd::inOrder}) {
-        const Repetition seen = postWhoseAnswerIsLost({}, end);
-        EXPECT_EQ(seen.posts, 1);
-        EXPECT_FALSE(seen.onKeptConnection);
-        EXPECT_EQ(seen.failure, std::nullopt);
-    }
 }
 
 TEST_F(TransportFailureTest, AKeptConnectionThatHasEndedBeforeCostsARequestNothing)
