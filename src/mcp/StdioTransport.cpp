@@ -37,18 +37,20 @@ Task<void> StdioTransport::start()
     if (withoutBlanks(m_command).isEmpty())
         throw MCPError(u"No command was given for this server."_s);
     const quint64 receiver = m_thread.takeReceiver();
-    const quint64 replaced = std::exchange(m_receiver, receiver);
+    if (const quint64 earlier = std::exchange(m_starting, receiver))
+        m_thread.end(earlier);
     OneShot<StdioServer::Started> started;
     m_thread.start(shellLine(m_command, m_args).toUtf8(), m_requests, receiver, started);
-    m_input.reset();
-    // A call that the old server works on still gets its answer.
-    if (replaced != 0)
-        m_requests->whenSettled(replaced, [&thread = m_thread, replaced] { thread.end(replaced); });
+    // Until it runs, calls go to the one that it replaces.
     auto input = co_await started.wait();
     if (!input)
         throw MCPError(input.error());
-    if (!m_ended && receiver == m_receiver)
-        m_input = std::move(*input);
+    if (m_ended || receiver != m_starting)
+        co_return;
+    m_input = std::move(*input);
+    // A call that the old server works on still gets its answer.
+    if (const quint64 replaced = std::exchange(m_receiver, std::exchange(m_starting, 0)))
+        m_requests->whenSettled(replaced, [&thread = m_thread, replaced] { thread.end(replaced); });
 }
 
 bool StdioTransport::deliver(QByteArray message, std::optional<qint64>, Kind)
@@ -60,8 +62,9 @@ void StdioTransport::shutdown()
 {
     m_ended = true;
     m_input.reset();
-    if (m_receiver != 0)
-        m_thread.end(m_receiver);
+    for (const quint64 receiver : {m_receiver, m_starting})
+        if (receiver != 0)
+            m_thread.end(receiver);
 }
 
 QString StdioTransport::shellLine(const QString &command, const QStringList &args)

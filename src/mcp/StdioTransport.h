@@ -34,7 +34,8 @@ private:
     const QStringList m_args;
     StdioThread &m_thread;
     const std::shared_ptr<PendingRequests> m_requests;
-    quint64 m_receiver = 0;               ///< Of the present server; 0 if none was started.
+    quint64 m_receiver = 0;               ///< Of the present server; 0 if none has run.
+    quint64 m_starting = 0;               ///< Of the one that is to be the next; 0 if there is none.
     std::shared_ptr<ServerInput> m_input; ///< Null unless a server runs.
     bool m_ended = false;
 };

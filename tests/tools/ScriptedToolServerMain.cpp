@@ -157,7 +157,7 @@ private:
         json::array list;
         for (const char *name :
              {"echo", "big", "twice", "never", "later", "stranger", "garbage", "nested", "die", "exit",
-              "deaf", "asks", "text-id", "fail", "slow", "pid", "variable"}) {
+              "deaf", "asks", "text-id", "fail", "slow", "pid", "pipes", "variable"}) {
             list.push_back(json::object{
                 {"name", name},
                 {"description", std::string("does ") + name},
@@ -188,6 +188,9 @@ private:
             say(id, text("text"));
         } else if (name == "pid") { // its process number
             say(id, std::to_string(::getpid()));
+        } else if (name == "pipes") { // how many bytes its standard input and output hold
+            say(id, std::to_string(::fcntl(STDIN_FILENO, F_GETPIPE_SZ)) + ' ' +
+                        std::to_string(::fcntl(STDOUT_FILENO, F_GETPIPE_SZ)));
         } else if (name == "variable") { // what its environment holds under the name in the text
             const char *const value = std::getenv(text("text").c_str());
             say(id, value ? value : "");

@@ -212,6 +212,25 @@ TEST_F(StdioServerTest, AnswersBeyondAsciiThatFitThePipeArriveWhole)
     }
 }
 
+TEST_F(StdioServerTest, ThePipesHoldAsMuchAsTheSystemAllows)
+{
+    QFile file(u"/proc/sys/fs/pipe-max-size"_s);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const int most = std::min(file.readAll().trimmed().toInt(), 1024 * 1024);
+    const auto server = scripted();
+    connect(server);
+    EXPECT_EQ(call(server, u"pipes"_s).text, u"%1 %1"_s.arg(most));
+}
+
+TEST_F(StdioServerTest, AServerThatClosesItsOutputFailsWhatWaits)
+{
+    const auto server = stdio(u"read line; exec >&-; exec /bin/cat > /dev/null"_s);
+    auto handshake = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([&] { return handshake.done(); }, 10s)) << "sooner than by its time";
+    EXPECT_THROW(handshake.result(), MCPError);
+    EXPECT_EQ(thread.runningServers(), 1u);
+}
+
 TEST_F(StdioServerTest, LargeArgumentsReachAServerThatReadsSlowly)
 {
     const auto server = scripted();
@@ -238,6 +257,33 @@ TEST_F(StdioServerTest, CancellingACallEndsItAtOnceAndTheConnectionGoesOn)
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
     EXPECT_THROW(handle.result(), Cancelled);
     EXPECT_EQ(call(server, u"echo"_s, {{"text", "still here"}}).text, "still here");
+}
+
+TEST_F(StdioServerTest, ACallDuringAReplacementIsTheOldServersAndAnswered)
+{
+    const auto server = scripted({u"--pids"_s, pidFile()});
+    connect(server);
+    auto replacement = scheduler.spawn(server->connect());
+    auto during = scheduler.spawn(server->callTool(u"pid"_s, {}));
+    ASSERT_TRUE(waitUntil([&] { return replacement.done() && during.done(); }));
+    EXPECT_NO_THROW(replacement.result());
+    ASSERT_EQ(pids().size(), 2);
+    EXPECT_EQ(during.result().text, QString::number(pids()[0]));
+    EXPECT_EQ(call(server, u"pid"_s).text, QString::number(pids()[1]));
+    EXPECT_TRUE(areGone({pids()[0]}));
+}
+
+TEST_F(StdioServerTest, AShutdownDuringAReplacementEndsBothServers)
+{
+    const auto server = scripted({u"--silent"_s, u"--pids"_s, pidFile()});
+    auto first = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([this] { return pids().size() == 1; }));
+    auto replacement = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([this] { return thread.runningServers() == 2; }));
+    server->shutdown();
+    ASSERT_TRUE(waitUntil([&] { return first.done() && replacement.done(); }));
+    EXPECT_THROW(replacement.result(), MCPError);
+    EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
 }
 
 TEST_F(StdioServerTest, AReplacedServerAnswersWhatItWasAskedAndIsEnded)
