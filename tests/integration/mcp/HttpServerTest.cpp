@@ -356,6 +356,9 @@ TEST_F(HttpServerTest, ShutdownClosesEveryExchange)
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
     EXPECT_THROW(handle.result(), MCPError);
     EXPECT_TRUE(waitUntil([this] { return server->connectionsClosedByPeer() == 1; }));
+    EXPECT_EQ(failureOf(peer->callTool(u"echo"_s, {})), u"The MCP server did not respond in time."_s);
+    settle();
+    EXPECT_EQ(server->requests().size(), 1) << "nothing is sent any more";
 }
 
 TEST_F(HttpServerTest, AnotherOriginGetsNoSession)

@@ -72,7 +72,20 @@ TEST_F(ProcessHygieneTest, AServerThatIsTerminatedMayFinishItsWork)
     const QString begun = folder.filePath(u"begun"_s);
     const QString finished = folder.filePath(u"finished"_s);
     const auto server =
-        stdio(u"trap 'touch %1; exit' TERM; touch %2; /bin/sleep 1000"_s.arg(finished, begun));
+        stdio(u"trap '/bin/sleep 1; touch %1; exit' TERM; touch %2; /bin/sleep 1000"_s.arg(finished, begun));
+    auto handshake = scheduler.spawn(server->connect());
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(begun); }));
+    server->shutdown();
+    EXPECT_TRUE(waitUntil([&] { return QFile::exists(finished); }));
+    EXPECT_TRUE(waitUntil([&] { return thread.runningServers() == 0 && handshake.done(); }));
+}
+
+TEST_F(ProcessHygieneTest, AServerThatDoesNotHeedTheSignalMayEndWithItsInput)
+{
+    const QString begun = folder.filePath(u"begun"_s);
+    const QString finished = folder.filePath(u"finished"_s);
+    const auto server =
+        stdio(u"trap '' TERM; touch %2; /bin/cat > /dev/null; touch %1"_s.arg(finished, begun));
     auto handshake = scheduler.spawn(server->connect());
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(begun); }));
     server->shutdown();

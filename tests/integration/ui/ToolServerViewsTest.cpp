@@ -9,6 +9,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
+#include <QFile>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -41,6 +42,24 @@ protected:
     static WrappingCheckBox *switchOf(const MCPServerRow *row)
     {
         return row->findChild<WrappingCheckBox *>();
+    }
+    static bool showsQuietly(const MCPServerRow *row, const QString &text)
+    {
+        const auto texts = row->findChildren<QuietText *>();
+        return std::any_of(texts.begin(), texts.end(), [&text](const QuietText *quiet) {
+            return quiet->isVisible() && quiet->text() == text;
+        });
+    }
+    /// Whether a part of the row is drawn in this colour.
+    bool isDrawnIn(MCPServerRow *row, QColor ThemeColors::*color) const
+    {
+        const QRgb wanted = (ThemeColors::fromPalette(row->palette()).*color).rgb();
+        const QImage image = row->grab().toImage();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixel(x, y) == wanted)
+                    return true;
+        return false;
     }
     bool reads(const MCPServerRow *row, const QString &name) const
     {
@@ -89,6 +108,32 @@ TEST_F(ToolServerViewsTest, ARowIsOneElementWithNameStatusAndSwitch)
         EXPECT_TRUE(part->text(QAccessible::Name).isEmpty());
     }
     EXPECT_FALSE(shows(u"No tool servers yet."_s));
+}
+
+TEST_F(ToolServerViewsTest, ARowShowsTheCommandWithItsArgumentsOrTheAddress)
+{
+    toolServerList.add(u"Local"_s);
+    toolServerList.servers[u"Far"_s].answer = FakeToolServer::listing({});
+    manager().appendServer(
+        {newUuid(), u"Far"_s, u"http"_s, u"unused"_s, {}, u"https://example.com/mcp"_s, true});
+    showServers();
+    ASSERT_EQ(rows().size(), 2);
+    EXPECT_TRUE(showsQuietly(rows()[0], u"npx -y @modelcontextprotocol/server-filesystem ~/Documents"_s));
+    EXPECT_TRUE(showsQuietly(rows()[1], u"https://example.com/mcp"_s));
+    EXPECT_TRUE(reads(rows()[1], u"Far, Connected via remote server · 0 tools"_s));
+}
+
+TEST_F(ToolServerViewsTest, SuccessTroubleAndTheRestHaveTheirColours)
+{
+    toolServerList.add(u"Fine"_s);
+    toolServerList.add(u"Bad"_s, 0, u"No such file or directory"_s);
+    manager().toggleServer(toolServerList.add(u"Still"_s).id, false);
+    showServers();
+    ASSERT_TRUE(reads(rows()[2], u"Still, Off"_s));
+    EXPECT_TRUE(isDrawnIn(rows()[0], &ThemeColors::success));
+    EXPECT_TRUE(isDrawnIn(rows()[1], &ThemeColors::warning));
+    EXPECT_FALSE(isDrawnIn(rows()[2], &ThemeColors::success));
+    EXPECT_FALSE(isDrawnIn(rows()[2], &ThemeColors::warning));
 }
 
 TEST_F(ToolServerViewsTest, TheServersAreLookedAfterWhenTheScreenAppears)
@@ -170,6 +215,15 @@ TEST_F(ToolServerViewsTest, TheFormAddsALocalServerByKeyboardAlone)
     EXPECT_EQ(view->focusWidget(), named<QLineEdit>(u"Server name"_s));
     EXPECT_FALSE(saveButton()->isEnabled());
     EXPECT_EQ(saveButton()->accessibleDescription(), u"Save the tool server");
+    QStringList choices;
+    for (const auto *choice : named<SegmentedPicker>(u"Transport"_s)->findChildren<QAbstractButton *>())
+        choices.append(choice->text());
+    EXPECT_EQ(choices, (QStringList{u"Local Command"_s, u"Remote URL"_s}));
+    EXPECT_EQ(named<QLineEdit>(u"Server name"_s)->placeholderText(), u"Name (for example: My Files)");
+    EXPECT_EQ(named<QLineEdit>(u"Command"_s)->placeholderText(),
+              u"Command (for example: npx -y @modelcontextprotocol/server-filesystem)");
+    EXPECT_EQ(named<QLineEdit>(u"Arguments"_s)->placeholderText(),
+              u"Arguments, separated by spaces (for example: ~/Documents)");
     QTest::keyClicks(view->focusWidget(), u" My Files "_s);
     QTest::keyClick(view->focusWidget(), Qt::Key_Tab); // to the transport
     QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
@@ -185,6 +239,10 @@ TEST_F(ToolServerViewsTest, TheFormAddsALocalServerByKeyboardAlone)
     EXPECT_EQ(server.name, u"My Files");
     EXPECT_EQ(server.command, u"run it");
     EXPECT_EQ(server.args, (QStringList{u"a"_s, u"b"_s}));
+    EXPECT_TRUE(waitUntil([this] {
+        QFile file(home.path(u"tool-servers/mcp-servers.json"_s));
+        return file.open(QIODevice::ReadOnly) && file.readAll().contains("My Files");
+    })) << "it is saved";
     EXPECT_EQ(rows().size(), 1);
     EXPECT_EQ(named<QLineEdit>(u"Server name"_s), nullptr) << "the form is closed";
     EXPECT_EQ(view->focusWidget(), named<QPushButton>(u"Add a tool server"_s));

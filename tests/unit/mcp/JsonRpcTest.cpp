@@ -43,6 +43,7 @@ TEST(JsonRpcTest, AnEventPrefixIsTakenOffTwiceAtMost)
     EXPECT_TRUE(parseJSONText(R"(data:{"a":1})"));
     EXPECT_TRUE(parseJSONText(R"(  data:   {"a":1}  )"));
     EXPECT_TRUE(parseJSONText(R"(data: data: {"a":1})"));
+    EXPECT_TRUE(parseJSONText("data: data: \xC2\xA0{}")) << "blanks behind each are trimmed";
     EXPECT_FALSE(parseJSONText(R"(data:data:{"a":1})")) << "the second one has a blank";
     EXPECT_FALSE(parseJSONText(R"(data: data: data: {"a":1})"));
 }

@@ -122,6 +122,32 @@ TEST_F(MCPManagerTest, OneRecordThatLacksAKeyEmptiesTheListAndTheNextSaveLosesTh
     EXPECT_EQ(fileText(), "[]");
 }
 
+TEST_F(MCPManagerTest, EveryKeyOfARecordIsRequired)
+{
+    json::object record = parseJsonObject(R"({"id":"5C2D4B9E-0B51-4C4C-8B5B-2F6B7D0B4E11","name":"a",
+        "transport":"stdio","command":"a","args":[],"url":"","enabled":true})")
+                              .value();
+    writeFile(serializeJson(json::array{record}));
+    start();
+    ASSERT_EQ(manager->servers().size(), 1);
+    for (const char *key : {"id", "name", "transport", "command", "args", "url", "enabled"}) {
+        json::object lacking = record;
+        lacking.erase(key);
+        writeFile(serializeJson(json::array{lacking}));
+        start();
+        EXPECT_TRUE(manager->servers().isEmpty()) << key;
+    }
+}
+
+TEST_F(MCPManagerTest, SwitchingAServerSavesTheList)
+{
+    const auto config = add(u"S"_s);
+    manager->toggleServer(config.id, false);
+    start();
+    ASSERT_EQ(manager->servers().size(), 1);
+    EXPECT_FALSE(manager->servers()[0].enabled);
+}
+
 TEST_F(MCPManagerTest, AFileThatIsNoListIsAnEmptyList)
 {
     for (const char *text :

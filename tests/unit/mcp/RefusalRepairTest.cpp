@@ -40,6 +40,13 @@ TEST_F(RefusalRepairTest, TheNameIsSentUntilItIsRefusedAndThenTheDate)
     EXPECT_EQ(repair.repair(request(), false, 400, refusal), Repair::none) << "once more only";
 }
 
+TEST_F(RefusalRepairTest, TheServersCapitalsDoNotMatter)
+{
+    EXPECT_EQ(repair.repair(request(), false, 400,
+                            parsed(R"({"error":{"message":"Unsupported Protocol Version"}})")),
+              Repair::date);
+}
+
 TEST_F(RefusalRepairTest, TwoRequestsThatWereUnderWayTogetherAreBothMended)
 {
     const HttpRequest first = request();
