@@ -197,7 +197,7 @@ int main(int argc, char **argv)
     const bool isSettings = inSettings.contains(value("window"));
     if (isSettings)
         window = std::make_unique<SettingsView>(stage.settingsServices, stage.model.localModel(),
-                                                stage.servers.manager, nullptr);
+                                                stage.servers.manager, stage.announcer, nullptr);
     else
         window = std::make_unique<MainWindow>(stage.model, stage.windowServices);
     const QSize size(value("width").toInt(), value("height").toInt());

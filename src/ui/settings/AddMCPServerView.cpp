@@ -125,8 +125,10 @@ void AddMCPServerView::save()
     const NewServerForm filled = form();
     if (!filled.isValid())
         return;
-    m_manager.appendServer(filled.server());
+    const MCPServerConfig server = filled.server();
+    m_manager.appendServer(server);
     m_manager.saveServers();
+    Q_EMIT added(server.id);
     m_manager.refresh();
     closeSheet();
 }

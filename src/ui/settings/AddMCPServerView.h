@@ -21,6 +21,10 @@ public:
     /// Shows the empty form with the focus on the name.
     void open();
 
+Q_SIGNALS:
+    /// The server is in the list, and is to be connected.
+    void added(QUuid id);
+
 protected:
     void returnPressed() override;
     void escapePressed() override;

@@ -13,6 +13,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,18 +31,37 @@ constexpr QuietText::Most mostDetail{6};
 /// All of every reason that MCPManager tells in letters, in a narrow window and a large font.
 constexpr QuietText::Most mostStatus{400, 4'500};
 
+constexpr QLatin1StringView troublePrefix = "Could not connect"_L1;
+constexpr QLatin1StringView connectedPrefix = "Connected via"_L1;
+
+bool reordersText(QChar unit)
+{
+    return (unit >= QChar(0x202A) && unit <= QChar(0x202E)) ||
+           (unit >= QChar(0x2066) && unit <= QChar(0x2069));
+}
+
+/// The text with a mark in the place of each character at which assistive technology would take it for
+/// ended, or that would show what follows in another order.
+QString readable(QString text)
+{
+    for (QChar &unit : text)
+        if (reordersText(unit) || (unit.category() == QChar::Other_Control && unit != u'\n' && unit != u'\t'))
+            unit = QChar::ReplacementCharacter;
+    return text;
+}
+
 QString detailOf(const MCPServerConfig &server)
 {
-    if (server.isRemote())
-        return flattened(server.url, longestDetail);
-    return flattened((QStringList{server.command} + server.args).join(u' '), longestDetail);
+    const QString detail =
+        server.isRemote() ? server.url : (QStringList{server.command} + server.args).join(u' ');
+    return readable(flattened(detail, longestDetail));
 }
 
 } // namespace
 
 MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent)
-    : ButtonsBeside(parent), m_id(server.id), m_name(flattened(server.name, longestName)), m_manager(manager),
-      m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(mostStatus)),
+    : ButtonsBeside(parent), m_id(server.id), m_name(readable(flattened(server.name, longestName))),
+      m_manager(manager), m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(mostStatus)),
       m_copy(new QPushButton(u"Copy Error"_s)), m_remove(new QPushButton(u"Remove"_s))
 {
     auto *detail = new QuietText(mostDetail);
@@ -65,6 +85,7 @@ MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, Q
 
     // Assistive technology toggles without a click.
     connect(m_switch, &QAbstractButton::toggled, this, [this](bool checked) {
+        m_isAwaited = checked;
         m_manager.toggleServer(m_id, checked);
         m_manager.refresh();
     });
@@ -80,8 +101,8 @@ void MCPServerRow::refresh()
                                      [this](const MCPServerConfig &config) { return config.id == m_id; });
     if (server == servers.end())
         return;
-    const QString status = m_manager.statusText(m_id);
-    const bool trouble = status.startsWith("Could not connect"_L1);
+    const QString status = readable(m_manager.statusText(m_id));
+    const bool trouble = status.startsWith(troublePrefix);
     {
         const QSignalBlocker blocker(m_switch);
         m_switch->setChecked(server->enabled);
@@ -95,10 +116,21 @@ void MCPServerRow::refresh()
     m_copy->setVisible(trouble);
     if (trouble)
         m_status->setContent(status, &ThemeColors::warning, Symbol::triangleExclamation);
-    else if (status.startsWith("Connected via"_L1))
+    else if (status.startsWith(connectedPrefix))
         m_status->setContent(status, &ThemeColors::success, Symbol::checkCircle);
     else
         m_status->setContent(status, &ThemeColors::text);
+}
+
+void MCPServerRow::takeNewStatus()
+{
+    refresh();
+    const QString status = m_manager.statusText(m_id);
+    if (!status.startsWith(troublePrefix) && !status.startsWith(connectedPrefix))
+        return;
+    // A reader speaks no name that changes, not even of the element that has the focus.
+    if (std::exchange(m_isAwaited, false))
+        Q_EMIT outcome(m_switch->accessibleName());
 }
 
 void MCPServerRow::copyStatus()

@@ -23,6 +23,14 @@ public:
     QPushButton *removeButton() const { return m_remove; }
     /// Shows the server as it is now.
     void refresh();
+    /// The user waits for the end of the next connecting, which outcome() then tells.
+    void awaitOutcome() { m_isAwaited = true; }
+    /// Shows the new status, and tells it if it is what the user waits for.
+    void takeNewStatus();
+
+Q_SIGNALS:
+    /// The server that the user waits for is connected, or could not be; told once, in the row's words.
+    void outcome(const QString &text);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -37,6 +45,7 @@ private:
     QuietText *m_status;
     QPushButton *m_copy;
     QPushButton *m_remove;
+    bool m_isAwaited = false;
 };
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #include "ui/settings/MCPServersView.h"
 
 #include "mcp/MCPManager.h"
+#include "platform/Announcer.h"
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
@@ -29,8 +30,8 @@ constexpr int widestView = 720;
 
 } // namespace
 
-MCPServersView::MCPServersView(MCPManager &manager, QWidget *window)
-    : m_manager(manager), m_form(new AddMCPServerView(manager, window)),
+MCPServersView::MCPServersView(MCPManager &manager, Announcer &announcer, QWidget *window)
+    : m_manager(manager), m_announcer(announcer), m_form(new AddMCPServerView(manager, window)),
       m_add(new QPushButton(u"Add Server"_s)), m_empty(makeEmptyState()), m_rowLayout(new QVBoxLayout)
 {
     auto *center = new QWidget;
@@ -50,7 +51,14 @@ MCPServersView::MCPServersView(MCPManager &manager, QWidget *window)
     whole->addWidget(scroll);
 
     connect(&manager, &MCPManager::serversChanged, this, &MCPServersView::updateRows);
-    connect(&manager, &MCPManager::statusTextChanged, this, &MCPServersView::updateRow);
+    connect(&manager, &MCPManager::statusTextChanged, this, [this](QUuid id) {
+        if (MCPServerRow *const row = rowOf(id))
+            row->takeNewStatus();
+    });
+    connect(m_form, &AddMCPServerView::added, this, [this](QUuid id) {
+        if (MCPServerRow *const row = rowOf(id))
+            row->awaitOutcome();
+    });
     updateRows();
 }
 
@@ -68,7 +76,7 @@ QWidget *MCPServersView::makeHeader()
     buttons->addWidget(reconnect);
     buttons->addWidget(m_add);
     header->setParts(titleRow, buttons);
-    connect(reconnect, &QPushButton::clicked, &m_manager, &MCPManager::refresh);
+    connect(reconnect, &QPushButton::clicked, this, &MCPServersView::reconnect);
     connect(m_add, &QPushButton::clicked, m_form, &AddMCPServerView::open);
     return header;
 }
@@ -117,7 +125,7 @@ void MCPServersView::updateRows()
         gone->deleteLater();
     }
     for (const MCPServerConfig &server : servers.sliced(m_rows.size())) {
-        m_rows.append(new MCPServerRow(server, m_manager));
+        m_rows.append(newRow(server));
         m_rowLayout->addWidget(m_rows.last());
     }
     m_empty->setVisible(m_rows.isEmpty());
@@ -128,11 +136,25 @@ void MCPServersView::updateRows()
         m_add->setFocus();
 }
 
-void MCPServersView::updateRow(QUuid id)
+MCPServerRow *MCPServersView::rowOf(QUuid id) const
+{
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(),
+                                  [id](const MCPServerRow *each) { return each->server() == id; });
+    return row == m_rows.end() ? nullptr : *row;
+}
+
+MCPServerRow *MCPServersView::newRow(const MCPServerConfig &server)
+{
+    auto *row = new MCPServerRow(server, m_manager);
+    connect(row, &MCPServerRow::outcome, this, [this](const QString &text) { m_announcer.announce(text); });
+    return row;
+}
+
+void MCPServersView::reconnect()
 {
     for (MCPServerRow *row : std::as_const(m_rows))
-        if (row->server() == id)
-            row->refresh();
+        row->awaitOutcome();
+    m_manager.refresh();
 }
 
 } // namespace morvane

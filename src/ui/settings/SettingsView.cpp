@@ -40,7 +40,7 @@ constexpr int widestColumn = 720;
 } // namespace
 
 SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &localModel,
-                           MCPManager &toolServers, QWidget *parent)
+                           MCPManager &toolServers, Announcer &announcer, QWidget *parent)
     : QWidget(parent, Qt::Window), m_settingsModel(new SettingsModel(services, localModel, this))
 {
     setAccessibleRole(this, QAccessible::Window);
@@ -53,7 +53,7 @@ SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &loc
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->addTab(makeGeneralTab(services, localModel), symbolIcon(Symbol::gear), u"General"_s);
     tabs->addTab(new PermissionsView(services.permissions), symbolIcon(Symbol::shieldLock), u"Permissions"_s);
-    addToolServersTab(*tabs, toolServers);
+    addToolServersTab(*tabs, toolServers, announcer);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(tabs);
@@ -87,9 +87,9 @@ QWidget *SettingsView::makeGeneralTab(const SettingsServices &services, LocalMod
     return scrollCentered(center);
 }
 
-void SettingsView::addToolServersTab(QTabWidget &tabs, MCPManager &toolServers)
+void SettingsView::addToolServersTab(QTabWidget &tabs, MCPManager &toolServers, Announcer &announcer)
 {
-    const int tab = tabs.addTab(new MCPServersView(toolServers, this), u"Tool Servers"_s);
+    const int tab = tabs.addTab(new MCPServersView(toolServers, announcer, this), u"Tool Servers"_s);
     const auto showTrouble = [&tabs, &toolServers, tab] {
         const bool trouble = toolServers.hasTrouble();
         tabs.setTabIcon(tab, symbolIcon(trouble ? Symbol::triangleExclamation : Symbol::server));

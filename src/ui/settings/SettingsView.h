@@ -6,6 +6,7 @@ class QTabWidget;
 
 namespace morvane {
 
+class Announcer;
 class LocalModelFlow;
 class MCPManager;
 class SettingsModel;
@@ -18,12 +19,12 @@ public:
     /// All must outlive the view. Shown as a window of its own above `parent`. Asks the provider for its
     /// list of models at once.
     SettingsView(const SettingsServices &services, LocalModelFlow &localModel, MCPManager &toolServers,
-                 QWidget *parent);
+                 Announcer &announcer, QWidget *parent);
 
 private:
     QWidget *makeGeneralTab(const SettingsServices &services, LocalModelFlow &localModel);
 
-    void addToolServersTab(QTabWidget &tabs, MCPManager &toolServers);
+    void addToolServersTab(QTabWidget &tabs, MCPManager &toolServers, Announcer &announcer);
 
     SettingsModel *m_settingsModel;
 };

@@ -128,8 +128,8 @@ void MainWindow::makeMenus()
 void MainWindow::showSettings()
 {
     if (!m_settings) {
-        m_settings =
-            new SettingsView(m_services.settings, m_model.localModel(), m_services.toolServers, this);
+        m_settings = new SettingsView(m_services.settings, m_model.localModel(), m_services.toolServers,
+                                      m_services.announcer, this);
         m_settings->setAttribute(Qt::WA_DeleteOnClose);
     }
     {

@@ -22,7 +22,7 @@ protected:
     void open()
     {
         view = std::make_unique<SettingsView>(*settingsServices, model->localModel(), toolServerList.manager,
-                                              nullptr);
+                                              announcer, nullptr);
         view->show();
         settle();
     }

@@ -308,6 +308,62 @@ TEST_F(ToolServerViewsTest, AddingDoesNotWaitForTheConnection)
     EXPECT_TRUE(reads(rows()[0], u"Slow, Could not connect: The MCP server did not respond in time."_s));
 }
 
+TEST_F(ToolServerViewsTest, WhatBecomesOfAnAddedServerIsHeardOnce)
+{
+    toolServerList.servers[u"Slow"_s].answer = {};
+    showServers();
+    openForm();
+    retype(named<QLineEdit>(u"Server name"_s), u"Slow"_s);
+    retype(named<QLineEdit>(u"Command"_s), u"run"_s);
+    announcer.spoken.clear();
+    saveButton()->click();
+    settle();
+    EXPECT_EQ(announcer.spoken, QStringList()) << "nothing has become of it yet";
+    clock.advance(std::chrono::seconds(20));
+    const QStringList heard{u"Slow, Could not connect: The MCP server did not respond in time."_s};
+    EXPECT_TRUE(waitUntil([&] { return announcer.spoken == heard; }));
+    named<QPushButton>(u"Remove the Slow server"_s)->click();
+    settle();
+    EXPECT_EQ(announcer.spoken, heard);
+}
+
+TEST_F(ToolServerViewsTest, WhatBecomesOfAServerThatIsSwitchedOnOrReconnectedIsHeard)
+{
+    toolServerList.add(u"S"_s);
+    toolServerList.add(u"T"_s, 0, u"No such file or directory"_s);
+    announcer.spoken.clear();
+    showServers();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    ASSERT_TRUE(reads(rows()[1], u"T, Could not connect: No such file or directory"_s));
+    EXPECT_EQ(announcer.spoken, QStringList()) << "nobody has asked for it";
+    switchOf(rows()[0])->click();
+    ASSERT_TRUE(reads(rows()[0], u"S, Off"_s));
+    settle();
+    EXPECT_EQ(announcer.spoken, QStringList()) << "the switch itself says so";
+    switchOf(rows()[0])->click();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    settle();
+    QStringList heard{u"S, Connected via command · 1 tool"_s};
+    EXPECT_EQ(announcer.spoken, heard);
+    named<QPushButton>(u"Reconnect all tool servers"_s)->click();
+    heard += {u"S, Connected via command · 1 tool"_s, u"T, Could not connect: No such file or directory"_s};
+    EXPECT_TRUE(waitUntil([&] { return announcer.spoken == heard; }));
+}
+
+TEST_F(ToolServerViewsTest, AnErrorIsReadToItsEndAndInItsOrderWhateverItHolds)
+{
+    const QString reason = QString(u"first"_s) + QChar(u'\0') + u"second\u202Ethird\u2066\u001B[2J"_s;
+    toolServerList.add(u"S"_s, 0, reason);
+    showServers();
+    const QString status = u"Could not connect: first\uFFFDsecond\uFFFDthird\uFFFD\uFFFD[2J"_s;
+    ASSERT_TRUE(reads(rows()[0], u"S, "_s + status));
+    const auto texts = rows()[0]->findChildren<QuietText *>();
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(),
+                            [&status](const QuietText *text) { return text->text() == status; }));
+    named<QPushButton>(u"Copy the error of the S server"_s)->click();
+    EXPECT_EQ(QApplication::clipboard()->text(), u"Could not connect: "_s + reason) << "as it came";
+}
+
 TEST_F(ToolServerViewsTest, AnErrorOfThousandsOfLettersIsShownAndCopiedWhole)
 {
     const QString reason = QString(u"one reason "_s).repeated(350) + u"and the last"_s;
