@@ -310,10 +310,29 @@ def test_violations(root):
                 yield Violation(shown, include.line, f"{include.target}: a unit test touches memory and temporary files only")
 
 
+def is_compiled(path, root):
+    """Whether the CMake list that is nearest above a source names it, itself or by a pattern; true where none is."""
+    for folder in path.relative_to(root).parents:
+        cmake = root / folder / "CMakeLists.txt"
+        if cmake.is_file():
+            name = path.relative_to(cmake.parent)
+            words = re.sub(r"#[^\n]*", "", cmake.read_text()).replace(")", " ").split()
+            return any(word.count("/") == len(name.parts) - 1 and name.match(word) for word in words if word.endswith(".cpp"))
+    return True
+
+
+def list_violations(root):
+    for path in sources(root, "tests", "bench"):
+        shown = path.relative_to(root)
+        if path.suffix == ".cpp" and shown.parts[:2] not in (("tests", "unit"), ("tests", "integration")):
+            if not is_compiled(path, root):
+                yield Violation(shown.as_posix(), 1, "not compiled: the CMakeLists.txt above it does not name it")
+
+
 def violations(root):
     root = Path(root)
     for rule in (arrow_violations, size_violations, style_violations, state_violations, behaviour_violations,
-                 moc_violations, test_violations):
+                 moc_violations, test_violations, list_violations):
         yield from rule(root)
 
 

@@ -314,6 +314,17 @@ class Tests(Tree):
         self.write("tests/unit/theme/ATest.cpp", "\n")
         self.assertEqual(self.complaints(), [])
 
+    def test_a_source_that_no_list_names_is_found(self):
+        self.write("tests/CMakeLists.txt", "file(GLOB sources support/*.cpp)\nadd_subdirectory(e2e) # with Extra.cpp\n")
+        self.write("tests/e2e/CMakeLists.txt", "file(GLOB sources *Test.cpp)\nadd_executable(program named/Main.cpp)\n")
+        for name in ("tests/support/Fake.cpp", "tests/e2e/ATest.cpp", "tests/e2e/named/Main.cpp"):
+            self.write(name, "\n")
+        self.assertEqual(self.complaints(), [])
+        for name in ("tests/Extra.cpp", "tests/support/more/Fake.cpp", "tests/e2e/ATets.cpp", "tests/e2e/deeper/ATest.cpp"):
+            path = self.write(name, "\n")
+            self.assert_complaint(f"{name}:1", "not compiled")
+            path.unlink()
+
     def test_a_folder_of_tests_for_no_folder_is_found(self):
         self.write("tests/unit/extra/ATest.cpp", "\n")
         self.assert_complaint("tests/unit/extra/ATest.cpp:1", "no folder of src/")
