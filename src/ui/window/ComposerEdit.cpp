@@ -5,6 +5,7 @@
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/PastedTextView.h"
+#include "ui/window/TextInPieces.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
@@ -20,6 +21,7 @@
 #include <QTextLayout>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -69,6 +71,10 @@ ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*d
     setAccessibleDescription(u"Type your message, then press Return to send it."_s);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             &ComposerEdit::fitHeight);
+    connect(document(), &QTextDocument::contentsChange, this, [this](int at, int, int added) {
+        if (added > typedFactor * costliestDraft)
+            m_tooLong = Written{at, added};
+    });
     connect(this, &QPlainTextEdit::textChanged, this, &ComposerEdit::takeChange);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerEdit::keepCaretOutOfLabels);
     fitHeight();
@@ -118,8 +124,22 @@ void ComposerEdit::insertBounded(const QString &text)
     ensureCursorVisible();
 }
 
+void ComposerEdit::foldWritten(const Written &written)
+{
+    // The document counts its own end among what was written.
+    const int end = std::min(written.at + written.size, document()->characterCount() - 1);
+    QTextCursor cursor(document());
+    cursor.setPosition(written.at);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    m_folds.insert(cursor, m_folds.textBetween(written.at, end));
+    // Undoing would lay out the text again.
+    document()->clearUndoRedoStacks();
+}
+
 void ComposerEdit::takeChange()
 {
+    if (const auto written = std::exchange(m_tooLong, std::nullopt))
+        return foldWritten(*written);
     m_folds.mend();
     m_hasContent = m_folds.hasContent();
     // The toolkit shapes the letters anew for each drawing otherwise.
@@ -262,9 +282,7 @@ void ComposerEdit::mouseDoubleClickEvent(QMouseEvent *event)
 QMimeData *ComposerEdit::createMimeDataFromSelection() const
 {
     const QTextCursor cursor = textCursor();
-    auto *data = new QMimeData;
-    data->setText(m_folds.textBetween(cursor.selectionStart(), cursor.selectionEnd()));
-    return data;
+    return new TextInPieces(m_folds.piecesBetween(cursor.selectionStart(), cursor.selectionEnd()));
 }
 
 bool ComposerEdit::event(QEvent *event)
@@ -308,12 +326,16 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
 
 bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
 {
-    return QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
-           !imageExtension(source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty();
+    return !source->formats().isEmpty() &&
+           (QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
+            !imageExtension(source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty());
 }
 
 void ComposerEdit::insertFromMimeData(const QMimeData *source)
 {
+    // An owner of the clipboard that hangs is waited for anew with each question, for seconds.
+    if (source->formats().isEmpty())
+        return;
     const auto pastedName = u"Pasted image."_s;
     if (const QList<QUrl> files = FileDropFilter::filesOf(source); !files.isEmpty())
         Q_EMIT filesPasted(files);

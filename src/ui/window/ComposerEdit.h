@@ -6,6 +6,7 @@
 #include <QList>
 #include <QPlainTextEdit>
 #include <QUrl>
+#include <optional>
 
 namespace morvane {
 
@@ -57,6 +58,12 @@ private:
     /// Whether `text` in the place of the selection would make the field slow.
     bool isTooLong(const QString &text) const;
     void insertBounded(const QString &text);
+    /// A piece of the document that came in by another way than pasting.
+    struct Written {
+        int at = 0;
+        int size = 0;
+    };
+    void foldWritten(const Written &written);
     void takeChange();
     void keepCaretOutOfLabels();
     /// The edge of a label to which a caret within it goes.
@@ -68,6 +75,7 @@ private:
     void showFold(const FoldedTexts::Place &place);
 
     FoldedTexts m_folds;
+    std::optional<Written> m_tooLong; ///< Written since the last change was taken.
     bool m_hasContent = false;
     int m_lastCaret = 0;
 };

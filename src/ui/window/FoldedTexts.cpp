@@ -127,18 +127,19 @@ QString FoldedTexts::ownText(int from, int to) const
     return text;
 }
 
-QString FoldedTexts::textBetween(int from, int to) const
+QStringList FoldedTexts::piecesBetween(int from, int to) const
 {
-    QString text;
+    QStringList pieces;
     int at = from;
     for (const Place &place : places()) {
         if (place.end <= from || place.start >= to)
             continue;
-        text += ownText(at, std::max(at, place.start));
-        text += m_folds.value(place.id).text;
+        pieces.append(ownText(at, std::max(at, place.start)));
+        pieces.append(m_folds.value(place.id).text);
         at = std::min(place.end, to);
     }
-    return text + ownText(at, to);
+    pieces.append(ownText(at, to));
+    return pieces;
 }
 
 bool FoldedTexts::hasContent() const

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 class QTextCursor;
@@ -40,7 +41,9 @@ public:
 
     /// What stands between two positions of the document, with the texts in the place of their labels and
     /// line feeds as line ends.
-    QString textBetween(int from, int to) const;
+    QString textBetween(int from, int to) const { return piecesBetween(from, to).join(QString()); }
+    /// The same in pieces, of which those that are long are shared and not copied.
+    QStringList piecesBetween(int from, int to) const;
     /// Whether the document holds anything besides white space. Reads no further than to where it does.
     bool hasContent() const;
 

@@ -18,6 +18,7 @@
 #include <QTextLayout>
 #include <QToolTip>
 #include <gmock/gmock.h>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +27,41 @@ using testing::IsEmpty;
 
 namespace morvane {
 namespace {
+
+/// What is on a clipboard whose owner does not answer: nothing, each time after a while.
+class SilentData : public QMimeData {
+public:
+    QStringList formats() const override
+    {
+        ++questions;
+        return {};
+    }
+    mutable int questions = 0;
+
+protected:
+    QVariant retrieveData(const QString &, QMetaType) const override
+    {
+        ++questions;
+        return {};
+    }
+};
+
+/// What the toolkit calls on its way to and from the clipboard.
+class ExposedEdit : public ComposerEdit {
+public:
+    static QMimeData *selectionOf(const ComposerEdit &edit)
+    {
+        return (edit.*&ExposedEdit::createMimeDataFromSelection)();
+    }
+    static bool canInsert(const ComposerEdit &edit, const QMimeData &data)
+    {
+        return (edit.*&ExposedEdit::canInsertFromMimeData)(&data);
+    }
+    static void insert(ComposerEdit &edit, const QMimeData &data)
+    {
+        (edit.*&ExposedEdit::insertFromMimeData)(&data);
+    }
+};
 
 class ComposerEditTest : public testing::Test {
 protected:
@@ -99,6 +135,49 @@ TEST_F(ComposerEditTest, WhateverIsPastedTheFieldHoldsLittle)
         EXPECT_LE(edit.document()->characterCount(), 100);
         EXPECT_EQ(edit.draft(), text);
     }
+}
+
+TEST_F(ComposerEditTest, ALongTextThatAReaderWritesIsFolded)
+{
+    // Words are laid out faster than one that has no end.
+    const QString text = u"words "_s.repeated(70'000 / 6) + u"more"_s;
+    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&edit);
+    QTest::keyClicks(&edit, u"front back"_s);
+    interface->editableTextInterface()->insertText(6, text);
+    EXPECT_EQ(edit.toPlainText(), u"front "_s + label + u"back"_s);
+    EXPECT_EQ(caret(), 10 + labelSize);
+    EXPECT_EQ(edit.draft(), u"front "_s + text + u"back"_s);
+    interface->setText(QAccessible::Value, text + u'\n' + text);
+    EXPECT_LE(edit.document()->characterCount(), 100);
+    QTest::keyClicks(&edit, u" typed"_s);
+    EXPECT_EQ(edit.draft(), text + u'\n' + text + u" typed"_s);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(edit.draft(), text + u'\n' + text);
+    EXPECT_LE(edit.document()->characterCount(), 100);
+}
+
+TEST_F(ComposerEditTest, ASelectionIsPutTogetherWhenItIsAskedFor)
+{
+    paste(word);
+    QTest::keyClicks(&edit, u" behind"_s);
+    edit.selectAll();
+    const std::unique_ptr<QMimeData> selection(ExposedEdit::selectionOf(edit));
+    EXPECT_TRUE(selection->hasText());
+    edit.clear();
+    EXPECT_EQ(selection->text(), word + u" behind"_s);
+    EXPECT_EQ(QString::fromUtf8(selection->data(u"text/plain"_s)), word + u" behind"_s);
+    EXPECT_FALSE(selection->hasUrls() || selection->hasImage() || selection->hasHtml());
+}
+
+TEST_F(ComposerEditTest, AClipboardWhoseOwnerIsSilentIsAskedOnce)
+{
+    SilentData silent;
+    ExposedEdit::insert(edit, silent);
+    EXPECT_EQ(silent.questions, 1);
+    EXPECT_FALSE(ExposedEdit::canInsert(edit, silent));
+    EXPECT_EQ(silent.questions, 2);
+    EXPECT_EQ(edit.draft(), QString());
 }
 
 TEST_F(ComposerEditTest, ShortTextsThatAddUpAreFoldedInTheEnd)
