@@ -54,7 +54,7 @@ Task<QList<APIMessage>> AgentLoop::runAgentLoop(AIConfiguration config, QList<AP
         const qsizetype startLength = m_workspace.transcript.currentAssistantTextLength();
         const AITurnResult turn = co_await streamTurn(&run);
         if (turn.toolCalls.isEmpty()) {
-            if (!run.sawToken)
+            if (!run.sawToken && !isLeft(run))
                 m_workspace.transcript.appendToken(turn.text);
             break;
         }

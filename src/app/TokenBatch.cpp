@@ -3,7 +3,15 @@
 #include "app/Transcript.h"
 #include "base/Text.h"
 
+#include <algorithm>
+
 namespace morvane {
+
+TokenBatch::TokenBatch(Transcript &transcript) : m_transcript(transcript)
+{
+    if (const auto row = transcript.newestAssistant())
+        m_answer = transcript.messages().at(*row).id;
+}
 
 void TokenBatch::add(const QString &token)
 {
@@ -17,7 +25,11 @@ void TokenBatch::flush()
 {
     if (m_buffer.isEmpty())
         return;
-    m_transcript.appendToken(m_buffer);
+    const QList<ChatMessage> &messages = m_transcript.messages();
+    const auto isAnswer = [this](const ChatMessage &message) { return message.id == m_answer; };
+    // A cancelled request may bring what had arrived before. The answer is among the last.
+    if (std::any_of(messages.rbegin(), messages.rend(), isAnswer))
+        m_transcript.appendToken(m_buffer);
     m_buffer.clear();
 }
 

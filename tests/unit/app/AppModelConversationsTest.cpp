@@ -214,6 +214,25 @@ TEST_F(LeavingARunTest, AMessageThatWaitsForAKeyIsSaved)
     EXPECT_EQ(storedTexts(listed().first().id), QStringList({u"hello"_s, QString()}));
 }
 
+TEST_F(LeavingARunTest, WhatItStillSaysStaysOutOfTheNextConversation)
+{
+    Service::Turn streamed = Service::answer(QString(300, u'x'));
+    Service::Turn atOnce;
+    atOnce.result.text = u"too late"_s;
+    for (Service::Turn turn : {streamed, Service::answer(u"too late"_s), atOnce}) {
+        turn.atStart = [this] {
+            model->newConversation();
+            EXPECT_TRUE(model->send(u"next"_s, {}));
+        };
+        service.willTurn(turn);
+        service.willTurn(Service::answer(u"hello"_s));
+        sendAndFinish(u"go"_s);
+        ASSERT_EQ(model->messages().size(), 2);
+        EXPECT_EQ(lastMessage().text, u"hello"_s);
+        model->newConversation();
+    }
+}
+
 TEST_F(LeavingARunTest, ItsNoteAboutTheStepsStaysOutOfTheNextConversation)
 {
     settings->setUnlimitedSteps(false);

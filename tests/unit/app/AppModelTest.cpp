@@ -90,6 +90,7 @@ TEST_F(AppModelTest, MissingKeyEndsTheRequestAndSendingAgainCarriesBothMessages)
     ASSERT_TRUE(model->send(u"one"_s, {}));
     EXPECT_FALSE(model->isBusy());
     EXPECT_EQ(lastMessage().errorMessage, u"No API key is set. Open Settings to add your free API key."_s);
+    EXPECT_FALSE(lastMessage().isStreaming);
     EXPECT_EQ(model->status().statusText(), u"Waiting for API key"_s);
     EXPECT_THAT(announcer.spoken, Contains(u"Morvane needs an API key. Open Settings and choose "
                                            "a provider to get started."_s));
