@@ -11,6 +11,14 @@ using namespace std::chrono_literals;
 namespace morvane {
 namespace {
 
+/// What a flood may add to our memory, in kilobytes. The address sanitizer holds freed blocks back for a
+/// while.
+#if __has_feature(address_sanitizer)
+constexpr qint64 mayGrow = 300'000;
+#else
+constexpr qint64 mayGrow = 8'000;
+#endif
+
 /// That no server, and nothing that it started, outlives its connection or the program.
 class ProcessHygieneTest : public McpTest {
 protected:
@@ -206,7 +214,7 @@ TEST_F(ProcessHygieneTest, AFloodOnStandardErrorGrowsNothing)
     ASSERT_TRUE(hasWritten(50));
     const qint64 memory = number(::getpid(), u"status"_s, "VmRSS");
     ASSERT_TRUE(hasWritten(1'000));
-    EXPECT_LT(number(::getpid(), u"status"_s, "VmRSS"), memory + 8'000) << "in kB";
+    EXPECT_LT(number(::getpid(), u"status"_s, "VmRSS"), memory + mayGrow);
     EXPECT_EQ(call(server, u"echo"_s, {{"text", "heard"}}).text, "heard");
 }
 
