@@ -31,10 +31,12 @@ bool tellsOfForgottenKeyOnly(const QString &report)
 {
     static const QRegularExpression forgottenKey(
         uR"(\AERROR: LeakSanitizer: detected memory leaks\s+)"
-        uR"(Direct leak of %1 byte\(s\) in 1 object\(s\) allocated from:\n +#0 [^\n]*\n +#1 [^\n]*libQt6Gui[^\n]*\n)"
-        uR"((\s+Indirect leak of \d+ byte\(s\) in 1 object\(s\) allocated from:\n +#0 [^\n]*\n +#1 [^\n]*libQt6Core)"
-        uR"([^\n]*\n( +#\d[^\n]*\n)*)?\s+SUMMARY[^\n]*\s*\z)"_s.arg(sizeof(QKeyEvent)));
-    return forgottenKey.match(report).hasMatch();
+        uR"(Direct leak of (\d+) byte\(s\) in (\d+) object\(s\) allocated from:\n +#0 [^\n]*\n +#1 [^\n]*libQt6Gui[^\n]*\n)"
+        uR"((\s+Indirect leak of \d+ byte\(s\) in \d+ object\(s\) allocated from:\n +#0 [^\n]*\n +#1 [^\n]*libQt6Core)"
+        uR"([^\n]*\n( +#\d[^\n]*\n)*)?\s+SUMMARY[^\n]*\s*\z)"_s);
+    const QRegularExpressionMatch match = forgottenKey.match(report);
+    return match.hasMatch() &&
+           match.captured(1).toULongLong() == match.captured(2).toULongLong() * sizeof(QKeyEvent);
 }
 
 } // namespace

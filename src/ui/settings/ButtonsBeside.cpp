@@ -24,8 +24,9 @@ void ButtonsBeside::setParts(QLayout *wide, QBoxLayout *buttons)
 
 bool ButtonsBeside::event(QEvent *event)
 {
+    const bool hasNewRoom = event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest;
     const bool handled = QWidget::event(event);
-    if (m_parts && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
+    if (hasNewRoom && m_parts) // nothing is left to look at behind a deferred delete
         arrange();
     return handled;
 }

@@ -79,8 +79,8 @@ TEST_F(ProcessHygieneTest, AServerThatIsTerminatedMayFinishItsWork)
 {
     const QString begun = folder.filePath(u"begun"_s);
     const QString finished = folder.filePath(u"finished"_s);
-    const auto server =
-        stdio(u"trap '/bin/sleep 1; touch %1; exit' TERM; touch %2; /bin/sleep 1000"_s.arg(finished, begun));
+    const auto server = stdio(
+        u"trap '/bin/sleep 1; touch %1; exit' TERM; touch %2; /bin/sleep 1000 & wait"_s.arg(finished, begun));
     auto handshake = scheduler.spawn(server->connect());
     ASSERT_TRUE(waitUntil([&] { return QFile::exists(begun); }));
     server->shutdown();
