@@ -99,7 +99,7 @@ TEST_F(ToolServersTest, AServerIsAddedByKeyboardUsedSwitchedOffAndOnAndRemoved)
     ASSERT_TRUE(morvane.program().focuses(u"Arguments"_s));
     morvane.keyboard().type(u"--pids "_s + pidFile(morvane));
     morvane.keyboard().press(u"Return"_s);
-    const QString connected = u"My Server, Connected via command · 17 tools"_s;
+    const QString connected = u"My Server, Connected via command · 18 tools"_s;
     ASSERT_TRUE(morvane.program().shows(connected));
     closeSettings(morvane);
 
@@ -150,7 +150,7 @@ TEST_F(ToolServersTest, StoppingARunEndsACallThatIsNeverAnswered)
     writeServers(morvane, serverProgram());
     morvane.start();
     openToolServers(morvane);
-    ASSERT_TRUE(morvane.program().shows(u"Mine, Connected via command · 17 tools"_s));
+    ASSERT_TRUE(morvane.program().shows(u"Mine, Connected via command · 18 tools"_s));
     closeSettings(morvane);
     morvane.send(u"Wait for ever"_s);
     ASSERT_TRUE(morvane.program().shows(u"Status. Running mcp_mine_never…"_s));
