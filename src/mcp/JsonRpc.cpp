@@ -70,8 +70,9 @@ std::optional<qint64> strictInteger(std::string_view text)
             return std::nullopt;
     }
     qint64 number = 0;
-    const char *const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const char *const begin = text.data();
+    const char *const end = begin + text.size();
+    const auto [stop, error] = std::from_chars(begin, end, number);
     return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
 }
 

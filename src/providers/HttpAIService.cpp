@@ -132,7 +132,7 @@ Task<AITurnResult> HttpAIService::runGeminiTurn(QList<APIMessage> context, AICon
 Task<AITurnResult> HttpAIService::runTurn(HttpRequest request, std::shared_ptr<StreamParser> parser,
                                           QString resets, TokenCallback onToken)
 {
-    HttpResponse response = co_await streamRequest(m_client, std::move(request));
+    HttpResponse response = co_await streamRequest(&m_client, std::move(request));
     LineReader lines = response.lines();
     if (!response.isSuccess()) {
         const QString body = co_await readErrorBody(std::move(lines));

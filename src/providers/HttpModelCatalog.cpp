@@ -26,10 +26,10 @@ constexpr qint64 maximumListBytes = 16 * 1024 * 1024;
 
 using Body = std::optional<QByteArray>;
 
-Task<Body> bodyOf(HttpClient &client, HttpRequest request)
+Task<Body> bodyOf(HttpClient *client, HttpRequest request)
 {
     try {
-        FetchResult result = co_await client.fetch(std::move(request), maximumListBytes);
+        FetchResult result = co_await client->fetch(std::move(request), maximumListBytes);
         if (result.status == 200)
             co_return std::move(result.body);
         qCWarning(providersLog) << "no list of models: status" << result.status;
@@ -143,7 +143,7 @@ Task<std::optional<QByteArray>> HttpModelCatalog::fetch(HttpRequest request)
 {
     request.silenceLimit = silenceLimit;
     request.connectLimit = silenceLimit;
-    return race(bodyOf(m_client, std::move(request)), nothingAfterAll());
+    return race(bodyOf(&m_client, std::move(request)), nothingAfterAll());
 }
 
 } // namespace morvane

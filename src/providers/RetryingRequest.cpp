@@ -23,10 +23,10 @@ bool isRetryable(int status)
 
 } // namespace
 
-Task<HttpResponse> streamRequest(HttpClient &client, HttpRequest request)
+Task<HttpResponse> streamRequest(HttpClient *client, HttpRequest request)
 {
     for (int attempt = 0; attempt < maximumAttempts; ++attempt) {
-        HttpResponse response = co_await client.open(request);
+        HttpResponse response = co_await client->open(request);
         if (!isRetryable(response.status()) || attempt == maximumAttempts - 1)
             co_return response;
         const auto delay = retryDelay(response.headers().value("Retry-After"), attempt);

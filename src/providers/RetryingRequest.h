@@ -9,6 +9,6 @@ namespace morvane {
 /// in between, and gives the response that is to be read: the third one with whatever status it has. Throws
 /// TransportError, which is never retried, or Cancelled, at once even while it waits. `client` outlives the
 /// task.
-Task<HttpResponse> streamRequest(HttpClient &client, HttpRequest request);
+Task<HttpResponse> streamRequest(HttpClient *client, HttpRequest request);
 
 } // namespace morvane

@@ -224,7 +224,7 @@ QString FileTools::readFile(const QString &path)
     if (bytes->contains('\0'))
         return u"The file \"%1\" appears to be binary and was not read."_s.arg(path);
 
-    const QString text = trimmed(QString::fromUtf8(*bytes));
+    QString text = trimmed(QString::fromUtf8(*bytes));
     if (text.isEmpty())
         return u"The file \"%1\" is empty."_s.arg(path);
     const qsizetype shown = characterOffset(text, readableCharacters);

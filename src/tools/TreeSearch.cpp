@@ -18,7 +18,7 @@ constexpr std::size_t firstBatch = 16;
 constexpr std::size_t largestBatch = 128;
 /// Batches for each thread between the walk and what is found. Deep enough that no thread waits for the walk,
 /// which is several times as fast as the search.
-constexpr int batchesAhead = 4;
+constexpr std::size_t batchesAhead = 4;
 /// Each of them has cost a second.
 constexpr int mostSlowFiles = 5;
 
@@ -46,7 +46,7 @@ QStringList TreeSearch::run(qsizetype enough)
     for (int helper = 0; helper < m_helpers.maxThreadCount() && lines.size() < enough; ++helper)
         m_helpers.start([this] { searchWaiting(); });
 
-    const auto mostBatches = static_cast<std::size_t>(batchesAhead * (m_helpers.maxThreadCount() + 1));
+    const auto mostBatches = batchesAhead * static_cast<std::size_t>(m_helpers.maxThreadCount() + 1);
     std::size_t size = firstBatch;
     bool isWalking = true;
     while (lines.size() < enough && m_slowFiles < mostSlowFiles) {

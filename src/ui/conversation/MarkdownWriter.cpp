@@ -172,7 +172,8 @@ void MarkdownWriter::writeRule()
 {
     QTextBlockFormat format;
     format.setTopMargin(m_isFirst ? 0 : m_style.segmentGap);
-    format.setBottomMargin(m_style.segmentGap / 3);
+    const int below = m_style.segmentGap / 3;
+    format.setBottomMargin(below);
     format.setBackground(m_style.colors.border);
     format.setLineHeight(1, QTextBlockFormat::FixedHeight);
     startBlock(format, flat());

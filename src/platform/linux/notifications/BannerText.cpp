@@ -33,11 +33,11 @@ QString shortened(const QString &text, qsizetype limit)
 
 QString bannerBody(const QString &text, BodyMarkup markup)
 {
-    const QString body = withoutControls(shortened(text, bodyLength));
+    QString body = withoutControls(shortened(text, bodyLength));
     if (markup == BodyMarkup::shown)
         return body;
     // Not toHtmlEscaped(), which also makes quotes an entity that small daemons do not know.
-    return QString(body).replace(u'&', "&amp;"_L1).replace(u'<', "&lt;"_L1).replace(u'>', "&gt;"_L1);
+    return body.replace(u'&', "&amp;"_L1).replace(u'<', "&lt;"_L1).replace(u'>', "&gt;"_L1);
 }
 
 QString bannerTitle(const QString &text)

@@ -92,7 +92,7 @@ private:
         m_changed.wait(lock, [this] { return m_ends || !m_files.empty(); });
         if (m_ends)
             return std::nullopt;
-        const QByteArray file = m_files.front();
+        QByteArray file = m_files.front();
         m_files.pop_front();
         return file;
     }
