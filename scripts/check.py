@@ -77,12 +77,14 @@ def check_layout(files, fix):
 def check_tidy(files):
     """clang-tidy reads the debug preset's commands, where each source stands alone without precompiled headers."""
     commands = ROOT / "build" / "debug"
-    if not (commands / "compile_commands.json").exists():
-        configured = subprocess.run(
-            ["cmake", "--preset", "debug", "--log-level=WARNING"], cwd=ROOT, capture_output=True, text=True
-        )
-        if configured.returncode != 0:
-            return [configured.stdout + configured.stderr]
+    if not files:
+        return []
+    # Each time, since the list of commands knows only the sources of its last configuring.
+    configured = subprocess.run(
+        ["cmake", "--preset", "debug", "--log-level=WARNING"], cwd=ROOT, capture_output=True, text=True
+    )
+    if configured.returncode != 0:
+        return [configured.stdout + configured.stderr]
     return run_parallel(
         ["nice", TIDY, "--quiet", "-warnings-as-errors=*", "-p", str(commands), str(path)] for path in files
     )
