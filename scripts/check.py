@@ -74,17 +74,17 @@ def check_layout(files, fix):
     return run_parallel([FORMAT, *mode, *names[start : start + 40]] for start in range(0, len(names), 40))
 
 
-def check_tidy(files):
-    """clang-tidy reads the debug preset's commands, where each source stands alone without precompiled headers."""
-    commands = ROOT / "build" / "debug"
-    if not files:
-        return []
-    # Each time, since the list of commands knows only the sources of its last configuring.
+def configure():
+    """Writes the list of commands anew, which knows only the sources of its last configuring; what went wrong."""
     configured = subprocess.run(
         ["cmake", "--preset", "debug", "--log-level=WARNING"], cwd=ROOT, capture_output=True, text=True
     )
-    if configured.returncode != 0:
-        return [configured.stdout + configured.stderr]
+    return [] if configured.returncode == 0 else [configured.stdout + configured.stderr]
+
+
+def check_tidy(files):
+    """clang-tidy reads the debug preset's commands, where each source stands alone without precompiled headers."""
+    commands = ROOT / "build" / "debug"
     return run_parallel(
         ["nice", TIDY, "--quiet", "-warnings-as-errors=*", "-p", str(commands), str(path)] for path in files
     )
@@ -113,7 +113,7 @@ def main():
         if changed is None:
             print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
         sources = concerned(sources, changed or set())
-    for output in check_tidy(sources):
+    for output in (configure() if sources else []) + check_tidy(sources):
         print(output)
         problems += 1
     print(f"Checked the rules and the layout of all files, {len(sources)} sources with clang-tidy: "
