@@ -31,7 +31,7 @@ AgentRequest::AgentRequest(Scheduler &scheduler, const SettingsStore &settings,
 void AgentRequest::setPhase(Phase phase)
 {
     const std::size_t before = m_phase.index();
-    m_phase = std::move(phase);
+    m_phase = phase;
     if (m_phase.index() != before)
         Q_EMIT isBusyChanged();
 }

@@ -1,5 +1,8 @@
 #include "mcp/ServerInput.h"
 
+#include "base/RegularFile.h"
+#include "mcp/Log.h"
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -104,6 +107,7 @@ ServerInput::Written ServerInput::writeQueue()
         if (count < 0 && errno == EAGAIN)
             return Written::some;
         if (count < 0) {
+            qCWarning(mcpLog) << "a tool server does not read what is sent to it:" << systemReason(errno);
             m_pipe.close();
             m_queue.clear();
             m_sent = 0;

@@ -3,6 +3,7 @@
 #include "async/Cancelled.h"
 #include "support/LogRecorder.h"
 
+#include <QSet>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -85,8 +86,12 @@ TEST_F(StdioServerTest, ACommandThatIsNotThereFailsTheHandshakeAtOnce)
     EXPECT_EQ(failureOf(stdio(u"/nowhere/server"_s)->connect()),
               u"The MCP server did not respond in time."_s);
     EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
-    EXPECT_EQ(log.lines(),
-              QStringList(u"morvane.mcp: a tool server has ended, or closed its output, by itself"_s));
+    // Whichever sign comes first ends the connection, which may hide the other.
+    const QSet<QString> signs{u"morvane.mcp: a tool server has ended, or closed its output, by itself"_s,
+                              u"morvane.mcp: a tool server does not read what is sent to it: Broken pipe"_s};
+    const QStringList lines = log.lines();
+    EXPECT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(signs.contains(QSet<QString>(lines.cbegin(), lines.cend())));
 }
 
 TEST_F(StdioServerTest, AServerThatIsEndedIsNotTakenForOneThatEnds)
