@@ -48,7 +48,7 @@ QString diskFull()
 
 QString progressLine(qint64 received, std::optional<qint64> total)
 {
-    const QString so = u"Downloading Ollama… "_s + byteString(received);
+    QString so = u"Downloading Ollama… "_s + byteString(received);
     if (!total)
         return so;
     return so + u" of %1 (%2%)"_s.arg(byteString(*total)).arg(received * 100 / *total);

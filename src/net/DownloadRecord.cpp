@@ -53,7 +53,7 @@ std::optional<DownloadRecord> DownloadRecord::fromJson(const QByteArray &json)
 
 QByteArray validatorIn(const HttpHeaders &headers)
 {
-    const QByteArray tag = headers.value("ETag").value_or(QByteArray()).trimmed();
+    QByteArray tag = headers.value("ETag").value_or(QByteArray()).trimmed();
     if (tag.size() > 2 && tag.startsWith('"') && tag.endsWith('"'))
         return tag;
     return headers.value("Last-Modified").value_or(QByteArray()).trimmed();
