@@ -62,6 +62,7 @@ int main(int argc, char **argv)
     std::atomic<bool> works = true;
     const auto onAll = [&engines](const auto &work) {
         std::vector<std::jthread> workers;
+        workers.reserve(engines.size());
         for (StripRecognition &engine : engines)
             workers.emplace_back([&work, &engine] { work(engine); });
     };

@@ -2,6 +2,8 @@
 
 #include "platform/linux/desktop/XDisplay.h"
 
+#include <bit>
+#include <cstdint>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 #include <xcb/shm.h>
@@ -29,7 +31,7 @@ public:
     SharedPicture(const SharedPicture &) = delete;
     SharedPicture &operator=(const SharedPicture &) = delete;
 
-    bool isOpen() const { return m_memory != reinterpret_cast<void *>(-1) && m_memory != nullptr; }
+    bool isOpen() const { return m_memory && std::bit_cast<std::intptr_t>(m_memory) != -1; }
     uint32_t id() const { return static_cast<uint32_t>(m_id); }
     const uchar *data() const { return static_cast<const uchar *>(m_memory); }
 
