@@ -18,7 +18,7 @@ struct Example {
     QString html;
 };
 
-/// The examples of the specification, which scripts/install-peers.sh installs from npm.
+/// CommonMark's own examples, which scripts/install-peers.sh installs from npm.
 QList<Example> examples()
 {
     QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/tests/peers/node_modules/commonmark-spec/spec.txt"));

@@ -9,7 +9,6 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 import unittest.mock
 from pathlib import Path
@@ -22,7 +21,7 @@ fuzz = importlib.import_module("fuzz")
 
 # A program that takes GoogleTest's options; what it does with its report follows.
 PROGRAM = """#!/usr/bin/env python3
-import os, sys, time
+import os, signal, sys
 if "--gtest_list_tests" in sys.argv:
     print("Reader.\\n  ReadsWhatIsThere")
     sys.exit(0)
@@ -87,7 +86,7 @@ class RunTests(unittest.TestCase):
         self.assert_fails("1 passed, 2 failed", "(not run)")
 
     def test_no_end_in_time_is_one(self):
-        self.program("unit.slow", PROGRAM + "time.sleep(60)\n")
+        self.program("unit.slow", PROGRAM + "signal.pause()\n")
         self.assert_fails("0 passed, 1 failed", "unit.slow (ended with timeout)")
 
     def test_what_cannot_be_started_is_one(self):
@@ -102,21 +101,21 @@ class RunTests(unittest.TestCase):
         for alone in (False, True):
             for number in (signal.SIGINT, signal.SIGTERM):
                 self.setUp()
-                pid = self.build / "pid"
-                self.program("unit.long", PROGRAM + f"open({str(pid)!r} + '_', 'w').write(str(os.getpid()))\n"
-                                    f"os.rename({str(pid)!r} + '_', {str(pid)!r})\ntime.sleep(60)\n")
+                started = self.build / "started"
+                os.mkfifo(started)
+                self.program("unit.long", PROGRAM + f"with open({str(started)!r}, 'w') as pipe:\n"
+                                    "    pipe.write(str(os.getpid()))\nsignal.pause()\n")
                 with open(self.build / "CTestTestfile.cmake", "a") as tests:
                     tests.write(f'set_tests_properties("unit.long" PROPERTIES TIMEOUT "60" RUN_SERIAL "{alone}")\n')
                 runner = subprocess.Popen([HOUSE / "scripts" / "run-tests.py", self.build], stdout=subprocess.PIPE, text=True,
                                           stderr=subprocess.STDOUT)
-                while not pid.exists() and runner.poll() is None:
-                    time.sleep(0.01)
+                pid = int(started.read_text()) # comes when the program has begun
                 runner.send_signal(number)
                 output = runner.communicate(timeout=20)[0]
                 self.assertEqual((runner.returncode, output.splitlines()[-1]), (-signal.SIGINT, "interrupted"), output)
                 self.assertNotIn("Traceback", output)
                 with self.assertRaises(ProcessLookupError):
-                    os.kill(int(pid.read_text()), 0)
+                    os.kill(pid, 0)
 
     def test_a_name_that_nothing_has_is_one(self):
         self.program("unit.good", PROGRAM + "report(passed)\n")
