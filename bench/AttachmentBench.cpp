@@ -3,6 +3,7 @@
 // that happens. Prints JSON.
 
 #include "BenchAgent.h"
+#include "Median.h"
 
 #include "attachments/AttachmentProcessor.h"
 #include "support/SamplePdf.h"
@@ -11,9 +12,7 @@
 
 #include <QGuiApplication>
 #include <cstdio>
-#include <functional>
 #include <sys/resource.h>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -25,20 +24,6 @@ constexpr int runs = 5;
 constexpr qsizetype largestPhoto = 10'000'000;
 constexpr int pictures = 5; // of 2 MB each
 constexpr qsizetype pictureBytes = 2'000'000;
-
-/// Median of the runs in milliseconds.
-double medianMilliseconds(const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int run = 0; run < runs; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(double(timer.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[runs / 2];
-}
 
 /// The largest reader so far, in megabytes.
 double readerMegabytes()
@@ -81,7 +66,7 @@ int main(int argc, char **argv)
         ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s)};
     const auto millisecondsFor = [&](const char *name, const QByteArray &content) {
         const QUrl file = QUrl::fromLocalFile(home.write(QString::fromLatin1(name), content));
-        return medianMilliseconds([&] { static_cast<void>(processor.process(file, stop)); });
+        return medianMilliseconds(runs, [&] { static_cast<void>(processor.process(file, stop)); });
     };
 
     const double smallPicture = millisecondsFor("small.png", encoded(samplePhoto({300, 200}), "png"));
@@ -103,7 +88,7 @@ int main(int argc, char **argv)
     const QList<ChatAttachment> files(pictures, picture());
     double longestStall = 0;
     double longestWork = 0;
-    const double sending = medianMilliseconds([&] {
+    const double sending = medianMilliseconds(runs, [&] {
         agent.model.newConversation();
         const StallWatch stalls;
         agent.ask(u"What do you see?"_s, files);

@@ -1,15 +1,13 @@
 // What the bookkeeping of the context costs before each turn: trimming of a context of 1 MB with many tool
 // results, and rebuilding it from a long conversation. Prints JSON.
 
+#include "Median.h"
+
 #include "app/ContextTrimming.h"
 #include "model/APIMessage.h"
 #include "model/ChatMessage.h"
 
-#include <QElapsedTimer>
-#include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -20,20 +18,6 @@ namespace {
 constexpr int entries = 1000;
 constexpr qsizetype bytesEach = 1024;
 constexpr int runs = 51;
-
-/// Median of the runs in milliseconds.
-double medianMilliseconds(const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int run = 0; run < runs; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(double(timer.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[runs / 2];
-}
 
 QList<APIMessage> toolContext(const QString &text)
 {
@@ -73,9 +57,9 @@ int main()
     };
     std::printf("{\"entries\": %d, \"trim_1mb_ascii_ms\": %.3f, \"trim_1mb_mixed_ms\": %.3f, "
                 "\"rebuild_1mb_ms\": %.3f, \"kept\": %lld}\n",
-                entries, medianMilliseconds([&] { trim(asciiContext); }),
-                medianMilliseconds([&] { trim(mixedContext); }),
-                medianMilliseconds([&] { kept += apiContext(messages).size(); }),
+                entries, medianMilliseconds(runs, [&] { trim(asciiContext); }),
+                medianMilliseconds(runs, [&] { trim(mixedContext); }),
+                medianMilliseconds(runs, [&] { kept += apiContext(messages).size(); }),
                 static_cast<long long>(kept));
     return 0;
 }

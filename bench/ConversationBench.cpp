@@ -1,9 +1,10 @@
 // What the conversation view costs: opening 5,000 messages, scrolling them from end to end, looking for a
 // word in them, copying them all, and an answer of 100,000 one-word tokens without a line end that streams in
-// and is then formatted. Prints JSON, times in milliseconds. Run it with QT_QPA_PLATFORM=offscreen, or on a
-// screen to include the display.
+// and is then formatted. Off screen; prints JSON, times in milliseconds.
 
 #include "MeasuredApplication.h"
+#include "ProcMegabytes.h"
+
 #include "app/ActivityLog.h"
 #include "app/Transcript.h"
 #include "async/Scheduler.h"
@@ -19,7 +20,6 @@
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
 #include <QScrollBar>
 #include <QTimer>
 #include <algorithm>
@@ -52,18 +52,6 @@ double milliseconds(qint64 nanoseconds)
 double processSeconds()
 {
     return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
-/// Proportional memory of the process in kB.
-qint64 memory()
-{
-    QFile file(u"/proc/self/smaps_rollup"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : file.readAll().split('\n'))
-        if (line.startsWith("Pss:"))
-            return line.mid(4).trimmed().split(' ').first().toLongLong();
-    return 0;
 }
 
 QList<ChatMessage> longConversation()
@@ -136,6 +124,7 @@ double percentile(std::vector<qint64> times, double share)
 
 int main(int argc, char **argv)
 {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     MeasuredApplication application(argc, argv);
     FixedColorScheme scheme(ColorScheme::Preference::none);
     Theme theme(scheme);
@@ -150,7 +139,7 @@ int main(int argc, char **argv)
     settle(100);
 
     QList<ChatMessage> messages = longConversation();
-    const qint64 memoryBefore = memory();
+    const double memoryBefore = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
     QElapsedTimer timer;
     timer.start();
     transcript.reset(std::move(messages));
@@ -166,7 +155,7 @@ int main(int argc, char **argv)
         view.viewport()->repaint();
         frames.push_back(timer.nsecsElapsed());
     }
-    const qint64 memoryAfter = memory();
+    const double memoryAfter = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
 
     SystemClock clock;
     Scheduler scheduler(clock);
@@ -219,9 +208,9 @@ int main(int argc, char **argv)
     const double finishStall = milliseconds(std::max(application.longest, finishCall));
 
     std::printf("{\"messages\": %d, \"openToFirstPaint\": %.1f, ", messageCount, openTime);
-    std::printf("\"scrollFrames\": {\"p50\": %.2f, \"p99\": %.2f, \"max\": %.2f}, \"memoryMoreKB\": %lld, ",
+    std::printf("\"scrollFrames\": {\"p50\": %.2f, \"p99\": %.2f, \"max\": %.2f}, \"memoryMoreMB\": %.1f, ",
                 percentile(frames, 0.5), percentile(frames, 0.99), percentile(frames, 1.0),
-                static_cast<long long>(memoryAfter - memoryBefore));
+                memoryAfter - memoryBefore);
     std::printf("\"findTime\": %.1f, \"findStall\": %.2f, \"copyAll\": {\"letters\": %lld, \"time\": %.1f, "
                 "\"stall\": %.2f}, ",
                 findTime, findStall, static_cast<long long>(copied), copyTime, copyStall);

@@ -1,6 +1,8 @@
 // How fast a large file comes from loopback to the disk, and what that costs the main thread and the memory,
 // beside the curl command in the same run. Prints one JSON object. Optional argument: the size in megabytes.
 
+#include "ProcMegabytes.h"
+
 #include "async/SystemClock.h"
 #include "net/FileDownload.h"
 #include "net/HttpClient.h"
@@ -39,19 +41,6 @@ double threadMilliseconds()
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-/// A line of /proc/self/status, in megabytes.
-double memory(const QByteArray &name)
-{
-    QFile file(u"/proc/self/status"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> lines = file.readAll().split('\n');
-    for (const QByteArray &line : lines)
-        if (line.startsWith(name + ':'))
-            return line.sliced(name.size() + 1).trimmed().split(' ').constFirst().toDouble() / 1024;
-    return 0;
-}
-
 void serve(RawHttpConnection &connection, qint64 bytes)
 {
     const QByteArray piece(1024 * 1024, 'x');
@@ -75,7 +64,7 @@ int run(int count, char **arguments)
     HttpClient http;
 
     double longestTurn = 0;
-    const double memoryBefore = memory("VmRSS");
+    const double memoryBefore = procMegabytes(u"self"_s, "status", "VmRSS");
     std::vector<double> ours;
     std::vector<double> curls;
     for (int repetition = 0; repetition < repetitions; ++repetition) {
@@ -107,7 +96,8 @@ int run(int count, char **arguments)
         "{\"megabytes\": %lld, \"megabytesPerSecond\": %.0f, \"curlMegabytesPerSecond\": %.0f, "
         "\"share\": %.2f, \"longestMainThreadTurnMilliseconds\": %.2f, \"moreMemoryMegabytes\": %.1f}\n",
         static_cast<long long>(megabytes), static_cast<double>(megabytes) / own,
-        static_cast<double>(megabytes) / curl, curl / own, longestTurn, memory("VmHWM") - memoryBefore);
+        static_cast<double>(megabytes) / curl, curl / own, longestTurn,
+        procMegabytes(u"self"_s, "status", "VmHWM") - memoryBefore);
     return EXIT_SUCCESS;
 }
 

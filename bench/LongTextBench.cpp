@@ -186,6 +186,7 @@ void settle(int time)
 
 int main(int argc, char **argv)
 {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     MeasuredApplication application(argc, argv);
     FixedColorScheme scheme(ColorScheme::Preference::none);
     Theme theme(scheme);

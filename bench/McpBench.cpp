@@ -3,6 +3,7 @@
 // servers are those of tests/peers (scripts/install-peers.sh).
 
 #include "BenchAgent.h"
+#include "ProcMegabytes.h"
 
 #include "mcp/JsonRpc.h"
 #include "mcp/LineFraming.h"
@@ -57,18 +58,6 @@ double processorMicroseconds()
         return double(time.tv_sec) * 1e6 + double(time.tv_usec);
     };
     return microseconds(usage.ru_utime) + microseconds(usage.ru_stime);
-}
-
-/// What a line of this process's status says, in MB.
-double memoryMegabytes(const QByteArray &name)
-{
-    QFile status(u"/proc/self/status"_s);
-    if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray &line : status.readAll().split('\n'))
-            if (line.startsWith(name + ':'))
-                return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1000;
-    }
-    return 0;
 }
 
 /// The peak of memory counts from here.
@@ -366,7 +355,7 @@ private:
         while (words.size() < megabytes * 1'000'000)
             words += sentence;
         words += "\"}]}}\n";
-        const double before = memoryMegabytes("VmRSS");
+        const double before = procMegabytes(u"self"_s, "status", "VmRSS");
         forgetPeak();
         const auto begin = SteadyClock::now();
         LineFraming framing;
@@ -374,7 +363,7 @@ private:
         for (qsizetype start = 0; start < words.size(); start += 4096)
             lines += framing.consume(
                 QByteArrayView(words).sliced(start, std::min<qsizetype>(4096, words.size() - start)));
-        const double framed = memoryMegabytes("VmHWM") - before;
+        const double framed = procMegabytes(u"self"_s, "status", "VmHWM") - before;
         auto message = parseJSONText(lines.takeFirst());
         const ToolResult result = toolResult(resultOf(std::move(message)).value());
         const double seconds = std::chrono::duration<double>(SteadyClock::now() - begin).count();
@@ -383,7 +372,7 @@ private:
         std::printf("  \"lineOf%dMB\": {\"milliseconds\": %.0f, \"memoryTimesItsSize\": {\"framed\": %.2f, "
                     "\"read\": %.2f}},\n",
                     megabytes, seconds * 1e3, framed / double(words.size()) * 1e6,
-                    (memoryMegabytes("VmHWM") - before) / double(words.size()) * 1e6);
+                    (procMegabytes(u"self"_s, "status", "VmHWM") - before) / double(words.size()) * 1e6);
         std::fflush(stdout);
         ::_exit(0);
     }

@@ -1,6 +1,8 @@
 // The whole program with its window open, measured from outside on a private desktop against the scripted
 // model: start, idle cost, tool turns and a long stream. Prints JSON. Usage: ProgramBench [PROGRAM]
 
+#include "ProcMegabytes.h"
+
 #include "support/Keyboard.h"
 #include "support/PrivateDesktop.h"
 #include "support/ScriptedModel.h"
@@ -34,18 +36,6 @@ double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
-}
-
-/// A line of a /proc file such as "Pss:  60000 kB", in MB.
-double procMegabytes(qint64 pid, const char *file, const QByteArray &name)
-{
-    QFile proc(u"/proc/%1/%2"_s.arg(pid).arg(QLatin1String(file)));
-    if (!proc.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : proc.readAll().split('\n'))
-        if (line.startsWith(name + ':'))
-            return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1024;
-    return 0;
 }
 
 double cpuSeconds(qint64 pid)
@@ -218,7 +208,7 @@ int main(int argc, char **argv)
         const double before = threadSeconds(session.pid());
         QThread::sleep(idleSeconds);
         watchingCpu = (threadSeconds(session.pid()) - before) / idleSeconds * 100;
-        waiterPss = procMegabytes(processNamed("morvane-reminde"), "smaps_rollup", "Pss");
+        waiterPss = procMegabytes(QString::number(processNamed("morvane-reminde")), "smaps_rollup", "Pss");
         session.end();
     }
 
@@ -228,7 +218,7 @@ int main(int argc, char **argv)
     const double idleBefore = threadSeconds(session.pid());
     QThread::sleep(idleSeconds);
     const double idleCpu = (threadSeconds(session.pid()) - idleBefore) / idleSeconds * 100;
-    const double idlePss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
+    const double idlePss = procMegabytes(QString::number(session.pid()), "smaps_rollup", "Pss");
 
     // The first request also asks for a title.
     session.ask(u"warm"_s);
@@ -239,8 +229,8 @@ int main(int argc, char **argv)
     for (const ScriptedRequest &request : session.model().requests())
         if (request.turn > 1 && request.turn <= loopTurns + 1)
             turnTimes.push_back(double(request.sinceLastAnswer.count()) / 1000);
-    const double peak = procMegabytes(session.pid(), "status", "VmHWM");
-    const double loopPss = procMegabytes(session.pid(), "smaps_rollup", "Pss");
+    const double peak = procMegabytes(QString::number(session.pid()), "status", "VmHWM");
+    const double loopPss = procMegabytes(QString::number(session.pid()), "smaps_rollup", "Pss");
 
     const double cpuBefore = cpuSeconds(session.pid());
     session.ask(u"stream"_s);

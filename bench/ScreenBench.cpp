@@ -2,6 +2,9 @@
 // beside the command "tesseract" and how many of the words each finds, the walk of a program's elements, a
 // program in front that hangs, and the memory that stays. Prints JSON.
 
+#include "Median.h"
+#include "ProcMegabytes.h"
+
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
 #include "platform/linux/desktop/LinuxAccessibilityTree.h"
@@ -16,16 +19,13 @@
 #include "tools/screen/ScreenTools.h"
 #include "tools/screen/SequenceClock.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -38,31 +38,6 @@ constexpr QSize screenSize{1920, 1080};
 constexpr int textLines = 64;
 constexpr int wordsInLine = 24;
 constexpr int fields = 100; // each with a label and a container: 300 elements
-
-/// Median of the runs in milliseconds.
-double medianMilliseconds(const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int run = 0; run < runs; ++run) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(double(timer.nsecsElapsed()) / 1e6);
-    }
-    std::sort(times.begin(), times.end());
-    return times[runs / 2];
-}
-
-double megabytes(const QByteArray &name)
-{
-    QFile proc(u"/proc/self/smaps_rollup"_s);
-    if (!proc.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : proc.readAll().split('\n'))
-        if (line.startsWith(name + ':'))
-            return line.mid(name.size() + 1).trimmed().split(' ').first().toDouble() / 1024;
-    return 0;
-}
 
 /// Words as a text has them, so that no two lines are the same.
 QStringList sampleWords()
@@ -138,14 +113,14 @@ private:
                                   file.fileName() + u"; sleep 600"_s},
                              m_folder.filePath(u"xterm.log"_s));
         waitUntil([&] { return foundPercent(words, capture()) > 50; });
-        const double before = megabytes("Pss");
+        const double before = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
         QString text;
-        const double whole = medianMilliseconds([&] { text = capture(); });
-        const double after = megabytes("Pss");
+        const double whole = medianMilliseconds(runs, [&] { text = capture(); });
+        const double after = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
         const QImage image = LinuxScreenCapture().capture(QRect(QPoint(), screenSize));
         const double picture =
-            medianMilliseconds([] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); });
-        const double recognition = medianMilliseconds([&] { m_recognizer->recognize(image, {}); });
+            medianMilliseconds(runs, [] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); });
+        const double recognition = medianMilliseconds(runs, [&] { m_recognizer->recognize(image, {}); });
         std::printf("{\"capture_ms\": %.0f, \"picture_ms\": %.1f, \"recognition_ms\": %.0f, "
                     "\"words\": %lld, \"words_found_percent\": %.1f, \"memory_left_mb\": %.1f,\n",
                     whole, picture, recognition, static_cast<long long>(words.size()),
@@ -159,7 +134,7 @@ private:
         const QString path = m_folder.filePath(u"screen.png"_s);
         image.save(path);
         QString text;
-        const double time = medianMilliseconds([&] {
+        const double time = medianMilliseconds(runs, [&] {
             QProcess tesseract;
             tesseract.start(u"tesseract"_s, {path, u"-"_s, u"--psm"_s, u"11"_s});
             tesseract.waitForFinished(120'000);
@@ -187,9 +162,9 @@ private:
             walk();
             return found >= fields;
         });
-        const double time = medianMilliseconds(walk);
+        const double time = medianMilliseconds(runs, walk);
         ::kill(form.pid(), SIGSTOP);
-        const double frozen = medianMilliseconds([&] { capture(); });
+        const double frozen = medianMilliseconds(runs, [&] { capture(); });
         ::kill(form.pid(), SIGCONT);
         std::printf(
             " \"walk_ms\": %.0f, \"clickable_elements\": %lld, \"capture_of_a_frozen_program_ms\": %.0f}\n",

@@ -3,30 +3,23 @@
 #include "ui/controls/LabelText.h"
 #include "ui/conversation/ChatScrollView.h"
 
-#include <QWindow>
-
 using namespace Qt::StringLiterals;
 
 namespace morvane {
 
+ConversationRowAccessible::ConversationRowAccessible(ChatScrollView *view, const ConversationItem &item)
+    : RowAccessible(view), m_item(item)
+{
+}
+
 qsizetype ConversationRowAccessible::row() const
 {
-    return m_view ? m_view->content().position(m_item) : -1;
+    return view() ? view()->content().position(m_item) : -1;
 }
 
 bool ConversationRowAccessible::isValid() const
 {
     return row() >= 0;
-}
-
-QWindow *ConversationRowAccessible::window() const
-{
-    return m_view ? m_view->window()->windowHandle() : nullptr;
-}
-
-QAccessibleInterface *ConversationRowAccessible::parent() const
-{
-    return m_view ? QAccessible::queryAccessibleInterface(m_view) : nullptr;
 }
 
 QString ConversationRowAccessible::text(QAccessible::Text text) const
@@ -35,7 +28,7 @@ QString ConversationRowAccessible::text(QAccessible::Text text) const
         return {};
     switch (text) {
     case QAccessible::Name:
-        return m_view->content().accessibleName(m_item);
+        return view()->content().accessibleName(m_item);
     case QAccessible::Description:
         return description();
     default:
@@ -47,8 +40,8 @@ QString ConversationRowAccessible::description() const
 {
     if (isHeader())
         return u"Press Space to show or hide the steps."_s;
-    const QString whole = labelText(m_view->content().whole(m_item));
-    const QString hint = m_view->actions().hint(m_item);
+    const QString whole = labelText(view()->content().whole(m_item));
+    const QString hint = view()->actions().hint(m_item);
     return whole.isEmpty() ? hint : whole + u". "_s + hint;
 }
 
@@ -56,8 +49,7 @@ QRect ConversationRowAccessible::rect() const
 {
     if (!isValid())
         return {};
-    const QRect rect = m_view->rowRect(row());
-    return {m_view->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+    return onScreen(view()->rowRect(row()));
 }
 
 QAccessible::Role ConversationRowAccessible::role() const
@@ -72,17 +64,16 @@ QAccessible::State ConversationRowAccessible::state() const
         state.invalid = true;
         return state;
     }
-    const QRect rect = m_view->rowRect(row());
     state.focusable = true;
     state.expandable = isHeader();
-    state.expanded = isHeader() && !m_view->content().isActivityFolded();
-    state.collapsed = isHeader() && m_view->content().isActivityFolded();
+    state.expanded = isHeader() && !view()->content().isActivityFolded();
+    state.collapsed = isHeader() && view()->content().isActivityFolded();
     state.readOnly = true;
-    state.focused = m_view->hasFocus() && m_view->currentRow() == row();
+    state.focused = view()->hasFocus() && view()->currentRow() == row();
     // Only where it tells something: a reader says of every other row that it is not selected.
-    state.selected = state.selectable = m_view->isSelected(m_item);
-    state.offscreen = !rect.intersects(m_view->viewport()->rect());
-    state.invisible = !m_view->isVisible();
+    state.selected = state.selectable = view()->isSelected(m_item);
+    state.offscreen = isOffscreen(view()->rowRect(row()));
+    state.invisible = !view()->isVisible();
     return state;
 }
 
@@ -96,15 +87,15 @@ QStringList ConversationRowAccessible::actionNames() const
 {
     if (isValid() && isHeader())
         return {pressAction()};
-    return isValid() ? m_view->actions().names(m_item) : QStringList();
+    return isValid() ? view()->actions().names(m_item) : QStringList();
 }
 
 void ConversationRowAccessible::doAction(const QString &name)
 {
     if (isValid() && isHeader())
-        m_view->setActivityFolded(!m_view->content().isActivityFolded());
+        view()->setActivityFolded(!view()->content().isActivityFolded());
     else if (isValid())
-        m_view->actions().perform(name, m_item);
+        view()->actions().perform(name, m_item);
 }
 
 } // namespace morvane

@@ -12,19 +12,14 @@ const auto openAction = u"Open"_s;
 
 } // namespace
 
+ConversationEntryAccessible::ConversationEntryAccessible(ConversationList *list, const QModelIndex &row)
+    : RowAccessible(list), m_row(row)
+{
+}
+
 bool ConversationEntryAccessible::isValid() const
 {
-    return m_list && m_row.isValid();
-}
-
-QWindow *ConversationEntryAccessible::window() const
-{
-    return m_list ? m_list->window()->windowHandle() : nullptr;
-}
-
-QAccessibleInterface *ConversationEntryAccessible::parent() const
-{
-    return m_list ? QAccessible::queryAccessibleInterface(m_list) : nullptr;
+    return view() && m_row.isValid();
 }
 
 QString ConversationEntryAccessible::text(QAccessible::Text text) const
@@ -36,8 +31,7 @@ QRect ConversationEntryAccessible::rect() const
 {
     if (!isValid())
         return {};
-    const QRect rect = m_list->visualRect(m_row);
-    return {m_list->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+    return onScreen(view()->visualRect(m_row));
 }
 
 QAccessible::State ConversationEntryAccessible::state() const
@@ -48,12 +42,12 @@ QAccessible::State ConversationEntryAccessible::state() const
         return state;
     }
     state.focusable = true;
-    state.focused = m_list->hasFocus() && m_list->currentIndex() == m_row;
+    state.focused = view()->hasFocus() && view()->currentIndex() == m_row;
     state.selectable = true;
-    state.selected = m_list->selectionModel()->isSelected(m_row);
-    state.disabled = !m_list->isEnabled();
-    state.invisible = !m_list->isVisible();
-    state.offscreen = !m_list->visualRect(m_row).intersects(m_list->viewport()->rect());
+    state.selected = view()->selectionModel()->isSelected(m_row);
+    state.disabled = !view()->isEnabled();
+    state.invisible = !view()->isVisible();
+    state.offscreen = isOffscreen(view()->visualRect(m_row));
     return state;
 }
 
@@ -69,8 +63,8 @@ QStringList ConversationEntryAccessible::actionNames() const
 
 void ConversationEntryAccessible::doAction(const QString &name)
 {
-    if (name == openAction && isValid() && m_list->isEnabled())
-        Q_EMIT m_list->openRequested(m_row);
+    if (name == openAction && isValid() && view()->isEnabled())
+        Q_EMIT view()->openRequested(m_row);
 }
 
 } // namespace morvane

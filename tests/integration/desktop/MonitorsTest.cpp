@@ -26,6 +26,21 @@ protected:
         EXPECT_EQ(XDisplay::open()->monitors(), QList<QRect>({primary, other}));
     }
 
+    /// A form with a button, and where a capture has seen it.
+    struct Form {
+        TestProgram &program;
+        QString text;
+        std::optional<QPoint> button;
+        std::optional<QPoint> word; ///< As it was read in the picture.
+    };
+    Form showForm(const QString &corner)
+    {
+        TestProgram &yad = start(u"yad"_s, {u"--form"_s, u"--geometry=300x200+"_s + corner, u"--field=Name"_s,
+                                            u"--button=Leave:0"_s});
+        const QString text = captureWith(u"Leave  [click"_s);
+        return {yad, text, placeOf(text, u"button 'Leave'"_s), placeOfText(text, u"Leave"_s)};
+    }
+
 private:
     /// In pixels and, behind the strokes, millimetres.
     static QString place(const QRect &frame)
@@ -46,36 +61,29 @@ private:
 TEST_F(MonitorsTest, AProgramLeftOfThePrimaryMonitorIsSeenAndClickedAtNegativeCoordinates)
 {
     share({640, 0, 640, 960}, {0, 0, 640, 960});
-    TestProgram &yad = start(
-        u"yad"_s, {u"--form"_s, u"--geometry=300x200+100+200"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
-    const QString text = captureWith(u"Leave  [click"_s);
-    EXPECT_TRUE(text.contains(u"Screen region: 640 x 960 points with top-left corner at (-640, 0)."_s))
-        << text.toStdString();
-    const auto element = placeOf(text, u"button 'Leave'"_s);
-    const auto words = placeOfText(text, u"Leave"_s);
-    ASSERT_TRUE(element && words) << text.toStdString();
-    EXPECT_LT(element->x(), 0);
-    EXPECT_LE((*element - *words).manhattanLength(), 4) << text.toStdString();
-    EXPECT_EQ(run(m_tools.clickAt(*words)),
-              u"Clicked at (%1, %2) on button 'Leave'."_s.arg(words->x()).arg(words->y()));
-    EXPECT_EQ(yad.waitForExit(), 0);
+    const Form form = showForm(u"100+200"_s);
+    EXPECT_TRUE(form.text.contains(u"Screen region: 640 x 960 points with top-left corner at (-640, 0)."_s))
+        << form.text.toStdString();
+    ASSERT_TRUE(form.button && form.word) << form.text.toStdString();
+    EXPECT_LT(form.button->x(), 0);
+    EXPECT_LE((*form.button - *form.word).manhattanLength(), 4) << form.text.toStdString();
+    EXPECT_EQ(run(m_tools.clickAt(*form.word)),
+              u"Clicked at (%1, %2) on button 'Leave'."_s.arg(form.word->x()).arg(form.word->y()));
+    EXPECT_EQ(form.program.waitForExit(), 0);
 }
 
 TEST_F(MonitorsTest, AProgramAboveThePrimaryMonitorIsSeenAndPressed)
 {
     share({0, 480, 1280, 480}, {0, 0, 1280, 480});
-    TestProgram &yad = start(
-        u"yad"_s, {u"--form"_s, u"--geometry=300x200+300+100"_s, u"--field=Name"_s, u"--button=Leave:0"_s});
-    const QString text = captureWith(u"Leave  [click"_s);
-    EXPECT_TRUE(text.contains(u"Screen region: 1280 x 480 points with top-left corner at (0, -480)."_s))
-        << text.toStdString();
-    const auto element = placeOf(text, u"button 'Leave'"_s);
-    const auto words = placeOfText(text, u"Leave"_s);
-    ASSERT_TRUE(element && words) << text.toStdString();
-    EXPECT_LT(element->y(), 0);
-    EXPECT_LE((*element - *words).manhattanLength(), 4) << text.toStdString();
-    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s))).startsWith(u"Pressed button"_s));
-    EXPECT_EQ(yad.waitForExit(), 0);
+    const Form form = showForm(u"300+100"_s);
+    EXPECT_TRUE(form.text.contains(u"Screen region: 1280 x 480 points with top-left corner at (0, -480)."_s))
+        << form.text.toStdString();
+    ASSERT_TRUE(form.button && form.word) << form.text.toStdString();
+    EXPECT_LT(form.button->y(), 0);
+    EXPECT_LE((*form.button - *form.word).manhattanLength(), 4) << form.text.toStdString();
+    EXPECT_TRUE(
+        run(m_tools.axClick(numberOf(form.text, u"button 'Leave'"_s))).startsWith(u"Pressed button"_s));
+    EXPECT_EQ(form.program.waitForExit(), 0);
 }
 
 TEST_F(MonitorsTest, OnlyTheMonitorOfTheFrontmostWindowIsRead)
