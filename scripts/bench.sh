@@ -3,13 +3,15 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake --preset release -DMORVANE_BENCH=ON --log-level=WARNING >/dev/null
-cmake --build --preset release
-found=
-for program in build/release/bin/*Bench; do
-  name=$(basename "$program")
-  case $name in *"${1:-}"*) found=yes ;; *) continue ;; esac
-  echo "== $name"
-  "$program"
+programs=()
+for source in bench/*.cpp; do
+  name=$(basename "$source" .cpp)
+  case $name in *"${1:-}"*) programs+=("$name") ;; esac
 done
-[ -n "$found" ] || { echo "No benchmark has \"${1:-}\" in its name." >&2; exit 1; }
+[ ${#programs[@]} -gt 0 ] || { echo "No benchmark has \"${1:-}\" in its name." >&2; exit 1; }
+
+scripts/build.sh release "${programs[@]}"
+for name in "${programs[@]}"; do
+  echo "== $name"
+  "build/release/bin/$name"
+done

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""check.py [--all] [--fix]: what can be told of the sources without building them.
+"""check.py [--all [NAME]] [--fix]: what can be told of the sources without building them.
 
 The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for what changed since the last
-commit on main (some seconds each), with --all for every source in src/, with --quick for none. --fix writes the
-layout instead of complaining about it.
+commit on main (some seconds each), with --all for every source in src/ or those with NAME in their path, with
+--quick for none. --fix writes the layout instead of complaining about it.
 Ends with 1 when something is found.
 """
 
@@ -92,7 +92,7 @@ def check_tidy(files):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--all", action="store_true", help="clang-tidy for every source in src/")
+    parser.add_argument("--all", nargs="?", const="", metavar="NAME", help="clang-tidy for every source in src/, or with NAME in its path")
     parser.add_argument("--quick", action="store_true", help="no clang-tidy")
     parser.add_argument("--fix", action="store_true", help="write the layout")
     options = parser.parse_args()
@@ -108,7 +108,9 @@ def main():
     sources = [path for path in rules.sources(ROOT, "src") if path.suffix == ".cpp"]
     if options.quick:
         sources = []
-    elif not options.all:
+    elif options.all is not None:
+        sources = [path for path in sources if options.all in path.relative_to(ROOT).as_posix()]
+    else:
         changed = changed_files()
         if changed is None:
             print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")

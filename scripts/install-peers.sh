@@ -11,5 +11,5 @@ if ! command -v npm >/dev/null; then
   "${as_root[@]}" apt-get install -q -y --no-install-recommends npm
 fi
 echo "Installing the tool servers of others that the tests talk to"
-npm ci --loglevel=error
+npm ci --loglevel=error --fetch-retry-mintimeout=1000 --fetch-retry-maxtimeout=4000
 cp package-lock.json node_modules/.installed

@@ -240,6 +240,32 @@ def state_violations(root):
                 yield Violation(shown, number, "Q_GLOBAL_STATIC: no mutable globals and no singletons")
 
 
+MEMBER = re.compile(r"^\s+(?:mutable\s+)?" + NO_VARIABLE.replace("|const|", "|") + r"(?:const\s+)?" + TYPE.replace("=(){}", "={}") + rf"[\s*&]+{END}")
+CLASS_HEAD = re.compile(r"\s*(?:template\s*<.*>\s*)?class\b[^()]*$")
+
+
+def member_violations(root):
+    """A class's own data, which stands between private: and the end of the class, outside all other brackets."""
+    for path in sources(root, "src"):
+        code = without_texts(path.read_text())
+        scopes, head, round_brackets = [], "", 0
+        for number, line in enumerate(code.splitlines(), 1):
+            match = MEMBER.match(line) if scopes and scopes[-1] == "private" and round_brackets == 0 else None
+            if match and match.group("name") != "operator" and not match.group("name").startswith("m_"):
+                yield Violation(path.relative_to(root).as_posix(), number, f"{match.group('name')}: a private member is called m_…")
+            access = re.match(r"\s*(public|protected|private|Q_SIGNALS)\b[^:;]*:(?!:)", line)
+            if access and scopes and scopes[-1] != "other":
+                scopes[-1] = access.group(1)
+            for sign in line if not access and not line.startswith("#") else "":
+                if sign == "{":
+                    scopes.append("private" if CLASS_HEAD.match(head) else "other")
+                elif sign == "}" and scopes:
+                    scopes.pop()
+                round_brackets += (sign == "(") - (sign == ")")
+                head = "" if sign in "{};" else head + sign
+            head += "\n"
+
+
 SPOKEN = re.compile(r"std::c(?:err|out|log)\b|\bq(?:Debug|Info|Warning|Critical|Fatal)\(|\bv?f?printf\(|\bf?puts\(|\bperror\(")
 LOOP = re.compile(r"\bQEventLoop\b|\bprocessEvents\(|(?:\.|->)exec\(")
 WRITTEN = re.compile(r"\bQSaveFile\b|\bofstream\b|\b(?:QIODevice|QIODeviceBase|QFile)::(?:WriteOnly|Append|Truncate|NewOnly)\b")
@@ -331,8 +357,8 @@ def list_violations(root):
 
 def violations(root):
     root = Path(root)
-    for rule in (arrow_violations, size_violations, style_violations, state_violations, behaviour_violations,
-                 moc_violations, test_violations, list_violations):
+    for rule in (arrow_violations, size_violations, style_violations, state_violations, member_violations,
+                 behaviour_violations, moc_violations, test_violations, list_violations):
         yield from rule(root)
 
 

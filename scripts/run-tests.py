@@ -95,12 +95,13 @@ def run(entry, gtest_filter, running):
     """Runs one program; returns (passed, names of what failed)."""
     if not entry["command"] or not os.path.exists(entry["command"][0]):
         return 0, [entry["name"] + " (not built)"]
-    with tempfile.TemporaryDirectory() as folder:
+    # What a program leaves behind that was killed goes with the folder.
+    with tempfile.TemporaryDirectory(prefix="test-", ignore_cleanup_errors=True) as folder:
         report = os.path.join(folder, "report.xml")
         command = entry["command"]
         if not entry["plain"]:
             command = command + [f"--gtest_filter={gtest_filter}", f"--gtest_output=xml:{report}"]
-        environment = {**os.environ, **entry["environment"]}
+        environment = {**os.environ, "TMPDIR": folder, **entry["environment"]}
         started = time.monotonic()
         with open(os.path.join(folder, "output"), "w+b") as output:
             try:

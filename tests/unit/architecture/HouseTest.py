@@ -247,6 +247,23 @@ class State(Tree):
         self.assertEqual(self.complaints(), [])
 
 
+class Members(Tree):
+    def test_a_private_member_without_its_prefix_is_found(self):
+        for line in ("int count = 0;", "const QString name;", "QHash<QString, QList<int>> known;", "Text *current;",
+                     "std::function<void(int)> done;", "Lock lock{mutex};", "mutable bool isOpen;", "char letters[4];"):
+            self.write("src/base/A.h", f"#pragma once\nclass A : public B {{\npublic:\n    void run();\n\nprivate:\n"
+                       f"    struct Place {{\n        int x;\n    }};\n    int m_a{{1}};\n    {line}\n}};\n")
+            self.assert_complaint("src/base/A.h:11", "is called m_")
+
+    def test_public_fields_functions_and_locals_are_none(self):
+        self.write("src/base/A.h", "#pragma once\nclass A;\nstruct Point {\n    int x = 0;\n};\nclass A {\npublic:\n"
+                   "    int open = 0;\n    void run(\n        int times = 3);\n\nprivate:\n    A &operator=(const A &) = delete;\n"
+                   "    int count(int of = 2) const;\n    void a()\n    {\n        int local = 0;\n    }\n"
+                   "    static constexpr int most = 3;\n    using Text = QString;\n    enum class Kind { one };\n"
+                   "    friend class B;\n};\n")
+        self.assertEqual(self.complaints(), [])
+
+
 class Behaviour(Tree):
     def test_a_nested_event_loop_is_found(self):
         for line in ("QEventLoop loop;", "dialog.exec();", "menu->exec(place);", "QCoreApplication::processEvents();"):
