@@ -34,6 +34,7 @@
 #include "platform/linux/desktop/LinuxApplications.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
 #include "platform/linux/desktop/LinuxInputEvents.h"
+#include "platform/linux/desktop/LinuxPasteSource.h"
 #include "platform/linux/desktop/LinuxScreenCapture.h"
 #include "platform/linux/desktop/LinuxTextRecognizer.h"
 #include "platform/linux/notifications/LinuxDeliveryAlarm.h"
@@ -50,6 +51,7 @@
 #include "tools/screen/SequenceClock.h"
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/CursorRest.h"
+#include "ui/controls/FieldPasting.h"
 #include "ui/theme/AppMark.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
@@ -180,12 +182,14 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     };
     installAccessibleEventFilter();
     const CursorRest cursorRest;
+    LinuxPasteSource pasteSource;
+    FieldPasting pasting(scheduler, pasteSource, announcer);
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());
     LinuxWindowRaiser raiser;
-    MainWindow window(model,
-                      {announcer, browserWindow, updates, serverManager, settingsServices, attachments});
+    MainWindow window(
+        model, {announcer, browserWindow, updates, serverManager, settingsServices, attachments, &pasting});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {

@@ -2,6 +2,7 @@
 
 #include "support/ClipboardOwner.h"
 #include "support/WaitUntil.h"
+#include "support/XConnection.h"
 
 #include <QJsonArray>
 
@@ -58,6 +59,28 @@ TEST_F(ComposerTest, APastedTextIsReadFromTheMenu)
     ASSERT_TRUE(morvane.program().focuses(u"Pasted Text"_s));
     morvane.keyboard().press(u"Escape"_s);
     EXPECT_TRUE(morvane.program().focuses(m_field));
+}
+
+TEST_F(ComposerTest, AProgramThatHangsWithTheClipboardHoldsNothingUp)
+{
+    MorvaneSession &morvane = start({});
+    ASSERT_TRUE(morvane.program().focuses(m_field));
+    const AccessibleElement field = morvane.program().find(m_field);
+    const Keyboard &keyboard = morvane.keyboard();
+    {
+        const XConnection frozen(morvane.display());
+        const xcb_window_t window = frozen.openHiddenWindow();
+        xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+        static_cast<void>(frozen.activeWindow());
+        keyboard.press(u"Ctrl+V"_s);
+        keyboard.type(u"typed"_s);
+        EXPECT_TRUE(waitUntil([&] { return field.text() == u"typed"_s; }));
+        EXPECT_TRUE(
+            morvane.ear().hears(u"Nothing was pasted. The program that you copied from does not answer."_s));
+    }
+    const ClipboardOwner willing(morvane.display(), {{"UTF8_STRING", "pasted"}});
+    keyboard.press(u"Ctrl+V"_s);
+    EXPECT_TRUE(waitUntil([&] { return field.text() == u"typedpasted"_s; }));
 }
 
 } // namespace

@@ -1,10 +1,12 @@
 #include "ui/window/ComposerEdit.h"
 
-#include "ui/markdown/LayoutCost.h"
+#include "ui/controls/FieldPasting.h"
 #include "ui/theme/FieldPainting.h"
 #include "ui/theme/ThemeColors.h"
+#include "ui/window/DraftPastePlace.h"
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/PastedTextView.h"
+#include "ui/window/PictureFormat.h"
 #include "ui/window/TextInPieces.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -32,30 +34,6 @@ namespace {
 constexpr int maximumLines = 8;
 constexpr int sideMargin = 6;
 constexpr int topMargin = 3;
-/// What a paragraph and the whole draft may cost to lay out, so that a key takes no longer than a few
-/// milliseconds.
-constexpr qsizetype costliestParagraph = 6'000;
-constexpr qsizetype costliestDraft = 20'000;
-/// Of a line, besides its letters.
-constexpr qsizetype lineCost = 4;
-/// A text that costs less is let in as if it were typed, which goes on behind those limits.
-constexpr qsizetype leastFolded = 500;
-constexpr int typedFactor = 2;
-
-/// The extension of the best format in which the data holds a picture; empty if in none.
-QString imageExtension(const QMimeData *data)
-{
-    // A cell of a spreadsheet or a paragraph also comes as a picture of itself; it is meant as text.
-    if (data->hasFormat(u"text/plain"_s))
-        return {};
-    for (const char *extension : {"png", "jpeg", "webp", "gif", "tiff", "bmp"}) {
-        const QString name = QString::fromLatin1(extension);
-        if (data->formats().contains(u"image/"_s + name))
-            return name;
-    }
-    return {};
-}
-
 } // namespace
 
 ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*document())
@@ -72,7 +50,7 @@ ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*d
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             &ComposerEdit::fitHeight);
     connect(document(), &QTextDocument::contentsChange, this, [this](int at, int, int added) {
-        if (added > typedFactor * costliestDraft)
+        if (FoldedTexts::isTooLong(added))
             m_tooLong = Written{at, added};
     });
     connect(this, &QPlainTextEdit::textChanged, this, &ComposerEdit::takeChange);
@@ -87,38 +65,48 @@ QString ComposerEdit::draft() const
 
 void ComposerEdit::setDraft(const QString &text)
 {
+    if (m_pasting)
+        m_pasting->drop(*this);
     clear();
     m_folds.clear();
-    insertBounded(text);
+    insertBounded(textCursor(), text);
     document()->clearUndoRedoStacks();
 }
 
-bool ComposerEdit::isTooLong(const QString &text) const
+void ComposerEdit::replaceDraft(const QString &text)
 {
-    if (text.size() > typedFactor * costliestDraft)
-        return true;
-    const QTextCursor cursor = textCursor();
-    QString draft = toPlainText();
-    draft.replace(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart(), text);
-    qsizetype whole = 0;
-    qsizetype paragraph = 0;
-    for (const QStringView line : QStringView(draft).split(u'\n')) {
-        const qsizetype cost = layoutCost(line);
-        whole += cost + lineCost;
-        paragraph = std::max(paragraph, cost);
-    }
-    const int factor = layoutCost(text) < leastFolded ? typedFactor : 1;
-    return whole > factor * costliestDraft || paragraph > factor * costliestParagraph;
+    if (m_pasting)
+        m_pasting->drop(*this);
+    selectAll();
+    insertBounded(textCursor(), text);
 }
 
-void ComposerEdit::insertBounded(const QString &text)
+bool ComposerEdit::isPasteAwaited() const
 {
-    QTextCursor cursor = textCursor();
-    if (isTooLong(text))
-        m_folds.insert(cursor, text);
-    else
-        cursor.insertText(text, QTextCharFormat());
+    return m_pasting && m_pasting->isAwaited(*this);
+}
+
+void ComposerEdit::insertBounded(QTextCursor place, const QString &text)
+{
+    if (m_folds.isTooLong(place, text))
+        return insertFold(place, FoldedTexts::fold(text));
+    place.insertText(text, QTextCharFormat());
+    showCaret();
+}
+
+void ComposerEdit::insertFold(QTextCursor place, const FoldedTexts::Fold &fold)
+{
+    m_folds.insert(place, fold);
+    showCaret();
+    // A reader says the letters that are new; what they stand for would go unnoticed in a row of words.
+    if (m_pasting)
+        m_pasting->announce(fold.label.sliced(1).chopped(1));
+}
+
+void ComposerEdit::showCaret()
+{
     // What is inserted next takes the format of a label otherwise.
+    QTextCursor cursor = textCursor();
     cursor.setCharFormat(QTextCharFormat());
     setTextCursor(cursor);
     ensureCursorVisible();
@@ -131,7 +119,7 @@ void ComposerEdit::foldWritten(const Written &written)
     QTextCursor cursor(document());
     cursor.setPosition(written.at);
     cursor.setPosition(end, QTextCursor::KeepAnchor);
-    m_folds.insert(cursor, m_folds.textBetween(written.at, end));
+    m_folds.insert(cursor, FoldedTexts::fold(m_folds.textBetween(written.at, end)));
     // Undoing would lay out the text again.
     document()->clearUndoRedoStacks();
 }
@@ -326,25 +314,34 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
 
 bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
 {
-    return !source->formats().isEmpty() &&
-           (QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
-            !imageExtension(source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty());
+    // Whether the clipboard has something is not asked: the program that owns it may be slow to answer.
+    return (m_pasting && m_pasting->foreign(source)) ||
+           (!source->formats().isEmpty() &&
+            (QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
+             !pictureExtension(*source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty()));
 }
 
 void ComposerEdit::insertFromMimeData(const QMimeData *source)
 {
+    const auto mode = m_pasting ? m_pasting->foreign(source) : std::nullopt;
+    if (mode)
+        m_pasting->begin(std::make_shared<DraftPastePlace>(*this), *mode);
     // An owner of the clipboard that hangs is waited for anew with each question, for seconds.
-    if (source->formats().isEmpty())
-        return;
+    else if (!source->formats().isEmpty())
+        insertPasted(*source, textCursor());
+}
+
+void ComposerEdit::insertPasted(const QMimeData &source, const QTextCursor &place)
+{
     const auto pastedName = u"Pasted image."_s;
-    if (const QList<QUrl> files = FileDropFilter::filesOf(source); !files.isEmpty())
+    if (const QList<QUrl> files = FileDropFilter::filesOf(&source); !files.isEmpty())
         Q_EMIT filesPasted(files);
-    else if (const QString extension = imageExtension(source); !extension.isEmpty())
-        Q_EMIT imagePasted(source->data(u"image/"_s + extension), pastedName + extension);
-    else if (source->hasImage() && !source->hasText())
-        Q_EMIT ownImagePasted(qvariant_cast<QImage>(source->imageData()), pastedName + u"png"_s);
-    else if (source->hasText() && !isReadOnly())
-        insertBounded(source->text());
+    else if (const QString extension = pictureExtension(source); !extension.isEmpty())
+        Q_EMIT imagePasted(source.data(u"image/"_s + extension), pastedName + extension);
+    else if (source.hasImage() && !source.hasText())
+        Q_EMIT ownImagePasted(qvariant_cast<QImage>(source.imageData()), pastedName + u"png"_s);
+    else if (source.hasText() && !isReadOnly())
+        insertBounded(place, source.text());
 }
 
 void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)

@@ -10,6 +10,8 @@
 
 namespace morvane {
 
+class FieldPasting;
+
 /// The field in which the user writes: grows with its text up to eight lines, Return sends, Shift+Return
 /// begins a new line, Tab leaves the field. Pasted files and pictures are not its own. The toolkit lays a
 /// paragraph out anew, as a whole, with each key, so a text too long for that is folded: a label stands for
@@ -26,8 +28,18 @@ public:
     bool hasContent() const { return m_hasContent; }
     /// Puts another text in the place of the draft and its history, with the caret behind it.
     void setDraft(const QString &text);
+    /// The same, but undoing brings the draft back.
+    void replaceDraft(const QString &text);
     /// What stands for long texts.
     const FoldedTexts &folds() const { return m_folds; }
+
+    /// From now on no other program is waited for when the user pastes. `pasting` must outlive the field.
+    void setPasting(FieldPasting &pasting) { m_pasting = &pasting; }
+    /// Whether the user has pasted something that is not there yet.
+    bool isPasteAwaited() const;
+    /// Takes what was copied or dropped: text in the place of what `place` selects.
+    void insertPasted(const QMimeData &source, const QTextCursor &place);
+    void insertFold(QTextCursor place, const FoldedTexts::Fold &fold);
 
 Q_SIGNALS:
     void sendRequested();
@@ -55,9 +67,8 @@ protected:
 
 private:
     void fitHeight();
-    /// Whether `text` in the place of the selection would make the field slow.
-    bool isTooLong(const QString &text) const;
-    void insertBounded(const QString &text);
+    void insertBounded(QTextCursor place, const QString &text);
+    void showCaret();
     /// A piece of the document that came in by another way than pasting.
     struct Written {
         int at = 0;
@@ -74,6 +85,7 @@ private:
     std::optional<FoldedTexts::Place> labelUnder(const QPoint &point) const;
     void showFold(const FoldedTexts::Place &place);
 
+    FieldPasting *m_pasting = nullptr;
     FoldedTexts m_folds;
     std::optional<Written> m_tooLong; ///< Written since the last change was taken.
     bool m_hasContent = false;

@@ -2,6 +2,7 @@
 
 #include "app/ConversationPort.h"
 #include "app/UpdateModel.h"
+#include "ui/controls/FieldPasting.h"
 #include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
@@ -70,7 +71,8 @@ QWidget *makeVisionWarning()
 
 } // namespace
 
-ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, QWidget *parent)
+ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, FieldPasting *pasting,
+                           QWidget *parent)
     : QWidget(parent), m_conversation(conversation), m_updates(updates),
       m_attachments(conversation.newAttachments(this)), m_chips(new AttachmentChips),
       m_warning(makeVisionWarning()), m_failures(new NoteLabel({}, NoteLabel::Tone::error)),
@@ -95,27 +97,43 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
     grid->addWidget(m_note, 2, 0, 1, 3);
     grid->setColumnStretch(1, 1);
 
-    connect(m_edit, &ComposerEdit::sendRequested, this, [this] {
-        if (canSend())
-            send();
-    });
+    connect(m_edit, &ComposerEdit::sendRequested, this, &ComposerView::sendOrPostpone);
     connect(m_edit, &QPlainTextEdit::textChanged, this, [this] {
-        m_isPostponed = false;
+        // What the user has waited for is no change of the draft that was sent.
+        if (m_postponed != Postponed::untilPasted || m_edit->isPasteAwaited())
+            m_postponed = Postponed::no;
         updateState();
     });
     connect(m_edit, &ComposerEdit::pageRequested, this, &ComposerView::pageRequested);
     connect(m_attach, &QToolButton::clicked, this, &ComposerView::openFileDialog);
-    connect(m_send, &QToolButton::clicked, this, &ComposerView::send);
+    connect(m_send, &QToolButton::clicked, this, &ComposerView::sendOrPostpone);
     connect(m_stop, &QToolButton::clicked, &conversation, &ConversationPort::cancel);
     connect(&conversation, &ConversationPort::isBusyChanged, this, &ComposerView::updateState);
-    connect(&conversation, &ConversationPort::conversationLeft, this, [this] { m_isPostponed = false; });
-    connect(&conversation, &ConversationPort::conversationReady, this, &ComposerView::sendPostponed);
+    connect(&conversation, &ConversationPort::conversationLeft, this,
+            [this] { m_postponed = Postponed::no; });
+    connect(&conversation, &ConversationPort::conversationReady, this,
+            [this] { sendPostponed(Postponed::untilReady); });
     connect(&updates, &UpdateModel::changed, this, &ComposerView::updateState);
     connectAttachments();
+    if (pasting)
+        connectPasting(*pasting);
     m_failures->setSymbol(Symbol::octagonExclamation);
     m_failures->hide();
     fitIcons();
     updateState();
+}
+
+void ComposerView::connectPasting(FieldPasting &pasting)
+{
+    m_edit->setPasting(pasting);
+    connect(&pasting, &FieldPasting::ended, this, [this](const QWidget *field, FieldPasting::End end) {
+        if (field != m_edit)
+            return;
+        if (end == FieldPasting::End::inserted)
+            sendPostponed(Postponed::untilPasted);
+        else if (m_postponed == Postponed::untilPasted)
+            m_postponed = Postponed::no;
+    });
 }
 
 QWidget *ComposerView::makeAttachmentArea()
@@ -190,14 +208,25 @@ void ComposerView::send()
         m_edit->setDraft({});
         m_attachments->clear();
     } else {
-        m_isPostponed = !m_conversation.isReady();
+        m_postponed = m_conversation.isReady() ? Postponed::no : Postponed::untilReady;
     }
     focusDraft();
 }
 
-void ComposerView::sendPostponed()
+void ComposerView::sendOrPostpone()
 {
-    if (std::exchange(m_isPostponed, false) && canSend())
+    if (m_edit->isPasteAwaited())
+        m_postponed = Postponed::untilPasted;
+    else if (canSend())
+        send();
+}
+
+void ComposerView::sendPostponed(Postponed awaited)
+{
+    if (m_postponed != awaited)
+        return;
+    m_postponed = Postponed::no;
+    if (canSend())
         send();
 }
 
@@ -208,7 +237,7 @@ void ComposerView::handleFiles(const QList<QUrl> &urls)
 
 void ComposerView::takeSuggestion(const QString &prompt)
 {
-    m_edit->setDraft(prompt);
+    m_edit->replaceDraft(prompt);
     focusDraft();
 }
 

@@ -16,6 +16,7 @@ class AttachmentChips;
 class ComposerEdit;
 class NoteLabel;
 class ConversationPort;
+class FieldPasting;
 class UpdateModel;
 
 /// Where the user writes a message, attaches files to it, sends it and stops the answer. Holds the draft; the
@@ -23,8 +24,9 @@ class UpdateModel;
 class ComposerView : public QWidget {
     Q_OBJECT
 public:
-    /// Both must outlive the view.
-    ComposerView(ConversationPort &conversation, const UpdateModel &updates, QWidget *parent = nullptr);
+    /// All of them must outlive the view. Without `pasting` the toolkit waits for what is pasted.
+    ComposerView(ConversationPort &conversation, const UpdateModel &updates, FieldPasting *pasting = nullptr,
+                 QWidget *parent = nullptr);
 
     /// Whether the draft may be sent now.
     bool canSend() const;
@@ -48,13 +50,22 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    /// What the draft waits for that the user has sent.
+    enum class Postponed {
+        no,
+        untilReady,  ///< The conversation is still being opened.
+        untilPasted, ///< What the user has pasted is not there yet.
+    };
+
     /// Whether there is anything to send.
     bool hasInput() const;
     void connectAttachments();
     void orderTabs();
     QWidget *makeAttachmentArea();
     void send();
-    void sendPostponed();
+    void sendOrPostpone();
+    void sendPostponed(Postponed awaited);
+    void connectPasting(FieldPasting &pasting);
     void openFileDialog();
     void updateState();
     void updateSendButton();
@@ -78,8 +89,7 @@ private:
     QLabel *m_note;
     QPointer<QFileDialog> m_dialog;
     bool m_hasDropMark = false;
-    /// The user has sent the draft to a conversation that was still being opened.
-    bool m_isPostponed = false;
+    Postponed m_postponed = Postponed::no;
 };
 
 } // namespace morvane

@@ -1,5 +1,6 @@
 #include "ui/window/EditMenu.h"
 
+#include "ui/controls/LineFieldMenu.h"
 #include "ui/conversation/ChatScrollView.h"
 
 #include <QAbstractItemView>
@@ -65,7 +66,11 @@ void EditMenu::addCommand(const QString &text, QKeySequence::StandardKey key, co
 {
     QAction *action = addAction(text, this, [this, slot] {
         QWidget *focus = m_window.focusWidget();
-        if (focus && isPossible(*focus, slot))
+        if (!focus || !isPossible(*focus, slot))
+            return;
+        if (auto *line = qobject_cast<QLineEdit *>(focus); line && slot == QByteArray("paste"))
+            LineFieldMenu::pressPaste(*line);
+        else
             QMetaObject::invokeMethod(focus, slot);
     });
     // Shown for orientation; the focused field handles its own keys.

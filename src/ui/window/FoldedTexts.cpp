@@ -1,6 +1,7 @@
 #include "ui/window/FoldedTexts.h"
 
 #include "base/Text.h"
+#include "ui/markdown/LayoutCost.h"
 
 #include <QLocale>
 #include <QSet>
@@ -19,6 +20,15 @@ namespace {
 constexpr int foldProperty = QTextFormat::UserProperty + 1;
 /// The longest text, in UTF-16 units, whose characters are counted; that takes a millisecond.
 constexpr qsizetype longestCounted = 80'000;
+/// What a paragraph and the whole document may cost to lay out, so that a key takes no longer than a few
+/// milliseconds.
+constexpr qsizetype costliestParagraph = 6'000;
+constexpr qsizetype costliestDocument = 20'000;
+/// Of a line, besides its letters.
+constexpr qsizetype lineCost = 4;
+/// A text that costs less is let in as if it were typed, which goes on behind those limits.
+constexpr qsizetype leastFolded = 500;
+constexpr int typedFactor = 2;
 
 bool hasContentIn(QStringView text)
 {
@@ -79,12 +89,39 @@ QString labelFor(const QString &text)
 
 } // namespace
 
-void FoldedTexts::insert(QTextCursor &cursor, const QString &text)
+FoldedTexts::Fold FoldedTexts::fold(const QString &text)
 {
     Fold fold;
     fold.text = withLineFeeds(text);
     fold.label = labelFor(fold.text);
     fold.hasContent = hasContentIn(fold.text);
+    return fold;
+}
+
+bool FoldedTexts::isTooLong(qsizetype size)
+{
+    return size > typedFactor * costliestDocument;
+}
+
+bool FoldedTexts::isTooLong(const QTextCursor &cursor, const QString &text) const
+{
+    if (isTooLong(text.size()))
+        return true;
+    QString whole = m_document.toPlainText();
+    whole.replace(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart(), text);
+    qsizetype wholeCost = 0;
+    qsizetype paragraphCost = 0;
+    for (const QStringView line : QStringView(whole).split(u'\n')) {
+        const qsizetype cost = layoutCost(line);
+        wholeCost += cost + lineCost;
+        paragraphCost = std::max(paragraphCost, cost);
+    }
+    const int factor = layoutCost(text) < leastFolded ? typedFactor : 1;
+    return wholeCost > factor * costliestDocument || paragraphCost > factor * costliestParagraph;
+}
+
+void FoldedTexts::insert(QTextCursor &cursor, Fold fold)
+{
     QTextCharFormat format;
     format.setProperty(foldProperty, ++m_lastID);
     const QString label = fold.label;

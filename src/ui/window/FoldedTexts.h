@@ -24,12 +24,25 @@ public:
         int id = 0;
     };
 
+    /// A long text and its label.
+    struct Fold {
+        QString text; ///< With line feeds as line ends.
+        QString label;
+        bool hasContent = false;
+    };
+
     /// `document` must outlive the object.
     explicit FoldedTexts(QTextDocument &document) : m_document(document) {}
 
-    /// Puts a label in the place of what `cursor` selects. It stands for `text`, with line feeds as line
-    /// ends, also when it is undone and redone.
-    void insert(QTextCursor &cursor, const QString &text);
+    /// The label for a text of any length. Any thread, and better not the main one for many megabytes.
+    static Fold fold(const QString &text);
+    /// Whether `text` in the place of what `cursor` selects would make the document slow.
+    bool isTooLong(const QTextCursor &cursor, const QString &text) const;
+    /// Whether a text is so long whatever there is beside it.
+    static bool isTooLong(qsizetype size);
+    /// Puts a label in the place of what `cursor` selects. It stands for the text, also when it is undone and
+    /// redone.
+    void insert(QTextCursor &cursor, Fold fold);
     /// Forgets every text; for a document that has just been emptied together with its history.
     void clear() { m_folds.clear(); }
 
@@ -52,12 +65,6 @@ public:
     void mend();
 
 private:
-    struct Fold {
-        QString text;
-        QString label;
-        bool hasContent = false;
-    };
-
     QString ownText(int from, int to) const;
     QTextCursor cursorOver(int from, int to) const;
     void release(int from, int to);

@@ -84,7 +84,7 @@ QWidget *MainWindow::makeDetail()
     setAccessibleRole(m_region, QAccessible::Client); // "layered pane" says nothing to anyone
     m_region->addWidget(m_welcome);
     m_region->addWidget(m_conversation);
-    m_composer = new ComposerView(m_model, m_services.updates);
+    m_composer = new ComposerView(m_model, m_services.updates, m_services.pasting);
     connect(m_composer, &ComposerView::pageRequested, view, &ChatScrollView::scrollPage);
     connect(m_conversation, &ConversationPane::findClosed, m_composer, &ComposerView::focusDraft);
     connect(&m_model, &AppModel::suggestedPrompt, m_composer, &ComposerView::takeSuggestion);

@@ -18,6 +18,7 @@ class BrowserWindowPort;
 class ComposerView;
 struct ChatAttachment;
 class ConversationPane;
+class FieldPasting;
 class MCPManager;
 class PermissionView;
 class QuestionView;
@@ -33,6 +34,7 @@ struct MainWindowServices {
     MCPManager &toolServers;
     SettingsServices settings;
     AttachmentService &attachments;
+    FieldPasting *pasting = nullptr; ///< Without it the toolkit waits for what is pasted.
 };
 
 /// The main window: the sidebar with the conversations, and beside it header, banner, conversation, composer

@@ -71,6 +71,19 @@ TEST_F(ComposerViewTest, ShiftReturnBeginsANewLine)
     EXPECT_TRUE(model->messages().isEmpty());
 }
 
+TEST_F(ComposerViewTest, ASuggestionTakesTheDraftsPlaceAndUndoingBringsItBack)
+{
+    const QString draft = u"look at this: "_s + QString(70'000, u'x');
+    edit->setDraft(draft);
+    QTest::keyClicks(edit, u" and more"_s);
+    view->takeSuggestion(u"What can you do?"_s);
+    EXPECT_EQ(view->draft(), u"What can you do?"_s);
+    QTest::keyClick(edit, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(view->draft(), draft + u" and more"_s);
+    QTest::keyClick(edit, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(view->draft(), u"What can you do?"_s);
+}
+
 TEST_F(ComposerViewTest, RefusedMessageKeepsTheDraft)
 {
     updates.setAvailableUpdate(UpdateInfo{u"2"_s, 2}, UpdateModel::Necessity::required);

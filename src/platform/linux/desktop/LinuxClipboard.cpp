@@ -17,7 +17,7 @@ std::optional<QString> LinuxClipboard::text()
     const auto display = XDisplay::open();
     if (!display)
         return std::nullopt;
-    SelectionReader reader(*display, m_patience);
+    SelectionReader reader(*display, "CLIPBOARD", m_patience);
     for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
         if (const auto bytes = reader.read(target))
             return QString::fromUtf8(*bytes);

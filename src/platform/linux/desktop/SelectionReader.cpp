@@ -12,9 +12,10 @@ constexpr uint32_t wholeProperty = 0x1fffffff;
 
 } // namespace
 
-SelectionReader::SelectionReader(const XDisplay &display, std::chrono::milliseconds patience)
+SelectionReader::SelectionReader(const XDisplay &display, std::string_view selection,
+                                 std::chrono::milliseconds patience)
     : m_display(display), m_patience(patience), m_window(xcb_generate_id(display.connection())),
-      m_property(display.atom("MORVANE_SELECTION"))
+      m_selection(display.atom(selection)), m_property(display.atom("MORVANE_SELECTION"))
 {
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(display.connection(), XCB_COPY_FROM_PARENT, m_window, display.root(), 0, 0, 1, 1, 0,
@@ -63,8 +64,9 @@ std::optional<QByteArray> SelectionReader::read(std::string_view target)
 {
     xcb_connection_t *const connection = m_display.connection();
     m_ownerIsSilent = false;
-    xcb_convert_selection(connection, m_window, m_display.atom("CLIPBOARD"), m_display.atom(target),
-                          m_property, XCB_CURRENT_TIME);
+    m_isTooLarge = false;
+    xcb_convert_selection(connection, m_window, m_selection, m_display.atom(target), m_property,
+                          XCB_CURRENT_TIME);
     xcb_flush(connection);
     const auto event = waitFor(XCB_SELECTION_NOTIFY);
     if (!event ||
@@ -84,7 +86,8 @@ std::optional<QByteArray> SelectionReader::read(std::string_view target)
         if (notice->state != XCB_PROPERTY_NEW_VALUE || notice->atom != m_property)
             continue;
         const std::optional<QByteArray> part = takeProperty(type);
-        if (!part || whole->size() + part->size() > mostBytes)
+        m_isTooLarge = part && whole->size() + part->size() > mostBytes;
+        if (!part || m_isTooLarge)
             return std::nullopt;
         if (part->isEmpty())
             return whole;

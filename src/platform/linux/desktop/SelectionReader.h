@@ -9,20 +9,24 @@
 
 namespace morvane {
 
-/// Asks the owner of the clipboard for its content in one form, in parts where it is large. One thread.
+/// Asks the owner of a selection, such as "CLIPBOARD", for its content in one form, in parts where it is
+/// large. One thread.
 class SelectionReader {
 public:
     /// `patience` is how long the owner may be silent between two parts.
-    SelectionReader(const XDisplay &display, std::chrono::milliseconds patience);
+    SelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience);
     ~SelectionReader();
     SelectionReader(const SelectionReader &) = delete;
     SelectionReader &operator=(const SelectionReader &) = delete;
 
-    /// Nothing if nobody owns the clipboard, the owner has no such form, or it does not answer in time.
+    /// Nothing if nobody owns the selection, the owner has no such form, it does not answer in time, or it
+    /// has more than 100 MB.
     std::optional<QByteArray> read(std::string_view target);
 
     /// Whether the last question was not answered at all.
     bool ownerIsSilent() const { return m_ownerIsSilent; }
+    /// Whether the last answer was given up for its size.
+    bool isTooLarge() const { return m_isTooLarge; }
 
 private:
     /// Waits for an event of this kind that concerns our window.
@@ -32,8 +36,10 @@ private:
     const XDisplay &m_display;
     const std::chrono::milliseconds m_patience;
     const xcb_window_t m_window;
+    const xcb_atom_t m_selection;
     const xcb_atom_t m_property;
     bool m_ownerIsSilent = false;
+    bool m_isTooLarge = false;
 };
 
 } // namespace morvane

@@ -1,0 +1,125 @@
+#include "platform/linux/desktop/LinuxPasteSource.h"
+
+#include "async/Scheduler.h"
+#include "async/SystemClock.h"
+#include "support/ClipboardOwner.h"
+#include "support/RunTask.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+using Selection = PasteSource::Selection;
+
+class LinuxPasteSourceTest : public testing::Test {
+protected:
+    std::expected<PasteContent, PasteFailure> read(Selection selection = Selection::clipboard)
+    {
+        return runTask(m_scheduler, m_source.read(selection), std::chrono::seconds(60));
+    }
+    static ClipboardOwner owner(const QMap<QByteArray, QByteArray> &contents)
+    {
+        return {qEnvironmentVariable("DISPLAY"), contents};
+    }
+
+    SystemClock m_clock;
+    Scheduler m_scheduler{m_clock};
+    LinuxPasteSource m_source{std::chrono::milliseconds(1500)};
+};
+
+TEST_F(LinuxPasteSourceTest, ATextComesAsItIsFromWhereverItStands)
+{
+    EXPECT_TRUE(m_source.isReachable());
+    {
+        const ClipboardOwner other = owner({{"UTF8_STRING", "f\u00fcnf"}, {"image/png", "a picture of it"}});
+        const auto content = read();
+        ASSERT_TRUE(content.has_value());
+        EXPECT_EQ(content->text, u"f\u00fcnf"_s);
+        EXPECT_TRUE(content->picture.isEmpty() && content->uriList.isEmpty());
+    }
+    const ClipboardOwner old = owner({{"STRING", "f\xfcnf"}});
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_EQ(content->text, u"f\u00fcnf"_s);
+}
+
+TEST_F(LinuxPasteSourceTest, LineEndsAreLineFeeds)
+{
+    const ClipboardOwner other = owner({{"text/plain;charset=utf-8", "one\r\ntwo\rthree\n"}});
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_EQ(content->text, u"one\ntwo\nthree\n"_s);
+}
+
+TEST_F(LinuxPasteSourceTest, FilesComeWithTheirText)
+{
+    const QByteArray files = uriList({u"/tmp/one.txt"_s});
+    const ClipboardOwner other = owner({{"text/uri-list", files}, {"UTF8_STRING", "/tmp/one.txt"}});
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_EQ(content->uriList, files);
+    EXPECT_EQ(content->text, u"/tmp/one.txt"_s);
+}
+
+TEST_F(LinuxPasteSourceTest, APictureComesInTheBestFormat)
+{
+    const ClipboardOwner other = owner({{"image/bmp", "large"}, {"image/png", "small"}});
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_EQ(content->picture, "small");
+    EXPECT_EQ(content->pictureFormat, u"png"_s);
+    EXPECT_TRUE(content->text.isEmpty());
+}
+
+TEST_F(LinuxPasteSourceTest, WhatIsSelectedIsNotWhatWasCopied)
+{
+    QGuiApplication::clipboard()->setText(u"selected"_s, QClipboard::Selection);
+    const ClipboardOwner other = owner({{"UTF8_STRING", "copied"}});
+    EXPECT_EQ(read(Selection::primary).value_or(PasteContent()).text, u"selected"_s);
+    EXPECT_EQ(read().value_or(PasteContent()).text, u"copied"_s);
+}
+
+TEST_F(LinuxPasteSourceTest, ALongTextComesInParts)
+{
+    const QString text = u"a line\n"_s.repeated(1'500'000);
+    QGuiApplication::clipboard()->setText(text);
+    EXPECT_EQ(read().value_or(PasteContent()).text, text);
+}
+
+TEST_F(LinuxPasteSourceTest, AnEmptyClipboardIsAnAnswer)
+{
+    const XConnection other(qEnvironmentVariable("DISPLAY"));
+    xcb_set_selection_owner(other.handle(), XCB_NONE, other.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    static_cast<void>(other.activeWindow());
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_TRUE(content->text.isEmpty());
+}
+
+TEST_F(LinuxPasteSourceTest, AnOwnerThatHangsIsGivenUp)
+{
+    const XConnection frozen(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t window = frozen.openHiddenWindow();
+    xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    static_cast<void>(frozen.activeWindow());
+    const auto content = read();
+    ASSERT_FALSE(content.has_value());
+    EXPECT_EQ(content.error(), PasteFailure::silent);
+}
+
+TEST_F(LinuxPasteSourceTest, MoreThanAHundredMegabytesIsTooMuch)
+{
+    QGuiApplication::clipboard()->setText(QString(100'000'001, u'x'));
+    const auto content = read();
+    ASSERT_FALSE(content.has_value());
+    EXPECT_EQ(content.error(), PasteFailure::tooLarge);
+    QGuiApplication::clipboard()->clear();
+}
+
+} // namespace
+} // namespace morvane
