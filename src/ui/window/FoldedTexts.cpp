@@ -198,9 +198,19 @@ void FoldedTexts::mend()
         return;
     const QList<Place> found = places();
     QSet<int> whole;
-    for (const Place &place : found)
-        if (ownText(place.start, place.end).contains(m_folds.value(place.id).label))
+    bool isSound = true;
+    for (const Place &place : found) {
+        const QString run = ownText(place.start, place.end);
+        const QString label = m_folds.value(place.id).label;
+        isSound &= run == label;
+        if (run.contains(label))
             whole.insert(place.id);
+    }
+    if (isSound)
+        return;
+    // Undoing takes both steps back at once: half a label that the user goes on beside would be mended away.
+    QTextCursor step(&m_document);
+    step.joinPreviousEditBlock();
     for (auto place = found.crbegin(); place != found.crend(); ++place) {
         const QString run = ownText(place->start, place->end);
         const QString label = m_folds.value(place->id).label;
@@ -216,6 +226,7 @@ void FoldedTexts::mend()
             cursorOver(place->start, place->end).removeSelectedText();
         }
     }
+    step.endEditBlock();
 }
 
 QTextCursor FoldedTexts::cursorOver(int from, int to) const

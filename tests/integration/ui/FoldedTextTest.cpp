@@ -166,6 +166,28 @@ TEST_F(FoldedTextTest, OfALabelThatLosesAPartNothingStays)
     EXPECT_EQ(edit.draft(), u'a' + word + u'b');
 }
 
+TEST_F(FoldedTextTest, HalfALabelThatAReaderDeletesComesBackInOneStep)
+{
+    QTest::keyClicks(&edit, u"a"_s);
+    paste(word);
+    QAccessibleEditableTextInterface *text =
+        QAccessible::queryAccessibleInterface(&edit)->editableTextInterface();
+    text->deleteText(1, labelSize / 2);
+    EXPECT_EQ(edit.draft(), u"a"_s);
+    edit.undo();
+    EXPECT_EQ(edit.draft(), u'a' + word);
+    QTest::keyClicks(&edit, u"b"_s);
+    EXPECT_EQ(edit.draft(), u'a' + word + u'b');
+    text->deleteText(3, 1 + labelSize);
+    EXPECT_EQ(edit.draft(), u"ab"_s);
+    edit.undo();
+    EXPECT_EQ(edit.draft(), u'a' + word + u'b');
+    edit.redo();
+    EXPECT_EQ(edit.draft(), u"ab"_s);
+    edit.undo();
+    EXPECT_EQ(edit.toPlainText(), u'a' + label + u'b');
+}
+
 TEST_F(FoldedTextTest, WhatOthersWriteBehindALabelStays)
 {
     paste(word);
