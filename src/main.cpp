@@ -14,13 +14,12 @@
 #include "localmodel/DiskSpace.h"
 #include "localmodel/LocalModelManager.h"
 #include "localmodel/MachineProfile.h"
-#include "localmodel/RuntimeProgram.h"
-#include "localmodel/RuntimeSite.h"
 #include "mcp/HttpTransport.h"
 #include "mcp/MCPManager.h"
 #include "mcp/StdioThread.h"
 #include "mcp/StdioTransport.h"
 #include "net/HttpClient.h"
+#include "outside/OutsideWorld.h"
 #include "platform/NoKeychain.h"
 #include "platform/linux/LinuxAnnouncer.h"
 #include "platform/linux/LinuxColorScheme.h"
@@ -40,7 +39,6 @@
 #include "platform/linux/notifications/LinuxDeliveryAlarm.h"
 #include "platform/linux/notifications/LinuxNotificationCenter.h"
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
-#include "providers/Endpoints.h"
 #include "providers/HttpAIService.h"
 #include "providers/HttpModelCatalog.h"
 #include "store/ConversationStore.h"
@@ -109,14 +107,14 @@ std::unique_ptr<MCPTransport> makeTransport(const MCPServerConfig &server,
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
 {
     const TerminationSignals terminationSignals;
-    const Endpoints endpoints;
+    const OutsideWorld outside = outsideWorld(dataFolder());
     SystemClock clock;
     Scheduler scheduler(clock);
     HttpClient http;
     NoKeychain keychain;
     SettingsStore settings(settingsFile(), keychain);
     ConversationStore conversations(dataFolder() + u"/Conversations"_s);
-    HttpAIService service(http, endpoints);
+    HttpAIService service(http, outside.endpoints);
     LinuxAnnouncer announcer;
     LinuxDeliveryAlarm alarm(LinuxDeliveryAlarm::realSurroundings());
     LinuxNotificationCenter center(
@@ -147,11 +145,11 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     MCPToolServers toolServers(serverManager);
     NoBrowserWindow browserWindow;
     const UpdateModel updates;
-    LocalModelManager localModel(http, {endpoints.ollama, QString::fromUtf16(runtimeSite), dataFolder(),
-                                        binaryCandidates(dataFolder()), freeDiskSpace});
+    LocalModelManager localModel(http, {outside.endpoints.ollama, outside.runtimeSite, dataFolder(),
+                                        outside.runtimePrograms, freeDiskSpace});
     AttachmentWorkers attachments{
         AttachmentProcessor(ReaderProcess(helperProgram(u"morvane-attachment-reader"_s)))};
-    HttpModelCatalog modelCatalog(http, endpoints);
+    HttpModelCatalog modelCatalog(http, outside.endpoints);
     LinuxUrlOpener urls;
     const LinuxMachineFacts machineFacts;
     const MachineProfile machine(machineFacts);
@@ -203,7 +201,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         reminders.reschedulePending();
         reminders.startMonitoring();
         scheduler.spawn(screen.warmKeyboardLayout());
-        model.localModel().refreshLocalModel();
+        model.localModel().refreshThenInstall(LocalModelFlow::Occasion::programStart);
         serverManager.refresh();
     });
 

@@ -12,6 +12,9 @@
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
 
+#include <algorithm>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -74,17 +77,18 @@ void LocalModelFlow::refreshLocalModel()
     m_scheduler.spawn(refresh());
 }
 
-void LocalModelFlow::refreshThenInstall()
-{
-    m_scheduler.spawn(refreshAndInstall());
-}
-
-Task<void> LocalModelFlow::refreshAndInstall()
+void LocalModelFlow::refreshThenInstall(Occasion occasion)
 {
     // What is there already must be known first, or its installation would be announced.
-    co_await refresh();
-    if (m_settings.providerID() == ProviderID::ollama)
-        installLocalModelIfNeeded();
+    m_occasion = std::max(m_occasion.value_or(occasion), occasion);
+    refreshLocalModel();
+}
+
+void LocalModelFlow::installFor(Occasion occasion)
+{
+    if (m_info.running || (occasion != Occasion::onboarding && m_settings.providerID() != ProviderID::ollama))
+        return;
+    install(occasion == Occasion::programStart ? Opening::whenSomethingComes : Opening::atOnce);
 }
 
 Task<void> LocalModelFlow::refresh()
@@ -115,12 +119,14 @@ Task<void> LocalModelFlow::refresh()
         setProgress(m_runtime.isBinaryInstalled() ? u"Ollama is not running."_s
                                                   : u"Ollama is not installed yet."_s,
                     std::nullopt);
+    if (const auto occasion = std::exchange(m_occasion, std::nullopt))
+        installFor(*occasion);
 }
 
 void LocalModelFlow::installLocalModelIfNeeded()
 {
     if (!m_info.running)
-        install();
+        install(Opening::atOnce);
 }
 
 void LocalModelFlow::startInstallThenRespond()
@@ -130,13 +136,13 @@ void LocalModelFlow::startInstallThenRespond()
         u"Setting up the local model first. This is a one-time download of a few gigabytes and "
         "will be ready automatically."_s);
     log(u"Setting up the local model before sending."_s, ActivityStep::Kind::info);
-    install();
+    install(Opening::atOnce);
 }
 
-void LocalModelFlow::install()
+void LocalModelFlow::install(Opening opening)
 {
     std::visit(Overloaded{
-                   [this](Idle &) { setPhase(Installing{m_scheduler.spawn(installLocalModel())}); },
+                   [&](Idle &) { setPhase(Installing{m_scheduler.spawn(installLocalModel(opening))}); },
                    [](Installing &) {},
                    [](Pulling &) {},
                    [](Ending &ending) { ending.next = Ending::Install{}; },
@@ -162,6 +168,7 @@ void LocalModelFlow::pull(const QString &model)
 
 void LocalModelFlow::cancelTasks()
 {
+    m_occasion.reset();
     Phase left = m_phase;
     std::visit(Overloaded{
                    [](Idle &) {},
@@ -186,13 +193,13 @@ void LocalModelFlow::finishPhase()
     setPhase(Idle{});
     std::visit(Overloaded{
                    [this](const Ending::Nothing &) { Q_EMIT installationEnded(); },
-                   [this](const Ending::Install &) { install(); },
+                   [this](const Ending::Install &) { install(Opening::atOnce); },
                    [this](const Ending::Pull &asked) { pull(asked.model); },
                },
                next);
 }
 
-Task<void> LocalModelFlow::installLocalModel()
+Task<void> LocalModelFlow::installLocalModel(Opening opening)
 {
     if (m_info.running) {
         // It was found ready after the message that started this was told to wait.
@@ -201,7 +208,7 @@ Task<void> LocalModelFlow::installLocalModel()
     }
     std::exception_ptr failure;
     try {
-        co_await installSteps();
+        co_await installSteps(opening);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -214,15 +221,24 @@ Task<void> LocalModelFlow::installLocalModel()
         m_workspace.status.setStatusText(m_info.running ? u"Ready"_s : u"Local model not ready"_s);
 }
 
-Task<void> LocalModelFlow::installSteps()
+Task<void> LocalModelFlow::installSteps(Opening opening)
 {
-    const auto onProgress = [this](const QString &label, std::optional<double> fraction) {
+    const QString beginning =
+        u"Setting up the local model. This is a one-time download of a few gigabytes."_s;
+    bool isAnnounced = false;
+    const auto announceOnce = [&] {
+        if (!std::exchange(isAnnounced, true))
+            m_workspace.status.announce(beginning);
+    };
+    const auto onProgress = [&](const QString &label, std::optional<double> fraction) {
+        if (fraction)
+            announceOnce();
         setProgress(label, fraction);
     };
-    const QString opening = u"Setting up the local model. This is a one-time download of a few gigabytes."_s;
     setProgress(u"Starting…"_s, std::nullopt);
-    log(opening, ActivityStep::Kind::info);
-    m_workspace.status.announce(opening);
+    log(beginning, ActivityStep::Kind::info);
+    if (opening == Opening::atOnce)
+        announceOnce();
     co_await m_runtime.ensureRunning(onProgress);
     m_installedModels = co_await m_runtime.installedModels();
     QString model = wantedModel();
@@ -242,6 +258,7 @@ Task<void> LocalModelFlow::installSteps()
 void LocalModelFlow::setReady(const QString &model)
 {
     ++m_lastRefresh;
+    m_occasion.reset();
     m_info.running = true;
     m_info.error.clear();
     setProgress(u"The %1 model is ready."_s.arg(model), std::nullopt);

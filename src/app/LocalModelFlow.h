@@ -47,6 +47,17 @@ public:
     };
     using Phase = std::variant<Idle, Installing, Pulling, Ending>;
 
+    /// Why an installation begins that nobody asked for; what comes later here asks for more.
+    enum class Occasion {
+        /// Each start of the program. Without a network it fails each time, and the failure says it all: that
+        /// it was tried is not announced before something comes.
+        programStart,
+        /// The user has chosen the local model.
+        providerChosen,
+        /// The user is greeted, whatever the settings say.
+        onboarding,
+    };
+
     /// All of them outlive the flow; the scheduler is shut down before it goes. `machineSummary` gives one
     /// sentence on the machine.
     LocalModelFlow(Scheduler &scheduler, SettingsStore &settings, LocalModelRuntime &runtime,
@@ -61,8 +72,9 @@ public:
 
     /// Reads the state of the runtime anew, in the background.
     void refreshLocalModel();
-    /// The same, and then installs what is missing; for a user who has just chosen the local model.
-    void refreshThenInstall();
+    /// The same, and then installs what is missing, if the local model is the chosen one or the occasion says
+    /// so.
+    void refreshThenInstall(Occasion occasion);
     /// Starts the installation unless it runs, is done, or another model is being pulled.
     void installLocalModelIfNeeded();
     /// Starts the installation for a message that waits. Only while nothing works.
@@ -83,15 +95,18 @@ Q_SIGNALS:
     void installationEnded();
 
 private:
+    /// When it is announced that an installation has begun.
+    enum class Opening { atOnce, whenSomethingComes };
+
     Task<void> refresh();
-    Task<void> refreshAndInstall();
-    Task<void> installLocalModel();
-    Task<void> installSteps();
+    void installFor(Occasion occasion);
+    Task<void> installLocalModel(Opening opening);
+    Task<void> installSteps(Opening opening);
     Task<void> pullLocalModel(QString model);
     Task<void> pullSteps(QString model);
     Task<void> deleteModel(QString model);
     Task<void> warmUpLocalModel();
-    void install();
+    void install(Opening opening);
     void pull(const QString &model);
     void setPhase(Phase phase);
     /// The installation or pull of the phase is over: what was asked for meanwhile comes.
@@ -112,7 +127,8 @@ private:
     QStringList m_installedModels;
     Phase m_phase;
     QSet<QString> m_deleting;
-    int m_lastRefresh = 0; ///< What an older one finds out is out of date.
+    int m_lastRefresh = 0;              ///< What an older one finds out is out of date.
+    std::optional<Occasion> m_occasion; ///< For what the last refresh has to install afterwards.
 };
 
 } // namespace morvane

@@ -94,7 +94,7 @@ void SettingsModel::chooseProvider(ProviderID provider)
     m_services.settings.setProviderID(provider);
     m_services.settings.setModel(defaultModel(provider));
     if (provider == ProviderID::ollama)
-        m_localModel.refreshThenInstall();
+        m_localModel.refreshThenInstall(LocalModelFlow::Occasion::providerChosen);
 }
 
 void SettingsModel::selectModel(const QString &nameOrTag)

@@ -75,6 +75,7 @@ public:
     Task<void> ensureRunning(ProgressCallback onProgress) override
     {
         ++installations;
+        progress = onProgress;
         onProgress(QStringLiteral("Starting Ollama…"), std::nullopt);
         if (installationTime.count() > 0)
             co_await sleepFor(installationTime);
@@ -85,6 +86,7 @@ public:
     Task<void> pull(QString model, ProgressCallback onProgress) override
     {
         pulled.append(model);
+        progress = onProgress;
         onProgress(QStringLiteral("Downloading model… 42%"), 0.42);
         if (pullTime.count() > 0)
             co_await sleepFor(pullTime);
@@ -114,6 +116,7 @@ public:
     Clock::Duration installationTime{};
     Clock::Duration pullTime{};
     int installations = 0;
+    ProgressCallback progress; ///< Of what is under way; not to be called after its end.
 };
 
 } // namespace morvane
