@@ -13,6 +13,7 @@ AppFixture::AppFixture()
     settings = std::make_unique<SettingsStore>(home.path() + u"/config/Morvane.conf"_s, keychain);
     settings->setProviderID(ProviderID::custom);
     settings->setModel(u"scripted"_s);
+    settings->setValue(u"hasCompletedOnboarding"_s, true);
     store = std::make_unique<ConversationStore>(home.path() + u"/data/Conversations"_s);
     services.reset(new AppServices(
         servicesAround({.scheduler = scheduler,

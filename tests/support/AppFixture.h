@@ -15,7 +15,8 @@
 
 namespace morvane {
 
-/// An application model on a temporary home, with a scripted model and recorded surroundings.
+/// An application model on a temporary home, with a scripted model and recorded surroundings. The user has
+/// been greeted already.
 class AppFixture : public testing::Test, protected FakeSurroundings {
 protected:
     AppFixture();

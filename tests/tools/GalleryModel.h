@@ -14,6 +14,13 @@ namespace morvane {
 
 /// An application model on an empty home with nothing real behind it, for windows that want one.
 struct GalleryModel : FakeSurroundings {
+    enum class User { known, newcomer };
+
+    explicit GalleryModel(User user = User::known)
+    {
+        if (user == User::known)
+            model.completeOnboarding();
+    }
     ~GalleryModel() { scheduler.shutdown(std::chrono::seconds(1)); }
 
     TemporaryHome home;

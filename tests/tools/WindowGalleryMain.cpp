@@ -33,7 +33,7 @@ namespace {
 /// The gallery's model with something to show in its windows.
 class Stage : public GalleryModel {
 public:
-    Stage()
+    explicit Stage(User user) : GalleryModel(user)
     {
         QList<CatalogModel> list;
         for (int number = 1; number <= 1200; ++number)
@@ -92,7 +92,8 @@ void addOptions(QCommandLineParser &parser)
     };
     parser.addOption({u"dark"_s, u"Dark colours."_s});
     option("window",
-           "Which window: settings, permissions, tool-servers, add-server, welcome, conversation, find, "
+           "Which window: settings, permissions, tool-servers, add-server, welcome, onboarding, "
+           "conversation, find, "
            "pictures, "
            "shortcuts, permission, "
            "question.",
@@ -104,7 +105,7 @@ void addOptions(QCommandLineParser &parser)
     option("font", "Size of the font.", "points", "10");
     option("servers", "So many tool servers are set up, or none.", "number", "0");
     option("scroll", "Scroll to this share.", "percent", "0");
-    option("state", "Of the local model: none, running, installing, failed.", "name", "none");
+    option("state", "Of the local model: none, running, installing, downloading, failed.", "name", "none");
     parser.addOption({u"popup"_s, u"Open the list of models."_s});
     parser.addOption({u"allowed"_s, u"Some tools are always allowed."_s});
     parser.addOption({u"conversations"_s, u"Some conversations are stored."_s});
@@ -118,6 +119,10 @@ void setLocalModel(Stage &stage, const QString &state)
     stage.localModel.models = {stage.settings.model()};
     if (state == u"installing"_s)
         stage.localModel.installationTime = std::chrono::hours(1);
+    if (state == u"downloading"_s) {
+        stage.localModel.models.clear();
+        stage.localModel.pullTime = std::chrono::hours(1);
+    }
     if (state == u"failed"_s)
         stage.localModel.failure = u"The download ended before it was complete."_s;
     if (state == u"running"_s)
@@ -176,7 +181,7 @@ int main(int argc, char **argv)
     FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
                                                     : ColorScheme::Preference::light);
     Theme theme(scheme);
-    Stage stage;
+    Stage stage(value("window") == u"onboarding"_s ? Stage::User::newcomer : Stage::User::known);
     const ProviderID provider = providerFromRawValue(value("provider")).value_or(ProviderID::openrouter);
     stage.settings.setProviderID(provider);
     stage.settings.setModel(value("model").isEmpty() ? defaultModel(provider) : value("model"));
@@ -208,7 +213,7 @@ int main(int argc, char **argv)
         window->findChild<QTabWidget *>()->setCurrentIndex(value("window") == u"permissions"_s ? 1 : 2);
     if (value("window") == u"add-server"_s)
         window->findChild<AddMCPServerView *>()->open();
-    if (!isSettings && value("window") != u"welcome"_s)
+    if (!isSettings && value("window") != u"welcome"_s && value("window") != u"onboarding"_s)
         fillShowcase(stage.model.transcript(), stage.model.activity());
     if (value("window") == u"find"_s) {
         window->findChild<ConversationPane *>()->find();

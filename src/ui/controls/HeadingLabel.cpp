@@ -7,6 +7,25 @@
 
 namespace morvane {
 
+namespace {
+
+qreal scaleOf(HeadingLabel::Level level)
+{
+    switch (level) {
+    case HeadingLabel::Level::welcome:
+        return 1.8;
+    case HeadingLabel::Level::title:
+        return 1.35;
+    case HeadingLabel::Level::section:
+        return 1.1;
+    case HeadingLabel::Level::group:
+        return 1;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
 HeadingLabel::HeadingLabel(const QString &text, Level level, QWidget *parent) : QLabel(parent), m_level(level)
 {
     setAccessibleRole(this, QAccessible::Heading);
@@ -33,7 +52,7 @@ void HeadingLabel::updateFont()
 {
     QFont heading = QApplication::font();
     heading.setBold(true);
-    const qreal scale = m_level == Level::title ? 1.35 : m_level == Level::section ? 1.1 : 1;
+    const qreal scale = scaleOf(m_level);
     if (heading.pointSizeF() > 0)
         heading.setPointSizeF(heading.pointSizeF() * scale);
     else

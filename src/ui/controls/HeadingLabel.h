@@ -8,7 +8,7 @@ namespace morvane {
 class HeadingLabel : public QLabel {
     Q_OBJECT
 public:
-    enum class Level { title, section, group };
+    enum class Level { welcome, title, section, group };
 
     HeadingLabel(const QString &text, Level level, QWidget *parent = nullptr);
 

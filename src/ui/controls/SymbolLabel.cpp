@@ -11,6 +11,12 @@ SymbolLabel::SymbolLabel(Symbol symbol, QColor ThemeColors::*color, QWidget *par
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+void SymbolLabel::setSymbol(Symbol symbol)
+{
+    m_symbol = symbol;
+    update();
+}
+
 QSize SymbolLabel::sizeHint() const
 {
     return {fontMetrics().height(), fontMetrics().height()};

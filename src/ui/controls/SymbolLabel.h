@@ -14,6 +14,8 @@ class SymbolLabel : public QWidget {
 public:
     SymbolLabel(Symbol symbol, QColor ThemeColors::*color, QWidget *parent = nullptr);
 
+    void setSymbol(Symbol symbol);
+
     QSize sizeHint() const override;
 
 protected:

@@ -22,6 +22,7 @@ constexpr int maximumLines = 4;
 constexpr int horizontalPadding = 14;
 constexpr int verticalPadding = 8;
 constexpr qreal focusRadius = 7;
+constexpr int symbolSpacing = 6;
 
 } // namespace
 
@@ -42,6 +43,13 @@ void WrappingButton::setLabel(const QString &label)
     update();
 }
 
+void WrappingButton::setSymbol(Symbol symbol)
+{
+    m_symbol = symbol;
+    updateGeometry();
+    update();
+}
+
 WrappedText WrappingButton::wrappedText() const
 {
     return {m_label, font(), maximumLines};
@@ -49,7 +57,12 @@ WrappedText WrappingButton::wrappedText() const
 
 QMargins WrappingButton::textMargins() const
 {
-    return {horizontalPadding, verticalPadding, horizontalPadding, verticalPadding};
+    return {horizontalPadding + symbolRoom(), verticalPadding, horizontalPadding, verticalPadding};
+}
+
+int WrappingButton::symbolRoom() const
+{
+    return m_symbol ? fontMetrics().height() + symbolSpacing : 0;
 }
 
 void WrappingButton::paintEvent(QPaintEvent *)
@@ -63,10 +76,22 @@ void WrappingButton::paintEvent(QPaintEvent *)
     painter.setPen(isProminent ? ThemeColors::fromPalette(palette()).onAccent
                                : palette().color(QPalette::ButtonText));
     const auto alignment = m_alignment == Alignment::leading ? Qt::AlignLeft : Qt::AlignHCenter;
-    laidOut().draw(painter, rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0), alignment);
+    const QRect room = rect().adjusted(horizontalPadding + symbolRoom(), 0, -horizontalPadding, 0);
+    laidOut().draw(painter, room, alignment);
+    if (m_symbol)
+        drawSymbol(painter, room);
     // The style marks the focus only once Tab was pressed, but a sheet brings the focus with it.
     if (hasFocus())
         MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
+}
+
+void WrappingButton::drawSymbol(QPainter &painter, const QRect &room) const
+{
+    const int side = symbolRoom() - symbolSpacing;
+    const int beforeText =
+        m_alignment == Alignment::leading ? 0 : (room.width() - laidOut().size(room.width()).width()) / 2;
+    painter.drawPixmap(room.left() + beforeText - symbolRoom(), (height() - side) / 2,
+                       symbolPixmap(*m_symbol, side, painter.pen().color(), devicePixelRatioF()));
 }
 
 void WrappingButton::resizeEvent(QResizeEvent *event)
@@ -84,7 +109,7 @@ void WrappingButton::changeEvent(QEvent *event)
 
 void WrappingButton::updateToolTip()
 {
-    const bool isCut = laidOut().isElided(width() - 2 * horizontalPadding);
+    const bool isCut = laidOut().isElided(width() - 2 * horizontalPadding - symbolRoom());
     // As HTML, so that it wraps, and escaped, so that the label cannot bring markup of its own.
     setHoverText(this, isCut ? u"<qt>%1</qt>"_s.arg(m_label.toHtmlEscaped()) : QString());
 }

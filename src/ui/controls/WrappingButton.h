@@ -1,8 +1,10 @@
 #pragma once
 
 #include "ui/controls/Wrapping.h"
+#include "ui/theme/Icons.h"
 
 #include <QPushButton>
+#include <optional>
 
 namespace morvane {
 
@@ -18,6 +20,8 @@ public:
 
     /// Also sets the accessible name; set another one afterwards where it has to differ.
     void setLabel(const QString &label);
+    /// Draws a symbol in front of the label, in its colour.
+    void setSymbol(Symbol symbol);
 
 protected:
     WrappedText wrappedText() const override;
@@ -28,9 +32,12 @@ protected:
 
 private:
     void updateToolTip();
+    int symbolRoom() const;
+    void drawSymbol(QPainter &painter, const QRect &room) const;
 
     QString m_label;
     Alignment m_alignment;
+    std::optional<Symbol> m_symbol;
 };
 
 } // namespace morvane

@@ -3,11 +3,9 @@
 #include "app/LocalModelFlow.h"
 #include "app/SettingsModel.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/WrappingButton.h"
-#include "ui/settings/DownloadProgress.h"
 #include "ui/settings/RecommendedModelRow.h"
-
-#include <QProgressBar>
 
 using namespace Qt::StringLiterals;
 
@@ -15,7 +13,8 @@ namespace morvane {
 
 LocalModelSection::LocalModelSection(const SettingsServices &services, LocalModelFlow &flow, QWidget *parent)
     : SettingsSection(u"Built-in Local Model"_s, parent), m_settings(services.settings), m_flow(flow),
-      m_progress(new QProgressBar), m_install(new WrappingButton(u"Install the built-in local model"_s))
+      m_progress(new DownloadProgressBar),
+      m_install(new WrappingButton(u"Install the built-in local model"_s))
 {
     const QString summary = services.machineSummary();
     NoteLabel *machine = addNote(summary);
@@ -25,7 +24,6 @@ LocalModelSection::LocalModelSection(const SettingsServices &services, LocalMode
         addNote(u"The local model is ready. No limits, nothing leaves this Mac."_s, NoteLabel::Tone::plain);
     m_ready->setSymbol(Symbol::arrowRightCircle);
     m_installing = addNote({}, NoteLabel::Tone::plain);
-    m_progress->setTextVisible(false);
     column()->addWidget(m_progress);
     column()->addWidget(m_install, 0, Qt::AlignLeft);
     m_error = addNote({}, NoteLabel::Tone::error);
@@ -52,7 +50,7 @@ void LocalModelSection::refresh()
     m_installing->setAccessibleName(u"Installing the local model. "_s + info.progress);
     m_installing->setVisible(installing);
     m_progress->setVisible(installing);
-    showDownloadProgress(*m_progress, info.progressFraction);
+    m_progress->showFraction(info.progressFraction);
     m_install->setVisible(!info.running && !installing);
     m_error->setText(u"Local model error: "_s + info.error);
     m_error->setVisible(!info.error.isEmpty());

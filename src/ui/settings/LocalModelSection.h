@@ -2,10 +2,9 @@
 
 #include "ui/settings/SettingsSection.h"
 
-class QProgressBar;
-
 namespace morvane {
 
+class DownloadProgressBar;
 class LocalModelFlow;
 class SettingsStore;
 struct SettingsServices;
@@ -26,7 +25,7 @@ private:
     LocalModelFlow &m_flow;
     NoteLabel *m_ready;
     NoteLabel *m_installing;
-    QProgressBar *m_progress;
+    DownloadProgressBar *m_progress;
     WrappingButton *m_install;
     NoteLabel *m_error;
 };

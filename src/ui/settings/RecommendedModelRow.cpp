@@ -5,15 +5,14 @@
 #include "store/SettingsStore.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/BadgeLabel.h"
+#include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/FlowLayout.h"
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/NoteLabel.h"
-#include "ui/settings/DownloadProgress.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -25,7 +24,7 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
                                          SettingsStore &settings, LocalModelFlow &flow, QWidget *parent)
     : ButtonsBeside(parent), m_name(recommendation.name), m_settings(settings), m_flow(flow),
       m_active(new NoteLabel(u"Active"_s, NoteLabel::Tone::plain)), m_pulling(new NoteLabel({})),
-      m_progress(new QProgressBar), m_download(new QPushButton(u"Download"_s)),
+      m_progress(new DownloadProgressBar), m_download(new QPushButton(u"Download"_s)),
       m_delete(new QPushButton(symbolIcon(Symbol::trash), u"Delete"_s))
 {
     setAccessibleRole(this, QAccessible::Grouping);
@@ -33,7 +32,6 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
     m_active->setSymbol(Symbol::checkCircle);
     m_active->setWordWrap(false);
     m_active->setAccessibleName(recommendation.name + u" is active"_s);
-    m_progress->setTextVisible(false);
 
     constexpr int spacing = 8;
     auto *top = new FlowLayout(spacing); // in a narrow window one below the other
@@ -79,7 +77,7 @@ void RecommendedModelRow::refresh()
     m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
     m_pulling->setVisible(pulling);
     m_progress->setVisible(pulling);
-    showDownloadProgress(*m_progress, info.progressFraction);
+    m_progress->showFraction(info.progressFraction);
 }
 
 void RecommendedModelRow::askToDelete()

@@ -4,11 +4,11 @@
 
 #include "ui/settings/ButtonsBeside.h"
 
-class QProgressBar;
 class QPushButton;
 
 namespace morvane {
 
+class DownloadProgressBar;
 class LocalModelFlow;
 class NoteLabel;
 class SettingsStore;
@@ -31,7 +31,7 @@ private:
     LocalModelFlow &m_flow;
     NoteLabel *m_active;
     NoteLabel *m_pulling;
-    QProgressBar *m_progress;
+    DownloadProgressBar *m_progress;
     QPushButton *m_download;
     QPushButton *m_delete;
 };

@@ -18,6 +18,8 @@ QString fileName(Symbol symbol)
     switch (symbol) {
     case Symbol::arrowClockwise:
         return u"arrow-clockwise"_s;
+    case Symbol::arrowDownCircle:
+        return u"arrow-down-circle"_s;
     case Symbol::arrowRight:
         return u"arrow-right"_s;
     case Symbol::arrowRightCircle:

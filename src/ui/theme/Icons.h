@@ -10,6 +10,7 @@ namespace morvane {
 /// The drawn symbols of the program, each one SVG under resources/icons in a single colour.
 enum class Symbol {
     arrowClockwise,
+    arrowDownCircle,
     arrowRight,
     arrowRightCircle,
     arrowUp,

@@ -1,12 +1,12 @@
 #include "ui/window/LocalModelBanner.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/HoverText.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QProgressBar>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -14,13 +14,12 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
-    : QFrame(parent), m_model(model), m_text(new QLabel), m_progress(new QProgressBar)
+    : QFrame(parent), m_model(model), m_text(new QLabel), m_bar(new DownloadProgressBar)
 {
     setFrameShape(QFrame::StyledPanel);
     m_text->setTextFormat(Qt::PlainText);
     m_text->setWordWrap(true);
-    m_progress->setTextVisible(false);
-    m_progress->setMaximumWidth(160);
+    m_bar->setMaximumWidth(160);
     auto *cancel = new QToolButton;
     cancel->setIcon(symbolIcon(Symbol::cross));
     cancel->setAutoRaise(true);
@@ -32,7 +31,7 @@ LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(12, 6, 8, 6);
     row->addWidget(m_text, 1);
-    row->addWidget(m_progress);
+    row->addWidget(m_bar);
     row->addWidget(cancel);
     connect(&model.localModel(), &LocalModelFlow::changed, this, &LocalModelBanner::updateState);
     updateState();
@@ -41,11 +40,12 @@ LocalModelBanner::LocalModelBanner(AppModel &model, QWidget *parent)
 void LocalModelBanner::updateState()
 {
     const LocalModelInfo &info = m_model.localModel().info();
-    setVisible(info.installing);
-    m_text->setText(u"Setting up the local model…\n"_s + info.progress);
-    m_progress->setRange(0, info.progressFraction ? 100 : 0);
-    m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
-    m_progress->setAccessibleName(u"Download progress %1"_s.arg(m_progress->value()) + u'%');
+    const bool isWorking = info.installing || !m_model.localModel().pullingModel().isEmpty();
+    if (isWorking) {
+        m_text->setText(u"Setting up the local model…\n"_s + info.progress);
+        m_bar->showFraction(info.progressFraction);
+    }
+    setVisible(isWorking);
 }
 
 } // namespace morvane

@@ -3,13 +3,13 @@
 #include <QFrame>
 
 class QLabel;
-class QProgressBar;
 
 namespace morvane {
 
 class AppModel;
+class DownloadProgressBar;
 
-/// Stands above the conversation while the local model is set up: what happens, how far it is, and a way out.
+/// Stands above the conversation while a model is set up: what happens, how far it is, and a way out.
 class LocalModelBanner : public QFrame {
     Q_OBJECT
 public:
@@ -20,7 +20,7 @@ private:
 
     AppModel &m_model;
     QLabel *m_text;
-    QProgressBar *m_progress;
+    DownloadProgressBar *m_bar;
 };
 
 } // namespace morvane

@@ -1,11 +1,12 @@
 #include "ui/window/LocalModelCard.h"
 
 #include "app/AppModel.h"
+#include "ui/controls/DownloadProgressBar.h"
+#include "ui/controls/FlowLayout.h"
+#include "ui/controls/LabelText.h"
+#include "ui/controls/NoteLabel.h"
 #include "ui/controls/WrappingButton.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QProgressBar>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -13,55 +14,59 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
-    : QFrame(parent), m_model(model), m_text(new QLabel), m_progress(new QProgressBar), m_buttons(new QWidget)
+    : QFrame(parent), m_model(model), m_text(new NoteLabel({}, NoteLabel::Tone::plain)),
+      m_bar(new DownloadProgressBar), m_error(new NoteLabel({}, NoteLabel::Tone::error)),
+      m_buttons(new QWidget)
 {
     setFrameShape(QFrame::StyledPanel);
-    m_text->setTextFormat(Qt::PlainText);
-    m_text->setWordWrap(true);
-    m_progress->setTextVisible(false);
-    m_progress->setAccessibleName(u"Download progress"_s);
+    m_error->setSymbol(Symbol::octagonExclamation);
 
     auto *install = new WrappingButton(u"Install the built-in local model"_s);
     auto *connectProvider = new WrappingButton(u"Connect a free AI provider"_s);
     connect(install, &QPushButton::clicked, &model.localModel(), &LocalModelFlow::installLocalModelIfNeeded);
     connect(connectProvider, &QPushButton::clicked, this, &LocalModelCard::settingsRequested);
-    auto *row = new QVBoxLayout(m_buttons);
-    row->setContentsMargins(0, 0, 0, 0);
+    constexpr int spacing = 8;
+    auto *row = new FlowLayout(spacing); // in a narrow window one below the other
+    m_buttons->setLayout(row);
+    row->setContentsMargins({});
     row->addWidget(install);
     row->addWidget(connectProvider);
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(14, 12, 14, 12);
-    column->addWidget(m_text);
-    column->addWidget(m_progress);
-    column->addWidget(m_buttons);
+    for (QWidget *part : std::initializer_list<QWidget *>{m_text, m_bar, m_error, m_buttons})
+        column->addWidget(part);
 
     connect(&model.localModel(), &LocalModelFlow::changed, this, &LocalModelCard::updateState);
     updateState();
 }
 
-void LocalModelCard::updateState()
+QString LocalModelCard::text() const
 {
     const LocalModelInfo &info = m_model.localModel().info();
     const QString pulling = m_model.localModel().pullingModel();
-    const bool working = info.installing || !pulling.isEmpty();
     if (info.running)
-        m_text->setText(u"Local model is ready — no limits, nothing leaves this Mac."_s);
-    else if (info.installing)
-        m_text->setText(u"Installing the local model…\n"_s + info.progress);
-    else if (working)
-        m_text->setText(u"Downloading "_s + pulling);
-    else {
-        QString text = u"No setup needed. Install the free local model that runs inside this app — "
-                       "no rate limits, and your data stays on your Mac."_s;
-        if (!info.error.isEmpty())
-            text += u"\n\nLocal model error: "_s + info.error;
-        m_text->setText(text);
-    }
-    m_progress->setVisible(working && info.progressFraction.has_value());
-    m_progress->setRange(0, 100);
-    m_progress->setValue(static_cast<int>(info.progressFraction.value_or(0) * 100));
-    m_buttons->setVisible(!info.running && !working);
+        return u"Local model is ready — no limits, nothing leaves this Mac."_s;
+    if (info.installing)
+        return u"Installing the local model…\n"_s + info.progress;
+    if (!pulling.isEmpty())
+        return u"Downloading %1\n%2"_s.arg(pulling, info.progress);
+    return u"No setup needed. Install the free local model that runs inside this app — no rate limits, and "
+           "your data stays on your Mac."_s;
+}
+
+void LocalModelCard::updateState()
+{
+    const LocalModelInfo &info = m_model.localModel().info();
+    const bool isWorking =
+        !info.running && (info.installing || !m_model.localModel().pullingModel().isEmpty());
+    m_text->setText(text());
+    if (isWorking && info.progressFraction)
+        m_bar->showFraction(info.progressFraction);
+    m_bar->setVisible(isWorking && info.progressFraction.has_value());
+    m_error->setText(u"Local model error: "_s + labelText(info.error));
+    m_error->setVisible(!isWorking && !info.running && !info.error.isEmpty());
+    m_buttons->setVisible(!info.running && !isWorking);
 }
 
 } // namespace morvane

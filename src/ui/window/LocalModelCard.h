@@ -2,12 +2,11 @@
 
 #include <QFrame>
 
-class QLabel;
-class QProgressBar;
-
 namespace morvane {
 
 class AppModel;
+class DownloadProgressBar;
+class NoteLabel;
 
 /// The state of the local model on the welcome screen, and the way to set it up.
 class LocalModelCard : public QFrame {
@@ -20,10 +19,12 @@ Q_SIGNALS:
 
 private:
     void updateState();
+    QString text() const;
 
     AppModel &m_model;
-    QLabel *m_text;
-    QProgressBar *m_progress;
+    NoteLabel *m_text;
+    DownloadProgressBar *m_bar;
+    NoteLabel *m_error;
     QWidget *m_buttons;
 };
 

@@ -16,6 +16,7 @@
 #include "ui/window/HeaderView.h"
 #include "ui/window/LocalModelBanner.h"
 #include "ui/window/MainMenus.h"
+#include "ui/window/OnboardingView.h"
 #include "ui/window/PictureView.h"
 #include "ui/window/ShortcutList.h"
 #include "ui/window/StatusBarView.h"
@@ -200,6 +201,13 @@ void MainWindow::closeEvent(QCloseEvent *event)
 {
     m_place.remember(*this, *m_split);
     QMainWindow::closeEvent(event);
+}
+
+void MainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (m_model.showOnboarding() && !m_onboarding)
+        m_onboarding = new OnboardingView(m_model, this);
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -20,6 +20,7 @@ struct ChatAttachment;
 class ConversationPane;
 class FieldPasting;
 class MCPManager;
+class OnboardingView;
 class PermissionView;
 class QuestionView;
 class SettingsView;
@@ -48,6 +49,7 @@ public:
 protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
@@ -71,6 +73,7 @@ private:
     ComposerView *m_composer = nullptr;
     PermissionView *m_permission = nullptr;
     QuestionView *m_question = nullptr;
+    OnboardingView *m_onboarding = nullptr;
     QPointer<SettingsView> m_settings;
     QPointer<ShortcutList> m_shortcuts;
 };

@@ -4,12 +4,11 @@
 #include "app/SelectedModel.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/WrappingButton.h"
-#include "ui/theme/AppMark.h"
 #include "ui/theme/Icons.h"
 #include "ui/window/LocalModelCard.h"
+#include "ui/window/MarkedHeading.h"
 
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <array>
@@ -20,44 +19,10 @@ namespace morvane {
 
 namespace {
 
-constexpr int markSize = 64;
 constexpr int columnWidth = 480;
 constexpr std::array suggestions{"What can you do?", "Check my Mac's storage",
                                  "Find my Downloads folder and summarize it",
                                  "Search the web for the latest macOS version"};
-
-QPixmap markPixmap(qreal ratio)
-{
-    QPixmap pixmap(QSize(markSize, markSize) * ratio);
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    paintAppMark(painter, QRectF(0, 0, markSize, markSize));
-    return pixmap;
-}
-
-/// Decoration: drawn by the label of the name below it, so that assistive technology finds one element only.
-class NameLabel : public QLabel {
-public:
-    NameLabel() : QLabel(u"Morvane"_s)
-    {
-        QFont large = font();
-        large.setPointSizeF(large.pointSizeF() * 1.8);
-        large.setBold(true);
-        setFont(large);
-        setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
-        setContentsMargins(0, markSize + 8, 0, 0);
-    }
-
-protected:
-    void paintEvent(QPaintEvent *event) override
-    {
-        QLabel::paintEvent(event);
-        QPainter painter(this);
-        painter.drawPixmap((width() - markSize) / 2, 0, markPixmap(devicePixelRatioF()));
-    }
-};
 
 } // namespace
 
@@ -77,7 +42,7 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
     auto *content = new QWidget;
     auto *column = new QVBoxLayout;
     column->setSpacing(10);
-    column->addWidget(new NameLabel);
+    column->addWidget(new MarkedHeading(u"Morvane"_s));
     column->addSpacing(8);
     column->addWidget(m_settings, 0, Qt::AlignHCenter);
     column->addWidget(m_localModel);

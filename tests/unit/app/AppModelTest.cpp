@@ -27,6 +27,12 @@ protected:
         result.filename = name;
         return result;
     }
+    /// The next start is the first.
+    void greetAgain()
+    {
+        settings->setValue(u"hasCompletedOnboarding"_s, false);
+        start();
+    }
 };
 
 TEST_F(AppModelTest, FirstMessageOf41CharactersGivesATitleOf40)
@@ -439,6 +445,7 @@ TEST_F(QuittingTest, WhatAsksWhileTheProgramEndsIsNotShown)
 
 TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
 {
+    greetAgain();
     EXPECT_TRUE(model->showOnboarding());
     model->completeOnboarding();
     EXPECT_FALSE(model->showOnboarding());
@@ -449,6 +456,7 @@ TEST_F(AppModelTest, OnboardingIsShownUntilItIsDoneOrSkipped)
 
 TEST_F(AppModelTest, SkippingOnboardingSaysWhereToChooseAProvider)
 {
+    greetAgain();
     model->skipOnboarding();
     EXPECT_FALSE(model->showOnboarding());
     EXPECT_THAT(announcer.spoken,

@@ -1,0 +1,79 @@
+#include "ui/controls/DownloadProgressBar.h"
+
+#include <QAccessibleWidget>
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+class DownloadProgressBarAccessible : public QAccessibleWidget, public QAccessibleValueInterface {
+public:
+    explicit DownloadProgressBarAccessible(DownloadProgressBar *bar)
+        : QAccessibleWidget(bar, QAccessible::ProgressBar)
+    {
+    }
+
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        // A bar that does not know how far the download is has no value.
+        if (type == QAccessible::ValueInterface && bar().percent())
+            return static_cast<QAccessibleValueInterface *>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind != QAccessible::Value)
+            return QAccessibleWidget::text(kind);
+        const auto percent = bar().percent();
+        return percent ? u"%1 percent"_s.arg(*percent) : QString();
+    }
+    QVariant currentValue() const override { return bar().percent().value_or(0); }
+    void setCurrentValue(const QVariant &) override {}
+    QVariant maximumValue() const override { return bar().maximum(); }
+    QVariant minimumValue() const override { return bar().minimum(); }
+    QVariant minimumStepSize() const override { return 1; }
+
+private:
+    DownloadProgressBar &bar() const { return *static_cast<DownloadProgressBar *>(widget()); }
+};
+
+QAccessibleInterface *createInterface(const QString &, QObject *object)
+{
+    auto *bar = qobject_cast<DownloadProgressBar *>(object);
+    return bar ? new DownloadProgressBarAccessible(bar) : nullptr;
+}
+
+} // namespace
+
+DownloadProgressBar::DownloadProgressBar(QWidget *parent) : QProgressBar(parent)
+{
+    QAccessible::installFactory(&createInterface);
+    setTextVisible(false);
+    showFraction(std::nullopt);
+}
+
+void DownloadProgressBar::showFraction(std::optional<double> fraction)
+{
+    setRange(0, fraction ? 100 : 0);
+    QString name = u"Download progress"_s;
+    if (fraction) {
+        const int percent = static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100));
+        setValue(percent);
+        name += u" %1%"_s.arg(percent);
+    }
+    // The toolkit tells a reader of the name each time that it is set.
+    if (accessibleName() != name)
+        setAccessibleName(name);
+}
+
+std::optional<int> DownloadProgressBar::percent() const
+{
+    return maximum() > 0 ? std::optional(value()) : std::nullopt;
+}
+
+} // namespace morvane

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "MainWindowFixture.h"
+
+#include "ui/controls/DownloadProgressBar.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+
+namespace morvane {
+
+/// The main window of a user who has chosen the local model, beside a runtime that does what the test says.
+class LocalModelFixture : public MainWindowFixture {
+protected:
+    LocalModelFixture()
+    {
+        settings->setProviderID(ProviderID::ollama);
+        settings->setModel(QStringLiteral("qwen2.5"));
+    }
+
+    /// The model is there and answers.
+    void haveModel()
+    {
+        localModel.serverRunning = true;
+        localModel.models = {QStringLiteral("qwen2.5")};
+        service.willTurn(FakeAIService::Turn{}); // the request that loads the model
+    }
+    void install()
+    {
+        model->localModel().installLocalModelIfNeeded();
+        settle();
+    }
+    /// What the runtime tells of its work.
+    void report(const QString &label, std::optional<double> fraction)
+    {
+        localModel.progress(label, fraction);
+        settle();
+    }
+
+    template <class View> static QAbstractButton *button(const View *view, const QString &name)
+    {
+        for (auto *button : view->template findChildren<QAbstractButton *>())
+            if (button->isVisible() && button->accessibleName() == name)
+                return button;
+        return nullptr;
+    }
+    /// The visible labels of a view, in the order in which they were made.
+    template <class View> static QStringList texts(const View *view)
+    {
+        QStringList found;
+        for (const auto *label : view->template findChildren<QLabel *>())
+            if (label->isVisible() && !label->text().isEmpty())
+                found.append(label->text());
+        return found;
+    }
+    template <class View> static DownloadProgressBar *bar(const View *view)
+    {
+        auto *found = view->template findChild<DownloadProgressBar *>();
+        return found && found->isVisible() ? found : nullptr;
+    }
+};
+
+} // namespace morvane

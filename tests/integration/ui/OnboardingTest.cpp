@@ -1,0 +1,204 @@
+#include "LocalModelFixture.h"
+
+#include "ui/sheets/SheetCard.h"
+#include "ui/window/ComposerEdit.h"
+#include "ui/window/OnboardingModelCard.h"
+#include "ui/window/OnboardingView.h"
+
+#include <QAccessible>
+
+using namespace Qt::StringLiterals;
+
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+namespace morvane {
+namespace {
+
+const auto skip = u"Skip local model setup. You can choose a provider in Settings later."_s;
+const auto notYet = u"Get started. Wait until the local model is ready."_s;
+const auto getStarted = u"Get started with the local model"_s;
+const auto cancelSetup = u"Cancel the local model setup"_s;
+const auto installModel = u"Install the built-in local model"_s;
+
+class OnboardingTest : public LocalModelFixture {
+protected:
+    OnboardingTest() { settings->setValue(u"hasCompletedOnboarding"_s, false); }
+
+    /// The first start of the program.
+    void greet()
+    {
+        restart();
+        show();
+        view = part<OnboardingView>();
+        ASSERT_NE(view, nullptr);
+        ASSERT_TRUE(view->isOpen());
+        card = part<OnboardingModelCard>();
+    }
+    void press(const QString &name)
+    {
+        QAbstractButton *pressed = button(view, name);
+        ASSERT_NE(pressed, nullptr) << name.toStdString();
+        pressed->click();
+        settle();
+    }
+    QString focused() const { return window->focusWidget()->accessibleName(); }
+    bool isGreetedAgain()
+    {
+        restart();
+        show();
+        return part<OnboardingView>() != nullptr;
+    }
+
+    OnboardingView *view = nullptr;
+    OnboardingModelCard *card = nullptr;
+};
+
+TEST_F(OnboardingTest, ANewcomerIsGreetedAndTheModelSetUpUnasked)
+{
+    localModel.installationTime = 1h;
+    greet();
+    EXPECT_TRUE(model->localModel().info().installing);
+    EXPECT_THAT(
+        texts(view),
+        ElementsAre(u"Welcome to Morvane"_s,
+                    u"A free AI agent for your Mac. Ask it to run commands, edit files, search the web, and "
+                    "more. The built-in model runs entirely on your computer — no account, no limits, and "
+                    "your data never leaves this Mac."_s,
+                    u"Setting up the built-in local model"_s,
+                    u"Morvane is setting up the built-in local model. This one-time download happens "
+                    "automatically and only once."_s,
+                    u"Starting"_s, u"Starting Ollama…"_s));
+    EXPECT_EQ(view->card()->accessibleName(), u"Welcome to Morvane"_s);
+    EXPECT_EQ(view->card()->accessibleDescription(), texts(view).at(1));
+}
+
+TEST_F(OnboardingTest, TheSetupCanBeStoppedFromItsBeginning)
+{
+    localModel.installationTime = 1h;
+    greet();
+    button(view, cancelSetup)->setFocus();
+    press(cancelSetup);
+    EXPECT_FALSE(model->localModel().info().installing);
+    EXPECT_EQ(button(view, cancelSetup), nullptr);
+    EXPECT_THAT(texts(card),
+                ElementsAre(u"This downloads a small model (about 5 GB) that runs fully on your Mac."_s,
+                            u"No account, no limits, and your data never leaves this Mac."_s));
+    EXPECT_EQ(focused(), installModel);
+    press(installModel);
+    EXPECT_TRUE(model->localModel().info().installing);
+    EXPECT_EQ(focused(), cancelSetup);
+    EXPECT_EQ(localModel.installations, 2);
+}
+
+TEST_F(OnboardingTest, ItsProgressIsShownAndTold)
+{
+    localModel.installationTime = 1h;
+    greet();
+    ASSERT_NE(bar(card), nullptr);
+    EXPECT_EQ(bar(card)->accessibleName(), u"Download progress"_s);
+    EXPECT_THAT(texts(card), Contains(u"Starting"_s));
+    report(u"Downloading Ollama… 420 MB of 1000 MB (42%)"_s, 0.42);
+    EXPECT_EQ(bar(card)->accessibleName(), u"Download progress 42%"_s);
+    QAccessibleInterface *told = QAccessible::queryAccessibleInterface(bar(card));
+    ASSERT_NE(told->valueInterface(), nullptr);
+    EXPECT_EQ(told->valueInterface()->currentValue().toInt(), 42);
+    EXPECT_EQ(told->text(QAccessible::Value), u"42 percent"_s);
+    EXPECT_THAT(texts(card), Contains(u"42%"_s));
+    EXPECT_THAT(texts(card), Contains(u"Downloading Ollama… 420 MB of 1000 MB (42%)"_s));
+    report(u"Installing Ollama…"_s, std::nullopt);
+    EXPECT_THAT(texts(card), Contains(u"Starting"_s));
+    EXPECT_EQ(told->text(QAccessible::Value), QString());
+}
+
+TEST_F(OnboardingTest, ItBeginsWhenTheModelIsReady)
+{
+    localModel.installationTime = 1min;
+    greet();
+    QAbstractButton *start = button(view, notYet);
+    ASSERT_NE(start, nullptr);
+    EXPECT_FALSE(start->isEnabled());
+    EXPECT_EQ(focused(), skip);
+    service.willTurn(FakeAIService::Turn{}); // the request that loads the model
+    clock.advance(1min);
+    settle();
+    EXPECT_TRUE(start->isEnabled());
+    EXPECT_EQ(focused(), getStarted);
+    EXPECT_THAT(texts(card), ElementsAre(u"Local model ready"_s,
+                                         u"The local model is ready. You can start chatting right away."_s));
+    press(getStarted);
+    EXPECT_FALSE(view->isOpen());
+    EXPECT_EQ(window->focusWidget(), part<ComposerEdit>());
+    EXPECT_EQ(announcer.spoken.constLast(), u"Let's get started. Ask me anything."_s);
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+    EXPECT_FALSE(isGreetedAgain());
+}
+
+TEST_F(OnboardingTest, SkippingLeavesTheSetupAsItIsAndClosesTheScreen)
+{
+    localModel.installationTime = 1h;
+    greet();
+    press(skip);
+    EXPECT_FALSE(view->isOpen());
+    EXPECT_TRUE(model->localModel().info().installing);
+    EXPECT_EQ(localModel.installations, 1);
+    EXPECT_EQ(window->focusWidget(), part<ComposerEdit>());
+    EXPECT_EQ(announcer.spoken.constLast(),
+              u"Skipped local model setup. Open Settings to choose a provider."_s);
+    EXPECT_FALSE(isGreetedAgain());
+}
+
+TEST_F(OnboardingTest, AFailureIsToldAndTheSetupTriedAgain)
+{
+    localModel.failure = u"No network."_s;
+    greet();
+    EXPECT_THAT(texts(card), Contains(u"Local model error: No network."_s));
+    EXPECT_EQ(focused(), skip);
+    localModel.failure.clear();
+    localModel.installationTime = 1h;
+    press(installModel);
+    EXPECT_TRUE(model->localModel().info().installing);
+    EXPECT_THAT(texts(card), Not(Contains(u"Local model error: No network."_s)));
+}
+
+TEST_F(OnboardingTest, AModelThatIsThereNeedsNoDownload)
+{
+    haveModel();
+    greet();
+    EXPECT_EQ(localModel.installations, 0);
+    EXPECT_THAT(texts(card), Contains(u"Local model ready"_s));
+    EXPECT_EQ(focused(), getStarted);
+}
+
+TEST_F(OnboardingTest, WhoeverLeavesTheProgramBeforeIsGreetedAgain)
+{
+    localModel.installationTime = 1h;
+    greet();
+    EXPECT_TRUE(isGreetedAgain());
+}
+
+TEST_F(OnboardingTest, ItStaysOpenForEscape)
+{
+    localModel.installationTime = 1h;
+    greet();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
+    QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
+    settle();
+    EXPECT_TRUE(view->isOpen());
+    EXPECT_TRUE(model->localModel().info().installing);
+}
+
+TEST_F(OnboardingTest, ALongErrorDoesNotPushTheButtonsOut)
+{
+    localModel.failure = QString(100'000, u'x');
+    greet();
+    window->resize(600, 640);
+    settle();
+    const QRect skipping(button(view, skip)->mapTo(window.get(), QPoint()), button(view, skip)->size());
+    EXPECT_TRUE(window->rect().contains(skipping));
+}
+
+} // namespace
+} // namespace morvane
