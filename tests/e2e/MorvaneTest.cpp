@@ -1,7 +1,12 @@
 #include "MorvaneTest.h"
 
+#include "support/WaitUntil.h"
+
+#include <QDeadlineTimer>
 #include <QString>
 #include <iostream>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 
@@ -26,8 +31,13 @@ MorvaneSession &MorvaneTest::prepare(std::vector<ScriptedTurn> turns, Hearing he
 
 MorvaneSession &MorvaneTest::prepareScript(ModelScript script, Hearing hearing)
 {
-    m_session = std::make_unique<MorvaneSession>(*s_desktop, QStringLiteral(MORVANE_PROGRAM),
-                                                 std::move(script), hearing);
+    return prepareProgram(QStringLiteral(MORVANE_PROGRAM), std::move(script), hearing, u"home"_s);
+}
+
+MorvaneSession &MorvaneTest::prepareProgram(const QString &program, ModelScript script, Hearing hearing,
+                                            const QString &homeName)
+{
+    m_session = std::make_unique<MorvaneSession>(*s_desktop, program, std::move(script), hearing, homeName);
     return *m_session;
 }
 
@@ -55,6 +65,20 @@ void MorvaneTest::TearDown()
         std::cout << "evidence: " << folder.toStdString() << '\n';
     }
     m_session.reset();
+}
+
+bool MorvaneTest::pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone)
+{
+    QDeadlineTimer pause(0);
+    return waitUntil([&] {
+        if (isDone())
+            return true;
+        if (pause.hasExpired()) {
+            morvane.keyboard().press(key);
+            pause.setRemainingTime(1'500);
+        }
+        return false;
+    });
 }
 
 QString MorvaneTest::lastResult(MorvaneSession &morvane)

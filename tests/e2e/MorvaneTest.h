@@ -2,6 +2,7 @@
 
 #include "support/MorvaneSession.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <vector>
@@ -26,7 +27,15 @@ protected:
     /// The same beside a model that answers with a whole script.
     MorvaneSession &prepareScript(ModelScript script, Hearing hearing = Hearing::announcements);
 
+    /// The same with another program and a home that is called so.
+    MorvaneSession &prepareProgram(const QString &program, ModelScript script, Hearing hearing,
+                                   const QString &homeName);
+
     void TearDown() override;
+
+    /// Presses a key until it has done what it should: a sheet takes no keys before the user has paused for a
+    /// moment.
+    static bool pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone);
 
     /// What the model was told last: the result of a tool call, as long as nothing follows it.
     static QString lastResult(MorvaneSession &morvane);

@@ -2,7 +2,6 @@
 
 #include "support/WaitUntil.h"
 
-#include <QDeadlineTimer>
 #include <QRegularExpression>
 #include <iostream>
 
@@ -17,20 +16,6 @@ MorvaneSession &HeardTest::listen(std::vector<ScriptedTurn> turns)
     session.start();
     EXPECT_TRUE(m_reader->hears(u"Type your message, then press Return to send it."_s));
     return session;
-}
-
-bool HeardTest::pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone)
-{
-    QDeadlineTimer pause(0);
-    return waitUntil([&] {
-        if (isDone())
-            return true;
-        if (pause.hasExpired()) {
-            morvane.keyboard().press(key);
-            pause.setRemainingTime(1'500);
-        }
-        return false;
-    });
 }
 
 bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)

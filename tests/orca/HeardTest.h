@@ -4,8 +4,6 @@
 
 #include "support/ScreenReader.h"
 
-#include <functional>
-
 namespace morvane {
 
 /// Base of the tests that listen with a real screen reader. It starts before the program, and one that fails
@@ -17,9 +15,6 @@ protected:
     MorvaneSession &listen(std::vector<ScriptedTurn> turns);
     ScreenReader &reader() { return *m_reader; }
 
-    /// Presses a key until it has done what it should: a sheet takes no keys before the user has paused for a
-    /// moment.
-    static bool pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone);
     /// Presses a key until the sheet with this control is gone.
     static bool answer(MorvaneSession &morvane, const QString &key, const QString &control);
     /// Moves on with the keyboard and waits until the reader has said `last`.

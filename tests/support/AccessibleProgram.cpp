@@ -22,7 +22,8 @@ AccessibleProgram::Condition named(const QString &name)
 
 } // namespace
 
-QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home)
+QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home,
+                                        const QProcessEnvironment &additions)
 {
     QProcessEnvironment environment = desktop.environment();
     environment.insert(u"HOME"_s, home);
@@ -31,12 +32,14 @@ QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QSt
           std::pair("XDG_STATE_HOME", "/.local/state"), std::pair("XDG_CACHE_HOME", "/.cache")}) {
         environment.insert(QString::fromLatin1(variable), home + QString::fromLatin1(folder));
     }
+    environment.insert(additions);
     return environment;
 }
 
 AccessibleProgram::AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus,
-                                     const QString &program, const QString &home, const QString &logPath)
-    : m_bus(bus), m_process(program, {}, environmentWithHome(desktop, home), logPath)
+                                     const QString &program, const QString &home, const QString &logPath,
+                                     const QProcessEnvironment &additions)
+    : m_bus(bus), m_process(program, {}, environmentWithHome(desktop, home, additions), logPath)
 {
     try {
         m_root = bus.application(m_process.pid());

@@ -16,10 +16,11 @@ class AccessibleProgram {
 public:
     using Condition = std::function<bool(const AccessibleNode &)>;
 
-    /// Starts `program` on `desktop` with `home` as its home folder and waits for its tree. `bus` must
-    /// outlive the object.
+    /// Starts `program` on `desktop` with `home` as its home folder and `additions` to its environment, and
+    /// waits for its tree. `bus` must outlive the object.
     AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus, const QString &program,
-                      const QString &home, const QString &logPath);
+                      const QString &home, const QString &logPath,
+                      const QProcessEnvironment &additions = QProcessEnvironment());
 
     TestProgram &process() { return m_process; }
     AccessibleNode tree() const;
@@ -51,7 +52,8 @@ private:
     AccessibleElement m_root;
 };
 
-/// The environment of a program whose home is `home` on `desktop`.
-QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home);
+/// The environment of a program whose home is `home` on `desktop`, with `additions`.
+QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QString &home,
+                                        const QProcessEnvironment &additions = QProcessEnvironment());
 
 } // namespace morvane

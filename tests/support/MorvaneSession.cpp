@@ -44,9 +44,9 @@ bool tellsOfForgottenKeysOnly(QString reports)
 } // namespace
 
 MorvaneSession::MorvaneSession(const PrivateDesktop &desktop, const QString &program, ModelScript script,
-                               AnnouncementRecorder::Hearing hearing)
+                               AnnouncementRecorder::Hearing hearing, const QString &homeName)
     : m_desktop(desktop), m_programPath(program),
-      m_home(desktop.newFolder(u"home-"_s + QUuid::createUuid().toString(QUuid::Id128))),
+      m_home(desktop.newFolder(homeName + u'-' + QUuid::createUuid().toString(QUuid::Id128))),
       m_model(std::move(script)), m_screen(desktop.display()), m_bus(desktop.sessionBusAddress())
 {
     m_settings = {{u"provider"_s, u"custom"_s},
@@ -71,7 +71,7 @@ void MorvaneSession::writeSettings() const
     const QString folder = m_home + u"/.config/Morvane"_s;
     QDir().mkpath(folder);
     QFile file(folder + u"/Morvane.conf"_s);
-    if (file.exists() || !file.open(QIODevice::WriteOnly))
+    if (m_settings.isEmpty() || file.exists() || !file.open(QIODevice::WriteOnly))
         return;
     file.write("[General]\n");
     for (auto setting = m_settings.cbegin(); setting != m_settings.cend(); ++setting)
@@ -83,7 +83,7 @@ void MorvaneSession::start()
     writeSettings();
     m_program.reset();
     m_program = std::make_unique<AccessibleProgram>(m_desktop, m_bus, m_programPath, m_home,
-                                                    m_home + u"/morvane.log"_s);
+                                                    m_home + u"/morvane.log"_s, m_environment);
     m_program->find(
         [](const AccessibleNode &node) {
             return node.role == AccessibleRole::frame && node.name == QLatin1String(windowTitle) &&
@@ -113,7 +113,8 @@ QString MorvaneSession::sanitizerReport() const
 
 std::unique_ptr<TestProgram> MorvaneSession::startAgain() const
 {
-    return std::make_unique<TestProgram>(m_programPath, QStringList{}, environmentWithHome(m_desktop, m_home),
+    return std::make_unique<TestProgram>(m_programPath, QStringList{},
+                                         environmentWithHome(m_desktop, m_home, m_environment),
                                          m_home + u"/second.log"_s);
 }
 

@@ -17,10 +17,15 @@ public:
     /// Prepares an empty home whose settings point at a model that answers with `script`; the program is not
     /// started yet. `desktop` must outlive the session.
     MorvaneSession(const PrivateDesktop &desktop, const QString &program, ModelScript script,
-                   AnnouncementRecorder::Hearing hearing = AnnouncementRecorder::Hearing::announcements);
+                   AnnouncementRecorder::Hearing hearing = AnnouncementRecorder::Hearing::announcements,
+                   const QString &homeName = QStringLiteral("home"));
 
     /// Adds or replaces a value of the settings file; before start().
     void setSetting(const QString &key, const QString &value);
+    /// The home has no settings, as a newcomer's; before start().
+    void forgetSettings() { m_settings.clear(); }
+    /// Adds a variable to the program's environment; before start().
+    void setVariable(const QString &name, const QString &value) { m_environment.insert(name, value); }
 
     /// Starts the program and waits until its window takes keys.
     void start();
@@ -72,6 +77,7 @@ private:
     QString m_programPath;
     QString m_home;
     QMap<QString, QString> m_settings;
+    QProcessEnvironment m_environment; ///< What it adds to the desktop's.
     ScriptedModel m_model;
     XConnection m_screen;
     Keyboard m_keyboard{m_screen};

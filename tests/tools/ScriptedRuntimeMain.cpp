@@ -1,26 +1,34 @@
 // Plays the runtime of local models: `serve`, `pull MODEL`, `list` and `rm MODEL`, with the frames and the
 // interface of the real one, and misbehaves as it is told. What it knows lies in the folder SCRIPTED_RUNTIME:
 //
-//   models        the installed models, one in a line; grows and shrinks
-//   calls         what it was asked, one call in a line, with OLLAMA_HOST behind it
-//   server        written by `serve`: process, parent, session, context length, open descriptors, one in a
-//   line pull-output   the bytes that `pull` prints instead of frames of its own pull-hangs    if there,
-//   `pull` never ends by itself fails         if there, everything but `serve` prints its content and ends
-//   with 1 silent        if there, `serve` ends at once
+//   models       the installed models, one in a line; grows and shrinks
+//   calls        what it was asked, one call in a line, with OLLAMA_HOST behind it
+//   server       written by `serve`: process, parent, session, context length, open descriptors, each in a
+//   line script.json  what `serve` answers to chat requests (support/ModelScript.h) requests     what `serve`
+//   was asked, one request in a line (ScriptedRequest::toJson) pull-output  the bytes that `pull` prints
+//   instead of frames of its own pull-holds   a percentage at which `pull` waits as long as the file says so
+//   pull-hangs   if there, `pull` never ends by itself
+//   pulling      the process of the last pull
+//   partial      how far a pull came that was ended; the next one goes on there
+//   fails        if there, everything but `serve` prints its content and ends with 1
+//   silent       if there, `serve` ends at once
 
-#include <arpa/inet.h>
+#include "support/ScriptedModel.h"
+
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <netinet/in.h>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -92,25 +100,45 @@ std::string frame(const std::vector<std::string> &lines, std::size_t linesBefore
     return bytes + "\x1b[?25h\x1b[?2026l";
 }
 
-std::string framesOfAPull()
+std::string frameOfAPull(int percent)
+{
+    char layer[120];
+    std::snprintf(layer, sizeof layer, "pulling 6a0746a1ec1a: %3d%% ▕████      ▏ %.1f GB/4.7 GB", percent,
+                  4.7 * percent / 100);
+    return frame({"pulling manifest", layer}, 2);
+}
+
+/// A number in a file; nothing without the file.
+std::optional<int> number(const char *name)
+{
+    const std::string text = content(name);
+    return text.empty() ? std::nullopt : std::optional(std::atoi(text.c_str()));
+}
+
+void printFrames()
 {
     std::string bytes = frame({"pulling manifest ⠋"}, 0);
-    std::size_t before = 1;
-    for (int percent = 0; percent <= 100; ++percent) {
-        char layer[120];
-        std::snprintf(layer, sizeof layer, "pulling 6a0746a1ec1a: %3d%% ▕████      ▏ %.1f GB/4.7 GB", percent,
-                      4.7 * percent / 100);
-        bytes += frame({"pulling manifest", layer}, before);
-        before = 2;
+    for (int percent = number("partial").value_or(0); percent <= 100; ++percent) {
+        bytes += frameOfAPull(percent);
+        if (const auto hold = number("pull-holds"); hold && percent >= *hold) {
+            print(std::exchange(bytes, {}));
+            std::ofstream(folder() / "partial") << percent;
+            for (auto still = hold; still && percent >= *still; still = number("pull-holds"))
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
     }
-    return bytes +
-           frame({"pulling manifest", "pulling 6a0746a1ec1a: 100% ▕██████████▏ 4.7 GB", "success"}, 2) + '\n';
+    fs::remove(folder() / "partial");
+    print(bytes +
+          frame({"pulling manifest", "pulling 6a0746a1ec1a: 100% ▕██████████▏ 4.7 GB", "success"}, 2) + '\n');
 }
 
 int pull(const std::string &model)
 {
-    const std::string told = content("pull-output");
-    print(told.empty() ? framesOfAPull() : told);
+    std::ofstream(folder() / "pulling") << ::getpid() << '\n';
+    if (const std::string told = content("pull-output"); !told.empty())
+        print(told);
+    else
+        printFrames();
     while (fs::exists(folder() / "pull-hangs"))
         ::pause();
     std::vector<std::string> names = models();
@@ -148,51 +176,36 @@ void tellServer()
     for (const auto &entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
         const fs::path target = fs::read_symlink(entry.path(), gone);
-        // Not the two that this very function has open.
+        // Not what this program has opened itself.
         if (!gone && target.string().find("server.new") == std::string::npos &&
-            target.string().find("/proc/") == std::string::npos)
+            target.filename() != "requests" && target.string().find("/proc/") == std::string::npos)
             file << entry.path().filename().string() << ' ' << target.string() << '\n';
     }
     file.close();
     fs::rename(folder() / "server.new", folder() / "server");
 }
 
-std::string response(const std::string &status, const std::string &body)
-{
-    return "HTTP/1.1 " + status +
-           "\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: " +
-           std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
+/// Serves until it is killed, as the real one does.
 int serve()
 {
     if (fs::exists(folder() / "silent"))
         return 1;
     const std::string host = environment("OLLAMA_HOST");
-    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int yes = 1;
-    ::setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(host.substr(host.find(':') + 1))));
-    if (::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
-        ::listen(listener, 16) != 0)
+    const std::string script = content("script.json");
+    std::ofstream requests(folder() / "requests", std::ios::app);
+    try {
+        const morvane::ScriptedModel model(
+            script.empty() ? morvane::ModelScript{} : morvane::ModelScript::fromJson(script),
+            static_cast<std::uint16_t>(std::stoi(host.substr(host.find(':') + 1))),
+            [&requests](const morvane::ScriptedRequest &request) {
+                requests << request.toJson() << std::endl;
+            });
+        tellServer();
+        for (;;)
+            ::pause();
+    } catch (const std::exception &error) {
+        std::cerr << error.what() << '\n';
         return 1;
-    tellServer();
-    for (;;) {
-        const int connection = ::accept(listener, nullptr, nullptr);
-        if (connection < 0)
-            continue;
-        char request[4096];
-        const ssize_t size = ::read(connection, request, sizeof request);
-        const std::string_view text(request, size > 0 ? static_cast<std::size_t>(size) : 0);
-        const std::string answer = text.starts_with("GET /api/version")
-                                       ? response("200 OK", R"({"version":"0.0.0"})")
-                                       : response("404 Not Found", "{}");
-        if (::write(connection, answer.data(), answer.size()) < 0)
-            std::cerr << "the other side is gone\n";
-        ::close(connection);
     }
 }
 

@@ -181,6 +181,16 @@ TEST_F(LocalModelManagerTest, APullLineIsToldWithItsFraction)
     EXPECT_THROW(task.result(), Cancelled);
 }
 
+TEST_F(LocalModelManagerTest, HoweverManyFramesComeWithinAMomentTheyAreToldOnce)
+{
+    haveProgram();
+    FakeClock still;
+    Scheduler other(still);
+    runTask(other, manager.pull(u"qwen2.5"_s, recording()));
+    EXPECT_EQ(reports.size(), 1);
+    EXPECT_EQ(known(u"models"_s), "qwen2.5:latest\n");
+}
+
 TEST_F(LocalModelManagerTest, ALineWithoutAPercentageIsCutTo160Characters)
 {
     haveProgram();

@@ -8,6 +8,7 @@
 #include "support/RunTask.h"
 #include "support/SampleArchive.h"
 #include "support/TemporaryHome.h"
+#include "support/UnusedPort.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,27 +17,10 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <memory>
-#include <netinet/in.h>
 #include <optional>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace morvane {
-
-/// A port on which nothing listens.
-inline quint16 unusedPort()
-{
-    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    if (::bind(probe, reinterpret_cast<sockaddr *>(&address), size) != 0 ||
-        ::getsockname(probe, reinterpret_cast<sockaddr *>(&address), &size) != 0)
-        throw std::runtime_error("no port");
-    ::close(probe);
-    return ntohs(address.sin_port);
-}
 
 /// A manager on a home with a blank and a quote in its path, the scripted runtime, and a server to download
 /// it from.

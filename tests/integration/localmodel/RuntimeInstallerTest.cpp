@@ -1,8 +1,9 @@
 #include "localmodel/RuntimeInstaller.h"
 #include "integration/localmodel/RuntimeFixture.h"
+#include "support/FakeClock.h"
+#include "support/SmallVolume.h"
 
 #include <QFileInfo>
-#include <sys/mount.h>
 
 using namespace Qt::StringLiterals;
 
@@ -194,28 +195,9 @@ TEST_F(RuntimeInstallerTest, TheFolderIsTheUsersAlone)
     EXPECT_EQ(permissionBits(data()), 0700U);
 }
 
-/// A small volume of its own; as root only, and where the system allows it.
-class SmallVolume {
-public:
-    explicit SmallVolume(const QString &place) : m_place(place.toUtf8())
-    {
-        m_mounted = ::mount("tmpfs", m_place.constData(), "tmpfs", 0, "size=2m") == 0;
-    }
-    ~SmallVolume()
-    {
-        if (m_mounted)
-            ::umount2(m_place.constData(), MNT_DETACH);
-    }
-    bool isMounted() const { return m_mounted; }
-
-private:
-    QByteArray m_place;
-    bool m_mounted = false;
-};
-
 TEST_F(RuntimeInstallerTest, AFullDiskIsToldAndEverythingRemoved)
 {
-    const SmallVolume volume(data());
+    const SmallVolume volume(data(), 2 * 1024 * 1024);
     ASSERT_TRUE(volume.isMounted());
     const QString full =
         u"The disk became full, so Ollama could not be installed. Free some space and try again."_s;
@@ -225,6 +207,18 @@ TEST_F(RuntimeInstallerTest, AFullDiskIsToldAndEverythingRemoved)
     downloads.setFile(archiveName(), {sampleRuntime(QByteArray(8'000'000, 'x')).bytes(), "\"v2\""});
     EXPECT_EQ(installFailure(), full);
     EXPECT_EQ(remains(), QStringList());
+}
+
+TEST_F(RuntimeInstallerTest, HoweverManyPiecesComeWithinAMomentTheyAreToldOnce)
+{
+    offer(sampleRuntime(noise(20'000'000)).bytes());
+    FakeClock still;
+    Scheduler other(still);
+    RuntimeInstaller installer(http, downloads.origin(), data());
+    runTask(other, installer.install(recording()));
+    ASSERT_EQ(reports.size(), 2);
+    EXPECT_TRUE(reports.constFirst().label.startsWith(u"Downloading Ollama… "_s));
+    EXPECT_EQ(reports.constLast().label, u"Installing Ollama…"_s);
 }
 
 } // namespace

@@ -1,0 +1,236 @@
+#include "EventCount.h"
+#include "LocalModelTest.h"
+
+#include "support/SmallVolume.h"
+#include "support/WaitUntil.h"
+
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+namespace morvane {
+namespace {
+
+/// What a user meets who has never started the program.
+class FirstStartTest : public LocalModelTest {
+protected:
+    /// The names of what Tab comes by, beginning with what has the focus, until it is there again.
+    static QStringList tabStops(MorvaneSession &morvane)
+    {
+        QStringList names;
+        for (int i = 0; i < 20; ++i) {
+            const auto focused = morvane.program().focused();
+            const QString name = focused ? focused->name : QString();
+            if (!names.isEmpty() && name == names.constFirst())
+                break;
+            names.append(name);
+            morvane.keyboard().press(u"Tab"_s);
+            waitUntil([&] {
+                const auto now = morvane.program().focused();
+                return now && now->name != name;
+            });
+        }
+        return names;
+    }
+};
+
+TEST_F(FirstStartTest, FromNothingToTheAnswerOfAMessageThatWaited)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    runtime->tell(u"pull-holds"_s, "42");
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(u"Welcome to Morvane"_s));
+    EXPECT_TRUE(morvane.ear().hears(text(opening)));
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    EXPECT_TRUE(morvane.program().shows(u"42%"_s));
+    morvane.program().find(text(skip)).press();
+    EXPECT_TRUE(morvane.ear().hears(u"Skipped local model setup. Open Settings to choose a provider."_s));
+    morvane.send(u"Good morning"_s);
+    EXPECT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
+    EXPECT_TRUE(morvane.ear().hears(u"Waiting for the local model setup before sending."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Stop generating"_s));
+    runtime->forget(u"pull-holds"_s);
+    EXPECT_TRUE(morvane.ear().hears(text(ready)));
+    EXPECT_TRUE(morvane.ear().hears(u"Good morning to you."_s));
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
+    EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Good morning to you."_s));
+    EXPECT_THAT(runtime->calls(), ElementsAre(u"serve"_s, u"list"_s, u"pull qwen2.5"_s, u"list"_s));
+    EXPECT_EQ(runtime->chats().constFirst().value("model"_L1).toString(), u"qwen2.5"_s);
+}
+
+TEST_F(FirstStartTest, TheKeyboardBeginsWhenTheModelIsReady)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    runtime->tell(u"pull-holds"_s, "42");
+    morvane.start();
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Get started. Wait until the local model is ready."_s));
+    EXPECT_THAT(tabStops(morvane), ElementsAre(text(skip), text(cancelSetup)));
+    runtime->forget(u"pull-holds"_s);
+    ASSERT_TRUE(morvane.program().focuses(text(getStarted)));
+    ASSERT_TRUE(pressUntil(morvane, u"Return"_s, [&] {
+        const auto focused = morvane.program().focused();
+        return focused && focused->name == "Message Morvane"_L1;
+    }));
+    EXPECT_TRUE(morvane.ear().hears(u"Let's get started. Ask me anything."_s));
+    EXPECT_TRUE(morvane.program().hides(u"Welcome to Morvane"_s));
+    morvane.send(u"Good morning"_s);
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
+    morvane.quit();
+    morvane.start();
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    EXPECT_FALSE(morvane.program().tree().first(
+        [](const AccessibleNode &node) { return node.name == "Welcome to Morvane"_L1; }));
+}
+
+TEST_F(FirstStartTest, TheDownloadIsStoppedAndGoesOnWhereItWas)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    holdDownload();
+    morvane.start();
+    morvane.program().find(text(cancelSetup)); // before anything has come
+    ASSERT_TRUE(downloads(morvane));
+    morvane.program()
+        .find(
+            [](const AccessibleNode &node) {
+                return node.name == QString::fromUtf16(cancelSetup) && node.has(AccessibleState::enabled);
+            },
+            u"that can be pressed"_s)
+        .press();
+    ASSERT_TRUE(
+        morvane.program().shows(u"This downloads a small model (about 5 GB) that runs fully on your Mac."_s));
+    EXPECT_TRUE(morvane.hasStatus(u"Local model not ready"_s));
+    EXPECT_EQ(site.requests().size(), 1);
+    morvane.program()
+        .find(
+            [](const AccessibleNode &node) {
+                return node.name == QString::fromUtf16(install) && node.has(AccessibleState::enabled);
+            },
+            u"that can be pressed"_s)
+        .press();
+    EXPECT_TRUE(becomesReady(morvane));
+    EXPECT_EQ(site.requests().size(), 2);
+    EXPECT_GT(lastRangeStart(), 0);
+}
+
+TEST_F(FirstStartTest, AProgramThatWasKilledInMidDownloadGoesOnWithIt)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    holdDownload();
+    morvane.start();
+    ASSERT_TRUE(downloads(morvane));
+    morvane.program().process().kill();
+    morvane.ear().forget();
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(u"Welcome to Morvane"_s)) << "nothing was begun or skipped";
+    EXPECT_TRUE(becomesReady(morvane));
+    EXPECT_EQ(site.requests().size(), 2);
+    EXPECT_GT(lastRangeStart(), 0);
+}
+
+TEST_F(FirstStartTest, AProgramThatEndedInMidDownloadGoesOnWithIt)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    holdDownload();
+    morvane.start();
+    ASSERT_TRUE(downloads(morvane));
+    morvane.program().find(text(skip)).press();
+    ASSERT_TRUE(morvane.program().hides(u"Welcome to Morvane"_s));
+    morvane.quit();
+    morvane.ear().forget();
+    morvane.start();
+    EXPECT_TRUE(becomesReady(morvane));
+    EXPECT_GT(lastRangeStart(), 0);
+}
+
+TEST_F(FirstStartTest, WithoutANetworkThereIsAReasonAndAWayOn)
+{
+    MorvaneSession &morvane = newcomer();
+    cutTheNetwork(morvane);
+    morvane.start();
+    const auto reason = u"Ollama could not be downloaded. The server could not be reached."_s;
+    EXPECT_TRUE(morvane.ear().hears(u"Local model setup failed. "_s + reason));
+    EXPECT_TRUE(morvane.program().shows(u"Local model error: "_s + reason));
+    morvane.program().find(text(skip)).press();
+    ASSERT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    morvane.quit();
+    morvane.ear().forget();
+    morvane.start();
+    EXPECT_TRUE(morvane.ear().hears(u"Local model setup failed. "_s + reason));
+    EXPECT_THAT(morvane.ear().heard(), Not(Contains(text(opening)))) << "one sentence, not two";
+    EXPECT_TRUE(morvane.program().shows(u"Connect a free AI provider"_s));
+}
+
+TEST_F(FirstStartTest, ARuntimeThatIsThereIsUsed)
+{
+    MorvaneSession &morvane = newcomer();
+    haveProgram(morvane, "qwen2.5:latest\n");
+    morvane.start();
+    EXPECT_TRUE(morvane.program().focuses(text(getStarted)));
+    EXPECT_TRUE(site.requests().isEmpty());
+    EXPECT_THAT(runtime->calls(), ElementsAre(u"serve"_s, u"list"_s));
+}
+
+TEST_F(FirstStartTest, ASmallDiskIsToldBeforeAnyDownload)
+{
+    MorvaneSession &morvane = newcomer();
+    const SmallVolume volume(morvane.home(), 64 * 1024 * 1024);
+    ASSERT_TRUE(volume.isMounted());
+    offerRuntime();
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows([](const AccessibleNode &node) {
+        return node.name.startsWith(
+            "Local model error: Not enough free disk space to install Ollama. You need about 1.4 GB free, "
+            "but only "_L1);
+    }));
+    EXPECT_TRUE(site.requests().isEmpty());
+    morvane.quit();
+}
+
+TEST_F(FirstStartTest, AStepOfTheDownloadTellsReadersLittle)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    runtime->tell(u"pull-holds"_s, "42");
+    morvane.start();
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    morvane.program().find(text(skip)).press();
+    ASSERT_TRUE(morvane.program().hides(u"Welcome to Morvane"_s));
+    EventCount events(morvane);
+    events.begin();
+    runtime->tell(u"pull-holds"_s, "43");
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 43%"_s));
+    const QStringList told = events.sinceBegin();
+    // What has changed: the lines of the card and of the banner, and both bars by name and value.
+    EXPECT_LE(told.size(), 6) << told.join(u'\n').toStdString();
+}
+
+TEST_F(FirstStartTest, NoControlOfTheGreetingLacksAName)
+{
+    MorvaneSession &morvane = newcomer();
+    offerRuntime();
+    runtime->tell(u"pull-holds"_s, "42");
+    morvane.start();
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    QStringList nameless;
+    morvane.program().tree().visit([&nameless](const AccessibleNode &node) {
+        const bool isControl = node.role == AccessibleRole::pushButton ||
+                               node.role == AccessibleRole::progressBar ||
+                               node.has(AccessibleState::focusable);
+        if (isControl && node.has(AccessibleState::showing) && node.name.isEmpty())
+            nameless.append(node.description().trimmed());
+    });
+    EXPECT_TRUE(nameless.isEmpty()) << nameless.join(u'\n').toStdString();
+}
+
+} // namespace
+} // namespace morvane

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "MorvaneTest.h"
+
+#include "support/DownloadServer.h"
+#include "support/RuntimeState.h"
+#include "support/UnusedPort.h"
+
+#include <memory>
+
+namespace morvane {
+
+/// Base of the tests of the local model: the program in a home with a blank and a quote in its path, with a
+/// runtime to be downloaded from this computer. No network, no runtime that is installed here.
+class LocalModelTest : public MorvaneTest {
+protected:
+    static constexpr auto opening =
+        u"Setting up the local model. This is a one-time download of a few gigabytes.";
+    static constexpr auto ready = u"The local model is ready. You can start chatting.";
+    static constexpr auto skip = u"Skip local model setup. You can choose a provider in Settings later.";
+    static constexpr auto getStarted = u"Get started with the local model";
+    static constexpr auto cancelSetup = u"Cancel the local model setup";
+    static constexpr auto install = u"Install the built-in local model";
+
+    static QString text(const char16_t *literal) { return QString::fromUtf16(literal); }
+
+    /// A user who has never started the program, on a computer without anything; not started yet.
+    MorvaneSession &newcomer();
+    /// A user who has been greeted and whose provider is the local model; not started yet.
+    MorvaneSession &user();
+    /// The user has the runtime's program, and these models.
+    void haveProgram(MorvaneSession &morvane, const QByteArray &models);
+    /// The runtime can be downloaded.
+    void offerRuntime();
+    /// The program goes to a site where nothing answers.
+    void cutTheNetwork(MorvaneSession &morvane);
+    /// The first bytes of the next download come, and nothing more.
+    void holdDownload();
+    /// Waits until the program has begun to download.
+    static bool downloads(MorvaneSession &morvane);
+    /// From where the last request for the runtime wanted to go on; 0 for its beginning.
+    qint64 lastRangeStart() const;
+    /// Waits until the model stands ready.
+    bool becomesReady(MorvaneSession &morvane);
+
+    void TearDown() override;
+
+    DownloadServer site;
+    std::unique_ptr<RuntimeState> runtime;
+
+private:
+    MorvaneSession &prepareHome();
+};
+
+} // namespace morvane
