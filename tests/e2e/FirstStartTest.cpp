@@ -41,8 +41,8 @@ protected:
 TEST_F(FirstStartTest, FromNothingToTheAnswerOfAMessageThatWaited)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    runtime->tell(u"pull-holds"_s, "42");
+    world->offerRuntime();
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     EXPECT_TRUE(morvane.program().shows(u"Welcome to Morvane"_s));
     EXPECT_TRUE(morvane.ear().hears(text(opening)));
@@ -54,25 +54,25 @@ TEST_F(FirstStartTest, FromNothingToTheAnswerOfAMessageThatWaited)
     EXPECT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
     EXPECT_TRUE(morvane.ear().hears(u"Waiting for the local model setup before sending."_s));
     EXPECT_TRUE(morvane.program().shows(u"Stop generating"_s));
-    runtime->forget(u"pull-holds"_s);
+    world->runtime.forget(u"pull-holds"_s);
     EXPECT_TRUE(morvane.ear().hears(text(ready)));
     EXPECT_TRUE(morvane.ear().hears(u"Good morning to you."_s));
     EXPECT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
     EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Good morning to you."_s));
-    EXPECT_THAT(runtime->calls(), ElementsAre(u"serve"_s, u"list"_s, u"pull qwen2.5"_s, u"list"_s));
-    EXPECT_EQ(runtime->chats().constFirst().value("model"_L1).toString(), u"qwen2.5"_s);
+    EXPECT_THAT(world->runtime.calls(), ElementsAre(u"serve"_s, u"list"_s, u"pull qwen2.5"_s, u"list"_s));
+    EXPECT_EQ(world->runtime.chats().constFirst().value("model"_L1).toString(), u"qwen2.5"_s);
 }
 
 TEST_F(FirstStartTest, TheKeyboardBeginsWhenTheModelIsReady)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    runtime->tell(u"pull-holds"_s, "42");
+    world->offerRuntime();
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     EXPECT_TRUE(morvane.program().shows(u"Get started. Wait until the local model is ready."_s));
     EXPECT_THAT(tabStops(morvane), ElementsAre(text(skip), text(cancelSetup)));
-    runtime->forget(u"pull-holds"_s);
+    world->runtime.forget(u"pull-holds"_s);
     ASSERT_TRUE(morvane.program().focuses(text(getStarted)));
     ASSERT_TRUE(pressUntil(morvane, u"Return"_s, [&] {
         const auto focused = morvane.program().focused();
@@ -92,8 +92,8 @@ TEST_F(FirstStartTest, TheKeyboardBeginsWhenTheModelIsReady)
 TEST_F(FirstStartTest, TheDownloadIsStoppedAndGoesOnWhereItWas)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    holdDownload();
+    world->offerRuntime();
+    world->holdDownload();
     morvane.start();
     morvane.program().find(text(cancelSetup)); // before anything has come
     ASSERT_TRUE(downloads(morvane));
@@ -107,7 +107,7 @@ TEST_F(FirstStartTest, TheDownloadIsStoppedAndGoesOnWhereItWas)
     ASSERT_TRUE(
         morvane.program().shows(u"This downloads a small model (about 5 GB) that runs fully on your Mac."_s));
     EXPECT_TRUE(morvane.hasStatus(u"Local model not ready"_s));
-    EXPECT_EQ(site.requests().size(), 1);
+    EXPECT_EQ(world->site.requests().size(), 1);
     morvane.program()
         .find(
             [](const AccessibleNode &node) {
@@ -116,15 +116,15 @@ TEST_F(FirstStartTest, TheDownloadIsStoppedAndGoesOnWhereItWas)
             u"that can be pressed"_s)
         .press();
     EXPECT_TRUE(becomesReady(morvane));
-    EXPECT_EQ(site.requests().size(), 2);
-    EXPECT_GT(lastRangeStart(), 0);
+    EXPECT_EQ(world->site.requests().size(), 2);
+    EXPECT_GT(world->lastRangeStart(), 0);
 }
 
 TEST_F(FirstStartTest, AProgramThatWasKilledInMidDownloadGoesOnWithIt)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    holdDownload();
+    world->offerRuntime();
+    world->holdDownload();
     morvane.start();
     ASSERT_TRUE(downloads(morvane));
     morvane.program().process().kill();
@@ -132,15 +132,15 @@ TEST_F(FirstStartTest, AProgramThatWasKilledInMidDownloadGoesOnWithIt)
     morvane.start();
     EXPECT_TRUE(morvane.program().shows(u"Welcome to Morvane"_s)) << "nothing was begun or skipped";
     EXPECT_TRUE(becomesReady(morvane));
-    EXPECT_EQ(site.requests().size(), 2);
-    EXPECT_GT(lastRangeStart(), 0);
+    EXPECT_EQ(world->site.requests().size(), 2);
+    EXPECT_GT(world->lastRangeStart(), 0);
 }
 
 TEST_F(FirstStartTest, AProgramThatEndedInMidDownloadGoesOnWithIt)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    holdDownload();
+    world->offerRuntime();
+    world->holdDownload();
     morvane.start();
     ASSERT_TRUE(downloads(morvane));
     morvane.program().find(text(skip)).press();
@@ -149,13 +149,13 @@ TEST_F(FirstStartTest, AProgramThatEndedInMidDownloadGoesOnWithIt)
     morvane.ear().forget();
     morvane.start();
     EXPECT_TRUE(becomesReady(morvane));
-    EXPECT_GT(lastRangeStart(), 0);
+    EXPECT_GT(world->lastRangeStart(), 0);
 }
 
 TEST_F(FirstStartTest, WithoutANetworkThereIsAReasonAndAWayOn)
 {
     MorvaneSession &morvane = newcomer();
-    cutTheNetwork(morvane);
+    world->cutTheNetwork();
     morvane.start();
     const auto reason = u"Ollama could not be downloaded. The server could not be reached."_s;
     EXPECT_TRUE(morvane.ear().hears(u"Local model setup failed. "_s + reason));
@@ -173,11 +173,11 @@ TEST_F(FirstStartTest, WithoutANetworkThereIsAReasonAndAWayOn)
 TEST_F(FirstStartTest, ARuntimeThatIsThereIsUsed)
 {
     MorvaneSession &morvane = newcomer();
-    haveProgram(morvane, "qwen2.5:latest\n");
+    world->haveProgram("qwen2.5:latest\n");
     morvane.start();
     EXPECT_TRUE(morvane.program().focuses(text(getStarted)));
-    EXPECT_TRUE(site.requests().isEmpty());
-    EXPECT_THAT(runtime->calls(), ElementsAre(u"serve"_s, u"list"_s));
+    EXPECT_TRUE(world->site.requests().isEmpty());
+    EXPECT_THAT(world->runtime.calls(), ElementsAre(u"serve"_s, u"list"_s));
 }
 
 TEST_F(FirstStartTest, ASmallDiskIsToldBeforeAnyDownload)
@@ -185,29 +185,29 @@ TEST_F(FirstStartTest, ASmallDiskIsToldBeforeAnyDownload)
     MorvaneSession &morvane = newcomer();
     const SmallVolume volume(morvane.home(), 64 * 1024 * 1024);
     ASSERT_TRUE(volume.isMounted());
-    offerRuntime();
+    world->offerRuntime();
     morvane.start();
     EXPECT_TRUE(morvane.program().shows([](const AccessibleNode &node) {
         return node.name.startsWith(
             "Local model error: Not enough free disk space to install Ollama. You need about 1.4 GB free, "
             "but only "_L1);
     }));
-    EXPECT_TRUE(site.requests().isEmpty());
+    EXPECT_TRUE(world->site.requests().isEmpty());
     morvane.quit();
 }
 
 TEST_F(FirstStartTest, AStepOfTheDownloadTellsReadersLittle)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    runtime->tell(u"pull-holds"_s, "42");
+    world->offerRuntime();
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     morvane.program().find(text(skip)).press();
     ASSERT_TRUE(morvane.program().hides(u"Welcome to Morvane"_s));
     EventCount events(morvane);
     events.begin();
-    runtime->tell(u"pull-holds"_s, "43");
+    world->runtime.tell(u"pull-holds"_s, "43");
     ASSERT_TRUE(morvane.program().shows(u"Download progress 43%"_s));
     const QStringList told = events.sinceBegin();
     // What has changed: the lines of the card and of the banner, and both bars by name and value.
@@ -217,8 +217,8 @@ TEST_F(FirstStartTest, AStepOfTheDownloadTellsReadersLittle)
 TEST_F(FirstStartTest, NoControlOfTheGreetingLacksAName)
 {
     MorvaneSession &morvane = newcomer();
-    offerRuntime();
-    runtime->tell(u"pull-holds"_s, "42");
+    world->offerRuntime();
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     QStringList nameless;

@@ -1,10 +1,7 @@
 #pragma once
 
 #include "MorvaneTest.h"
-
-#include "support/DownloadServer.h"
-#include "support/RuntimeState.h"
-#include "support/UnusedPort.h"
+#include "RuntimeWorld.h"
 
 #include <memory>
 
@@ -28,25 +25,14 @@ protected:
     MorvaneSession &newcomer();
     /// A user who has been greeted and whose provider is the local model; not started yet.
     MorvaneSession &user();
-    /// The user has the runtime's program, and these models.
-    void haveProgram(MorvaneSession &morvane, const QByteArray &models);
-    /// The runtime can be downloaded.
-    void offerRuntime();
-    /// The program goes to a site where nothing answers.
-    void cutTheNetwork(MorvaneSession &morvane);
-    /// The first bytes of the next download come, and nothing more.
-    void holdDownload();
     /// Waits until the program has begun to download.
     static bool downloads(MorvaneSession &morvane);
-    /// From where the last request for the runtime wanted to go on; 0 for its beginning.
-    qint64 lastRangeStart() const;
     /// Waits until the model stands ready.
-    bool becomesReady(MorvaneSession &morvane);
+    static bool becomesReady(MorvaneSession &morvane);
 
     void TearDown() override;
 
-    DownloadServer site;
-    std::unique_ptr<RuntimeState> runtime;
+    std::unique_ptr<RuntimeWorld> world;
 
 private:
     MorvaneSession &prepareHome();

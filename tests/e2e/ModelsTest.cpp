@@ -44,7 +44,7 @@ protected:
     }
     bool isPullingOver() const
     {
-        const auto process = static_cast<pid_t>(runtime->known(u"pulling"_s).trimmed().toLongLong());
+        const auto process = static_cast<pid_t>(world->runtime.known(u"pulling"_s).trimmed().toLongLong());
         return process > 1 && waitUntil([process] { return ::kill(process, 0) != 0; });
     }
     QString modelInSettings(const MorvaneSession &morvane) const
@@ -59,7 +59,7 @@ protected:
 TEST_F(ModelsTest, ASecondModelIsDownloadedUsedAndDeleted)
 {
     MorvaneSession &morvane = user();
-    haveProgram(morvane, "qwen2.5:latest\n");
+    world->haveProgram("qwen2.5:latest\n");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Local model is ready — no limits, nothing leaves this Mac."_s));
     openSettings(morvane);
@@ -72,21 +72,21 @@ TEST_F(ModelsTest, ASecondModelIsDownloadedUsedAndDeleted)
     closeSettings(morvane);
     morvane.send(u"Good morning"_s);
     ASSERT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
-    EXPECT_EQ(runtime->chats().constFirst().value("model"_L1).toString(), second);
+    EXPECT_EQ(world->runtime.chats().constFirst().value("model"_L1).toString(), second);
     openSettings(morvane);
     morvane.program().find(u"Delete the %1 model from this Mac"_s.arg(second)).press();
     morvane.program().find(u"Delete"_s, AccessibleRole::pushButton).press();
     EXPECT_TRUE(morvane.ear().hears(u"The %1 model was deleted."_s.arg(second)));
     EXPECT_TRUE(morvane.program().shows(u"Download "_s + second));
     EXPECT_TRUE(waitUntil([&] { return modelInSettings(morvane) == "qwen2.5"_L1; }));
-    EXPECT_EQ(runtime->known(u"models"_s), "qwen2.5:latest\n");
+    EXPECT_EQ(world->runtime.known(u"models"_s), "qwen2.5:latest\n");
 }
 
 TEST_F(ModelsTest, AnotherProviderEndsTheSetupAndTheMessageThatWaits)
 {
     MorvaneSession &morvane = user();
-    haveProgram(morvane, "");
-    runtime->tell(u"pull-holds"_s, "42");
+    world->haveProgram("");
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     morvane.send(u"Good morning"_s);
@@ -97,33 +97,33 @@ TEST_F(ModelsTest, AnotherProviderEndsTheSetupAndTheMessageThatWaits)
         u"errorMessage"_s, u"Switched to another provider before the local model finished downloading."_s));
     EXPECT_TRUE(isPullingOver());
     EXPECT_TRUE(morvane.program().hides(text(cancelSetup)));
-    EXPECT_EQ(runtime->known(u"models"_s), "");
+    EXPECT_EQ(world->runtime.known(u"models"_s), "");
 }
 
 TEST_F(ModelsTest, ACancelledDownloadOfAModelGoesOnWhereItWas)
 {
     MorvaneSession &morvane = user();
-    haveProgram(morvane, "");
-    runtime->tell(u"pull-holds"_s, "42");
+    world->haveProgram("");
+    world->runtime.tell(u"pull-holds"_s, "42");
     morvane.start();
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     morvane.program().find(text(cancelSetup)).press(); // in the banner
     EXPECT_TRUE(isPullingOver());
-    EXPECT_EQ(runtime->known(u"partial"_s), "42");
+    EXPECT_EQ(world->runtime.known(u"partial"_s), "42");
     ASSERT_TRUE(morvane.program().hides(text(cancelSetup)));
-    runtime->tell(u"pull-holds"_s, "60");
+    world->runtime.tell(u"pull-holds"_s, "60");
     morvane.program().find(text(install)).press(); // in the welcome's card
     ASSERT_TRUE(morvane.program().shows(u"Download progress 60%"_s));
-    runtime->forget(u"pull-holds"_s);
+    world->runtime.forget(u"pull-holds"_s);
     EXPECT_TRUE(becomesReady(morvane));
-    EXPECT_EQ(runtime->known(u"models"_s), "qwen2.5:latest\n");
+    EXPECT_EQ(world->runtime.known(u"models"_s), "qwen2.5:latest\n");
 }
 
 TEST_F(ModelsTest, AFailedDownloadKeepsTheMessageAndTellsWhy)
 {
     MorvaneSession &morvane = user();
-    haveProgram(morvane, "");
-    runtime->tell(u"fails"_s, "Error: pull model manifest: no such host\n");
+    world->haveProgram("");
+    world->runtime.tell(u"fails"_s, "Error: pull model manifest: no such host\n");
     morvane.start();
     const auto reason = u"The qwen2.5 model download failed. Error: pull model manifest: no such host"_s;
     ASSERT_TRUE(morvane.ear().hears(u"Local model setup failed. "_s + reason));

@@ -2,7 +2,6 @@
 
 #include "support/WaitUntil.h"
 
-#include <QFile>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -17,17 +16,6 @@ const auto titled = u"notification Conversation summarized as: Scripted title."_
 
 class HeardMainRoadTest : public HeardTest {
 protected:
-    /// What docs/heard.md says is heard, without the keys that are pressed in between.
-    static QStringList documented()
-    {
-        QFile page(QStringLiteral(MORVANE_SOURCE_DIR "/docs/heard.md"));
-        EXPECT_TRUE(page.open(QIODevice::ReadOnly));
-        const QString block = QString::fromUtf8(page.readAll()).section(u"```\n"_s, 1, 1);
-        QStringList lines = block.split(u'\n', Qt::SkipEmptyParts);
-        lines.removeIf([](const QString &line) { return line.startsWith(u'['); });
-        return lines;
-    }
-
     static ScriptedTurn calculating() { return callingTool("calculate", R"({"expression":"6*7"})"); }
 };
 
@@ -45,7 +33,7 @@ TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
                                  u"Type your message, then press Return to send it."_s};
     for (const QString &last : lastPieces)
         ASSERT_TRUE(moves(morvane, u"Tab"_s, last)) << last.toStdString();
-    EXPECT_THAT(heard(), ElementsAreArray(documented()));
+    EXPECT_THAT(heard(), ElementsAreArray(documentedIn(u"heard.md"_s)));
 }
 
 TEST_F(HeardMainRoadTest, AConversationIsHeardWhenItIsOpenedAgain)

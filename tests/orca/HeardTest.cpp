@@ -2,6 +2,7 @@
 
 #include "support/WaitUntil.h"
 
+#include <QFile>
 #include <QRegularExpression>
 #include <iostream>
 
@@ -12,10 +13,15 @@ namespace morvane {
 MorvaneSession &HeardTest::listen(std::vector<ScriptedTurn> turns)
 {
     MorvaneSession &session = prepare(std::move(turns), Hearing::notifications);
-    m_reader = std::make_unique<ScreenReader>(session.desktop(), QStringLiteral(MORVANE_READER_SETTINGS));
-    session.start();
+    listenTo(session);
     EXPECT_TRUE(m_reader->hears(u"Type your message, then press Return to send it."_s));
     return session;
+}
+
+void HeardTest::listenTo(MorvaneSession &session)
+{
+    m_reader = std::make_unique<ScreenReader>(session.desktop(), QStringLiteral(MORVANE_READER_SETTINGS));
+    session.start();
 }
 
 bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)
@@ -38,6 +44,16 @@ QStringList HeardTest::heard()
 {
     static const QRegularExpression time(u"updated [^,]+, [^,]+,"_s);
     return reader().heard().replaceInStrings(time, u"updated …,"_s);
+}
+
+QStringList HeardTest::documentedIn(const QString &page)
+{
+    QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/docs/") + page);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString block = QString::fromUtf8(file.readAll()).section(u"```\n"_s, 1, 1);
+    QStringList lines = block.split(u'\n', Qt::SkipEmptyParts);
+    lines.removeIf([](const QString &line) { return line.startsWith(u'['); });
+    return lines;
 }
 
 void HeardTest::TearDown()

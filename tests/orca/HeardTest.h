@@ -13,6 +13,8 @@ protected:
     /// Starts the reader and the program beside a model that answers with these turns, and waits until the
     /// reader has read out where the user is.
     MorvaneSession &listen(std::vector<ScriptedTurn> turns);
+    /// Starts the reader and then the program of a session that was prepared.
+    void listenTo(MorvaneSession &session);
     ScreenReader &reader() { return *m_reader; }
 
     /// Presses a key until the sheet with this control is gone.
@@ -23,6 +25,9 @@ protected:
     QStringList heard();
     /// How often a piece was spoken since the last forget().
     qsizetype times(const QString &text) { return reader().heard().count(text); }
+
+    /// What a page of docs/ says is heard, in its first block, without the keys that are pressed in between.
+    static QStringList documentedIn(const QString &page);
 
     void TearDown() override;
 

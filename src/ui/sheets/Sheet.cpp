@@ -137,6 +137,10 @@ bool Sheet::eventFilter(QObject *watched, QEvent *event)
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
         return !m_guard.takesInput();
+    case QEvent::FocusIn:
+        // The scroll area follows the focus only where it came from within.
+        m_card->bringIntoSight(widget);
+        return false;
     case QEvent::LayoutRequest:
         QMetaObject::invokeMethod(this, &Sheet::arrange, Qt::QueuedConnection);
         return false;

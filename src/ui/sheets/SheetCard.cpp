@@ -67,6 +67,12 @@ void SheetCard::fitInto(const QSize &room)
     m_buttonRow->setGeometry(padding, padding + body + spacing, inner, buttons);
 }
 
+void SheetCard::bringIntoSight(QWidget *part)
+{
+    if (m_content->isAncestorOf(part))
+        m_scroll->ensureWidgetVisible(part);
+}
+
 void SheetCard::scrollToStart()
 {
     m_scroll->verticalScrollBar()->setValue(0);

@@ -26,6 +26,8 @@ public:
     /// Takes the size that fits best into `room`.
     void fitInto(const QSize &room);
 
+    /// Scrolls the content so far that `part` of it is seen; anything else stays where it is.
+    void bringIntoSight(QWidget *part);
     /// Scrolls the content back to its beginning.
     void scrollToStart();
 
