@@ -1,8 +1,10 @@
 #include "base/Json.h"
 
+#include "base/JsonInPlace.h"
 #include "base/JsonNumber.h"
 
 #include <boost/json/basic_parser_impl.hpp>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -21,7 +23,12 @@ public:
     static constexpr std::size_t max_key_size = json::string::max_size();
     static constexpr std::size_t max_string_size = json::string::max_size();
 
-    void reset(json::storage_ptr storage) { m_stack.reset(std::move(storage)); }
+    /// `room` is null, or where the text begins that is parsed, which may be overwritten.
+    void reset(json::storage_ptr storage, char *room)
+    {
+        m_stack.reset(std::move(storage));
+        m_room = room;
+    }
     json::value release() { return m_stack.release(); }
 
     bool on_document_begin(json::error_code &) { return true; }
@@ -50,18 +57,24 @@ public:
     }
     bool on_string_part(std::string_view part, std::size_t, json::error_code &)
     {
-        m_text.append(part.data(), qsizetype(part.size()));
+        // A string is never longer than what was read of the text to tell it.
+        if (m_room)
+            std::memmove(m_room + m_size, part.data(), part.size());
+        else
+            m_text.append(part.data(), qsizetype(part.size()));
+        m_size += part.size();
         return true;
     }
     bool on_string(std::string_view part, std::size_t size, json::error_code &error)
     {
-        if (m_text.isEmpty()) {
+        if (m_size == 0) {
             m_stack.push_string(part);
             return true;
         }
         on_string_part(part, size, error);
-        m_stack.push_string({m_text.constData(), std::size_t(m_text.size())});
+        m_stack.push_string({m_room ? m_room : m_text.constData(), m_size});
         m_text.clear();
+        m_size = 0;
         return true;
     }
     bool on_number_part(std::string_view part, json::error_code &)
@@ -110,7 +123,9 @@ private:
     /// The first part of a text that the parser delivered in pieces. Grows in place where the stack would be
     /// copied: a text may be most of what the memory holds.
     QByteArray m_text;
-    std::string m_number; ///< The first part of a number that the parser delivered in pieces.
+    char *m_room = nullptr; ///< Holds that part instead, unless it is null.
+    std::size_t m_size = 0; ///< Of that part.
+    std::string m_number;   ///< The first part of a number that the parser delivered in pieces.
 };
 
 QString failure(const json::error_code &error, std::size_t offset)
@@ -119,13 +134,13 @@ QString failure(const json::error_code &error, std::size_t offset)
 }
 
 std::expected<json::value, QString> parsed(QByteArrayView text, json::storage_ptr storage,
-                                           const json::parse_options &options)
+                                           const json::parse_options &options, char *room = nullptr)
 {
     const QByteArrayView body =
         text.startsWith(utf8ByteOrderMark) ? text.sliced(utf8ByteOrderMark.size()) : text;
 
     json::basic_parser<ValueBuilder> parser(options);
-    parser.handler().reset(std::move(storage));
+    parser.handler().reset(std::move(storage), room);
     json::error_code error;
     std::size_t read = parser.write_some(false, body.data(), static_cast<std::size_t>(body.size()), error);
     if (!error && read < static_cast<std::size_t>(body.size()))
@@ -133,6 +148,15 @@ std::expected<json::value, QString> parsed(QByteArrayView text, json::storage_pt
     if (error)
         return std::unexpected(failure(error, read + static_cast<std::size_t>(text.size() - body.size())));
     return parser.handler().release();
+}
+
+std::expected<json::object, QString> objectOf(std::expected<json::value, QString> value)
+{
+    if (!value)
+        return std::unexpected(value.error());
+    if (!value->is_object())
+        return std::unexpected(u"not an object"_s);
+    return std::move(value->get_object());
 }
 
 json::string validText(std::string_view text)
@@ -195,12 +219,12 @@ std::expected<json::value, QString> parseJsonOfAnyBytes(QByteArrayView text, jso
 
 std::expected<json::object, QString> parseJsonObject(QByteArrayView text)
 {
-    auto value = parseJson(text);
-    if (!value)
-        return std::unexpected(value.error());
-    if (!value->is_object())
-        return std::unexpected(u"not an object"_s);
-    return std::move(value->get_object());
+    return objectOf(parseJson(text));
+}
+
+std::expected<json::object, QString> parseJsonObjectInPlace(std::span<char> text)
+{
+    return objectOf(parsed({text.data(), qsizetype(text.size())}, {}, jsonParseOptions(), text.data()));
 }
 
 QByteArray serializeJson(const json::value &value)

@@ -40,9 +40,9 @@ struct Taken {
 Taken take(PendingRequests &requests, QByteArray text, qsizetype prefix, std::optional<qint64> id)
 {
     const QByteArrayView bytes = QByteArrayView(text).sliced(prefix);
-    auto message =
-        bytes.isValidUtf8() ? parseJSONText(bytes) : parseJSONText(QString::fromUtf8(bytes).toUtf8());
-    text.clear(); // the waiter may make as much of it again
+    if (!bytes.isValidUtf8())
+        text = text.first(prefix) + QString::fromUtf8(bytes).toUtf8();
+    auto message = parseJSONText(std::move(text), prefix); // the waiter may make as much of it again
     if (!message || (id && answeredID(*message) != id))
         return {false, std::move(message)};
     if (!id)

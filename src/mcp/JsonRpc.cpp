@@ -1,6 +1,7 @@
 #include "mcp/JsonRpc.h"
 
 #include "base/Json.h"
+#include "base/JsonInPlace.h"
 
 #include <algorithm>
 #include <array>
@@ -88,18 +89,19 @@ QByteArrayView trimmedBlanks(QByteArrayView text)
     return without(text, Trimmed::blanks);
 }
 
-std::optional<json::object> parseJSONText(QByteArrayView text)
+std::optional<json::object> parseJSONText(QByteArray whole, qsizetype from)
 {
     constexpr QByteArrayView prefix = "data:";
     constexpr QByteArrayView prefixAndBlank = "data: ";
-    text = trimmedJSONText(text);
+    char *const room = whole.data();
+    QByteArrayView text = trimmedJSONText(QByteArrayView(whole).sliced(from));
     if (text.startsWith(prefix))
         text = trimmedBlanks(text.sliced(prefix.size()));
     if (text.startsWith(prefixAndBlank))
         text = trimmedBlanks(text.sliced(prefixAndBlank.size()));
     if (text.isEmpty())
         return std::nullopt;
-    auto object = parseJsonObject(text);
+    auto object = parseJsonObjectInPlace({room + (text.data() - room), std::size_t(text.size())});
     return object ? std::optional(std::move(*object)) : std::nullopt;
 }
 

@@ -16,8 +16,9 @@ QByteArrayView trimmedJSONText(QByteArrayView text);
 /// The same for blanks only: space separators and the tab.
 QByteArrayView trimmedBlanks(QByteArrayView text);
 
-/// The object that a message's text holds, behind an optional "data:" or two; nothing for anything else.
-std::optional<boost::json::object> parseJSONText(QByteArrayView text);
+/// The object that a message's text holds from that byte on, behind an optional "data:" or two; nothing for
+/// anything else. Takes least memory of a text that nobody shares.
+std::optional<boost::json::object> parseJSONText(QByteArray text, qsizetype from = 0);
 
 /// The number in a message's `id`, which some servers send back as text; nothing if there is none.
 std::optional<qint64> usableID(const boost::json::object &message);

@@ -61,14 +61,19 @@ bool isSmall(const json::object &arguments)
 }
 
 /// What a handshake answers is not looked at.
-std::expected<bool, MCPError> nothingOf(const json::object &)
+std::expected<bool, MCPError> nothingOf(json::object)
 {
     return true;
 }
 
-std::expected<ToolResult, MCPError> toolResultOf(const json::object &result)
+std::expected<QList<MCPTool>, MCPError> listedToolsOf(json::object result)
 {
-    return toolResult(result);
+    return listedTools(result);
+}
+
+std::expected<ToolResult, MCPError> toolResultOf(json::object result)
+{
+    return toolResult(std::move(result));
 }
 
 } // namespace
@@ -94,7 +99,7 @@ Task<void> MCPConnection::connect()
 
 Task<QList<MCPTool>> MCPConnection::listTools()
 {
-    return request("tools/list", "{}", listTimeout, MCPTransport::Kind::other, &listedTools);
+    return request("tools/list", "{}", listTimeout, MCPTransport::Kind::other, &listedToolsOf);
 }
 
 Task<ToolResult> MCPConnection::callTool(QString name, SharedJsonObject arguments)
@@ -116,15 +121,14 @@ void MCPConnection::shutdown()
 
 template <class T>
 Task<T> MCPConnection::request(QByteArray method, QByteArray params, Clock::Duration timeout,
-                               MCPTransport::Kind kind,
-                               std::expected<T, MCPError> (*read)(const json::object &))
+                               MCPTransport::Kind kind, std::expected<T, MCPError> (*read)(json::object))
 {
     const qint64 id = m_pending->takeNextID();
     const auto slot = std::make_shared<AnswerSlot<T>>();
     m_pending->add(id, m_transport->receiver(), [slot, read](std::optional<json::object> message) {
         auto result = resultOf(std::move(message));
         if (result)
-            slot->fill(read(*result));
+            slot->fill(read(*std::move(result)));
         else
             slot->fill(std::unexpected(std::move(result.error())));
     });

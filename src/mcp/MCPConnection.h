@@ -49,7 +49,7 @@ private:
     /// Sends a request and gives what `read` makes of its result, off the main thread.
     template <class T>
     Task<T> request(QByteArray method, QByteArray params, Clock::Duration timeout, MCPTransport::Kind kind,
-                    std::expected<T, MCPError> (*read)(const boost::json::object &));
+                    std::expected<T, MCPError> (*read)(boost::json::object));
 
     const std::shared_ptr<PendingRequests> m_pending;
     const std::unique_ptr<MCPTransport> m_transport;

@@ -152,9 +152,8 @@ void StdioServer::discardErrors(std::vector<char> &buffer)
 void StdioServer::route(QList<QByteArray> lines)
 {
     for (QByteArray &line : lines) {
-        auto message = parseJSONText(line);
         const qsizetype bytes = line.size();
-        line.clear(); // the waiter may make as much of it again
+        auto message = parseJSONText(std::move(line)); // the waiter may make as much of it again
         if (!message) {
             qCInfo(mcpLog) << "a tool server wrote" << bytes << "bytes that are no message";
             continue;

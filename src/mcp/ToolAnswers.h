@@ -21,10 +21,8 @@ std::expected<boost::json::object, MCPError> resultOf(std::optional<boost::json:
 /// The tools of a `tools/list` result. Entries without a name are left out.
 std::expected<QList<MCPTool>, MCPError> listedTools(const boost::json::object &result);
 
-/// The text items of a result's content, one below the other.
-QString textContent(const boost::json::value *content);
-
-/// The outcome of a `tools/call` result.
-ToolResult toolResult(const boost::json::object &result);
+/// The outcome of a `tools/call` result: the text items of its content, one below the other. They are given
+/// back while it is made, since they may be most of what the memory holds.
+ToolResult toolResult(boost::json::object result);
 
 } // namespace morvane

@@ -11,8 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 {
     using namespace morvane;
     using namespace Qt::StringLiterals;
-    const QByteArrayView text(reinterpret_cast<const char *>(data), qsizetype(size));
-    auto message = parseJSONText(text);
+    auto message = parseJSONText(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
     if (!message)
         return 0;
     if (answeredID(*message) && usableID(*message) != answeredID(*message))
@@ -20,14 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const auto result = resultOf(std::move(message));
     if (!result)
         return 0;
-    const ToolResult called = toolResult(*result);
-    if (called.text.isEmpty())
-        std::abort();
     if (const auto tools = listedTools(*result)) {
         for (const ExposedTool &tool : exposedTools(u"Fuzz"_s, *tools))
             if (!tool.declared.name.startsWith("mcp_fuzz_"_L1) ||
                 tool.declared.name != tool.declared.name.toLower())
                 std::abort();
     }
+    const ToolResult called = toolResult(*result);
+    if (called.text.isEmpty())
+        std::abort();
     return 0;
 }

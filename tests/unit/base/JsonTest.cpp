@@ -1,5 +1,7 @@
 #include "base/Json.h"
 
+#include "base/JsonInPlace.h"
+
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -186,6 +188,24 @@ TEST(JsonTest, IntegersMayBeWrittenAsDoubles)
     EXPECT_EQ(integerFromJson(*parseJson("9.3e18")), std::nullopt);
     EXPECT_EQ(integerFromJson(*parseJson("1e300")), std::nullopt);
     EXPECT_EQ(integerFromJson(*parseJson("-9223372036854775808")), std::numeric_limits<qint64>::min());
+}
+
+TEST(JsonTest, ATextReadInPlaceGivesTheSame)
+{
+    // Longer than what the parser puts together at a time, with escapes of every length.
+    const QByteArray words =
+        QByteArray(R"(plain \n \"quoted\" \u00e4 \u8a9e \ud83d\ude00 ä語😀 )").repeated(2'000);
+    const QByteArray text = R"({"short":"a","esc\naped \u8a9e":"\t","long":")" + words +
+                            R"(","list":[1,-2.5e3,true,null,")" + words.first(100) + R"("],"again":")" +
+                            words + QByteArray(10'000, 'x') +
+                            R"(","deep":{"":"","number":0.30000000000000004}})";
+    for (const QByteArray &each : {text, QByteArray("\xEF\xBB\xBF") + text, text.chopped(1), text + "x",
+                                   QByteArray("[]"), QByteArray("{}"), QByteArray(),
+                                   QByteArray(R"({"a":"\ud800"})"), QByteArray("{\"a\":\"\\n\xFF\"}")}) {
+        QByteArray room(each.constData(), each.size());
+        EXPECT_EQ(parseJsonObjectInPlace({room.data(), std::size_t(room.size())}), parseJsonObject(each))
+            << each.left(50).constData();
+    }
 }
 
 TEST(JsonTest, ParsesOnlyObjectsWhereAnObjectIsAsked)

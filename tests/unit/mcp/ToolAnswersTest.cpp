@@ -86,5 +86,26 @@ TEST(ToolAnswersTest, AToolsFailureIsAResultAndNotAThrow)
         << "only the boolean counts";
 }
 
+TEST(ToolAnswersTest, LongTextsOfAnyScriptComeOutAsTheyWere)
+{
+    // Of one to four bytes, so that the pieces that are read cut characters at every place.
+    const QString mixed = u"plain ascii, Grüße, 日本語, 😀, "_s.repeated(2'000);
+    for (const QString &text : {mixed, u"x"_s + mixed, u"xy"_s + mixed, u"xyz"_s + mixed, u"\uFEFFmarked"_s,
+                                QString(100'000, u'a'), QString(100'000, u'語'), u"a\0b"_s}) {
+        const json::object item{{"type", "text"}, {"text", jsonFromText(text)}};
+        EXPECT_EQ(toolResult({{"content", json::array{item}}}).text, text);
+        EXPECT_EQ(toolResult({{"content", json::array{item, item, item}}}).text,
+                  text + u'\n' + text + u'\n' + text);
+        EXPECT_EQ(toolResult({{"content", json::array{item}}, {"isError", true}}).text, u"Error: "_s + text);
+    }
+}
+
+TEST(ToolAnswersTest, TwoEmptyTextsAreALineEnd)
+{
+    EXPECT_EQ(toolResult(parsed(R"({"content":[{"type":"text","text":""}]})")).text, "(no output)");
+    EXPECT_EQ(toolResult(parsed(R"({"content":[{"type":"text","text":""},{"type":"text","text":""}]})")).text,
+              "\n");
+}
+
 } // namespace
 } // namespace morvane
