@@ -5,8 +5,13 @@
 // start (0: it runs). When the other end closes, every descendant gets SIGTERM, and what is left after two
 // seconds SIGKILL. Descendants that left their process group or lost their parents are found, too, since the
 // guard is where such processes are reparented to.
+//
+// It is two processes, so that one of them can be killed: the first starts the second, which starts the
+// server. When the second is gone, what is left of the family comes to the first, which ends it; when the
+// first is gone, the second ends it.
 
 #include "mcp/guard/Descendants.h"
+#include "mcp/guard/EndFamily.h"
 
 #include <cerrno>
 #include <chrono>
@@ -23,13 +28,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
 
 constexpr int control = 3;
-constexpr auto timeToStop = 2s;
-/// How long killed processes may take to be gone: one that hangs in the kernel cannot be waited for.
-constexpr auto timeToDie = 1s;
-constexpr auto killInterval = 10ms;
 
 [[noreturn]] void becomeServer(char **command, int report, pid_t guard)
 {
@@ -108,14 +108,10 @@ void waitForSignal(int signals, Clock::time_point deadline)
 
 void endAll(int signals)
 {
-    signalAll(SIGTERM);
-    for (const auto deadline = Clock::now() + timeToStop; reap() && Clock::now() < deadline;)
-        waitForSignal(signals, deadline);
-    // Again and again, since what is killed may just have started something.
-    for (const auto deadline = Clock::now() + timeToDie; reap() && Clock::now() < deadline;) {
-        signalAll(SIGKILL);
-        waitForSignal(signals, Clock::now() + killInterval);
-    }
+    morvane::endFamily({.now = [] { return Clock::now(); },
+                        .signalAll = &signalAll,
+                        .reap = &reap,
+                        .waitUntil = [signals](Clock::time_point end) { waitForSignal(signals, end); }});
 }
 
 bool asksForEnd(int signals)
@@ -127,6 +123,52 @@ bool asksForEnd(int signals)
     return asks;
 }
 
+/// The signals by which a process learns that another has ended, or that it is to end; they are blocked.
+int watchedSignals()
+{
+    sigset_t watched;
+    ::sigemptyset(&watched);
+    for (const int signal : {SIGCHLD, SIGTERM, SIGINT, SIGHUP, SIGPIPE})
+        ::sigaddset(&watched, signal);
+    ::sigprocmask(SIG_BLOCK, &watched, nullptr);
+    ::sigdelset(&watched, SIGPIPE);
+    return ::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+/// The second process: runs the server until it has ended by itself or is to end.
+void guardServer(char **command, pid_t first)
+{
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != first)
+        return;
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const int signals = watchedSignals();
+    const std::int32_t error = start(command);
+    leavePipes();
+    ::send(control, &error, sizeof error, MSG_NOSIGNAL);
+    while (reap()) {
+        pollfd waits[]{{control, POLLIN, 0}, {signals, POLLIN, 0}};
+        ::poll(waits, 2, -1);
+        if (waits[0].revents != 0 || asksForEnd(signals)) {
+            endAll(signals);
+            return;
+        }
+    }
+}
+
+/// The first process: waits for the end of the second, and ends what that has left.
+void standBehind(pid_t second, int signals)
+{
+    leavePipes();
+    while (::waitpid(second, nullptr, WNOHANG) == 0) {
+        pollfd wait{signals, POLLIN, 0};
+        ::poll(&wait, 1, -1);
+        if (asksForEnd(signals))
+            ::kill(second, SIGTERM);
+    }
+    endAll(signals);
+}
+
 } // namespace
 
 int main(int count, char **arguments)
@@ -135,24 +177,16 @@ int main(int count, char **arguments)
         return 2;
     ::fcntl(control, F_SETFD, FD_CLOEXEC);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    sigset_t watched;
-    ::sigemptyset(&watched);
-    for (const int signal : {SIGCHLD, SIGTERM, SIGINT, SIGHUP, SIGPIPE})
-        ::sigaddset(&watched, signal);
-    ::sigprocmask(SIG_BLOCK, &watched, nullptr);
-    ::sigdelset(&watched, SIGPIPE);
-    const int signals = ::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK);
-
-    const std::int32_t error = start(arguments + 1);
-    leavePipes();
-    ::send(control, &error, sizeof error, MSG_NOSIGNAL);
-    while (reap()) {
-        pollfd waits[]{{control, POLLIN, 0}, {signals, POLLIN, 0}};
-        ::poll(waits, 2, -1);
-        if (waits[0].revents != 0 || asksForEnd(signals)) {
-            endAll(signals);
-            break;
-        }
+    const int signals = watchedSignals();
+    const pid_t first = ::getpid();
+    const pid_t second = ::fork();
+    if (second < 0) {
+        const std::int32_t error = errno;
+        ::send(control, &error, sizeof error, MSG_NOSIGNAL);
+    } else if (second == 0) {
+        guardServer(arguments + 1, first);
+    } else {
+        standBehind(second, signals);
     }
     return 0;
 }

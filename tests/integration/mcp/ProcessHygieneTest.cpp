@@ -48,6 +48,7 @@ protected:
     {
         return field(process, name, key).split(' ').first().toLongLong();
     }
+    static pid_t parentOf(pid_t process) { return statusField(process, "PPid").toInt(); }
     static QByteArray statusField(pid_t process, const QByteArray &key)
     {
         return field(process, u"status"_s, key);
@@ -167,18 +168,43 @@ TEST_F(ProcessHygieneTest, NothingOutlivesAProgramThatIsKilled)
     EXPECT_TRUE(areGone(pids()));
 }
 
-TEST_F(ProcessHygieneTest, AServerDoesNotOutliveAGuardThatIsKilled)
+TEST_F(ProcessHygieneTest, AFamilyDoesNotOutliveAGuardOfWhichAProcessIsKilled)
+{
+    for (const bool isFirst : {true, false}) {
+        QFile::remove(pidFile());
+        const auto server = scripted(family());
+        connect(server);
+        ASSERT_TRUE(hasFamily());
+        const pid_t second = parentOf(pids()[0]);
+        const pid_t first = parentOf(second);
+        ASSERT_EQ(parentOf(first), ::getpid());
+        auto call = scheduler.spawn(server->callTool(u"never"_s, {}));
+        settle();
+        ::kill(isFirst ? first : second, SIGKILL);
+        EXPECT_TRUE(areGone(pids() + QList{first, second}));
+        ASSERT_TRUE(waitUntil([&] { return call.done(); }));
+        EXPECT_THROW(call.result(), MCPError);
+        EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+    }
+}
+
+TEST_F(ProcessHygieneTest, AServerDoesNotOutliveAGuardThatIsKilledAsAWhole)
 {
     const auto server = scripted({u"--stubborn"_s, u"--pids"_s, pidFile()});
     connect(server);
-    const pid_t guardian = statusField(pids()[0], "PPid").toInt();
-    ASSERT_GT(guardian, 1);
-    auto call = scheduler.spawn(server->callTool(u"never"_s, {}));
-    settle();
-    ::kill(guardian, SIGKILL);
+    const pid_t second = parentOf(pids()[0]);
+    ::kill(-parentOf(second), SIGKILL);
     EXPECT_TRUE(areGone(pids()));
-    ASSERT_TRUE(waitUntil([&] { return call.done(); }));
-    EXPECT_THROW(call.result(), MCPError);
+    EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
+}
+
+TEST_F(ProcessHygieneTest, AGuardThatIsTerminatedEndsItsFamily)
+{
+    const auto server = scripted(family());
+    connect(server);
+    ASSERT_TRUE(hasFamily());
+    ::kill(parentOf(parentOf(pids()[0])), SIGTERM);
+    EXPECT_TRUE(areGone(pids()));
     EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
 }
 
