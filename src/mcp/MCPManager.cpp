@@ -23,6 +23,7 @@ namespace morvane {
 namespace {
 
 constexpr QLatin1StringView troublePrefix = "Could not connect"_L1;
+constexpr QLatin1StringView offStatus = "Off"_L1;
 /// Reasons come from servers and may be of any length; in characters.
 constexpr qsizetype longestReason = 4'000;
 
@@ -91,17 +92,13 @@ Task<void> MCPManager::refreshAll()
     const auto finished = qScopeGuard([this] { m_isRefreshing = false; });
     const QList<MCPServerConfig> snapshot = m_servers;
     for (const MCPServerConfig &server : snapshot) {
-        if (!find(server.id))
-            continue; // removed meanwhile
-        if (server.enabled && isEnabled(server.id))
+        if (!find(server.id) || isEnabled(server.id) != server.enabled)
+            continue; // removed or switched meanwhile, and seen to
+        if (server.enabled)
             co_await connectServer(server);
         else
             switchOff(server.id);
     }
-    // What was switched off behind the refresh's back must not live on.
-    for (const MCPServerConfig &server : std::as_const(m_servers))
-        if (!server.enabled && m_connections.contains(server.id))
-            switchOff(server.id);
 }
 
 void MCPManager::refresh()
@@ -124,6 +121,12 @@ void MCPManager::toggleServer(QUuid id, bool enabled)
         return;
     server->enabled = enabled;
     saveServers();
+    // The refresh that is to follow does nothing while another runs, which may be about this very server.
+    if (!enabled && m_isRefreshing)
+        switchOff(id);
+    // No refresh may reach it for a while.
+    if (enabled && statusText(id) == offStatus)
+        setStatus(id, {});
     updateExposed();
     Q_EMIT serversChanged();
 }
@@ -192,10 +195,8 @@ Task<void> MCPManager::connectServer(MCPServerConfig server)
         failure = error.message();
     }
     if (m_connections.value(server.id) != connection)
-        co_return; // removed meanwhile, and ended
-    if (!isEnabled(server.id)) {
-        switchOff(server.id);
-    } else if (failure) {
+        co_return; // removed or switched off meanwhile, and ended
+    if (failure) {
         disconnectServer(server.id);
         setStatus(server.id, u"Could not connect: "_s + firstCharacters(*failure, longestReason));
     } else {
@@ -208,7 +209,7 @@ Task<void> MCPManager::connectServer(MCPServerConfig server)
 void MCPManager::switchOff(QUuid id)
 {
     disconnectServer(id);
-    setStatus(id, u"Off"_s);
+    setStatus(id, offStatus);
 }
 
 void MCPManager::disconnectServer(QUuid id)

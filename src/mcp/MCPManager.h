@@ -47,14 +47,15 @@ public:
     Task<ToolResult> execute(QString exposedName, SharedJsonObject arguments);
 
     /// Connects every enabled server and lists its tools, one server after the other; disconnects the others.
-    /// A refresh during a refresh does nothing.
+    /// A refresh during a refresh does nothing: what was added or switched on meanwhile waits for the next.
     Task<void> refreshAll();
     /// Starts refreshAll as a task of its own.
     void refresh();
 
     /// Adds a server; saveServers() and refreshAll() are to follow.
     void appendServer(const MCPServerConfig &server);
-    /// Switches a server and saves the list; refreshAll() is to follow. Does nothing for an unknown id.
+    /// Switches a server and saves the list; refreshAll() is to follow. A server that is switched off during
+    /// a refresh is ended at once. Does nothing for an unknown id.
     void toggleServer(QUuid id, bool enabled);
     /// Ends a server and takes it off the list.
     void removeServer(QUuid id);

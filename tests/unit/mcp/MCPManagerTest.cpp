@@ -322,21 +322,78 @@ TEST_F(MCPManagerTest, AServerRemovedBeforeARefreshReachesItIsNotStarted)
     EXPECT_EQ(servers[u"Behind"_s].starts, 0);
 }
 
-TEST_F(MCPManagerTest, AServerSwitchedOffDuringARefreshIsEndedByIt)
+TEST_F(MCPManagerTest, AServerSwitchedOffDuringARefreshIsEndedAtOnce)
 {
     const auto quick = add(u"Quick"_s, tools({"read"}));
     const auto slow = add(u"Slow"_s);
     servers[u"Slow"_s].answer = {};
     auto handle = scheduler.spawn(manager->refreshAll());
     ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
-    manager->toggleServer(quick.id, false);
-    manager->toggleServer(slow.id, false);
+    for (const auto &config : {quick, slow}) {
+        manager->toggleServer(config.id, false);
+        EXPECT_EQ(servers[config.name].shutdowns, 1) << "though its handshake may take 20 seconds";
+        EXPECT_EQ(manager->statusText(config.id), "Off");
+    }
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    for (const auto &config : {quick, slow})
+        EXPECT_EQ(manager->statusText(config.id), "Off");
+}
+
+TEST_F(MCPManagerTest, AServerSwitchedOffBeforeARefreshReachesItIsNotStarted)
+{
+    add(u"Slow"_s);
+    const auto behind = add(u"Behind"_s);
+    servers[u"Slow"_s].answer = {};
+    auto handle = scheduler.spawn(manager->refreshAll());
+    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    manager->toggleServer(behind.id, false);
     clock.advance(20s);
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    for (const auto &config : {quick, slow}) {
-        EXPECT_EQ(manager->statusText(config.id), "Off");
-        EXPECT_EQ(servers[config.name].shutdowns, 1);
+    EXPECT_EQ(servers[u"Behind"_s].starts, 0);
+    EXPECT_EQ(manager->statusText(behind.id), "Off");
+}
+
+TEST_F(MCPManagerTest, AServerAddedOrSwitchedOnDuringARefreshSaysNothingUntilTheNext)
+{
+    const auto slow = add(u"Slow"_s);
+    const auto off = add(u"Off before"_s, tools({"read"}), false);
+    const auto past = add(u"Off past"_s, tools({"read"}), false);
+    refresh();
+    EXPECT_EQ(manager->statusText(off.id), "Off");
+    servers[u"Slow"_s].answer = {};
+    auto handle = scheduler.spawn(manager->refreshAll());
+    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.constLast().at("method") == "initialize"; }));
+    manager->toggleServer(off.id, true);
+    const auto added = add(u"Added"_s, tools({"read"}));
+    refresh();
+    clock.advance(20s);
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    for (const auto &config : {off, added}) {
+        EXPECT_EQ(manager->statusText(config.id), QString()) << qPrintable(config.name);
+        EXPECT_EQ(servers[config.name].starts, 0);
     }
+    EXPECT_EQ(manager->statusText(past.id), "Off");
+    servers[u"Slow"_s].answer = FakeToolServer::listing({});
+    refresh();
+    for (const auto &config : {slow, off, added})
+        EXPECT_TRUE(manager->statusText(config.id).startsWith(u"Connected"_s)) << qPrintable(config.name);
+}
+
+TEST_F(MCPManagerTest, AServerSwitchedOffAndOnDuringItsHandshakeSaysNothingUntilTheNextRefresh)
+{
+    const auto slow = add(u"Slow"_s);
+    servers[u"Slow"_s].answer = {};
+    auto handle = scheduler.spawn(manager->refreshAll());
+    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    manager->toggleServer(slow.id, false);
+    manager->toggleServer(slow.id, true);
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    EXPECT_EQ(servers[u"Slow"_s].shutdowns, 1);
+    EXPECT_EQ(manager->statusText(slow.id), QString());
+    servers[u"Slow"_s].answer = FakeToolServer::listing({});
+    refresh();
+    EXPECT_EQ(servers[u"Slow"_s].connections, 2);
+    EXPECT_EQ(manager->statusText(slow.id), "Connected via command · 0 tools");
 }
 
 TEST_F(MCPManagerTest, RemovingEndsTheServerAndSaves)
