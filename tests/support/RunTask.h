@@ -24,14 +24,19 @@ inline bool settle(std::chrono::milliseconds limit = std::chrono::seconds(20))
     return any;
 }
 
-/// Drives a task to its end and gives its result or throws its exception; throws std::runtime_error if it
-/// does not end within `limit`.
+/// Drives a task to its end and gives its result or throws its exception. One that does not end within
+/// `limit` is cancelled and driven to its end, so that nothing of it outlives what it uses; then throws
+/// std::runtime_error.
 template <class T>
 T runTask(Scheduler &scheduler, Task<T> task, std::chrono::milliseconds limit = std::chrono::seconds(20))
 {
     auto handle = scheduler.spawn(std::move(task));
-    if (!waitUntil([&handle] { return handle.done(); }, limit))
-        throw std::runtime_error("the task did not end in time");
+    const auto isDone = [&handle] { return handle.done(); };
+    if (!waitUntil(isDone, limit)) {
+        handle.cancel();
+        const bool ended = waitUntil(isDone);
+        throw std::runtime_error(ended ? "the task did not end in time" : "the task does not end");
+    }
     return handle.result();
 }
 
