@@ -4,6 +4,7 @@
 #include "ui/theme/ThemeColors.h"
 
 #include <QPainter>
+#include <algorithm>
 
 namespace morvane {
 
@@ -34,6 +35,26 @@ QSize SegmentButton::sizeHint() const
             metrics.lineSpacing() + 2 * verticalPadding};
 }
 
+QSize SegmentButton::minimumSizeHint() const
+{
+    const QFontMetrics metrics(bold(font()));
+    int widest = 0;
+    for (const QString &word : text().split(u' '))
+        widest = std::max(widest, metrics.horizontalAdvance(word));
+    return {widest + 2 * horizontalPadding, sizeHint().height()};
+}
+
+QSize SegmentButton::sizeWithin(int width) const
+{
+    const QSize wanted = sizeHint();
+    if (wanted.width() <= width)
+        return wanted;
+    const QRect room(0, 0, width - 2 * horizontalPadding, QWIDGETSIZE_MAX);
+    const QRect lines =
+        QFontMetrics(bold(font())).boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap, text());
+    return {width, lines.height() + 2 * verticalPadding};
+}
+
 void SegmentButton::paintEvent(QPaintEvent *)
 {
     const ThemeColors colors = ThemeColors::fromPalette(palette());
@@ -48,7 +69,11 @@ void SegmentButton::paintEvent(QPaintEvent *)
     if (isChecked())
         painter.setFont(bold(font()));
     painter.setPen(isChecked() ? colors.onAccent : colors.text);
-    painter.drawText(rect(), Qt::AlignCenter, text());
+    if (width() < sizeHint().width())
+        painter.drawText(rect().adjusted(horizontalPadding, 0, -horizontalPadding, 0),
+                         Qt::AlignCenter | Qt::TextWordWrap, text());
+    else
+        painter.drawText(rect(), Qt::AlignCenter, text());
     if (hasFocus()) {
         // On the accent the ring would not be seen, so it lies inside, in the colour of the label.
         if (isChecked()) {

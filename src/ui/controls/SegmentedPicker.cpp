@@ -105,7 +105,7 @@ int SegmentedPicker::arrange(int width, Purpose purpose) const
     int y = frame;
     int rowHeight = 0;
     for (SegmentButton *segment : m_segments) {
-        const QSize size = segment->sizeHint();
+        const QSize size = segment->sizeWithin(width - 2 * frame);
         if (x > frame && x + size.width() > width - frame) {
             x = frame;
             y += rowHeight + spacing;
@@ -131,7 +131,7 @@ QSize SegmentedPicker::minimumSizeHint() const
 {
     QSize least;
     for (const SegmentButton *segment : m_segments)
-        least = least.expandedTo(segment->sizeHint());
+        least = least.expandedTo(segment->minimumSizeHint());
     return least + QSize(2 * frame, 2 * frame);
 }
 

@@ -104,6 +104,7 @@ void AddMCPServerView::open()
     m_transport->setCurrentIndex(0);
     refresh();
     openSheet(m_name);
+    card()->scrollTo(m_name);
 }
 
 NewServerForm AddMCPServerView::form() const

@@ -10,12 +10,13 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <algorithm>
 
 namespace morvane {
 
 namespace {
 
-constexpr int margin = 20;
+constexpr int widestMargin = 20;
 
 bool isReturn(int key)
 {
@@ -201,6 +202,7 @@ void Sheet::resizeEvent(QResizeEvent *)
 
 void Sheet::arrange()
 {
+    const int margin = std::min({widestMargin, width() / 40, height() / 40});
     const QSize room = size() - QSize(2 * margin, 2 * margin);
     m_card->fitInto(room);
     m_card->move((width() - m_card->width()) / 2, (height() - m_card->height()) / 2);

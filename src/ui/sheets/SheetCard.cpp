@@ -6,6 +6,7 @@
 
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -15,8 +16,9 @@ namespace morvane {
 
 namespace {
 
-constexpr int padding = 22;
+constexpr int widestPadding = 22;
 constexpr int spacing = 14;
+constexpr int buttonSpacing = 10;
 constexpr int charactersAcross = 84;
 constexpr qreal radius = 12;
 
@@ -30,10 +32,9 @@ SheetCard::SheetCard(QWidget *parent)
     m_contentLayout->setContentsMargins(0, 0, 0, 0);
     m_contentLayout->setSpacing(spacing);
     m_buttonLayout->setContentsMargins(0, 0, 0, 0);
-    m_buttonLayout->setSpacing(10);
+    m_buttonLayout->setSpacing(buttonSpacing);
     m_scroll->setFrameShape(QFrame::NoFrame);
     m_scroll->setWidgetResizable(true);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scroll->setFocusPolicy(Qt::NoFocus);
     m_scroll->setWidget(m_content);
     m_scroll->viewport()->setAutoFillBackground(false);
@@ -42,12 +43,19 @@ SheetCard::SheetCard(QWidget *parent)
 
 void SheetCard::fitInto(const QSize &room)
 {
+    const int padding = std::min({widestPadding, room.width() / 16, room.height() / 16});
     const int width =
         std::min(room.width(), charactersAcross * fontMetrics().averageCharWidth() + 2 * padding);
     const int inner = std::max(1, width - 2 * padding);
+    m_buttonLayout->setDirection(leastButtonWidth() > inner ? QBoxLayout::TopToBottom
+                                                            : QBoxLayout::LeftToRight);
     const int buttons = m_buttonLayout->hasHeightForWidth() ? m_buttonLayout->totalHeightForWidth(inner)
                                                             : m_buttonLayout->totalSizeHint().height();
-    const int bodyRoom = std::max(1, room.height() - 2 * padding - spacing - buttons);
+    const int wholeRoom = room.height() - 2 * padding;
+    const bool buttonsScroll = wholeRoom - spacing - buttons < buttons;
+    placeButtons(buttonsScroll ? m_content : this);
+    const int below = buttonsScroll ? 0 : spacing + buttons;
+    const int bodyRoom = std::max(1, wholeRoom - below);
 
     const auto wanted = [this, inner] { return m_contentLayout->totalHeightForWidth(inner); };
     if (m_yielding) {
@@ -56,15 +64,46 @@ void SheetCard::fitInto(const QSize &room)
         const int limited = std::max(m_yielding->leastHeight(inner), natural - excess);
         m_yielding->setHeightLimit(excess > 0 ? limited : -1);
     }
-    const int whole = wanted();
+    const bool isWide = m_contentLayout->totalMinimumSize().width() > inner;
+    const int whole = wanted() + (isWide ? m_scroll->horizontalScrollBar()->sizeHint().height() : 0);
     const int body = std::min(whole, bodyRoom);
 
-    resize(width, body + buttons + 2 * padding + spacing);
+    resize(width, body + below + 2 * padding);
     // The scroll bar lies in the padding, so that the content keeps its width when it comes.
     const int outside = std::min(padding, m_scroll->verticalScrollBar()->sizeHint().width() + 2);
     const bool scrolls = whole > body;
     m_scroll->setGeometry(padding, padding, inner + (scrolls ? outside : 0), body);
-    m_buttonRow->setGeometry(padding, padding + body + spacing, inner, buttons);
+    if (!buttonsScroll)
+        m_buttonRow->setGeometry(padding, padding + body + spacing, inner, buttons);
+}
+
+void SheetCard::scrollTo(QWidget *part)
+{
+    m_contentLayout->activate();
+    m_scroll->ensureWidgetVisible(part, 0, 0);
+}
+
+int SheetCard::leastButtonWidth() const
+{
+    int width = 0;
+    for (int i = 0; i < m_buttonLayout->count(); ++i)
+        if (m_buttonLayout->itemAt(i)->widget())
+            width += m_buttonLayout->itemAt(i)->minimumSize().width() + buttonSpacing;
+    return width - buttonSpacing;
+}
+
+void SheetCard::placeButtons(QWidget *place)
+{
+    if (m_buttonRow->parentWidget() == place)
+        return;
+    const QPointer<QWidget> focused = window()->focusWidget();
+    m_contentLayout->removeWidget(m_buttonRow);
+    m_buttonRow->setParent(place);
+    if (place == m_content)
+        m_contentLayout->addWidget(m_buttonRow);
+    m_buttonRow->show();
+    if (focused && m_buttonRow->isAncestorOf(focused))
+        focused->setFocus(Qt::OtherFocusReason);
 }
 
 void SheetCard::bringIntoSight(QWidget *part)

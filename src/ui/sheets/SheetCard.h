@@ -11,7 +11,8 @@ namespace morvane {
 class ScrollingText;
 
 /// The card in the middle of a sheet: a column of content that scrolls when the window is too small for it,
-/// and under it a row of buttons that never leaves the view. To assistive technology it is the dialog.
+/// and under it a row of buttons that stays in view, unless it would take more than half of it. To assistive
+/// technology it is the dialog.
 class SheetCard : public QFrame {
     Q_OBJECT
 public:
@@ -30,11 +31,17 @@ public:
     void bringIntoSight(QWidget *part);
     /// Scrolls the content back to its beginning.
     void scrollToStart();
+    /// Scrolls the content so far that a part of it is in view.
+    void scrollTo(QWidget *part);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    /// Below that the buttons stand one below the other.
+    int leastButtonWidth() const;
+    void placeButtons(QWidget *place);
+
     QScrollArea *m_scroll;
     QWidget *m_content;
     QWidget *m_buttonRow;
