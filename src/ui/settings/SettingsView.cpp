@@ -18,6 +18,8 @@
 #include "ui/settings/SpeechSection.h"
 #include "ui/theme/Icons.h"
 
+#include <QKeyEvent>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QStackedWidget>
@@ -99,6 +101,18 @@ void SettingsView::addToolServersTab(QTabWidget &tabs, MCPManager &toolServers, 
     connect(&toolServers, &MCPManager::statusTextChanged, &tabs, showTrouble);
     connect(&toolServers, &MCPManager::serversChanged, &tabs, showTrouble);
     showTrouble();
+}
+
+void SettingsView::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    auto *const button = qobject_cast<QPushButton *>(focusWidget());
+    // A key that is held down was pressed for something else.
+    if (isReturn && isPlain && button && !event->isAutoRepeat())
+        button->click();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 } // namespace morvane

@@ -21,6 +21,10 @@ public:
     SettingsView(const SettingsServices &services, LocalModelFlow &localModel, MCPManager &toolServers,
                  Announcer &announcer, QWidget *parent);
 
+protected:
+    /// Return presses the button that has the focus.
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     QWidget *makeGeneralTab(const SettingsServices &services, LocalModelFlow &localModel);
 

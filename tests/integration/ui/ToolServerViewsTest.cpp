@@ -5,6 +5,7 @@
 #include "ui/settings/MCPServerRow.h"
 #include "ui/settings/MCPServersView.h"
 #include "ui/settings/QuietText.h"
+#include "ui/sheets/SheetCard.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -13,8 +14,11 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QWindow>
+#include <QWindowStateChangeEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -400,6 +404,118 @@ TEST_F(ToolServerViewsTest, InANarrowWindowWithALargeFontTheButtonsGoBelow)
         EXPECT_TRUE(scroll->widget()->rect().contains(place)) << qPrintable(name);
         EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(name);
     }
+}
+
+TEST_F(ToolServerViewsTest, ReturnPressesTheButtonThatHasTheFocus)
+{
+    toolServerList.add(u"S"_s);
+    showServers();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    const auto press = [this](const QString &name, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        auto *button = named<QPushButton>(name);
+        button->setFocus();
+        QTest::keyClick(button, key, modifiers);
+        settle();
+    };
+    press(u"Add a tool server"_s, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(named<QLineEdit>(u"Server name"_s), nullptr);
+    press(u"Add a tool server"_s, Qt::Key_Return);
+    ASSERT_NE(named<QLineEdit>(u"Server name"_s), nullptr);
+    QTest::keyClick(view->focusWidget(), Qt::Key_Escape);
+    press(u"Reconnect all tool servers"_s, Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_TRUE(waitUntil([this] { return toolServerList.servers[u"S"_s].starts == 2; }));
+    press(u"Remove the S server"_s, Qt::Key_Return);
+    EXPECT_TRUE(rows().isEmpty());
+    tabs()->setCurrentIndex(0);
+    settle();
+    auto *show = named<QPushButton>(u"Show API key"_s);
+    ASSERT_NE(show, nullptr);
+    press(u"Show API key"_s, Qt::Key_Return);
+    EXPECT_NE(named<QPushButton>(u"Hide API key"_s), nullptr) << "the buttons of all tabs are alike";
+}
+
+TEST_F(ToolServerViewsTest, ReturnOnTheSwitchOfARowDoesNothing)
+{
+    toolServerList.add(u"S"_s);
+    showServers();
+    switchOf(rows()[0])->setFocus();
+    QTest::keyClick(switchOf(rows()[0]), Qt::Key_Return);
+    EXPECT_TRUE(manager().servers()[0].enabled);
+}
+
+TEST_F(ToolServerViewsTest, AWindowThatIsNoLongerMinimisedAsksNobodyAnew)
+{
+    toolServerList.add(u"S"_s);
+    showServers();
+    ASSERT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
+    const auto enter = [this](Qt::WindowState state) {
+        QWindow *window = view->windowHandle();
+        QWindowStateChangeEvent change(window->windowStates());
+        window->setWindowState(state);
+        QCoreApplication::sendEvent(window, &change);
+        settle();
+    };
+    auto *servers = view->findChild<MCPServersView *>();
+    QSignalSpy refreshes(&manager(), &MCPManager::statusTextChanged);
+    enter(Qt::WindowMinimized);
+    ASSERT_FALSE(servers->isVisible() && !view->isMinimized());
+    enter(Qt::WindowNoState);
+    ASSERT_TRUE(servers->isVisible());
+    EXPECT_EQ(refreshes.count(), 0);
+    EXPECT_EQ(toolServerList.servers[u"S"_s].starts, 1);
+    tabs()->setCurrentIndex(0);
+    tabs()->setCurrentIndex(2);
+    EXPECT_TRUE(waitUntil([this] { return toolServerList.servers[u"S"_s].starts == 2; }))
+        << "it has come anew";
+}
+
+TEST_F(ToolServerViewsTest, TheFormIsReachedWholeInATinyWindowWithALargeFont)
+{
+    QFont font = QApplication::font();
+    font.setPointSizeF(26);
+    const QFont before = QApplication::font();
+    QApplication::setFont(font);
+    view->resize(320, 300);
+    showServers();
+    openForm();
+    auto *card = view->findChild<AddMCPServerView *>()->card();
+    auto *scroll = card->findChild<QScrollArea *>();
+    const QSize content = scroll->widget()->size();
+    EXPECT_GT(content.height(), scroll->viewport()->height());
+    EXPECT_EQ(content.width(), scroll->viewport()->width()) << "it scrolls one way only";
+    const auto isInView = [scroll](const QWidget *part) {
+        return scroll->viewport()->rect().contains(
+            QRect(part->mapTo(scroll->viewport(), QPoint()), part->size()));
+    };
+    const auto canBeSeenWhole = [&](const QWidget *part) {
+        const QRect place(part->mapTo(scroll->widget(), QPoint()), part->size());
+        return scroll->widget()->rect().contains(place) && part->height() <= scroll->viewport()->height();
+    };
+    for (const QWidget *part : std::initializer_list<QWidget *>{
+             named<QLineEdit>(u"Server name"_s), named<QLineEdit>(u"Command"_s),
+             named<QLineEdit>(u"Arguments"_s), named<SegmentedPicker>(u"Transport"_s),
+             named<QPushButton>(u"Cancel"_s), saveButton()}) {
+        ASSERT_NE(part, nullptr);
+        EXPECT_TRUE(canBeSeenWhole(part)) << qPrintable(part->accessibleName());
+    }
+    EXPECT_GT(scroll->viewport()->height(), card->height() / 2) << "the content has most of the room";
+    EXPECT_TRUE(isInView(named<QLineEdit>(u"Server name"_s))) << "where the form begins";
+    // The keyboard brings each of them into view, in the order in which they stand.
+    retype(named<QLineEdit>(u"Server name"_s), u"Mine"_s);
+    retype(named<QLineEdit>(u"Command"_s), u"run"_s);
+    named<QLineEdit>(u"Arguments"_s)->setFocus();
+    for (const auto &name : {u"Cancel"_s, u"Add Server"_s}) {
+        QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
+        ASSERT_EQ(view->focusWidget(), named<QPushButton>(name));
+        EXPECT_TRUE(isInView(view->focusWidget())) << qPrintable(name);
+    }
+    view->resize(700, 760);
+    settle();
+    EXPECT_EQ(view->focusWidget(), saveButton()) << "which has moved out of what scrolls";
+    EXPECT_FALSE(scroll->isAncestorOf(saveButton()));
+    QTest::keyClick(view->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(manager().servers().size(), 1);
+    QApplication::setFont(before);
 }
 
 TEST_F(ToolServerViewsTest, FiftyServersScrollAndLongTextsWrap)
