@@ -3,6 +3,7 @@
 
 #include "ProcMegabytes.h"
 
+#include "base/Uuid.h"
 #include "support/Keyboard.h"
 #include "support/PrivateDesktop.h"
 #include "support/ScriptedModel.h"
@@ -31,6 +32,7 @@ constexpr int starts = 9;
 constexpr int loopTurns = 20;
 constexpr std::size_t burstTokens = 100000;
 constexpr int idleSeconds = 10;
+constexpr int toolServers = 10; // each of which takes a second to shake hands
 
 double median(std::vector<double> values)
 {
@@ -88,6 +90,24 @@ public:
             "[General]\nprovider=custom\nmodel=scripted\nmaxSteps=200\nhasCompletedOnboarding=true\n"
             "customBaseURL=" +
             QByteArray::fromStdString(m_model.baseURL()) + "/v1\n" + moreSettings);
+    }
+
+    /// Has the program start with so many tool servers.
+    void setToolServers(int count)
+    {
+        const QString folder = m_home + u"/data/Morvane"_s;
+        QDir().mkpath(folder);
+        QStringList records;
+        for (int server = 0; server < count; ++server)
+            records.append(
+                uR"({"id":"%1","name":"Server %2","transport":"stdio","command":"%3 --slow 1","args":[],)"
+                "\"url\":\"\",\"enabled\":true}"_s.arg(uuidText(newUuid()), QString::number(server),
+                                                       QFileInfo(m_program).path() +
+                                                           u"/scripted-tool-server"_s));
+        QFile list(folder + u"/mcp-servers.json"_s);
+        if (!list.open(QIODevice::WriteOnly))
+            qFatal("cannot write the list of tool servers");
+        list.write((u'[' + records.join(u',') + u']').toUtf8());
     }
 
     ScriptedModel &model() { return m_model; }
@@ -174,6 +194,15 @@ ModelScript script()
     return script;
 }
 
+/// How many tools of tool servers a request offers.
+std::size_t offeredServerTools(const ScriptedRequest &request)
+{
+    std::size_t count = 0;
+    for (const boost::json::value &tool : request.json.at("tools").as_array())
+        count += tool.at("function").at("name").as_string().starts_with("mcp_") ? 1 : 0;
+    return count;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -185,13 +214,23 @@ int main(int argc, char **argv)
 
     std::vector<double> painted;
     std::vector<double> firstRequests;
+    std::vector<double> paintedWithServers;
+    std::vector<double> firstRequestsWithServers;
+    std::size_t mostOffered = 0;
     {
         ModelScript always;
         always.afterwards = ScriptedTurn::saying({"ok"});
         Session session(desktop, program, always);
+        // In turn, so that both meet the machine as it is.
         for (int start = 0; start < starts; ++start) {
+            session.setToolServers(0);
             painted.push_back(session.start());
             firstRequests.push_back(session.ask(u"hi"_s));
+            session.end();
+            session.setToolServers(toolServers);
+            paintedWithServers.push_back(session.start());
+            firstRequestsWithServers.push_back(session.ask(u"hi"_s));
+            mostOffered = std::max(mostOffered, offeredServerTools(session.model().requests().back()));
             session.end();
         }
     }
@@ -244,6 +283,9 @@ int main(int argc, char **argv)
 
     std::printf("{\"start_to_painted_ms\": {\"median\": %.1f, \"max\": %.1f},\n"
                 " \"typed_to_first_request_ms\": {\"median\": %.1f},\n"
+                " \"with_ten_tool_servers\": {\"start_to_painted_ms\": {\"median\": %.1f, \"max\": %.1f}, "
+                "\"typed_to_first_request_ms\": {\"median\": %.1f, \"max\": %.1f}, "
+                "\"their_tools_in_it\": %zu},\n"
                 " \"idle\": {\"pss_mb\": %.1f, \"cpu_percent\": %.3f},\n"
                 " \"idle_with_a_reminder\": {\"cpu_percent\": %.3f, \"waiting_program_pss_mb\": %.1f},\n"
                 " \"tool_turn_ms\": {\"p50\": %.2f, \"max\": %.2f, \"turns\": %zu, \"peak_rss_mb\": %.1f, "
@@ -251,7 +293,11 @@ int main(int argc, char **argv)
                 " \"stream\": {\"tokens\": %zu, \"seconds_until_saved\": %.3f, \"tokens_per_second\": %.0f, "
                 "\"cpu_s\": %.2f}}\n",
                 median(painted), *std::max_element(painted.begin(), painted.end()), median(firstRequests),
-                idlePss, idleCpu, watchingCpu, waiterPss, median(turnTimes),
+                median(paintedWithServers),
+                *std::max_element(paintedWithServers.begin(), paintedWithServers.end()),
+                median(firstRequestsWithServers),
+                *std::max_element(firstRequestsWithServers.begin(), firstRequestsWithServers.end()),
+                mostOffered, idlePss, idleCpu, watchingCpu, waiterPss, median(turnTimes),
                 *std::max_element(turnTimes.begin(), turnTimes.end()), turnTimes.size(), peak, loopPss,
                 burstTokens, streamSeconds, double(burstTokens) / streamSeconds, cpu);
     return 0;
