@@ -229,8 +229,9 @@ int main(int argc, char **argv)
             session.end();
             session.setToolServers(toolServers);
             paintedWithServers.push_back(session.start());
+            const std::size_t before = session.model().requests().size();
             firstRequestsWithServers.push_back(session.ask(u"hi"_s));
-            mostOffered = std::max(mostOffered, offeredServerTools(session.model().requests().back()));
+            mostOffered = std::max(mostOffered, offeredServerTools(session.model().requests().at(before)));
             session.end();
         }
     }

@@ -1,9 +1,9 @@
+#include "McpFixture.h"
+
 #include "mcp/JsonRpc.h"
 #include "mcp/LineFraming.h"
 #include "mcp/ToolAnswers.h"
 
-#include <QFile>
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,21 +19,17 @@ constexpr double mostTimes = 12; // it keeps what is freed for a while
 constexpr double mostTimes = 2.5;
 #endif
 
-/// What a line of this process's status says, in kilobytes.
-qint64 memory(const QByteArray &name)
-{
-    QFile status(u"/proc/self/status"_s);
-    if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray &line : status.readAll().split('\n'))
-            if (line.startsWith(name + ':'))
-                return line.mid(name.size() + 1).trimmed().split(' ').first().toLongLong();
-    }
-    return 0;
-}
+/// What a long answer takes of memory on its way from the pipe to the text that the model gets.
+class LongAnswerTest : public McpTest {
+protected:
+    static qint64 memory(const QByteArray &name) { return number(::getpid(), u"status"_s, name); }
+    static double memoryTaken(int megabytes, const QByteArray &word);
+    static int hundredthsTaken(int megabytes, const QByteArray &word);
+};
 
 /// Reads a line of which most is one text, in pieces of 4 kB; how many times its length that took at the
 /// most.
-double memoryTaken(int megabytes, const QByteArray &word)
+double LongAnswerTest::memoryTaken(int megabytes, const QByteArray &word)
 {
     QByteArray line;
     line.reserve(megabytes * 1'000'000 + 1'000);
@@ -61,7 +57,7 @@ double memoryTaken(int megabytes, const QByteArray &word)
 }
 
 /// As memoryTaken, in a process whose memory nobody has used yet; in hundredths.
-int hundredthsTaken(int megabytes, const QByteArray &word)
+int LongAnswerTest::hundredthsTaken(int megabytes, const QByteArray &word)
 {
     int ends[2];
     if (::pipe(ends) != 0)
@@ -81,7 +77,7 @@ int hundredthsTaken(int megabytes, const QByteArray &word)
     return isTold ? taken : 0;
 }
 
-TEST(LongAnswerTest, ALongAnswerTakesLessThanThreeTimesItsSize)
+TEST_F(LongAnswerTest, ALongAnswerTakesLessThanThreeTimesItsSize)
 {
     for (const int megabytes : {25, 50}) {
         for (const char *word : {"a line of some words in it\\n", "日本語の文", "no line end "}) {

@@ -80,6 +80,21 @@ protected:
         }
         return list;
     }
+    /// What a line of one of the process's files in /proc says.
+    static QByteArray field(pid_t process, const QString &name, const QByteArray &field)
+    {
+        QFile file(QStringLiteral("/proc/%1/%2").arg(process).arg(name));
+        if (file.open(QIODevice::ReadOnly)) {
+            for (const QByteArray &line : file.readAll().split('\n'))
+                if (line.startsWith(field + ':'))
+                    return line.mid(field.size() + 1).trimmed();
+        }
+        return {};
+    }
+    static qint64 number(pid_t process, const QString &name, const QByteArray &key)
+    {
+        return field(process, name, key).split(' ').first().toLongLong();
+    }
     static bool isAlive(pid_t process) { return QDir(QStringLiteral("/proc/%1").arg(process)).exists(); }
     static bool areGone(const QList<pid_t> &processes)
     {

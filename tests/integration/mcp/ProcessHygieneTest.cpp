@@ -33,21 +33,6 @@ protected:
     }
     static qsizetype openDescriptors() { return entries(u"/proc/self/fd"_s); }
     static qsizetype threads() { return entries(u"/proc/self/task"_s); }
-    /// What a line of one of the process's files in /proc says.
-    static QByteArray field(pid_t process, const QString &name, const QByteArray &field)
-    {
-        QFile file(u"/proc/%1/%2"_s.arg(process).arg(name));
-        if (file.open(QIODevice::ReadOnly)) {
-            for (const QByteArray &line : file.readAll().split('\n'))
-                if (line.startsWith(field + ':'))
-                    return line.mid(field.size() + 1).trimmed();
-        }
-        return {};
-    }
-    static qint64 number(pid_t process, const QString &name, const QByteArray &key)
-    {
-        return field(process, name, key).split(' ').first().toLongLong();
-    }
     static pid_t parentOf(pid_t process) { return statusField(process, "PPid").toInt(); }
     static QByteArray statusField(pid_t process, const QByteArray &key)
     {
