@@ -22,11 +22,10 @@ struct FamilyAndTime {
 /// that.
 inline void endFamily(const FamilyAndTime &system)
 {
-    using namespace std::chrono_literals;
-    constexpr auto timeToStop = 2s;
+    constexpr auto timeToStop = std::chrono::seconds(2);
     // A process that hangs in the kernel cannot be waited for.
-    constexpr auto timeToDie = 1s;
-    constexpr auto killInterval = 10ms;
+    constexpr auto timeToDie = std::chrono::seconds(1);
+    constexpr auto killInterval = std::chrono::milliseconds(10);
 
     system.signalAll(SIGTERM);
     for (const auto end = system.now() + timeToStop; system.reap() && system.now() < end;)
