@@ -34,6 +34,11 @@ AppFixture::~AppFixture()
 
 void AppFixture::start()
 {
+    if (model) { // no work of the old one may outlive it
+        model->prepareToQuit();
+        model->cancelLocalModelWork();
+        EXPECT_TRUE(waitUntil([this] { return !model->localModel().isWorking(); }));
+    }
     model = std::make_unique<AppModel>(*services);
     EXPECT_TRUE(waitUntil([this] { return model->isReady(); }));
 }
