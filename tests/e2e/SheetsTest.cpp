@@ -51,6 +51,31 @@ TEST_F(SheetsTest, EscapeDeniesAndTheRunGoesOn)
     EXPECT_TRUE(morvane.program().shows(u"Morvane said Then not."_s));
 }
 
+TEST_F(SheetsTest, TheWindowBelowIsReadAsItIsAndCannotBeReached)
+{
+    MorvaneSession &morvane = start({writing("x"), ScriptedTurn::saying({"Then not."})});
+    morvane.send(u"Write a note"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Deny the action"_s));
+    const AccessibleElement field = morvane.program().find(u"Message Morvane"_s);
+    EXPECT_TRUE(field.has(AccessibleState::enabled));
+    EXPECT_TRUE(field.has(AccessibleState::sensitive));
+    EXPECT_TRUE(morvane.program().find(u"You said Write a note"_s).has(AccessibleState::enabled));
+    const auto first = morvane.program().focused();
+    ASSERT_TRUE(first.has_value());
+    field.takeFocus();
+    EXPECT_FALSE(field.has(AccessibleState::focused));
+    EXPECT_EQ(morvane.program().focused()->element.path(), first->element.path());
+    morvane.keyboard().press(u"Ctrl+="_s);
+    morvane.keyboard().press(u"Ctrl+F"_s);
+    ASSERT_TRUE(answerWith(morvane, u"Escape"_s));
+    ASSERT_TRUE(morvane.ear().hears(u"Then not."_s));
+    EXPECT_TRUE(morvane.program().hides(u"Find in conversation"_s));
+    morvane.keyboard().press(u"Ctrl+="_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Text size 110 percent."_s));
+    EXPECT_EQ(morvane.ear().heard().filter(u"Text size"_s).size(), 1);
+    EXPECT_EQ(field.text(), QString());
+}
+
 TEST_F(SheetsTest, ReturnAllows)
 {
     MorvaneSession &morvane = start({writing("x"), ScriptedTurn::saying({"Done."})});

@@ -64,6 +64,13 @@ bool isToldWhileHidden(const QAccessibleEvent &event, const QWidget &widget)
     return event.type() == QAccessible::ObjectHide && widget.parentWidget()->isVisible();
 }
 
+/// Whoever was given the focus may have had to hand it back at once. Menus have it without the toolkit's
+/// knowledge.
+bool isFocusGone(const QAccessibleEvent &event, const QWidget &widget)
+{
+    return event.type() == QAccessible::Focus && widget.focusPolicy() != Qt::NoFocus && !widget.hasFocus();
+}
+
 bool isWorthTelling(const QAccessibleEvent &event, const QWidget *widget)
 {
     // Taken in by the list itself before it comes here, and must not be taken in twice.
@@ -75,6 +82,8 @@ bool isWorthTelling(const QAccessibleEvent &event, const QWidget *widget)
         return event.type() == QAccessible::ValueChanged && bar->isSliderDown();
     if (!widget->isVisible())
         return isToldWhileHidden(event, *widget);
+    if (isFocusGone(event, *widget))
+        return false;
     return widget->isWindow() || !isSilenced(widget);
 }
 

@@ -9,9 +9,9 @@ namespace morvane {
 /// Decides from now on what assistive technology is told of, for the whole program. A screen reader drops
 /// what the user must hear when too much comes at once, and the toolkit tells of every part of everything.
 /// Left out are hidden widgets, what is shown or hidden as a part of something else, scroll bars that nobody
-/// holds, and what an AccessibleSilence keeps back. A list that takes the focus is told of by its current
-/// row, and a field that takes it is told of before its caret. Call it once, after the application object was
-/// made.
+/// holds, a focus that is gone again, and what an AccessibleSilence keeps back. A list that takes the focus
+/// is told of by its current row, and a field that takes it is told of before its caret. Call it once, after
+/// the application object was made.
 void installAccessibleEventFilter();
 
 /// Whether the filter lets an event through.

@@ -2,12 +2,12 @@
 
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/sheets/SheetCard.h"
-#include "ui/sheets/SheetStack.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
 #include <algorithm>
@@ -35,6 +35,12 @@ void tell(QWidget *widget, QAccessible::Event what)
     QAccessible::updateAccessibility(&event);
 }
 
+bool takesTab(const QWidget &widget, const QWidget *window)
+{
+    return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.focusProxy() == nullptr &&
+           widget.isEnabled() && widget.isVisibleTo(window);
+}
+
 bool isPlain(const QKeyEvent &event)
 {
     return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
@@ -58,6 +64,15 @@ Sheet::~Sheet()
         qApp->removeEventFilter(this);
 }
 
+bool Sheet::isOnTop() const
+{
+    const Sheet *top = nullptr;
+    for (QObject *child : parentWidget()->children())
+        if (const auto *sheet = qobject_cast<const Sheet *>(child); sheet != nullptr && sheet->isOpen())
+            top = sheet;
+    return top == this;
+}
+
 void Sheet::openSheet(QWidget *first)
 {
     m_guard.restart();
@@ -72,11 +87,10 @@ void Sheet::openSheet(QWidget *first)
     appear();
     arrange();
     m_card->scrollToStart();
-    // The focus moves before the rest is disabled, so that it does not wander on its own.
+    m_focus = first;
     first->setFocus(Qt::OtherFocusReason);
     if (hadFocus)
         tell(first, QAccessible::Focus);
-    updateSheetStack(parentWidget());
 }
 
 void Sheet::appear()
@@ -96,7 +110,6 @@ void Sheet::closeSheet()
         return;
     m_isOpen = false;
     qApp->removeEventFilter(this);
-    updateSheetStack(parentWidget());
     giveFocusBack();
     hide();
 }
@@ -118,35 +131,91 @@ void Sheet::giveFocusBack()
         focusNextPrevChild(true);
 }
 
+bool Sheet::isBehind(const QWidget *widget) const
+{
+    return parentWidget()->isAncestorOf(widget) && widget != parentWidget() && widget != this &&
+           !isAncestorOf(widget) && qobject_cast<const QMenuBar *>(widget) == nullptr;
+}
+
+void Sheet::takeFocusBack()
+{
+    if (m_focus && isAncestorOf(m_focus) && m_focus->isEnabled() && m_focus->isVisibleTo(this))
+        m_focus->setFocus(Qt::OtherFocusReason);
+    else
+        focusNextPrevChild(true);
+}
+
+bool Sheet::focusNextPrevChild(bool next)
+{
+    if (!m_isOpen)
+        return QWidget::focusNextPrevChild(next);
+    QWidget *const focus = parentWidget()->focusWidget();
+    QWidget *const start = isAncestorOf(focus) ? focus : this;
+    const auto follow = [next](const QWidget *part) {
+        return next ? part->nextInFocusChain() : part->previousInFocusChain();
+    };
+    for (QWidget *part = follow(start); part != start; part = follow(part)) {
+        if (!isAncestorOf(part) || !takesTab(*part, this))
+            continue;
+        part->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+    return false;
+}
+
 bool Sheet::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == parentWidget() && event->type() == QEvent::Resize)
         setGeometry(parentWidget()->rect());
-    if (!m_isOpen || !isEnabled() || !watched->isWidgetType())
+    if (!m_isOpen)
         return false;
-    auto *widget = static_cast<QWidget *>(watched);
-    if (widget != this && !isAncestorOf(widget))
-        return false;
+    auto *widget = qobject_cast<QWidget *>(watched->isWidgetType() ? watched : watched->parent());
     switch (event->type()) {
+    case QEvent::Shortcut:
+        return isBehind(widget) && isOnTop();
+    case QEvent::FocusIn:
+        return watched == widget && isOnTop() && handleFocusIn(*widget);
     case QEvent::KeyPress:
-        return handleKeyPress(*static_cast<QKeyEvent *>(event));
     case QEvent::ShortcutOverride:
-        if (!overridesShortcut(*static_cast<QKeyEvent *>(event)))
-            return false;
-        event->accept();
-        return true;
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
-        return !m_guard.takesInput();
-    case QEvent::FocusIn:
-        // The scroll area follows the focus only where it came from within.
-        m_card->bringIntoSight(widget);
+    case QEvent::LayoutRequest:
+        return watched == widget && (widget == this || isAncestorOf(widget)) && isOnTop() &&
+               handleInput(*event);
+    default:
         return false;
+    }
+}
+
+bool Sheet::handleFocusIn(QWidget &widget)
+{
+    if (isBehind(&widget)) {
+        takeFocusBack();
+        return true;
+    }
+    if (isAncestorOf(&widget)) {
+        m_focus = &widget;
+        // The scroll area follows the focus only where it came from within.
+        m_card->bringIntoSight(&widget);
+    }
+    return false;
+}
+
+bool Sheet::handleInput(QEvent &event)
+{
+    switch (event.type()) {
+    case QEvent::KeyPress:
+        return handleKeyPress(static_cast<const QKeyEvent &>(event));
+    case QEvent::ShortcutOverride:
+        if (!overridesShortcut(static_cast<const QKeyEvent &>(event)))
+            return false;
+        event.accept();
+        return true;
     case QEvent::LayoutRequest:
         QMetaObject::invokeMethod(this, &Sheet::arrange, Qt::QueuedConnection);
         return false;
     default:
-        return false;
+        return !m_guard.takesInput();
     }
 }
 

@@ -12,9 +12,11 @@ namespace morvane {
 class SheetCard;
 
 /// A question to the user that holds one window: it dims the window's content and shows a card in the middle.
-/// While it is open nothing else in that window can be used, and a click beside the card does nothing. The
-/// focus goes into the card when it opens and back to where it was when it closes. Input that comes before
-/// the user can have noticed the sheet is dropped.
+/// While it is open neither mouse nor keyboard reach anything else in that window: it covers the window,
+/// keeps the focus, and shortcuts of what lies below do nothing. Nothing below is disabled, so that assistive
+/// technology reads it as it is. The menu bar's commands (quit, new conversation) belong to the program and
+/// stay at hand. The focus goes into the card when the sheet opens and back to where it was when it closes.
+/// Input that comes before the user can have noticed the sheet is dropped.
 class Sheet : public QWidget {
     Q_OBJECT
 public:
@@ -23,6 +25,8 @@ public:
     ~Sheet() override;
 
     bool isOpen() const { return m_isOpen; }
+    /// Whether it is the one of the window's open sheets that takes input.
+    bool isOnTop() const;
     SheetCard *card() const { return m_card; }
 
 protected:
@@ -36,18 +40,24 @@ protected:
 
     bool eventFilter(QObject *watched, QEvent *event) override;
     bool event(QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    bool handleFocusIn(QWidget &widget);
+    bool handleInput(QEvent &event);
     bool handleKeyPress(const QKeyEvent &event);
     bool overridesShortcut(const QKeyEvent &event) const;
     void appear();
     void arrange();
+    bool isBehind(const QWidget *widget) const;
+    void takeFocusBack();
     void giveFocusBack();
 
     SheetCard *m_card;
     AnswerGuard m_guard;
+    QPointer<QWidget> m_focus; ///< Of this sheet's parts, the one that has the focus or had it last.
     QPointer<QWidget> m_previousFocus;
     bool m_isOpen = false;
 };

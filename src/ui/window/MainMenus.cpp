@@ -79,12 +79,12 @@ void MainMenus::addViewMenu()
     QAction *actual = menu->addAction(u"Usual Text Size"_s, &m_zoom, &ConversationZoom::actualSize);
     actual->setShortcut(Qt::CTRL | Qt::Key_0);
     const auto update = [this, in, out, actual] {
-        in->setEnabled(m_zoom.canZoomIn());
-        out->setEnabled(m_zoom.canZoomOut());
-        actual->setEnabled(!m_zoom.isActualSize());
+        in->setEnabled(m_zoom.canZoomIn() && !hasSheet());
+        out->setEnabled(m_zoom.canZoomOut() && !hasSheet());
+        actual->setEnabled(!m_zoom.isActualSize() && !hasSheet());
     };
     connect(&m_zoom, &ConversationZoom::changed, this, update);
-    update();
+    updateWithSheets(this, update);
     menu->addSeparator();
     QAction *latest =
         menu->addAction(u"Jump to the Latest Message"_s, &m_pane, &ConversationPane::jumpToLatest);
@@ -103,12 +103,10 @@ void MainMenus::addConversationMenu()
     menu->addSeparator();
     QAction *stop = menu->addAction(u"Stop Generating"_s, &m_model, &AppModel::cancel);
     stop->setShortcut(Qt::Key_Escape);
-    stop->setEnabled(false);
     // While a sheet asks something, Escape belongs to it.
     const auto update = [this, stop] { stop->setEnabled(m_model.canCancel() && !hasSheet()); };
     connect(&m_model, &AppModel::isBusyChanged, stop, update);
-    connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, stop, update);
-    connect(&m_model.questions(), &Questions::pendingQuestionChanged, stop, update);
+    updateWithSheets(stop, update);
 }
 
 void MainMenus::addHelpMenu()
@@ -120,7 +118,8 @@ void MainMenus::addHelpMenu()
 
 bool MainMenus::hasSheet() const
 {
-    return m_model.gate().pendingToolCall() || m_model.questions().pendingQuestion();
+    return m_model.gate().pendingToolCall() || m_model.questions().pendingQuestion() ||
+           m_model.showOnboarding();
 }
 
 void MainMenus::needConversation(QAction *action)
@@ -128,8 +127,14 @@ void MainMenus::needConversation(QAction *action)
     const auto update = [this, action] { action->setEnabled(!m_model.messages().isEmpty() && !hasSheet()); };
     connect(&m_model.transcript(), &Transcript::messagesReset, action, update);
     connect(&m_model.transcript(), &Transcript::messageAppended, action, update);
-    connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, action, update);
-    connect(&m_model.questions(), &Questions::pendingQuestionChanged, action, update);
+    updateWithSheets(action, update);
+}
+
+void MainMenus::updateWithSheets(QObject *context, const std::function<void()> &update)
+{
+    connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, context, update);
+    connect(&m_model.questions(), &Questions::pendingQuestionChanged, context, update);
+    connect(&m_model, &AppModel::showOnboardingChanged, context, update);
     update();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <functional>
 
 class QAction;
 class QMainWindow;
@@ -34,6 +35,8 @@ private:
     void fillConversations(QMenu *menu);
     /// Keeps an action to the times when no sheet asks something and the conversation has messages.
     void needConversation(QAction *action);
+    /// Calls `update` now and whenever a sheet may have begun or ended to ask something.
+    void updateWithSheets(QObject *context, const std::function<void()> &update);
     bool hasSheet() const;
 
     QMainWindow &m_window;

@@ -2,6 +2,7 @@
 
 #include <QLineEdit>
 #include <QScrollBar>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -53,6 +54,17 @@ TEST_F(AccessibleEventsTest, AScrollBarSpeaksOnlyWhileItIsHeld)
     EXPECT_FALSE(isTold(bar, QAccessible::ObjectShow));
     bar->setSliderDown(true);
     EXPECT_TRUE(isToldToReaders(QAccessibleValueChangeEvent(bar, 50)));
+}
+
+TEST_F(AccessibleEventsTest, AFocusThatIsGoneAgainIsNotTold)
+{
+    auto *other = new QLineEdit(part);
+    part->show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    field->setFocus();
+    EXPECT_TRUE(isTold(field, QAccessible::Focus));
+    EXPECT_FALSE(isTold(other, QAccessible::Focus));
 }
 
 TEST_F(AccessibleEventsTest, SilenceHoldsForAllPartsAndEnds)

@@ -62,19 +62,78 @@ TEST_F(SheetsTest, NothingBehindCanBeClicked)
     EXPECT_TRUE(permission->isAncestorOf(focus()));
 }
 
-TEST_F(SheetsTest, NothingBehindCanBePressedByAssistiveTechnology)
+TEST_F(SheetsTest, AssistiveTechnologyReadsWhatLiesBehindAsItIs)
 {
     requestWrite();
-    EXPECT_TRUE(accessible(behind)->state().disabled);
-    accessible(behind)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_EQ(pressedBehind, 0);
+    EXPECT_FALSE(accessible(behind)->state().disabled);
+    EXPECT_FALSE(accessible(draft)->state().disabled);
+    EXPECT_TRUE(accessible(draft)->state().editable);
+    EXPECT_TRUE(window->centralWidget()->isEnabled());
 }
 
 TEST_F(SheetsTest, NothingBehindTakesTheFocusByItself)
 {
     requestWrite();
+    QWidget *const first = focus();
+    ASSERT_TRUE(permission->isAncestorOf(first));
+    draft->setFocus();
+    EXPECT_EQ(focus(), first);
+    accessible(behind)->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
+    EXPECT_EQ(focus(), first);
+    notice();
+    type(u"abc"_s);
+    EXPECT_EQ(draft->toPlainText(), QString());
+}
+
+TEST_F(SheetsTest, TheFocusComesBackToAnotherPartWhenTheOneThatHadItIsGone)
+{
+    requestWrite();
+    QWidget *const first = focus();
+    notice();
+    press(Qt::Key_Tab);
+    ASSERT_NE(focus(), first);
+    focus()->hide();
     draft->setFocus();
     EXPECT_TRUE(permission->isAncestorOf(focus()));
+    EXPECT_TRUE(focus()->isVisible());
+}
+
+TEST_F(SheetsTest, TabGoesRoundWithinTheSheetInBothDirections)
+{
+    requestWrite();
+    notice();
+    const QList<QWidget *> stops = tabStops();
+    EXPECT_GE(stops.size(), 4);
+    for (const QWidget *stop : stops)
+        EXPECT_TRUE(permission->isAncestorOf(stop));
+    for (qsizetype i = stops.size() - 1; i >= 0; --i) {
+        press(Qt::Key_Backtab, Qt::ShiftModifier);
+        EXPECT_EQ(focus(), stops.at(i));
+    }
+}
+
+TEST_F(SheetsTest, ShortcutsOfWhatLiesBehindDoNothing)
+{
+    int used = 0;
+    QObject::connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_B), window->centralWidget()),
+                     &QShortcut::activated, window.get(), [&used] { ++used; });
+    auto *action = new QAction(behind);
+    action->setShortcut(Qt::CTRL | Qt::Key_D);
+    behind->addAction(action);
+    QObject::connect(action, &QAction::triggered, window.get(), [&used] { ++used; });
+    behind->setText(u"&Behind"_s);
+    const auto pressAll = [this] {
+        press(Qt::Key_B, Qt::ControlModifier);
+        press(Qt::Key_D, Qt::ControlModifier);
+        press(Qt::Key_B, Qt::AltModifier);
+    };
+    requestWrite();
+    notice();
+    pressAll();
+    EXPECT_EQ(used + pressedBehind, 0);
+    press(Qt::Key_Escape);
+    pressAll();
+    EXPECT_TRUE(waitUntil([&] { return used == 2 && pressedBehind == 1; })) << used << ' ' << pressedBehind;
 }
 
 TEST_F(SheetsTest, WhatWasDisabledBeforeStaysDisabledAfterwards)
@@ -231,13 +290,16 @@ TEST_F(SheetsTest, SheetAboveAnotherTakesTheInputAndGivesItBack)
     auto allowed = requestWrite();
     notice();
     EXPECT_TRUE(permission->isAncestorOf(focus()));
-    EXPECT_FALSE(question->isEnabled());
+    EXPECT_FALSE(question->isOnTop());
+    named<QPushButton>(u"Answer: One"_s)->setFocus();
+    EXPECT_TRUE(permission->isAncestorOf(focus()));
     press(Qt::Key_Return);
     EXPECT_TRUE(allowed.done());
     EXPECT_FALSE(answer.done());
-    EXPECT_TRUE(question->isEnabled());
+    EXPECT_TRUE(question->isOnTop());
     EXPECT_TRUE(question->isAncestorOf(focus()));
-    EXPECT_FALSE(draft->isEnabled());
+    draft->setFocus();
+    EXPECT_TRUE(question->isAncestorOf(focus()));
     press(Qt::Key_Return);
     EXPECT_TRUE(answer.done());
     EXPECT_EQ(focus(), draft);
@@ -249,11 +311,10 @@ TEST_F(SheetsTest, SheetBelowAnotherMayCloseFirst)
     requestWrite();
     notice();
     model->questions().resolveQuestion(u"One"_s);
+    draft->setFocus();
     EXPECT_TRUE(permission->isAncestorOf(focus()));
-    EXPECT_FALSE(draft->isEnabled());
     press(Qt::Key_Escape);
     EXPECT_EQ(focus(), draft);
-    EXPECT_TRUE(draft->isEnabled());
 }
 
 } // namespace
