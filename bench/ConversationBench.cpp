@@ -1,6 +1,7 @@
 // What the conversation view costs: opening 5,000 messages, scrolling them from end to end, looking for a
-// word in them, copying them all, and an answer of 100,000 one-word tokens without a line end that streams in
-// and is then formatted. Off screen; prints JSON, times in milliseconds.
+// word in them, copying them all, copying one message of a megabyte and a part of it, and an answer of
+// 100,000 one-word tokens without a line end that streams in and is then formatted. Off screen; prints JSON,
+// times in milliseconds.
 
 #include "MeasuredApplication.h"
 #include "ProcMegabytes.h"
@@ -21,6 +22,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QScrollBar>
+#include <QTest>
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
@@ -120,6 +122,64 @@ double percentile(std::vector<qint64> times, double share)
     return milliseconds(times[static_cast<std::size_t>(last * share)]);
 }
 
+/// One answer of the words of many.
+QString megabyte(const QList<ChatMessage> &messages)
+{
+    QString text;
+    for (const ChatMessage &message : messages)
+        if (message.role == Role::assistant && text.size() < 1'000'000)
+            text += message.text + u"\n\n"_s;
+    return text;
+}
+
+/// Selects with the mouse from the middle of what is in sight to its end, and with the keyboard on to the
+/// end.
+void selectFromWithin(ChatScrollView &view)
+{
+    view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 50);
+    settle(300);
+    const QPoint middle = view.viewport()->rect().center();
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, middle);
+    QTest::mouseMove(view.viewport(), middle + QPoint(0, 40));
+    view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum());
+    settle(300);
+    const QPoint end = view.viewport()->rect().bottomRight() - QPoint(30, 30);
+    QTest::mouseMove(view.viewport(), end);
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, end);
+}
+
+struct Copy {
+    qsizetype letters = 0;
+    double time = 0;      ///< Until they are on the clipboard, in milliseconds.
+    double stall = 0;     ///< The longest hold of the main thread,
+    double processor = 0; ///< and the same in processor time.
+};
+
+Copy copySelection(MeasuredApplication &application, ChatScrollView &view)
+{
+    settle(100);
+    QApplication::clipboard()->clear();
+    application.longest = application.longestProcessor = 0;
+    QElapsedTimer timer;
+    timer.start();
+    const qint64 begin = threadTime();
+    view.copy();
+    const qint64 call = timer.nsecsElapsed();
+    const qint64 processor = threadTime() - begin;
+    while (QApplication::clipboard()->text().isEmpty())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return {.letters = QApplication::clipboard()->text().size(),
+            .time = milliseconds(timer.nsecsElapsed()),
+            .stall = milliseconds(std::max(application.longest, call)),
+            .processor = milliseconds(std::max(application.longestProcessor, processor))};
+}
+
+void print(const char *name, const Copy &copy)
+{
+    std::printf("\"%s\": {\"letters\": %lld, \"time\": %.1f, \"stall\": %.2f, \"stallProcessor\": %.2f}, ",
+                name, static_cast<long long>(copy.letters), copy.time, copy.stall, copy.processor);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -162,28 +222,34 @@ int main(int argc, char **argv)
     FindSession find(scheduler, transcript);
     QObject::connect(&find, &FindSession::reached, &view,
                      [&](const FoundText &found) { view.showMatch(found, find.words()); });
-    application.longest = 0;
+    application.longest = application.longestProcessor = 0;
     timer.start();
+    const qint64 searchBegin = threadTime();
     find.search(u"a"_s, 0); // in every message, many times
+    const qint64 searchProcessor = threadTime() - searchBegin;
     const qint64 searchCall = timer.nsecsElapsed();
     while (!find.count())
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     const double findTime = milliseconds(timer.nsecsElapsed());
     settle(100);
     const double findStall = milliseconds(std::max(application.longest, searchCall));
+    const double findProcessor = milliseconds(std::max(application.longestProcessor, searchProcessor));
     find.search({}, 0);
     view.selectAll();
     settle(100);
-    application.longest = 0;
-    QApplication::clipboard()->clear();
-    timer.start();
-    view.copy();
-    const qint64 copyCall = timer.nsecsElapsed();
-    while (QApplication::clipboard()->text().isEmpty())
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    const double copyTime = milliseconds(timer.nsecsElapsed());
-    const double copyStall = milliseconds(std::max(application.longest, copyCall));
-    const qsizetype copied = QApplication::clipboard()->text().size();
+    const Copy copy = copySelection(application, view);
+    const double memoryCopied = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
+
+    const QList<ChatMessage> conversation = transcript.messages();
+    transcript.reset({sampleMessage(Role::user, u"A megabyte, please."_s),
+                      sampleMessage(Role::assistant, megabyte(conversation))});
+    settle(300);
+    view.selectAll();
+    const Copy copyOfOne = copySelection(application, view);
+    selectFromWithin(view);
+    const Copy copyOfPart = copySelection(application, view);
+    transcript.reset(conversation);
+    settle(300);
 
     transcript.append(sampleMessage(Role::user, u"Now a very long answer."_s));
     ChatMessage answer = sampleMessage(Role::assistant, QString());
@@ -211,9 +277,13 @@ int main(int argc, char **argv)
     std::printf("\"scrollFrames\": {\"p50\": %.2f, \"p99\": %.2f, \"max\": %.2f}, \"memoryMoreMB\": %.1f, ",
                 percentile(frames, 0.5), percentile(frames, 0.99), percentile(frames, 1.0),
                 memoryAfter - memoryBefore);
-    std::printf("\"findTime\": %.1f, \"findStall\": %.2f, \"copyAll\": {\"letters\": %lld, \"time\": %.1f, "
-                "\"stall\": %.2f}, ",
-                findTime, findStall, static_cast<long long>(copied), copyTime, copyStall);
+    std::printf("\"findTime\": %.1f, \"findStall\": %.2f, \"findStallProcessor\": %.2f, ", findTime,
+                findStall, findProcessor);
+    print("copyAll", copy);
+    print("copyOneOfAMegabyte", copyOfOne);
+    print("copyAPartOfIt", copyOfPart);
+    std::printf("\"memoryMoreWithFindAndCopyMB\": %.1f, \"peakOfAllMB\": %.1f, ", memoryCopied - memoryBefore,
+                procMegabytes(u"self"_s, "status", "VmHWM"));
     std::printf("\"streamTokens\": %d, \"streamProcessorSeconds\": %.2f, ", tokenCount, streamProcessor);
     std::printf("\"longestStall\": %.2f, \"longestStallProcessor\": %.2f, ", longestStall, longestProcessor);
     std::printf("\"finishStall\": %.2f, \"finishStallProcessor\": %.2f}\n", finishStall, finishProcessor);

@@ -3,11 +3,9 @@
 #include "base/Text.h"
 #include "ui/markdown/MarkdownSegmenter.h"
 #include "ui/markdown/PlainTextSegmenter.h"
-#include "ui/markdown/SegmentText.h"
 
 #include <QStringList>
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -125,22 +123,13 @@ QString separatorBetween(QStringView text, const SegmentLayout &above, const Seg
     return between.contains(u'\n') ? u"\n"_s : between.mid(1).toString();
 }
 
-QString wholeText(const ChatMessage &message)
+RowLayout rowOf(const ChatMessage &message)
 {
-    QString whole;
-    std::optional<SegmentLayout> above;
-    for (const RowPart part : messageParts(message)) {
-        const QString text = partText(message, part);
-        QString references;
-        for (const TextSegment &segment : partSegments(message, part, references)) {
-            const SegmentLayout layout{.segment = segment, .part = part};
-            if (above)
-                whole += separatorBetween(text, *above, layout);
-            whole += shownText(text, segment, references);
-            above = layout;
-        }
-    }
-    return whole;
+    RowLayout row;
+    for (const RowPart part : messageParts(message))
+        for (const TextSegment &segment : partSegments(message, part, row.references))
+            row.segments.append({.segment = segment, .part = part});
+    return row;
 }
 
 } // namespace morvane

@@ -27,7 +27,7 @@ QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QStrin
 /// What is copied between two segments of a row; `text` is that of the lower one's part.
 QString separatorBetween(QStringView text, const SegmentLayout &above, const SegmentLayout &below);
 
-/// All that a message's row shows, without formatting.
-QString wholeText(const ChatMessage &message);
+/// A message's row, cut into segments and not laid out. Any thread.
+RowLayout rowOf(const ChatMessage &message);
 
 } // namespace morvane

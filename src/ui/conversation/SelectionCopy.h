@@ -1,24 +1,16 @@
 #pragma once
 
-#include "model/ChatMessage.h"
+#include "ui/conversation/SelectionReader.h"
 
 #include <QClipboard>
 #include <QList>
 #include <QObject>
-#include <QString>
 #include <QTimer>
-#include <variant>
 
 namespace morvane {
 
-/// A row of what is selected: its text, or the message of which everything is.
-using SelectedRow = std::variant<QString, ChatMessage>;
-
-/// The text of such rows, with an empty line between them.
-QString textOf(const QList<SelectedRow> &rows);
-
 /// Puts what is selected on a clipboard: at once where it is little, and otherwise in pieces that hold nobody
-/// up. The rows are as they were when copying began, whatever becomes of the conversation.
+/// up.
 class SelectionCopy : public QObject {
     Q_OBJECT
 public:
@@ -32,9 +24,7 @@ private:
 
     QClipboard::Mode m_mode;
     QTimer m_timer;
-    QList<SelectedRow> m_rows;
-    qsizetype m_next = 0;
-    QStringList m_texts;
+    SelectionReader m_reader;
 };
 
 } // namespace morvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/conversation/SelectionCopy.h"
 #include "ui/conversation/TextHit.h"
 #include "ui/conversation/TextSelection.h"
 
@@ -27,7 +28,7 @@ public:
     SelectionGestures(ConversationLayout &layout, ConversationScroll &scroll, QWidget &viewport);
 
     const TextSelection &selection() const { return m_selection; }
-    QString selectedText() const { return textOf(m_selection.rows(m_layout)); }
+    QString selectedText() const { return SelectionReader::wholeText(m_selection.rows(m_layout)); }
     /// Puts what is selected on the clipboard.
     void copy() { m_clipboard.copy(m_selection.rows(m_layout)); }
     void clear();

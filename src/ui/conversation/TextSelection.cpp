@@ -59,23 +59,31 @@ std::optional<SelectedRange> TextSelection::range(const ConversationItem &item, 
                          .to = segment == last.segment ? last.position : -1};
 }
 
-QString TextSelection::rowText(ConversationLayout &layout, const ConversationItem &item,
-                               const TextPosition &from, const TextPosition &to) const
+SelectedRow TextSelection::stretch(ConversationLayout &layout, const ConversationItem &item,
+                                   const TextPosition &from, const TextPosition &to) const
 {
-    const qsizetype last = qMin(to.segment, layout.row(item).segments.size() - 1);
-    QString text;
-    for (qsizetype segment = from.segment; segment <= last; ++segment) {
+    const RowLayout row = layout.row(item);
+    const qsizetype last = qMin(to.segment, row.segments.size() - 1);
+    const auto textIn = [&](qsizetype segment) {
         const auto selected = range(item, segment);
         if (!selected)
-            continue;
-        if (segment > from.segment)
-            text += layout.separatorAbove(item, segment);
-        if (selected->from == 0 && selected->to < 0)
-            text += layout.plainText(item, segment);
-        else
-            text += selectedText(layout.document(item, segment), *selected);
+            return QString();
+        const bool isWhole = selected->from == 0 && selected->to < 0;
+        return isWhole ? layout.plainText(item, segment)
+                       : selectedText(layout.document(item, segment), *selected);
+    };
+    if (from.segment == last || item.kind != ConversationItem::Kind::message) {
+        QString text = textIn(from.segment);
+        for (qsizetype segment = from.segment + 1; segment <= last; ++segment)
+            text += layout.separatorAbove(item, segment) + textIn(segment);
+        return text;
     }
-    return text;
+    return SelectedStretch{.message = m_content.message(item),
+                           .row = row,
+                           .first = from.segment + 1,
+                           .last = last - 1,
+                           .head = textIn(from.segment),
+                           .tail = textIn(last)};
 }
 
 QList<SelectedRow> TextSelection::rows(ConversationLayout &layout) const
@@ -91,9 +99,10 @@ QList<SelectedRow> TextSelection::rows(ConversationLayout &layout) const
         const TextPosition from = row == first ? ends->first.position : TextPosition();
         const TextPosition to = row == last ? ends->last.position : TextPosition::rowEnd();
         const bool isWhole = from == TextPosition() && to == TextPosition::rowEnd();
+        const bool isMessage = item.kind == ConversationItem::Kind::message;
         if (!isWhole)
-            rows.append(rowText(layout, item, from, to));
-        else if (item.kind == ConversationItem::Kind::message)
+            rows.append(stretch(layout, item, from, to));
+        else if (isMessage)
             rows.append(m_content.message(item));
         else
             rows.append(m_content.text(item));

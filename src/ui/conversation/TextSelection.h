@@ -1,9 +1,9 @@
 #pragma once
 
 #include "ui/conversation/ConversationItem.h"
-#include "ui/conversation/SelectionCopy.h"
+#include "ui/conversation/SelectedRow.h"
 
-#include <QString>
+#include <QList>
 #include <compare>
 #include <limits>
 #include <optional>
@@ -69,8 +69,8 @@ private:
         TextPlace last;
     };
     std::optional<Ends> ends() const;
-    QString rowText(ConversationLayout &layout, const ConversationItem &item, const TextPosition &from,
-                    const TextPosition &to) const;
+    SelectedRow stretch(ConversationLayout &layout, const ConversationItem &item, const TextPosition &from,
+                        const TextPosition &to) const;
 
     const ConversationContent &m_content;
     std::optional<TextPlace> m_anchor;
