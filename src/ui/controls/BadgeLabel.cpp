@@ -13,12 +13,10 @@ constexpr int verticalPadding = 2;
 
 } // namespace
 
-BadgeLabel::BadgeLabel(const QString &text, QWidget *parent) : QLabel(parent)
+BadgeLabel::BadgeLabel(const QString &text, QWidget *parent) : LineLabel(Qt::PlainText, parent)
 {
-    setTextFormat(Qt::PlainText);
     setText(text);
     setContentsMargins(horizontalPadding, verticalPadding, horizontalPadding, verticalPadding);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
 }
 
 void BadgeLabel::paintEvent(QPaintEvent *event)
@@ -29,7 +27,8 @@ void BadgeLabel::paintEvent(QPaintEvent *event)
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(colors.userBubble);
-        painter.drawRoundedRect(rect(), height() / 2.0, height() / 2.0);
+        const qreal radius = (fontMetrics().height() + 2 * verticalPadding) / 2.0;
+        painter.drawRoundedRect(rect(), radius, radius);
     }
     QLabel::paintEvent(event);
 }

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace morvane {
 
@@ -62,20 +64,30 @@ int FlowLayout::layOut(const QRect &rect, Mode mode) const
     const QRect content = rect.marginsRemoved(contentsMargins());
     QPoint corner = content.topLeft();
     int rowHeight = 0;
+    std::vector<std::pair<QLayoutItem *, QRect>> row;
+    const auto endRow = [&] {
+        for (const auto &[item, place] : row)
+            if (mode == Mode::place) // what is lower stands in the middle of the row
+                item->setGeometry(place.translated(0, (rowHeight - place.height()) / 2));
+        row.clear();
+    };
     for (const auto &item : m_items) {
         if (item->isEmpty())
             continue;
         const QSize hint = item->sizeHint();
-        const QSize size(std::min(hint.width(), content.width()), hint.height());
+        const int width = std::min(hint.width(), content.width());
+        const bool wraps = width < hint.width() && item->hasHeightForWidth();
+        const QSize size(width, wraps ? item->heightForWidth(width) : hint.height());
         if (rowHeight > 0 && corner.x() + size.width() > content.right() + 1) {
+            endRow();
             corner = {content.left(), corner.y() + rowHeight + spacing()};
             rowHeight = 0;
         }
-        if (mode == Mode::place)
-            item->setGeometry(QRect(corner, size));
+        row.emplace_back(item.get(), QRect(corner, size));
         corner.rx() += size.width() + spacing();
         rowHeight = std::max(rowHeight, size.height());
     }
+    endRow();
     return corner.y() + rowHeight - rect.top() + contentsMargins().bottom();
 }
 

@@ -19,6 +19,8 @@ namespace morvane {
 
 namespace {
 
+constexpr int fieldSpacing = 6;
+
 /// The user has asked for this sheet, so that nothing typed can be meant for something else: as much time has
 /// passed at every look as the sheet's guard wants.
 SteadyNow alwaysReady()
@@ -42,6 +44,7 @@ QVBoxLayout *newColumn(QWidget *part)
 {
     auto *column = new QVBoxLayout(part);
     column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(fieldSpacing);
     return column;
 }
 
@@ -58,7 +61,10 @@ AddMCPServerView::AddMCPServerView(MCPManager &manager, QWidget *window)
     card()->setAccessibleName(u"Add Tool Server"_s);
     auto *content = card()->content();
     content->addWidget(header);
-    addField(content, m_name, u"Server name"_s, u"Name (for example: My Files)"_s);
+    auto *name = new QVBoxLayout;
+    name->setSpacing(fieldSpacing);
+    content->addLayout(name);
+    addField(name, m_name, u"Server name"_s, u"Name (for example: My Files)"_s);
     content->addWidget(m_transport);
     content->addWidget(m_local);
     content->addWidget(m_remote);

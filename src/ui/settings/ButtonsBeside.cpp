@@ -61,6 +61,7 @@ void ButtonsBeside::arrange()
     const bool beside = atTheRight <= room * mostForButtons;
     const auto below = inRow <= room ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
     m_parts->setDirection(beside ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    m_parts->setStretch(0, beside ? 1 : 0); // of the width only; there is height to spare for nobody
     m_buttons->setDirection(beside ? m_atTheRight : below);
     m_buttons->setAlignment(beside ? Qt::AlignTop : Qt::AlignTop | Qt::AlignLeading);
 }

@@ -4,11 +4,11 @@
 #include "mcp/MCPManager.h"
 #include "ui/controls/WrappingCheckBox.h"
 #include "ui/settings/QuietText.h"
+#include "ui/theme/CardPainting.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
@@ -23,7 +23,6 @@ namespace {
 
 constexpr int rowPadding = 12;
 constexpr int rowSpacing = 4;
-constexpr qreal rowRadius = 10;
 /// Names and commands come from a file, too, where anything can stand; in characters.
 constexpr qsizetype longestName = 200;
 constexpr qsizetype longestDetail = 1'000;
@@ -140,12 +139,7 @@ void MCPServerRow::copyStatus()
 
 void MCPServerRow::paintEvent(QPaintEvent *)
 {
-    const ThemeColors colors = ThemeColors::fromPalette(palette());
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(colors.border);
-    painter.setBrush(colors.surface);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), rowRadius, rowRadius);
+    paintCard(*this);
 }
 
 } // namespace morvane

@@ -70,7 +70,7 @@ QWidget *MCPServersView::makeHeader()
     m_add->setAccessibleName(u"Add a tool server"_s);
     auto *title = new HeadingLabel(u"Tool Servers"_s, HeadingLabel::Level::title);
     auto *titleRow = new QHBoxLayout;
-    titleRow->addWidget(new SymbolLabel(Symbol::puzzle, &ThemeColors::accent), 0, Qt::AlignTop);
+    titleRow->addWidget(new SymbolLabel(Symbol::puzzle, &ThemeColors::accent));
     titleRow->addWidget(title, 1);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(reconnect);

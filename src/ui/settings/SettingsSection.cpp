@@ -1,9 +1,7 @@
 #include "ui/settings/SettingsSection.h"
 
 #include "ui/controls/AccessibleRole.h"
-#include "ui/theme/ThemeColors.h"
-
-#include <QPainter>
+#include "ui/theme/CardPainting.h"
 
 namespace morvane {
 
@@ -12,7 +10,6 @@ namespace {
 constexpr int padding = 16;
 constexpr int spacing = 8;
 constexpr int gap = 8;
-constexpr qreal radius = 10;
 
 } // namespace
 
@@ -47,12 +44,7 @@ void SettingsSection::addGap()
 
 void SettingsSection::paintEvent(QPaintEvent *)
 {
-    const ThemeColors colors = ThemeColors::fromPalette(palette());
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(colors.border);
-    painter.setBrush(colors.surface);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    paintCard(*this);
 }
 
 } // namespace morvane

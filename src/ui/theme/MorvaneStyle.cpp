@@ -238,6 +238,7 @@ int MorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, co
     case PM_ScrollBarSliderMin:
         return minimumScrollHandle;
     case PM_ButtonIconSize:
+    case PM_TabBarIconSize:
         // Symbols are read like the text beside them and grow with it.
         return (widget ? widget->fontMetrics() : QFontMetrics(QApplication::font())).height() * 9 / 8;
     case PM_SliderLength:

@@ -3,7 +3,10 @@
 #include "app/AppModel.h"
 #include "app/BrowserWindowPort.h"
 #include "store/SettingsStore.h"
+#include "ui/controls/BadgeLabel.h"
+#include "ui/controls/FlowLayout.h"
 #include "ui/controls/HoverText.h"
+#include "ui/controls/LineLabel.h"
 #include "ui/theme/AppMark.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
@@ -21,23 +24,21 @@ namespace {
 
 constexpr int markSize = 32;
 constexpr int margin = 12;
+constexpr int gap = 8;
 
 } // namespace
 
 HeaderView::HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidget *parent)
-    : QWidget(parent), m_model(model), m_title(new QLabel), m_subagent(new QLabel)
+    : QWidget(parent), m_model(model), m_title(new LineLabel(Qt::RichText)), m_subagent(new BadgeLabel({}))
 {
-    m_title->setTextFormat(Qt::RichText);
-    m_subagent->setTextFormat(Qt::PlainText);
-    m_subagent->setFrameShape(QFrame::StyledPanel);
-    m_subagent->setContentsMargins(8, 2, 8, 2);
 
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(margin + markSize + margin, 8, margin, 8);
-    row->setSpacing(8);
-    row->addWidget(m_title);
-    row->addWidget(m_subagent);
-    row->addStretch();
+    row->setSpacing(gap);
+    auto *texts = new FlowLayout(gap); // in a narrow window one below the other
+    texts->addWidget(m_title);
+    texts->addWidget(m_subagent);
+    row->addLayout(texts, 1);
 
     auto *browser = addButton(symbolIcon(Symbol::globe), u"Morvane Browser"_s);
     browser->setEnabled(browserWindow.isAvailable());

@@ -6,6 +6,7 @@
 #include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/WrappingButton.h"
+#include "ui/theme/CardPainting.h"
 
 #include <QVBoxLayout>
 
@@ -14,11 +15,10 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
-    : QFrame(parent), m_model(model), m_text(new NoteLabel({}, NoteLabel::Tone::plain)),
+    : QWidget(parent), m_model(model), m_text(new NoteLabel({}, NoteLabel::Tone::plain)),
       m_bar(new DownloadProgressBar), m_error(new NoteLabel({}, NoteLabel::Tone::error)),
       m_buttons(new QWidget)
 {
-    setFrameShape(QFrame::StyledPanel);
     m_error->setSymbol(Symbol::octagonExclamation);
 
     auto *install = new WrappingButton(u"Install the built-in local model"_s);
@@ -33,7 +33,7 @@ LocalModelCard::LocalModelCard(AppModel &model, QWidget *parent)
     row->addWidget(connectProvider);
 
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(14, 12, 14, 12);
+    column->setContentsMargins(16, 16, 16, 16);
     for (QWidget *part : std::initializer_list<QWidget *>{m_text, m_bar, m_error, m_buttons})
         column->addWidget(part);
 
@@ -67,6 +67,11 @@ void LocalModelCard::updateState()
     m_error->setText(u"Local model error: "_s + labelText(info.error));
     m_error->setVisible(!isWorking && !info.running && !info.error.isEmpty());
     m_buttons->setVisible(!info.running && !isWorking);
+}
+
+void LocalModelCard::paintEvent(QPaintEvent *)
+{
+    paintCard(*this);
 }
 
 } // namespace morvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QFrame>
+#include <QWidget>
 
 namespace morvane {
 
@@ -9,13 +9,16 @@ class DownloadProgressBar;
 class NoteLabel;
 
 /// The state of the local model on the welcome screen, and the way to set it up.
-class LocalModelCard : public QFrame {
+class LocalModelCard : public QWidget {
     Q_OBJECT
 public:
     explicit LocalModelCard(AppModel &model, QWidget *parent = nullptr);
 
 Q_SIGNALS:
     void settingsRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     void updateState();

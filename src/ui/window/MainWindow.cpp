@@ -144,10 +144,11 @@ void MainWindow::showSettings()
 
 void MainWindow::showAbout()
 {
-    auto *box = new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s,
-                                u"Morvane %1\n\nA desktop AI agent for one person on one computer."_s.arg(
-                                    QApplication::applicationVersion()),
-                                QMessageBox::Close, this);
+    auto *box =
+        new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s,
+                        u"<h3>Morvane %1</h3>A desktop AI agent for one person on one computer."_s.arg(
+                            QApplication::applicationVersion().toHtmlEscaped()),
+                        QMessageBox::Close, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIconPixmap(windowIcon().pixmap(64, 64));
     box->open();

@@ -1,12 +1,17 @@
 #include "MainWindowFixture.h"
 
+#include "support/AskForPermit.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/sheets/PermissionView.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/ConversationListView.h"
+#include "ui/window/ConversationPane.h"
 #include "ui/window/EditMenu.h"
+#include "ui/window/HeaderView.h"
 #include "ui/window/ShortcutList.h"
 
 #include <QAbstractButton>
+#include <QLabel>
 #include <QListView>
 #include <QListWidget>
 #include <QScreen>
@@ -144,6 +149,28 @@ TEST_F(MainWindowTest, EscapeTakesBackAMessageThatWaitsForTheLocalModel)
     EXPECT_FALSE(stop->isEnabled());
 }
 
+TEST_F(MainWindowTest, WhileASheetAsksTheKeysOfTheConversationDoNothing)
+{
+    save(u"A"_s, {message(Role::user, u"one"_s), message(Role::assistant, u"two"_s)});
+    showNewest();
+    const auto pressAll = [this] {
+        QTest::keyClick(window->windowHandle(), Qt::Key_Equal, Qt::ControlModifier);
+        QTest::keyClick(window->windowHandle(), Qt::Key_F, Qt::ControlModifier);
+        settle();
+    };
+    const auto answer = scheduler.spawn(askForPermit(&model->gate(), toolCall(u"write_file"_s)));
+    settle();
+    ASSERT_TRUE(part<PermissionView>()->isOpen());
+    pressAll();
+    EXPECT_EQ(part<ChatScrollView>()->zoom(), 100);
+    EXPECT_FALSE(part<ConversationPane>()->isFinding());
+    model->gate().resolvePermission(false, false);
+    settle();
+    pressAll();
+    EXPECT_EQ(part<ChatScrollView>()->zoom(), 110);
+    EXPECT_TRUE(part<ConversationPane>()->isFinding());
+}
+
 TEST_F(MainWindowTest, SizeAndSplitAreRemembered)
 {
     show();
@@ -173,6 +200,41 @@ TEST_F(MainWindowTest, TheFirstWindowFitsTheScreen)
     EXPECT_LE(window->width(), room.width());
     EXPECT_LT(window->height(), room.height());
     EXPECT_LE(window->minimumHeight(), room.height());
+}
+
+TEST_F(MainWindowTest, TheHeaderCutsNothingInLargeType)
+{
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSize(20);
+    QApplication::setFont(large);
+    settings->setProviderID(ProviderID::ollama); // the one with the longest name
+    restart();
+    window->resize(760, 720);
+    show();
+    const auto expectWhole = [this](qsizetype count) {
+        qsizetype visible = 0;
+        for (const QLabel *label : part<HeaderView>()->findChildren<QLabel *>()) {
+            if (!label->isVisible())
+                continue;
+            ++visible;
+            EXPECT_GE(label->width(), label->minimumSizeHint().width()) << label->text().toStdString();
+            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+        }
+        EXPECT_EQ(visible, count);
+        EXPECT_EQ(window->width(), 760);
+    };
+    expectWhole(1);
+    settings->setProviderID(ProviderID::custom);
+    settings->setCustomBaseURL(u"http://127.0.0.1:1"_s);
+    service.willTurn(FakeAIService::calls(
+        {toolCall(u"task"_s, R"({"subagent":"researcher","description":"Look it up"})")}));
+    neverAnswer();
+    model->send(u"Hello"_s, {});
+    settle();
+    ASSERT_EQ(model->subagents().label(), u"Researcher is working…"_s);
+    expectWhole(2);
+    QApplication::setFont(usual);
 }
 
 TEST_F(MainWindowTest, TheEditMenuOffersWhatCanBeDone)

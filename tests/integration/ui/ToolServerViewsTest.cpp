@@ -94,6 +94,20 @@ TEST_F(ToolServerViewsTest, WithoutServersTheViewSaysWhatTheyAre)
     EXPECT_EQ(named<QPushButton>(u"Add a tool server"_s)->text(), u"Add Server");
 }
 
+TEST_F(ToolServerViewsTest, TheHeaderTakesNoMoreRoomThanItNeedsInLargeType)
+{
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSize(20);
+    QApplication::setFont(large);
+    open();
+    view->resize(760, 720);
+    showServers();
+    const auto *title = named<QLabel>(u"Tool Servers"_s);
+    EXPECT_LE(title->height(), 2 * title->fontMetrics().height()) << title->heightForWidth(title->width());
+    QApplication::setFont(usual);
+}
+
 TEST_F(ToolServerViewsTest, ARowIsOneElementWithNameStatusAndSwitch)
 {
     toolServerList.add(u"My Files"_s, 2);
