@@ -19,7 +19,8 @@ uint32_t symbolFor(const QString &key)
     static const QHash<QString, uint32_t> named{
         {u"Return"_s, 0xff0d}, {u"Tab"_s, 0xff09},      {u"Escape"_s, 0xff1b}, {u"Space"_s, 0x20},
         {u"Up"_s, 0xff52},     {u"Down"_s, 0xff54},     {u"Left"_s, 0xff51},   {u"Right"_s, 0xff53},
-        {u"Home"_s, 0xff50},   {u"End"_s, 0xff57},      {u"F6"_s, 0xffc3},     {u"F10"_s, 0xffc7},
+        {u"Home"_s, 0xff50},   {u"End"_s, 0xff57},      {u"PageUp"_s, 0xff55}, {u"PageDown"_s, 0xff56},
+        {u"F1"_s, 0xffbe},     {u"F3"_s, 0xffc0},       {u"F6"_s, 0xffc3},     {u"F10"_s, 0xffc7},
         {u"Ctrl"_s, 0xffe3},   {u"Shift"_s, 0xffe1},    {u"Alt"_s, 0xffe9},    {u"Menu"_s, 0xff67},
         {u"Delete"_s, 0xffff}, {u"BackSpace"_s, 0xff08}};
     if (const auto found = named.constFind(key); found != named.constEnd())
