@@ -33,7 +33,8 @@ public:
         const QColor color(QString::fromLatin1(data));
         if (!color.isValid())
             co_return QImage();
-        QImage image(size == PictureSize::thumbnail ? QSize(64, 48) : QSize(640, 480), QImage::Format_RGB32);
+        QImage image(size == PictureSize::thumbnail ? QSize(256, 192) : QSize(640, 480),
+                     QImage::Format_RGB32);
         image.fill(color);
         co_return image;
     }

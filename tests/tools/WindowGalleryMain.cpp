@@ -11,18 +11,21 @@
 #include "ui/find/FindBar.h"
 #include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/SettingsView.h"
+#include "ui/theme/AppMark.h"
 #include "ui/theme/Theme.h"
-#include "ui/window/ConversationPane.h"
+#include "ui/window/ComposerView.h"
 #include "ui/window/MainWindow.h"
-#include "ui/window/ShortcutList.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
+#include <QDialog>
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -93,9 +96,9 @@ void addOptions(QCommandLineParser &parser)
     parser.addOption({u"dark"_s, u"Dark colours."_s});
     option("window",
            "Which window: settings, permissions, tool-servers, add-server, welcome, onboarding, "
-           "conversation, find, "
-           "pictures, "
-           "shortcuts, permission, "
+           "conversation, streaming, "
+           "subagent, "
+           "folded, zoomed, find, attachments, pictures, picture, shortcuts, about, permission, destructive, "
            "question.",
            "name", "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
@@ -149,6 +152,105 @@ ChatMessage messageWithPictures()
     return message;
 }
 
+/// An answer that is half there.
+void stream(Stage &stage)
+{
+    FakeAIService::Turn turn = FakeAIService::answer(
+        u"The disk has **512 GB**, of which about 180 GB are free. The largest folders are `~/Movies` with "
+        "96 GB and `~/Library/Caches` with 31 GB. I am looking at what is in them, and at how much of it was "
+        "not used for a year. "_s);
+    turn.silence = std::chrono::hours(1);
+    stage.service.willTurn(turn);
+    stage.settings.setProviderID(ProviderID::custom);
+    stage.model.send(u"Check my Mac's storage"_s, {});
+    waitUntil([&stage] { return stage.model.messages().constLast().text.contains(u"Movies"_s); });
+}
+
+/// Files that wait to be sent, one that is being read and one that could not be.
+void attach(Stage &stage, const QWidget &window)
+{
+    stage.settings.setProviderID(ProviderID::custom); // the model sees no pictures
+    auto *composer = window.findChild<ComposerView *>();
+    const auto attachFiles = [composer](std::initializer_list<const char *> names) {
+        QList<QUrl> files;
+        for (const char *name : names)
+            files.append(QUrl::fromLocalFile(u'/' + QString::fromLatin1(name)));
+        composer->handleFiles(files);
+        settle();
+    };
+    stage.attachments.holds = true;
+    attachFiles({"scan.pdf"});
+    stage.attachments.holds = false;
+    stage.attachments.failing = {u"interview.mov"_s};
+    attachFiles({"holiday.jpg", "report.pdf", "interview.mov",
+                 "A rather long name of a document that nobody could ever want to read.pdf"});
+}
+
+/// A subagent that is at work.
+void delegate(Stage &stage)
+{
+    FakeAIService::Turn silent;
+    silent.silence = std::chrono::hours(1);
+    stage.service.willTurn(FakeAIService::calls(
+        {toolCall(u"task"_s, R"({"subagent":"researcher","description":"Compare both reports"})")}));
+    stage.service.willTurn(silent);
+    stage.settings.setProviderID(ProviderID::custom);
+    stage.model.send(u"Compare the two reports that lie on my desktop"_s, {});
+    waitUntil([&stage] { return !stage.model.subagents().label().isEmpty(); });
+}
+
+void trigger(const QWidget &window, const QString &command)
+{
+    for (QAction *action : window.findChildren<QAction *>())
+        if (action->text() == command)
+            action->trigger();
+}
+
+/// What is done in the main window before the picture of it.
+void act(Stage &stage, QWidget &window, const QString &state)
+{
+    auto *view = window.findChild<ChatScrollView *>();
+    if (state == u"streaming"_s)
+        stream(stage);
+    else if (state == u"subagent"_s)
+        delegate(stage);
+    else if (state == u"pictures"_s || state == u"picture"_s)
+        stage.model.transcript().append(messageWithPictures());
+    else if (state != u"welcome"_s && state != u"onboarding"_s)
+        fillShowcase(stage.model.transcript(), stage.model.activity());
+    if (state == u"folded"_s)
+        view->setActivityFolded(true);
+    if (state == u"zoomed"_s)
+        for (int step = 0; step < 3; ++step)
+            trigger(window, u"Larger Text"_s);
+    if (state == u"attachments"_s)
+        attach(stage, window);
+    if (state == u"find"_s) {
+        trigger(window, u"Find in Conversation…"_s);
+        window.findChild<FindBar *>()->findChild<QLineEdit *>()->setText(u"caches"_s);
+        // The search ends on another thread.
+        waitUntil([&] { return !view->selectedText().isEmpty(); });
+    }
+    if (state == u"picture"_s) {
+        view->setCurrentRow(0);
+        waitUntil([&] { return !view->pictures().visibleButtons().isEmpty(); });
+        view->pictures().visibleButtons().first()->click();
+    }
+    if (state == u"shortcuts"_s)
+        trigger(window, u"Keyboard Shortcuts"_s);
+    if (state == u"about"_s)
+        trigger(window, u"About Morvane"_s);
+}
+
+/// The dialog that stands above the window, if one does.
+QWidget *dialogOf(const QWidget &window)
+{
+    for (QDialog *dialog : window.findChildren<QDialog *>())
+        if (dialog->isVisible())
+            return dialog;
+    return nullptr;
+}
+
 void ask(Stage &stage, const QString &window)
 {
     AIToolCall call;
@@ -157,6 +259,13 @@ void ask(Stage &stage, const QString &window)
         {"path", "~/Documents/reports/2026/a-report-with-a-long-name.txt"}, {"content", "text"}});
     if (window == u"permission"_s)
         stage.scheduler.spawn(askForPermit(&stage.model.gate(), call));
+    if (window == u"destructive"_s) {
+        call.name = u"run_shell_command"_s;
+        call.arguments = SharedJsonObject(boost::json::object{
+            {"command", "cd ~/Library/Caches && rm -rf old-builds thumbnails \"a folder with blanks\""},
+            {"destructive", true}});
+        stage.scheduler.spawn(askForPermit(&stage.model.gate(), call));
+    }
     if (window == u"question"_s)
         stage.scheduler.spawn(stage.model.questions().askUserQuestion(
             u"Which of the folders shall I clean up?"_s,
@@ -181,6 +290,7 @@ int main(int argc, char **argv)
     FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
                                                     : ColorScheme::Preference::light);
     Theme theme(scheme);
+    QApplication::setWindowIcon(appIcon());
     Stage stage(value("window") == u"onboarding"_s ? Stage::User::newcomer : Stage::User::known);
     const ProviderID provider = providerFromRawValue(value("provider")).value_or(ProviderID::openrouter);
     stage.settings.setProviderID(provider);
@@ -197,7 +307,6 @@ int main(int argc, char **argv)
     if (value("servers").toInt() > 0)
         stage.addToolServers(value("servers").toInt());
     std::unique_ptr<QWidget> window;
-    std::unique_ptr<QWidget> shown; // above it
     const QStringList inSettings{u"settings"_s, u"permissions"_s, u"tool-servers"_s, u"add-server"_s};
     const bool isSettings = inSettings.contains(value("window"));
     if (isSettings)
@@ -213,20 +322,8 @@ int main(int argc, char **argv)
         window->findChild<QTabWidget *>()->setCurrentIndex(value("window") == u"permissions"_s ? 1 : 2);
     if (value("window") == u"add-server"_s)
         window->findChild<AddMCPServerView *>()->open();
-    if (!isSettings && value("window") != u"welcome"_s && value("window") != u"onboarding"_s)
-        fillShowcase(stage.model.transcript(), stage.model.activity());
-    if (value("window") == u"find"_s) {
-        window->findChild<ConversationPane *>()->find();
-        window->findChild<FindBar *>()->findChild<QLineEdit *>()->setText(u"caches"_s);
-        // The search ends on another thread.
-        waitUntil([&] { return !window->findChild<ChatScrollView *>()->selectedText().isEmpty(); });
-    }
-    if (value("window") == u"pictures"_s)
-        stage.model.transcript().append(messageWithPictures());
-    if (value("window") == u"shortcuts"_s)
-        shown = std::make_unique<ShortcutList>(window.get());
-    if (shown)
-        shown->show();
+    if (!isSettings)
+        act(stage, *window, value("window"));
     ask(stage, value("window"));
     settle();
     for (const auto *scroll : window->findChildren<QScrollArea *>()) {
@@ -242,6 +339,7 @@ int main(int argc, char **argv)
     if (value("picture").isEmpty())
         return QApplication::exec();
     QWidget *popup = QApplication::activePopupWidget();
-    (popup ? popup : shown ? shown.get() : window.get())->grab().save(value("picture"));
+    QWidget *dialog = dialogOf(*window);
+    (popup ? popup : dialog ? dialog : window.get())->grab().save(value("picture"));
     return 0;
 }
