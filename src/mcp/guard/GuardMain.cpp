@@ -7,8 +7,8 @@
 // guard is where such processes are reparented to.
 //
 // It is two processes, so that one of them can be killed: the first starts the second, which starts the
-// server. When the second is gone, what is left of the family comes to the first, which ends it; when the
-// first is gone, the second ends it.
+// server. When the second is gone, what is left of the family comes to the first, which ends it. When the
+// first is gone, Morvane closes the socket, and the second ends it.
 
 #include "mcp/guard/Descendants.h"
 #include "mcp/guard/EndFamily.h"
@@ -136,11 +136,8 @@ int watchedSignals()
 }
 
 /// The second process: runs the server until it has ended by itself or is to end.
-void guardServer(char **command, pid_t first)
+void guardServer(char **command)
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (::getppid() != first)
-        return;
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const int signals = watchedSignals();
     const std::int32_t error = start(command);
@@ -178,13 +175,12 @@ int main(int count, char **arguments)
     ::fcntl(control, F_SETFD, FD_CLOEXEC);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const int signals = watchedSignals();
-    const pid_t first = ::getpid();
     const pid_t second = ::fork();
     if (second < 0) {
         const std::int32_t error = errno;
         ::send(control, &error, sizeof error, MSG_NOSIGNAL);
     } else if (second == 0) {
-        guardServer(arguments + 1, first);
+        guardServer(arguments + 1);
     } else {
         standBehind(second, signals);
     }
