@@ -164,7 +164,12 @@ std::optional<ScreenElement> FakeAccessibilityTree::elementAt(QPointF point)
 
 std::optional<ScreenElement> FakeAccessibilityTree::current(const ScreenElement &element)
 {
-    return outcome == Outcome::gone ? std::nullopt : std::optional(element);
+    if (outcome == Outcome::gone)
+        return std::nullopt;
+    ScreenElement now = element;
+    if (onCurrent)
+        onCurrent(now);
+    return now;
 }
 
 AccessibilityTree::Outcome FakeAccessibilityTree::press(const ScreenElement &element)

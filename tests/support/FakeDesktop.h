@@ -64,9 +64,16 @@ private:
 
 class FakeTextRecognizer : public TextRecognizer {
 public:
-    QList<RecognizedLine> recognize(const QImage &, const std::stop_token &) override { return lines; }
+    QList<RecognizedLine> recognize(const QImage &, const std::stop_token &stop) override
+    {
+        if (onRecognize)
+            onRecognize(stop);
+        return lines;
+    }
 
     QList<RecognizedLine> lines;
+    /// Called at each question, on its thread.
+    std::function<void(const std::stop_token &)> onRecognize;
 };
 
 /// A tree that the test makes of FakeElements.
@@ -98,6 +105,8 @@ public:
     int questions = 0; ///< Waves of children that were asked for.
     /// Called at each question for an application.
     std::function<void()> onApplication;
+    /// Changes what an element is now against what it was when it was read.
+    std::function<void(ScreenElement &)> onCurrent;
 
 private:
     DesktopLog &m_log;

@@ -46,6 +46,13 @@ qreal area(const DesktopWindow &window)
     return window.frame.width() * window.frame.height();
 }
 
+/// A point on the edge of two displays is on the one that begins there.
+bool holds(const QRect &display, QPointF place)
+{
+    return place.x() >= display.x() && place.x() < display.x() + display.width() &&
+           place.y() >= display.y() && place.y() < display.y() + display.height();
+}
+
 QString heading(const QRect &region, const QString &title)
 {
     QString text = u"Here is what is on the screen right now"_s;
@@ -91,6 +98,9 @@ QString ScreenPerception::captureScreen()
                           [this, pid = frontmost->pid] { return accessibilityInventory(pid); });
     const QString lines = ocr(image, region->frame);
     const QList<AXElementInfo> elements = walk.valid() ? walk.get() : QList<AXElementInfo>();
+    // The model goes on with the numbers that it knows.
+    if (m_stop.stop_requested())
+        return {};
     m_inventory->replace(elements);
     if (lines.isEmpty() && elements.isEmpty())
         return nothingReadable;
@@ -124,7 +134,7 @@ ScreenPerception::chooseRegion(const std::optional<RunningApplication> &frontmos
         return std::nullopt;
     const auto displayAt = [&displays](QPointF place) {
         for (const QRect &display : displays)
-            if (QRectF(display).contains(place))
+            if (holds(display, place))
                 return display;
         return displays.first();
     };

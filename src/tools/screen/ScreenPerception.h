@@ -23,7 +23,7 @@ class ScreenPerception {
 public:
     ScreenPerception(Desktop desktop, std::shared_ptr<ScreenInventory> inventory, std::stop_token stop);
 
-    /// A text for the model; replaces the inventory.
+    /// A text for the model; replaces the inventory. Empty, and the inventory as it was, after a stop.
     QString captureScreen();
 
     /// One line for each recognised one, with the point of the screen that lies in its middle.

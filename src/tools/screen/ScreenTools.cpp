@@ -63,9 +63,10 @@ Task<ToolResult> ScreenTools::captureScreen()
 {
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
-    co_return co_await runOffMain([shared = m_shared, token = stop.token()] {
+    const QString text = co_await runOffMain([shared = m_shared, token = stop.token()] {
         return ScreenPerception(shared->desktop, shared->inventory, token).captureScreen();
     });
+    co_return text.isEmpty() ? stopped : text;
 }
 
 void ScreenTools::ownWindowCameForward()

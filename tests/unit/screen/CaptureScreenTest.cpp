@@ -2,6 +2,9 @@
 
 #include "tools/screen/ElementWalk.h"
 
+#include <atomic>
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -52,6 +55,39 @@ TEST_F(CaptureScreenTest, WithoutAFrontmostProgramThePointersDisplayIsTaken)
         "x  [click 1005,5]\n\n"
         "(No clickable elements were exposed by \"the frontmost app\" — use click_at with the OCR "
         "coordinates above.)\n"_s);
+}
+
+TEST_F(CaptureScreenTest, AProgramThatShowsNoElementsIsNamed)
+{
+    showFront(group({}));
+    m_desktop.recognizer->lines = {{u"x"_s, {0, 0, 10, 10}}};
+    EXPECT_THAT(capture().toStdString(),
+                testing::EndsWith("x  [click 5,5]\n\n(No clickable elements were exposed by \"Editor\" — use "
+                                  "click_at with the OCR coordinates above.)\n"));
+    m_desktop.applications->front->name.clear();
+    EXPECT_THAT(capture().toStdString(), HasSubstr("exposed by \"the frontmost app\" — use"));
+}
+
+TEST_F(CaptureScreenTest, ProgramsAreAskedToBuildTheirTreesFirst)
+{
+    showFront(group({button(u"Go"_s, {0, 0, 10, 10})}));
+    capture();
+    EXPECT_EQ(events(), QStringList({u"capture 0,0 1000x800"_s, u"enable"_s}));
+}
+
+TEST_F(CaptureScreenTest, APointOnTheEdgeOfTwoDisplaysBelongsToTheOneThatBeginsThere)
+{
+    m_desktop.screen->frames = {{0, 0, 1000, 800}, {1000, 0, 500, 400}, {0, 800, 1000, 600}};
+    m_desktop.screen->mouse = {1000, 10};
+    capture();
+    m_desktop.screen->mouse = {10, 800};
+    capture();
+    showFront(group({button(u"Go"_s, {0, 0, 10, 10})}));
+    m_desktop.applications->focused->frame = QRectF(900, 100, 200, 100);
+    capture();
+    EXPECT_EQ(
+        events().filter(u"capture"_s),
+        QStringList({u"capture 1000,0 500x400"_s, u"capture 0,800 1000x600"_s, u"capture 1000,0 500x400"_s}));
 }
 
 TEST_F(CaptureScreenTest, ADisplayAtNegativeCoordinatesGivesNegativeRegionAndPlaces)
@@ -105,9 +141,11 @@ TEST_F(CaptureScreenTest, AFailedPictureIsAnError)
 TEST_F(CaptureScreenTest, WithoutPermissionTheUserIsAskedAndAFailureTold)
 {
     m_desktop.screen->granted = false;
-    EXPECT_THAT(capture().toStdString(),
-                testing::StartsWith("Error: Morvane needs Screen Recording permission to see your screen. A "
-                                    "permission request was shown."));
+    EXPECT_EQ(capture(),
+              u"Error: Morvane needs Screen Recording permission to see your screen. A permission "
+              "request was shown. If no dialog appeared, open System Settings, Privacy and "
+              "Security, Screen and System Audio Recording, and enable Morvane. Then ask me to look "
+              "at the screen again."_s);
     EXPECT_EQ(events(), QStringList({u"request screen access"_s, u"sleep 3000"_s}));
 }
 
@@ -173,6 +211,37 @@ TEST_F(CaptureScreenTest, ACaptureWithoutElementsEmptiesTheInventory)
         run(m_tools.axClick(1)),
         u"Error: there is no element [1]. Run capture_screen first and use a number from its 'Clickable "
         "elements' list."_s);
+}
+
+TEST_F(CaptureScreenTest, ACaptureWithoutAFrontmostProgramEmptiesTheInventory)
+{
+    showFront(group({button(u"Go"_s, {0, 0, 10, 10})}));
+    capture();
+    m_desktop.applications->front.reset();
+    capture();
+    EXPECT_THAT(run(m_tools.axClick(1)).toStdString(),
+                testing::StartsWith("Error: there is no element [1]."));
+}
+
+TEST_F(CaptureScreenTest, AStopEndsTheReadingAndLeavesTheNumbersThatTheModelKnows)
+{
+    showFront(group({button(u"Known"_s, {0, 0, 10, 10})}));
+    capture();
+    m_desktop.elements->applications[7] = group({button(u"Never told"_s, {0, 0, 10, 10})});
+    std::atomic<bool> isReading = false;
+    std::atomic<bool> goesOn = false;
+    m_desktop.recognizer->onRecognize = [&](const std::stop_token &stop) {
+        isReading = true;
+        while (!stop.stop_requested() && !goesOn)
+            std::this_thread::yield();
+    };
+    TaskHandle<ToolResult> look = m_scheduler.spawn(m_tools.captureScreen());
+    ASSERT_TRUE(waitUntil([&] { return isReading.load(); }));
+    look.cancel();
+    EXPECT_TRUE(waitUntil([&] { return look.done(); }));
+    goesOn = true;
+    ASSERT_TRUE(waitUntil([&] { return look.done(); }));
+    EXPECT_EQ(run(m_tools.axClick(1)), u"Pressed button 'Known' at (5, 5)."_s);
 }
 
 TEST_F(CaptureScreenTest, AWalkThatFindsNothingIsRepeatedOnce)

@@ -48,6 +48,18 @@ TEST_F(ElementWalkTest, ParentsComeBeforeTheirChildrenAndFamiliesStayTogether)
     EXPECT_THAT(labels(root), ElementsAre(u"a"_s, u"b"_s, u"c"_s));
 }
 
+TEST_F(ElementWalkTest, ControlsCountWithoutAnActionOfTheirOwn)
+{
+    const QStringList roles{u"AXButton"_s,      u"AXLink"_s,       u"AXCheckBox"_s,    u"AXRadioButton"_s,
+                            u"AXPopUpButton"_s, u"AXMenuButton"_s, u"AXMenuItem"_s,    u"AXTextField"_s,
+                            u"AXTextArea"_s,    u"AXComboBox"_s,   u"AXSearchField"_s, u"AXSlider"_s,
+                            u"AXTabGroup"_s,    u"AXIncrementor"_s};
+    QList<FakeElement> controls;
+    for (const QString &role : roles + QStringList{u"AXCell"_s, u"AXWindow"_s, QString()})
+        controls.append(element(role, role, {0, controls.size() * 20.0, 10, 10}));
+    EXPECT_EQ(labels(element(u"AXApplication"_s, {}, {}, false, controls)), roles);
+}
+
 TEST_F(ElementWalkTest, APressableElementOfAnyRoleCountsButForGroupsAndPlainTexts)
 {
     const auto root = element(u"AXApplication"_s, {}, {}, false,

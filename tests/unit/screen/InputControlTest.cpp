@@ -1,8 +1,5 @@
 #include "ScreenFixture.h"
 
-#include <atomic>
-#include <thread>
-
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -11,38 +8,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class InputControlTest : public ScreenFixture {
-protected:
-    /// Makes a capture that finds this element, and forgets what was logged.
-    void showElement(const QString &role, const QString &title, bool pressable)
-    {
-        showFront({u"AXGroup"_s,
-                   {},
-                   {},
-                   false,
-                   {{role, title, QRectF(10, 10, 30, 20), pressable, {}, {}, {}}},
-                   {},
-                   {}});
-        run(m_tools.captureScreen());
-        m_desktop.log.clear();
-    }
-
-    /// A click that is under way and sleeps until `goesOn`.
-    TaskHandle<ToolResult> beginHeldRightClick(QPoint point, const std::atomic<bool> *goesOn)
-    {
-        m_desktop.clock->onSleep = [this, goesOn] {
-            m_isHeld = true;
-            while (!*goesOn)
-                std::this_thread::yield();
-        };
-        TaskHandle<ToolResult> click = m_scheduler.spawn(m_tools.mouseRightClick(point));
-        EXPECT_TRUE(waitUntil([this] { return m_isHeld.load(); }));
-        return click;
-    }
-
-private:
-    std::atomic<bool> m_isHeld = false;
-};
+using InputControlTest = ScreenFixture;
 
 const QString noPermission =
     u"Error: Morvane needs Accessibility permission to control your Mac. Open System Settings, Privacy and "
@@ -194,6 +160,24 @@ TEST_F(InputControlTest, OfTwoKeysForOneCharacterTheLowerCodeWins)
     EXPECT_EQ(events().first(), u"key down 0 flags 0"_s);
 }
 
+TEST_F(InputControlTest, OfAKeyThatTypesSeveralCharactersTheFirstCounts)
+{
+    m_desktop.input->layout = {{}, u"ab"_s};
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    run(m_tools.pressKey(u"a"_s));
+    EXPECT_EQ(events().first(), u"key down 1 flags 0"_s);
+}
+
+TEST_F(InputControlTest, ALayoutThatIsNotKnownIsAskedForOnceAndTheUsualKeysServe)
+{
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    m_desktop.input->layout = {u"z"_s};
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    EXPECT_EQ(m_desktop.input->layoutQuestions, 1);
+    run(m_tools.pressKey(u"z"_s));
+    EXPECT_EQ(events().first(), u"key down 6 flags 0"_s);
+}
+
 TEST_F(InputControlTest, FunctionKeysAreNotInTheTable)
 {
     EXPECT_EQ(run(m_tools.pressKey(u"f5"_s)),
@@ -252,6 +236,12 @@ TEST_F(InputControlTest, AnElementIsPressedByItsNumber)
     EXPECT_THAT(events(), ElementsAre(u"press Save"_s));
 }
 
+TEST_F(InputControlTest, AnElementWithoutALabelIsItsRoleAlone)
+{
+    showElement(u"AXButton"_s, {}, true);
+    EXPECT_EQ(run(m_tools.axClick(1)), u"Pressed button at (25, 20)."_s);
+}
+
 TEST_F(InputControlTest, NumbersOutsideOfTheListAreRefused)
 {
     showElement(u"AXButton"_s, u"Save"_s, true);
@@ -292,6 +282,29 @@ TEST_F(InputControlTest, AnElementThatIsGoneIsAnErrorAndNeverAClick)
     }
 }
 
+TEST_F(InputControlTest, AnElementThatHasMovedIsClickedWhereItIsNow)
+{
+    m_desktop.elements->onCurrent = [](ScreenElement &element) { element.frame = QRectF(100, 200, 11, 11); };
+    showElement(u"AXTextField"_s, u"Name"_s, false);
+    EXPECT_EQ(run(m_tools.axClick(1)), u"AXPress was refused; Clicked at (105, 205)."_s);
+    m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
+    m_desktop.log.clear();
+    EXPECT_EQ(run(m_tools.axType(1, u"a"_s)), u"Typed 1 characters."_s);
+    EXPECT_EQ(events().count(u"left down 105,205"_s), 1);
+}
+
+TEST_F(InputControlTest, AnElementThatIsHiddenByNowIsNotClicked)
+{
+    m_desktop.elements->onCurrent = [](ScreenElement &element) { element.frame.reset(); };
+    showElement(u"AXTextField"_s, u"Name"_s, false);
+    m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
+    EXPECT_THAT(run(m_tools.axClick(1)).toStdString(),
+                testing::StartsWith("Error: element [1] is no longer"));
+    EXPECT_THAT(run(m_tools.axType(1, u"x"_s)).toStdString(),
+                testing::StartsWith("Error: element [1] is no longer"));
+    EXPECT_THAT(events(), ElementsAre(u"set Name to x"_s));
+}
+
 TEST_F(InputControlTest, AValueIsSetAndSixtyCharactersOfItAreTold)
 {
     showElement(u"AXTextField"_s, u"Name"_s, false);
@@ -317,82 +330,6 @@ TEST_F(InputControlTest, PastingTrimsReplacesTheClipboardAndPressesCommandV)
     EXPECT_THAT(events(), ElementsAre(u"clipboard hello"_s, u"key down 9 flags 100000"_s, u"sleep 20"_s,
                                       u"key up 9 flags 100000"_s));
     EXPECT_EQ(run(m_tools.pasteText(u" \n "_s)), u"Error: nothing to paste."_s);
-}
-
-TEST_F(InputControlTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHeld)
-{
-    TaskHandle<ToolResult> handle = m_scheduler.spawn(m_tools.mouseDrag({0, 0}, {120, 0}));
-    std::atomic<bool> isDragging = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        if (m_desktop.log.events().count(u"sleep 15"_s) < 3)
-            return;
-        isDragging = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
-    ASSERT_TRUE(waitUntil([&] { return isDragging.load(); }));
-    handle.cancel();
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    const QStringList log = events();
-    EXPECT_EQ(log.filter(u"dragged"_s).size(), 3);
-    EXPECT_EQ(log.last(), u"release left"_s);
-}
-
-TEST_F(InputControlTest, ASequenceWaitsForTheOneThatIsUnderWay)
-{
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
-    TaskHandle<ToolResult> second = m_scheduler.spawn(m_tools.mouseRightClick({2, 2}));
-    settle();
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return first.done() && second.done(); }));
-    const QStringList log = events();
-    EXPECT_LT(log.indexOf(u"right up 1,1"_s), log.indexOf(u"warp 2,2"_s));
-}
-
-TEST_F(InputControlTest, ASequenceThatIsCancelledWhileItWaitsPostsNothing)
-{
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
-    TaskHandle<ToolResult> second = m_scheduler.spawn(m_tools.moveCursor({2, 2}));
-    settle();
-    second.cancel();
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return first.done() && second.done(); }));
-    EXPECT_THAT(events().filter(u"2,2"_s), IsEmpty());
-}
-
-TEST_F(InputControlTest, TypingEndsWhenOurOwnWindowComesForward)
-{
-    std::atomic<bool> isTyping = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        isTyping = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
-    TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.typeText(u"abc"_s));
-    ASSERT_TRUE(waitUntil([&] { return isTyping.load(); }));
-    m_tools.ownWindowCameForward();
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
-    EXPECT_EQ(typing.result().text,
-              u"Error: typing was stopped, because the user turned to Morvane's window."_s);
-    EXPECT_EQ(events().filter(u"down"_s).size(), 1);
-    // What comes later is typed.
-    EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), u"Typed 3 characters."_s);
-}
-
-TEST_F(InputControlTest, AClickThatBringsOurOwnWindowForwardIsCompleted)
-{
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> click = beginHeldRightClick({1, 1}, &goesOn);
-    m_tools.ownWindowCameForward();
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return click.done(); }));
-    EXPECT_EQ(click.result().text, u"Right-clicked at (1, 1)."_s);
 }
 
 } // namespace

@@ -25,6 +25,15 @@ protected:
         m_desktop.elements->applications[7] = tree;
     }
 
+    /// Makes a capture that finds this element alone, and forgets what was logged.
+    void showElement(const QString &role, const QString &title, bool pressable)
+    {
+        const FakeElement element{role, title, QRectF(10, 10, 30, 20), pressable, {}, {}, {}};
+        showFront({QStringLiteral("AXGroup"), {}, {}, false, {element}, {}, {}});
+        run(m_tools.captureScreen());
+        m_desktop.log.clear();
+    }
+
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
     FakeDesktop m_desktop;
