@@ -35,7 +35,7 @@ public:
     enum class Outcome {
         done,
         refused, ///< The element is there and cannot do it.
-        gone,    ///< The program has ended, or what is there now is another element.
+        gone,    ///< The program has ended, or the element is hidden by now or has become another.
     };
 
     virtual ~AccessibilityTree() = default;
@@ -54,7 +54,7 @@ public:
     /// What lies at a point of the screen.
     virtual std::optional<ScreenElement> elementAt(QPointF point) = 0;
 
-    /// The same element as it is now; nothing if it is gone.
+    /// The same element as it is now; nothing if it is gone or no longer shown.
     virtual std::optional<ScreenElement> current(const ScreenElement &element) = 0;
 
     virtual Outcome press(const ScreenElement &element) = 0;

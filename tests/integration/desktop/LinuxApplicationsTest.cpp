@@ -173,6 +173,47 @@ TEST_F(LinuxApplicationsTest, AnAddressGoesToTheUsersBrowserOrTheNamedProgram)
     EXPECT_TRUE(waitUntil([&] { return written(u"c"_s) == "browser https://example.com/\n"_L1; }));
 }
 
+TEST_F(LinuxApplicationsTest, AnAddressOfAFileGoesToTheUsersProgramForItsKind)
+{
+    install(u"reader"_s, u"Test Reader"_s, writes(u"reader %f"_s, u"e"_s), u"MimeType=text/plain;\n"_s);
+    QFile list(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/mimeapps.list"_s);
+    QDir().mkpath(qEnvironmentVariable("XDG_CONFIG_HOME"));
+    ASSERT_TRUE(list.open(QIODevice::WriteOnly));
+    list.write("[Default Applications]\ntext/plain=reader.desktop\n");
+    list.close();
+    QFile letter(m_folder.filePath(u"letter.txt"_s));
+    ASSERT_TRUE(letter.open(QIODevice::WriteOnly));
+    letter.write("words");
+    letter.close();
+    const QString address = u"file://"_s + letter.fileName();
+    EXPECT_TRUE(waitUntil(
+        [&] { return run(m_tools.openURL(address, {})) == u"Opened "_s + address + u" in the browser."_s; }));
+    EXPECT_TRUE(waitUntil([&] { return written(u"e"_s) == u"reader "_s + letter.fileName() + u'\n'; }))
+        << written(u"e"_s).toStdString();
+    EXPECT_EQ(run(m_tools.openURL(address + u".missing"_s, {})),
+              u"Error: could not open the URL. Make sure a default browser is set."_s);
+    EXPECT_TRUE(list.remove());
+    uninstall(u"reader"_s);
+}
+
+TEST_F(LinuxApplicationsTest, AWindowsProgramHasTheNameThatTheMenuShows)
+{
+    const auto name = [](const char *instance, const char *ownClass, const QString &id = {}) {
+        return InstalledApplications::nameFor(QByteArray(instance) + '\0' + ownClass + '\0', id);
+    };
+    install(u"org.example.Letters"_s, u"My Letters"_s, u"true"_s);
+    install(u"plain"_s, u"Plain Program"_s, u"true"_s);
+    install(u"odd"_s, u"Odd Program"_s, u"true"_s, u"StartupWMClass=OddWindow\n"_s);
+    EXPECT_TRUE(waitUntil([&] { return name("x", "OddWindow") == u"Odd Program"_s; }));
+    EXPECT_EQ(name("OddWindow", "other"), u"Odd Program"_s);
+    EXPECT_EQ(name("x", "y", u"org.example.Letters"_s), u"My Letters"_s);
+    EXPECT_EQ(name("x", "Plain"), u"Plain Program"_s);
+    EXPECT_EQ(name("plain", "Y"), u"Plain Program"_s);
+    EXPECT_EQ(name("nobody", "Nobody's"), u"Nobody's"_s);
+    EXPECT_EQ(name("nobody", ""), u"nobody"_s);
+    EXPECT_EQ(name("../plain", ""), u"../plain"_s);
+}
+
 TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
 {
     start(u"yad"_s, {u"--form"_s, u"--title=First"_s, u"--field=Name"_s});

@@ -39,6 +39,12 @@ TEST_F(LinuxClipboardTest, AnotherProgramsTextIsRead)
     EXPECT_EQ(read(), u"fünf"_s);
 }
 
+TEST_F(LinuxClipboardTest, ATextThatIsOnlyThereUnderItsNewerNameIsRead)
+{
+    const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"text/plain;charset=utf-8", "fünf"}});
+    EXPECT_EQ(read(), u"fünf"_s);
+}
+
 TEST_F(LinuxClipboardTest, AnOldProgramsTextIsRead)
 {
     const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"STRING", "f\xfcnf"}});

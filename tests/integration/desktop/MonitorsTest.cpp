@@ -3,6 +3,7 @@
 #include "platform/linux/desktop/XDisplay.h"
 
 #include <QProcess>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -84,6 +85,21 @@ TEST_F(MonitorsTest, AProgramAboveThePrimaryMonitorIsSeenAndPressed)
     EXPECT_TRUE(
         run(m_tools.axClick(numberOf(form.text, u"button 'Leave'"_s))).startsWith(u"Pressed button"_s));
     EXPECT_EQ(form.program.waitForExit(), 0);
+}
+
+TEST_F(MonitorsTest, APointBeyondTheScreenIsItsEdgeOnThatSide)
+{
+    share({640, 0, 640, 960}, {0, 0, 640, 960});
+    constexpr int most = std::numeric_limits<int>::max();
+    constexpr int least = std::numeric_limits<int>::min();
+    LinuxScreenCapture screen;
+    run(m_tools.moveCursor({most, most}));
+    EXPECT_EQ(screen.pointer(), QPoint(639, 959));
+    run(m_tools.moveCursor({least, least}));
+    EXPECT_EQ(screen.pointer(), QPoint(-640, 0));
+    LinuxAccessibilityTree elements;
+    EXPECT_FALSE(elements.elementAt(QPoint(most, most)));
+    EXPECT_FALSE(elements.elementAt(QPoint(least, least)));
 }
 
 TEST_F(MonitorsTest, OnlyTheMonitorOfTheFrontmostWindowIsRead)

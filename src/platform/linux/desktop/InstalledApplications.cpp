@@ -147,6 +147,15 @@ bool isServed(GDBusConnection *bus, const char *name)
     return reply != nullptr;
 }
 
+/// What the user opens such addresses with; for files it is their kind that tells.
+Application usualFor(const QByteArray &scheme, const QByteArray &address)
+{
+    if (scheme != "file")
+        return Application(g_app_info_get_default_for_uri_scheme(scheme.constData()));
+    const Owned<GFile> file(g_file_new_for_uri(address.constData()));
+    return Application(g_file_query_default_handler(file.get(), nullptr, nullptr));
+}
+
 Application byDesktopId(const QString &id)
 {
     if (id.isEmpty() || id.contains(u'/'))
@@ -185,7 +194,7 @@ bool InstalledApplications::launch(const QString &name, const QList<QByteArray> 
 
 bool InstalledApplications::launchFor(const QByteArray &scheme, const QByteArray &address)
 {
-    const Application application(g_app_info_get_default_for_uri_scheme(scheme.constData()));
+    const Application application = usualFor(scheme, address);
     return application && start(application.get(), {address});
 }
 

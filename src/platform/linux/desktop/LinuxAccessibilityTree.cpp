@@ -199,7 +199,11 @@ std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
     const auto display = XDisplay::open();
     if (!display)
         return std::nullopt;
-    const QPoint place = (point + display->origin()).toPoint();
+    const QPointF fromRoot = point + display->origin();
+    if (!QRectF(0, 0, display->screen().width_in_pixels, display->screen().height_in_pixels)
+             .contains(fromRoot))
+        return std::nullopt;
+    const QPoint place = fromRoot.toPoint();
     for (const XWindow &window : stackedWindows(*display)) {
         if (!window.isShown || !window.frame.contains(place))
             continue;
@@ -257,6 +261,9 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     if (live.role != known.role || live.role == 0 || now.title != element.title ||
         now.description != element.description)
         return std::nullopt;
+    // Programs answer for what they have hidden or thrown away, and would do what its button says.
+    if (!now.frame)
+        return std::nullopt;
     return now;
 }
 
@@ -272,6 +279,11 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::doAction(const AccessibilityR
     case AccessibilityAnswer::Kind::late:
         break;
     }
+    return outcomeOfLate(object);
+}
+
+AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeOfLate(const AccessibilityReference &object)
+{
     // A button may open a dialog and answer when that is closed; a program that hangs answers nothing.
     const auto sign = m_bus.ask(callOf(object, accessibleInterface, u"GetRole"_s), QDeadlineTimer(lookLimit));
     return sign.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::gone;
@@ -298,6 +310,9 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto set = m_bus.ask(callOf(object, editableInterface, u"SetTextContents"_s, {text}), deadline);
     if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
         return Outcome::done;
+    // Typed as well, the text would stand there twice when the program comes to it.
+    if (set.kind == AccessibilityAnswer::Kind::late)
+        return outcomeOfLate(object);
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
     if (!isNumber)

@@ -32,6 +32,8 @@ private:
     std::shared_ptr<const AccessibleWindow> windowOf(const Wanted &wanted, const QString &title, QRectF told,
                                                      bool isActive) const;
     Outcome doAction(const AccessibilityReference &object, int index, QDeadlineTimer deadline);
+    /// Of a request that the program has not answered in time.
+    Outcome outcomeOfLate(const AccessibilityReference &object);
 
     AccessibilityConnection m_bus;
 };

@@ -71,9 +71,9 @@ std::optional<xkb_keysym_t> fixedSymbol(int code)
     }
 }
 
-int16_t coordinate(int value)
+int16_t coordinate(qint64 value)
 {
-    return int16_t(std::clamp(value, -32768, 32767));
+    return int16_t(std::clamp<qint64>(value, -32768, 32767));
 }
 
 } // namespace
@@ -97,7 +97,7 @@ XInputSource::~XInputSource()
 
 QPoint XInputSource::fromRoot(QPoint point) const
 {
-    return {coordinate(point.x() + m_origin.x()), coordinate(point.y() + m_origin.y())};
+    return {coordinate(qint64(point.x()) + m_origin.x()), coordinate(qint64(point.y()) + m_origin.y())};
 }
 
 void XInputSource::send(uint8_t type, uint8_t detail, QPoint place)

@@ -1,0 +1,121 @@
+#include "DesktopFixture.h"
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// Windows that change between the look and the act, and those that hide a part of what they hold.
+class ChangingWindowsTest : public DesktopFixture {
+protected:
+    /// Starts a program of GTK 3 whose window has the widget that `widget` makes. `changed` becomes its
+    /// window's title when it has been told to change and has done what `change` says.
+    TestProgram &startWindow(const QString &widget, const QString &change = u"pass"_s)
+    {
+        const QString script = u"import sys, time, gi\n"
+                               "gi.require_version('Gtk', '3.0')\n"
+                               "from gi.repository import GLib, Gtk\n"
+                               "window = Gtk.Window(title='Before', default_width=300, default_height=200)\n"
+                               "window.connect('destroy', Gtk.main_quit)\n"
+                               "%1\n"
+                               "def change():\n"
+                               "    %2\n"
+                               "    window.set_title('Changed')\n"
+                               "GLib.unix_signal_add(GLib.PRIORITY_LOW, 10, change)\n"
+                               "window.add(widget)\n"
+                               "window.show_all()\n"
+                               "Gtk.main()\n"_s.arg(widget, change);
+        return start(u"/usr/bin/python3"_s, {u"-c"_s, script});
+    }
+
+    static void tellToChange(const TestProgram &program)
+    {
+        ::kill(pid_t(program.pid()), SIGUSR1);
+        EXPECT_TRUE(waitUntil([&] {
+            const auto window = LinuxApplications().focusedWindow(program.pid());
+            return window && window->title == "Changed"_L1;
+        })) << programLog(program).toStdString();
+    }
+};
+
+TEST_F(ChangingWindowsTest, AnElementThatHasBecomeAnotherIsAnErrorAndIsNotPressed)
+{
+    TestProgram &program = startWindow(u"widget = Gtk.Button(label='Store')\n"
+                                       "widget.connect('clicked', lambda button: sys.exit(7))"_s,
+                                       u"widget.set_label('Delete')"_s);
+    const int button = numberOf(captureWith(u"button 'Store'"_s), u"button 'Store'"_s);
+    tellToChange(program);
+    EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
+    EXPECT_TRUE(run(m_tools.axType(button, u"x"_s)).startsWith(u"Error: element ["_s));
+    EXPECT_TRUE(program.isRunning());
+    // By its new name it is pressed.
+    const int renamed = numberOf(captureWith(u"button 'Delete'"_s), u"button 'Delete'"_s);
+    EXPECT_TRUE(run(m_tools.axClick(renamed)).startsWith(u"Pressed button 'Delete'"_s));
+    EXPECT_EQ(program.waitForExit(), 7);
+}
+
+TEST_F(ChangingWindowsTest, AnElementThatHasBeenTakenAwayIsAnErrorAndNoClick)
+{
+    TestProgram &program = startWindow(u"widget = Gtk.Box()\n"
+                                       "field = Gtk.Entry()\n"
+                                       "widget.add(field)"_s,
+                                       u"field.destroy(); widget.add(Gtk.Label(label='Empty')); "
+                                       "widget.show_all()"_s);
+    const int field = numberOf(captureWith(u"text field"_s), u"text field"_s);
+    tellToChange(program);
+    EXPECT_TRUE(run(m_tools.axClick(field)).startsWith(u"Error: element [%1] is no longer"_s.arg(field)));
+    const QString typed = run(m_tools.axType(field, u"x"_s));
+    EXPECT_TRUE(typed.startsWith(u"Error: element ["_s)) << typed.toStdString();
+}
+
+TEST_F(ChangingWindowsTest, AButtonThatHasBeenHiddenIsNotPressed)
+{
+    TestProgram &program = startWindow(u"widget = Gtk.Button(label='Store')\n"
+                                       "widget.connect('clicked', lambda button: sys.exit(7))"_s,
+                                       u"widget.hide()"_s);
+    const int button = numberOf(captureWith(u"button 'Store'"_s), u"button 'Store'"_s);
+    tellToChange(program);
+    EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
+    EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(ChangingWindowsTest, AFieldThatTakesItsTextSlowlyIsNotGivenItTwice)
+{
+    // Longer than anybody waits for an answer, but not for good.
+    startWindow(u"widget = Gtk.Entry()\n"
+                "widget.connect('changed', lambda field: time.sleep(3))"_s);
+    const int field = numberOf(captureWith(u"text field"_s), u"text field"_s);
+    const QString answer = run(m_tools.axType(field, u"amber"_s));
+    EXPECT_TRUE(answer.startsWith(u"Set the contents"_s) || answer.startsWith(u"Error: element ["_s))
+        << answer.toStdString();
+    const QString text = captureWith(u"text field 'amber"_s);
+    EXPECT_TRUE(text.contains(u"text field 'amber' at"_s)) << text.toStdString();
+}
+
+TEST_F(ChangingWindowsTest, WhatIsScrolledOutOfTheWindowIsNotOffered)
+{
+    startWindow(u"widget = Gtk.ScrolledWindow()\n"
+                "rows = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)\n"
+                "for row in range(40):\n"
+                "    rows.add(Gtk.Button(label='Row %d' % row))\n"
+                "widget.add(rows)"_s);
+    const QString text = captureWith(u"button 'Row 0' at"_s);
+    EXPECT_TRUE(text.contains(u"button 'Row 2' at"_s)) << text.toStdString();
+    EXPECT_FALSE(text.contains(u"button 'Row 39'"_s)) << text.toStdString();
+}
+
+TEST_F(ChangingWindowsTest, ASliderIsSetToANumber)
+{
+    TestProgram &yad = start(u"yad"_s, {u"--scale"_s, u"--value=10"_s, u"--button=Leave:0"_s});
+    const QString text = captureWith(u"slider"_s);
+    const int slider = numberOf(text, u"slider"_s);
+    EXPECT_TRUE(run(m_tools.axType(slider, u"42"_s)).startsWith(u"Set the contents of slider"_s));
+    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s))).startsWith(u"Pressed"_s));
+    EXPECT_EQ(yad.waitForExit(), 0);
+    EXPECT_EQ(yad.log().trimmed().split(u'\n').last(), u"42"_s) << yad.log().toStdString();
+}
+
+} // namespace
+} // namespace morvane
