@@ -3,6 +3,7 @@
 #include "ui/settings/PermissionRow.h"
 #include "ui/settings/PermissionsView.h"
 
+#include <QGuiApplication>
 #include <QPushButton>
 #include <QTabWidget>
 
@@ -49,6 +50,47 @@ TEST_F(PermissionsViewTest, TheFiveRowsStandInOrder)
                                    u"Files and Folders"_s, u"Full Disk Access"_s}));
 }
 
+TEST_F(PermissionsViewTest, EachRowTellsWhatItIsFor)
+{
+    const std::pair<QString, QString> texts[] = {
+        {u"Screen Recording"_s,
+         u"Lets the assistant see what is on your screen and read it, using the capture_screen tool."_s},
+        {u"Accessibility"_s, u"Lets the assistant click, type, and press keys for you, using the click_at, "
+                             "type_text, and press_key tools."_s},
+        {u"Notifications"_s,
+         u"Lets the app play its custom sound and show a banner when a response is ready or "
+         "a reminder fires. If it stays off, the sound alone still plays."_s},
+        {u"Files and Folders"_s, u"macOS grants access automatically the first time the assistant reads or "
+                                 "writes in Desktop, Documents, or Downloads. No setup needed."_s},
+        {u"Full Disk Access"_s,
+         u"Only needed to read protected locations, like other apps' data or some system "
+         "files. This can only be enabled in System Settings."_s}};
+    for (const auto &[title, text] : texts)
+        EXPECT_TRUE(says(row(title), text)) << title.toStdString();
+}
+
+TEST_F(PermissionsViewTest, WhatIsGrantedElsewhereShowsWhenTheProgramComesToTheFront)
+{
+    desktop.input->trusted = false;
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_TRUE(says(row(u"Accessibility"_s), u"Not configured"_s));
+    desktop.input->trusted = true;
+    Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
+}
+
+TEST_F(PermissionsViewTest, TheStatesAreLookedAtWhenTheTabComesIntoView)
+{
+    auto *tabs = view->findChild<QTabWidget *>();
+    tabs->setCurrentIndex(0);
+    desktop.screen->granted = false;
+    tabs->setCurrentIndex(1);
+    settle();
+    EXPECT_TRUE(says(row(u"Screen Recording"_s), u"Not configured"_s));
+}
+
 TEST_F(PermissionsViewTest, AStateThatChangesElsewhereShowsWhenItIsCheckedAgain)
 {
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
@@ -69,7 +111,9 @@ TEST_F(PermissionsViewTest, RequestButtonsAskAndSettingsButtonsOpenTheirPane)
         ASSERT_NE(named<QPushButton>(name), nullptr) << name.toStdString();
         QTest::mouseClick(named<QPushButton>(name), Qt::LeftButton);
     }
-    EXPECT_EQ(desktopSettings.opened.size(), 4);
+    using Pane = DesktopSettings::Pane;
+    EXPECT_EQ(desktopSettings.opened,
+              QList<Pane>({Pane::screenCapture, Pane::accessibility, Pane::notifications, Pane::allFiles}));
 }
 
 TEST_F(PermissionsViewTest, FilesAndFoldersHasNeitherStateNorButton)

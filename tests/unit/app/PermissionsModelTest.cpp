@@ -76,14 +76,25 @@ TEST_F(PermissionsModelTest, ASecondRefreshWhileOneRunsDoesNothing)
 {
     int depth = 0;
     QObject::connect(&model, &PermissionsModel::changed, &model, [&] {
-        ++depth;
+        const int level = ++depth;
         desktop.input->trusted = true;
         model.refresh();
-        EXPECT_EQ(model.isConfigured(Permission::accessibility), depth > 1);
+        EXPECT_EQ(model.isConfigured(Permission::accessibility), level > 1);
     });
     desktop.screen->granted = true;
     model.refresh();
     EXPECT_EQ(depth, 2);
+}
+
+TEST_F(PermissionsModelTest, NotificationsAreConfiguredWhenTheyAreAllowedForGoodOrForNow)
+{
+    for (const auto status : {NotificationAuthorization::authorized, NotificationAuthorization::denied,
+                              NotificationAuthorization::provisional}) {
+        center.status = status;
+        model.refresh();
+        settle();
+        EXPECT_EQ(model.isConfigured(Permission::notifications), status != NotificationAuthorization::denied);
+    }
 }
 
 TEST_F(PermissionsModelTest, DeniedNotificationsStayNotConfigured)

@@ -244,6 +244,40 @@ TEST_F(BuiltinToolsTest, ArgumentsReachTheToolsOfTheScreen)
                            "key down 48 flags 0", "sleep 20", "key up 48 flags 0"}));
 }
 
+TEST_F(BuiltinToolsTest, EachToolOfTheMouseDoesWhatItsNameSaysAtItsPoint)
+{
+    EXPECT_EQ(execute("click_at", R"({"x": 1, "y": 2})"), "Clicked at (1, 2).");
+    EXPECT_EQ(execute("mouse_move", R"({"x": 1, "y": 2})"), "Moved the cursor to (1, 2).");
+    EXPECT_EQ(execute("mouse_double_click", R"({"x": 1, "y": 2})"), "Double-clicked at (1, 2).");
+    EXPECT_EQ(execute("mouse_right_click", R"({"x": 1, "y": 2})"), "Right-clicked at (1, 2).");
+    EXPECT_EQ(execute("mouse_scroll", R"({"amount": -5})"), "Scrolled the mouse wheel down.");
+    EXPECT_EQ(desktop.log.events().count("scroll -60"), 8);
+}
+
+TEST_F(BuiltinToolsTest, EachToolOfTheKeyboardAndTheClipboardDoesWhatItsNameSays)
+{
+    EXPECT_EQ(execute("type_text", R"({"text": "ab"})"), "Typed 2 characters.");
+    EXPECT_EQ(execute("press_key", R"({"key": "Tab"})"), "Pressed Tab.");
+    EXPECT_EQ(execute("paste_text", R"({"text": "abc"})"), "Pasted 3 characters into the focused app.");
+    EXPECT_EQ(execute("clipboard_read"), "Clipboard content: abc");
+    EXPECT_EQ(execute("clipboard_set", R"({"text": "abcd"})"), "Copied 4 characters to the clipboard.");
+}
+
+TEST_F(BuiltinToolsTest, EachToolOfElementsAndProgramsDoesWhatItsNameSays)
+{
+    desktop.applications->front = RunningApplication{7, "Editor"};
+    desktop.applications->runningApplications = {{7, "Editor"}};
+    const FakeElement field{"AXTextField", "Town", QRectF(10, 10, 10, 10), true, {}, {}, {}};
+    desktop.elements->applications[7] = {"AXApplication", {}, {}, false, {field}, {}, {}};
+    EXPECT_TRUE(execute("capture_screen").contains("[1] text field 'Town' at (15, 15)"));
+    EXPECT_EQ(execute("ax_click", R"({"index": 1})"), "Pressed text field 'Town' at (15, 15).");
+    EXPECT_EQ(execute("ax_type", R"({"index": 1, "text": "Ur"})"),
+              "Set the contents of text field 'Town' to \"Ur\".");
+    EXPECT_EQ(execute("get_frontmost_app"), "The frontmost application is Editor.");
+    EXPECT_EQ(execute("activate_app", R"({"name": "editor"})"), "Activated editor.");
+    EXPECT_EQ(execute("open_application", R"({"name": "Notes"})"), "Opened the Notes application.");
+}
+
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)
 {
     EXPECT_EQ(execute("fly"), "Error: unknown tool fly.");
