@@ -1,28 +1,36 @@
 // How long a text from outside holds the main thread, wherever it is shown: a megabyte of each of some kinds
 // of text that a model, a provider or a file may bring, in each place of the main window. Prints JSON: for
-// each place and kind the longest hold in milliseconds of processor time. Arguments choose places by name.
+// each place and kind the longest hold in milliseconds of processor time. Arguments choose places by
+// name, or a place and a kind, as "answer, emoji".
 
 #include "MeasuredApplication.h"
+#include "async/OffMain.h"
 #include "support/AskForPermit.h"
+#include "support/FakePasteSource.h"
 #include "support/SampleMessage.h"
 #include "tools/FixedColorScheme.h"
 #include "tools/GalleryModel.h"
 
+#include "ui/controls/FieldPasting.h"
 #include "ui/markdown/LayoutCost.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QEventLoop>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QTimer>
 #include <algorithm>
 #include <boost/json.hpp>
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -39,12 +47,20 @@ struct Kind {
     QString text;
 };
 
+enum class Size {
+    megabyte,
+    most, ///< What a stored message or an answer may bring at the worst.
+    one,  ///< A word of 100 MB.
+    some, ///< Two megabytes of words.
+};
+
 struct Place {
     const char *name;
     std::function<void(GalleryModel &, const QString &)> show;
     std::function<void(GalleryModel &)> clear;
     /// What is measured once the text is there; nothing where showing it is.
     std::function<void()> use = nullptr;
+    Size size = Size::megabyte;
 };
 
 std::vector<Kind> kinds()
@@ -58,11 +74,37 @@ std::vector<Kind> kinds()
         {"marks", u'e' + QString(megabyte / 2, QChar(0x301))},
         {"Chinese", QString(megabyte / 3, QChar(0x6F22))},
         {"Arabic", QString(megabyte / 2, QChar(0x0628))},
+        {"both directions", u"ab \u05d0\u05d1 "_s.repeated(megabyte / 8)},
         {"emoji", u"👩‍👩‍👧‍👦"_s.repeated(megabyte / 25)},
         {"controls", u"\u202E\x1b\u2066"_s.repeated(megabyte / 7)},
         {"brackets", u"[*_`<"_s.repeated(megabyte / 5)},
         {"table", u"|a|b|\n|-|-|\n"_s + u"|x|y|\n"_s.repeated(megabyte / 6)},
     };
+}
+
+std::vector<Kind> longestKinds()
+{
+    return {
+        {"10 MB of words", u"several words "_s.repeated(10 * megabyte / 14)},
+        {"2 million letters of both directions", u"b\u05d0"_s.repeated(megabyte)},
+        {"400,000 emoji", u"👩‍👩‍👧‍👦"_s.repeated(400'000)},
+        {"5 million marks", u'e' + QString(5 * megabyte, QChar(0x301))},
+    };
+}
+
+std::vector<Kind> kindsOf(Size size)
+{
+    switch (size) {
+    case Size::megabyte:
+        return kinds();
+    case Size::most:
+        return longestKinds();
+    case Size::some:
+        return {{"words", u"several words "_s.repeated(2 * megabyte / 14)}};
+    case Size::one:
+        return {{"word", QString(100 * megabyte, u'x')}};
+    }
+    std::unreachable();
 }
 
 AIToolCall command(const QString &text)
@@ -87,10 +129,17 @@ void type(ComposerEdit &composer)
     QApplication::sendEvent(&composer, &key);
 }
 
-std::vector<Place> places(ComposerEdit &composer)
+/// A command as a model sends it, made away from the thread that is measured.
+Task<std::optional<ToolPermit>> askToRun(ApprovalGate *gate, QString text)
 {
-    const auto paste = [&composer](GalleryModel &, const QString &text) {
-        QApplication::clipboard()->setText(text);
+    AIToolCall call = co_await runOffMain([text] { return command(text); });
+    co_return co_await askForPermit(gate, std::move(call));
+}
+
+std::vector<Place> places(ComposerEdit &composer, FakePasteSource &clipboard)
+{
+    const auto paste = [&composer, &clipboard](GalleryModel &, const QString &text) {
+        clipboard.answerText(text, static_cast<int>(clipboard.asked.size()));
         composer.paste();
     };
     const auto pasteSome = [paste](GalleryModel &g, const QString &text) {
@@ -110,6 +159,16 @@ std::vector<Place> places(ComposerEdit &composer)
              g.model.transcript().reset({sampleMessage(Role::assistant, text)});
          },
          forget},
+        {"longest user message",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({sampleMessage(Role::user, text)});
+         },
+         forget, nullptr, Size::most},
+        {"longest answer",
+         [](GalleryModel &g, const QString &text) {
+             g.model.transcript().reset({sampleMessage(Role::assistant, text)});
+         },
+         forget, nullptr, Size::most},
         {"code",
          [](GalleryModel &g, const QString &text) {
              g.model.transcript().reset({sampleMessage(Role::assistant, u"```\n"_s + text)});
@@ -158,11 +217,26 @@ std::vector<Place> places(ComposerEdit &composer)
          },
          [](GalleryModel &g) { g.model.questions().resolveQuestion({}); }},
         {"command",
-         [](GalleryModel &g, const QString &text) {
-             g.scheduler.spawn(askForPermit(&g.model.gate(), command(text)));
-         },
+         [](GalleryModel &g, const QString &text) { g.scheduler.spawn(askToRun(&g.model.gate(), text)); },
          [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }},
+        {"longest command",
+         [](GalleryModel &g, const QString &text) { g.scheduler.spawn(askToRun(&g.model.gate(), text)); },
+         [](GalleryModel &g) { g.model.gate().resolvePermission(false, false); }, nullptr, Size::most},
         {"pasting", paste, empty},
+        {"pasting the most", paste, empty, nullptr, Size::most},
+        {"pasting 100 MB", paste, empty, nullptr, Size::one},
+        {"copying 100 MB", paste, empty,
+         [&composer] {
+             composer.selectAll();
+             composer.copy();
+             QApplication::clipboard()->mimeData()->data(u"text/plain"_s);
+         },
+         Size::one},
+        {"written by a screen reader",
+         [&composer](GalleryModel &, const QString &text) {
+             QAccessible::queryAccessibleInterface(&composer)->editableTextInterface()->insertText(0, text);
+         },
+         empty, nullptr, Size::some},
         {"typing after it", paste, empty, use},
         {"pasting a page", pasteSome, empty},
         {"typing after the page", pasteSome, empty, use},
@@ -191,7 +265,12 @@ int main(int argc, char **argv)
     FixedColorScheme scheme(ColorScheme::Preference::none);
     Theme theme(scheme);
     GalleryModel gallery;
-    MainWindow window(gallery.model, gallery.windowServices);
+    FakePasteSource clipboard;
+    FieldPasting pasting(gallery.scheduler, clipboard, gallery.announcer);
+    QApplication::clipboard()->setText(u"another program's"_s);
+    MainWindowServices services = gallery.windowServices;
+    services.pasting = &pasting;
+    MainWindow window(gallery.model, services);
     window.resize(760, 720);
     window.show();
     settle(500);
@@ -199,11 +278,13 @@ int main(int argc, char **argv)
     auto *composer = window.findChild<ComposerEdit *>();
     const QStringList wanted = QApplication::arguments().mid(1);
     boost::json::object result;
-    for (const Place &place : places(*composer)) {
-        if (!wanted.isEmpty() && !wanted.contains(QString::fromLatin1(place.name)))
-            continue;
+    for (const Place &place : places(*composer, clipboard)) {
+        const QString name = QString::fromLatin1(place.name);
         boost::json::object holds;
-        for (const Kind &kind : kinds()) {
+        for (const Kind &kind : kindsOf(place.size)) {
+            const QString both = name + u", "_s + QString::fromLatin1(kind.name);
+            if (!wanted.isEmpty() && !wanted.contains(name) && !wanted.contains(both))
+                continue;
             if (place.use) {
                 place.show(gallery, kind.text);
                 settle(400);
@@ -224,7 +305,8 @@ int main(int argc, char **argv)
             place.clear(gallery);
             settle(50);
         }
-        result[place.name] = std::move(holds);
+        if (!holds.empty())
+            result[place.name] = std::move(holds);
     }
     std::printf("%s\n", boost::json::serialize(result).c_str());
     return 0;

@@ -12,6 +12,13 @@ constexpr int narrowestText = 48;
 constexpr double bubbleShare = 0.82;
 constexpr int columnsPerIndent = 3;
 
+int estimatedLines(qsizetype letters, qsizetype lineEnds, double characterWidth, int width)
+{
+    const double perLine = qMax(1.0, width / qMax(1.0, characterWidth));
+    // Some of the lines wrap once more than their length tells.
+    return static_cast<int>(static_cast<double>(lineEnds) * 0.7 + static_cast<double>(letters) / perLine) + 1;
+}
+
 } // namespace
 
 int ConversationFrames::columnWidth() const
@@ -60,10 +67,14 @@ QRect ConversationFrames::pictureRect(const ConversationItem &item, const RowLay
 
 int ConversationFrames::bubbleWidth(const RowLayout &row) const
 {
-    int width = row.isSplit() ? 1 : bubbleLimit();
-    for (const SegmentLayout &segment : row.segments)
-        width = qMax(width, segment.isMeasured ? segment.naturalWidth : bubbleLimit());
-    return qMin(width, bubbleLimit());
+    const int limit = bubbleLimit();
+    int width = row.isSplit() ? 1 : limit;
+    for (const SegmentLayout &segment : row.segments) {
+        width = qMax(width, segment.isMeasured ? segment.naturalWidth : limit);
+        if (width >= limit) // a long message need not be gone through for each of its frames
+            return limit;
+    }
+    return width;
 }
 
 RowFrame ConversationFrames::rowFrame(const ConversationItem &item, const RowLayout &row) const
@@ -131,33 +142,20 @@ SegmentFrame ConversationFrames::segmentFrame(const ConversationItem &item, cons
     return frame;
 }
 
-int ConversationFrames::estimatedLines(QStringView text, double characterWidth, int width) const
-{
-    const double perLine = qMax(1.0, width / qMax(1.0, characterWidth));
-    const auto lineEnds = std::count(text.begin(), text.end(), u'\n');
-    // Some of the lines wrap once more than their length tells.
-    return static_cast<int>(static_cast<double>(lineEnds) * 0.7 +
-                            static_cast<double>(text.size()) / perLine) +
-           1;
-}
-
 int ConversationFrames::estimatedHeight(const ConversationItem &item) const
 {
     const RowFrame frame = rowFrame(item, RowLayout());
     const bool isMessage = item.kind == ConversationItem::Kind::message;
     const int line = isMessage ? m_style.lineHeight : m_style.captionLineHeight;
+    const QString text = m_content.text(item);
     return frame.top + frame.bottom +
-           estimatedLines(m_content.text(item), m_style.averageCharacter, frame.width) * line;
+           estimatedLines(text.size(), std::count(text.begin(), text.end(), u'\n'), m_style.averageCharacter,
+                          frame.width) *
+               line;
 }
 
 int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowLayout &row,
                                         qsizetype index) const
-{
-    return estimatedHeight(item, row, index, m_texts.text(item, row.segments.at(index)));
-}
-
-int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype index,
-                                        QStringView text) const
 {
     const SegmentLayout &segment = row.segments.at(index);
     const SegmentFrame frame = segmentFrame(item, row, index);
@@ -165,7 +163,8 @@ int ConversationFrames::estimatedHeight(const ConversationItem &item, const RowL
         segment.segment.kind == TextSegment::Kind::code ? m_style.codeCharacter : m_style.averageCharacter;
     const int line =
         item.kind == ConversationItem::Kind::message ? m_style.lineHeight : m_style.captionLineHeight;
-    return frame.gap + frame.header + frame.footer + estimatedLines(text, character, frame.width) * line;
+    return frame.gap + frame.header + frame.footer +
+           estimatedLines(segment.segment.length, segment.lineEnds, character, frame.width) * line;
 }
 
 } // namespace morvane

@@ -3,9 +3,6 @@
 #include "ui/conversation/ConversationContent.h"
 #include "ui/conversation/ConversationStyle.h"
 #include "ui/conversation/RowLayout.h"
-#include "ui/conversation/SegmentContent.h"
-
-#include <QStringView>
 
 namespace morvane {
 
@@ -13,10 +10,9 @@ namespace morvane {
 /// can be told before they are laid out. All measures are logical pixels.
 class ConversationFrames {
 public:
-    /// All must outlive this.
-    ConversationFrames(const ConversationContent &content, const ConversationStyle &style,
-                       const SegmentContent &texts)
-        : m_content(content), m_style(style), m_texts(texts)
+    /// Both must outlive this.
+    ConversationFrames(const ConversationContent &content, const ConversationStyle &style)
+        : m_content(content), m_style(style)
     {
     }
 
@@ -34,13 +30,10 @@ public:
     QRect pictureRect(const ConversationItem &item, const RowLayout &row, int height, qsizetype index) const;
     /// Of a row that was not cut into segments yet.
     int estimatedHeight(const ConversationItem &item) const;
+    /// Of a segment. Does not look at its text, of which there may be megabytes.
     int estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype segment) const;
-    /// The same where the segment's text is at hand.
-    int estimatedHeight(const ConversationItem &item, const RowLayout &row, qsizetype segment,
-                        QStringView text) const;
 
 private:
-    int estimatedLines(QStringView text, double characterWidth, int width) const;
     int bubbleWidth(const RowLayout &row) const;
     int bubbleLimit() const;
     int pictureSide() const;
@@ -48,7 +41,6 @@ private:
 
     const ConversationContent &m_content;
     const ConversationStyle &m_style;
-    const SegmentContent &m_texts;
     int m_width = 0;
 };
 

@@ -6,6 +6,7 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
 #include <QTextFormat>
+#include <algorithm>
 
 namespace morvane {
 
@@ -294,7 +295,8 @@ void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
         QStringView shown = QStringView(text).sliced(segment.from, segment.length);
         if (segment.kind == TextSegment::Kind::plain && shown.endsWith(u'\n'))
             shown.chop(1);
-        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1, shown);
+        row.segments.last().lineEnds = static_cast<int>(std::count(shown.begin(), shown.end(), u'\n'));
+        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1);
     }
 }
 

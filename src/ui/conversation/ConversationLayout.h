@@ -20,7 +20,7 @@ class ConversationLayout {
 public:
     /// `content` must outlive the layout.
     explicit ConversationLayout(const ConversationContent &content)
-        : m_content(content), m_texts(content, m_style), m_frames(content, m_style, m_texts)
+        : m_content(content), m_texts(content, m_style), m_frames(content, m_style)
     {
     }
 

@@ -16,6 +16,7 @@ struct SegmentLayout {
     TextSegment segment;
     RowPart part = RowPart::body;
     bool isMeasured = false;
+    int lineEnds = 0;     ///< Between the lines of its text.
     int height = 0;       ///< With everything around the text that belongs to the segment.
     int naturalWidth = 0; ///< Of the text, once measured.
 };

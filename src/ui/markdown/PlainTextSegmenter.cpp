@@ -8,15 +8,26 @@ namespace morvane {
 
 namespace {
 
-/// Length of the first `segmentLineLimit` lines of `text`, or `segmentLimit` if that is less.
+/// Length of the first `segmentLineLimit` lines of `text`, or of all of it if it has fewer.
 qsizetype lineLimited(QStringView text)
 {
-    const QStringView head = text.first(std::min(text.size(), segmentLimit));
     qsizetype lines = 0;
-    for (qsizetype at = 0; at < head.size(); ++at)
-        if (head[at] == u'\n' && ++lines == segmentLineLimit)
+    const qsizetype first = text.indexOf(u'\n');
+    for (qsizetype at = first; at >= 0 && at < text.size(); ++at)
+        if (text[at] == u'\n' && ++lines == segmentLineLimit)
             return at + 1;
-    return head.size();
+    return text.size();
+}
+
+/// As QChar::isSpace, which looks into its tables for whatever is not Latin.
+bool isBlank(QChar unit)
+{
+    constexpr char16_t lastLatin = 0xff;
+    constexpr char16_t firstOther = 0x1680;
+    constexpr char16_t lastOther = 0x3000;
+    const bool mayBe =
+        unit.unicode() <= lastLatin || (unit.unicode() >= firstOther && unit.unicode() <= lastOther);
+    return mayBe && unit.isSpace();
 }
 
 } // namespace
@@ -24,11 +35,12 @@ qsizetype lineLimited(QStringView text)
 qsizetype cutPosition(QStringView text, qsizetype limit)
 {
     const QStringView head = text.first(limit);
-    if (const qsizetype lineEnd = head.lastIndexOf(u'\n'); lineEnd >= 0)
-        return lineEnd + 1;
+    // Looking from the front is many times faster, and most long texts that are cut within have none.
+    if (head.contains(u'\n'))
+        return head.lastIndexOf(u'\n') + 1;
     // A blank far from the end would leave a nearly empty last line in the middle of a paragraph.
     for (qsizetype i = limit; i > limit / 2; --i)
-        if (head.at(i - 1).isSpace())
+        if (isBlank(head.at(i - 1)))
             return i;
     const bool splitsPair = limit > 1 && head.back().isHighSurrogate();
     return splitsPair ? limit - 1 : limit;
@@ -44,10 +56,11 @@ qsizetype extendPlainSegments(QList<TextSegment> &segments, QStringView text)
     const qsizetype firstChanged = segments.size();
     while (true) {
         const QStringView rest = text.sliced(at);
-        // Lines first: a text of nothing but line ends must not be looked at again and again.
-        const qsizetype lines = lineLimited(rest);
-        qsizetype length = affordableLength(rest.first(lines), segmentLimit);
-        const bool isWhole = length == rest.size() || (length == lines && rest[lines - 1] == u'\n');
+        // No letter is looked at for more than one segment, but for those that cost next to nothing.
+        const qsizetype affordable =
+            affordableLength(rest.first(std::min(rest.size(), segmentLimit)), segmentLimit);
+        qsizetype length = lineLimited(rest.first(affordable));
+        const bool isWhole = length == rest.size() || rest[length - 1] == u'\n';
         if (!isWhole)
             length = cutPosition(rest, length);
         segments.append({.from = at, .length = length, .startsBlock = at == 0});

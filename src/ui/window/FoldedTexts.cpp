@@ -164,18 +164,28 @@ QString FoldedTexts::ownText(int from, int to) const
     return text;
 }
 
+QString FoldedTexts::textBetween(int from, int to) const
+{
+    const QStringList pieces = piecesBetween(from, to);
+    return pieces.size() == 1 ? pieces.constFirst() : pieces.join(QString()); // one alone is shared
+}
+
 QStringList FoldedTexts::piecesBetween(int from, int to) const
 {
     QStringList pieces;
+    const auto add = [&pieces](const QString &piece) {
+        if (!piece.isEmpty())
+            pieces.append(piece);
+    };
     int at = from;
     for (const Place &place : places()) {
         if (place.end <= from || place.start >= to)
             continue;
-        pieces.append(ownText(at, std::max(at, place.start)));
-        pieces.append(m_folds.value(place.id).text);
+        add(ownText(at, std::max(at, place.start)));
+        add(m_folds.value(place.id).text);
         at = std::min(place.end, to);
     }
-    pieces.append(ownText(at, to));
+    add(ownText(at, to));
     return pieces;
 }
 

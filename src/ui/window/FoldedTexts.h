@@ -54,8 +54,8 @@ public:
 
     /// What stands between two positions of the document, with the texts in the place of their labels and
     /// line feeds as line ends.
-    QString textBetween(int from, int to) const { return piecesBetween(from, to).join(QString()); }
-    /// The same in pieces, of which those that are long are shared and not copied.
+    QString textBetween(int from, int to) const;
+    /// The same in pieces, of which none is empty and those that are long are shared and not copied.
     QStringList piecesBetween(int from, int to) const;
     /// Whether the document holds anything besides white space. Reads no further than to where it does.
     bool hasContent() const;

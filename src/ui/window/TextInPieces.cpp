@@ -11,7 +11,9 @@ QStringList TextInPieces::formats() const
 
 QVariant TextInPieces::retrieveData(const QString &format, QMetaType) const
 {
-    return format == "text/plain"_L1 ? QVariant(m_pieces.join(QString())) : QVariant();
+    if (format != "text/plain"_L1)
+        return {};
+    return m_pieces.size() == 1 ? m_pieces.constFirst() : m_pieces.join(QString()); // one alone is shared
 }
 
 } // namespace morvane
