@@ -10,6 +10,7 @@
 #include <optional>
 #include <variant>
 
+class QKeyEvent;
 class QLineEdit;
 class QMimeData;
 

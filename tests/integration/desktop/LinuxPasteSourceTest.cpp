@@ -7,6 +7,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMimeData>
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -64,6 +65,18 @@ TEST_F(LinuxPasteSourceTest, FilesComeWithTheirText)
     ASSERT_TRUE(content.has_value());
     EXPECT_EQ(content->uriList, files);
     EXPECT_EQ(content->text, u"/tmp/one.txt"_s);
+}
+
+TEST_F(LinuxPasteSourceTest, AListOfMoreFilesThanAnybodyChoosesIsText)
+{
+    auto *data = new QMimeData;
+    data->setData(u"text/uri-list"_s, uriList({u"/tmp/one.txt"_s}).repeated(60'000));
+    data->setText(u"names"_s);
+    QGuiApplication::clipboard()->setMimeData(data);
+    const auto content = read();
+    ASSERT_TRUE(content.has_value());
+    EXPECT_TRUE(content->uriList.isEmpty());
+    EXPECT_EQ(content->text, u"names"_s);
 }
 
 TEST_F(LinuxPasteSourceTest, APictureComesInTheBestFormat)

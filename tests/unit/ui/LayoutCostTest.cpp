@@ -1,5 +1,6 @@
 #include "ui/markdown/LayoutCost.h"
 
+#include <QList>
 #include <QString>
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>

@@ -20,6 +20,9 @@ constexpr std::array unicodeForms{"UTF8_STRING", "text/plain;charset=utf-8", "te
 constexpr auto latinForm = "STRING";
 constexpr std::array pictureForms{"png", "jpeg", "webp", "gif", "tiff", "bmp"};
 
+/// Bytes of a list of files. Thousands fit in, and reading it takes milliseconds.
+constexpr qsizetype mostAddresses = 1'000'000;
+
 /// The questions to one owner, of which the first that fails ends all.
 class Questions {
 public:
@@ -33,6 +36,8 @@ public:
         learnForms();
         PasteContent content;
         content.uriList = read("text/uri-list");
+        if (content.uriList.size() > mostAddresses)
+            content.uriList.clear(); // then it is text
         content.text = readText();
         if (!hasText())
             readPicture(content);
