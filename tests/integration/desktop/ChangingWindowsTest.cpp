@@ -106,6 +106,22 @@ TEST_F(ChangingWindowsTest, WhatIsScrolledOutOfTheWindowIsNotOffered)
     EXPECT_FALSE(text.contains(u"button 'Row 39'"_s)) << text.toStdString();
 }
 
+TEST_F(ChangingWindowsTest, AMinimizedWindowIsNotTheOneThatAProgramHadInFrontLast)
+{
+    const TestProgram &program = startWindow(u"widget = Gtk.Label(label='First')\n"
+                                             "second = Gtk.Window(title='Second')\n"
+                                             "GLib.idle_add(second.show_all)"_s,
+                                             u"second.iconify()"_s);
+    const auto title = [&program] {
+        const auto window = LinuxApplications().focusedWindow(program.pid());
+        return window ? window->title : QString();
+    };
+    EXPECT_TRUE(waitUntil([&] { return title() == "Second"_L1; }));
+    tellToChange(program);
+    start(u"xterm"_s, {});
+    EXPECT_EQ(title(), u"Changed"_s);
+}
+
 TEST_F(ChangingWindowsTest, ASliderIsSetToANumber)
 {
     TestProgram &yad = start(u"yad"_s, {u"--scale"_s, u"--value=10"_s, u"--button=Leave:0"_s});

@@ -1,5 +1,7 @@
 #include "DesktopFixture.h"
 
+#include "support/XConnection.h"
+
 #include <QFile>
 #include <csignal>
 #include <fcntl.h>
@@ -212,6 +214,27 @@ TEST_F(LinuxApplicationsTest, AWindowsProgramHasTheNameThatTheMenuShows)
     EXPECT_EQ(name("nobody", "Nobody's"), u"Nobody's"_s);
     EXPECT_EQ(name("nobody", ""), u"nobody"_s);
     EXPECT_EQ(name("../plain", ""), u"../plain"_s);
+}
+
+TEST_F(LinuxApplicationsTest, APanelIsAWindowOfAnotherLayerAndNoProgramToBeActivated)
+{
+    const XConnection panels(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t panel = xcb_generate_id(panels.handle());
+    xcb_create_window(panels.handle(), XCB_COPY_FROM_PARENT, panel, panels.root(), 0, 0, 400, 30, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    const xcb_atom_t dock = panels.atom("_NET_WM_WINDOW_TYPE_DOCK");
+    xcb_change_property(panels.handle(), XCB_PROP_MODE_REPLACE, panel, panels.atom("_NET_WM_WINDOW_TYPE"),
+                        XCB_ATOM_ATOM, 32, 1, &dock);
+    xcb_change_property(panels.handle(), XCB_PROP_MODE_REPLACE, panel, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                        5, "Panel");
+    xcb_map_window(panels.handle(), panel);
+    xcb_flush(panels.handle());
+    LinuxApplications applications;
+    ASSERT_TRUE(waitUntil([&] { return !applications.windows().isEmpty(); }));
+    const DesktopWindow seen = applications.windows().first();
+    EXPECT_EQ(seen.title, u"Panel"_s);
+    EXPECT_EQ(seen.layer, 1);
+    EXPECT_TRUE(applications.running().isEmpty());
 }
 
 TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)

@@ -216,15 +216,16 @@ TEST_F(XInputSourceTest, CapsLockChangesNothingOfATextAndIsOnAgainAfterwards)
                                   key(XKB_KEY_b, XCB_MOD_MASK_SHIFT), toggle + u"0"_s}));
 }
 
-TEST_F(XInputSourceTest, ALineEndOfTwoCharactersIsOneKeyAndOtherControlCharactersAreNone)
+TEST_F(XInputSourceTest, ALineEndOfTwoCharactersIsOneKeyAndControlCharactersWithoutAKeyAreNone)
 {
     {
         const auto source = newSource();
-        type(*source, u"a\r\nb\n\n\a\tc"_s);
+        type(*source, u"a\r\nb\n\n\a\t\b\x1b\x7f"_s + u'c');
     }
     EXPECT_THAT(pressed(),
                 ElementsAre(key(XKB_KEY_a), key(XKB_KEY_Return), key(XKB_KEY_b), key(XKB_KEY_Return),
-                            key(XKB_KEY_Return), key(XKB_KEY_Tab), key(XKB_KEY_c)));
+                            key(XKB_KEY_Return), key(XKB_KEY_Tab), key(XKB_KEY_BackSpace),
+                            key(XKB_KEY_Escape), key(XKB_KEY_Delete), key(XKB_KEY_c)));
 }
 
 TEST_F(XInputSourceTest, TheLeftButtonIsTheOneThatALeftHandedUserClicksWith)

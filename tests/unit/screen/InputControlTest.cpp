@@ -222,6 +222,19 @@ TEST_F(InputControlTest, WithoutPermissionTheUserIsAskedOnceAndNothingIsPosted)
     EXPECT_EQ(run(m_tools.mouseScroll(1)), noPermission);
 }
 
+TEST_F(InputControlTest, TheClipboardAndProgramsNeedNoPermission)
+{
+    m_desktop.input->trusted = false;
+    run(m_tools.clipboardSet(u"x"_s));
+    EXPECT_EQ(run(m_tools.clipboardRead()), u"Clipboard content: x"_s);
+    EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is unknown."_s);
+    run(m_tools.openApplication(u"Notes"_s));
+    run(m_tools.activateApp(u"Notes"_s));
+    run(m_tools.openURL(u"https://example.com/"_s, {}));
+    EXPECT_THAT(events(), ElementsAre(u"clipboard x"_s, u"open Notes"_s, u"open Notes"_s,
+                                      u"open address https://example.com/ in []"_s));
+}
+
 TEST_F(InputControlTest, APermissionThatIsGivenWhenAskedForServes)
 {
     m_desktop.input->trusted = false;
