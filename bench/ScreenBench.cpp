@@ -39,18 +39,16 @@ constexpr int textLines = 64;
 constexpr int wordsInLine = 24;
 constexpr int fields = 100; // each with a label and a container: 300 elements
 
-/// Words as a text has them, so that no two lines are the same.
+/// The words of an ordinary text that lies on every Debian, so that as many stand twice as people write
+/// twice.
 QStringList sampleWords()
 {
-    const QStringList stock{u"ordinary"_s, u"window"_s,   u"the"_s,     u"quick"_s,   u"settings"_s,
-                            u"of"_s,       u"Reading"_s,  u"message"_s, u"folder"_s,  u"Monday"_s,
-                            u"and"_s,      u"river"_s,    u"number"_s,  u"Search"_s,  u"with"_s,
-                            u"keyboard"_s, u"garden"_s,   u"letter"_s,  u"however"_s, u"system"_s,
-                            u"Open"_s,     u"question"_s, u"morning"_s};
-    QStringList words;
-    for (int at = 0; at < textLines * wordsInLine; ++at)
-        words.append(stock.at((at * 7 + at / wordsInLine * 5) % stock.size()));
-    return words;
+    QFile file(u"/usr/share/common-licenses/GPL-3"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("no text to show");
+    static const QRegularExpression blanks(u"\\s+"_s);
+    const QStringList words = QString::fromUtf8(file.readAll()).split(blanks, Qt::SkipEmptyParts);
+    return words.first(textLines * wordsInLine);
 }
 
 /// How many of the words a recognised text has, in percent.

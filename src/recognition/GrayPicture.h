@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recognition/Box.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,5 +16,8 @@ struct GrayPicture {
 
     const uint8_t *row(int y) const { return pixels.data() + std::size_t(y) * std::size_t(width); }
 };
+
+/// The shade that most pixels of a part of the picture have: what its text is written on.
+int commonShade(const GrayPicture &picture, const Box &part);
 
 } // namespace morvane

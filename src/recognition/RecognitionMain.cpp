@@ -1,6 +1,9 @@
 #include "attachments/reader/Cage.h"
 #include "attachments/reader/ProcessLimits.h"
-#include "recognition/StripRecognition.h"
+#include "recognition/DistinctWords.h"
+#include "recognition/PlainPicture.h"
+#include "recognition/TextEngine.h"
+#include "recognition/WordBounds.h"
 
 #include <algorithm>
 #include <atomic>
@@ -15,8 +18,6 @@ using namespace morvane;
 
 /// Each takes a processor, and 60 MB of memory.
 constexpr int mostThreads = 8;
-/// More than threads, so that one full part of the screen does not keep the others waiting.
-constexpr int stripsPerThread = 2;
 constexpr int lowestStrip = 160;
 /// A line of large type.
 constexpr int overlap = 64;
@@ -34,6 +35,69 @@ bool readPixels(GrayPicture &picture)
 {
     picture.pixels.resize(std::size_t(picture.width) * std::size_t(picture.height));
     return std::fread(picture.pixels.data(), 1, picture.pixels.size(), stdin) == picture.pixels.size();
+}
+
+/// Has each engine do `work` on a thread of its own.
+template <class Work> void onAll(std::vector<TextEngine> &engines, const Work &work)
+{
+    std::vector<std::jthread> workers;
+    workers.reserve(engines.size());
+    for (TextEngine &engine : engines)
+        workers.emplace_back([&work, &engine] { work(engine); });
+}
+
+/// Has the engines do `count` pieces of work, each the next one when it has done its last.
+template <class Work> void share(std::vector<TextEngine> &engines, std::size_t count, const Work &work)
+{
+    std::atomic<std::size_t> next = 0;
+    onAll(engines, [&](TextEngine &engine) {
+        for (std::size_t at = next++; at < count; at = next++)
+            work(engine, at);
+    });
+}
+
+std::vector<FoundLine> linesOf(const GrayPicture &picture, std::vector<TextEngine> &engines)
+{
+    const int most = int(engines.size());
+    std::vector<Strip> parts =
+        strips(picture.height, std::clamp(picture.height / lowestStrip, 1, most), overlap);
+    share(engines, parts.size(),
+          [&](TextEngine &engine, std::size_t part) { engine.findLines(picture, parts[part]); });
+    std::vector<FoundLine> lines = mergedLines(parts, picture.height);
+    for (FoundLine &line : lines)
+        includeMarks(picture, line);
+    return lines;
+}
+
+/// What each line reads.
+std::vector<std::string> textsOf(const GrayPicture &picture, const std::vector<FoundLine> &lines,
+                                 std::vector<TextEngine> &engines)
+{
+    const DistinctWords distinct(picture, lines);
+    std::vector<WordText> words(distinct.count());
+    share(engines, lines.size(), [&](TextEngine &engine, std::size_t line) {
+        const std::vector<std::size_t> added = distinct.newWordsOf(line);
+        if (added.empty())
+            return;
+        const auto readAs = [&](const std::vector<std::size_t> &places) {
+            const LinePicture drawn = linePicture(picture, lines[line], places);
+            return std::pair(drawn.slots, engine.read(drawn.picture));
+        };
+        const auto [slots, read] = readAs(added);
+        const auto found = textsOf(slots, read);
+        for (std::size_t at = 0; at < added.size(); ++at) {
+            WordText &word = words[distinct.picturesOf(line)[added[at]]];
+            word = found[at] ? *found[at] : oneWord(readAs({added[at]}).second);
+        }
+    });
+    std::vector<std::string> texts;
+    for (std::size_t line = 0; line < lines.size(); ++line) {
+        std::vector<WordText> ofLine;
+        for (const std::size_t word : distinct.picturesOf(line))
+            ofLine.push_back(words[word]);
+        texts.push_back(lineText(ofLine));
+    }
+    return texts;
 }
 
 } // namespace
@@ -57,29 +121,21 @@ int main(int argc, char **argv)
     if (argc != 4 || !setSize(picture, argv[1], argv[2]))
         return 2;
     const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, mostThreads);
-    const int count = std::clamp(picture.height / lowestStrip, 1, threads * stripsPerThread);
-    std::vector<StripRecognition> engines(std::size_t(std::min(threads, count)));
+    std::vector<TextEngine> engines(static_cast<std::size_t>(threads));
     std::atomic<bool> works = true;
-    const auto onAll = [&engines](const auto &work) {
-        std::vector<std::jthread> workers;
-        workers.reserve(engines.size());
-        for (StripRecognition &engine : engines)
-            workers.emplace_back([&work, &engine] { work(engine); });
-    };
-    onAll([&](StripRecognition &engine) {
+    onAll(engines, [&](TextEngine &engine) {
         if (!engine.prepare(argv[3]))
             works = false;
     });
     const DataFiles nothing;
     if (!works || !closeCage(nothing) || !readPixels(picture))
         return 1;
-    std::vector<Strip> parts = strips(picture.height, count, overlap);
-    std::atomic<int> next = 0;
-    onAll([&](StripRecognition &engine) {
-        for (int part = next++; part < count; part = next++)
-            engine.recognize(picture, parts[std::size_t(part)]);
-    });
-    for (const TextLine &line : mergedLines(parts, picture.height))
-        std::printf("%d %d %d %d %s\n", line.left, line.top, line.right, line.bottom, line.text.c_str());
+    picture = plainPicture(picture);
+    const std::vector<FoundLine> lines = linesOf(picture, engines);
+    for (std::size_t at = 0; const std::string &text : textsOf(picture, lines, engines)) {
+        const Box &box = lines[at++].box;
+        if (!text.empty())
+            std::printf("%d %d %d %d %s\n", box.left, box.top, box.right, box.bottom, text.c_str());
+    }
     return std::fflush(stdout) == 0 ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-#include "recognition/TextLine.h"
+#include "recognition/FoundLine.h"
 
 #include <algorithm>
 #include <tuple>
@@ -9,13 +9,13 @@ namespace {
 /// Rows from a strip's edge within which a line may be cut.
 constexpr int edge = 2;
 
-int height(const TextLine &line)
+int height(const Box &box)
 {
-    return line.bottom - line.top;
+    return box.bottom - box.top;
 }
 
 /// Whether both are the same line: their boxes cover each other for the most part of the smaller one.
-bool isSame(const TextLine &one, const TextLine &other)
+bool isSame(const Box &one, const Box &other)
 {
     const int width = std::min(one.right, other.right) - std::max(one.left, other.left);
     const int rows = std::min(one.bottom, other.bottom) - std::max(one.top, other.top);
@@ -25,14 +25,14 @@ bool isSame(const TextLine &one, const TextLine &other)
            2 * width >= std::min(one.right - one.left, other.right - other.left);
 }
 
-bool isCut(const TextLine &line, const Strip &strip, int pictureHeight)
+bool isCut(const Box &line, const Strip &strip, int pictureHeight)
 {
     return (strip.top > 0 && line.top < strip.top + edge) ||
            (strip.bottom < pictureHeight && line.bottom > strip.bottom - edge);
 }
 
 struct Seen {
-    TextLine line;
+    FoundLine line;
     bool cut = false;
 };
 
@@ -49,15 +49,16 @@ std::vector<Strip> strips(int height, int count, int overlap)
     return result;
 }
 
-std::vector<TextLine> mergedLines(const std::vector<Strip> &strips, int height)
+std::vector<FoundLine> mergedLines(const std::vector<Strip> &strips, int height)
 {
     std::vector<Seen> seen;
     for (const Strip &strip : strips) {
         const std::size_t before = seen.size();
-        for (const TextLine &line : strip.lines) {
-            const Seen now{line, isCut(line, strip, height)};
-            const auto known = std::find_if(seen.begin(), seen.begin() + long(before),
-                                            [&](const Seen &other) { return isSame(other.line, line); });
+        for (const FoundLine &line : strip.lines) {
+            const Seen now{line, isCut(line.box, strip, height)};
+            const auto known =
+                std::find_if(seen.begin(), seen.begin() + long(before),
+                             [&](const Seen &other) { return isSame(other.line.box, line.box); });
             if (known == seen.begin() + long(before))
                 seen.push_back(now);
             else if (known->cut && !now.cut)
@@ -66,15 +67,17 @@ std::vector<TextLine> mergedLines(const std::vector<Strip> &strips, int height)
     }
     // From top to bottom; boxes that overlap by half of the lower one's height are on one row.
     std::sort(seen.begin(), seen.end(), [](const Seen &one, const Seen &other) {
-        return std::tie(one.line.top, one.line.left) < std::tie(other.line.top, other.line.left);
+        return std::tie(one.line.box.top, one.line.box.left) <
+               std::tie(other.line.box.top, other.line.box.left);
     });
-    std::vector<TextLine> ordered;
+    std::vector<FoundLine> ordered;
     for (auto first = seen.begin(); first != seen.end();) {
-        const int middle = (first->line.top + first->line.bottom) / 2;
+        const int middle = (first->line.box.top + first->line.box.bottom) / 2;
         const auto last =
-            std::find_if(first, seen.end(), [&](const Seen &other) { return other.line.top > middle; });
+            std::find_if(first, seen.end(), [&](const Seen &other) { return other.line.box.top > middle; });
         std::sort(first, last, [](const Seen &one, const Seen &other) {
-            return std::tie(one.line.left, one.line.top) < std::tie(other.line.left, other.line.top);
+            return std::tie(one.line.box.left, one.line.box.top) <
+                   std::tie(other.line.box.left, other.line.box.top);
         });
         for (; first != last; ++first)
             ordered.push_back(first->line);
