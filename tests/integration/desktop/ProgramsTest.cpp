@@ -7,7 +7,60 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-using ProgramsTest = DesktopFixture;
+class ProgramsTest : public DesktopFixture {
+protected:
+    /// Checks that the first element of this summary is drawn around the place that was told: what changes
+    /// when the pointer comes over it has its middle there.
+    void expectDrawnAround(const QString &summary)
+    {
+        const QPoint told = placeOf(captureWith(summary), summary).value_or(QPoint());
+        const QRect around(told - QPoint(reach, reach), told + QPoint(reach, reach));
+        run(m_tools.moveCursor({1, 1}));
+        const QImage before = stillPicture(around, QImage());
+        run(m_tools.moveCursor(told));
+        const QImage after = stillPicture(around, before);
+        QRect changed;
+        for (int y = 0; y < after.height(); ++y)
+            for (int x = 0; x < after.width(); ++x)
+                if (after.pixel(x, y) != before.pixel(x, y))
+                    changed |= QRect(x, y, 1, 1);
+        EXPECT_GT(changed.width(), 20) << summary.toStdString();
+        const QPointF apart = QRectF(changed).center() - QPointF(reach, reach);
+        EXPECT_LE(std::abs(apart.x()), 2) << summary.toStdString();
+        EXPECT_LE(std::abs(apart.y()), 2) << summary.toStdString();
+    }
+
+private:
+    static constexpr int reach = 60;
+
+    /// The picture when it changes no more, and is not `other`.
+    static QImage stillPicture(const QRect &place, const QImage &other)
+    {
+        LinuxScreenCapture screen;
+        QImage last;
+        EXPECT_TRUE(waitUntil([&] {
+            const QImage now = screen.capture(screen.displays().first()).copy(place);
+            return std::exchange(last, now) == now && now != other;
+        }));
+        return last;
+    }
+};
+
+TEST_F(ProgramsTest, AnElementOfGtk3IsDrawnWithinTwoPixelsOfItsPlace)
+{
+    start(u"yad"_s, {u"--text=Ready"_s, u"--button=Leave:0"_s, u"--button=Stay:1"_s});
+    expectDrawnAround(u"button 'Stay'"_s);
+}
+
+TEST_F(ProgramsTest, AnElementOfGtk4IsDrawnWithinTwoPixelsOfItsPlaceAlsoInAWindowThatDrawsItsOwnFrame)
+{
+    start(u"gtk4-demo"_s, {u"--run=dialog"_s});
+    const QString name = u"button '_Interactive Dialog Interactive Dialog'"_s;
+    expectDrawnAround(name);
+    run(m_tools.axClick(numberOf(capture(), name)));
+    captureWith(u"(frontmost window: \"Interactive Dialog\")"_s);
+    expectDrawnAround(u"button '_Cancel Cancel'"_s);
+}
 
 TEST_F(ProgramsTest, AFormOfGtk3IsFilledInAndItsButtonPressedByNumber)
 {
@@ -47,6 +100,21 @@ TEST_F(ProgramsTest, AFormOfGtk4IsFilledInItsButtonPressedByNumberAndItsDialogRe
     const QString dialog = captureWith(u"(frontmost window: \"Interactive Dialog\")"_s);
     EXPECT_TRUE(dialog.contains(u"text field 'Entry 1'"_s)) << dialog.toStdString();
     captureWith(u"amber lantern"_s);
+}
+
+TEST_F(ProgramsTest, AFieldOfGtk4TakesEveryCharacterAndControlKeys)
+{
+    start(u"gtk4-demo"_s, {u"--run=dialog"_s});
+    const QString text = captureWith(u"text field 'Entry 1'"_s);
+    const auto field = placeOf(text, u"text field 'Entry 1'"_s);
+    ASSERT_TRUE(field) << text.toStdString();
+    run(m_tools.clickAt(*field));
+    run(m_tools.typeText(u"Zoë 漢字 😀 ßx\b"_s));
+    run(m_tools.pressKey(u"command+a"_s));
+    run(m_tools.pressKey(u"command+c"_s));
+    EXPECT_TRUE(waitUntil([&] {
+        return run(m_tools.clipboardRead()) == u"Clipboard content: Zoë 漢字 😀 ß"_s;
+    })) << run(m_tools.clipboardRead()).toStdString();
 }
 
 TEST_F(ProgramsTest, TextOfALightWindowIsReadOnADarkDesktopAndTheOtherWayRound)

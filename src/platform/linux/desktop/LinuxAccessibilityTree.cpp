@@ -18,6 +18,8 @@ constexpr std::chrono::milliseconds actionLimit{2000};
 /// Of one element; a table of a million rows is not read whole.
 constexpr qsizetype mostChildren = 1000;
 constexpr int deepestHit = 16;
+/// Pixels that the frame of a window's own takes on each side; more is no frame.
+constexpr qreal widestFrame = 16;
 
 const AccessibilityReference registry{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
 const auto accessibleInterface = u"org.a11y.atspi.Accessible"_s;
@@ -139,12 +141,19 @@ LinuxAccessibilityTree::windowOf(const Wanted &wanted, const QString &title, QRe
         return found;
     }
     found->frame = QRectF(own->frame).translated(-origin);
-    found->offset = found->frame.topLeft();
+    // A window that draws its own title bar has its shadow within what the server takes for the window.
+    const QList<uint32_t> shadow = display->values(own->window, "_GTK_FRAME_EXTENTS");
+    const QRectF drawn = found->frame.adjusted(shadow.value(0), shadow.value(2), -qreal(shadow.value(1)),
+                                               -qreal(shadow.value(3)));
     // Programs that are drawn larger count in larger units.
-    const qreal ratio = told.width() > 0 ? own->frame.width() / told.width() : 1;
+    const qreal ratio = told.width() > 0 ? drawn.width() / told.width() : 1;
     const qreal steps = std::round(ratio * 4) / 4;
     if (steps >= 1.25 && std::abs(ratio - steps) < 0.05)
         found->scale = steps;
+    // Where there is no shadow it has a frame of its own instead, from whose inside it counts.
+    const QSizeF frame = told.isEmpty() ? QSizeF() : drawn.size() - told.size() * found->scale;
+    found->offset = drawn.topLeft() + QPointF(std::clamp<qreal>(frame.width() / 2, 0, widestFrame),
+                                              std::clamp<qreal>(frame.height() / 2, 0, widestFrame));
     return found;
 }
 
