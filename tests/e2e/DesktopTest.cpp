@@ -1,5 +1,6 @@
 #include "MorvaneTest.h"
 
+#include "support/ClipboardManager.h"
 #include "support/WaitUntil.h"
 
 #include <QFile>
@@ -111,6 +112,22 @@ TEST_F(DesktopTest, TypingIntoAnotherProgramEndsWhenTheUserComesBackAndEscapeEnd
     ASSERT_TRUE(waitUntil([&] { return content().endsWith(u"end\n"_s); })) << content().toStdString();
     EXPECT_LT(content().count(u'\n'), lines);
     EXPECT_EQ(content().remove(u'ß').remove(u'\n'), u"end"_s);
+}
+
+TEST_F(DesktopTest, WhatWasPutOnTheClipboardCanBePastedAfterMorvaneHasEnded)
+{
+    for (const int size : {12, 10'000'000}) {
+        const std::string text(std::size_t(size), 'x');
+        MorvaneSession &morvane = start({callingTool("clipboard_set", "{\"text\":\"" + text + "end\"}"),
+                                         ScriptedTurn::saying({"It is copied."})});
+        const ClipboardManager manager(morvane.desktop().display());
+        morvane.send(u"Copy it"_s);
+        ASSERT_TRUE(morvane.ear().hears(u"It is copied."_s));
+        morvane.quit();
+        EXPECT_TRUE(manager.hasSaved());
+        const auto left = XConnection(morvane.desktop().display()).clipboardText();
+        EXPECT_TRUE(left == QString::fromStdString(text) + u"end"_s) << left.value_or(QString()).size();
+    }
 }
 
 } // namespace

@@ -12,7 +12,7 @@ namespace morvane {
 /// Another program that has put something on the clipboard, as long as the object lives.
 class ClipboardOwner {
 public:
-    /// `contents` by target, such as "text/uri-list"; each less than what fits into one property, 200 kB.
+    /// `contents` by target, such as "text/uri-list"; each less than what fits into one request, 16 MB.
     ClipboardOwner(const QString &display, QMap<QByteArray, QByteArray> contents);
 
 private:

@@ -1,5 +1,8 @@
 #include "support/FakeDesktop.h"
 
+#include <chrono>
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -134,10 +137,14 @@ QImage FakeScreenCapture::capture(const QRect &region)
                   QImage::Format_RGB32);
 }
 
-std::optional<ScreenElement> FakeAccessibilityTree::application(qint64 pid, QDeadlineTimer)
+std::optional<ScreenElement> FakeAccessibilityTree::application(qint64 pid, QDeadlineTimer deadline)
 {
     if (onApplication)
         onApplication();
+    if (hangs) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(deadline.remainingTime() + 1));
+        return std::nullopt;
+    }
     const auto found = applications.constFind(pid);
     return found != applications.cend() ? std::optional(screenElement(*found)) : std::nullopt;
 }

@@ -107,6 +107,7 @@ public:
     std::function<void()> onApplication;
     /// Changes what an element is now against what it was when it was read.
     std::function<void(ScreenElement &)> onCurrent;
+    bool hangs = false; ///< Answers nothing until the asker's time is used up.
 
 private:
     DesktopLog &m_log;

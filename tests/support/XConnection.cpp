@@ -15,7 +15,7 @@ template <typename T> std::unique_ptr<T, decltype(&std::free)> owned(T *reply)
     return {reply, &std::free};
 }
 
-constexpr uint32_t wholeProperty = 1 << 20;
+constexpr uint32_t wholeProperty = 1 << 24;
 
 } // namespace
 

@@ -182,7 +182,8 @@ QList<AXElementInfo> ScreenPerception::accessibilityInventory(qint64 pid)
         return application ? ElementWalk(tree, deadline, m_stop).find(*application) : QList<AXElementInfo>();
     };
     QList<AXElementInfo> elements = find();
-    if (elements.isEmpty() && !m_stop.stop_requested()) {
+    // Who has used up the time has not just been slow to build its tree.
+    if (elements.isEmpty() && !deadline.hasExpired() && !m_stop.stop_requested()) {
         m_desktop.clock->sleep(secondWalkPause, m_stop);
         elements = find();
     }

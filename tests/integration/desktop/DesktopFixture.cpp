@@ -9,11 +9,22 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-bool activeWindowHasTheKeyboard()
+/// Whether keys go to a window of this program. What the window manager says of it does not count: at times
+/// it names a window active while the keyboard is on none.
+bool hasTheKeyboard(qint64 pid)
 {
     const auto display = XDisplay::open();
     const auto active = activeWindow(*display);
-    return active && hasKeyboard(*display, active->window);
+    return active && active->pid == pid && hasKeyboard(*display, active->window);
+}
+
+/// Does what a user does in front of a window that takes no keys.
+void turnTo(qint64 pid)
+{
+    LinuxApplications applications;
+    for (const RunningApplication &program : applications.running())
+        if (program.pid == pid)
+            applications.activate(program);
 }
 
 /// The two numbers that the first line of this form has.
@@ -59,8 +70,9 @@ TestProgram &DesktopFixture::start(const QString &program, const QStringList &ar
     m_programs.push_back(std::make_unique<TestProgram>(program, arguments, environment, log));
     TestProgram &started = *m_programs.back();
     EXPECT_TRUE(waitUntil([&] {
-        const auto front = LinuxApplications().frontmost();
-        return front && front->pid == started.pid() && activeWindowHasTheKeyboard();
+        if (!hasTheKeyboard(started.pid()))
+            turnTo(started.pid());
+        return hasTheKeyboard(started.pid());
     })) << program.toStdString();
     return started;
 }

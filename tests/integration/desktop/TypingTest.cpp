@@ -5,6 +5,8 @@
 
 #include <QFile>
 #include <QProcess>
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 using namespace Qt::StringLiterals;
 
@@ -123,6 +125,22 @@ TEST_F(TypingTest, FiveThousandCharactersArriveWithoutALossOrASwap)
                        std::make_shared<HastyClock>()});
     EXPECT_EQ(run(tools.typeText(text)), u"Typed 5000 characters."_s);
     EXPECT_TRUE(waitUntil([&] { return typed() == text; })) << typed().toStdString();
+}
+
+TEST_F(TypingTest, AModifierThatTheUserHoldsIsNotMixedIn)
+{
+    openTerminal();
+    const auto user = XDisplay::open();
+    const auto control = XKeyboard::read(*user)->keyFor(XKB_KEY_Control_L);
+    ASSERT_TRUE(control);
+    const auto hold = [&](uint8_t type) {
+        xcb_test_fake_input(user->connection(), type, control->code, XCB_CURRENT_TIME, user->root(), 0, 0, 0);
+        user->synchronize();
+    };
+    hold(XCB_KEY_PRESS);
+    EXPECT_EQ(run(m_tools.typeText(u"held Down\n"_s)), u"Typed 10 characters."_s);
+    EXPECT_TRUE(waitUntil([&] { return typed() == "held Down\n"_L1; })) << typed().toStdString();
+    hold(XCB_KEY_RELEASE);
 }
 
 TEST_F(TypingTest, AStopInMidWordGivesBackKeysAndModifiers)

@@ -2,7 +2,9 @@
 
 #include "tools/screen/ElementWalk.h"
 
+#include <QDir>
 #include <atomic>
+#include <latch>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -255,6 +257,37 @@ TEST_F(CaptureScreenTest, AWalkThatFindsNothingIsRepeatedOnce)
     EXPECT_THAT(capture().toStdString(), HasSubstr("[1] button 'Late' at (5, 5)\n"));
     EXPECT_EQ(asked, 2);
     EXPECT_EQ(events().count(u"sleep 300"_s), 1);
+}
+
+TEST_F(CaptureScreenTest, AProgramThatHasUsedUpTheTimeIsNotAskedAgain)
+{
+    showFront();
+    m_desktop.elements->hangs = true;
+    m_desktop.recognizer->lines = {{u"seen"_s, {0, 0, 10, 10}}};
+    const QString text = capture();
+    EXPECT_THAT(text.toStdString(), HasSubstr("seen  [click 5,5]"));
+    EXPECT_THAT(text.toStdString(), HasSubstr("(No clickable elements were exposed by \"Editor\""));
+    EXPECT_EQ(events().count(u"sleep 300"_s), 0);
+}
+
+TEST_F(CaptureScreenTest, TheElementsAreAskedForWhileTheTextIsRecognised)
+{
+    showFront(group({button(u"Go"_s, {0, 0, 10, 10})}));
+    std::latch bothAreUnderWay(2);
+    m_desktop.elements->onApplication = [&] { bothAreUnderWay.arrive_and_wait(); };
+    m_desktop.recognizer->onRecognize = [&](const std::stop_token &) { bothAreUnderWay.arrive_and_wait(); };
+    EXPECT_THAT(capture().toStdString(), HasSubstr("[1] button 'Go'"));
+}
+
+TEST_F(CaptureScreenTest, ThePictureIsNeverWrittenToAFile)
+{
+    const auto entries = [] { return QDir(QDir::tempPath()).entryList({u"morvane-screen-*"_s}); };
+    const QStringList before = entries();
+    QStringList during;
+    m_desktop.recognizer->onRecognize = [&](const std::stop_token &) { during = entries(); };
+    capture();
+    EXPECT_EQ(during, before);
+    EXPECT_EQ(entries(), before);
 }
 
 TEST_F(CaptureScreenTest, OnlyTheFirst120InTreeOrderCountAnd50OfThemInReadingOrderAreTold)

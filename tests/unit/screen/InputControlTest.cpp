@@ -152,6 +152,16 @@ TEST_F(InputControlTest, TheLayoutsOwnKeyServesOnceItIsKnown)
     EXPECT_EQ(events().first(), u"key down 40 flags 0"_s);
 }
 
+TEST_F(InputControlTest, TheLayoutsOwnDigitIsPressedWithBothModifiers)
+{
+    m_desktop.input->layout = QList<QString>(30);
+    m_desktop.input->layout[23] = u"4"_s;
+    runTask(m_scheduler, m_tools.warmKeyboardLayout());
+    EXPECT_EQ(run(m_tools.pressKey(u"command+shift+4"_s)), u"Pressed command+shift+4."_s);
+    EXPECT_THAT(events(),
+                ElementsAre(u"key down 23 flags 120000"_s, u"sleep 20"_s, u"key up 23 flags 120000"_s));
+}
+
 TEST_F(InputControlTest, OfTwoKeysForOneCharacterTheLowerCodeWins)
 {
     m_desktop.input->layout = {u"1"_s, u"1"_s};
