@@ -142,13 +142,20 @@ void ConversationScroll::takeBar()
     if (m_isAdjusting)
         return;
     const QScrollBar *bar = m_area.verticalScrollBar();
-    m_scrolling.stop();
+    stopForUser();
     m_offset = bar->value();
     m_anchor = m_reading.at(m_offset, viewHeight());
     if (m_offset == 0 && m_layout.content().count() > 0)
         m_anchor = {.item = m_layout.content().item(0), .screenY = m_layout.style().endGap};
     relayout(m_offset >= bar->maximum() ? Keep::bottom : Keep::anchor);
     noteUserPlace();
+}
+
+void ConversationScroll::stopForUser()
+{
+    m_scrolling.stop();
+    // The frame that would have gone to the end may not have been drawn yet.
+    m_keep = Keep::anchor;
 }
 
 void ConversationScroll::noteUserPlace()
@@ -198,7 +205,7 @@ void ConversationScroll::show(const ConversationItem &item)
         const bool fits = bottom - top <= viewHeight();
         const bool entersFromAbove = top < m_offset;
         const int offset = !fits || entersFromAbove ? top : bottom - viewHeight();
-        m_scrolling.stop();
+        stopForUser();
         m_anchor = {.item = item, .screenY = top - offset};
         relayout(Keep::anchor);
     }
@@ -215,12 +222,12 @@ void ConversationScroll::show(const TextPlace &place)
                         .position = place.position.position};
     const int line = m_layout.style().lineHeight;
     const int y = m_reading.offsetOf(anchor).value_or(m_offset) - m_offset;
-    if (y >= line && y <= viewHeight() - 2 * line)
-        return;
-    m_scrolling.stop();
-    anchor.screenY = viewHeight() / 3;
-    m_anchor = anchor;
-    relayout(Keep::anchor);
+    stopForUser();
+    if (y < line || y > viewHeight() - 2 * line) {
+        anchor.screenY = viewHeight() / 3;
+        m_anchor = anchor;
+        relayout(Keep::anchor);
+    }
     noteUserPlace();
 }
 

@@ -66,6 +66,7 @@ private:
     void setOffset(int offset);
     void scrollToBottom(Travel travel);
     void advance(const QVariant &progress);
+    void stopForUser();
     void noteUserPlace();
     void follow();
 

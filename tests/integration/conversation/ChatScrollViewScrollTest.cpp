@@ -1,5 +1,7 @@
 #include "ConversationFixture.h"
 
+#include "ui/conversation/FoundText.h"
+
 #include <QScrollBar>
 #include <QTest>
 
@@ -17,6 +19,20 @@ TEST_F(ChatScrollViewScrollTest, OpensAtTheNewestMessage)
     EXPECT_GT(view.verticalScrollBar()->maximum(), 5000);
     EXPECT_EQ(remaining(), 0);
     EXPECT_TRUE(view.isNearBottom());
+}
+
+TEST_F(ChatScrollViewScrollTest, AMatchStaysInSightThatIsShownBeforeTheFirstFrame)
+{
+    show();
+    transcript.reset(dialogue(200));
+    view.showMatch({.message = 3, .part = RowPart::body, .from = 0, .occurrence = 0}, u"3"_s);
+    EXPECT_FALSE(view.selectedText().isEmpty());
+    settle();
+    EXPECT_TRUE(view.viewport()->rect().intersects(view.rowRect(3)));
+    EXPECT_FALSE(view.isNearBottom());
+    transcript.append(message(Role::user, u"One more."_s));
+    settle();
+    EXPECT_TRUE(view.viewport()->rect().intersects(view.rowRect(3)));
 }
 
 TEST_F(ChatScrollViewScrollTest, FollowsAnAnswerThatGrows)
