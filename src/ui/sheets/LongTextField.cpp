@@ -20,6 +20,7 @@ namespace {
 /// The most that a slice costs to lay out, and so its length.
 constexpr qsizetype sliceLimit = 4'000;
 constexpr qsizetype sliceLines = 200;
+constexpr int droppedLines = 2'000;
 /// The state of a block whose line goes on in the next block.
 constexpr int goesOn = 1;
 /// Marking is paid for with each painting; a text with more escapes than that shows what it is anyway.
@@ -82,11 +83,14 @@ LongTextField::LongTextField(QWidget *parent) : QPlainTextEdit(parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &LongTextField::takeSlice);
+    m_dropTimer.setSingleShot(true);
+    connect(&m_dropTimer, &QTimer::timeout, this, &LongTextField::dropSlice);
 }
 
 void LongTextField::setContent(const QString &text, Style style, Hidden hidden)
 {
     m_timer.stop();
+    m_dropTimer.stop();
     m_source = text;
     m_style = style;
     m_hidden = hidden;
@@ -101,6 +105,28 @@ void LongTextField::setContent(const QString &text, Style style, Hidden hidden)
     document()->setDefaultTextOption(option);
     takeSlice();
     moveCursor(QTextCursor::Start);
+}
+
+void LongTextField::letGo()
+{
+    m_timer.stop();
+    m_source.clear();
+    m_taken = m_characters = m_lines = 0;
+    m_escapes.clear();
+    setExtraSelections({});
+    dropSlice();
+}
+
+void LongTextField::dropSlice()
+{
+    if (document()->blockCount() <= droppedLines) {
+        clear();
+        return;
+    }
+    QTextCursor cursor(document());
+    cursor.setPosition(document()->findBlockByNumber(droppedLines).position(), QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    m_dropTimer.start(0);
 }
 
 qsizetype LongTextField::nextSlice() const

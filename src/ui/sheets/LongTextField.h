@@ -25,6 +25,9 @@ public:
 
     /// Shows another text; the first slice of it at once.
     void setContent(const QString &text, Style style, Hidden hidden);
+    /// Forgets the text, piece by piece: a megabyte of short lines takes a hundred, and time
+    /// to be freed.
+    void letGo();
     /// Whether all of the text is in the field.
     bool isComplete() const { return m_taken == m_source.size(); }
     /// Lines and characters of what is in the field so far; the cuts do not count.
@@ -47,6 +50,7 @@ private:
     /// Length of the slice that goes in next.
     qsizetype nextSlice() const;
     void takeSlice();
+    void dropSlice();
     void insert(const VisibleText &visible);
     void markEscapes();
     void paintLineEnds();
@@ -60,6 +64,7 @@ private:
     bool m_isWithinLine = false;  ///< What comes next goes on in the line that the last slice began.
     QList<QTextCursor> m_escapes; ///< What is marked.
     QTimer m_timer;
+    QTimer m_dropTimer;
 };
 
 } // namespace morvane

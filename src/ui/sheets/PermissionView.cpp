@@ -51,6 +51,7 @@ void PermissionView::showPending()
     if (!call) {
         m_shown = QUuid();
         closeSheet();
+        m_summary->field()->letGo();
         return;
     }
     if (call->id == m_shown)

@@ -70,6 +70,7 @@ void QuestionView::showPending()
         m_shown = QUuid();
         m_optionsLeft.clear();
         closeSheet();
+        m_question->field()->letGo();
         return;
     }
     if (question->id == m_shown)

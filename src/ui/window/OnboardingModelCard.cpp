@@ -8,6 +8,7 @@
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/controls/WrappingButton.h"
+#include "ui/theme/CardPainting.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QHBoxLayout>
@@ -19,7 +20,7 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
-    : QFrame(parent), m_model(model), m_head(new QWidget),
+    : QWidget(parent), m_model(model), m_head(new QWidget),
       m_symbol(new SymbolLabel(Symbol::arrowDownCircle, &ThemeColors::accent)),
       m_heading(new HeadingLabel({}, HeadingLabel::Level::section)),
       m_text(new NoteLabel({}, NoteLabel::Tone::plain)),
@@ -29,7 +30,6 @@ OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
       m_error(new NoteLabel({}, NoteLabel::Tone::error)), m_cancel(new WrappingButton(u"Cancel"_s)),
       m_install(new WrappingButton(u"Install the built-in local model"_s))
 {
-    setFrameShape(QFrame::StyledPanel);
     setAccessibleRole(this, QAccessible::Grouping);
     setAccessibleName(u"Local model"_s);
     m_percent->setTextFormat(Qt::PlainText);
@@ -44,7 +44,7 @@ OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
     head->addWidget(m_symbol, 0, Qt::AlignTop);
     head->addWidget(m_heading, 1);
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(14, 12, 14, 12);
+    column->setContentsMargins(16, 16, 16, 16);
     column->setSpacing(8);
     for (QWidget *part :
          std::initializer_list<QWidget *>{m_head, m_text, m_promise, m_bar, m_percent, m_progress, m_error})
@@ -52,6 +52,11 @@ OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
     column->addWidget(m_cancel, 0, Qt::AlignLeft);
     column->addWidget(m_install, 0, Qt::AlignLeft);
     updateState();
+}
+
+void OnboardingModelCard::paintEvent(QPaintEvent *)
+{
+    paintCard(*this);
 }
 
 OnboardingModelCard::State OnboardingModelCard::state() const

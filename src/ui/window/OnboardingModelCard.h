@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QFrame>
+#include <QWidget>
 
 class QLabel;
 
@@ -15,7 +15,7 @@ class WrappingButton;
 
 /// What the greeting says of the built-in local model: that it is being set up, how far that is and the way
 /// to stop it, or that it is ready, or what it would be and the way to get it.
-class OnboardingModelCard : public QFrame {
+class OnboardingModelCard : public QWidget {
     Q_OBJECT
 public:
     explicit OnboardingModelCard(AppModel &model, QWidget *parent = nullptr);
@@ -24,6 +24,9 @@ public:
     void updateState();
     /// What can be pressed in the present state; null where there is nothing to be done.
     WrappingButton *button() const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     enum class State { settingUp, ready, missing };

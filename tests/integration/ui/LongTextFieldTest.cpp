@@ -48,6 +48,31 @@ protected:
     LongTextField field;
 };
 
+TEST_F(LongTextFieldTest, ATextThatIsLetGoLeavesInPieces)
+{
+    field.setContent(u"a line\n"_s.repeated(20'000), LongTextField::Style::prose,
+                     LongTextField::Hidden::asTheyStand);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return field.isComplete(); }));
+    ASSERT_GT(field.document()->blockCount(), 20'000);
+    field.letGo();
+    EXPECT_GT(field.document()->blockCount(), 15'000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return field.document()->isEmpty(); }));
+    field.letGo();
+    EXPECT_TRUE(field.document()->isEmpty());
+}
+
+TEST_F(LongTextFieldTest, AnotherTextMayComeWhileOneIsLetGo)
+{
+    field.setContent(u"a line\n"_s.repeated(20'000), LongTextField::Style::prose,
+                     LongTextField::Hidden::asTheyStand);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return field.isComplete(); }));
+    field.letGo();
+    field.setContent(u"another"_s, LongTextField::Style::prose, LongTextField::Hidden::asTheyStand);
+    for (int turn = 0; turn < 3; ++turn)
+        QApplication::processEvents();
+    EXPECT_EQ(field.toPlainText(), u"another"_s);
+}
+
 TEST_F(LongTextFieldTest, ATextOfAnyKindGoesInWholeAndInBoundedPieces)
 {
     const QStringList texts{QString(1'000'000, u'x'),

@@ -1,5 +1,6 @@
 #include "SheetsFixture.h"
 
+#include "ui/sheets/LongTextField.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
 #include "ui/sheets/SheetCard.h"
@@ -172,6 +173,23 @@ TEST_F(SheetsTest, EscapeAndReturnDoNotReachShortcutsOfTheWindow)
     ASSERT_TRUE(first.done() && second.done());
     EXPECT_FALSE(first.result());
     EXPECT_TRUE(second.result());
+}
+
+TEST_F(SheetsTest, WhatWasAnsweredIsForgotten)
+{
+    const auto isForgotten = [](const QWidget &sheet) {
+        const auto *field = sheet.findChild<LongTextField *>();
+        return waitUntil([field] { return field->document()->isEmpty(); });
+    };
+    requestCommand(u"ls\n"_s.repeated(10'000));
+    EXPECT_FALSE(permission->findChild<LongTextField *>()->document()->isEmpty());
+    notice();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(isForgotten(*permission));
+    ask(u"Which of these?\n"_s.repeated(10'000), {u"One"_s});
+    notice();
+    press(Qt::Key_Return);
+    EXPECT_TRUE(isForgotten(*question));
 }
 
 TEST_F(SheetsTest, FollowsTheSizeOfTheWindow)
