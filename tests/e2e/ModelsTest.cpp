@@ -2,6 +2,7 @@
 
 #include "support/WaitUntil.h"
 
+#include <QJsonArray>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -98,6 +99,32 @@ TEST_F(ModelsTest, AnotherProviderEndsTheSetupAndTheMessageThatWaits)
     EXPECT_TRUE(isPullingOver());
     EXPECT_TRUE(morvane.program().hides(text(cancelSetup)));
     EXPECT_EQ(world->runtime.known(u"models"_s), "");
+}
+
+TEST_F(ModelsTest, EscapeTakesBackAMessageThatWaitsAndLeavesTheSetup)
+{
+    MorvaneSession &morvane = user();
+    world->haveProgram("");
+    world->runtime.tell(u"pull-holds"_s, "42");
+    morvane.start();
+    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    morvane.send(u"Good morning"_s);
+    ASSERT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
+    morvane.keyboard().press(u"Escape"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Generation cancelled."_s));
+    EXPECT_TRUE(morvane.program().shows(text(cancelSetup)));
+    world->runtime.forget(u"pull-holds"_s);
+    EXPECT_TRUE(becomesReady(morvane));
+    morvane.send(u"Good evening"_s);
+    EXPECT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
+    EXPECT_EQ(world->runtime.chats()
+                  .constFirst()
+                  .value("messages"_L1)
+                  .toArray()
+                  .last()
+                  .toObject()
+                  .value("content"_L1),
+              u"Good evening"_s);
 }
 
 TEST_F(ModelsTest, ACancelledDownloadOfAModelGoesOnWhereItWas)
