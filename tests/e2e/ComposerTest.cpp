@@ -61,6 +61,19 @@ TEST_F(ComposerTest, APastedTextIsReadFromTheMenu)
     EXPECT_TRUE(morvane.program().focuses(m_field));
 }
 
+TEST_F(ComposerTest, TheProgramEndsWhileAPasteIsAwaited)
+{
+    MorvaneSession &morvane = start({});
+    ASSERT_TRUE(morvane.program().focuses(m_field));
+    const XConnection frozen(morvane.display());
+    const xcb_window_t window = frozen.openHiddenWindow();
+    xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    static_cast<void>(frozen.activeWindow());
+    morvane.keyboard().press(u"Ctrl+V"_s);
+    morvane.keyboard().press(u"Ctrl+Q"_s);
+    EXPECT_EQ(morvane.program().process().waitForExit(), 0);
+}
+
 TEST_F(ComposerTest, AProgramThatHangsWithTheClipboardHoldsNothingUp)
 {
     MorvaneSession &morvane = start({});

@@ -5,6 +5,7 @@
 #include "ui/controls/LineFieldMenu.h"
 #include "ui/controls/LinePastePlace.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
@@ -37,6 +38,17 @@ QString textFor(PasteFailure failure)
         return u"Nothing was pasted. What you copied is too large."_s;
     }
     std::unreachable();
+}
+
+/// The line whose menu `watched` opens: it is one, or a field for a number that has one.
+QLineEdit *lineWithMenu(QObject &watched)
+{
+    auto *const widget = qobject_cast<QWidget *>(&watched);
+    if (!widget || widget->contextMenuPolicy() != Qt::DefaultContextMenu)
+        return nullptr;
+    if (qobject_cast<QAbstractSpinBox *>(widget))
+        return widget->findChild<QLineEdit *>();
+    return qobject_cast<QLineEdit *>(widget);
 }
 
 bool isSelectionKey(const QKeyEvent &key)
@@ -189,9 +201,8 @@ bool FieldPasting::eventFilter(QObject *watched, QEvent *event)
     }
     case QEvent::ContextMenu: {
         // The toolkit's own menu asks what could be pasted before it opens.
-        auto *const line = qobject_cast<QLineEdit *>(watched);
-        if (!isEditable(line) || line->contextMenuPolicy() != Qt::DefaultContextMenu ||
-            !isForeign(QClipboard::Clipboard))
+        auto *const line = lineWithMenu(*watched);
+        if (!isEditable(line) || !isForeign(QClipboard::Clipboard))
             return false;
         LineFieldMenu::open(*line, *static_cast<QContextMenuEvent *>(event));
         return true;

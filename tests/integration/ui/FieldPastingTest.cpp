@@ -2,6 +2,7 @@
 
 #include "support/AppFixture.h"
 #include "support/FakePasteSource.h"
+#include "ui/controls/LineFieldMenu.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/ComposerView.h"
 
@@ -9,6 +10,7 @@
 #include <QContextMenuEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QSpinBox>
 #include <QTest>
 #include <QToolTip>
 
@@ -274,6 +276,17 @@ TEST_F(FieldPastingTest, MenusOpenWithoutAQuestion)
     EXPECT_EQ(line.text(), u"from the menu"_s);
 }
 
+TEST_F(FieldPastingTest, TheMenuOfANumberAsksNothingEither)
+{
+    QSpinBox number;
+    number.show();
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), number.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&number, &event);
+    auto *menu = qobject_cast<LineFieldMenu *>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    menu->close();
+}
+
 TEST_F(FieldPastingTest, ALineTakesItWhereItWasAskedFor)
 {
     QTest::keyClicks(&line, u"abc"_s);
@@ -290,6 +303,19 @@ TEST_F(FieldPastingTest, ALineTakesItWhereItWasAskedFor)
     answer(u"-"_s, 1);
     EXPECT_EQ(line.text(), u"yab-xc"_s);
     EXPECT_EQ(line.cursorPosition(), 4);
+}
+
+TEST_F(FieldPastingTest, WhatIsTypedInALineMeanwhileIsNeverReplaced)
+{
+    QTest::keyClicks(&line, u"abc"_s);
+    line.setSelection(0, 2);
+    pasteInLine();
+    QTest::keyClick(&line, Qt::Key_End);
+    QTest::keyClicks(&line, u"typed"_s);
+    answer(u"12"_s);
+    EXPECT_EQ(line.text(), u"12abctyped"_s);
+    QTest::keyClicks(&line, u"!"_s);
+    EXPECT_EQ(line.text(), u"12abctyped!"_s);
 }
 
 TEST_F(FieldPastingTest, WhoeverListensToALineHearsOfIt)
