@@ -17,8 +17,6 @@ namespace {
 constexpr qsizetype passLimit = 2 * segmentLimit;
 /// What a line costs besides its letters.
 constexpr qsizetype lineCost = 20;
-/// Times the letters' number that a text costs which is kept as a picture.
-constexpr qsizetype dearness = 3;
 
 using Kind = ConversationItem::Kind;
 
@@ -230,7 +228,7 @@ bool ConversationLayout::mayLayOut(const ConversationItem &item, qsizetype index
         const QString text = m_texts.text(item, segment);
         const qsizetype cost = layoutCost(text);
         const qsizetype work =
-            workFor(cost, cost > dearness * text.size(), segment.segment.kind, text.count(u'\n'));
+            workFor(cost, isDear(cost, text.size()), segment.segment.kind, text.count(u'\n'));
         m_isPassComplete &= m_passWork + work < passLimit;
     }
     return m_isPassComplete;
@@ -343,7 +341,7 @@ QTextDocument &ConversationLayout::document(const ConversationItem &item, qsizet
         setDocumentWidth(*entry->document, width, isUser(item) ? DocumentFit::narrow : DocumentFit::full);
         const QString shown = entry->document->toRawText();
         const qsizetype cost = layoutCost(shown);
-        entry->isDear = cost > dearness * shown.size();
+        entry->isDear = isDear(cost, shown.size());
         entry->picture = {};
         count(workFor(cost, entry->isDear, segment.segment.kind, entry->document->blockCount()));
     }

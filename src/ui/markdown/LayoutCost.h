@@ -13,4 +13,11 @@ qsizetype layoutCost(QStringView text);
 /// empty. Reads no further than that.
 qsizetype affordableLength(QStringView text, qsizetype budget);
 
+/// Whether text of so many UTF-16 units is dear: of emoji and marks above all, which cost as much again each
+/// time that they are measured or drawn.
+inline bool isDear(qsizetype cost, qsizetype units)
+{
+    return cost > 3 * units;
+}
+
 } // namespace morvane

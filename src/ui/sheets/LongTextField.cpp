@@ -133,6 +133,8 @@ qsizetype LongTextField::nextSlice() const
 {
     const QStringView rest = QStringView(m_source).sliced(m_taken);
     qsizetype length = affordableLength(rest, sliceLimit);
+    if (isDear(layoutCost(rest.first(length)), length))
+        length = affordableLength(rest, sliceLimit / 2);
     qsizetype lineEnd = -1;
     for (qsizetype line = 0; line < sliceLines; ++line) {
         lineEnd = rest.first(length).indexOf(u'\n', lineEnd + 1);

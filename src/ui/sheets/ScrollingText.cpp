@@ -116,7 +116,8 @@ int ScrollingText::measured(int width) const
     for (QTextBlock block = m_field->document()->firstBlock(); block.isValid() && rows < mostRows;
          block = block.next()) {
         const QString text = block.text();
-        cost += layoutCost(text);
+        const qsizetype own = layoutCost(text);
+        cost += isDear(own, text.size()) ? 2 * own : own;
         if (cost > mostMeasured) {
             // As wide as those before; of the first ones, a letter is seldom wider than a line is high.
             const qsizetype full = letters > 0 ? (text.size() * letterRows + letters - 1) / letters
