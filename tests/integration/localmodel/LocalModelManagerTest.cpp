@@ -184,6 +184,11 @@ TEST_F(LocalModelManagerTest, APullLineIsToldWithItsFraction)
 TEST_F(LocalModelManagerTest, HoweverManyFramesComeWithinAMomentTheyAreToldOnce)
 {
     haveProgram();
+    QByteArray frames;
+    for (int frame = 0; frame < 40'000; ++frame)
+        frames += "pulling 6a0746a1ec1a: " + QByteArray::number(frame / 400) + "% " +
+                  QByteArray::number(frame) + " MB/40000 MB\n";
+    tell(u"pull-output"_s, frames);
     FakeClock still;
     Scheduler other(still);
     runTask(other, manager.pull(u"qwen2.5"_s, recording()));
