@@ -1,6 +1,7 @@
 #include "DesktopFixture.h"
 
 #include "platform/linux/desktop/XDisplay.h"
+#include "support/FakeDesktop.h"
 
 #include <QProcess>
 #include <limits>
@@ -111,6 +112,26 @@ TEST_F(MonitorsTest, OnlyTheMonitorOfTheFrontmostWindowIsRead)
     EXPECT_FALSE(text.contains(u"Sinister"_s)) << text.toStdString();
     EXPECT_TRUE(text.contains(u"Screen region: 640 x 960 points with top-left corner at (640, 0)."_s))
         << text.toStdString();
+}
+
+using WaylandTest = DesktopFixture;
+
+TEST_F(WaylandTest, WithoutARoadToTheScreenTheToolsSayWhatIsMissing)
+{
+    // Where Wayland draws the windows, the X server that may be there as well sees little and reaches nobody.
+    DesktopLog log;
+    ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
+                       std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
+                       std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
+                       std::make_shared<FakeSequenceClock>(log)});
+    qputenv("WAYLAND_DISPLAY", "wayland-0");
+    const QString seen = run(tools.captureScreen());
+    const QString clicked = run(tools.clickAt({1, 1}));
+    qunsetenv("WAYLAND_DISPLAY");
+    EXPECT_TRUE(seen.startsWith(u"Error: Morvane needs Screen Recording permission to see your screen."_s))
+        << seen.toStdString();
+    EXPECT_TRUE(clicked.startsWith(u"Error: Morvane needs Accessibility permission to control your Mac."_s))
+        << clicked.toStdString();
 }
 
 } // namespace
