@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <optional>
+#include <stop_token>
 
 namespace morvane {
 
@@ -13,9 +14,9 @@ public:
     /// Replaces what is on it. Main thread.
     virtual void setText(const QString &text) = 0;
 
-    /// The text on it, whole; nothing if there is none or its owner does not answer. Blocks, with a limit;
-    /// any thread but the main one.
-    virtual std::optional<QString> text() = 0;
+    /// The text on it, whole; nothing if there is none, its owner does not answer, or soon after `stop`.
+    /// Blocks as long as the owner sends something; any thread but the main one.
+    virtual std::optional<QString> text(const std::stop_token &stop) = 0;
 };
 
 } // namespace morvane

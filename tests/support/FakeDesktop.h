@@ -156,9 +156,16 @@ class FakeClipboard : public Clipboard {
 public:
     explicit FakeClipboard(DesktopLog &log) : m_log(log) {}
     void setText(const QString &text) override;
-    std::optional<QString> text() override { return content; }
+    std::optional<QString> text(const std::stop_token &stop) override
+    {
+        if (onRead)
+            onRead(stop);
+        return content;
+    }
 
     std::optional<QString> content;
+    /// Called at each question, on its thread.
+    std::function<void(const std::stop_token &)> onRead;
 
 private:
     DesktopLog &m_log;

@@ -166,8 +166,12 @@ Task<ToolResult> ScreenTools::pasteText(QString text)
 
 Task<ToolResult> ScreenTools::clipboardRead()
 {
-    const std::optional<QString> text =
-        co_await runOffMain([shared = m_shared] { return shared->desktop.clipboard->text(); });
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    const std::optional<QString> text = co_await runOffMain(
+        [shared = m_shared, token = stop.token()] { return shared->desktop.clipboard->text(token); });
+    if (stop.token().stop_requested())
+        co_return stopped;
     if (!text || text->isEmpty())
         co_return u"The clipboard is empty or does not contain text."_s;
     co_return u"Clipboard content: "_s + *text;

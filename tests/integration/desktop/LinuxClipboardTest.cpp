@@ -3,6 +3,7 @@
 #include "async/OffMain.h"
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
+#include "platform/linux/desktop/XDisplay.h"
 #include "support/ClipboardOwner.h"
 #include "support/RunTask.h"
 
@@ -17,7 +18,7 @@ class LinuxClipboardTest : public testing::Test {
 protected:
     std::optional<QString> read()
     {
-        return runTask(m_scheduler, runOffMain([this] { return m_clipboard.text(); }));
+        return runTask(m_scheduler, runOffMain([this] { return m_clipboard.text({}); }));
     }
 
     SystemClock m_clock;
@@ -66,6 +67,25 @@ TEST_F(LinuxClipboardTest, AnOwnerThatHangsIsGivenUp)
     xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
     static_cast<void>(frozen.activeWindow());
     EXPECT_EQ(read(), std::nullopt);
+}
+
+TEST_F(LinuxClipboardTest, AStopEndsTheWaitForAnOwnerThatHangs)
+{
+    const XConnection frozen(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t window = frozen.openHiddenWindow();
+    xcb_set_selection_owner(frozen.handle(), window, frozen.atom("CLIPBOARD"), XCB_CURRENT_TIME);
+    static_cast<void>(frozen.activeWindow());
+    LinuxClipboard patient(std::chrono::minutes(1));
+    std::stop_source stop;
+    auto reading =
+        m_scheduler.spawn(runOffMain([&patient, token = stop.get_token()] { return patient.text(token); }));
+    EXPECT_TRUE(waitUntil([&] {
+        const auto event = xReply(xcb_poll_for_event(frozen.handle()));
+        return event && (event->response_type & 0x7f) == XCB_SELECTION_REQUEST;
+    }));
+    stop.request_stop();
+    ASSERT_TRUE(waitUntil([&] { return reading.done(); }));
+    EXPECT_EQ(reading.result(), std::nullopt);
 }
 
 } // namespace

@@ -306,7 +306,7 @@ TEST(WithoutAnXServerTest, NothingIsAllowedOrKnownAndWhatIsPostedGoesNowhere)
         EXPECT_TRUE(LinuxScreenCapture().capture({0, 0, 10, 10}).isNull()) << name;
         EXPECT_EQ(LinuxApplications().frontmost(), std::nullopt) << name;
         EXPECT_TRUE(LinuxApplications().running().isEmpty()) << name;
-        EXPECT_EQ(LinuxClipboard().text(), std::nullopt) << name;
+        EXPECT_EQ(LinuxClipboard().text({}), std::nullopt) << name;
         const auto source = LinuxInputEvents().newSource();
         source->warp({1, 1});
         source->buttonDown(MouseButton::left, {1, 1});

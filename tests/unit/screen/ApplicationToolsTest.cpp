@@ -1,5 +1,8 @@
 #include "ScreenFixture.h"
 
+#include <atomic>
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -76,6 +79,25 @@ TEST_F(ClipboardToolsTest, TheClipboardIsReadWhole)
     EXPECT_EQ(run(m_tools.clipboardRead()), u"The clipboard is empty or does not contain text."_s);
     m_desktop.clipboard->content = QString(500000, u'x') + u"\n "_s;
     EXPECT_EQ(run(m_tools.clipboardRead()), u"Clipboard content: "_s + QString(500000, u'x') + u"\n "_s);
+}
+
+TEST_F(ClipboardToolsTest, AStopEndsTheReading)
+{
+    std::atomic<bool> isReading = false;
+    std::atomic<bool> goesOn = false;
+    m_desktop.clipboard->content = u"secret"_s;
+    m_desktop.clipboard->onRead = [&](const std::stop_token &stop) {
+        isReading = true;
+        while (!stop.stop_requested() && !goesOn)
+            std::this_thread::yield();
+    };
+    TaskHandle<ToolResult> reading = m_scheduler.spawn(m_tools.clipboardRead());
+    ASSERT_TRUE(waitUntil([&] { return isReading.load(); }));
+    reading.cancel();
+    EXPECT_TRUE(waitUntil([&] { return reading.done(); }));
+    goesOn = true;
+    ASSERT_TRUE(waitUntil([&] { return reading.done(); }));
+    EXPECT_EQ(reading.result().text, u"Error: stopped before it was done."_s);
 }
 
 TEST_F(ClipboardToolsTest, TheClipboardIsSetWithoutWhiteSpaceAround)

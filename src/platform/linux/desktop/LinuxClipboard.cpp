@@ -12,12 +12,12 @@ void LinuxClipboard::setText(const QString &text)
     QGuiApplication::clipboard()->setText(text);
 }
 
-std::optional<QString> LinuxClipboard::text()
+std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)
 {
     const auto display = XDisplay::open();
     if (!display)
         return std::nullopt;
-    SelectionReader reader(*display, "CLIPBOARD", m_patience);
+    SelectionReader reader(*display, "CLIPBOARD", m_patience, stop);
     for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
         if (const auto bytes = reader.read(target))
             return QString::fromUtf8(*bytes);

@@ -17,7 +17,7 @@ public:
     }
 
     void setText(const QString &text) override;
-    std::optional<QString> text() override;
+    std::optional<QString> text(const std::stop_token &stop) override;
 
 private:
     const std::chrono::milliseconds m_patience;

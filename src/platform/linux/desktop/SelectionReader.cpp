@@ -1,7 +1,9 @@
 #include "platform/linux/desktop/SelectionReader.h"
 
 #include <QDeadlineTimer>
+#include <algorithm>
 #include <poll.h>
+#include <utility>
 
 namespace morvane {
 namespace {
@@ -9,13 +11,16 @@ namespace {
 /// More text than this is given up: nobody copies it to read it.
 constexpr qsizetype mostBytes = 100'000'000;
 constexpr uint32_t wholeProperty = 0x1fffffff;
+/// How soon a stop is seen.
+constexpr qint64 lookMilliseconds = 20;
 
 } // namespace
 
 SelectionReader::SelectionReader(const XDisplay &display, std::string_view selection,
-                                 std::chrono::milliseconds patience)
-    : m_display(display), m_patience(patience), m_window(xcb_generate_id(display.connection())),
-      m_selection(display.atom(selection)), m_property(display.atom("MORVANE_SELECTION"))
+                                 std::chrono::milliseconds patience, std::stop_token stop)
+    : m_display(display), m_patience(patience), m_stop(std::move(stop)),
+      m_window(xcb_generate_id(display.connection())), m_selection(display.atom(selection)),
+      m_property(display.atom("MORVANE_SELECTION"))
 {
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(display.connection(), XCB_COPY_FROM_PARENT, m_window, display.root(), 0, 0, 1, 1, 0,
@@ -32,7 +37,7 @@ XReply<xcb_generic_event_t> SelectionReader::waitFor(uint8_t kind)
 {
     xcb_connection_t *const connection = m_display.connection();
     const QDeadlineTimer deadline(m_patience);
-    while (xcb_connection_has_error(connection) == 0) {
+    while (xcb_connection_has_error(connection) == 0 && !m_stop.stop_requested()) {
         if (auto event = xReply(xcb_poll_for_event(connection))) {
             if ((event->response_type & 0x7f) == kind)
                 return event;
@@ -41,7 +46,7 @@ XReply<xcb_generic_event_t> SelectionReader::waitFor(uint8_t kind)
         if (deadline.hasExpired())
             break;
         pollfd waiting{xcb_get_file_descriptor(connection), POLLIN, 0};
-        ::poll(&waiting, 1, int(deadline.remainingTime()));
+        ::poll(&waiting, 1, int(std::min(deadline.remainingTime(), lookMilliseconds)));
     }
     m_ownerIsSilent = true;
     return nullptr;

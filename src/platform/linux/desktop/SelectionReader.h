@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <chrono>
 #include <optional>
+#include <stop_token>
 #include <string_view>
 
 namespace morvane {
@@ -13,8 +14,9 @@ namespace morvane {
 /// large. One thread.
 class SelectionReader {
 public:
-    /// `patience` is how long the owner may be silent between two parts.
-    SelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience);
+    /// `patience` is how long the owner may be silent between two parts. After `stop` it counts as silent.
+    SelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience,
+                    std::stop_token stop = {});
     ~SelectionReader();
     SelectionReader(const SelectionReader &) = delete;
     SelectionReader &operator=(const SelectionReader &) = delete;
@@ -35,6 +37,7 @@ private:
 
     const XDisplay &m_display;
     const std::chrono::milliseconds m_patience;
+    const std::stop_token m_stop;
     const xcb_window_t m_window;
     const xcb_atom_t m_selection;
     const xcb_atom_t m_property;
