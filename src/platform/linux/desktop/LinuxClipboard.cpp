@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/LinuxClipboard.h"
 
-#include "platform/linux/desktop/SelectionReader.h"
+#include "platform/linux/desktop/XSelectionReader.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -17,7 +17,7 @@ std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)
     const auto display = XDisplay::open();
     if (!display)
         return std::nullopt;
-    SelectionReader reader(*display, "CLIPBOARD", m_patience, stop);
+    XSelectionReader reader(*display, "CLIPBOARD", m_patience, stop);
     for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
         if (const auto bytes = reader.read(target))
             return QString::fromUtf8(*bytes);

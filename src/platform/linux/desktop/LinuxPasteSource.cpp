@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/LinuxPasteSource.h"
 
 #include "async/OffMain.h"
-#include "platform/linux/desktop/SelectionReader.h"
+#include "platform/linux/desktop/XSelectionReader.h"
 
 #include <QGuiApplication>
 #include <QList>
@@ -51,8 +51,9 @@ private:
     {
         const QByteArray atoms = bytes("TARGETS");
         m_forms.resize(atoms.size() / qsizetype(sizeof(xcb_atom_t)));
-        std::memcpy(m_forms.data(), atoms.constData(),
-                    static_cast<size_t>(m_forms.size()) * sizeof(xcb_atom_t));
+        if (!m_forms.isEmpty())
+            std::memcpy(m_forms.data(), atoms.constData(),
+                        static_cast<size_t>(m_forms.size()) * sizeof(xcb_atom_t));
     }
 
     bool has(std::string_view form) const { return m_forms.contains(m_display.atom(form)); }
@@ -102,7 +103,7 @@ private:
     }
 
     const XDisplay &m_display;
-    SelectionReader m_reader;
+    XSelectionReader m_reader;
     QList<xcb_atom_t> m_forms;
     std::optional<PasteFailure> m_failure;
 };

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/SelectionReader.h"
+#include "platform/linux/desktop/XSelectionReader.h"
 
 #include <QDeadlineTimer>
 #include <algorithm>
@@ -16,8 +16,8 @@ constexpr qint64 lookMilliseconds = 20;
 
 } // namespace
 
-SelectionReader::SelectionReader(const XDisplay &display, std::string_view selection,
-                                 std::chrono::milliseconds patience, std::stop_token stop)
+XSelectionReader::XSelectionReader(const XDisplay &display, std::string_view selection,
+                                   std::chrono::milliseconds patience, std::stop_token stop)
     : m_display(display), m_patience(patience), m_stop(std::move(stop)),
       m_window(xcb_generate_id(display.connection())), m_selection(display.atom(selection)),
       m_property(display.atom("MORVANE_SELECTION"))
@@ -27,13 +27,13 @@ SelectionReader::SelectionReader(const XDisplay &display, std::string_view selec
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
 }
 
-SelectionReader::~SelectionReader()
+XSelectionReader::~XSelectionReader()
 {
     xcb_destroy_window(m_display.connection(), m_window);
     xcb_flush(m_display.connection());
 }
 
-XReply<xcb_generic_event_t> SelectionReader::waitFor(uint8_t kind)
+XReply<xcb_generic_event_t> XSelectionReader::waitFor(uint8_t kind)
 {
     xcb_connection_t *const connection = m_display.connection();
     const QDeadlineTimer deadline(m_patience);
@@ -52,7 +52,7 @@ XReply<xcb_generic_event_t> SelectionReader::waitFor(uint8_t kind)
     return nullptr;
 }
 
-std::optional<QByteArray> SelectionReader::takeProperty(xcb_atom_t &type)
+std::optional<QByteArray> XSelectionReader::takeProperty(xcb_atom_t &type)
 {
     xcb_connection_t *const connection = m_display.connection();
     const auto reply = xReply(xcb_get_property_reply(
@@ -65,7 +65,7 @@ std::optional<QByteArray> SelectionReader::takeProperty(xcb_atom_t &type)
                       xcb_get_property_value_length(reply.get()));
 }
 
-std::optional<QByteArray> SelectionReader::read(std::string_view target)
+std::optional<QByteArray> XSelectionReader::read(std::string_view target)
 {
     xcb_connection_t *const connection = m_display.connection();
     m_ownerIsSilent = false;

@@ -12,14 +12,14 @@ namespace morvane {
 
 /// Asks the owner of a selection, such as "CLIPBOARD", for its content in one form, in parts where it is
 /// large. One thread.
-class SelectionReader {
+class XSelectionReader {
 public:
     /// `patience` is how long the owner may be silent between two parts. After `stop` it counts as silent.
-    SelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience,
-                    std::stop_token stop = {});
-    ~SelectionReader();
-    SelectionReader(const SelectionReader &) = delete;
-    SelectionReader &operator=(const SelectionReader &) = delete;
+    XSelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience,
+                     std::stop_token stop = {});
+    ~XSelectionReader();
+    XSelectionReader(const XSelectionReader &) = delete;
+    XSelectionReader &operator=(const XSelectionReader &) = delete;
 
     /// Nothing if nobody owns the selection, the owner has no such form, it does not answer in time, or it
     /// has more than 100 MB.
