@@ -120,12 +120,12 @@ bool FoldedTexts::isTooLong(const QTextCursor &cursor, const QString &text) cons
     return wholeCost > factor * costliestDocument || paragraphCost > factor * costliestParagraph;
 }
 
-void FoldedTexts::insert(QTextCursor &cursor, Fold fold)
+void FoldedTexts::insert(QTextCursor &cursor, const Fold &fold)
 {
     QTextCharFormat format;
     format.setProperty(foldProperty, ++m_lastID);
     const QString label = fold.label;
-    m_folds.insert(m_lastID, std::move(fold));
+    m_folds.insert(m_lastID, fold);
     cursor.beginEditBlock();
     cursor.removeSelectedText();
     cursor.insertText(label, format);

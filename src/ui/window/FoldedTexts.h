@@ -42,7 +42,7 @@ public:
     static bool isTooLong(qsizetype size);
     /// Puts a label in the place of what `cursor` selects. It stands for the text, also when it is undone and
     /// redone.
-    void insert(QTextCursor &cursor, Fold fold);
+    void insert(QTextCursor &cursor, const Fold &fold);
     /// Forgets every text; for a document that has just been emptied together with its history.
     void clear() { m_folds.clear(); }
 
