@@ -65,6 +65,7 @@ TEST_F(SheetsTest, TheWindowBelowIsReadAsItIsAndCannotBeReached)
     field.takeFocus();
     EXPECT_FALSE(field.has(AccessibleState::focused));
     EXPECT_EQ(morvane.program().focused()->element.path(), first->element.path());
+    morvane.program().find(u"Delete Write a note"_s).press();
     morvane.keyboard().press(u"Ctrl+="_s);
     morvane.keyboard().press(u"Ctrl+F"_s);
     ASSERT_TRUE(answerWith(morvane, u"Escape"_s));

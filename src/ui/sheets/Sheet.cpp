@@ -4,6 +4,7 @@
 #include "ui/sheets/SheetCard.h"
 #include "ui/theme/ThemeColors.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
@@ -39,6 +40,19 @@ bool takesTab(const QWidget &widget, const QWidget *window)
 {
     return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.focusProxy() == nullptr &&
            widget.isEnabled() && widget.isVisibleTo(window);
+}
+
+/// Closes the menus of `window` that are open: they would take what is meant for the sheet.
+void closePopups(const QWidget &window)
+{
+    const auto belongsToWindow = [&window](const QWidget *widget) {
+        while (widget != nullptr && widget != &window)
+            widget = widget->parentWidget();
+        return widget != nullptr;
+    };
+    QWidget *popup = QApplication::activePopupWidget();
+    while (popup != nullptr && belongsToWindow(popup) && popup->close())
+        popup = QApplication::activePopupWidget();
 }
 
 bool isPlain(const QKeyEvent &event)
@@ -79,10 +93,12 @@ void Sheet::openSheet(QWidget *first)
     const bool hadFocus = m_isOpen && first->hasFocus();
     if (!m_isOpen) {
         m_isOpen = true;
+        closePopups(*parentWidget());
         m_previousFocus = parentWidget()->focusWidget();
         setGeometry(parentWidget()->rect());
         raise();
         qApp->installEventFilter(this);
+        holdButtons();
     }
     appear();
     arrange();
@@ -110,6 +126,7 @@ void Sheet::closeSheet()
         return;
     m_isOpen = false;
     qApp->removeEventFilter(this);
+    holdButtons();
     giveFocusBack();
     hide();
 }
@@ -129,6 +146,28 @@ void Sheet::giveFocusBack()
         m_previousFocus->setFocus(Qt::OtherFocusReason);
     else
         focusNextPrevChild(true);
+}
+
+bool Sheet::holds(const QWidget &widget)
+{
+    const auto sheets = widget.window()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly);
+    return std::any_of(sheets.begin(), sheets.end(), [&widget](const Sheet *sheet) {
+        return sheet->isOpen() && sheet->isOnTop() && sheet->isBehind(&widget);
+    });
+}
+
+void Sheet::holdButtons()
+{
+    const auto sheets = parentWidget()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly);
+    for (Sheet *sheet : sheets)
+        sheet->m_buttons.release();
+    const auto top = std::find_if(sheets.begin(), sheets.end(),
+                                  [](const Sheet *sheet) { return sheet->isOpen() && sheet->isOnTop(); });
+    if (top == sheets.end())
+        return;
+    QList<QAbstractButton *> buttons = parentWidget()->findChildren<QAbstractButton *>();
+    buttons.removeIf([top](const QAbstractButton *button) { return !(*top)->isBehind(button); });
+    (*top)->m_buttons.hold(buttons);
 }
 
 bool Sheet::isBehind(const QWidget *widget) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/sheets/AnswerGuard.h"
+#include "ui/sheets/HeldButtons.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -13,10 +14,11 @@ class SheetCard;
 
 /// A question to the user that holds one window: it dims the window's content and shows a card in the middle.
 /// While it is open neither mouse nor keyboard reach anything else in that window: it covers the window,
-/// keeps the focus, and shortcuts of what lies below do nothing. Nothing below is disabled, so that assistive
-/// technology reads it as it is. The menu bar's commands (quit, new conversation) belong to the program and
-/// stay at hand. The focus goes into the card when the sheet opens and back to where it was when it closes.
-/// Input that comes before the user can have noticed the sheet is dropped.
+/// keeps the focus, and shortcuts of what lies below do nothing, nor buttons that assistive technology
+/// presses. Nothing below is disabled, so that assistive technology reads it as it is. The menu bar's
+/// commands (quit, new conversation) belong to the program and stay at hand. The focus goes into the card
+/// when the sheet opens and back to where it was when it closes. Input that comes before the user can have
+/// noticed the sheet is dropped.
 class Sheet : public QWidget {
     Q_OBJECT
 public:
@@ -28,6 +30,8 @@ public:
     /// Whether it is the one of the window's open sheets that takes input.
     bool isOnTop() const;
     SheetCard *card() const { return m_card; }
+    /// Whether `widget` lies below an open sheet of its window.
+    static bool holds(const QWidget &widget);
 
 protected:
     /// Shows the sheet with the focus on `first`; if it is open already, begins anew.
@@ -52,6 +56,7 @@ private:
     void appear();
     void arrange();
     bool isBehind(const QWidget *widget) const;
+    void holdButtons();
     void takeFocusBack();
     void giveFocusBack();
 
@@ -59,6 +64,7 @@ private:
     AnswerGuard m_guard;
     QPointer<QWidget> m_focus; ///< Of this sheet's parts, the one that has the focus or had it last.
     QPointer<QWidget> m_previousFocus;
+    HeldButtons m_buttons; ///< Of the window below.
     bool m_isOpen = false;
 };
 

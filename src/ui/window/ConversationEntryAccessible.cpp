@@ -1,5 +1,6 @@
 #include "ui/window/ConversationEntryAccessible.h"
 
+#include "ui/sheets/Sheet.h"
 #include "ui/window/ConversationList.h"
 
 using namespace Qt::StringLiterals;
@@ -63,7 +64,7 @@ QStringList ConversationEntryAccessible::actionNames() const
 
 void ConversationEntryAccessible::doAction(const QString &name)
 {
-    if (name == openAction && isValid() && view()->isEnabled())
+    if (name == openAction && isValid() && view()->isEnabled() && !Sheet::holds(*view()))
         Q_EMIT view()->openRequested(m_row);
 }
 

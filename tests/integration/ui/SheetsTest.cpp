@@ -86,6 +86,57 @@ TEST_F(SheetsTest, NothingBehindTakesTheFocusByItself)
     EXPECT_EQ(draft->toPlainText(), QString());
 }
 
+TEST_F(SheetsTest, WhatLiesBehindIsNotPressedByAssistiveTechnology)
+{
+    const auto pressBehind = [this] {
+        accessible(behind)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        EXPECT_TRUE(behind->isDown());
+        return waitUntil([this] { return !behind->isDown(); });
+    };
+    requestWrite();
+    EXPECT_TRUE(Sheet::holds(*behind));
+    EXPECT_TRUE(pressBehind());
+    EXPECT_EQ(pressedBehind, 0);
+    auto *allow = named<QPushButton>(u"Allow the action"_s);
+    EXPECT_FALSE(Sheet::holds(*allow));
+    accessible(allow)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
+    EXPECT_FALSE(Sheet::holds(*behind));
+    EXPECT_TRUE(pressBehind());
+    EXPECT_EQ(pressedBehind, 1);
+}
+
+TEST_F(SheetsTest, AMenuOfTheWindowBelowDoesNotTakeTheAnswer)
+{
+    int chosen = 0;
+    QMenu menu(behind);
+    QMenu *further = menu.addMenu(u"Further"_s);
+    further->addAction(u"Delete"_s, [&chosen] { ++chosen; });
+    menu.popup(window->mapToGlobal(QPoint(5, 5)));
+    menu.setActiveAction(menu.actions().constFirst());
+    further->popup(window->mapToGlobal(QPoint(50, 5)));
+    further->setActiveAction(further->actions().constFirst());
+    ASSERT_EQ(QApplication::activePopupWidget(), further);
+    requestWrite();
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    EXPECT_TRUE(permission->isAncestorOf(window->focusWidget()));
+    notice();
+    press(Qt::Key_Return);
+    EXPECT_EQ(chosen, 0);
+    EXPECT_FALSE(permission->isOpen());
+}
+
+TEST_F(SheetsTest, AMenuOfAnotherWindowStaysOpen)
+{
+    QWidget other;
+    other.show();
+    QMenu menu(&other);
+    menu.addAction(u"Copy"_s);
+    menu.popup(other.mapToGlobal(QPoint(5, 5)));
+    requestWrite();
+    EXPECT_TRUE(menu.isVisible());
+}
+
 TEST_F(SheetsTest, TheFocusComesBackToAnotherPartWhenTheOneThatHadItIsGone)
 {
     requestWrite();
@@ -333,6 +384,37 @@ TEST_F(SheetsTest, SheetBelowAnotherMayCloseFirst)
     EXPECT_TRUE(permission->isAncestorOf(focus()));
     press(Qt::Key_Escape);
     EXPECT_EQ(focus(), draft);
+}
+
+TEST_F(SheetsTest, ButtonsBelowAreHeldUntilTheLastOfTwoSheetsCloses)
+{
+    ask(u"Which?"_s, {u"One"_s});
+    requestWrite();
+    behind->click();
+    named<QPushButton>(u"Answer: One"_s)->click();
+    EXPECT_TRUE(question->isOpen());
+    named<QPushButton>(u"Deny the action"_s)->click();
+    EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
+    behind->click();
+    EXPECT_EQ(pressedBehind, 0);
+    named<QPushButton>(u"Answer: One"_s)->click();
+    EXPECT_TRUE(waitUntil([this] { return !question->isOpen(); }));
+    behind->click();
+    EXPECT_EQ(pressedBehind, 1);
+}
+
+TEST_F(SheetsTest, ButtonsBelowStayHeldWhereTheLowerOfTwoSheetsClosesFirst)
+{
+    ask(u"Which?"_s, {u"One"_s});
+    requestWrite();
+    model->questions().resolveQuestion(u"One"_s);
+    EXPECT_TRUE(waitUntil([this] { return !question->isOpen(); }));
+    behind->click();
+    EXPECT_EQ(pressedBehind, 0);
+    model->gate().resolvePermission(false, false);
+    EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
+    behind->click();
+    EXPECT_EQ(pressedBehind, 1);
 }
 
 } // namespace
