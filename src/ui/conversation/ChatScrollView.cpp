@@ -200,7 +200,9 @@ void ChatScrollView::scrollContentsBy(int, int)
 
 void ChatScrollView::resizeEvent(QResizeEvent *)
 {
-    m_layout.setWidth(viewport()->width());
+    // The same without the scroll bar: laying out anew for its coming and going may make it come and go for
+    // ever.
+    m_layout.setWidth(maximumViewportSize().width() - verticalScrollBar()->sizeHint().width());
     m_scroll.takeSize();
 }
 

@@ -47,6 +47,27 @@ const QStringList &hostileTexts()
     return texts;
 }
 
+TEST_F(LongTextTest, TheScrollBarDoesNotChangeTheWidthOfTheText)
+{
+    // A text that is long but shows little would fit without the bar, be laid out anew, and not fit, for
+    // ever.
+    const ConversationItem first{.kind = ConversationItem::Kind::message, .index = 0};
+    view.resize(545, 560); // narrower than a column may be
+    say(Role::assistant, u"Short."_s);
+    show();
+    ASSERT_FALSE(view.verticalScrollBar()->isVisible());
+    const int width = view.rows().rowFrame(first).width;
+    say(Role::assistant, u"> "_s.repeated(10'000) + u"deep"_s);
+    settle();
+    EXPECT_EQ(view.rows().rowFrame(first).width, width);
+    say(Role::assistant, u"line\n\n"_s.repeated(200));
+    settle();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view.verticalScrollBar()->isVisible(); }))
+        << view.verticalScrollBar()->maximum();
+    EXPECT_EQ(view.rows().rowFrame(first).width, width);
+    EXPECT_LE(view.rows().rowFrame(first).left + width, view.viewport()->width());
+}
+
 TEST_F(LongTextTest, AnErrorIsLaidOutOnlyWhereItIsSeen)
 {
     for (const QString &text : hostileTexts()) {
