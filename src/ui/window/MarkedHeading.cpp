@@ -24,7 +24,7 @@ void MarkedHeading::paintEvent(QPaintEvent *event)
 {
     HeadingLabel::paintEvent(event);
     QPainter painter(this);
-    paintAppMark(painter, QRectF((width() - markSize) / 2, 0, markSize, markSize));
+    paintAppMark(painter, QRect((width() - markSize) / 2, 0, markSize, markSize));
 }
 
 } // namespace morvane
