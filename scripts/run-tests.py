@@ -16,6 +16,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import xml.etree.ElementTree as ElementTree
 
@@ -76,6 +77,31 @@ def cases_of(report):
         return list(ElementTree.parse(report).iter("testcase"))
     except (OSError, ElementTree.ParseError):
         return []
+
+
+class RunningPrograms:
+    """Ends all programs when told to, also those that begin at that moment."""
+
+    def __init__(self):
+        self._lock = threading.Lock()
+        self._programs = set()
+        self._ended = False
+
+    def add(self, program):
+        with self._lock:
+            self._programs.add(program)
+            if self._ended:
+                program.kill()
+
+    def discard(self, program):
+        with self._lock:
+            self._programs.discard(program)
+
+    def end(self):
+        with self._lock:
+            self._ended = True
+            for program in self._programs:
+                program.kill()
 
 
 def end_of(program, timeout, running):
@@ -144,21 +170,25 @@ def run(entry, gtest_filter, running):
         return passed, failed
 
 
+def run_all(entries, at_once, running):
+    """Runs the programs in threads, which an interruption does not reach: it comes between no start and its note."""
+    with concurrent.futures.ThreadPoolExecutor(at_once) as pool:
+        try:
+            return list(pool.map(lambda each: run(*each, running), entries))
+        except KeyboardInterrupt:
+            pool.shutdown(wait=False, cancel_futures=True)
+            running.end()
+            raise
+
+
 def main():
     build, wanted = sys.argv[1], sys.argv[2] if len(sys.argv) > 2 else ""
     wanted_entries = [(entry, selection(entry, wanted)) for entry in ctest_entries(build)]
     wanted_entries = [(entry, gtest_filter) for entry, gtest_filter in wanted_entries if gtest_filter]
-    running = set()
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        try:
-            together = [each for each in wanted_entries if not each[0]["alone"]]
-            results = list(pool.map(lambda each: run(*each, running), together))
-        except KeyboardInterrupt:
-            pool.shutdown(wait=False, cancel_futures=True)
-            for program in list(running):
-                program.kill()
-            raise
-    results += [run(*each, running) for each in wanted_entries if each[0]["alone"]]
+    running = RunningPrograms()
+    together = [each for each in wanted_entries if not each[0]["alone"]]
+    alone = [each for each in wanted_entries if each[0]["alone"]]
+    results = run_all(together, os.cpu_count(), running) + run_all(alone, 1, running)
     passed = sum(program_passed for program_passed, _ in results)
     failed = [name for _, program_failed in results for name in program_failed]
     if passed == 0 and not failed:

@@ -18,6 +18,7 @@ sys.path.insert(0, str(HOUSE / "scripts"))
 sys.dont_write_bytecode = True
 
 fuzz = importlib.import_module("fuzz")
+run_tests = importlib.import_module("run-tests")
 
 # A program that takes GoogleTest's options; what it does with its report follows.
 PROGRAM = """#!/usr/bin/env python3
@@ -116,6 +117,14 @@ class RunTests(unittest.TestCase):
                 self.assertNotIn("Traceback", output)
                 with self.assertRaises(ProcessLookupError):
                     os.kill(pid, 0)
+
+    def test_what_begins_at_the_moment_of_an_interruption_is_ended_too(self):
+        running = run_tests.RunningPrograms()
+        with subprocess.Popen(["cat"], stdin=subprocess.PIPE) as early, subprocess.Popen(["cat"], stdin=subprocess.PIPE) as late:
+            running.add(early)
+            running.end()
+            running.add(late)
+            self.assertEqual((early.wait(), late.wait()), (-signal.SIGKILL, -signal.SIGKILL))
 
     def test_a_name_that_nothing_has_is_one(self):
         self.program("unit.good", PROGRAM + "report(passed)\n")
