@@ -81,7 +81,9 @@ void WrappingButton::paintEvent(QPaintEvent *)
     if (m_symbol)
         drawSymbol(painter, room);
     // The style marks the focus only once Tab was pressed, but a sheet brings the focus with it.
-    if (hasFocus())
+    if (hasFocus() && isProminent)
+        MorvaneStyle::drawFocusRingOnAccent(painter, rect(), focusRadius, palette());
+    else if (hasFocus())
         MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
 }
 

@@ -7,6 +7,7 @@
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QPainter>
+#include <QPushButton>
 #include <QSlider>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -63,6 +64,18 @@ void MorvaneStyle::drawFocusRing(QPainter &painter, const QRectF &rect, qreal ra
     painter.restore();
 }
 
+void MorvaneStyle::drawFocusRingOnAccent(QPainter &painter, const QRectF &rect, qreal radius,
+                                         const QPalette &palette)
+{
+    drawFocusRing(painter, rect, radius, palette);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colorsOf(palette).onAccent, 2));
+    painter.drawRoundedRect(rect.adjusted(3, 3, -3, -3), radius - 2, radius - 2);
+    painter.restore();
+}
+
 void MorvaneStyle::drawButton(const QStyleOption &option, QPainter &painter) const
 {
     const ThemeColors &colors = colorsOf(option.palette);
@@ -102,7 +115,11 @@ void MorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *o
         return;
     }
     case PE_FrameFocusRect:
-        drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
+        if (const auto *button = qobject_cast<const QPushButton *>(widget);
+            button != nullptr && button->isDefault())
+            drawFocusRingOnAccent(*painter, option->rect, cornerRadius, option->palette);
+        else
+            drawFocusRing(*painter, option->rect, cornerRadius, option->palette);
         return;
     case PE_PanelLineEdit:
     case PE_FrameLineEdit:

@@ -29,6 +29,9 @@ public:
 
     /// The mark of keyboard focus: two logical pixels around `rect`, in the palette's focus colour.
     static void drawFocusRing(QPainter &painter, const QRectF &rect, qreal radius, const QPalette &palette);
+    /// The same around what is filled with the accent colour, on which it would not be seen by itself.
+    static void drawFocusRingOnAccent(QPainter &painter, const QRectF &rect, qreal radius,
+                                      const QPalette &palette);
 
 private:
     void drawButton(const QStyleOption &option, QPainter &painter) const;

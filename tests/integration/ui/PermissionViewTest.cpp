@@ -2,6 +2,7 @@
 
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/SheetCard.h"
+#include "ui/theme/Contrast.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -261,6 +262,25 @@ TEST_F(PermissionViewTest, SaysNothingOfTheExtentOfACommandThatFits)
         labels(*permission),
         Not(Contains(testing::ResultOf([](const QString &text) { return text.contains(u"in all"); }, true))));
     EXPECT_TRUE(summary()->accessibleDescription().isEmpty());
+}
+
+TEST_F(PermissionViewTest, TheFocusIsSeenOnTheProminentButton)
+{
+    request(toolCall(u"write_file"_s, R"({"path":"/tmp/x"})"));
+    auto *allow = named<QPushButton>(u"Allow the action"_s);
+    ASSERT_NE(allow, nullptr);
+    const auto contrastNearEdge = [allow] {
+        const QImage image = allow->grab().toImage();
+        const QColor ground = image.pixelColor(8, image.height() / 2);
+        double greatest = 1;
+        for (int x = 1; x < 8; ++x)
+            greatest = std::max(greatest, contrastRatio(image.pixelColor(x, image.height() / 2), ground));
+        return greatest;
+    };
+    EXPECT_LT(contrastNearEdge(), 3);
+    allow->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(allow->hasFocus());
+    EXPECT_GE(contrastNearEdge(), 3);
 }
 
 } // namespace
