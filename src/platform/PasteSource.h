@@ -14,6 +14,8 @@ struct PasteContent {
     QByteArray uriList;    ///< Files and addresses, in the form of text/uri-list.
     QByteArray picture;    ///< Where there is no text.
     QString pictureFormat; ///< Such as "png".
+
+    bool isEmpty() const { return text.isEmpty() && uriList.isEmpty() && picture.isEmpty(); }
 };
 
 enum class PasteFailure {

@@ -40,12 +40,9 @@ QString textFor(PasteFailure failure)
     std::unreachable();
 }
 
-/// The line whose menu `watched` opens: it is one, or a field for a number that has one.
-QLineEdit *lineWithMenu(QObject &watched)
+/// The line that `widget` is or, as a field for a number, has, and takes keys and opens a menu for.
+QLineEdit *lineOf(QWidget *widget)
 {
-    auto *const widget = qobject_cast<QWidget *>(&watched);
-    if (!widget || widget->contextMenuPolicy() != Qt::DefaultContextMenu)
-        return nullptr;
     if (qobject_cast<QAbstractSpinBox *>(widget))
         return widget->findChild<QLineEdit *>();
     return qobject_cast<QLineEdit *>(widget);
@@ -148,7 +145,7 @@ void FieldPasting::take(const std::shared_ptr<PastePlace> &place, const Answer &
     }
     place->insert(*answer);
     if (field)
-        Q_EMIT ended(field, End::inserted);
+        Q_EMIT ended(field, answer->isEmpty() ? End::nothing : End::inserted);
 }
 
 void FieldPasting::fail(QWidget &field, PasteFailure failure)
@@ -172,13 +169,14 @@ bool FieldPasting::takeKey(QObject &watched, QKeyEvent &key)
     auto *const widget = qobject_cast<QWidget *>(&watched);
     if (!widget)
         return false;
-    if (key.key() == Qt::Key_Escape && isAwaited(*widget)) {
+    auto *const line = lineOf(widget);
+    const QWidget &field = line ? *line : *widget;
+    if (key.key() == Qt::Key_Escape && isAwaited(field)) {
         key.accept(); // also as a shortcut of the window
         if (key.type() == QEvent::KeyPress)
-            drop(*widget);
+            drop(field);
         return true;
     }
-    auto *const line = qobject_cast<QLineEdit *>(widget);
     if (key.type() != QEvent::KeyPress || !isEditable(line))
         return false;
     if (isSelectionKey(key))
@@ -201,8 +199,10 @@ bool FieldPasting::eventFilter(QObject *watched, QEvent *event)
     }
     case QEvent::ContextMenu: {
         // The toolkit's own menu asks what could be pasted before it opens.
-        auto *const line = lineWithMenu(*watched);
-        if (!isEditable(line) || !isForeign(QClipboard::Clipboard))
+        auto *const widget = qobject_cast<QWidget *>(watched);
+        auto *const line = lineOf(widget);
+        if (!isEditable(line) || widget->contextMenuPolicy() != Qt::DefaultContextMenu ||
+            !isForeign(QClipboard::Clipboard))
             return false;
         LineFieldMenu::open(*line, *static_cast<QContextMenuEvent *>(event));
         return true;

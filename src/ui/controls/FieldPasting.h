@@ -27,8 +27,9 @@ class FieldPasting : public QObject {
 public:
     enum class End {
         inserted,
-        failed, ///< The user was told.
-        dropped ///< The field did not want it any more.
+        nothing, ///< Nothing has been copied that could be pasted.
+        failed,  ///< The user was told.
+        dropped  ///< The field did not want it any more.
     };
 
     /// All of them outlive the object, and `scheduler` is shut down before it goes.

@@ -7,7 +7,7 @@
 namespace morvane {
 
 LinePastePlace::LinePastePlace(QLineEdit &line)
-    : m_line(&line), m_text(line.text()),
+    : m_line(&line), m_name(line.accessibleName()), m_text(line.text()),
       m_at(line.hasSelectedText() ? line.selectionStart() : line.cursorPosition()),
       m_selected(line.selectedText().size())
 {
@@ -35,8 +35,8 @@ void LinePastePlace::follow(const QString &text)
 
 QWidget *LinePastePlace::field() const
 {
-    const bool isThere =
-        m_line && !m_isLost && m_line->isVisible() && m_line->isEnabled() && !m_line->isReadOnly();
+    const bool isThere = m_line && !m_isLost && m_line->accessibleName() == m_name && m_line->isVisible() &&
+                         m_line->isEnabled() && !m_line->isReadOnly();
     return isThere ? m_line.data() : nullptr;
 }
 

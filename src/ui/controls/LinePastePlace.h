@@ -22,6 +22,7 @@ private:
     void follow(const QString &text);
 
     QPointer<QLineEdit> m_line;
+    const QString m_name;    ///< Of the line; with another it is another field, such as for another's key.
     QString m_text;          ///< Of the line, when it was looked at last.
     qsizetype m_at;          ///< In it.
     qsizetype m_selected;    ///< Characters behind it that go; none any more once the user has typed.

@@ -126,13 +126,16 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
 void ComposerView::connectPasting(FieldPasting &pasting)
 {
     m_edit->setPasting(pasting);
-    connect(&pasting, &FieldPasting::ended, this, [this](const QWidget *field, FieldPasting::End end) {
+    connect(&pasting, &FieldPasting::ended, this, [this, &pasting](const QWidget *field, auto end) {
         if (field != m_edit)
             return;
         if (end == FieldPasting::End::inserted)
-            sendPostponed(Postponed::untilPasted);
-        else if (m_postponed == Postponed::untilPasted)
-            m_postponed = Postponed::no;
+            return sendPostponed(Postponed::untilPasted);
+        if (m_postponed != Postponed::untilPasted)
+            return;
+        m_postponed = Postponed::no;
+        if (end == FieldPasting::End::nothing)
+            pasting.announce(u"Nothing was pasted, so the message was not sent."_s);
     });
 }
 
@@ -226,7 +229,8 @@ void ComposerView::sendPostponed(Postponed awaited)
     if (m_postponed != awaited)
         return;
     m_postponed = Postponed::no;
-    if (canSend())
+    // What the user has pasted since is a change of what was sent.
+    if (canSend() && !m_edit->isPasteAwaited())
         send();
 }
 

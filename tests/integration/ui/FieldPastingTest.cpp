@@ -164,6 +164,42 @@ TEST_F(FieldPastingTest, AMessageWithoutWhatWasToBeInItIsNotSent)
     EXPECT_EQ(edit->draft(), u"look: "_s);
 }
 
+TEST_F(FieldPastingTest, AMessageIsNotSentWhenNothingWasThereToBeInIt)
+{
+    type(u"look: "_s);
+    paste();
+    press(Qt::Key_Return);
+    announcer.spoken.clear();
+    source.answer(PasteContent());
+    settle();
+    EXPECT_THAT(sent(), IsEmpty());
+    EXPECT_EQ(edit->draft(), u"look: "_s);
+    EXPECT_THAT(announcer.spoken, ElementsAre(u"Nothing was pasted, so the message was not sent."_s));
+    type(u"!"_s);
+    paste();
+    answer(u"late"_s, 1);
+    EXPECT_THAT(sent(), IsEmpty()) << "Return is forgotten";
+}
+
+TEST_F(FieldPastingTest, AMessageThatWaitsForItsConversationDoesNotLeaveWithoutIt)
+{
+    const QUuid saved = QUuid::createUuid();
+    ChatMessage message;
+    message.id = QUuid::createUuid();
+    message.text = u"saved"_s;
+    store->save(saved, u"Saved"_s, {message});
+    model->openConversation(saved);
+    type(u"look: "_s);
+    press(Qt::Key_Return);
+    paste();
+    settle();
+    ASSERT_TRUE(model->isReady());
+    EXPECT_EQ(model->messages().size(), 1);
+    answer(u"pasted"_s);
+    EXPECT_EQ(edit->draft(), u"look: pasted"_s);
+    EXPECT_EQ(model->messages().size(), 1) << "it was changed since Return";
+}
+
 TEST_F(FieldPastingTest, AMessageThatIsChangedOnceItWasSentWaitsForReturn)
 {
     paste();
@@ -337,6 +373,36 @@ TEST_F(FieldPastingTest, ALineThatShowsSomethingElseByNowDoesNotGetIt)
     line.hide();
     answer(u"late"_s, 1);
     EXPECT_EQ(line.text(), u"the key of another provider"_s);
+}
+
+TEST_F(FieldPastingTest, ALineThatIsForSomethingElseByNowDoesNotGetIt)
+{
+    // Both providers have no key yet, so that the text in the line is the same.
+    line.setAccessibleName(u"One API key"_s);
+    pasteInLine();
+    line.setAccessibleName(u"Another API key"_s);
+    answer(u"the key of one"_s);
+    EXPECT_EQ(line.text(), QString());
+    pasteInLine();
+    answer(u"the key of another"_s, 1);
+    EXPECT_EQ(line.text(), u"the key of another"_s);
+}
+
+TEST_F(FieldPastingTest, AFieldForANumberIsALine)
+{
+    QSpinBox number;
+    number.show();
+    number.selectAll();
+    QTest::keyClick(&number, Qt::Key_V, Qt::ControlModifier);
+    settle();
+    EXPECT_THAT(source.asked, ElementsAre(PasteSource::Selection::clipboard));
+    answer(u"42"_s);
+    EXPECT_EQ(number.value(), 42);
+    number.selectAll();
+    QTest::keyClick(&number, Qt::Key_V, Qt::ControlModifier);
+    QTest::keyClick(&number, Qt::Key_Escape);
+    answer(u"7"_s, 1);
+    EXPECT_EQ(number.value(), 42);
 }
 
 TEST_F(FieldPastingTest, AFieldThatIsGoneMeetsNobody)
