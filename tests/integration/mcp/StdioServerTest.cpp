@@ -87,11 +87,13 @@ TEST_F(StdioServerTest, ACommandThatIsNotThereFailsTheHandshakeAtOnce)
               u"The MCP server did not respond in time."_s);
     EXPECT_TRUE(waitUntil([this] { return thread.runningServers() == 0; }));
     // Whichever sign comes first ends the connection, which may hide the other.
-    const QSet<QString> signs{u"morvane.mcp: a tool server has ended, or closed its output, by itself"_s,
-                              u"morvane.mcp: a tool server does not read what is sent to it: Broken pipe"_s};
+    const QSet<QString> signs{
+        u"morvane.mcp: a tool server has ended, or closed its output, by itself"_s,
+        u"morvane.mcp: a tool server does not read what is sent to it: \"Broken pipe\""_s};
     const QStringList lines = log.lines();
     EXPECT_FALSE(lines.isEmpty());
-    EXPECT_TRUE(signs.contains(QSet<QString>(lines.cbegin(), lines.cend())));
+    EXPECT_TRUE(signs.contains(QSet<QString>(lines.cbegin(), lines.cend())))
+        << lines.join(u'\n').toStdString();
 }
 
 TEST_F(StdioServerTest, AServerThatIsEndedIsNotTakenForOneThatEnds)
