@@ -50,6 +50,10 @@ PrivateDesktop::PrivateDesktop(QSize screen) : m_folder(QDir::tempPath() + u"/mo
     for (const QString &name : inheritedVariables())
         if (own.contains(name))
             m_environment.insert(name, own.value(name));
+    if (!own.contains(u"LSAN_OPTIONS"_s))
+        m_environment.insert(u"LSAN_OPTIONS"_s,
+                             u"print_suppressions=0:suppressions=%1/tests/support/leaks-of-others.txt"_s.arg(
+                                 QStringLiteral(MORVANE_SOURCE_DIR)));
     const std::pair<const char *, const char *> folders[] = {{"HOME", "home"},
                                                              {"XDG_RUNTIME_DIR", "run"},
                                                              {"XDG_CONFIG_HOME", "home/.config"},

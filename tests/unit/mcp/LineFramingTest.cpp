@@ -89,28 +89,16 @@ TEST(LineFramingTest, ALongLineInPiecesCostsTimeInProportion)
     EXPECT_EQ(framing.pendingBytes(), 0) << "the line took the buffer along";
 }
 
-/// What a line in that many pieces of 4 kB costs, in nanoseconds of this thread's processor time.
-qint64 costOfLine(int pieces)
+TEST(LineFramingTest, ALineInAMillionPiecesIsReadOnce)
 {
-    const auto now = [] {
-        timespec time{};
-        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return qint64(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
-    };
-    const QByteArray piece(4096, 'x');
+    // Were all of it looked through again for each piece, this would take an hour and more.
+    const QByteArray piece(64, 'x');
     LineFraming framing;
-    const qint64 begin = now();
-    for (int i = 0; i < pieces; ++i)
-        framing.consume(piece);
-    return now() - begin;
-}
-
-TEST(LineFramingTest, TenTimesTheLineCostsAboutTenTimesAsMuch)
-{
-    costOfLine(100);
-    const qint64 shorter = std::max({costOfLine(1'000), costOfLine(1'000), costOfLine(1'000)});
-    const qint64 longer = std::min({costOfLine(10'000), costOfLine(10'000), costOfLine(10'000)});
-    EXPECT_LT(longer, 40 * shorter) << "a hundred times if the line is searched for each piece";
+    for (int i = 0; i < 1'000'000; ++i)
+        ASSERT_TRUE(framing.consume(piece).isEmpty());
+    const Lines lines = framing.consume("\n");
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_EQ(lines.first().size(), 64'000'000);
 }
 
 TEST(LineFramingTest, ALineThatNoReaderCouldTakeIsSkippedAndTheNextOneCounts)
