@@ -2,8 +2,6 @@
 
 #include "mcp/JsonRpc.h"
 
-#include <algorithm>
-#include <ctime>
 #include <gtest/gtest.h>
 
 namespace morvane {
