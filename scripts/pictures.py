@@ -48,6 +48,7 @@ SIZES = {
     "800x600": (800, 600, 10, 1),
     "760x720": (760, 720, 10, 1),
     "large-type": (760, 720, 20, 1),
+    "narrow": (360, 640, 10, 1),
     "2560x1440": (1280, 720, 10, 2),
 }
 
@@ -76,8 +77,9 @@ PAGE = [
     ("settings-local-model", "760x720", "light"), ("settings-permissions", "760x720", "light"),
     ("settings-permissions", "large-type", "dark"),
     ("settings-tool-servers", "760x720", "light"), ("settings-tool-servers", "large-type", "dark"),
+    ("settings-tool-servers", "narrow", "dark"),
     ("settings-tool-servers-none", "large-type", "light"), ("settings-add-server", "800x600", "light"),
-    ("settings-add-server", "large-type", "dark"),
+    ("settings-add-server", "large-type", "dark"), ("settings-add-server", "narrow", "light"),
 ]
 
 
