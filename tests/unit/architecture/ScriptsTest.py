@@ -202,4 +202,6 @@ class Fuzzing(unittest.TestCase):
 
 
 if __name__ == "__main__":
+    # A shell lets what it starts in the background ignore interruptions, and that is inherited.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     unittest.main()
