@@ -45,11 +45,10 @@ protected:
             if (!names.isEmpty() && name == names.constFirst())
                 break;
             names.append(name);
-            morvane.keyboard().press(u"Tab"_s);
-            waitUntil([&] {
+            EXPECT_TRUE(pressUntil(morvane, u"Tab"_s, [&] {
                 const auto now = morvane.program().focused();
                 return now && now->name != name;
-            });
+            })) << name.toStdString();
         }
         return names;
     }
