@@ -63,7 +63,7 @@ TEST_F(ComposerTest, APastedTextIsReadFromTheMenu)
 
 TEST_F(ComposerTest, TheProgramEndsWhileAPasteIsAwaited)
 {
-    MorvaneSession &morvane = start({});
+    MorvaneSession &morvane = startToBeEndedByKey();
     ASSERT_TRUE(morvane.program().focuses(m_field));
     const XConnection frozen(morvane.display());
     const xcb_window_t window = frozen.openHiddenWindow();

@@ -67,6 +67,14 @@ void MorvaneTest::TearDown()
     m_session.reset();
 }
 
+MorvaneSession &MorvaneTest::startToBeEndedByKey()
+{
+    MorvaneSession &session = prepare({});
+    session.setVariable(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
+    session.start();
+    return session;
+}
+
 bool MorvaneTest::pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone)
 {
     QDeadlineTimer pause(0);

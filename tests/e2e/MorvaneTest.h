@@ -33,6 +33,10 @@ protected:
 
     void TearDown() override;
 
+    /// A session that Control+Q ends. Without the search for leaks: the toolkit asks readers about each key
+    /// and drops those that it still waits for when the program ends.
+    MorvaneSession &startToBeEndedByKey();
+
     /// Presses a key until it has done what it should: a sheet takes no keys before the user has paused for a
     /// moment.
     static bool pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone);

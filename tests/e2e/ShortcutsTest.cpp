@@ -201,10 +201,7 @@ TEST_F(ShortcutsTest, ControlCommaShowsTheSettings)
 
 TEST_F(ShortcutsTest, ControlQEndsTheProgram)
 {
-    MorvaneSession &morvane = prepare({});
-    // The toolkit drops the keys for whose answer from the readers it still waits when it ends.
-    morvane.setVariable(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);
-    morvane.start();
+    MorvaneSession &morvane = startToBeEndedByKey();
     morvane.keyboard().press(u"Ctrl+Q"_s);
     EXPECT_EQ(morvane.program().process().waitForExit(), 0);
 }
