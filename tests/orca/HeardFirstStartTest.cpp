@@ -40,8 +40,9 @@ TEST_F(HeardFirstStartTest, TheRoadToTheFirstAnswerIsHeardAsDocumented)
 {
     MorvaneSession &morvane = newcomer();
     listenTo(morvane);
-    ASSERT_TRUE(reader().hears(u"notification Setting up the local model. This is a one-time download of a "
-                               "few gigabytes."_s));
+    const auto settingUp =
+        u"notification Setting up the local model. This is a one-time download of a few gigabytes."_s;
+    ASSERT_TRUE(reader().hears(settingUp));
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     ASSERT_TRUE(pressUntil(morvane, u"Tab"_s, [&] {
         const auto focused = morvane.program().focused();
@@ -59,7 +60,11 @@ TEST_F(HeardFirstStartTest, TheRoadToTheFirstAnswerIsHeardAsDocumented)
     static const QRegularExpression percent(u"^\\d+ percent\\.$"_s);
     pieces.removeIf(
         [](const QString &piece) { return percent.match(piece).hasMatch() || piece == "Good morning"_L1; });
-    EXPECT_THAT(pieces, ElementsAreArray(documentedIn(u"first-run.md"_s)));
+    // The window and the runtime begin at the same time: this comes before or after the greeting, and once.
+    QStringList documented = documentedIn(u"first-run.md"_s);
+    EXPECT_EQ(documented.removeAll(settingUp), 1);
+    EXPECT_EQ(pieces.removeAll(settingUp), 1);
+    EXPECT_THAT(pieces, ElementsAreArray(documented));
 }
 
 } // namespace
