@@ -6,6 +6,7 @@
 #include "Median.h"
 
 #include "attachments/AttachmentProcessor.h"
+#include "base/InstalledFiles.h"
 #include "support/SamplePdf.h"
 #include "support/SamplePictures.h"
 #include "support/ScriptedModel.h"
@@ -63,7 +64,7 @@ int main(int argc, char **argv)
     const TemporaryHome home;
     const StopFlag stop;
     const AttachmentProcessor processor{
-        ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s)};
+        ReaderProcess(InstalledFiles::aroundProgram().helper(u"morvane-attachment-reader"_s))};
     const auto millisecondsFor = [&](const char *name, const QByteArray &content) {
         const QUrl file = QUrl::fromLocalFile(home.write(QString::fromLatin1(name), content));
         return medianMilliseconds(runs, [&] { static_cast<void>(processor.process(file, stop)); });

@@ -12,6 +12,7 @@
 #include "support/ScriptedModel.h"
 
 #include "async/SystemClock.h"
+#include "base/InstalledFiles.h"
 #include "base/Uuid.h"
 #include "mcp/HttpTransport.h"
 #include "mcp/MCPConnection.h"
@@ -439,7 +440,7 @@ private:
     Scheduler m_scheduler{m_clock};
     HttpClient m_client;
     StdioThread m_thread{
-        QFile::encodeName(QCoreApplication::applicationDirPath() + u"/morvane-server-guard"_s)};
+        QFile::encodeName(InstalledFiles::aroundProgram().helper(u"morvane-server-guard"_s))};
 };
 
 } // namespace

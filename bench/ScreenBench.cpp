@@ -7,6 +7,7 @@
 
 #include "async/Scheduler.h"
 #include "async/SystemClock.h"
+#include "base/InstalledFiles.h"
 #include "platform/linux/desktop/LinuxAccessibilityTree.h"
 #include "platform/linux/desktop/LinuxApplications.h"
 #include "platform/linux/desktop/LinuxClipboard.h"
@@ -173,7 +174,7 @@ private:
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
     const std::shared_ptr<LinuxTextRecognizer> m_recognizer = std::make_shared<LinuxTextRecognizer>(
-        QCoreApplication::applicationDirPath() + u"/morvane-text-recognizer"_s);
+        InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s));
     ScreenTools m_tools{{std::make_shared<LinuxScreenCapture>(), m_recognizer,
                          std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
                          std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),

@@ -10,6 +10,7 @@
 #include "attachments/AttachmentWorkers.h"
 #include "base/AtomicFile.h"
 #include "base/DataFolders.h"
+#include "base/InstalledFiles.h"
 #include "base/Log.h"
 #include "localmodel/DiskSpace.h"
 #include "localmodel/LocalModelManager.h"
@@ -83,18 +84,6 @@ ActivationToken activationToken()
     return {qgetenv("DESKTOP_STARTUP_ID"), qgetenv("XDG_ACTIVATION_TOKEN")};
 }
 
-/// The programs that decode attached files and recognise text lie beside this one.
-QString helperProgram(const QString &name)
-{
-    return QApplication::applicationDirPath() + u'/' + name;
-}
-
-/// The program that ends tool servers when this one is gone.
-QString serverGuard()
-{
-    return QApplication::applicationDirPath() + u"/morvane-server-guard"_s;
-}
-
 std::unique_ptr<MCPTransport> makeTransport(const MCPServerConfig &server,
                                             const std::shared_ptr<PendingRequests> &requests,
                                             Scheduler &scheduler, HttpClient &http, StdioThread &processes)
@@ -107,6 +96,7 @@ std::unique_ptr<MCPTransport> makeTransport(const MCPServerConfig &server,
 int runProgram(QApplication &application, LinuxSingleInstance &instance)
 {
     const TerminationSignals terminationSignals;
+    const InstalledFiles files = InstalledFiles::aroundProgram();
     const OutsideWorld outside = outsideWorld(dataFolder());
     SystemClock clock;
     Scheduler scheduler(clock);
@@ -116,14 +106,14 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     ConversationStore conversations(dataFolder() + u"/Conversations"_s);
     HttpAIService service(http, outside.endpoints);
     LinuxAnnouncer announcer;
-    LinuxDeliveryAlarm alarm(LinuxDeliveryAlarm::realSurroundings());
+    LinuxDeliveryAlarm alarm(LinuxDeliveryAlarm::realSurroundings(files.helper(u"morvane-reminder"_s)));
     LinuxNotificationCenter center(
         scheduler, alarm, [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; });
-    LinuxSoundPlayer sounds(LinuxSoundPlayer::installedFolder());
+    LinuxSoundPlayer sounds(files.sounds());
     ReminderStore reminders(scheduler, settingsFile(), center, sounds, announcer);
     NotificationService notifications(scheduler, center, sounds, announcer, reminders);
     const Desktop desktop{std::make_shared<LinuxScreenCapture>(),
-                          std::make_shared<LinuxTextRecognizer>(helperProgram(u"morvane-text-recognizer"_s)),
+                          std::make_shared<LinuxTextRecognizer>(files.helper(u"morvane-text-recognizer"_s)),
                           std::make_shared<LinuxAccessibilityTree>(),
                           std::make_shared<LinuxApplications>(),
                           std::make_shared<LinuxInputEvents>(),
@@ -136,7 +126,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
                              screen.ownWindowCameForward();
                      });
     BuiltinTools tools(http, reminders, screen);
-    StdioThread serverProcesses(QFile::encodeName(serverGuard()));
+    StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));
     MCPManager serverManager(
         scheduler, dataFolder(),
         [&](const MCPServerConfig &server, const std::shared_ptr<PendingRequests> &requests) {
@@ -148,7 +138,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     LocalModelManager localModel(http, {outside.endpoints.ollama, outside.runtimeSite, dataFolder(),
                                         outside.runtimePrograms, freeDiskSpace});
     AttachmentWorkers attachments{
-        AttachmentProcessor(ReaderProcess(helperProgram(u"morvane-attachment-reader"_s)))};
+        AttachmentProcessor(ReaderProcess(files.helper(u"morvane-attachment-reader"_s)))};
     HttpModelCatalog modelCatalog(http, outside.endpoints);
     LinuxUrlOpener urls;
     const LinuxMachineFacts machineFacts;

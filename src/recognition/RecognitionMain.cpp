@@ -1,5 +1,6 @@
 #include "attachments/reader/Cage.h"
 #include "attachments/reader/ProcessLimits.h"
+#include "attachments/reader/RecognitionData.h"
 #include "recognition/DistinctWords.h"
 #include "recognition/PlainPicture.h"
 #include "recognition/TextEngine.h"
@@ -120,6 +121,8 @@ int main(int argc, char **argv)
     GrayPicture picture;
     if (argc != 4 || !setSize(picture, argv[1], argv[2]))
         return 2;
+    if (!RecognitionData::find())
+        ::setenv("TESSDATA_PREFIX", RecognitionData::broughtAlong().constData(), 0);
     const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, mostThreads);
     std::vector<TextEngine> engines(static_cast<std::size_t>(threads));
     std::atomic<bool> works = true;

@@ -9,6 +9,7 @@
 
 #include "base/DataFolders.h"
 #include "base/FileDescriptor.h"
+#include "base/InstalledFiles.h"
 #include "base/Uuid.h"
 #include "platform/linux/notifications/DeliveryAlarm.h"
 #include "platform/linux/notifications/LinuxBanners.h"
@@ -60,7 +61,7 @@ FileDescriptor waiterLock()
 class Program {
 public:
     explicit Program(QCoreApplication &application)
-        : m_application(application), m_pending(settingsFile()), m_sounds(LinuxSoundPlayer::installedFolder())
+        : m_application(application), m_pending(settingsFile()), m_sounds(m_files.sounds())
     {
         // Without the session there is nobody left to tell.
         QDBusConnection::sessionBus().connect(QString(), u"/org/freedesktop/DBus/Local"_s,
@@ -98,7 +99,7 @@ public:
 
     int rearm()
     {
-        LinuxDeliveryAlarm::Surroundings surroundings = LinuxDeliveryAlarm::realSurroundings();
+        LinuxDeliveryAlarm::Surroundings surroundings = realSurroundings();
         SystemdTimers timers({surroundings.helper, u"deliver"_s}, surroundings.run);
         for (const Reminder &reminder : m_pending.list())
             if (!timers.start(reminder.id, reminder.fireDate + deliveryGrace))
@@ -107,16 +108,22 @@ public:
     }
 
 private:
+    LinuxDeliveryAlarm::Surroundings realSurroundings() const
+    {
+        return LinuxDeliveryAlarm::realSurroundings(m_files.helper(u"morvane-reminder"_s));
+    }
+
     int end()
     {
         m_sounds.waitUntilHeard(soundLimit);
-        const LinuxDeliveryAlarm::Surroundings surroundings = LinuxDeliveryAlarm::realSurroundings();
+        const LinuxDeliveryAlarm::Surroundings surroundings = realSurroundings();
         const AutostartEntry autostart(surroundings.configFolder, surroundings.helper);
         m_pending.ifEmpty([&autostart] { autostart.remove(); });
         return 0;
     }
 
     QCoreApplication &m_application;
+    const InstalledFiles m_files = InstalledFiles::aroundHelper();
     PendingReminders m_pending;
     LinuxBanners m_banners;
     LinuxSoundPlayer m_sounds;

@@ -9,9 +9,14 @@ namespace morvane {
 
 void DataFiles::add(const QByteArray &path)
 {
+    addAs(path, path);
+}
+
+void DataFiles::addAs(const QByteArray &name, const QByteArray &path)
+{
     FileDescriptor descriptor(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (descriptor.isOpen())
-        m_files.push_back({path.toStdString(), std::move(descriptor)});
+        m_files.push_back({name.toStdString(), std::move(descriptor)});
 }
 
 void DataFiles::addFolder(const QByteArray &path)

@@ -14,6 +14,8 @@ class DataFiles {
 public:
     /// Opens the file at `path` if there is one.
     void add(const QByteArray &path);
+    /// The same for a file that the libraries look for under the path `name`.
+    void addAs(const QByteArray &name, const QByteArray &path);
     /// Opens the files in a folder and below it.
     void addFolder(const QByteArray &path);
     /// To be called before the first `open`.

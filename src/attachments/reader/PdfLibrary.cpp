@@ -1,13 +1,21 @@
 #include "attachments/reader/PdfLibrary.h"
 
+#include "base/InstalledFiles.h"
+
 #include <QFile>
+#include <QFileInfo>
 #include <QStringList>
 #include <array>
+#include <poppler-global.h>
 #include <poppler-qt6.h>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
+
+constexpr auto systemData = "/usr/share/poppler"_L1;
 
 /// Those that every reader of documents is expected to have, those that offices write with, and one that
 /// nobody has.
@@ -36,8 +44,12 @@ QByteArray smallDocument()
 
 } // namespace
 
-PdfLibrary::PdfLibrary()
+PdfLibrary::PdfLibrary() : m_data(InstalledFiles::aroundHelper().libraryData(u"poppler"_s))
 {
+    if (QFileInfo::exists(m_data))
+        poppler::set_data_dir(QFile::encodeName(m_data).toStdString());
+    else
+        m_data = systemData;
     Poppler::setDebugErrorFunction([](const QString &, const QVariant &) {}, {});
     m_document = Poppler::Document::loadFromData(smallDocument());
 }
@@ -46,7 +58,7 @@ PdfLibrary::~PdfLibrary() = default;
 
 void PdfLibrary::addData(DataFiles &files) const
 {
-    files.addFolder("/usr/share/poppler");
+    files.addFolder(QFile::encodeName(m_data));
     // The search also reads what the system knows of its fonts, which is kept for searches to come.
     QStringList substitutes;
     for (const Poppler::FontInfo &font : m_document->fonts())

@@ -2,6 +2,7 @@
 
 #include "attachments/reader/DataFiles.h"
 
+#include <QString>
 #include <memory>
 
 namespace Poppler {
@@ -23,6 +24,7 @@ public:
     void addData(DataFiles &files) const;
 
 private:
+    QString m_data; ///< The folder of its data.
     std::unique_ptr<Poppler::Document> m_document;
 };
 

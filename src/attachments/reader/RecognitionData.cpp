@@ -1,5 +1,8 @@
 #include "attachments/reader/RecognitionData.h"
 
+#include "base/InstalledFiles.h"
+
+#include <QFile>
 #include <QLocale>
 #include <QStringList>
 #include <array>
@@ -26,9 +29,9 @@ QStringList wantedLanguages()
     return names;
 }
 
-QByteArray pathOf(const char *folder, const QString &language)
+QByteArray pathOf(const QByteArray &folder, const QString &language)
 {
-    return QByteArray(folder) + '/' + language.toLatin1() + ".traineddata";
+    return folder + '/' + language.toLatin1() + ".traineddata";
 }
 
 FileDescriptor opened(const char *path)
@@ -58,6 +61,14 @@ void RecognitionData::addTo(DataFiles &files)
     for (const char *folder : folders)
         for (const QString &language : wantedLanguages())
             files.add(pathOf(folder, language));
+    if (!find())
+        for (const QString &language : wantedLanguages())
+            files.addAs(pathOf(folders.front(), language), pathOf(broughtAlong(), language));
+}
+
+QByteArray RecognitionData::broughtAlong()
+{
+    return QFile::encodeName(InstalledFiles::aroundHelper().libraryData(u"tessdata"_s));
 }
 
 bool RecognitionData::read(const char *path, std::vector<char> *content)

@@ -17,7 +17,11 @@ struct RecognitionData {
     /// Nothing without English. To be called where paths can be opened, or those of `addTo` at least.
     static std::optional<RecognitionData> find();
 
+    /// Where the system has none, `find` then finds what a bundle brings along.
     static void addTo(DataFiles &files);
+
+    /// The folder of what a bundle brings along. There is none where the system has it.
+    static QByteArray broughtAlong();
 
     /// Reads one file whole; the library calls it. Any thread, several at once.
     static bool read(const char *path, std::vector<char> *content);

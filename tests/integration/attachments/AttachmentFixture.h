@@ -2,9 +2,9 @@
 
 #include "attachments/AttachmentError.h"
 #include "attachments/AttachmentProcessor.h"
+#include "base/InstalledFiles.h"
 #include "support/TemporaryHome.h"
 
-#include <QCoreApplication>
 #include <gmock/gmock.h>
 
 namespace morvane {
@@ -12,10 +12,9 @@ namespace morvane {
 /// A processor with the real reader program, on files of a temporary home.
 class AttachmentFixture : public testing::Test {
 protected:
-    /// Beside the test program, as it is beside the program.
     static QString readerProgram()
     {
-        return QCoreApplication::applicationDirPath() + QStringLiteral("/morvane-attachment-reader");
+        return InstalledFiles::aroundProgram().helper(QStringLiteral("morvane-attachment-reader"));
     }
     ChatAttachment process(const QString &name, const QByteArray &content) const
     {

@@ -214,6 +214,17 @@ TEST_F(CageTest, AbortedReaderEndsByItsSignal)
     EXPECT_EQ(WTERMSIG(status), SIGABRT);
 }
 
+TEST_F(CageTest, ADataFileIsReadByThePathThatItStandsFor)
+{
+    DataFiles data;
+    data.addAs("/usr/share/nothing/letter", m_home.path("folder/letter"));
+    data.sort();
+    EXPECT_TRUE(
+        canStill([] { return ::open("/usr/share/nothing/letter", O_RDONLY) >= 0; }, Layers::whole, data));
+    const QByteArray letter = m_home.path("folder/letter");
+    EXPECT_FALSE(canStill([&] { return ::open(letter.constData(), O_RDONLY) >= 0; }, Layers::whole, data));
+}
+
 TEST_F(CageTest, DataFilesAreReadByTheirPathsAndNothingElse)
 {
     DataFiles data;

@@ -1,5 +1,6 @@
 #include "DesktopFixture.h"
 
+#include "base/InstalledFiles.h"
 #include "platform/linux/desktop/XWindows.h"
 
 #include <QGuiApplication>
@@ -40,8 +41,8 @@ std::optional<QPoint> place(const QString &text, const QString &form)
 
 DesktopFixture::DesktopFixture()
     : m_tools({std::make_shared<LinuxScreenCapture>(),
-               std::make_shared<LinuxTextRecognizer>(QCoreApplication::applicationDirPath() +
-                                                     u"/morvane-text-recognizer"_s),
+               std::make_shared<LinuxTextRecognizer>(
+                   InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s)),
                std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
                std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
                std::make_shared<RealSequenceClock>()})

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/SystemClock.h"
+#include "base/InstalledFiles.h"
 #include "mcp/HttpTransport.h"
 #include "mcp/MCPConnection.h"
 #include "mcp/StdioThread.h"
@@ -27,7 +28,11 @@ protected:
     {
         return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
     }
-    static QByteArray guard() { return QFile::encodeName(program(QStringLiteral("morvane-server-guard"))); }
+    static QByteArray guard()
+    {
+        return QFile::encodeName(
+            InstalledFiles::aroundProgram().helper(QStringLiteral("morvane-server-guard")));
+    }
 
     /// A connection to a command, not made yet.
     std::shared_ptr<MCPConnection> stdio(const QString &command, const QStringList &args = {})

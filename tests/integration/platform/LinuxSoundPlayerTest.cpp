@@ -1,5 +1,6 @@
 #include "platform/linux/notifications/LinuxSoundPlayer.h"
 
+#include "base/InstalledFiles.h"
 #include "support/TemporaryHome.h"
 
 #include <QFile>
@@ -53,7 +54,7 @@ TEST_F(LinuxSoundPlayerTest, EverySoundOfTheProgramIsHeard)
 {
     for (const char *name : {"MorvaneDone", "MorvaneError", "MorvaneCancelled"}) {
         QFile::remove(home.path("heard.raw"));
-        LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+        LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
         player.play(name);
         player.waitUntilHeard(limit);
         EXPECT_GT(loudest(), 5000) << name;
@@ -62,7 +63,7 @@ TEST_F(LinuxSoundPlayerTest, EverySoundOfTheProgramIsHeard)
 
 TEST_F(LinuxSoundPlayerTest, AnUnknownSoundIsSilent)
 {
-    LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+    LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
     player.play("../sounds/NoSuchSound");
     player.waitUntilHeard(limit);
     EXPECT_EQ(loudest(), 0);
@@ -70,7 +71,7 @@ TEST_F(LinuxSoundPlayerTest, AnUnknownSoundIsSilent)
 
 TEST_F(LinuxSoundPlayerTest, WithoutAudioNothingHappensAndTheNextSoundIsTried)
 {
-    LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+    LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
     qputenv("CANBERRA_DRIVER", "no-such-driver");
     player.play("MorvaneDone");
     player.waitUntilHeard(limit);
@@ -83,7 +84,7 @@ TEST_F(LinuxSoundPlayerTest, WithoutAudioNothingHappensAndTheNextSoundIsTried)
 
 TEST_F(LinuxSoundPlayerTest, ManySoundsAtOnceAreNotAQueue)
 {
-    LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+    LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
     for (int sound = 0; sound < 1000; ++sound)
         player.play("MorvaneCancelled");
     player.waitUntilHeard(limit);
@@ -94,7 +95,7 @@ TEST_F(LinuxSoundPlayerTest, ManySoundsAtOnceAreNotAQueue)
 TEST_F(LinuxSoundPlayerTest, EndingJustWhenASoundEndsIsHarmless)
 {
     for (int round = 0; round < 100; ++round) {
-        LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+        LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
         player.play("MorvaneCancelled");
         player.waitUntilHeard(limit);
     }
@@ -102,7 +103,7 @@ TEST_F(LinuxSoundPlayerTest, EndingJustWhenASoundEndsIsHarmless)
 
 TEST_F(LinuxSoundPlayerTest, EndingWhileASoundPlaysIsHarmless)
 {
-    LinuxSoundPlayer player(LinuxSoundPlayer::installedFolder());
+    LinuxSoundPlayer player(InstalledFiles::aroundProgram().sounds());
     player.play("MorvaneDone");
 }
 

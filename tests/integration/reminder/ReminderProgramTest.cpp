@@ -1,3 +1,4 @@
+#include "base/InstalledFiles.h"
 #include "base/ReferenceDate.h"
 #include "base/Uuid.h"
 #include "platform/linux/notifications/AutostartEntry.h"
@@ -8,7 +9,6 @@
 #include "support/WaitUntil.h"
 #include "tools/reminders/PendingReminders.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <gmock/gmock.h>
 #include <memory>
@@ -37,7 +37,7 @@ protected:
 
     std::unique_ptr<TestProgram> start(const QStringList &arguments)
     {
-        return std::make_unique<TestProgram>(QCoreApplication::applicationDirPath() + "/morvane-reminder",
+        return std::make_unique<TestProgram>(InstalledFiles::aroundProgram().helper("morvane-reminder"),
                                              arguments, environment,
                                              home.path("log" + QString::number(++m_starts)));
     }

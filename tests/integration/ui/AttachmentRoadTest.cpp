@@ -1,6 +1,7 @@
 #include "support/AppFixture.h"
 
 #include "attachments/AttachmentWorkers.h"
+#include "base/InstalledFiles.h"
 #include "net/HttpClient.h"
 #include "providers/HttpAIService.h"
 #include "support/SamplePdf.h"
@@ -70,7 +71,7 @@ protected:
     HttpClient http;
     HttpAIService realService{http, endpointsAt(QString::fromStdString(server.baseURL()))};
     AttachmentWorkers workers{AttachmentProcessor(
-        ReaderProcess(QCoreApplication::applicationDirPath() + u"/morvane-attachment-reader"_s))};
+        ReaderProcess(InstalledFiles::aroundProgram().helper(u"morvane-attachment-reader"_s)))};
     AppServices road = servicesAround({
         .scheduler = scheduler,
         .settings = *settings,

@@ -1,6 +1,5 @@
 #include "platform/linux/notifications/LinuxDeliveryAlarm.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
 #include <QStandardPaths>
@@ -66,9 +65,9 @@ void LinuxDeliveryAlarm::clearNow(QUuid id)
         m_autostart.remove();
 }
 
-LinuxDeliveryAlarm::Surroundings LinuxDeliveryAlarm::realSurroundings()
+LinuxDeliveryAlarm::Surroundings LinuxDeliveryAlarm::realSurroundings(const QString &helper)
 {
-    return {.helper = QCoreApplication::applicationDirPath() + u"/morvane-reminder"_s,
+    return {.helper = helper,
             .configFolder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
             .run =
                 [](const QString &program, const QStringList &arguments) {

@@ -30,8 +30,8 @@ public:
     void set(QUuid id, double date) override;
     void clear(QUuid id) override;
 
-    /// The program beside this one, the desktop's folder and real processes.
-    static Surroundings realSurroundings();
+    /// The desktop's folder and real processes.
+    static Surroundings realSurroundings(const QString &helper);
 
 private:
     void enqueue(std::function<void()> work);

@@ -3,7 +3,6 @@
 #include "platform/Log.h"
 
 #include <QByteArrayList>
-#include <QCoreApplication>
 #include <QFile>
 #include <canberra.h>
 #include <condition_variable>
@@ -181,11 +180,6 @@ void LinuxSoundPlayer::waitUntilHeard(std::chrono::milliseconds limit) const
 {
     if (m_worker)
         m_worker->waitUntilHeard(limit);
-}
-
-QString LinuxSoundPlayer::installedFolder()
-{
-    return QCoreApplication::applicationDirPath() + u"/sounds"_s;
 }
 
 } // namespace morvane

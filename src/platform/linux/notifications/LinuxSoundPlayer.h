@@ -23,9 +23,6 @@ public:
     /// sound; at most for `limit`.
     void waitUntilHeard(std::chrono::milliseconds limit) const;
 
-    /// The folder of the sounds beside the running program.
-    static QString installedFolder();
-
 private:
     class Worker;
 
