@@ -1,0 +1,198 @@
+#include "MorvaneTest.h"
+
+#include "support/ClipboardOwner.h"
+#include "support/FakeNotificationDaemon.h"
+#include "support/SamplePdf.h"
+#include "support/SamplePictures.h"
+#include "support/TemporaryHome.h"
+#include "support/WaitUntil.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// What a bundle takes from the system: the C library with the compiler's, and what speaks to the X server,
+/// with what that loads by itself.
+const QRegularExpression &librariesOfTheSystem()
+{
+    static const QRegularExpression names(
+        uR"(^(ld-linux.*|lib(c|m|dl|pthread|rt|resolv|gcc_s)|libstdc\+\+|libX11|libX11-xcb|libxcb|libXau|libXdmcp|libXcursor|libXrender|libXfixes)\.so)"_s);
+    return names;
+}
+
+/// The libraries in a list of paths that lie neither in `folder` nor among those of the system.
+QString strangers(const QString &list, const QString &folder)
+{
+    static const QRegularExpression library(uR"((/\S[^\n(]*\.so[.\d]*)( \(|$))"_s,
+                                            QRegularExpression::MultilineOption);
+    QStringList found;
+    for (const auto &match : library.globalMatch(list)) {
+        const QString path = match.captured(1);
+        if (!path.startsWith(folder + u'/') &&
+            !librariesOfTheSystem().match(QFileInfo(path).fileName()).hasMatch())
+            found.append(path);
+    }
+    found.removeDuplicates();
+    return found.join(u'\n');
+}
+
+QString outputOf(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    constexpr int limit = 120'000;
+    EXPECT_TRUE(process.waitForFinished(limit) && process.exitCode() == 0) << program.toStdString();
+    const QString output = QString::fromUtf8(process.readAll());
+    EXPECT_EQ(process.exitCode(), 0) << output.toStdString();
+    return output;
+}
+
+enum class Place { prefix, bundle };
+
+std::string nameOf(const testing::TestParamInfo<Place> &place)
+{
+    return place.param == Place::prefix ? "InAPrefix" : "InABundle";
+}
+
+/// The whole program in places that it was not built for: below a prefix, and in a bundle that was moved. It
+/// finds each of its parts there.
+class InstalledTest : public MorvaneTest, public testing::WithParamInterface<Place> {
+protected:
+    static void SetUpTestSuite()
+    {
+        s_folder = std::make_unique<QTemporaryDir>();
+        outputOf(u"cmake"_s, {u"--install"_s, QStringLiteral(MORVANE_BUILD_FOLDER), u"--prefix"_s,
+                              root(Place::prefix), u"--component"_s, u"program"_s});
+        const QString made = s_folder->filePath(u"Made.app"_s);
+        outputOf(QStringLiteral(MORVANE_SOURCE_DIR "/packaging/assemble-bundle.py"),
+                 {QStringLiteral(MORVANE_BUILD_FOLDER), made});
+        QDir().mkpath(QFileInfo(bundle()).path());
+        ASSERT_TRUE(QDir().rename(made, bundle()));
+    }
+    static void TearDownTestSuite() { s_folder.reset(); }
+
+    static QString bundle() { return s_folder->filePath(u"programs of mine/Morvane 1.app"_s); }
+    static QString root(Place place)
+    {
+        return place == Place::prefix ? s_folder->filePath(u"usr"_s) : bundle() + u"/Contents"_s;
+    }
+    static QString program(Place place)
+    {
+        return root(place) + (place == Place::prefix ? u"/bin/morvane"_s : u"/MacOS/Morvane"_s);
+    }
+
+    MorvaneSession &prepareInstalled(std::vector<ScriptedTurn> turns)
+    {
+        ModelScript script;
+        script.turns = std::move(turns);
+        return prepareProgram(program(GetParam()), std::move(script), Hearing::announcements, u"home"_s);
+    }
+
+private:
+    static std::unique_ptr<QTemporaryDir> s_folder;
+};
+
+std::unique_ptr<QTemporaryDir> InstalledTest::s_folder;
+
+INSTANTIATE_TEST_SUITE_P(Places, InstalledTest, testing::Values(Place::prefix, Place::bundle), nameOf);
+
+TEST_P(InstalledTest, AttachedScansAndPicturesAreRead)
+{
+    MorvaneSession &morvane = prepareInstalled({ScriptedTurn::saying({"I have read both."})});
+    morvane.setSetting(u"model"_s, u"scripted-vision"_s);
+    morvane.start();
+    const TemporaryHome files;
+    const ClipboardOwner clipboard(
+        morvane.display(),
+        {{"text/uri-list",
+          uriList(
+              {files.write(u"photo.webp"_s, encoded(samplePhoto({2'400, 1'200}), "webp", 80)),
+               files.write(u"scan.pdf"_s, samplePdf({{SamplePage::Kind::scanned, u"Dear reader"_s}}))})}});
+    const auto field = u"Message Morvane"_s;
+    morvane.program().find(field).takeFocus();
+    ASSERT_TRUE(morvane.program().focuses(field));
+    morvane.keyboard().press(u"Ctrl+V"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Attached photo.webp."_s));
+    ASSERT_TRUE(morvane.ear().hears(u"Attached scan.pdf."_s));
+    morvane.send(u"What do these say?"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I have read both."_s));
+    const auto content = morvane.model().requests().at(0).json.at("messages").as_array().back().at("content");
+    EXPECT_THAT(std::string(content.at(0).at("text").as_string()),
+                testing::HasSubstr("[Scanned page 1]\nDear reader\n"));
+    EXPECT_THAT(std::string(content.at(1).at("image_url").at("url").as_string()),
+                testing::StartsWith("data:image/jpeg;base64,"));
+}
+
+TEST_P(InstalledTest, TheScreenIsRead)
+{
+    MorvaneSession &morvane =
+        prepareInstalled({callingTool("capture_screen", "{}"), ScriptedTurn::saying({"I see."})});
+    morvane.start();
+    morvane.send(u"Seven zebras"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I see."_s));
+    EXPECT_THAT(lastResult(morvane).toStdString(), testing::HasSubstr("Seven zebras"));
+}
+
+TEST_P(InstalledTest, ToolServersAreStarted)
+{
+    MorvaneSession &morvane = prepareInstalled({});
+    const QString folder = morvane.home() + u"/.local/share/Morvane"_s;
+    QDir().mkpath(folder);
+    QFile file(folder + u"/mcp-servers.json"_s);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[{\"id\":\"5C2D4B9E-0B51-4C4C-8B5B-2F6B7D0B4E11\",\"name\":\"Mine\",\"transport\":\"stdio\","
+               "\"command\":\"touch ~/started\",\"args\":[],\"url\":\"\",\"enabled\":true}]");
+    file.close();
+    morvane.start();
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(morvane.home() + u"/started"_s); }));
+}
+
+TEST_P(InstalledTest, AReminderOfAnEndedProgramIsDelivered)
+{
+    MorvaneSession &morvane =
+        prepareInstalled({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
+                          ScriptedTurn::saying({"I will remind you."})});
+    const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
+    morvane.start();
+    morvane.send(u"Remind me"_s);
+    ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
+    morvane.quit();
+    EXPECT_TRUE(waitUntil([&] {
+        return std::any_of(daemon.shown().cbegin(), daemon.shown().cend(),
+                           [](const auto &banner) { return banner.title == "Reminder"_L1; });
+    }));
+}
+
+TEST_P(InstalledTest, ItsLibrariesAreThoseOfItsOwnTree)
+{
+    MorvaneSession &morvane = prepareInstalled({});
+    morvane.setVariable(u"LD_LIBRARY_PATH"_s, QStringLiteral(MORVANE_BUILD_FOLDER "/lib/morvane"));
+    morvane.start();
+    QFile maps(u"/proc/%1/maps"_s.arg(morvane.program().process().pid()));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    const QString loaded = QString::fromUtf8(maps.readAll());
+    const QString here = root(GetParam());
+    EXPECT_TRUE(loaded.contains(here + u"/lib/morvane/libmorvane.so"_s));
+    EXPECT_FALSE(loaded.contains(QStringLiteral(MORVANE_BUILD_FOLDER "/")));
+    if (GetParam() == Place::prefix)
+        return;
+    EXPECT_EQ(strangers(loaded, here), QString());
+    const QDir helpers(here + u"/libexec/morvane"_s);
+    const QStringList names = helpers.entryList({u"morvane-*"_s}, QDir::Files);
+    EXPECT_FALSE(names.isEmpty());
+    for (const QString &name : names)
+        EXPECT_EQ(strangers(outputOf(u"ldd"_s, {helpers.filePath(name)}), here), QString());
+}
+
+} // namespace
+} // namespace morvane
