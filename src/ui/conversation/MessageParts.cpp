@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "ui/markdown/MarkdownSegmenter.h"
 #include "ui/markdown/PlainTextSegmenter.h"
+#include "ui/markdown/SegmentText.h"
 
 #include <QStringList>
 #include <algorithm>
@@ -30,6 +31,17 @@ bool standsApart(const TextSegment &segment)
 bool isPicture(const ChatAttachment &attachment)
 {
     return attachment.kind == AttachmentKind::image && attachment.data && !attachment.data->isEmpty();
+}
+
+/// Whether an answer consists of nothing but marks, such as ">" or a link's definition, of which formatting
+/// would leave a blank.
+bool showsNothing(QStringView text, const MarkdownSegments &markdown)
+{
+    const auto isMark = [](QChar unit) { return unit.isSpace() || u">#`~"_s.contains(unit); };
+    if (std::all_of(text.begin(), text.end(), isMark))
+        return true;
+    return markdown.segments.size() == 1 && !markdown.references.isEmpty() &&
+           trimmed(shownText(text, markdown.segments.constFirst(), markdown.references)).isEmpty();
 }
 
 QString shownFileNames(const ChatMessage &message)
@@ -99,11 +111,12 @@ QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QStrin
     QList<TextSegment> segments;
     if (part == RowPart::body && isFormatted(message)) {
         MarkdownSegments markdown = MarkdownSegmenter::segments(text);
-        references = std::move(markdown.references);
-        segments = std::move(markdown.segments);
-    } else {
-        extendPlainSegments(segments, text);
+        if (!showsNothing(text, markdown)) {
+            references = std::move(markdown.references);
+            return std::move(markdown.segments);
+        }
     }
+    extendPlainSegments(segments, text);
     return segments;
 }
 
