@@ -20,6 +20,7 @@ struct PasteContent {
 
 enum class PasteFailure {
     silent,   ///< The program that has copied it does not answer.
+    tooSlow,  ///< It began to, and has more than it sends in any reasonable time.
     tooLarge, ///< More than is read.
 };
 

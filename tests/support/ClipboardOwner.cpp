@@ -13,8 +13,9 @@ constexpr int lookMilliseconds = 20;
 
 } // namespace
 
-ClipboardOwner::ClipboardOwner(const QString &display, QMap<QByteArray, QByteArray> contents)
-    : m_connection(display), m_contents(std::move(contents)), m_window(m_connection.openHiddenWindow())
+ClipboardOwner::ClipboardOwner(const QString &display, QMap<QByteArray, QByteArray> contents, Manner manner)
+    : m_connection(display), m_contents(std::move(contents)), m_manner(manner),
+      m_window(m_connection.openHiddenWindow())
 {
     xcb_set_selection_owner(m_connection.handle(), m_window, m_connection.atom("CLIPBOARD"),
                             XCB_CURRENT_TIME);
@@ -33,6 +34,8 @@ void ClipboardOwner::serve(const std::stop_token &stop)
             ::poll(&waiting, 1, lookMilliseconds);
         } else if ((event->response_type & 0x7f) == XCB_SELECTION_REQUEST) {
             answer(*reinterpret_cast<const xcb_selection_request_event_t *>(event.get()));
+        } else if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
+            drip(*reinterpret_cast<const xcb_property_notify_event_t *>(event.get()));
         }
     }
 }
@@ -62,12 +65,33 @@ void ClipboardOwner::answer(const xcb_selection_request_event_t &request)
         set(XCB_ATOM_ATOM, 32, static_cast<uint32_t>(atoms.size()), atoms.data());
     } else if (wanted != targets.end()) {
         const QByteArray content = m_contents.value(*wanted);
-        set(request.target, 8, static_cast<uint32_t>(content.size()), content.constData());
+        if (m_manner == Manner::drips) {
+            m_dripping = content;
+            m_request = request;
+            const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+            xcb_change_window_attributes(connection, request.requestor, XCB_CW_EVENT_MASK, &mask);
+            const uint32_t atLeast = 1;
+            set(m_connection.atom("INCR"), 32, 1, &atLeast);
+        } else {
+            set(request.target, 8, static_cast<uint32_t>(content.size()), content.constData());
+        }
     } else {
         notice.property = XCB_ATOM_NONE;
     }
     xcb_send_event(connection, 0, request.requestor, 0, reinterpret_cast<const char *>(&notice));
     xcb_flush(connection);
+}
+
+void ClipboardOwner::drip(const xcb_property_notify_event_t &change)
+{
+    if (change.state != XCB_PROPERTY_DELETE || change.window != m_request.requestor ||
+        change.atom != m_request.property)
+        return;
+    const char byte = m_dripping.at(m_dripped % m_dripping.size());
+    xcb_change_property(m_connection.handle(), XCB_PROP_MODE_REPLACE, m_request.requestor, m_request.property,
+                        m_request.target, 8, 1, &byte);
+    xcb_flush(m_connection.handle());
+    ++m_dripped;
 }
 
 QByteArray uriList(const QStringList &paths)

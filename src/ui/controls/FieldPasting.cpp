@@ -34,6 +34,8 @@ QString textFor(PasteFailure failure)
     switch (failure) {
     case PasteFailure::silent:
         return u"Nothing was pasted. The program that you copied from does not answer."_s;
+    case PasteFailure::tooSlow:
+        return u"Nothing was pasted. The program that you copied from is too slow."_s;
     case PasteFailure::tooLarge:
         return u"Nothing was pasted. What you copied is too large."_s;
     }

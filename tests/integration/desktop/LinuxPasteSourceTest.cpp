@@ -125,6 +125,16 @@ TEST_F(LinuxPasteSourceTest, AnOwnerThatHangsIsGivenUp)
     EXPECT_EQ(content.error(), PasteFailure::silent);
 }
 
+TEST_F(LinuxPasteSourceTest, AnOwnerThatDripsIsGivenUpThoughItIsNeverSilent)
+{
+    const ClipboardOwner dripping(qEnvironmentVariable("DISPLAY"), {{"UTF8_STRING", "drip "}},
+                                  ClipboardOwner::Manner::drips);
+    const auto content = read();
+    ASSERT_FALSE(content.has_value());
+    EXPECT_EQ(content.error(), PasteFailure::tooSlow);
+    EXPECT_GT(dripping.dripped(), 1);
+}
+
 TEST_F(LinuxPasteSourceTest, MoreThanAHundredMegabytesIsTooMuch)
 {
     QGuiApplication::clipboard()->setText(QString(100'000'001, u'x'));

@@ -21,7 +21,7 @@ std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)
     for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
         if (const auto bytes = reader.read(target))
             return QString::fromUtf8(*bytes);
-        if (reader.ownerIsSilent())
+        if (reader.ownerIsSilent() || reader.ownerIsSlow())
             return std::nullopt;
     }
     if (const auto bytes = reader.read("STRING"))

@@ -10,7 +10,8 @@ namespace morvane {
 /// owner that hangs holds up nothing but the question.
 class LinuxClipboard final : public Clipboard {
 public:
-    /// `patience` is how long an owner may be silent.
+    /// `patience` is how long an owner may keep a question waiting beyond what its bytes earn
+    /// (XSelectionReader).
     explicit LinuxClipboard(std::chrono::milliseconds patience = std::chrono::seconds(2))
         : m_patience(patience)
     {

@@ -72,6 +72,8 @@ private:
         const auto answer = m_reader.read(form);
         if (m_reader.ownerIsSilent())
             m_failure = PasteFailure::silent;
+        else if (m_reader.ownerIsSlow())
+            m_failure = PasteFailure::tooSlow;
         else if (m_reader.isTooLarge())
             m_failure = PasteFailure::tooLarge;
         return answer.value_or(QByteArray());

@@ -9,8 +9,8 @@ namespace morvane {
 /// Reads the selections of the X server on a background thread, over a connection of its own.
 class LinuxPasteSource final : public PasteSource {
 public:
-    /// `patience` is how long the other program may be silent. Nothing waits for it but the paste, so that a
-    /// busy one may take its time.
+    /// `patience` is how long the other program may keep the paste waiting beyond what its bytes earn
+    /// (XSelectionReader). Nothing else waits for it, so that a busy one may take its time.
     explicit LinuxPasteSource(std::chrono::milliseconds patience = std::chrono::seconds(5))
         : m_patience(patience)
     {

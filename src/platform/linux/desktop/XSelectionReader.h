@@ -14,7 +14,9 @@ namespace morvane {
 /// large. One thread.
 class XSelectionReader {
 public:
-    /// `patience` is how long the owner may be silent between two parts. After `stop` it counts as silent.
+    /// `patience` is how long the owner may keep us waiting, with all the questions together. What it sends
+    /// earns more, so that a slow one may take its time and one that drips is given up. After `stop` it
+    /// counts as silent.
     XSelectionReader(const XDisplay &display, std::string_view selection, std::chrono::milliseconds patience,
                      std::stop_token stop = {});
     ~XSelectionReader();
@@ -27,6 +29,8 @@ public:
 
     /// Whether the last question was not answered at all.
     bool ownerIsSilent() const { return m_ownerIsSilent; }
+    /// Whether the last answer was given up because it came too slowly.
+    bool ownerIsSlow() const { return m_ownerIsSlow; }
     /// Whether the last answer was given up for its size.
     bool isTooLarge() const { return m_isTooLarge; }
 
@@ -34,14 +38,16 @@ private:
     /// Waits for an event of this kind that concerns our window.
     XReply<xcb_generic_event_t> waitFor(uint8_t kind);
     std::optional<QByteArray> takeProperty(xcb_atom_t &type);
+    std::optional<QByteArray> readParts();
 
     const XDisplay &m_display;
-    const std::chrono::milliseconds m_patience;
+    std::chrono::nanoseconds m_patience; ///< What is left of it.
     const std::stop_token m_stop;
     const xcb_window_t m_window;
     const xcb_atom_t m_selection;
     const xcb_atom_t m_property;
     bool m_ownerIsSilent = false;
+    bool m_ownerIsSlow = false;
     bool m_isTooLarge = false;
 };
 
