@@ -199,7 +199,12 @@ bool ComposerView::hasInput() const
 
 bool ComposerView::canSend() const
 {
-    return hasInput() && !m_conversation.canCancel() && m_attachments->processingCount() == 0 &&
+    return hasInput() && takesMessage();
+}
+
+bool ComposerView::takesMessage() const
+{
+    return !m_conversation.canCancel() && m_attachments->processingCount() == 0 &&
            !m_updates.isUpdateRequired();
 }
 
@@ -218,9 +223,12 @@ void ComposerView::send()
 
 void ComposerView::sendOrPostpone()
 {
+    // With a paste that had come already nothing would happen either.
+    if (!takesMessage())
+        return;
     if (m_edit->isPasteAwaited())
         m_postponed = Postponed::untilPasted;
-    else if (canSend())
+    else if (hasInput())
         send();
 }
 

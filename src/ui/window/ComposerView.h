@@ -59,6 +59,8 @@ private:
 
     /// Whether there is anything to send.
     bool hasInput() const;
+    /// Whether a message could go now if there were one.
+    bool takesMessage() const;
     void connectAttachments();
     void orderTabs();
     QWidget *makeAttachmentArea();

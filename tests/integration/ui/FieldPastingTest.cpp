@@ -154,6 +154,23 @@ TEST_F(FieldPastingTest, AMessageThatIsSentMeanwhileTakesItAlong)
     finishRun();
 }
 
+TEST_F(FieldPastingTest, ReturnDuringAnAnswerSendsNothingThenOrLater)
+{
+    neverAnswer();
+    type(u"first"_s);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(model->canCancel());
+    type(u"look: "_s);
+    paste();
+    press(Qt::Key_Return);
+    model->cancel();
+    settle();
+    ASSERT_FALSE(model->canCancel());
+    answer(u"pasted"_s);
+    EXPECT_THAT(sent(), ElementsAre(u"first"_s));
+    EXPECT_EQ(edit->draft(), u"look: pasted"_s);
+}
+
 TEST_F(FieldPastingTest, AMessageWithoutWhatWasToBeInItIsNotSent)
 {
     type(u"look: "_s);
