@@ -16,6 +16,7 @@
 #include "ui/theme/Theme.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/WindowCommands.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -136,7 +137,7 @@ Task<std::optional<ToolPermit>> askToRun(ApprovalGate *gate, QString text)
     co_return co_await askForPermit(gate, std::move(call));
 }
 
-std::vector<Place> places(ComposerEdit &composer, FakePasteSource &clipboard)
+std::vector<Place> places(ComposerEdit &composer, FakePasteSource &clipboard, WindowCommands &commands)
 {
     const auto paste = [&composer, &clipboard](GalleryModel &, const QString &text) {
         clipboard.answerText(text, static_cast<int>(clipboard.asked.size()));
@@ -227,14 +228,17 @@ std::vector<Place> places(ComposerEdit &composer, FakePasteSource &clipboard)
         {"pasting 100 MB", paste, empty, nullptr, Size::one},
         {"copying 100 MB", paste, empty,
          [&composer] {
+             const QClipboard *clipboard = QApplication::clipboard();
+             QObject::connect(
+                 clipboard, &QClipboard::dataChanged, &composer,
+                 [clipboard] { clipboard->mimeData()->data(u"text/plain"_s); }, Qt::SingleShotConnection);
              composer.selectAll();
              composer.copy();
-             QApplication::clipboard()->mimeData()->data(u"text/plain"_s);
          },
          Size::one},
         {"written by a screen reader",
-         [&composer](GalleryModel &, const QString &text) {
-             QAccessible::queryAccessibleInterface(&composer)->editableTextInterface()->insertText(0, text);
+         [&composer, &commands](GalleryModel &, const QString &text) {
+             commands.replaceText(*QAccessible::queryAccessibleInterface(&composer), 0, 0, text);
          },
          empty, nullptr, Size::some},
         {"typing after it", paste, empty, use},
@@ -276,9 +280,10 @@ int main(int argc, char **argv)
     settle(500);
 
     auto *composer = window.findChild<ComposerEdit *>();
+    WindowCommands commands(pasting);
     const QStringList wanted = QApplication::arguments().mid(1);
     boost::json::object result;
-    for (const Place &place : places(*composer, clipboard)) {
+    for (const Place &place : places(*composer, clipboard, commands)) {
         const QString name = QString::fromLatin1(place.name);
         boost::json::object holds;
         for (const Kind &kind : kindsOf(place.size)) {

@@ -22,6 +22,7 @@
 #include "net/HttpClient.h"
 #include "outside/OutsideWorld.h"
 #include "platform/NoKeychain.h"
+#include "platform/linux/AccessibilityGate.h"
 #include "platform/linux/LinuxAnnouncer.h"
 #include "platform/linux/LinuxColorScheme.h"
 #include "platform/linux/LinuxDesktopSettings.h"
@@ -54,6 +55,7 @@
 #include "ui/theme/AppMark.h"
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
+#include "ui/window/WindowCommands.h"
 
 #include <QApplication>
 #include <QFile>
@@ -172,6 +174,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     const CursorRest cursorRest;
     LinuxPasteSource pasteSource;
     FieldPasting pasting(scheduler, pasteSource, announcer);
+    WindowCommands windowCommands(pasting);
+    const AccessibilityGate accessibilityGate(windowCommands);
     LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());

@@ -47,6 +47,24 @@ TEST_F(ComposerTest, ALongTextIsReadAsItsLabelAndSentAsItself)
     EXPECT_EQ(messages.first().toObject().value("text"_L1).toString(), u"ab"_s + m_long + u"cd"_s);
 }
 
+TEST_F(ComposerTest, AMegabyteThatAReaderWritesIsOneLabelAndOneMessage)
+{
+    MorvaneSession &morvane = start({ScriptedTurn::saying({"Read."})});
+    ASSERT_TRUE(morvane.program().focuses(m_field));
+    const AccessibleElement field = morvane.program().find(m_field);
+    const QString text = u"one word after the other, "_s.repeated(40'000) + u"end"_s;
+    field.setText(u"replaced"_s);
+    field.setText(text);
+    EXPECT_TRUE(waitUntil([&] { return field.text() == u"[Pasted text, 1.0 MB]"_s; }));
+    field.insertText(0, u"look: "_s);
+    EXPECT_EQ(field.text(), u"look: [Pasted text, 1.0 MB]"_s);
+    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"Read."_s));
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, u"Read."_s));
+    const auto messages = morvane.storedConversations().first().value("messages"_L1).toArray();
+    EXPECT_TRUE(messages.first().toObject().value("text"_L1).toString() == u"look: "_s + text);
+}
+
 TEST_F(ComposerTest, APastedTextIsReadFromTheMenu)
 {
     MorvaneSession &morvane = start({});
@@ -88,12 +106,19 @@ TEST_F(ComposerTest, AProgramThatHangsWithTheClipboardHoldsNothingUp)
         keyboard.press(u"Ctrl+V"_s);
         keyboard.type(u"typed"_s);
         EXPECT_TRUE(waitUntil([&] { return field.text() == u"typed"_s; }));
-        EXPECT_TRUE(
-            morvane.ear().hears(u"Nothing was pasted. The program that you copied from does not answer."_s));
+        const auto given = u"Nothing was pasted. The program that you copied from does not answer."_s;
+        EXPECT_TRUE(morvane.ear().hears(given));
+        morvane.ear().forget();
+        field.pasteText(0);
+        keyboard.type(u" more"_s);
+        EXPECT_TRUE(waitUntil([&] { return field.text() == u"typed more"_s; }));
+        EXPECT_TRUE(morvane.ear().hears(given));
     }
     const ClipboardOwner willing(morvane.display(), {{"UTF8_STRING", "pasted"}});
     keyboard.press(u"Ctrl+V"_s);
-    EXPECT_TRUE(waitUntil([&] { return field.text() == u"typedpasted"_s; }));
+    EXPECT_TRUE(waitUntil([&] { return field.text() == u"typed morepasted"_s; }));
+    field.pasteText(5); // the caret stays behind it
+    EXPECT_TRUE(waitUntil([&] { return field.text() == u"typedpasted morepasted"_s; }));
 }
 
 } // namespace

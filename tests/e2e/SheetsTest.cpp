@@ -1,6 +1,7 @@
 #include "EventCount.h"
 #include "MorvaneTest.h"
 
+#include "support/AccessibilityBus.h"
 #include "support/WaitUntil.h"
 
 #include <QDeadlineTimer>
@@ -66,6 +67,8 @@ TEST_F(SheetsTest, TheWindowBelowIsReadAsItIsAndCannotBeReached)
     EXPECT_FALSE(field.has(AccessibleState::focused));
     EXPECT_EQ(morvane.program().focused()->element.path(), first->element.path());
     morvane.program().find(u"Delete Write a note"_s).press();
+    EXPECT_THROW(field.setText(u"written below"_s), AccessibilityError);
+    EXPECT_THROW(field.insertText(0, u"written below"_s), AccessibilityError);
     morvane.keyboard().press(u"Ctrl+="_s);
     morvane.keyboard().press(u"Ctrl+F"_s);
     ASSERT_TRUE(answerWith(morvane, u"Escape"_s));

@@ -120,6 +120,26 @@ TEST_F(ToolServersTest, AServerIsAddedByKeyboardUsedSwitchedOffAndOnAndRemoved)
     EXPECT_TRUE(areGone(pids(morvane)));
 }
 
+TEST_F(ToolServersTest, WhatLiesBelowTheFormIsNotSwitchedByAssistiveTechnology)
+{
+    MorvaneSession &morvane = prepare({});
+    writeServers(morvane, serverProgram());
+    morvane.start();
+    openToolServers(morvane);
+    const AccessibleElement server = morvane.program().find(u"Mine, Connected via command · 18 tools"_s);
+    morvane.program().find(u"Add a tool server"_s).press();
+    ASSERT_TRUE(morvane.program().focuses(u"Server name"_s));
+    server.act(u"Toggle"_s);
+    EXPECT_TRUE(server.has(AccessibleState::checked));
+    const AccessibleElement name = morvane.program().find(u"Server name"_s, AccessibleRole::text);
+    name.setText(u"written in the form"_s);
+    EXPECT_EQ(name.text(), u"written in the form"_s);
+    morvane.program().find(u"Cancel"_s).press();
+    ASSERT_TRUE(morvane.program().hides(u"Server name"_s));
+    server.act(u"Toggle"_s);
+    EXPECT_TRUE(morvane.program().shows(u"Mine, Off"_s));
+}
+
 TEST_F(ToolServersTest, AServerThatNeverAnswersHoldsUpNeitherWindowNorAgent)
 {
     MorvaneSession &morvane = prepare({ScriptedTurn::saying({"Heard."})});

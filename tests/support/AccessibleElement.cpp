@@ -29,6 +29,12 @@ QVariantList ask(const AccessibleElement &element, const QString &interface, con
     return element.bus().answer(element.bus().ask(element, interface, method, arguments));
 }
 
+void edit(const AccessibleElement &element, const QString &method, const QVariantList &arguments)
+{
+    if (!ask(element, u"org.a11y.atspi.EditableText"_s, method, arguments).value(0).toBool())
+        throw AccessibilityError(u"the text cannot be changed"_s);
+}
+
 } // namespace
 
 AccessibleElement::AccessibleElement(AccessibilityBus &bus, QString service, QString path)
@@ -88,9 +94,17 @@ QString AccessibleElement::selectedText() const
 
 void AccessibleElement::setText(const QString &text) const
 {
-    const auto result = ask(*this, u"org.a11y.atspi.EditableText"_s, u"SetTextContents"_s, {text});
-    if (!result.value(0).toBool())
-        throw AccessibilityError(u"the text cannot be set"_s);
+    edit(*this, u"SetTextContents"_s, {text});
+}
+
+void AccessibleElement::insertText(int at, const QString &text) const
+{
+    edit(*this, u"InsertText"_s, {at, text, static_cast<int>(text.size())});
+}
+
+void AccessibleElement::pasteText(int at) const
+{
+    edit(*this, u"PasteText"_s, {at});
 }
 
 QStringList AccessibleElement::actions() const

@@ -78,6 +78,10 @@ public:
     QString selectedText() const;
     /// Replaces the content of an editable text, as a reader's dictation does.
     void setText(const QString &text) const;
+    /// Writes into an editable text at a position counted in characters.
+    void insertText(int at, const QString &text) const;
+    /// Pastes the clipboard at a position.
+    void pasteText(int at) const;
     QStringList actions() const;
     /// Does the action of this name.
     void act(const QString &action) const;

@@ -38,14 +38,10 @@ void forwardFocus(QAccessibleInterface *focused)
 }
 
 /// The widget that an event comes from, or in which the row lies that it comes from.
-QWidget *widgetOf(const QAccessibleEvent &event)
+QWidget *sourceOf(const QAccessibleEvent &event)
 {
-    if (event.object() != nullptr)
-        return qobject_cast<QWidget *>(event.object());
-    QAccessibleInterface *source = event.accessibleInterface();
-    while (source != nullptr && source->object() == nullptr)
-        source = source->parent();
-    return source != nullptr ? qobject_cast<QWidget *>(source->object()) : nullptr;
+    return event.object() != nullptr ? qobject_cast<QWidget *>(event.object())
+                                     : widgetOf(event.accessibleInterface());
 }
 
 bool isSilenced(const QWidget *widget)
@@ -113,7 +109,7 @@ void tellFocusBeforeCaret(const QAccessibleEvent &event, const QWidget *widget)
 
 void tell(QAccessibleEvent *event)
 {
-    QWidget *widget = widgetOf(*event);
+    QWidget *widget = sourceOf(*event);
     if (!isWorthTelling(*event, widget)) {
         if (event->type() == QAccessible::NameChanged && event->object() == widget && widget != nullptr)
             widget->setProperty(renamedProperty, true);
@@ -147,6 +143,13 @@ void renew(QWidget *widget)
 
 } // namespace
 
+QWidget *widgetOf(QAccessibleInterface *element)
+{
+    while (element != nullptr && element->object() == nullptr)
+        element = element->parent();
+    return element != nullptr ? qobject_cast<QWidget *>(element->object()) : nullptr;
+}
+
 void installAccessibleEventFilter()
 {
     QAccessible::installUpdateHandler(&tell);
@@ -154,7 +157,7 @@ void installAccessibleEventFilter()
 
 bool isToldToReaders(const QAccessibleEvent &event)
 {
-    return isWorthTelling(event, widgetOf(event));
+    return isWorthTelling(event, sourceOf(event));
 }
 
 AccessibleSilence::AccessibleSilence(QWidget *widget) : m_widget(widget)

@@ -14,6 +14,9 @@ namespace morvane {
 /// the application object was made.
 void installAccessibleEventFilter();
 
+/// The widget that `element` is, or in which it lies as a row or a part; null where there is none.
+QWidget *widgetOf(QAccessibleInterface *element);
+
 /// Whether the filter lets an event through.
 bool isToldToReaders(const QAccessibleEvent &event);
 

@@ -1,5 +1,6 @@
 #include "ui/controls/FieldPasting.h"
 
+#include "async/OffMain.h"
 #include "async/Scheduler.h"
 #include "platform/Announcer.h"
 #include "ui/controls/LineFieldMenu.h"
@@ -97,16 +98,37 @@ bool FieldPasting::isFor(const std::shared_ptr<PastePlace> &place) const
 
 void FieldPasting::begin(std::shared_ptr<PastePlace> place, QClipboard::Mode mode)
 {
-    if (const Asking *const current = asking()) {
-        QWidget *const before = current->place->field();
-        if (before == place->field() && current->mode == mode && !current->isOutdated)
-            return;
-        m_phase = Idle();
-        if (before)
-            Q_EMIT ended(before, End::dropped);
-    }
-    m_phase = Asking{place, mode};
+    const Asking *const current = asking();
+    if (current && current->place->field() == place->field() && current->mode == mode && !current->isOutdated)
+        return;
+    await({place, mode});
     m_scheduler.spawn(ask(this, std::move(place), mode));
+}
+
+void FieldPasting::begin(std::shared_ptr<PastePlace> place, const QStringList &pieces)
+{
+    await({place, std::nullopt});
+    m_scheduler.spawn(join(this, std::move(place), pieces));
+}
+
+void FieldPasting::await(Asking wish)
+{
+    const Asking *const current = asking();
+    QWidget *const before = current ? current->place->field() : nullptr;
+    m_phase = Idle();
+    if (before)
+        Q_EMIT ended(before, End::dropped);
+    m_phase = std::move(wish);
+}
+
+void FieldPasting::paste(QLineEdit &line, int at)
+{
+    auto place = std::make_shared<LinePastePlace>(line, at);
+    if (isForeign(QClipboard::Clipboard))
+        return begin(std::move(place), QClipboard::Clipboard);
+    PasteContent content;
+    content.text = clipboard().text();
+    place->insert(content);
 }
 
 void FieldPasting::drop(const QWidget &field)
@@ -121,6 +143,18 @@ void FieldPasting::drop(const QWidget &field)
 void FieldPasting::announce(const QString &text)
 {
     m_announcer.announce(text);
+}
+
+Task<void> FieldPasting::join(QPointer<FieldPasting> self, std::shared_ptr<PastePlace> place,
+                              QStringList pieces)
+{
+    PasteContent content;
+    content.text = co_await runOffMain([pieces = std::move(pieces)] {
+        return pieces.size() == 1 ? pieces.constFirst() : pieces.join(QString()); // one alone is shared
+    });
+    co_await place->prepare(content);
+    if (self && self->isFor(place))
+        self->take(place, content);
 }
 
 Task<void> FieldPasting::ask(QPointer<FieldPasting> self, std::shared_ptr<PastePlace> place,

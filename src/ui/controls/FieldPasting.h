@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QObject>
 #include <QPointer>
+#include <QStringList>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -43,6 +44,10 @@ public:
     /// of this one. Of the same field a further wish changes nothing, unless something else has been copied
     /// since.
     void begin(std::shared_ptr<PastePlace> place, QClipboard::Mode mode);
+    /// Pastes pieces of a text that this program has itself, as one, at `place`.
+    void begin(std::shared_ptr<PastePlace> place, const QStringList &pieces);
+    /// Pastes the clipboard at a position of a line; its caret stays where it is.
+    void paste(QLineEdit &line, int at);
     /// Whether an answer for `field` is awaited.
     bool isAwaited(const QWidget &field) const;
     /// Nothing is pasted into `field` any more.
@@ -62,12 +67,15 @@ private:
     struct Idle {};
     struct Asking {
         std::shared_ptr<PastePlace> place;
-        QClipboard::Mode mode;
-        bool isOutdated = false; ///< Something else has been copied since.
+        std::optional<QClipboard::Mode> mode; ///< None where no other program is asked.
+        bool isOutdated = false;              ///< Something else has been copied since.
     };
     using Answer = std::expected<PasteContent, PasteFailure>;
 
     bool isForeign(QClipboard::Mode mode) const;
+    void await(Asking wish);
+    static Task<void> join(QPointer<FieldPasting> self, std::shared_ptr<PastePlace> place,
+                           QStringList pieces);
     static Task<void> ask(QPointer<FieldPasting> self, std::shared_ptr<PastePlace> place,
                           QClipboard::Mode mode);
     const Asking *asking() const { return std::get_if<Asking>(&m_phase); }

@@ -7,9 +7,14 @@
 namespace morvane {
 
 LinePastePlace::LinePastePlace(QLineEdit &line)
+    : LinePastePlace(line, line.hasSelectedText() ? line.selectionStart() : line.cursorPosition())
+{
+    m_selected = line.selectedText().size();
+}
+
+LinePastePlace::LinePastePlace(QLineEdit &line, int at)
     : m_line(&line), m_name(line.accessibleName()), m_text(line.text()),
-      m_at(line.hasSelectedText() ? line.selectionStart() : line.cursorPosition()),
-      m_selected(line.selectedText().size())
+      m_at(std::clamp<qsizetype>(at, 0, m_text.size()))
 {
     // Of a change by the user both are told, in this order.
     connect(&line, &QLineEdit::textEdited, this, [this] { m_isTyping = true; });

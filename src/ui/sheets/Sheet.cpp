@@ -4,7 +4,6 @@
 #include "ui/sheets/SheetCard.h"
 #include "ui/theme/ThemeColors.h"
 
-#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
@@ -98,7 +97,6 @@ void Sheet::openSheet(QWidget *first)
         setGeometry(parentWidget()->rect());
         raise();
         qApp->installEventFilter(this);
-        holdButtons();
     }
     appear();
     arrange();
@@ -126,7 +124,6 @@ void Sheet::closeSheet()
         return;
     m_isOpen = false;
     qApp->removeEventFilter(this);
-    holdButtons();
     giveFocusBack();
     hide();
 }
@@ -154,20 +151,6 @@ bool Sheet::holds(const QWidget &widget)
     return std::any_of(sheets.begin(), sheets.end(), [&widget](const Sheet *sheet) {
         return sheet->isOpen() && sheet->isOnTop() && sheet->isBehind(&widget);
     });
-}
-
-void Sheet::holdButtons()
-{
-    const auto sheets = parentWidget()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly);
-    for (Sheet *sheet : sheets)
-        sheet->m_buttons.release();
-    const auto top = std::find_if(sheets.begin(), sheets.end(),
-                                  [](const Sheet *sheet) { return sheet->isOpen() && sheet->isOnTop(); });
-    if (top == sheets.end())
-        return;
-    QList<QAbstractButton *> buttons = parentWidget()->findChildren<QAbstractButton *>();
-    buttons.removeIf([top](const QAbstractButton *button) { return !(*top)->isBehind(button); });
-    (*top)->m_buttons.hold(buttons);
 }
 
 bool Sheet::isBehind(const QWidget *widget) const

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ui/sheets/AnswerGuard.h"
-#include "ui/sheets/HeldButtons.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -14,11 +13,11 @@ class SheetCard;
 
 /// A question to the user that holds one window: it dims the window's content and shows a card in the middle.
 /// While it is open neither mouse nor keyboard reach anything else in that window: it covers the window,
-/// keeps the focus, and shortcuts of what lies below do nothing, nor buttons that assistive technology
-/// presses. Nothing below is disabled, so that assistive technology reads it as it is. The menu bar's
-/// commands (quit, new conversation) belong to the program and stay at hand. The focus goes into the card
-/// when the sheet opens and back to where it was when it closes. Input that comes before the user can have
-/// noticed the sheet is dropped.
+/// keeps the focus, and shortcuts of what lies below do nothing. Nothing below is disabled, so that assistive
+/// technology reads it as it is; that it changes nothing there is for whoever takes its commands, by `holds`.
+/// The menu bar's commands (quit, new conversation) belong to the program and stay at hand. The focus goes
+/// into the card when the sheet opens and back to where it was when it closes. Input that comes before the
+/// user can have noticed the sheet is dropped.
 class Sheet : public QWidget {
     Q_OBJECT
 public:
@@ -56,7 +55,6 @@ private:
     void appear();
     void arrange();
     bool isBehind(const QWidget *widget) const;
-    void holdButtons();
     void takeFocusBack();
     void giveFocusBack();
 
@@ -64,7 +62,6 @@ private:
     AnswerGuard m_guard;
     QPointer<QWidget> m_focus; ///< Of this sheet's parts, the one that has the focus or had it last.
     QPointer<QWidget> m_previousFocus;
-    HeldButtons m_buttons; ///< Of the window below.
     bool m_isOpen = false;
 };
 

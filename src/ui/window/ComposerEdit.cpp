@@ -11,6 +11,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -36,7 +37,8 @@ constexpr int sideMargin = 6;
 constexpr int topMargin = 3;
 } // namespace
 
-ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*document())
+ComposerEdit::ComposerEdit(QWidget *parent)
+    : QPlainTextEdit(parent), m_folds(*document()), m_labels(*this, m_folds)
 {
     setTabChangesFocus(true);
     // The field's frame is round, so that its ground is drawn with it.
@@ -54,7 +56,7 @@ ComposerEdit::ComposerEdit(QWidget *parent) : QPlainTextEdit(parent), m_folds(*d
             m_tooLong = Written{at, added};
     });
     connect(this, &QPlainTextEdit::textChanged, this, &ComposerEdit::takeChange);
-    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &ComposerEdit::keepCaretOutOfLabels);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, this, [this] { m_labels.keepCaretOut(); });
     fitHeight();
 }
 
@@ -69,7 +71,7 @@ void ComposerEdit::setDraft(const QString &text)
         m_pasting->drop(*this);
     clear();
     m_folds.clear();
-    insertBounded(textCursor(), text);
+    insertBounded(textCursor(), text, FoldedTexts::Origin::pasted);
     document()->clearUndoRedoStacks();
 }
 
@@ -78,7 +80,7 @@ void ComposerEdit::replaceDraft(const QString &text)
     if (m_pasting)
         m_pasting->drop(*this);
     selectAll();
-    insertBounded(textCursor(), text);
+    insertBounded(textCursor(), text, FoldedTexts::Origin::pasted);
 }
 
 bool ComposerEdit::isPasteAwaited() const
@@ -86,9 +88,52 @@ bool ComposerEdit::isPasteAwaited() const
     return m_pasting && m_pasting->isAwaited(*this);
 }
 
-void ComposerEdit::insertBounded(QTextCursor place, const QString &text)
+void ComposerEdit::replaceBetween(int from, int to, const QString &text)
 {
-    if (m_folds.isTooLong(place, text))
+    const int end = document()->characterCount() - 1;
+    QTextCursor place(document());
+    place.setPosition(std::clamp(from, 0, end));
+    place.setPosition(std::clamp(to, 0, end), QTextCursor::KeepAnchor);
+    insertPieces(place, {text}, FoldedTexts::Origin::written);
+}
+
+void ComposerEdit::pasteAt(int position)
+{
+    QTextCursor place(document());
+    place.setPosition(std::clamp(position, 0, document()->characterCount() - 1));
+    if (const QMimeData *source = QApplication::clipboard()->mimeData())
+        pasteFrom(*source, place);
+}
+
+void ComposerEdit::copy()
+{
+    const QTextCursor cursor = textCursor();
+    if (cursor.hasSelection())
+        m_copy.copy(m_folds.piecesBetween(cursor.selectionStart(), cursor.selectionEnd()));
+}
+
+void ComposerEdit::cut()
+{
+    copy();
+    if (!isReadOnly())
+        textCursor().removeSelectedText();
+}
+
+void ComposerEdit::insertPieces(const QTextCursor &place, const QStringList &pieces,
+                                FoldedTexts::Origin origin)
+{
+    qsizetype size = 0;
+    for (const QString &piece : pieces)
+        size += piece.size();
+    if (m_pasting && !isPasteAwaited() && FoldedTexts::isTooLong(size))
+        m_pasting->begin(std::make_shared<DraftPastePlace>(*this, place), pieces);
+    else
+        insertBounded(place, pieces.join(QString()), origin);
+}
+
+void ComposerEdit::insertBounded(QTextCursor place, const QString &text, FoldedTexts::Origin origin)
+{
+    if (m_folds.isTooLong(place, text, origin))
         return insertFold(place, FoldedTexts::fold(text));
     place.insertText(text, QTextCharFormat());
     showCaret();
@@ -132,93 +177,7 @@ void ComposerEdit::takeChange()
     m_hasContent = m_folds.hasContent();
     // The toolkit shapes the letters anew for each drawing otherwise.
     textCursor().block().layout()->setCacheEnabled(true);
-    markLabels();
-}
-
-void ComposerEdit::keepCaretOutOfLabels()
-{
-    QTextCursor cursor = textCursor();
-    int caret = cursor.position();
-    int anchor = cursor.anchor();
-    bool isBesideLabel = false;
-    for (const FoldedTexts::Place &place : m_folds.places()) {
-        const bool isAnchorWithin = place.start < anchor && anchor < place.end;
-        const bool isCaretWithin = place.start < caret && caret < place.end;
-        if (isCaretWithin)
-            caret = isAnchorWithin && caret != anchor ? (caret > anchor ? place.end : place.start)
-                                                      : edgeFor(place, caret, anchor);
-        if (!cursor.hasSelection())
-            anchor = caret;
-        else if (isAnchorWithin)
-            anchor = caret > anchor ? place.start : place.end;
-        isBesideLabel |= place.start == caret || place.end == caret;
-    }
-    m_lastCaret = caret;
-    if (caret != cursor.position() || anchor != cursor.anchor()) {
-        cursor.setPosition(anchor);
-        cursor.setPosition(caret, QTextCursor::KeepAnchor);
-        setTextCursor(cursor);
-    }
-    // What is typed takes the format of what stands in front of it otherwise.
-    if (isBesideLabel && anchor == caret)
-        setCurrentCharFormat(QTextCharFormat());
-}
-
-int ComposerEdit::edgeFor(const FoldedTexts::Place &place, int caret, int anchor) const
-{
-    bool goesOn = caret > m_lastCaret;
-    if (QApplication::mouseButtons() != Qt::NoButton)
-        goesOn = caret - place.start > place.end - caret;
-    else if (caret != anchor && m_lastCaret != place.start && m_lastCaret != place.end)
-        goesOn = caret > anchor;
-    return goesOn ? place.end : place.start;
-}
-
-void ComposerEdit::selectLabelToDelete(const QKeyEvent &event)
-{
-    const bool deletesBack = event.matches(QKeySequence::DeleteStartOfWord) ||
-                             (event.key() == Qt::Key_Backspace && !(event.modifiers() & Qt::AltModifier));
-    const bool deletesOn =
-        event.matches(QKeySequence::Delete) || event.matches(QKeySequence::DeleteEndOfWord);
-    QTextCursor cursor = textCursor();
-    if (cursor.hasSelection() || (!deletesBack && !deletesOn))
-        return;
-    for (const FoldedTexts::Place &place : m_folds.places()) {
-        if (cursor.position() != (deletesBack ? place.end : place.start))
-            continue;
-        cursor.setPosition(deletesBack ? place.start : place.end, QTextCursor::KeepAnchor);
-        setTextCursor(cursor);
-        return;
-    }
-}
-
-void ComposerEdit::markLabels()
-{
-    const QList<FoldedTexts::Place> places = m_folds.places();
-    if (places.isEmpty() && extraSelections().isEmpty())
-        return;
-    const ThemeColors colors = ThemeColors::fromPalette(palette());
-    QTextCharFormat format;
-    format.setForeground(colors.text);
-    format.setBackground(colors.userBubble);
-    QList<QTextEdit::ExtraSelection> marks;
-    QTextCursor cursor(document());
-    for (const FoldedTexts::Place &place : places) {
-        cursor.setPosition(place.start);
-        cursor.setPosition(place.end, QTextCursor::KeepAnchor);
-        marks.append({cursor, format});
-    }
-    setExtraSelections(marks);
-}
-
-std::optional<FoldedTexts::Place> ComposerEdit::labelUnder(const QPoint &point) const
-{
-    const QTextCursor cursor = cursorForPosition(point);
-    const auto place = m_folds.placeAt(cursor.position());
-    // Beside a line the cursor is at its end.
-    return place && std::abs(cursorRect(cursor).center().x() - point.x()) <= fontMetrics().averageCharWidth()
-               ? place
-               : std::nullopt;
+    m_labels.mark();
 }
 
 void ComposerEdit::showFold(const FoldedTexts::Place &place)
@@ -233,7 +192,7 @@ bool ComposerEdit::viewportEvent(QEvent *event)
     if (event->type() != QEvent::ToolTip)
         return QPlainTextEdit::viewportEvent(event);
     const auto *help = static_cast<QHelpEvent *>(event);
-    if (labelUnder(help->pos()))
+    if (m_labels.under(help->pos()))
         QToolTip::showText(help->globalPos(), u"Double-click to read the pasted text."_s, this);
     else
         QToolTip::hideText();
@@ -244,9 +203,11 @@ void ComposerEdit::contextMenuEvent(QContextMenuEvent *event)
 {
     const auto place = event->reason() == QContextMenuEvent::Keyboard
                            ? m_folds.placeAt(textCursor().position())
-                           : labelUnder(event->pos());
+                           : m_labels.under(event->pos());
     QMenu *menu = createStandardContextMenu(event->pos());
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    takeOver(menu->findChild<QAction *>(u"edit-copy"_s), &ComposerEdit::copy);
+    takeOver(menu->findChild<QAction *>(u"edit-cut"_s), &ComposerEdit::cut);
     if (place) {
         auto *show = new QAction(u"Show Pasted Text…"_s, menu);
         connect(show, &QAction::triggered, this, [this, place] { showFold(*place); });
@@ -258,9 +219,17 @@ void ComposerEdit::contextMenuEvent(QContextMenuEvent *event)
         menu->setActiveAction(menu->actions().constFirst());
 }
 
+void ComposerEdit::takeOver(QAction *action, void (ComposerEdit::*slot)())
+{
+    if (action == nullptr)
+        return;
+    disconnect(action, &QAction::triggered, nullptr, nullptr);
+    connect(action, &QAction::triggered, this, slot);
+}
+
 void ComposerEdit::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    const auto place = labelUnder(event->position().toPoint());
+    const auto place = m_labels.under(event->position().toPoint());
     if (place && event->button() == Qt::LeftButton)
         showFold(*place);
     else
@@ -308,7 +277,11 @@ void ComposerEdit::keyPressEvent(QKeyEvent *event)
         contextMenuEvent(&menu);
         return;
     }
-    selectLabelToDelete(*event);
+    if (event->matches(QKeySequence::Copy))
+        return copy();
+    if (event->matches(QKeySequence::Cut))
+        return cut();
+    m_labels.selectToDelete(*event);
     QPlainTextEdit::keyPressEvent(event);
 }
 
@@ -323,17 +296,23 @@ bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
 
 void ComposerEdit::insertFromMimeData(const QMimeData *source)
 {
-    const auto mode = m_pasting ? m_pasting->foreign(source) : std::nullopt;
+    pasteFrom(*source, textCursor());
+}
+
+void ComposerEdit::pasteFrom(const QMimeData &source, const QTextCursor &place)
+{
+    const auto mode = m_pasting ? m_pasting->foreign(&source) : std::nullopt;
     if (mode)
-        m_pasting->begin(std::make_shared<DraftPastePlace>(*this), *mode);
+        m_pasting->begin(std::make_shared<DraftPastePlace>(*this, place), *mode);
     // An owner of the clipboard that hangs is waited for anew with each question, for seconds.
-    else if (!source->formats().isEmpty())
-        insertPasted(*source, textCursor());
+    else if (!source.formats().isEmpty())
+        insertPasted(source, place);
 }
 
 void ComposerEdit::insertPasted(const QMimeData &source, const QTextCursor &place)
 {
     const auto pastedName = u"Pasted image."_s;
+    const auto *own = qobject_cast<const TextInPieces *>(&source);
     if (const QList<QUrl> files = FileDropFilter::filesOf(&source); !files.isEmpty())
         Q_EMIT filesPasted(files);
     else if (const QString extension = pictureExtension(source); !extension.isEmpty())
@@ -341,7 +320,7 @@ void ComposerEdit::insertPasted(const QMimeData &source, const QTextCursor &plac
     else if (source.hasImage() && !source.hasText())
         Q_EMIT ownImagePasted(qvariant_cast<QImage>(source.imageData()), pastedName + u"png"_s);
     else if (source.hasText() && !isReadOnly())
-        insertBounded(place, source.text());
+        insertPieces(place, own ? own->pieces() : QStringList{source.text()}, FoldedTexts::Origin::pasted);
 }
 
 void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)
@@ -373,7 +352,7 @@ void ComposerEdit::changeEvent(QEvent *event)
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         fitHeight();
     if (event->type() == QEvent::PaletteChange)
-        markLabels();
+        m_labels.mark();
 }
 
 void ComposerEdit::fitHeight()

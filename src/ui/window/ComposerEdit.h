@@ -1,6 +1,8 @@
 #pragma once
 
+#include "ui/window/FoldLabels.h"
 #include "ui/window/FoldedTexts.h"
+#include "ui/window/TextCopy.h"
 
 #include <QImage>
 #include <QList>
@@ -37,9 +39,18 @@ public:
     void setPasting(FieldPasting &pasting) { m_pasting = &pasting; }
     /// Whether the user has pasted something that is not there yet.
     bool isPasteAwaited() const;
+    /// Puts a text that assistive technology has written in the place of what stands between two positions.
+    void replaceBetween(int from, int to, const QString &text);
+    /// Pastes the clipboard at a position; the caret stays where it is.
+    void pasteAt(int position);
     /// Takes what was copied or dropped: text in the place of what `place` selects.
     void insertPasted(const QMimeData &source, const QTextCursor &place);
     void insertFold(QTextCursor place, const FoldedTexts::Fold &fold);
+
+public Q_SLOTS:
+    /// As the toolkit's, but a text of many megabytes comes on the clipboard without holding up the window.
+    void copy();
+    void cut();
 
 Q_SIGNALS:
     void sendRequested();
@@ -67,7 +78,11 @@ protected:
 
 private:
     void fitHeight();
-    void insertBounded(QTextCursor place, const QString &text);
+    void insertBounded(QTextCursor place, const QString &text, FoldedTexts::Origin origin);
+    /// Takes what is on a clipboard or dropped, asking other programs without waiting for them.
+    void pasteFrom(const QMimeData &source, const QTextCursor &place);
+    /// A text of any length; one that takes time comes when it has been looked at.
+    void insertPieces(const QTextCursor &place, const QStringList &pieces, FoldedTexts::Origin origin);
     void showCaret();
     /// A piece of the document that came in by another way than pasting.
     struct Written {
@@ -76,20 +91,15 @@ private:
     };
     void foldWritten(const Written &written);
     void takeChange();
-    void keepCaretOutOfLabels();
-    /// The edge of a label to which a caret within it goes.
-    int edgeFor(const FoldedTexts::Place &place, int caret, int anchor) const;
-    /// Selects the label that the key is about to delete a character of.
-    void selectLabelToDelete(const QKeyEvent &event);
-    void markLabels();
-    std::optional<FoldedTexts::Place> labelUnder(const QPoint &point) const;
+    void takeOver(QAction *action, void (ComposerEdit::*slot)());
     void showFold(const FoldedTexts::Place &place);
 
     FieldPasting *m_pasting = nullptr;
     FoldedTexts m_folds;
+    FoldLabels m_labels;
     std::optional<Written> m_tooLong; ///< Written since the last change was taken.
+    TextCopy m_copy;
     bool m_hasContent = false;
-    int m_lastCaret = 0;
 };
 
 } // namespace morvane

@@ -1,6 +1,5 @@
 #include "ui/window/ConversationEntryAccessible.h"
 
-#include "ui/sheets/Sheet.h"
 #include "ui/window/ConversationList.h"
 
 using namespace Qt::StringLiterals;
@@ -64,7 +63,7 @@ QStringList ConversationEntryAccessible::actionNames() const
 
 void ConversationEntryAccessible::doAction(const QString &name)
 {
-    if (name == openAction && isValid() && view()->isEnabled() && !Sheet::holds(*view()))
+    if (name == openAction && isValid() && view()->isEnabled())
         Q_EMIT view()->openRequested(m_row);
 }
 

@@ -11,9 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-DraftPastePlace::DraftPastePlace(ComposerEdit &edit)
-    : m_edit(&edit), m_at(edit.textCursor()), m_selection(edit.textCursor()),
-      m_revision(edit.document()->revision())
+DraftPastePlace::DraftPastePlace(ComposerEdit &edit, const QTextCursor &place)
+    : m_edit(&edit), m_at(place), m_selection(place), m_revision(edit.document()->revision())
 {
     m_at.clearSelection();
     m_at.setKeepPositionOnInsert(true);

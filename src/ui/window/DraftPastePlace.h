@@ -11,10 +11,11 @@ namespace morvane {
 
 class ComposerEdit;
 
-/// A place in the draft: its caret, or what it has selected.
+/// A place in the draft, or a part of it that is to go.
 class DraftPastePlace final : public PastePlace {
 public:
-    explicit DraftPastePlace(ComposerEdit &edit);
+    /// `place` is of the field's document.
+    DraftPastePlace(ComposerEdit &edit, const QTextCursor &place);
 
     QWidget *field() const override;
     /// Counts a text that is going to be folded.

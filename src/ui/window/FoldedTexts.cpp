@@ -103,7 +103,7 @@ bool FoldedTexts::isTooLong(qsizetype size)
     return size > typedFactor * costliestDocument;
 }
 
-bool FoldedTexts::isTooLong(const QTextCursor &cursor, const QString &text) const
+bool FoldedTexts::isTooLong(const QTextCursor &cursor, const QString &text, Origin origin) const
 {
     if (isTooLong(text.size()))
         return true;
@@ -116,7 +116,8 @@ bool FoldedTexts::isTooLong(const QTextCursor &cursor, const QString &text) cons
         wholeCost += cost + lineCost;
         paragraphCost = std::max(paragraphCost, cost);
     }
-    const int factor = layoutCost(text) < leastFolded ? typedFactor : 1;
+    const bool isTyped = origin == Origin::written || layoutCost(text) < leastFolded;
+    const int factor = isTyped ? typedFactor : 1;
     return wholeCost > factor * costliestDocument || paragraphCost > factor * costliestParagraph;
 }
 

@@ -34,10 +34,15 @@ public:
     /// `document` must outlive the object.
     explicit FoldedTexts(QTextDocument &document) : m_document(document) {}
 
+    enum class Origin {
+        pasted,
+        written, ///< As a person types or dictates, who goes on behind the limits.
+    };
+
     /// The label for a text of any length. Any thread, and better not the main one for many megabytes.
     static Fold fold(const QString &text);
     /// Whether `text` in the place of what `cursor` selects would make the document slow.
-    bool isTooLong(const QTextCursor &cursor, const QString &text) const;
+    bool isTooLong(const QTextCursor &cursor, const QString &text, Origin origin) const;
     /// Whether a text is so long whatever there is beside it.
     static bool isTooLong(qsizetype size);
     /// Puts a label in the place of what `cursor` selects. It stands for the text, also when it is undone and

@@ -10,8 +10,13 @@ namespace morvane {
 class TextInPieces final : public QMimeData {
     Q_OBJECT
 public:
-    explicit TextInPieces(const QStringList &pieces) : m_pieces(pieces) {}
+    /// `bytes` are the same in UTF-8, where they are known already.
+    explicit TextInPieces(const QStringList &pieces, const QByteArray &bytes = {})
+        : m_pieces(pieces), m_bytes(bytes)
+    {
+    }
 
+    const QStringList &pieces() const { return m_pieces; }
     QStringList formats() const override;
 
 protected:
@@ -19,6 +24,7 @@ protected:
 
 private:
     const QStringList m_pieces;
+    const QByteArray m_bytes;
 };
 
 } // namespace morvane

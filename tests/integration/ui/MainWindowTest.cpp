@@ -171,25 +171,6 @@ TEST_F(MainWindowTest, WhileASheetAsksTheKeysOfTheConversationDoNothing)
     EXPECT_TRUE(part<ConversationPane>()->isFinding());
 }
 
-TEST_F(MainWindowTest, WhileASheetAsksAssistiveTechnologyOpensNoOtherConversation)
-{
-    save(u"A"_s, {message(Role::user, u"one"_s)});
-    save(u"B"_s, {message(Role::user, u"two"_s)});
-    showNewest();
-    const auto openLast = [this] {
-        QAccessible::queryAccessibleInterface(list())->child(1)->actionInterface()->doAction(u"Open"_s);
-        settle();
-        return model->messages().constFirst().text;
-    };
-    const auto answer = scheduler.spawn(askForPermit(&model->gate(), toolCall(u"write_file"_s)));
-    settle();
-    const QString open = model->messages().constFirst().text;
-    EXPECT_EQ(openLast(), open);
-    model->gate().resolvePermission(false, false);
-    settle();
-    EXPECT_NE(openLast(), open);
-}
-
 TEST_F(MainWindowTest, SizeAndSplitAreRemembered)
 {
     show();

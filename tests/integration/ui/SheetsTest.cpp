@@ -86,24 +86,17 @@ TEST_F(SheetsTest, NothingBehindTakesTheFocusByItself)
     EXPECT_EQ(draft->toPlainText(), QString());
 }
 
-TEST_F(SheetsTest, WhatLiesBehindIsNotPressedByAssistiveTechnology)
+TEST_F(SheetsTest, WhatLiesBehindIsHeld)
 {
-    const auto pressBehind = [this] {
-        accessible(behind)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-        EXPECT_TRUE(behind->isDown());
-        return waitUntil([this] { return !behind->isDown(); });
-    };
+    EXPECT_FALSE(Sheet::holds(*behind));
     requestWrite();
     EXPECT_TRUE(Sheet::holds(*behind));
-    EXPECT_TRUE(pressBehind());
-    EXPECT_EQ(pressedBehind, 0);
-    auto *allow = named<QPushButton>(u"Allow the action"_s);
-    EXPECT_FALSE(Sheet::holds(*allow));
-    accessible(allow)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-    EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
+    EXPECT_TRUE(Sheet::holds(*draft));
+    EXPECT_FALSE(Sheet::holds(*named<QPushButton>(u"Allow the action"_s)));
+    EXPECT_FALSE(Sheet::holds(*window->menuBar()));
+    notice();
+    press(Qt::Key_Escape);
     EXPECT_FALSE(Sheet::holds(*behind));
-    EXPECT_TRUE(pressBehind());
-    EXPECT_EQ(pressedBehind, 1);
 }
 
 TEST_F(SheetsTest, AMenuOfTheWindowBelowDoesNotTakeTheAnswer)
@@ -386,35 +379,31 @@ TEST_F(SheetsTest, SheetBelowAnotherMayCloseFirst)
     EXPECT_EQ(focus(), draft);
 }
 
-TEST_F(SheetsTest, ButtonsBelowAreHeldUntilTheLastOfTwoSheetsCloses)
+TEST_F(SheetsTest, WhatLiesBelowIsHeldUntilTheLastOfTwoSheetsCloses)
 {
     ask(u"Which?"_s, {u"One"_s});
     requestWrite();
-    behind->click();
-    named<QPushButton>(u"Answer: One"_s)->click();
-    EXPECT_TRUE(question->isOpen());
+    EXPECT_TRUE(Sheet::holds(*behind));
+    EXPECT_TRUE(Sheet::holds(*named<QPushButton>(u"Answer: One"_s)));
     named<QPushButton>(u"Deny the action"_s)->click();
     EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
-    behind->click();
-    EXPECT_EQ(pressedBehind, 0);
+    EXPECT_TRUE(Sheet::holds(*behind));
+    EXPECT_FALSE(Sheet::holds(*named<QPushButton>(u"Answer: One"_s)));
     named<QPushButton>(u"Answer: One"_s)->click();
     EXPECT_TRUE(waitUntil([this] { return !question->isOpen(); }));
-    behind->click();
-    EXPECT_EQ(pressedBehind, 1);
+    EXPECT_FALSE(Sheet::holds(*behind));
 }
 
-TEST_F(SheetsTest, ButtonsBelowStayHeldWhereTheLowerOfTwoSheetsClosesFirst)
+TEST_F(SheetsTest, WhatLiesBelowStaysHeldWhereTheLowerOfTwoSheetsClosesFirst)
 {
     ask(u"Which?"_s, {u"One"_s});
     requestWrite();
     model->questions().resolveQuestion(u"One"_s);
     EXPECT_TRUE(waitUntil([this] { return !question->isOpen(); }));
-    behind->click();
-    EXPECT_EQ(pressedBehind, 0);
+    EXPECT_TRUE(Sheet::holds(*behind));
     model->gate().resolvePermission(false, false);
     EXPECT_TRUE(waitUntil([this] { return !permission->isOpen(); }));
-    behind->click();
-    EXPECT_EQ(pressedBehind, 1);
+    EXPECT_FALSE(Sheet::holds(*behind));
 }
 
 } // namespace
