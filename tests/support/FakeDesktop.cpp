@@ -1,7 +1,6 @@
 #include "support/FakeDesktop.h"
 
 #include <chrono>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -121,6 +120,11 @@ void FakeSequenceClock::sleep(std::chrono::milliseconds duration, const std::sto
         onSleep();
 }
 
+QDeadlineTimer FakeSequenceClock::deadline(std::chrono::milliseconds)
+{
+    return isTimeUsedUp ? QDeadlineTimer(0) : QDeadlineTimer(QDeadlineTimer::Forever);
+}
+
 void FakeScreenCapture::requestAccess()
 {
     m_log.add(u"request screen access"_s);
@@ -137,14 +141,10 @@ QImage FakeScreenCapture::capture(const QRect &region)
                   QImage::Format_RGB32);
 }
 
-std::optional<ScreenElement> FakeAccessibilityTree::application(qint64 pid, QDeadlineTimer deadline)
+std::optional<ScreenElement> FakeAccessibilityTree::application(qint64 pid, QDeadlineTimer)
 {
     if (onApplication)
         onApplication();
-    if (hangs) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(deadline.remainingTime() + 1));
-        return std::nullopt;
-    }
     const auto found = applications.constFind(pid);
     return found != applications.cend() ? std::optional(screenElement(*found)) : std::nullopt;
 }

@@ -34,9 +34,11 @@ class FakeSequenceClock : public SequenceClock {
 public:
     explicit FakeSequenceClock(DesktopLog &log) : m_log(log) {}
     void sleep(std::chrono::milliseconds duration, const std::stop_token &stop) override;
+    QDeadlineTimer deadline(std::chrono::milliseconds limit) override;
 
     /// Called at each wait, on the sequence's thread.
     std::function<void()> onSleep;
+    bool isTimeUsedUp = false; ///< Whoever has a limit has reached it at once; else nobody ever does.
 
 private:
     DesktopLog &m_log;
@@ -107,7 +109,6 @@ public:
     std::function<void()> onApplication;
     /// Changes what an element is now against what it was when it was read.
     std::function<void(ScreenElement &)> onCurrent;
-    bool hangs = false; ///< Answers nothing until the asker's time is used up.
 
 private:
     DesktopLog &m_log;

@@ -76,7 +76,7 @@ ScriptedCall call(const json::value &value)
 ScriptStep scriptStep(const json::value &value)
 {
     const auto &object = objectWithKeys(
-        value, "a step", {"text", "call", "error", "raw", "wait_ms", "stall", "burst", "endless", "reset"});
+        value, "a step", {"text", "call", "error", "raw", "stall", "burst", "endless", "reset"});
     if (object.size() != 1)
         throw std::runtime_error("script: a step must have exactly one key");
     const auto &[key, content] = *object.begin();
@@ -88,8 +88,6 @@ ScriptStep scriptStep(const json::value &value)
         return step::Error{text(content, "a step's error")};
     if (key == "raw")
         return step::Raw{text(content, "a step's raw")};
-    if (key == "wait_ms")
-        return step::Wait{std::chrono::milliseconds(number<unsigned>(content, "wait_ms"))};
     if (key == "stall")
         return step::Stall{};
     if (key == "burst")

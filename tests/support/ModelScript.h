@@ -1,7 +1,6 @@
 #pragma once
 
 #include <boost/json/value.hpp>
-#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -40,7 +39,7 @@
 //          "index": 0, "thought_signature": "…"}. Left out: id "call_N", index in order of appearance.
 // A STEP is an object with one key:
 //   {"text": "…"} {"call": CALL} {"error": "message"} (an error object within the stream)
-//   {"raw": "bytes as they stand"} {"wait_ms": 50} {"stall": true} (until released)
+//   {"raw": "bytes as they stand"} {"stall": true} (until released)
 //   {"burst": 100000} (so many one-word tokens as fast as possible)
 //   {"endless": "word "} (that token until the client leaves) {"reset": true} (the connection is reset)
 
@@ -68,9 +67,6 @@ struct Error {
 struct Raw {
     std::string bytes;
 };
-struct Wait {
-    std::chrono::milliseconds duration;
-};
 struct Stall {};
 struct Burst {
     std::size_t tokens = 0;
@@ -81,8 +77,8 @@ struct Endless {
 struct Reset {};
 } // namespace step
 
-using ScriptStep = std::variant<step::Text, step::Call, step::Error, step::Raw, step::Wait, step::Stall,
-                                step::Burst, step::Endless, step::Reset>;
+using ScriptStep = std::variant<step::Text, step::Call, step::Error, step::Raw, step::Stall, step::Burst,
+                                step::Endless, step::Reset>;
 
 /// One answer of the scripted model: a stream of steps, or a whole body.
 struct ScriptedTurn {

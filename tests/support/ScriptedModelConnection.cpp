@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/json.hpp>
 #include <charconv>
-#include <chrono>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -176,10 +175,6 @@ bool ScriptedModelConnection::perform(const ScriptStep &step, ScriptedEvents &ev
             },
             [&](const step::Error &error) { return writeChunk(events.error(error.message)); },
             [&](const step::Raw &raw) { return writeChunk(raw.bytes); },
-            [&](const step::Wait &wait) {
-                std::this_thread::sleep_for(wait.duration);
-                return !m_server.m_stopping;
-            },
             [&](const step::Stall &) { return m_server.waitForRelease(m_descriptor); },
             [&](const step::Burst &burst) { return this->burst(events.text("word "), burst.tokens); },
             [&](const step::Endless &endless) {

@@ -4,9 +4,11 @@
 //   models       the installed models, one in a line; grows and shrinks
 //   calls        what it was asked, one call in a line, with OLLAMA_HOST behind it
 //   server       written by `serve`: process, parent, session, context length, open descriptors, each in a
-//   line script.json  what `serve` answers to chat requests (support/ModelScript.h) requests     what `serve`
-//   was asked, one request in a line (ScriptedRequest::toJson) pull-output  the bytes that `pull` prints
-//   instead of frames of its own pull-holds   a percentage at which `pull` waits as long as the file says so
+//                line
+//   script.json  what `serve` answers to chat requests (support/ModelScript.h)
+//   requests     what `serve` was asked, one request in a line (ScriptedRequest::toJson)
+//   pull-output  the bytes that `pull` prints instead of frames of its own
+//   pull-holds   a percentage at which `pull` waits as long as the file says so
 //   pull-hangs   if there, `pull` never ends by itself
 //   pulling      the process of the last pull
 //   partial      how far a pull came that was ended; the next one goes on there
@@ -15,18 +17,18 @@
 
 #include "support/ScriptedModel.h"
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <thread>
+#include <sys/inotify.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -115,6 +117,18 @@ std::optional<int> number(const char *name)
     return text.empty() ? std::nullopt : std::optional(std::atoi(text.c_str()));
 }
 
+/// Looks again whenever something in the folder changes.
+void waitWhile(const std::function<bool()> &holds)
+{
+    const int changes = ::inotify_init1(IN_CLOEXEC);
+    ::inotify_add_watch(changes, folder().c_str(), IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE);
+    alignas(inotify_event) char events[4096];
+    while (holds())
+        if (::read(changes, events, sizeof events) <= 0)
+            std::_Exit(1);
+    ::close(changes);
+}
+
 void printFrames()
 {
     std::string bytes = frame({"pulling manifest ⠋"}, 0);
@@ -123,8 +137,10 @@ void printFrames()
         if (const auto hold = number("pull-holds"); hold && percent >= *hold) {
             print(std::exchange(bytes, {}));
             std::ofstream(folder() / "partial") << percent;
-            for (auto still = hold; still && percent >= *still; still = number("pull-holds"))
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            waitWhile([percent] {
+                const auto still = number("pull-holds");
+                return still && percent >= *still;
+            });
         }
     }
     fs::remove(folder() / "partial");
@@ -139,8 +155,7 @@ int pull(const std::string &model)
         print(told);
     else
         printFrames();
-    while (fs::exists(folder() / "pull-hangs"))
-        ::pause();
+    waitWhile([] { return fs::exists(folder() / "pull-hangs"); });
     std::vector<std::string> names = models();
     std::erase(names, withTag(model));
     names.insert(names.begin(), withTag(model));

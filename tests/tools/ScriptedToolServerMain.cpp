@@ -1,7 +1,7 @@
 // A tool server on standard input and output that does what its callers ask for, hostile things above all.
 //
 //   scripted-tool-server [--silent] [--early] [--stubborn] [--family] [--noise] [--crlf] [--pids FILE]
-//                        [--tools NUMBER] [--slow SECONDS]
+//                        [--tools NUMBER]
 //
 //   --silent    answers nothing at all
 //   --early     prints garbage, and answers to what it was not asked yet, before it reads
@@ -11,7 +11,6 @@
 //   --crlf      ends its lines with CR LF
 //   --pids      appends the process number of itself and of each of its family to FILE
 //   --tools     lists that many further tools, each with a schema of 10 kB
-//   --slow      answers its handshake after that time
 //
 // What its tools do is told at handleCall().
 
@@ -44,7 +43,6 @@ struct Options {
     bool crlf = false;
     std::string pids;
     int tools = 0;
-    unsigned slow = 0;
 };
 
 void writeAll(const std::string &bytes)
@@ -144,7 +142,6 @@ private:
         if (!id || !method)
             return;
         if (*method == "initialize") {
-            ::sleep(m_options.slow);
             answer(*id, {{"protocolVersion", "2025-03-26"},
                          {"capabilities", {{"tools", json::object()}}},
                          {"serverInfo", {{"name", "scripted"}, {"version", "1"}}}});
@@ -288,8 +285,6 @@ Options parsed(int count, char **arguments)
             options.pids = arguments[++i];
         else if (argument == "--tools" && i + 1 < count)
             options.tools = std::atoi(arguments[++i]);
-        else if (argument == "--slow" && i + 1 < count)
-            options.slow = unsigned(std::atoi(arguments[++i]));
         else
             std::exit(2);
     }

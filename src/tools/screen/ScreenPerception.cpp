@@ -175,7 +175,7 @@ QString ScreenPerception::ocr(const QImage &image, const QRect &region)
 QList<AXElementInfo> ScreenPerception::accessibilityInventory(qint64 pid)
 {
     AccessibilityTree &tree = *m_desktop.elements;
-    const QDeadlineTimer deadline(walkLimit);
+    const QDeadlineTimer deadline = m_desktop.clock->deadline(walkLimit);
     tree.enable();
     const auto find = [&] {
         const auto application = tree.application(pid, deadline);

@@ -109,6 +109,7 @@ TEST_F(TypingTest, FiveThousandCharactersArriveWithoutALossOrASwap)
         {
             m_clock.sleep(duration / 5, stop);
         }
+        QDeadlineTimer deadline(std::chrono::milliseconds limit) override { return m_clock.deadline(limit); }
 
     private:
         RealSequenceClock m_clock;

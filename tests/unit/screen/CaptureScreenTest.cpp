@@ -262,12 +262,15 @@ TEST_F(CaptureScreenTest, AWalkThatFindsNothingIsRepeatedOnce)
 TEST_F(CaptureScreenTest, AProgramThatHasUsedUpTheTimeIsNotAskedAgain)
 {
     showFront();
-    m_desktop.elements->hangs = true;
+    m_desktop.clock->isTimeUsedUp = true;
+    int asked = 0;
+    m_desktop.elements->onApplication = [&] { ++asked; };
     m_desktop.recognizer->lines = {{u"seen"_s, {0, 0, 10, 10}}};
     const QString text = capture();
     EXPECT_THAT(text.toStdString(), HasSubstr("seen  [click 5,5]"));
     EXPECT_THAT(text.toStdString(), HasSubstr("(No clickable elements were exposed by \"Editor\""));
     EXPECT_EQ(events().count(u"sleep 300"_s), 0);
+    EXPECT_EQ(asked, 1);
 }
 
 TEST_F(CaptureScreenTest, TheElementsAreAskedForWhileTheTextIsRecognised)
