@@ -28,16 +28,8 @@ protected:
             visited.insert(before->element.path());
             names.append(before->name.isEmpty() ? "(no name: " + before->description().trimmed() + ')'
                                                 : before->name);
-            morvane.keyboard().press(u"Tab"_s);
-            std::optional<AccessibleNode> after;
-            EXPECT_TRUE(waitUntil([&] {
-                after = morvane.program().focused();
-                return after && after->element.path() != before->element.path();
-            })) << "Tab does not leave "
-                << names.last().toStdString();
-            if (after && after->element.path() == before->element.path())
-                break;
-            before = after;
+            before = moveFocus(morvane, u"Tab"_s);
+            EXPECT_TRUE(before.has_value()) << "Tab does not leave " << names.last().toStdString();
         }
         return names;
     }
@@ -56,20 +48,6 @@ protected:
                 found.append(node.description().trimmed());
         });
         return found;
-    }
-
-    MorvaneSession &startWithAnswer()
-    {
-        MorvaneSession &morvane = start({ScriptedTurn::saying({"An **answer** about birds."})});
-        morvane.send(u"Which birds?"_s);
-        EXPECT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
-        morvane.ear().forget();
-        return morvane;
-    }
-
-    static QString draft(MorvaneSession &morvane)
-    {
-        return morvane.program().find(u"Message Morvane"_s).text();
     }
 };
 
@@ -152,7 +130,7 @@ TEST_F(KeyboardTest, TheSendButtonTellsWhyItCannotSend)
 
 TEST_F(KeyboardTest, WordsAreFoundByKeyboardAlone)
 {
-    MorvaneSession &morvane = startWithAnswer();
+    MorvaneSession &morvane = startWithAnswer("An **answer** about birds.");
     morvane.keyboard().press(u"Ctrl+F"_s);
     ASSERT_TRUE(morvane.program().focuses(u"Find in conversation"_s));
     morvane.keyboard().type(u"birds"_s);
@@ -173,11 +151,7 @@ TEST_F(KeyboardTest, WordsAreFoundByKeyboardAlone)
 TEST_F(KeyboardTest, WhatIsTypedInTheConversationIsWrittenIntoTheMessage)
 {
     MorvaneSession &morvane = startWithAnswer();
-    morvane.keyboard().press(u"Shift+Tab"_s);
-    ASSERT_TRUE(waitUntil([&] {
-        const auto focused = morvane.program().focused();
-        return focused && focused->name != "Message Morvane"_L1;
-    }));
+    ASSERT_TRUE(moveFocus(morvane, u"Shift+Tab"_s));
     morvane.keyboard().type(u"hello"_s);
     EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
     EXPECT_TRUE(waitUntil([&] { return draft(morvane) == "hello"_L1; })) << draft(morvane).toStdString();

@@ -13,21 +13,6 @@ namespace {
 /// What a user does with local models later.
 class ModelsTest : public LocalModelTest {
 protected:
-    static void openSettings(MorvaneSession &morvane)
-    {
-        morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
-        morvane.program().find(
-            [](const AccessibleNode &node) {
-                return node.role == AccessibleRole::frame && node.name == "Morvane Settings"_L1 &&
-                       node.has(AccessibleState::active);
-            },
-            u"that is the active settings window"_s);
-    }
-    static void closeSettings(MorvaneSession &morvane)
-    {
-        morvane.keyboard().press(u"Escape"_s);
-        ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
-    }
     /// The first of the recommended models that can be downloaded; which they are depends on this computer.
     static QString modelOnOffer(MorvaneSession &morvane)
     {
@@ -47,6 +32,23 @@ protected:
     {
         const auto process = static_cast<pid_t>(world->runtime.known(u"pulling"_s).trimmed().toLongLong());
         return process > 1 && waitUntil([process] { return ::kill(process, 0) != 0; });
+    }
+    /// A user whose model is being downloaded and stays at 42 percent until "pull-holds" is forgotten.
+    MorvaneSession &startDownloading()
+    {
+        MorvaneSession &morvane = user();
+        world->haveProgram("");
+        world->runtime.tell(u"pull-holds"_s, "42");
+        morvane.start();
+        EXPECT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+        return morvane;
+    }
+    MorvaneSession &startWithWaitingMessage()
+    {
+        MorvaneSession &morvane = startDownloading();
+        morvane.send(u"Good morning"_s);
+        EXPECT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
+        return morvane;
     }
     QString modelInSettings(const MorvaneSession &morvane) const
     {
@@ -85,13 +87,7 @@ TEST_F(ModelsTest, ASecondModelIsDownloadedUsedAndDeleted)
 
 TEST_F(ModelsTest, AnotherProviderEndsTheSetupAndTheMessageThatWaits)
 {
-    MorvaneSession &morvane = user();
-    world->haveProgram("");
-    world->runtime.tell(u"pull-holds"_s, "42");
-    morvane.start();
-    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
-    morvane.send(u"Good morning"_s);
-    ASSERT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
+    MorvaneSession &morvane = startWithWaitingMessage();
     openSettings(morvane);
     morvane.program().find(u"Groq"_s).act(u"Toggle"_s);
     EXPECT_TRUE(morvane.storesLastMessage(
@@ -103,13 +99,7 @@ TEST_F(ModelsTest, AnotherProviderEndsTheSetupAndTheMessageThatWaits)
 
 TEST_F(ModelsTest, EscapeTakesBackAMessageThatWaitsAndLeavesTheSetup)
 {
-    MorvaneSession &morvane = user();
-    world->haveProgram("");
-    world->runtime.tell(u"pull-holds"_s, "42");
-    morvane.start();
-    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
-    morvane.send(u"Good morning"_s);
-    ASSERT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
+    MorvaneSession &morvane = startWithWaitingMessage();
     morvane.keyboard().press(u"Escape"_s);
     EXPECT_TRUE(morvane.ear().hears(u"Generation cancelled."_s));
     EXPECT_TRUE(morvane.program().shows(text(cancelSetup)));
@@ -129,11 +119,7 @@ TEST_F(ModelsTest, EscapeTakesBackAMessageThatWaitsAndLeavesTheSetup)
 
 TEST_F(ModelsTest, ACancelledDownloadOfAModelGoesOnWhereItWas)
 {
-    MorvaneSession &morvane = user();
-    world->haveProgram("");
-    world->runtime.tell(u"pull-holds"_s, "42");
-    morvane.start();
-    ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
+    MorvaneSession &morvane = startDownloading();
     morvane.program().find(text(cancelSetup)).press(); // in the banner
     EXPECT_TRUE(isPullingOver());
     EXPECT_EQ(world->runtime.known(u"partial"_s), "42");

@@ -89,6 +89,49 @@ bool MorvaneTest::pressUntil(MorvaneSession &morvane, const QString &key, const 
     });
 }
 
+std::optional<AccessibleNode> MorvaneTest::moveFocus(MorvaneSession &morvane, const QString &key)
+{
+    const auto before = morvane.program().focused();
+    morvane.keyboard().press(key);
+    std::optional<AccessibleNode> after;
+    const bool moves = waitUntil([&] {
+        after = morvane.program().focused();
+        return after && (!before || after->element.path() != before->element.path());
+    });
+    return moves ? after : std::nullopt;
+}
+
+MorvaneSession &MorvaneTest::startWithAnswer(const std::string &answer)
+{
+    MorvaneSession &morvane = start({ScriptedTurn::saying({answer})});
+    morvane.send(u"Which birds?"_s);
+    EXPECT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
+    morvane.ear().forget();
+    return morvane;
+}
+
+QString MorvaneTest::draft(MorvaneSession &morvane)
+{
+    return morvane.program().find(u"Message Morvane"_s).text();
+}
+
+void MorvaneTest::openSettings(MorvaneSession &morvane)
+{
+    morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
+    morvane.program().find(
+        [](const AccessibleNode &node) {
+            return node.role == AccessibleRole::frame && node.name == "Morvane Settings"_L1 &&
+                   node.has(AccessibleState::active);
+        },
+        u"that is the active settings window"_s);
+}
+
+void MorvaneTest::closeSettings(MorvaneSession &morvane)
+{
+    morvane.keyboard().press(u"Escape"_s);
+    ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
+}
+
 QString MorvaneTest::lastResult(MorvaneSession &morvane)
 {
     // A request for the conversation's title may have come behind.

@@ -5,6 +5,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace morvane {
@@ -40,6 +42,18 @@ protected:
     /// Presses a key until it has done what it should: a sheet takes no keys before the user has paused for a
     /// moment.
     static bool pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone);
+
+    /// Presses a key that moves the focus: what has it then, or nothing if nothing else came to have it.
+    static std::optional<AccessibleNode> moveFocus(MorvaneSession &morvane, const QString &key);
+
+    /// Starts the program and has a question about birds answered.
+    MorvaneSession &startWithAnswer(const std::string &answer = "An answer about birds.");
+    /// What stands in the field for the message.
+    static QString draft(MorvaneSession &morvane);
+
+    /// Waits until the settings take keys.
+    static void openSettings(MorvaneSession &morvane);
+    static void closeSettings(MorvaneSession &morvane);
 
     /// What the model was told last: the result of a tool call, as long as nothing follows it.
     static QString lastResult(MorvaneSession &morvane);

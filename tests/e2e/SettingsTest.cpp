@@ -34,17 +34,6 @@ protected:
         return morvane;
     }
 
-    static void openSettings(MorvaneSession &morvane)
-    {
-        morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
-        morvane.program().find(
-            [](const AccessibleNode &node) {
-                return node.role == AccessibleRole::frame && node.name == "Morvane Settings"_L1 &&
-                       node.has(AccessibleState::active);
-            },
-            u"that is the active settings window"_s);
-    }
-
     /// The content of the picker of this name, now or soon.
     static bool reads(MorvaneSession &morvane, const QString &picker, const QString &text)
     {

@@ -13,19 +13,6 @@ namespace {
 /// conversations are pressed in ConversationsTest.
 class ShortcutsTest : public MorvaneTest {
 protected:
-    MorvaneSession &startWithAnswer(const std::string &answer = "An answer about birds.")
-    {
-        MorvaneSession &morvane = start({ScriptedTurn::saying({answer})});
-        morvane.send(u"Which birds?"_s);
-        EXPECT_TRUE(morvane.ear().hears(u"Conversation summarized as: Scripted title."_s));
-        morvane.ear().forget();
-        return morvane;
-    }
-
-    static QString draft(MorvaneSession &morvane)
-    {
-        return morvane.program().find(u"Message Morvane"_s).text();
-    }
     static bool hasDraft(MorvaneSession &morvane, const QString &text)
     {
         return waitUntil([&] { return draft(morvane) == text; });
@@ -35,14 +22,9 @@ protected:
     static void goToMessages(MorvaneSession &morvane)
     {
         auto focused = morvane.program().focused();
-        while (focused && !focused->name.contains(" said "_L1)) {
-            const QString before = focused->element.path();
-            morvane.keyboard().press(u"Shift+Tab"_s);
-            ASSERT_TRUE(waitUntil([&] {
-                focused = morvane.program().focused();
-                return focused && focused->element.path() != before;
-            }));
-        }
+        while (focused && !focused->name.contains(" said "_L1))
+            focused = moveFocus(morvane, u"Shift+Tab"_s);
+        ASSERT_TRUE(focused.has_value());
     }
 
     /// Puts what is on the clipboard in the place of the draft.

@@ -23,21 +23,10 @@ protected:
 
     static void openToolServers(MorvaneSession &morvane)
     {
-        morvane.program().find(u"Settings"_s, AccessibleRole::pushButton).press();
-        morvane.program().find(
-            [](const AccessibleNode &node) {
-                return node.role == AccessibleRole::frame && node.name == "Morvane Settings"_L1 &&
-                       node.has(AccessibleState::active);
-            },
-            u"that is the active settings window"_s);
+        openSettings(morvane);
         morvane.keyboard().press(u"Ctrl+Tab"_s);
         morvane.keyboard().press(u"Ctrl+Tab"_s);
         ASSERT_TRUE(morvane.program().shows(u"Add a tool server"_s));
-    }
-    static void closeSettings(MorvaneSession &morvane)
-    {
-        morvane.keyboard().press(u"Escape"_s);
-        ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
     }
     static void writeServers(const MorvaneSession &morvane, const QString &command)
     {

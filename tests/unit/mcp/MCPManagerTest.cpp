@@ -54,6 +54,14 @@ protected:
         manager->appendServer(config);
         return config;
     }
+    /// A refresh that has come to the server "Slow", which does not answer.
+    TaskHandle<void> beginRefreshHeldBySlow()
+    {
+        servers[u"Slow"_s].answer = {};
+        auto refreshing = scheduler.spawn(manager->refreshAll());
+        EXPECT_TRUE(waitUntil([this] { return servers[u"Slow"_s].sent.size() == 1; }));
+        return refreshing;
+    }
     void refresh() { runTask(scheduler, manager->refreshAll()); }
     ToolResult execute(const QString &name)
     {
@@ -271,9 +279,7 @@ TEST_F(MCPManagerTest, AServerThatFailsItsNextRefreshLosesItsTools)
 TEST_F(MCPManagerTest, ARefreshDuringARefreshReturnsAtOnceAndChangesNothing)
 {
     const auto config = add(u"Slow"_s);
-    servers[u"Slow"_s].answer = {};
-    auto first = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto first = beginRefreshHeldBySlow();
     EXPECT_EQ(manager->statusText(config.id), "Connecting…");
     refresh();
     EXPECT_EQ(servers[u"Slow"_s].starts, 1);
@@ -286,9 +292,7 @@ TEST_F(MCPManagerTest, ServersAreConnectedOneAfterTheOther)
 {
     add(u"Slow"_s);
     const auto behind = add(u"Behind"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     EXPECT_EQ(manager->statusText(behind.id), QString());
     EXPECT_EQ(servers[u"Behind"_s].starts, 0);
     clock.advance(20s);
@@ -299,9 +303,7 @@ TEST_F(MCPManagerTest, ServersAreConnectedOneAfterTheOther)
 TEST_F(MCPManagerTest, AServerRemovedWhileItConnectsIsEndedAndStaysGone)
 {
     const auto config = add(u"Slow"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     manager->removeServer(config.id);
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
     EXPECT_EQ(servers[u"Slow"_s].shutdowns, 1);
@@ -313,9 +315,7 @@ TEST_F(MCPManagerTest, AServerRemovedBeforeARefreshReachesItIsNotStarted)
 {
     add(u"Slow"_s);
     const auto behind = add(u"Behind"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     manager->removeServer(behind.id);
     clock.advance(20s);
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
@@ -326,9 +326,7 @@ TEST_F(MCPManagerTest, AServerSwitchedOffDuringARefreshIsEndedAtOnce)
 {
     const auto quick = add(u"Quick"_s, tools({"read"}));
     const auto slow = add(u"Slow"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     for (const auto &config : {quick, slow}) {
         manager->toggleServer(config.id, false);
         EXPECT_EQ(servers[config.name].shutdowns, 1) << "though its handshake may take 20 seconds";
@@ -343,9 +341,7 @@ TEST_F(MCPManagerTest, AServerSwitchedOffBeforeARefreshReachesItIsNotStarted)
 {
     add(u"Slow"_s);
     const auto behind = add(u"Behind"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     manager->toggleServer(behind.id, false);
     clock.advance(20s);
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
@@ -382,9 +378,7 @@ TEST_F(MCPManagerTest, AServerAddedOrSwitchedOnDuringARefreshSaysNothingUntilThe
 TEST_F(MCPManagerTest, AServerSwitchedOffAndOnDuringItsHandshakeSaysNothingUntilTheNextRefresh)
 {
     const auto slow = add(u"Slow"_s);
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.size() == 1; }));
+    auto handle = beginRefreshHeldBySlow();
     manager->toggleServer(slow.id, false);
     manager->toggleServer(slow.id, true);
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));

@@ -13,38 +13,43 @@ namespace {
 /// Sequences that are under way when something else happens.
 class SequenceStopTest : public ScreenFixture {
 protected:
-    /// A click that is under way and sleeps until `goesOn`.
-    TaskHandle<ToolResult> beginHeldRightClick(QPoint point, const std::atomic<bool> *goesOn)
+    /// Sequences stay in the first sleep from which on `isPlace` holds, until letGo().
+    void holdSleeps(std::function<bool()> isPlace = [] { return true; })
     {
-        m_desktop.clock->onSleep = [this, goesOn] {
+        m_desktop.clock->onSleep = [this, isPlace = std::move(isPlace)] {
+            if (!isPlace())
+                return;
             m_isHeld = true;
-            while (!*goesOn)
+            while (!m_goesOn)
                 std::this_thread::yield();
         };
+    }
+    bool isHeld() const
+    {
+        return waitUntil([this] { return m_isHeld.load(); });
+    }
+    void letGo() { m_goesOn = true; }
+
+    TaskHandle<ToolResult> beginHeldRightClick(QPoint point)
+    {
+        holdSleeps();
         TaskHandle<ToolResult> click = m_scheduler.spawn(m_tools.mouseRightClick(point));
-        EXPECT_TRUE(waitUntil([this] { return m_isHeld.load(); }));
+        EXPECT_TRUE(isHeld());
         return click;
     }
 
 private:
     std::atomic<bool> m_isHeld = false;
+    std::atomic<bool> m_goesOn = false;
 };
 
 TEST_F(SequenceStopTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHeld)
 {
+    holdSleeps([this] { return m_desktop.log.events().count(u"sleep 15"_s) >= 3; });
     TaskHandle<ToolResult> handle = m_scheduler.spawn(m_tools.mouseDrag({0, 0}, {120, 0}));
-    std::atomic<bool> isDragging = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        if (m_desktop.log.events().count(u"sleep 15"_s) < 3)
-            return;
-        isDragging = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
-    ASSERT_TRUE(waitUntil([&] { return isDragging.load(); }));
+    ASSERT_TRUE(isHeld());
     handle.cancel();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
     const QStringList log = events();
     EXPECT_EQ(log.filter(u"dragged"_s).size(), 3);
@@ -53,11 +58,10 @@ TEST_F(SequenceStopTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHe
 
 TEST_F(SequenceStopTest, ASequenceWaitsForTheOneThatIsUnderWay)
 {
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
+    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1});
     TaskHandle<ToolResult> second = m_scheduler.spawn(m_tools.mouseRightClick({2, 2}));
     settle();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return first.done() && second.done(); }));
     const QStringList log = events();
     EXPECT_LT(log.indexOf(u"right up 1,1"_s), log.indexOf(u"warp 2,2"_s));
@@ -65,8 +69,7 @@ TEST_F(SequenceStopTest, ASequenceWaitsForTheOneThatIsUnderWay)
 
 TEST_F(SequenceStopTest, EachSequenceThatIsCancelledWhileItWaitsPostsNothing)
 {
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1}, &goesOn);
+    TaskHandle<ToolResult> first = beginHeldRightClick({1, 1});
     std::vector<TaskHandle<ToolResult>> waiting;
     const auto begin = [&](Task<ToolResult> task) { waiting.push_back(m_scheduler.spawn(std::move(task))); };
     begin(m_tools.clickAt({2, 2}));
@@ -80,7 +83,7 @@ TEST_F(SequenceStopTest, EachSequenceThatIsCancelledWhileItWaitsPostsNothing)
     settle();
     for (TaskHandle<ToolResult> &one : waiting)
         one.cancel();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] {
         return first.done() &&
                std::all_of(waiting.begin(), waiting.end(), [](auto &one) { return one.done(); });
@@ -96,17 +99,11 @@ TEST_F(SequenceStopTest, EachSequenceThatIsCancelledWhileItWaitsPostsNothing)
 
 TEST_F(SequenceStopTest, APasteThatIsStoppedIsNotToldAsDone)
 {
-    std::atomic<bool> isPressing = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        isPressing = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
+    holdSleeps();
     TaskHandle<ToolResult> paste = m_scheduler.spawn(m_tools.pasteText(u"words"_s));
-    ASSERT_TRUE(waitUntil([&] { return isPressing.load(); }));
+    ASSERT_TRUE(isHeld());
     paste.cancel();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return paste.done(); }));
     EXPECT_EQ(paste.result().text, u"Error: stopped before it was done."_s);
     EXPECT_EQ(events().last(), u"release key 9"_s);
@@ -116,19 +113,11 @@ TEST_F(SequenceStopTest, TypingIntoAnElementEndsWhenOurOwnWindowComesForward)
 {
     showElement(u"AXTextField"_s, u"Name"_s, false);
     m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
-    std::atomic<bool> isTyping = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        if (!m_desktop.log.events().contains(u"up a"_s))
-            return;
-        isTyping = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
+    holdSleeps([this] { return m_desktop.log.events().contains(u"up a"_s); });
     TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.axType(1, u"abc"_s));
-    ASSERT_TRUE(waitUntil([&] { return isTyping.load(); }));
+    ASSERT_TRUE(isHeld());
     m_tools.ownWindowCameForward();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
     EXPECT_EQ(typing.result().text,
               u"Error: typing was stopped, because the user turned to Morvane's window."_s);
@@ -137,17 +126,11 @@ TEST_F(SequenceStopTest, TypingIntoAnElementEndsWhenOurOwnWindowComesForward)
 
 TEST_F(SequenceStopTest, TypingEndsWhenOurOwnWindowComesForward)
 {
-    std::atomic<bool> isTyping = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.clock->onSleep = [&] {
-        isTyping = true;
-        while (!goesOn)
-            std::this_thread::yield();
-    };
+    holdSleeps();
     TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.typeText(u"abc"_s));
-    ASSERT_TRUE(waitUntil([&] { return isTyping.load(); }));
+    ASSERT_TRUE(isHeld());
     m_tools.ownWindowCameForward();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
     EXPECT_EQ(typing.result().text,
               u"Error: typing was stopped, because the user turned to Morvane's window."_s);
@@ -158,10 +141,9 @@ TEST_F(SequenceStopTest, TypingEndsWhenOurOwnWindowComesForward)
 
 TEST_F(SequenceStopTest, AClickThatBringsOurOwnWindowForwardIsCompleted)
 {
-    std::atomic<bool> goesOn = false;
-    TaskHandle<ToolResult> click = beginHeldRightClick({1, 1}, &goesOn);
+    TaskHandle<ToolResult> click = beginHeldRightClick({1, 1});
     m_tools.ownWindowCameForward();
-    goesOn = true;
+    letGo();
     ASSERT_TRUE(waitUntil([&] { return click.done(); }));
     EXPECT_EQ(click.result().text, u"Right-clicked at (1, 1)."_s);
 }
