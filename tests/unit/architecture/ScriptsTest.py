@@ -98,6 +98,17 @@ class RunTests(unittest.TestCase):
         for words in ((), ("whatisthere",)):
             self.assert_fails("1 passed, 3 failed", "unit.broken (ended with 127)", *words)
 
+    def test_of_those_that_share_something_one_runs_at_a_time_and_others_beside_it(self):
+        for name in ("unit.beside", "unit.first", "unit.second"):
+            self.program(name, PROGRAM + "report(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            for name in ("unit.first", "unit.second"):
+                tests.write(f'set_tests_properties("{name}" PROPERTIES RESOURCE_LOCK "desktop")\n')
+        queues = run_tests.queues((entry, "*") for entry in run_tests.ctest_entries(self.build))
+        self.assertEqual([[entry["name"] for entry, _ in queue] for queue in queues],
+                         [["unit.first", "unit.second"], ["unit.beside"]])
+        self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
+
     def test_an_interruption_ends_what_runs(self):
         for alone in (False, True):
             for number in (signal.SIGINT, signal.SIGTERM):
