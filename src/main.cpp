@@ -4,8 +4,8 @@
 #include "app/MCPToolServers.h"
 #include "app/NotificationService.h"
 #include "app/PermissionsModel.h"
-#include "app/UpdateModel.h"
 #include "async/Scheduler.h"
+#include "async/Sleep.h"
 #include "async/SystemClock.h"
 #include "attachments/AttachmentWorkers.h"
 #include "base/AtomicFile.h"
@@ -56,8 +56,11 @@
 #include "ui/theme/Theme.h"
 #include "ui/window/MainWindow.h"
 #include "ui/window/WindowCommands.h"
+#include "update/HostedUpdates.h"
+#include "update/RunningBundle.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QThreadPool>
 #include <QTimer>
@@ -79,6 +82,9 @@ constexpr std::chrono::milliseconds shutdownLimit{1000};
 /// to build the next request on. Threads end when they are idle.
 constexpr int mostWorkers = 32;
 
+/// Between the tool servers and the quiet look for updates.
+constexpr std::chrono::seconds beforeUpdateCheck{3};
+
 /// What the desktop left in the environment for the window of this start. The application object takes the
 /// variables out later, so that programs which Morvane starts do not use them a second time.
 ActivationToken activationToken()
@@ -95,11 +101,20 @@ std::unique_ptr<MCPTransport> makeTransport(const MCPServerConfig &server,
     return std::make_unique<StdioTransport>(server.command, server.args, processes, requests);
 }
 
-int runProgram(QApplication &application, LinuxSingleInstance &instance)
+/// What the window does not need to be usable, one after the other.
+Task<void> onceTheWindowIsThere(ScreenTools *screen, MCPManager *servers, AppModel *model)
+{
+    co_await screen->warmKeyboardLayout();
+    model->localModel().refreshThenInstall(LocalModelFlow::Occasion::programStart);
+    co_await servers->refreshAll();
+    co_await sleepFor(beforeUpdateCheck);
+    co_await model->updates().checkForUpdates(UpdateModel::Occasion::programStart);
+}
+
+int runProgram(QApplication &application, LinuxSingleInstance &instance, const OutsideWorld &outside)
 {
     const TerminationSignals terminationSignals;
     const InstalledFiles files = InstalledFiles::aroundProgram();
-    const OutsideWorld outside = outsideWorld(dataFolder());
     SystemClock clock;
     Scheduler scheduler(clock);
     HttpClient http;
@@ -136,7 +151,9 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         });
     MCPToolServers toolServers(serverManager);
     NoBrowserWindow browserWindow;
-    const UpdateModel updates;
+    HostedUpdates updates(http, outside.updates, outside.version,
+                          RunningBundle::ofProgram(QApplication::applicationFilePath()), QDir::tempPath(),
+                          &QCoreApplication::quit);
     LocalModelManager localModel(http, {outside.endpoints.ollama, outside.runtimeSite, dataFolder(),
                                         outside.runtimePrograms, freeDiskSpace});
     AttachmentWorkers attachments{
@@ -157,6 +174,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
         toolServers,
         browserWindow,
         updates,
+        urls,
         localModel,
         attachments,
         [&tools](ToolPermit permit) { return tools.execute(std::move(permit)); },
@@ -180,8 +198,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());
     LinuxWindowRaiser raiser;
-    MainWindow window(
-        model, {announcer, browserWindow, updates, serverManager, settingsServices, attachments, &pasting});
+    MainWindow window(model,
+                      {announcer, browserWindow, serverManager, settingsServices, attachments, &pasting});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {
@@ -190,13 +208,12 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance)
     instance.listen(activate);
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
-    QTimer::singleShot(0, &model, [&model, &notifications, &reminders, &serverManager, &scheduler, &screen] {
+    QTimer::singleShot(0, &model, [&] {
         notifications.configure();
         reminders.reschedulePending();
         reminders.startMonitoring();
-        scheduler.spawn(screen.warmKeyboardLayout());
-        model.localModel().refreshThenInstall(LocalModelFlow::Occasion::programStart);
-        serverManager.refresh();
+        scheduler.spawn(onceTheWindowIsThere(&screen, &serverManager, &model));
+        scheduler.spawn(updates.removeRemains());
     });
 
     const int status = application.exec();
@@ -227,11 +244,14 @@ int main(int argc, char **argv)
     }
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"Morvane"_s);
-    QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
-    application.setProperty("buildNumber", MORVANE_BUILD_NUMBER);
+    const OutsideWorld outside = outsideWorld(dataFolder());
+    QApplication::setApplicationVersion(outside.version.version);
+    application.setProperty("buildNumber", outside.version.build);
+    if (outside.updates.isUnusual())
+        application.setProperty("unusualUpdateOrigin", outside.updates.origin);
     QApplication::setDesktopFileName(u"morvane"_s);
     QThreadPool::globalInstance()->setMaxThreadCount(mostWorkers);
-    const int status = runProgram(application, instance);
+    const int status = runProgram(application, instance, outside);
     // By now all is saved. The application's end would wait for whatever still works off the main thread,
     // such as a search of a whole disk, and hold the lock of the single instance meanwhile.
     if (!QThreadPool::globalInstance()->waitForDone(int(shutdownLimit.count())))

@@ -4,7 +4,6 @@
 #include "app/ContextTrimming.h"
 #include "app/PendingAttachments.h"
 #include "app/SelectedModel.h"
-#include "app/UpdateModel.h"
 #include "base/ReferenceDate.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
@@ -37,7 +36,7 @@ ChatMessage newMessage(Role role, const QString &text, const QList<ChatAttachmen
 
 AppModel::AppModel(const AppServices &services, QObject *parent)
     : ConversationPort(parent), m_scheduler(services.scheduler), m_settings(services.settings),
-      m_updates(services.updates), m_attachments(services.attachments),
+      m_attachments(services.attachments),
       m_workspace(services.scheduler, services.conversations, services.settings, services.announcer),
       m_turns(services.service), m_tools(services.toolServers, services.executeTool, m_workspace),
       m_subagents(services.settings, services.toolServers, m_workspace, m_turns, m_tools),
@@ -48,7 +47,9 @@ AppModel::AppModel(const AppServices &services, QObject *parent)
                       services.machineSummary),
       m_titles(services.scheduler, m_turns, m_workspace, m_configuration),
       m_request(services.scheduler, services.settings, services.notifications, m_workspace, m_loop,
-                m_localModel, m_configuration)
+                m_localModel, m_configuration),
+      m_updates(services.scheduler, services.settings, services.updates, services.urls, m_workspace,
+                m_request)
 {
     m_showOnboarding = !m_settings.value(onboardingKey).toBool();
     connect(&m_settings, &SettingsStore::providerIDChanged, this, [this](ProviderID provider) {
@@ -94,7 +95,7 @@ bool AppModel::refusesForUpdate()
     const auto &update = m_updates.availableUpdate();
     if (!m_updates.isUpdateRequired() || !update)
         return false;
-    const QString version = u"%1 build %2"_s.arg(update->version).arg(update->build);
+    const QString version = u"%1 build %2"_s.arg(update->version, QString::number(update->build));
     status().setStatusText(u"Update required: "_s + version);
     status().announce(u"This update is required to continue. Please update Morvane to "_s + version +
                       u" now."_s);

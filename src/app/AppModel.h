@@ -9,6 +9,7 @@
 #include "app/TitleGenerator.h"
 #include "app/ToolCallRunner.h"
 #include "app/TurnRunner.h"
+#include "app/UpdateModel.h"
 #include "app/Workspace.h"
 
 namespace morvane {
@@ -16,7 +17,6 @@ namespace morvane {
 class AttachmentService;
 class Scheduler;
 class SettingsStore;
-class UpdateModel;
 struct AppServices;
 
 /// The centre of the program: every user action passes through it, and the views observe its parts. Main
@@ -41,6 +41,7 @@ public:
     Questions &questions() { return m_workspace.questions; }
     LocalModelFlow &localModel() { return m_localModel; }
     SubagentRunner &subagents() { return m_subagents; }
+    UpdateModel &updates() { return m_updates; }
 
     const QList<ChatMessage> &messages() const { return m_workspace.transcript.messages(); }
     const QList<APIMessage> &context() const { return m_workspace.context; }
@@ -94,7 +95,6 @@ private:
 
     Scheduler &m_scheduler;
     SettingsStore &m_settings;
-    const UpdateModel &m_updates;
     AttachmentService &m_attachments;
     Workspace m_workspace;
     TurnRunner m_turns;
@@ -105,6 +105,7 @@ private:
     RequestConfiguration m_configuration;
     TitleGenerator m_titles;
     AgentRequest m_request;
+    UpdateModel m_updates;
     bool m_showOnboarding = false;
 };
 

@@ -19,7 +19,8 @@ class NotificationPort;
 class Scheduler;
 class SettingsStore;
 class ToolServerPort;
-class UpdateModel;
+class UpdateService;
+class UrlOpener;
 
 /// What the application model is built on; all of it outlives the model. Only the model itself is given the
 /// whole; everything else gets what it uses.
@@ -32,7 +33,8 @@ struct AppServices {
     NotificationPort &notifications;
     ToolServerPort &toolServers;
     BrowserWindowPort &browserWindow;
-    const UpdateModel &updates;
+    UpdateService &updates;
+    UrlOpener &urls;
     LocalModelRuntime &localModel;
     AttachmentService &attachments;
     /// Carries out a call of a built-in tool; never throws.

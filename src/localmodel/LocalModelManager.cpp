@@ -4,6 +4,7 @@
 #include "async/OffMain.h"
 #include "async/Race.h"
 #include "async/Sleep.h"
+#include "base/StartDetached.h"
 #include "base/Text.h"
 #include "localmodel/DiskSpace.h"
 #include "localmodel/InstallError.h"
@@ -14,7 +15,6 @@
 #include "localmodel/PullProgress.h"
 #include "localmodel/RunProgram.h"
 #include "localmodel/RuntimeProgram.h"
-#include "localmodel/StartDetached.h"
 #include "net/HttpClient.h"
 #include "net/Log.h"
 

@@ -3,7 +3,6 @@
 #include "app/AppServices.h"
 #include "app/PermissionsModel.h"
 #include "app/SettingsModel.h"
-#include "app/UpdateModel.h"
 #include "support/FakeAIService.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeAttachments.h"
@@ -13,6 +12,7 @@
 #include "support/FakeModelCatalog.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/FakePorts.h"
+#include "support/FakeUpdateService.h"
 
 #include <memory>
 
@@ -44,6 +44,7 @@ struct FakeSurroundings {
             toolServers,
             browserWindow,
             updates,
+            urls,
             localModel,
             real.attachments ? *real.attachments : attachments,
             real.executeTool,
@@ -65,7 +66,7 @@ struct FakeSurroundings {
     FakeNotifications notifications;
     FakeToolServers toolServers;
     FakeBrowserWindow browserWindow;
-    UpdateModel updates;
+    FakeUpdateService updates;
     FakeLocalModel localModel;
     FakeAttachments attachments;
     FakeModelCatalog modelCatalog;

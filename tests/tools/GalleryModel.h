@@ -38,8 +38,8 @@ struct GalleryModel : FakeSurroundings {
                                   "of RAM, running macOS 14.5."),
     });
     SettingsServices settingsServices = settingsServicesAround(services, 36);
-    MainWindowServices windowServices{announcer,       browserWindow,    updates,
-                                      servers.manager, settingsServices, attachments};
+    MainWindowServices windowServices{announcer, browserWindow, servers.manager, settingsServices,
+                                      attachments};
     AppModel model{services};
 };
 

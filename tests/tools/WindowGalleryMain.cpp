@@ -99,7 +99,8 @@ void addOptions(QCommandLineParser &parser)
            "conversation, streaming, "
            "subagent, "
            "folded, zoomed, find, attachments, pictures, picture, shortcuts, about, permission, destructive, "
-           "question.",
+           "question, update, update-downloading, update-failed, update-alert, update-none, update-required, "
+           "update-required-alert.",
            "name", "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
     option("model", "The model.", "name");
@@ -132,6 +133,34 @@ void setLocalModel(Stage &stage, const QString &state)
         stage.model.localModel().refreshLocalModel();
     else if (state != u"none"_s)
         stage.model.localModel().installLocalModelIfNeeded();
+}
+
+/// An update is known, and the user has done about it what the name of the state says.
+void showUpdate(Stage &stage, const QString &state)
+{
+    using Occasion = UpdateModel::Occasion;
+    stage.updates.manifest = sampleUpdate(u"1.3"_s, 7);
+    stage.updates.manifest.notes = {
+        u"Opens conversations of ten thousand messages at once."_s,
+        u"Reads tables row by row, with the names of their columns."_s,
+        u"Mends a fault by which a reminder came an hour late on the last Sunday in October."_s};
+    stage.updates.manifest.required = state.startsWith(u"update-required"_s);
+    stage.updates.downloadTime = std::chrono::hours(1);
+    stage.updates.steps = {0.42};
+    if (state == u"update-none"_s)
+        stage.updates.manifest = sampleUpdate(u"1.2"_s, 5);
+    const bool isAsked = state == u"update-alert"_s || state == u"update-none"_s;
+    runTask(stage.scheduler,
+            stage.model.updates().checkForUpdates(isAsked ? Occasion::user : Occasion::programStart));
+    if (state == u"update-required"_s)
+        stage.model.updates().closeAlert();
+    if (state == u"update-failed"_s) {
+        stage.updates.downloadTime = {};
+        stage.updates.downloadFailure =
+            u"Morvane does not have permission to replace itself in /opt/programs of this computer."_s;
+    }
+    if (state == u"update-downloading"_s || state == u"update-failed"_s)
+        stage.model.updates().installUpdateNow();
 }
 
 /// The fake service paints the colours that these name.
@@ -236,6 +265,8 @@ void act(Stage &stage, QWidget &window, const QString &state)
         waitUntil([&] { return !view->pictures().visibleButtons().isEmpty(); });
         view->pictures().visibleButtons().first()->click();
     }
+    if (state.startsWith(u"update"_s))
+        showUpdate(stage, state);
     if (state == u"shortcuts"_s)
         trigger(window, u"Keyboard Shortcuts"_s);
     if (state == u"about"_s)

@@ -50,7 +50,17 @@ QAccessibleInterface *createInterface(const QString &, QObject *object)
 
 } // namespace
 
-DownloadProgressBar::DownloadProgressBar(QWidget *parent) : QProgressBar(parent)
+DownloadProgressBar::DownloadProgressBar(QWidget *parent)
+    : DownloadProgressBar(
+          [](std::optional<int> percent) {
+              return u"Download progress"_s + (percent ? u" %1%"_s.arg(*percent) : QString());
+          },
+          parent)
+{
+}
+
+DownloadProgressBar::DownloadProgressBar(Naming naming, QWidget *parent)
+    : QProgressBar(parent), m_naming(std::move(naming))
 {
     QAccessible::installFactory(&createInterface);
     setTextVisible(false);
@@ -60,12 +70,9 @@ DownloadProgressBar::DownloadProgressBar(QWidget *parent) : QProgressBar(parent)
 void DownloadProgressBar::showFraction(std::optional<double> fraction)
 {
     setRange(0, fraction ? 100 : 0);
-    QString name = u"Download progress"_s;
-    if (fraction) {
-        const int percent = static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100));
-        setValue(percent);
-        name += u" %1%"_s.arg(percent);
-    }
+    if (fraction)
+        setValue(static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100)));
+    const QString name = m_naming(percent());
     // The toolkit tells a reader of the name each time that it is set.
     if (accessibleName() != name)
         setAccessibleName(name);

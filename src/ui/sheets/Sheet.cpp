@@ -95,7 +95,7 @@ void Sheet::openSheet(QWidget *first)
         closePopups(*parentWidget());
         m_previousFocus = parentWidget()->focusWidget();
         setGeometry(parentWidget()->rect());
-        raise();
+        raiseByRank();
         qApp->installEventFilter(this);
     }
     appear();
@@ -105,6 +105,14 @@ void Sheet::openSheet(QWidget *first)
     first->setFocus(Qt::OtherFocusReason);
     if (hadFocus)
         tell(first, QAccessible::Focus);
+}
+
+void Sheet::raiseByRank()
+{
+    raise();
+    for (Sheet *other : parentWidget()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly))
+        if (other->isOpen() && other->rank() > rank())
+            other->raise();
 }
 
 void Sheet::appear()

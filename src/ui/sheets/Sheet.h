@@ -33,6 +33,10 @@ public:
     static bool holds(const QWidget &widget);
 
 protected:
+    /// Which of several open sheets is in front: one of a higher rank, and of the same rank the one that
+    /// opened last.
+    virtual int rank() const { return 0; }
+
     /// Shows the sheet with the focus on `first`; if it is open already, begins anew.
     void openSheet(QWidget *first);
     void closeSheet();
@@ -53,6 +57,7 @@ private:
     bool handleKeyPress(const QKeyEvent &event);
     bool overridesShortcut(const QKeyEvent &event) const;
     void appear();
+    void raiseByRank();
     void arrange();
     bool isBehind(const QWidget *widget) const;
     void takeFocusBack();

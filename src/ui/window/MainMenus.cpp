@@ -39,13 +39,19 @@ QMenu *MainMenus::addMenu(const QString &title)
 void MainMenus::addApplicationMenu()
 {
     QMenu *menu = addMenu(u"&Morvane"_s);
-    menu->addAction(u"About Morvane"_s, this, &MainMenus::aboutRequested);
-    QAction *updates = menu->addAction(u"Check for Updates…"_s);
-    updates->setShortcut(Qt::CTRL | Qt::Key_U);
-    updates->setEnabled(false); // nothing in this version looks for them
+    QAction *about = menu->addAction(u"About Morvane"_s, this, &MainMenus::aboutRequested);
+    stopWhileUpdateIsRequired(about);
+    UpdateModel &updates = m_model.updates();
+    QAction *check = menu->addAction(u"Check for Updates…"_s, &updates, &UpdateModel::startCheck);
+    check->setShortcut(Qt::CTRL | Qt::Key_U);
+    connect(&updates, &UpdateModel::isCheckingUpdateChanged, check, [&updates, check] {
+        check->setText(updates.isCheckingUpdate() ? u"Checking for Updates…"_s : u"Check for Updates…"_s);
+        check->setEnabled(!updates.isCheckingUpdate());
+    });
     menu->addSeparator();
     QAction *settings = menu->addAction(u"Settings…"_s, this, &MainMenus::settingsRequested);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    stopWhileUpdateIsRequired(settings);
     menu->addSeparator();
     QAction *quit = menu->addAction(u"Quit Morvane"_s, qApp, &QApplication::quit);
     quit->setShortcut(QKeySequence::Quit);
@@ -97,7 +103,9 @@ void MainMenus::addConversationMenu()
     QMenu *menu = addMenu(u"&Conversation"_s);
     QAction *compose = menu->addAction(u"New Conversation"_s, &m_model, &AppModel::newConversation);
     compose->setShortcut(QKeySequence::New);
+    stopWhileUpdateIsRequired(compose);
     QMenu *conversations = menu->addMenu(u"Conversations"_s);
+    stopWhileUpdateIsRequired(conversations->menuAction());
     connect(conversations, &QMenu::aboutToShow, this,
             [this, conversations] { fillConversations(conversations); });
     menu->addSeparator();
@@ -114,12 +122,13 @@ void MainMenus::addHelpMenu()
     QMenu *menu = addMenu(u"&Help"_s);
     QAction *shortcuts = menu->addAction(u"Keyboard Shortcuts"_s, this, &MainMenus::shortcutsRequested);
     shortcuts->setShortcut(Qt::Key_F1);
+    stopWhileUpdateIsRequired(shortcuts);
 }
 
 bool MainMenus::hasSheet() const
 {
     return m_model.gate().pendingToolCall() || m_model.questions().pendingQuestion() ||
-           m_model.showOnboarding();
+           m_model.showOnboarding() || m_model.updates().isUpdateRequired() || m_model.updates().alert();
 }
 
 void MainMenus::needConversation(QAction *action)
@@ -135,6 +144,15 @@ void MainMenus::updateWithSheets(QObject *context, const std::function<void()> &
     connect(&m_model.gate(), &ApprovalGate::pendingToolCallChanged, context, update);
     connect(&m_model.questions(), &Questions::pendingQuestionChanged, context, update);
     connect(&m_model, &AppModel::showOnboardingChanged, context, update);
+    connect(&m_model.updates(), &UpdateModel::changed, context, update);
+    connect(&m_model.updates(), &UpdateModel::alertChanged, context, update);
+    update();
+}
+
+void MainMenus::stopWhileUpdateIsRequired(QAction *action)
+{
+    const auto update = [this, action] { action->setEnabled(!m_model.updates().isUpdateRequired()); };
+    connect(&m_model.updates(), &UpdateModel::changed, action, update);
     update();
 }
 

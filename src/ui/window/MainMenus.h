@@ -37,6 +37,8 @@ private:
     void needConversation(QAction *action);
     /// Calls `update` now and whenever a sheet may have begun or ended to ask something.
     void updateWithSheets(QObject *context, const std::function<void()> &update);
+    /// Keeps an action to the times when the program may be used.
+    void stopWhileUpdateIsRequired(QAction *action);
     bool hasSheet() const;
 
     QMainWindow &m_window;

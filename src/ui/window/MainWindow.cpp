@@ -18,8 +18,11 @@
 #include "ui/window/MainMenus.h"
 #include "ui/window/OnboardingView.h"
 #include "ui/window/PictureView.h"
+#include "ui/window/RequiredUpdateView.h"
 #include "ui/window/ShortcutList.h"
 #include "ui/window/StatusBarView.h"
+#include "ui/window/UpdateAlertView.h"
+#include "ui/window/UpdateBanner.h"
 #include "ui/window/WelcomeView.h"
 
 #include <QApplication>
@@ -64,6 +67,9 @@ MainWindow::MainWindow(AppModel &model, const MainWindowServices &services)
     connect(&model.transcript(), &Transcript::messageAppended, this, &MainWindow::updateConversationRegion);
     connect(&model.gate(), &ApprovalGate::pendingToolCallChanged, this, &MainWindow::showPendingCall);
     connect(&model.questions(), &Questions::pendingQuestionChanged, this, &MainWindow::showPendingQuestion);
+    connect(&model.updates(), &UpdateModel::changed, this, &MainWindow::showRequiredUpdate);
+    connect(&model.updates(), &UpdateModel::alertChanged, this, &MainWindow::showUpdateAlert);
+    showRequiredUpdate();
     updateConversationRegion();
     m_composer->focusDraft();
 }
@@ -85,10 +91,13 @@ QWidget *MainWindow::makeDetail()
     setAccessibleRole(m_region, QAccessible::Client); // "layered pane" says nothing to anyone
     m_region->addWidget(m_welcome);
     m_region->addWidget(m_conversation);
-    m_composer = new ComposerView(m_model, m_services.updates, m_services.pasting);
+    m_composer = new ComposerView(m_model, m_model.updates(), m_services.pasting);
     connect(m_composer, &ComposerView::pageRequested, view, &ChatScrollView::scrollPage);
     connect(m_conversation, &ConversationPane::findClosed, m_composer, &ComposerView::focusDraft);
     connect(&m_model, &AppModel::suggestedPrompt, m_composer, &ComposerView::takeSuggestion);
+
+    auto *update = new UpdateBanner(m_model.updates());
+    connect(update, &UpdateBanner::focusLost, m_composer, &ComposerView::focusDraft);
 
     auto *detail = new QWidget;
     auto *column = new QVBoxLayout(detail);
@@ -96,6 +105,7 @@ QWidget *MainWindow::makeDetail()
     column->setSpacing(0);
     column->addWidget(header);
     column->addWidget(new LocalModelBanner(m_model));
+    column->addWidget(update);
     column->addWidget(m_region, 1);
     column->addWidget(m_composer);
     column->addWidget(new StatusBarView(m_model));
@@ -144,11 +154,13 @@ void MainWindow::showSettings()
 
 void MainWindow::showAbout()
 {
-    auto *box =
-        new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s,
-                        u"<h3>Morvane %1</h3>A desktop AI agent for one person on one computer."_s.arg(
-                            QApplication::applicationVersion().toHtmlEscaped()),
-                        QMessageBox::Close, this);
+    QString text = u"<h3>Morvane %1</h3>A desktop AI agent for one person on one computer."_s.arg(
+        QApplication::applicationVersion().toHtmlEscaped());
+    text += u"<p>Version %1 (build %2)"_s.arg(QApplication::applicationVersion().toHtmlEscaped(),
+                                              qApp->property("buildNumber").toString());
+    if (const QString origin = qApp->property("unusualUpdateOrigin").toString(); !origin.isEmpty())
+        text += u"<p>Updates come from %1."_s.arg(origin.toHtmlEscaped());
+    auto *box = new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s, text, QMessageBox::Close, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setIconPixmap(windowIcon().pixmap(64, 64));
     box->open();
@@ -181,6 +193,24 @@ void MainWindow::showPendingQuestion()
 {
     if (!m_question)
         m_question = new QuestionView(m_model.questions(), this);
+}
+
+void MainWindow::showRequiredUpdate()
+{
+    if (!m_model.updates().isUpdateRequired())
+        return;
+    if (!m_requiredUpdate)
+        m_requiredUpdate = new RequiredUpdateView(m_model.updates(), this);
+    // Nothing else can be used now, in other windows either.
+    for (QWidget *other : QApplication::topLevelWidgets())
+        if (other != this && other->isVisible())
+            other->close();
+}
+
+void MainWindow::showUpdateAlert()
+{
+    if (!m_updateAlert)
+        m_updateAlert = new UpdateAlertView(m_model.updates(), this);
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)

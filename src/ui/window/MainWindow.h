@@ -23,15 +23,15 @@ class MCPManager;
 class OnboardingView;
 class PermissionView;
 class QuestionView;
+class RequiredUpdateView;
 class SettingsView;
 class ShortcutList;
-class UpdateModel;
+class UpdateAlertView;
 
 /// What the main window uses beside the application model; all of it outlives the window.
 struct MainWindowServices {
     Announcer &announcer;
     BrowserWindowPort &browserWindow;
-    const UpdateModel &updates;
     MCPManager &toolServers;
     SettingsServices settings;
     AttachmentService &attachments;
@@ -62,6 +62,8 @@ private:
     void showPicture(const ChatAttachment &picture);
     void showPendingCall();
     void showPendingQuestion();
+    void showRequiredUpdate();
+    void showUpdateAlert();
 
     AppModel &m_model;
     const MainWindowServices m_services;
@@ -74,6 +76,8 @@ private:
     PermissionView *m_permission = nullptr;
     QuestionView *m_question = nullptr;
     OnboardingView *m_onboarding = nullptr;
+    RequiredUpdateView *m_requiredUpdate = nullptr;
+    UpdateAlertView *m_updateAlert = nullptr;
     QPointer<SettingsView> m_settings;
     QPointer<ShortcutList> m_shortcuts;
 };

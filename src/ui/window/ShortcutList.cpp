@@ -46,6 +46,7 @@ constexpr Entry entries[] = {
     {"", "Program"},
     {"Tab, Shift+Tab", "Go to the next or the previous part of the window"},
     {"Ctrl+,", "Settings"},
+    {"Ctrl+U", "Check for updates"},
     {"F1", "This list"},
     {"Ctrl+Q", "Quit"},
 };

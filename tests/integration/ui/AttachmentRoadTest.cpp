@@ -20,7 +20,7 @@ namespace {
 /// server itself.
 class AttachmentRoadTest : public AppFixture {
 protected:
-    AttachmentRoadTest() { view = std::make_unique<ComposerView>(*roadModel, updates); }
+    AttachmentRoadTest() { view = std::make_unique<ComposerView>(*roadModel, roadModel->updates()); }
     ~AttachmentRoadTest() override
     {
         view.reset();

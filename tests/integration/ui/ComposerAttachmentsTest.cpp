@@ -30,7 +30,7 @@ using Service = FakeAIService;
 
 class ComposerAttachmentsTest : public AppFixture {
 protected:
-    ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model, updates))
+    ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model, model->updates()))
     {
         settings->setProviderID(ProviderID::gemini);
         settings->setApiKey(u"key"_s);

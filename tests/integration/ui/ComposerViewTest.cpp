@@ -17,7 +17,7 @@ using Service = FakeAIService;
 
 class ComposerViewTest : public AppFixture {
 protected:
-    ComposerViewTest() : view(std::make_unique<ComposerView>(*model, updates))
+    ComposerViewTest() : view(std::make_unique<ComposerView>(*model, model->updates()))
     {
         view->show();
         edit = view->findChild<ComposerEdit *>();
@@ -86,7 +86,9 @@ TEST_F(ComposerViewTest, ASuggestionTakesTheDraftsPlaceAndUndoingBringsItBack)
 
 TEST_F(ComposerViewTest, RefusedMessageKeepsTheDraft)
 {
-    updates.setAvailableUpdate(UpdateInfo{u"2"_s, 2}, UpdateModel::Necessity::required);
+    updates.manifest = sampleUpdate(u"2"_s, 2);
+    updates.manifest.required = true;
+    runTask(scheduler, model->updates().checkForUpdates(UpdateModel::Occasion::programStart));
     edit->setPlainText(u"draft"_s);
     EXPECT_FALSE(view->canSend());
     QTest::keyClick(edit, Qt::Key_Return);

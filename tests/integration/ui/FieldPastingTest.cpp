@@ -68,7 +68,7 @@ protected:
 
     FakePasteSource source;
     FieldPasting pasting{scheduler, source, announcer};
-    ComposerView view{*model, updates, &pasting};
+    ComposerView view{*model, model->updates(), &pasting};
     ComposerEdit *edit = view.findChild<ComposerEdit *>();
     QLineEdit line;
 };

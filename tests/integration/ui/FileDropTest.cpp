@@ -23,7 +23,7 @@ using testing::ElementsAre;
 class FileDropTest : public AppFixture {
 protected:
     FileDropTest()
-        : window(std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow, updates,
+        : window(std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow,
                                                                          toolServerList.manager,
                                                                          *settingsServices, attachments}))
     {

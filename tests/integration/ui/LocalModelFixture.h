@@ -4,9 +4,6 @@
 
 #include "ui/controls/DownloadProgressBar.h"
 
-#include <QAbstractButton>
-#include <QLabel>
-
 namespace morvane {
 
 /// The main window of a user who has chosen the local model, beside a runtime that does what the test says.
@@ -37,22 +34,6 @@ protected:
         settle();
     }
 
-    template <class View> static QAbstractButton *button(const View *view, const QString &name)
-    {
-        for (auto *button : view->template findChildren<QAbstractButton *>())
-            if (button->isVisible() && button->accessibleName() == name)
-                return button;
-        return nullptr;
-    }
-    /// The visible labels of a view, in the order in which they were made.
-    template <class View> static QStringList texts(const View *view)
-    {
-        QStringList found;
-        for (const auto *label : view->template findChildren<QLabel *>())
-            if (label->isVisible() && !label->text().isEmpty())
-                found.append(label->text());
-        return found;
-    }
     template <class View> static DownloadProgressBar *bar(const View *view)
     {
         auto *found = view->template findChild<DownloadProgressBar *>();

@@ -4,6 +4,8 @@
 
 #include "ui/window/MainWindow.h"
 
+#include <QAbstractButton>
+#include <QLabel>
 #include <QTest>
 
 namespace morvane {
@@ -19,7 +21,7 @@ protected:
     {
         window.reset();
         start();
-        window = std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow, updates,
+        window = std::make_unique<MainWindow>(*model, MainWindowServices{announcer, browserWindow,
                                                                          toolServerList.manager,
                                                                          *settingsServices, attachments});
     }
@@ -55,6 +57,22 @@ protected:
         return result;
     }
 
+    template <class View> static QAbstractButton *button(const View *view, const QString &name)
+    {
+        for (auto *button : view->template findChildren<QAbstractButton *>())
+            if (button->isVisible() && button->accessibleName() == name)
+                return button;
+        return nullptr;
+    }
+    /// The visible labels of a view, in the order in which they were made.
+    template <class View> static QStringList texts(const View *view)
+    {
+        QStringList found;
+        for (const auto *label : view->template findChildren<QLabel *>())
+            if (label->isVisible() && !label->text().isEmpty())
+                found.append(label->text());
+        return found;
+    }
     template <class Widget> Widget *part() const { return window->findChild<Widget *>(); }
 
     std::unique_ptr<MainWindow> window;

@@ -82,7 +82,9 @@ TEST_F(AppModelTest, SecondMessageIsRefusedWhileBusy)
 
 TEST_F(AppModelTest, RequiredUpdateStopsNewRequests)
 {
-    updates.setAvailableUpdate(UpdateInfo{u"2.1"_s, 77}, UpdateModel::Necessity::required);
+    updates.manifest = sampleUpdate(u"2.1"_s, 77);
+    updates.manifest.required = true;
+    runTask(scheduler, model->updates().checkForUpdates(UpdateModel::Occasion::programStart));
     EXPECT_FALSE(model->send(u"hi"_s, {}));
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_EQ(model->status().statusText(), u"Update required: 2.1 build 77"_s);

@@ -1,0 +1,260 @@
+#include "integration/update/BundleFixture.h"
+#include "support/RenameFaults.h"
+#include "support/SmallVolume.h"
+#include "support/WaitUntil.h"
+
+#include <cerrno>
+#include <filesystem>
+
+using namespace Qt::StringLiterals;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace morvane {
+namespace {
+
+using Kind = SampleArchive::Kind;
+
+const auto notOpened = u"The downloaded update could not be opened."_s;
+const auto withoutApp = u"The downloaded update did not contain the app."_s;
+const auto incomplete = u"Could not install the update: the copied app is incomplete"_s;
+
+class BundleInstallationTest : public BundleTest {
+protected:
+    /// An installation fails with these words, and all is as it was.
+    void expectFailure(const QString &image, const QString &words)
+    {
+        const Result result = install(image);
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().toStdString(), words.toStdString());
+        EXPECT_EQ(version(), "old");
+        EXPECT_EQ(beside().join(u", "_s).toStdString(), "");
+    }
+    QByteArray noise(qsizetype size) const
+    {
+        QByteArray bytes(size, 0);
+        quint32 state = 7;
+        for (char &byte : bytes)
+            byte = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
+        return bytes;
+    }
+};
+
+TEST_F(BundleInstallationTest, TheNewBundleTakesTheOldOnesPlace)
+{
+    ASSERT_TRUE(install(write(honestImage())));
+    EXPECT_EQ(version(), "new");
+    EXPECT_EQ(contentOf(app() + u"/Contents/MacOS/link"_s), "new library");
+}
+
+TEST_F(BundleInstallationTest, TheBundleKeepsItsName)
+{
+    ASSERT_TRUE(QFile::rename(app(), parent() + u"/My Morvane.app"_s));
+    BundleInstallation installation({parent() + u"/My Morvane.app"_s, parent()});
+    ASSERT_TRUE(installation.prepare());
+    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.swap());
+    EXPECT_EQ(contentOf(parent() + u"/My Morvane.app/Contents/MacOS/Morvane"_s), "new");
+}
+
+TEST_F(BundleInstallationTest, TheOldBundlesRelauncherIsToldWhatToStartAndWhatToRemove)
+{
+    BundleInstallation installation(bundle());
+    ASSERT_TRUE(installation.prepare());
+    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.swap());
+    ASSERT_TRUE(installation.scheduleRelaunch({"PATH=/usr/bin:/bin"}));
+    ASSERT_TRUE(waitUntil([this] { return home.read(u"relaunched"_s).count('\n') == 2; }));
+    EXPECT_EQ(home.read(u"relaunched"_s).split('\n').value(0), app().toUtf8());
+    EXPECT_EQ(home.read(u"relaunched"_s).split('\n').value(1),
+              (parent() + u'/' + beside().value(0)).toUtf8());
+}
+
+TEST_F(BundleInstallationTest, TheOldBundleStaysUntilItIsNotUsedAnyMore)
+{
+    {
+        BundleInstallation installation(bundle());
+        ASSERT_TRUE(installation.prepare());
+        ASSERT_TRUE(installation.stage(write(honestImage())));
+        ASSERT_TRUE(installation.swap());
+        EXPECT_TRUE(installation.hasMovedOldApp());
+        removeUpdateRemains(bundle(), home.path());
+        EXPECT_EQ(beside().size(), 1); // locked, since its program runs
+    }
+    ASSERT_EQ(beside().size(), 1);
+    EXPECT_EQ(
+        contentOf(parent() + u'/' + beside().constFirst() + u"/stage/Morvane.app/Contents/MacOS/Morvane"_s),
+        "old");
+    removeUpdateRemains(bundle(), home.path());
+    EXPECT_THAT(beside(), IsEmpty());
+    EXPECT_EQ(version(), "new");
+}
+
+TEST_F(BundleInstallationTest, ARelauncherThatIsMissingLeavesTheNewBundleInItsPlace)
+{
+    ASSERT_TRUE(QFile::remove(relauncher()));
+    BundleInstallation installation(bundle());
+    ASSERT_TRUE(installation.prepare());
+    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.swap());
+    const Result result = installation.scheduleRelaunch({});
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), u"No such file or directory."_s);
+    EXPECT_EQ(version(), "new");
+}
+
+TEST_F(BundleInstallationTest, WhatIsNoBundleCannotReplaceItself)
+{
+    BundleInstallation installation({{}, u"/usr/bin"_s});
+    EXPECT_EQ(installation.prepare().error(),
+              u"Morvane does not have permission to replace itself in /usr/bin."_s);
+}
+
+TEST_F(BundleInstallationTest, AReadOnlyVolumeStopsItWithNothingTouched)
+{
+    std::filesystem::remove_all(parent().toStdString());
+    QDir().mkpath(parent());
+    const SmallVolume volume(parent(), 10'000'000);
+    ASSERT_TRUE(volume.isMounted());
+    layOldBundle();
+    ASSERT_EQ(::mount(nullptr, parent().toUtf8().constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    expectFailure(write(honestImage()),
+                  u"Morvane does not have permission to replace itself in %1."_s.arg(parent()));
+}
+
+TEST_F(BundleInstallationTest, AFullDiskLeavesTheOldBundle)
+{
+    std::filesystem::remove_all(parent().toStdString());
+    QDir().mkpath(parent());
+    const SmallVolume volume(parent(), 1'000'000);
+    ASSERT_TRUE(volume.isMounted());
+    layOldBundle();
+    SampleArchive image = honestImage();
+    image.file("Morvane.app/Contents/large", noise(2'000'000));
+    expectFailure(write(image), u"No space left on device."_s);
+}
+
+TEST_F(BundleInstallationTest, ABundleThatCannotBeMovedStays)
+{
+    // What something is mounted on is not moved.
+    const SmallVolume volume(app(), 1'000'000);
+    ASSERT_TRUE(volume.isMounted());
+    layOldBundle();
+    expectFailure(write(honestImage()), u"Could not move the current app: Device or resource busy."_s);
+}
+
+TEST_F(BundleInstallationTest, ABundleThatIsGoneIsNotMoved)
+{
+    const QString image = write(honestImage());
+    ASSERT_TRUE(QFile::rename(app(), home.path(u"moved.app"_s)));
+    const Result result = install(image);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), u"Could not move the current app: No such file or directory."_s);
+    EXPECT_THAT(beside(), IsEmpty());
+}
+
+TEST_F(BundleInstallationTest, WhereNothingCanBeExchangedTheBundlesMoveOneAfterTheOther)
+{
+    const RenameFaults faults({EINVAL});
+    ASSERT_TRUE(install(write(honestImage())));
+    EXPECT_EQ(version(), "new");
+    removeUpdateRemains(bundle(), home.path());
+    EXPECT_THAT(beside(), IsEmpty());
+}
+
+TEST_F(BundleInstallationTest, WhereTheFirstMoveFailsTheOldBundleStays)
+{
+    const RenameFaults faults({EINVAL, EBUSY});
+    expectFailure(write(honestImage()), u"Could not move the current app: Device or resource busy."_s);
+}
+
+TEST_F(BundleInstallationTest, WhereTheSecondMoveFailsTheOldBundleComesBack)
+{
+    const RenameFaults faults({EINVAL, 0, EIO});
+    expectFailure(write(honestImage()), u"Could not install the update: Input/output error."_s);
+}
+
+TEST_F(BundleInstallationTest, AnOldBundleThatCannotComeBackIsNotRemoved)
+{
+    {
+        const RenameFaults faults({EINVAL, 0, EIO, EIO});
+        EXPECT_EQ(install(write(honestImage())).error(),
+                  u"Could not install the update: Input/output error."_s);
+    }
+    ASSERT_EQ(beside().size(), 1);
+    EXPECT_EQ(
+        contentOf(parent() + u'/' + beside().constFirst() + u"/Morvane-old.app/Contents/MacOS/Morvane"_s),
+        "old");
+}
+
+TEST_F(BundleInstallationTest, WhatIsNoImageIsNotOpened)
+{
+    const QByteArray image = honestImage().bytes();
+    expectFailure(write(QByteArray()), notOpened);
+    expectFailure(write(QByteArray("<html>404 Not Found</html>")), notOpened);
+    for (const qsizetype size : {image.size() / 4, image.size() / 2, image.size() - 5})
+        expectFailure(write(image.first(size)), notOpened);
+    QByteArray damaged = image;
+    damaged[damaged.size() / 2] = static_cast<char>(damaged.at(damaged.size() / 2) ^ 0x55);
+    expectFailure(write(damaged), notOpened);
+}
+
+TEST_F(BundleInstallationTest, AHostileImageIsNotOpened)
+{
+    const auto with = [](Kind kind, const QByteArray &path, const QByteArray &target = {}) {
+        return honestImage().add(kind, path, target);
+    };
+    for (const SampleArchive &image : {
+             with(Kind::file, "/tmp/morvane-outside"),
+             with(Kind::file, "../outside"),
+             with(Kind::file, "Morvane.app/../../outside"),
+             with(Kind::symbolicLink, "Morvane.app/etc", "/etc"),
+             with(Kind::symbolicLink, "Morvane.app/up", "../../../outside"),
+             with(Kind::symbolicLink, "Morvane.app/beside", "../beside"),
+             with(Kind::symbolicLink, "Morvane.app/Contents/a", "b/../../../x")
+                 .add(Kind::symbolicLink, "Morvane.app/Contents/b", "MacOS"),
+             with(Kind::hardLink, "Morvane.app/hard", "../../outside"),
+             with(Kind::hardLink, "Morvane.app/hard", "/etc/passwd"),
+             with(Kind::symbolicLink, "Morvane.app/into", "Contents")
+                 .add(Kind::file, "Morvane.app/into/file"),
+             with(Kind::symbolicLink, "Morvane.app/nowhere", "later"),
+             with(Kind::fifo, "Morvane.app/pipe"),
+             with(Kind::device, "Morvane.app/device"),
+             honestImage().file("Morvane.app/Contents/MacOS/Morvane", "another", 0755),
+         })
+        expectFailure(write(image), notOpened);
+    EXPECT_FALSE(QFile::exists(home.path(u"outside"_s)));
+    EXPECT_FALSE(QFile::exists(u"/tmp/morvane-outside"_s));
+}
+
+TEST_F(BundleInstallationTest, AnImageWithoutTheAppIsTold)
+{
+    expectFailure(write(SampleArchive().file("Other.app/Contents/MacOS/Morvane", "new", 0755)), withoutApp);
+    expectFailure(write(SampleArchive().file("Morvane.app", "new", 0755)), withoutApp);
+    expectFailure(write(SampleArchive()
+                            .file("real/Contents/MacOS/Morvane", "new", 0755)
+                            .add(Kind::symbolicLink, "Morvane.app", "real")),
+                  withoutApp);
+}
+
+TEST_F(BundleInstallationTest, AnAppWithoutItsProgramIsIncomplete)
+{
+    expectFailure(write(SampleArchive().file("Morvane.app/Contents/MacOS/library", "new")), incomplete);
+    expectFailure(write(SampleArchive().file("Morvane.app/Contents/MacOS/Morvane", "new", 0644)), incomplete);
+    expectFailure(write(SampleArchive().add(Kind::folder, "Morvane.app/Contents/MacOS/Morvane")), incomplete);
+    expectFailure(write(SampleArchive()
+                            .file("Morvane.app/Contents/MacOS/real", "new", 0755)
+                            .add(Kind::symbolicLink, "Morvane.app/Contents/MacOS/Morvane", "real")),
+                  incomplete);
+}
+
+TEST_F(BundleInstallationTest, RestsOfEarlierTriesBlockNoLaterOne)
+{
+    QDir().mkpath(parent() + u"/Morvane-update-00000000-0000-0000-0000-000000000000/stage/Morvane.app"_s);
+    ASSERT_TRUE(install(write(honestImage())));
+    EXPECT_EQ(version(), "new");
+}
+
+} // namespace
+} // namespace morvane

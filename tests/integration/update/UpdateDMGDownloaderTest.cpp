@@ -1,0 +1,147 @@
+#include "update/UpdateDMGDownloader.h"
+
+#include "async/Cancelled.h"
+#include "async/SystemClock.h"
+#include "net/HttpClient.h"
+#include "support/DownloadServer.h"
+#include "support/RunTask.h"
+#include "support/SmallVolume.h"
+#include "support/TemporaryHome.h"
+#include "support/UnusedPort.h"
+#include "update/UpdateInstallError.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <gmock/gmock.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace std::chrono_literals;
+using testing::Each;
+using testing::IsEmpty;
+
+namespace morvane {
+namespace {
+
+using Fault = DownloadServer::Fault;
+
+class UpdateDMGDownloaderTest : public testing::Test {
+protected:
+    UpdateDMGDownloaderTest()
+    {
+        QDir().mkpath(folder());
+        host.setFile(u"/image"_s, {content});
+    }
+    ~UpdateDMGDownloaderTest() override { scheduler.shutdown(5s); }
+
+    QString folder() const { return home.path(u"downloads"_s); }
+    QStringList files() const
+    {
+        return QDir(folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    auto task(const QUrl &url)
+    {
+        return downloader.download(url, [this](double fraction) { fractions.append(fraction); });
+    }
+    std::shared_ptr<ImageFile> download(const QUrl &url) { return runTask(scheduler, task(url)); }
+    std::shared_ptr<ImageFile> download() { return download(host.url(u"/image"_s)); }
+    QString failure(const QUrl &url)
+    {
+        try {
+            download(url);
+        } catch (const UpdateInstallError &error) {
+            EXPECT_THAT(files(), IsEmpty());
+            return error.message();
+        }
+        return {};
+    }
+    QString failure() { return failure(host.url(u"/image"_s)); }
+
+    const QByteArray content = QByteArray("image ").repeated(500'000);
+    TemporaryHome home;
+    SystemClock clock;
+    Scheduler scheduler{clock};
+    HttpClient http;
+    DownloadServer host;
+    UpdateDMGDownloader downloader{http, folder()};
+    QList<double> fractions;
+};
+
+TEST_F(UpdateDMGDownloaderTest, TheImageComesWholeAndHashed)
+{
+    {
+        const auto file = download();
+        EXPECT_EQ(home.read(u"downloads/"_s + files().value(0)), content);
+        EXPECT_EQ(file->image().path, folder() + u'/' + files().value(0));
+        EXPECT_EQ(file->image().sha256,
+                  QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
+        EXPECT_EQ(permissionBits(file->image().path), 0600U);
+        EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+        EXPECT_EQ(fractions.constLast(), 1.0);
+    }
+    EXPECT_THAT(files(), IsEmpty());
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnUnknownLengthGivesNoProgressUntilItIsDone)
+{
+    host.setFaults({{Fault::Kind::withoutLength}});
+    const auto file = download();
+    EXPECT_FALSE(fractions.isEmpty());
+    EXPECT_THAT(fractions, Each(0.0));
+    EXPECT_EQ(file->image().sha256, QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnErrorPageIsAnImageOfAnotherHash)
+{
+    const auto file = download(host.url(u"/missing"_s));
+    EXPECT_EQ(file->image().sha256, QCryptographicHash::hash("not here", QCryptographicHash::Sha256).toHex());
+}
+
+TEST_F(UpdateDMGDownloaderTest, ABrokenConnectionFailsOnceAndLeavesNothing)
+{
+    host.setFaults({{Fault::Kind::cutOff, 1'000'000}});
+    EXPECT_EQ(failure(), u"The download failed: The connection was lost."_s);
+    EXPECT_EQ(host.requests().size(), 1);
+}
+
+TEST_F(UpdateDMGDownloaderTest, AConnectionThatIsLostRightAtTheEndIsOneFailure)
+{
+    host.setFaults({{Fault::Kind::cutOff, content.size() - 1}});
+    EXPECT_EQ(failure(), u"The download failed: The connection was lost."_s);
+}
+
+TEST_F(UpdateDMGDownloaderTest, AHostThatIsNotThereFails)
+{
+    EXPECT_EQ(failure(QUrl(u"http://127.0.0.1:%1/image"_s.arg(unusedPort()))),
+              u"The download failed: The server could not be reached."_s);
+}
+
+TEST_F(UpdateDMGDownloaderTest, AFolderThatCannotBeWrittenIsTold)
+{
+    ASSERT_TRUE(QDir(folder()).removeRecursively());
+    UpdateDMGDownloader elsewhere(http, folder());
+    EXPECT_THROW(runTask(scheduler, elsewhere.download(host.url(u"/image"_s), [](double) {})),
+                 UpdateInstallError);
+    EXPECT_THAT(host.requests(), IsEmpty());
+}
+
+TEST_F(UpdateDMGDownloaderTest, AFullDiskIsTold)
+{
+    const SmallVolume volume(folder(), 1'000'000);
+    ASSERT_TRUE(volume.isMounted());
+    EXPECT_EQ(failure(), u"Could not save the downloaded update."_s);
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnEndOfTheProgramLeavesNothing)
+{
+    host.setFaults({{Fault::Kind::stall, 1'000'000}});
+    auto handle = scheduler.spawn(task(host.url(u"/image"_s)));
+    ASSERT_TRUE(waitUntil([this] { return !fractions.isEmpty() && fractions.constLast() > 0.3; }));
+    handle.cancel();
+    ASSERT_TRUE(waitUntil([&handle] { return handle.done(); }));
+    EXPECT_THROW(handle.result(), Cancelled);
+    EXPECT_THAT(files(), IsEmpty());
+}
+
+} // namespace
+} // namespace morvane
