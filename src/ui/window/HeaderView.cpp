@@ -24,6 +24,7 @@ namespace {
 
 constexpr int markSize = 32;
 constexpr int margin = 12;
+constexpr int markRoom = markSize + margin;
 constexpr int gap = 8;
 
 } // namespace
@@ -33,7 +34,7 @@ HeaderView::HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidge
 {
 
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(margin + markSize + margin, 8, margin, 8);
+    row->setContentsMargins(margin + markRoom, 8, margin, 8);
     row->setSpacing(gap);
     auto *texts = new FlowLayout(gap); // in a narrow window one below the other
     texts->addWidget(m_title);
@@ -91,11 +92,20 @@ void HeaderView::updateSubagent()
     m_subagent->setVisible(!label.isEmpty());
 }
 
+void HeaderView::resizeEvent(QResizeEvent *)
+{
+    // Where room is short the buttons need it, and the mark says nothing that the name does not say.
+    const int words = layout()->minimumSize().width() - (m_hasMark ? markRoom : 0);
+    m_hasMark = words + markRoom <= width();
+    layout()->setContentsMargins(margin + (m_hasMark ? markRoom : 0), 8, margin, 8);
+}
+
 void HeaderView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintAppMark(painter, QRectF(margin, (height() - markSize) / 2.0, markSize, markSize));
+    if (m_hasMark)
+        paintAppMark(painter, QRectF(margin, (height() - markSize) / 2.0, markSize, markSize));
     painter.setPen(ThemeColors::fromPalette(palette()).border);
     painter.drawLine(0, height() - 1, width(), height() - 1);
 }

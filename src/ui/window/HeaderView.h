@@ -23,6 +23,7 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void updateProvider();
@@ -32,6 +33,7 @@ private:
     AppModel &m_model;
     QLabel *m_title;
     QLabel *m_subagent;
+    bool m_hasMark = true;
 };
 
 } // namespace morvane

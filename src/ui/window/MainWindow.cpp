@@ -39,7 +39,8 @@ namespace morvane {
 
 namespace {
 
-constexpr int smallestDetail = 400;
+/// The header's buttons and the message field still have room in it: half of a small screen at scale 2.
+constexpr int smallestDetail = 220;
 
 } // namespace
 

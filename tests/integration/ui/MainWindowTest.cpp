@@ -17,6 +17,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -169,6 +170,21 @@ TEST_F(MainWindowTest, WhileASheetAsksTheKeysOfTheConversationDoNothing)
     pressAll();
     EXPECT_EQ(part<ChatScrollView>()->zoom(), 110);
     EXPECT_TRUE(part<ConversationPane>()->isFinding());
+}
+
+TEST_F(MainWindowTest, OnASmallScreenAtScaleTwoEveryButtonIsInTheWindow)
+{
+    save(u"A"_s, {message(Role::user, u"one"_s)});
+    showNewest();
+    window->setMinimumSize(0, 0);
+    window->resize(392, 260);
+    settle();
+    for (const QToolButton *button : window->findChildren<QToolButton *>()) {
+        if (!button->isVisible())
+            continue;
+        const QRect place(button->mapTo(window.get(), QPoint()), button->size());
+        EXPECT_TRUE(window->rect().contains(place)) << button->accessibleName().toStdString();
+    }
 }
 
 TEST_F(MainWindowTest, SizeAndSplitAreRemembered)
