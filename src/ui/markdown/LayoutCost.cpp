@@ -16,6 +16,9 @@ constexpr quint8 otherCost = 2;
 /// The toolkit decodes the picture of a colour emoji anew each time that it shapes or draws it.
 constexpr quint8 emojiCost = 80;
 
+/// Letters of two scripts side by side are two runs, each of which is shaped by itself.
+constexpr quint8 scriptChangeCost = 6;
+
 /// The block of the plane behind the first in which all emoji stand that are not in the first.
 constexpr char32_t firstEmoji = 0x1f000;
 constexpr char32_t lastEmoji = 0x1ffff;
@@ -30,6 +33,23 @@ bool isEmoji(char32_t character)
     return character == keycap || u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_EMOJI);
 }
 
+/// Of a letter, roughly: the same for scripts that are shaped as one; 0 for what belongs to any.
+quint8 scriptOf(QChar letter)
+{
+    constexpr char16_t firstLatin = 0x41;
+    constexpr char16_t lastLatin = 0x2ff;
+    constexpr char16_t firstSymbol = 0x2000;
+    constexpr char16_t lastSymbol = 0x303f;
+    constexpr char16_t firstForm = 0xfe00;
+    const char16_t unit = letter.unicode();
+    if (unit < firstLatin || letter.isSurrogate() || letter.isMark() ||
+        (unit >= firstSymbol && unit <= lastSymbol) || unit >= firstForm)
+        return 0;
+    if (unit <= lastLatin)
+        return 1;
+    return unit > lastSymbol ? 2 : static_cast<quint8>(3 + unit / 0x80);
+}
+
 /// What each character costs. A message of megabytes is looked at in one go, and a look at a property takes
 /// several times as long as one into a table.
 struct Costs {
@@ -42,14 +62,26 @@ struct Costs {
                 basic[unit] = emojiCost;
             else if (QChar(unit).isMark())
                 basic[unit] = markCost;
+        for (char32_t unit = 0; unit < scripts.size(); ++unit)
+            scripts[unit] = scriptOf(QChar(unit));
         for (char32_t character = firstEmoji; character <= lastEmoji; ++character)
             pairs[character - firstEmoji] = isEmoji(character) ? emojiCost : otherCost;
     }
 
-    /// Of the unit at this place; the half of a pair that comes second costs like a letter.
-    quint8 at(QStringView text, qsizetype place) const
+    quint8 seam(QChar before, QChar after) const
+    {
+        const quint8 script = scripts[after.unicode()];
+        const quint8 last = scripts[before.unicode()];
+        return script != last && script != 0 && last != 0 ? scriptChangeCost : 0;
+    }
+
+    /// Of the unit at this place, with its seam to the one before; the half of a pair that comes second costs
+    /// like a letter.
+    qsizetype at(QStringView text, qsizetype place) const
     {
         const QChar unit = text[place];
+        if (place > 0 && !unit.isSurrogate())
+            return basic[unit.unicode()] + seam(text[place - 1], unit);
         if (!unit.isHighSurrogate() || place + 1 == text.size() || !text[place + 1].isLowSurrogate())
             return basic[unit.unicode()];
         const char32_t character = QChar::surrogateToUcs4(unit, text[place + 1]);
@@ -57,6 +89,7 @@ struct Costs {
     }
 
     std::array<quint8, 0x10000> basic{};
+    std::array<quint8, 0x10000> scripts{};
     std::array<quint8, lastEmoji - firstEmoji + 1> pairs{};
 };
 
@@ -81,6 +114,11 @@ bool isPlain(QStringView text)
 }
 
 } // namespace
+
+qsizetype seamCost(QChar before, QChar after)
+{
+    return before.unicode() < firstMark && after.unicode() < firstMark ? 0 : costs().seam(before, after);
+}
 
 qsizetype layoutCost(QStringView text)
 {

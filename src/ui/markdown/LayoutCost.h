@@ -9,6 +9,10 @@ namespace morvane {
 /// letter.
 qsizetype layoutCost(QStringView text);
 
+/// What it costs beyond that where two letters stand side by side: of different scripts they are shaped one
+/// by one. The cost of a text is that of its parts and of the seams between them.
+qsizetype seamCost(QChar before, QChar after);
+
 /// Length of the longest beginning of `text` that costs no more than `budget`; at least 1 unless the text is
 /// empty. Reads no further than that.
 qsizetype affordableLength(QStringView text, qsizetype budget);

@@ -262,6 +262,8 @@ void MarkdownSegmenter::cutWithinLine(qsizetype end, TextSegment::Kind kind)
     append(m_from, m_from + length, kind);
     m_begins = {.joint = TextSegment::Joint::line, .number = -1};
     m_firstCost += layoutCost(rest.first(length));
+    if (length > 0 && length < rest.size())
+        m_firstCost += seamCost(rest[length - 1], rest[length]);
     m_firstLine = m_line;
     m_from += length;
 }

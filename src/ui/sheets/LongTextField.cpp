@@ -17,8 +17,12 @@ namespace morvane {
 
 namespace {
 
-/// The most that a slice costs to lay out, and so its length.
+/// The most that a slice costs to lay out, and so its length. The first is laid out several times before it
+/// is seen.
 constexpr qsizetype sliceLimit = 4'000;
+constexpr qsizetype firstSliceLimit = 2'000;
+/// Of what costs as much again with each drawing, it may cost so many times less.
+constexpr qsizetype dearFactor = 4;
 constexpr qsizetype sliceLines = 200;
 constexpr int droppedLines = 2'000;
 /// The state of a block whose line goes on in the next block.
@@ -132,9 +136,14 @@ void LongTextField::dropSlice()
 qsizetype LongTextField::nextSlice() const
 {
     const QStringView rest = QStringView(m_source).sliced(m_taken);
-    qsizetype length = affordableLength(rest, sliceLimit);
+    const qsizetype limit = m_taken == 0 ? firstSliceLimit : sliceLimit;
+    qsizetype length = affordableLength(rest, limit);
     if (isDear(layoutCost(rest.first(length)), length))
-        length = affordableLength(rest, sliceLimit / 2);
+        length = affordableLength(rest, limit / dearFactor);
+    // Of hidden characters an escape is shown that is many times as long.
+    while (m_hidden == Hidden::escaped && length > 1 &&
+           layoutCost(visibleText(rest.first(length)).text) > limit)
+        length /= 2;
     qsizetype lineEnd = -1;
     for (qsizetype line = 0; line < sliceLines; ++line) {
         lineEnd = rest.first(length).indexOf(u'\n', lineEnd + 1);

@@ -30,6 +30,8 @@ public:
     void letGo();
     /// Whether all of the text is in the field.
     bool isComplete() const { return m_taken == m_source.size(); }
+    /// UTF-16 units of the text that are not in the field yet.
+    qsizetype left() const { return m_source.size() - m_taken; }
     /// Lines and characters of what is in the field so far; the cuts do not count.
     qsizetype lines() const { return m_lines; }
     qsizetype characters() const { return m_characters; }

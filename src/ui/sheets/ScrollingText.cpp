@@ -74,7 +74,8 @@ void ScrollingText::takeText()
 {
     m_heights.clear();
     updateGeometry();
-    arrange();
+    if (isVisible()) // or its width is none that it will have
+        arrange();
 }
 
 QString ScrollingText::extent() const
@@ -140,6 +141,11 @@ int ScrollingText::measured(int width) const
         }
         layout.endLayout();
     }
+    // What is still to come is as wide, so that the field has its height before it has its text.
+    if (const qsizetype left = m_field->left(); left > 0 && letters > 0 && rows < mostRows) {
+        const qsizetype full = (left * letterRows + letters - 1) / letters;
+        height += static_cast<qreal>(std::min<qsizetype>(full, mostRows - rows)) * line;
+    }
     return qCeil(height) + 2 * (frame + documentMargin) + slack;
 }
 
@@ -160,8 +166,8 @@ int ScrollingText::heightForWidth(int width) const
 
 QSize ScrollingText::sizeHint() const
 {
-    const int width = 40 * fontMetrics().averageCharWidth();
-    return {width, heightForWidth(width)};
+    // Its height is asked for by the width that it gets; measuring for another takes as long.
+    return {40 * fontMetrics().averageCharWidth(), minimumSizeHint().height()};
 }
 
 QSize ScrollingText::minimumSizeHint() const
@@ -191,6 +197,11 @@ void ScrollingText::arrange()
 }
 
 void ScrollingText::resizeEvent(QResizeEvent *)
+{
+    arrange();
+}
+
+void ScrollingText::showEvent(QShowEvent *)
 {
     arrange();
 }

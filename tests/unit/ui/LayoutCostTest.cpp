@@ -45,6 +45,20 @@ TEST(LayoutCostTest, ATextCostsWhatItsCharactersCost)
     }
 }
 
+TEST(LayoutCostTest, LettersOfTwoScriptsSideBySideCostMore)
+{
+    EXPECT_EQ(layoutCost(u"b\u05d0"_s), 1 + 2 + 6);
+    EXPECT_EQ(layoutCost(u"\u05d0b"_s), 2 + 1 + 6);
+    EXPECT_EQ(layoutCost(u"b漢"_s), 1 + 2 + 6);
+    EXPECT_EQ(layoutCost(u"b \u05d0"_s), 1 + 1 + 2);
+    EXPECT_EQ(layoutCost(u"漢字かな"_s), layoutCost(u"漢字"_s) + layoutCost(u"かな"_s));
+    EXPECT_EQ(layoutCost(u"b1\u00e9."_s), 4);
+    const QString text = u"b\u05d0漢 1\u0301✅"_s.repeated(50);
+    for (qsizetype at = 1; at < text.size(); ++at)
+        EXPECT_EQ(layoutCost(text), layoutCost(text.first(at)) + layoutCost(text.sliced(at)) +
+                                        seamCost(text[at - 1], text[at]));
+}
+
 TEST(LayoutCostTest, WhatIsAffordableCostsNoMoreAndTheNextUnitWould)
 {
     const QString text = QString(700, u'x') + u"\u05d0b✅👩\u0301"_s.repeated(300);
