@@ -10,10 +10,14 @@ say() { printf '\n== %s\n' "$*"; }
 
 say "A clean tree"
 packaging/clean-tree.sh "$tree" libx11-xcb1 fonts-dejavu-core
-chroot "$tree" dpkg-query -W -f '${Package} ${Version}\n' '*x11*' '*xcb*' '*font*' '*qt*' '*stdc*' 2>/dev/null
 say "Unpacked in a folder with blanks"
 mkdir -p "$tree/home/my programs"
 cp -r "$bundle" "$tree/home/my programs/Morvane.app"
 du --apparent-size -sh "$tree/home/my programs/Morvane.app" | cut -f1
 say "Started"
 packaging/rehearse-in.sh "$tree" "/home/my programs/Morvane.app/Contents/MacOS/Morvane" build/trees/bundle.png
+say "Its reader, with the language data and the encodings that it brings along"
+reader="/home/my programs/Morvane.app/Contents/libexec/morvane/morvane-attachment-reader"
+read_by_it() { unshare --mount bash -c 'mount -t proc proc "$0/proc"; exec chroot "$0" "$1" "$2"' "$tree" "$reader" "$1" | strings -e S -n 6; }
+read_by_it recognition <build/trees/bundle.png | grep -m 1 -o 'Hours in a leap year'
+read_by_it document <packaging/japanese.pdf | grep -o '日本語'

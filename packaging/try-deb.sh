@@ -15,6 +15,7 @@ say "A clean tree"
 packaging/clean-tree.sh "$tree" fonts-dejavu-core
 say "What the package needs besides itself"
 cp "$package" "$tree/root/morvane.deb"
+inside apt-get -qq update
 inside apt-get -qq install --no-install-recommends $(inside apt-get -s install --no-install-recommends /root/morvane.deb |
   sed -n 's/^Inst \([^ ]*\) .*/\1/p' | grep -vx morvane) >/dev/null
 echo "$(inside dpkg-query -W | wc -l) packages now"
