@@ -42,7 +42,7 @@ options=(-UMORVANE_UPDATE_ORIGIN -UMORVANE_UPDATE_PUBLIC_KEY)
 [ -z "$origin" ] || options+=("-DMORVANE_UPDATE_ORIGIN=$origin")
 # The last 32 bytes of the public key's usual form are the key itself.
 [ -z "$key" ] || options+=("-DMORVANE_UPDATE_PUBLIC_KEY=$(openssl pkey -in "$key" -pubout -outform DER |
-  tail -c 32 | od -An -tx1 | tr -d ' \n')")
+  tail -c 32 | od -An -v -tx1 | tr -d ' \n')")
 
 cd "$here/.."
 cmake --preset bundle --log-level=WARNING "${options[@]}" "-DMORVANE_BUILD_NUMBER=$build"

@@ -116,7 +116,7 @@ TEST_P(InstalledTest, AttachedScansAndPicturesAreRead)
         morvane.display(),
         {{"text/uri-list",
           uriList(
-              {files.write(u"photo.webp"_s, encoded(samplePhoto({2'400, 1'200}), "webp", 80)),
+              {files.write(u"photo.webp"_s, encoded(samplePhoto({1'600, 100}), "webp", 80)),
                files.write(u"scan.pdf"_s, samplePdf({{SamplePage::Kind::scanned, u"Dear reader"_s}}))})}});
     const auto field = u"Message Morvane"_s;
     morvane.program().find(field).takeFocus();
@@ -140,7 +140,9 @@ TEST_P(InstalledTest, TheScreenIsRead)
     morvane.start();
     morvane.send(u"Seven zebras"_s);
     ASSERT_TRUE(morvane.ear().hears(u"I see."_s));
-    EXPECT_THAT(lastResult(morvane).toStdString(), testing::HasSubstr("Seven zebras"));
+    // What follows are the elements, which are told by the accessibility bus.
+    const QString recognized = lastResult(morvane).section(u"\n\nClickable elements"_s, 0, 0);
+    EXPECT_THAT(recognized.toStdString(), testing::HasSubstr("Seven zebras"));
 }
 
 TEST_P(InstalledTest, ToolServersAreStarted)
