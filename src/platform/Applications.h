@@ -5,6 +5,7 @@
 #include <QString>
 #include <QUrl>
 #include <optional>
+#include <stop_token>
 
 namespace morvane {
 
@@ -40,12 +41,16 @@ public:
     /// The programs with windows.
     virtual QList<RunningApplication> running() = 0;
 
-    /// Brings all windows of the program to the front and gives it the focus.
-    virtual void activate(const RunningApplication &application) = 0;
-    /// Starts the program of this name; false if there is none or it ends at once with an error.
-    virtual bool open(const QString &name) = 0;
-    /// Opens the address in the program of this name, or in the user's choice if the name is empty.
-    virtual bool openAddress(const QUrl &address, const QString &application) = 0;
+    /// Brings all windows of the program to the front and gives it the focus. `stop` ends the waiting for
+    /// that.
+    virtual void activate(const RunningApplication &application, const std::stop_token &stop) = 0;
+    /// Starts the program of this name; false if there is none, it ends at once with an error, or `stop` is
+    /// asked for while it is still on its way.
+    virtual bool open(const QString &name, const std::stop_token &stop) = 0;
+    /// Opens the address in the program of this name, or in the user's choice if the name is empty; false as
+    /// for `open`.
+    virtual bool openAddress(const QUrl &address, const QString &application,
+                             const std::stop_token &stop) = 0;
 };
 
 } // namespace morvane

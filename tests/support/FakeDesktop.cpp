@@ -191,21 +191,26 @@ AccessibilityTree::Outcome FakeAccessibilityTree::setValue(const ScreenElement &
     return outcome;
 }
 
-void FakeApplications::activate(const RunningApplication &application)
+void FakeApplications::activate(const RunningApplication &application, const std::stop_token &)
 {
     m_log.add(u"activate "_s + application.name);
 }
 
-bool FakeApplications::open(const QString &name)
+bool FakeApplications::open(const QString &name, const std::stop_token &stop)
 {
     m_log.add(u"open "_s + name);
-    return opens;
+    if (onOpen)
+        onOpen(stop);
+    return opens && !stop.stop_requested();
 }
 
-bool FakeApplications::openAddress(const QUrl &address, const QString &application)
+bool FakeApplications::openAddress(const QUrl &address, const QString &application,
+                                   const std::stop_token &stop)
 {
     m_log.add(u"open address "_s + address.toString(QUrl::FullyEncoded) + u" in ["_s + application + u']');
-    return opens;
+    if (onOpen)
+        onOpen(stop);
+    return opens && !stop.stop_requested();
 }
 
 void FakeInputEvents::requestTrust()

@@ -121,15 +121,17 @@ public:
     std::optional<DesktopWindow> focusedWindow(qint64) override { return focused; }
     QList<DesktopWindow> windows() override { return allWindows; }
     QList<RunningApplication> running() override { return runningApplications; }
-    void activate(const RunningApplication &application) override;
-    bool open(const QString &name) override;
-    bool openAddress(const QUrl &address, const QString &application) override;
+    void activate(const RunningApplication &application, const std::stop_token &stop) override;
+    bool open(const QString &name, const std::stop_token &stop) override;
+    bool openAddress(const QUrl &address, const QString &application, const std::stop_token &stop) override;
 
     std::optional<RunningApplication> front;
     std::optional<DesktopWindow> focused;
     QList<DesktopWindow> allWindows;
     QList<RunningApplication> runningApplications;
     bool opens = true;
+    /// Called before something is opened, on its thread.
+    std::function<void(const std::stop_token &)> onOpen;
 
 private:
     DesktopLog &m_log;

@@ -202,20 +202,29 @@ Task<ToolResult> ScreenTools::openURL(QString url, QString application)
             u"\" is not a valid URL. Use a full address like "
             "https://www.youtube.com/results?search_query=piano+lesson"_s;
     }
-    const bool opened = co_await runOffMain([shared = m_shared, address, application] {
-        return shared->desktop.applications->openAddress(address, application);
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    const bool opened = co_await runOffMain([shared = m_shared, address, application, token = stop.token()] {
+        return shared->desktop.applications->openAddress(address, application, token);
     });
     if (!opened)
-        co_return u"Error: could not open the URL. Make sure a default browser is set."_s;
+        co_return stop.token().stop_requested()
+            ? stopped
+            : u"Error: could not open the URL. Make sure a default browser is set."_s;
     co_return u"Opened "_s + address.toString(QUrl::FullyEncoded) + u" in the browser."_s;
 }
 
 Task<ToolResult> ScreenTools::openApplication(QString name)
 {
-    const bool opened =
-        co_await runOffMain([shared = m_shared, name] { return shared->desktop.applications->open(name); });
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    const bool opened = co_await runOffMain([shared = m_shared, name, token = stop.token()] {
+        return shared->desktop.applications->open(name, token);
+    });
     if (!opened)
-        co_return u"Error: could not find or open the application named \""_s + name + u"\"."_s;
+        co_return stop.token().stop_requested()
+            ? stopped
+            : u"Error: could not find or open the application named \""_s + name + u"\"."_s;
     co_return u"Opened the "_s + name + u" application."_s;
 }
 
@@ -224,16 +233,19 @@ Task<ToolResult> ScreenTools::activateApp(QString name)
     const QString wanted = trimmed(name);
     if (wanted.isEmpty())
         co_return u"Error: an application name is required."_s;
-    co_return co_await runOffMain([shared = m_shared, wanted] {
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    co_return co_await runOffMain([shared = m_shared, wanted, token = stop.token()] {
         Applications &applications = *shared->desktop.applications;
         for (const RunningApplication &application : applications.running()) {
             if (application.name.compare(wanted, Qt::CaseInsensitive) == 0) {
-                applications.activate(application);
+                applications.activate(application, token);
                 return u"Activated "_s + wanted + u'.';
             }
         }
-        return applications.open(wanted) ? u"Launched and activated "_s + wanted + u'.'
-                                         : couldNotLaunch(wanted);
+        if (applications.open(wanted, token))
+            return u"Launched and activated "_s + wanted + u'.';
+        return token.stop_requested() ? stopped : couldNotLaunch(wanted);
     });
 }
 

@@ -25,7 +25,7 @@ void turnTo(qint64 pid)
     LinuxApplications applications;
     for (const RunningApplication &program : applications.running())
         if (program.pid == pid)
-            applications.activate(program);
+            applications.activate(program, {});
 }
 
 /// The two numbers that the first line of this form has.

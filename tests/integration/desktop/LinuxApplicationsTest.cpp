@@ -2,6 +2,8 @@
 
 #include "support/XConnection.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QFile>
 #include <csignal>
 #include <fcntl.h>
@@ -37,6 +39,21 @@ protected:
             return application &&
                    QString::fromUtf8(g_app_info_get_id(application.get())) == id + u".desktop"_s;
         });
+    }
+
+    /// Has the bus start this command for the program of this name.
+    static void serve(const QString &name, const QString &command)
+    {
+        const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/dbus-1/services"_s;
+        QDir().mkpath(folder);
+        QFile file(folder + u'/' + name + u".service"_s);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write((u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, command)).toUtf8());
+        file.close();
+        const QString bus = u"org.freedesktop.DBus"_s;
+        const QDBusMessage reply = QDBusConnection::sessionBus().call(
+            QDBusMessage::createMethodCall(bus, u"/org/freedesktop/DBus"_s, bus, u"ReloadConfig"_s));
+        ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
     }
 
     /// Ends the program that comes to the front.
@@ -129,21 +146,31 @@ TEST_F(LinuxApplicationsTest, AProgramOfTheTerminalGetsATerminal)
 
 TEST_F(LinuxApplicationsTest, AProgramThatTheBusStartsIsStartedByItAndAMissingOneIsAnError)
 {
-    const QString services = qEnvironmentVariable("XDG_DATA_HOME") + u"/dbus-1/services"_s;
-    QDir().mkpath(services);
-    QFile service(services + u"/org.gtk.Demo4.App.service"_s);
-    ASSERT_TRUE(service.open(QIODevice::WriteOnly));
-    service.write("[D-BUS Service]\nName=org.gtk.Demo4.App\nExec=/usr/bin/gtk4-demo-application "
-                  "--gapplication-service\n");
-    service.close();
+    serve(u"org.gtk.Demo4.App"_s, u"/usr/bin/gtk4-demo-application --gapplication-service"_s);
     const QString byTheBusOnly = u"DBusActivatable=true\n"_s;
     install(u"org.gtk.Demo4.App"_s, u"Factory"_s, u"false"_s, byTheBusOnly);
     install(u"org.example.Missing"_s, u"Missing Service"_s, u"false"_s, byTheBusOnly);
-    ASSERT_TRUE(waitUntil(
-        [&] { return run(m_tools.openApplication(u"Factory"_s)) == u"Opened the Factory application."_s; }));
+    EXPECT_EQ(run(m_tools.openApplication(u"Factory"_s)), u"Opened the Factory application."_s);
     endFrontmost();
     EXPECT_TRUE(run(m_tools.openApplication(u"Missing Service"_s)).startsWith(u"Error:"_s));
     uninstall(u"org.gtk.Demo4.App"_s);
+}
+
+TEST_F(LinuxApplicationsTest, AStopEndsTheWaitingForAProgramThatTheBusStartsAndThatHangs)
+{
+    const QString name = u"org.example.Hanging"_s;
+    serve(name, u"/bin/sh -c \"echo $$ > %1; exec sleep 600\""_s.arg(m_folder.filePath(u"pid"_s)));
+    install(name, u"Hanging Program"_s, u"false"_s, u"DBusActivatable=true\n"_s);
+    TaskHandle<ToolResult> opening = m_scheduler.spawn(m_tools.openApplication(u"Hanging Program"_s));
+    EXPECT_TRUE(waitUntil([&] { return written(u"pid"_s).endsWith(u'\n') || opening.done(); }));
+    EXPECT_FALSE(opening.done());
+    opening.cancel();
+    // Half of what the bus is given to start a program.
+    EXPECT_TRUE(waitUntil([&] { return opening.done(); }, std::chrono::seconds(10)));
+    ASSERT_TRUE(waitUntil([&] { return opening.done(); }));
+    EXPECT_EQ(opening.result().text, u"Error: stopped before it was done."_s);
+    ::kill(pid_t(written(u"pid"_s).toInt()), SIGTERM);
+    uninstall(name);
 }
 
 TEST_F(LinuxApplicationsTest, WhatIsOpenedInheritsNeitherGroupNorDescriptorsNorOurVariables)

@@ -1,8 +1,5 @@
 #include "ScreenFixture.h"
 
-#include <atomic>
-#include <thread>
-
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -72,6 +69,15 @@ TEST_F(ApplicationToolsTest, WhatIsNoFullAddressIsRefusedAsItWasGiven)
     EXPECT_THAT(events(), IsEmpty());
 }
 
+TEST_F(ApplicationToolsTest, AStopEndsTheWaitingForAProgramThatIsOpened)
+{
+    const QString stopped = u"Error: stopped before it was done."_s;
+    auto &hook = m_desktop.applications->onOpen;
+    EXPECT_EQ(stopDuring(hook, m_tools.openApplication(u"Notes"_s)), stopped);
+    EXPECT_EQ(stopDuring(hook, m_tools.activateApp(u"Notes"_s)), stopped);
+    EXPECT_EQ(stopDuring(hook, m_tools.openURL(u"https://example.com"_s, {})), stopped);
+}
+
 TEST_F(ClipboardToolsTest, TheClipboardIsReadWhole)
 {
     EXPECT_EQ(run(m_tools.clipboardRead()), u"The clipboard is empty or does not contain text."_s);
@@ -83,21 +89,9 @@ TEST_F(ClipboardToolsTest, TheClipboardIsReadWhole)
 
 TEST_F(ClipboardToolsTest, AStopEndsTheReading)
 {
-    std::atomic<bool> isReading = false;
-    std::atomic<bool> goesOn = false;
     m_desktop.clipboard->content = u"secret"_s;
-    m_desktop.clipboard->onRead = [&](const std::stop_token &stop) {
-        isReading = true;
-        while (!stop.stop_requested() && !goesOn)
-            std::this_thread::yield();
-    };
-    TaskHandle<ToolResult> reading = m_scheduler.spawn(m_tools.clipboardRead());
-    ASSERT_TRUE(waitUntil([&] { return isReading.load(); }));
-    reading.cancel();
-    EXPECT_TRUE(waitUntil([&] { return reading.done(); }));
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return reading.done(); }));
-    EXPECT_EQ(reading.result().text, u"Error: stopped before it was done."_s);
+    EXPECT_EQ(stopDuring(m_desktop.clipboard->onRead, m_tools.clipboardRead()),
+              u"Error: stopped before it was done."_s);
 }
 
 TEST_F(ClipboardToolsTest, TheClipboardIsSetWithoutWhiteSpaceAround)

@@ -6,7 +6,9 @@
 #include "support/RunTask.h"
 #include "tools/screen/ScreenTools.h"
 
+#include <atomic>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace morvane {
 
@@ -15,6 +17,27 @@ class ScreenFixture : public testing::Test {
 protected:
     QString run(Task<ToolResult> task) { return runTask(m_scheduler, std::move(task)).text; }
     QStringList events() const { return m_desktop.log.events(); }
+
+    /// What a tool says that is stopped while the desktop does something for it. `hook` is the fake's that is
+    /// called meanwhile.
+    QString stopDuring(std::function<void(const std::stop_token &)> &hook, Task<ToolResult> tool)
+    {
+        std::atomic<bool> isBusy = false;
+        std::atomic<bool> goesOn = false;
+        hook = [&](const std::stop_token &stop) {
+            isBusy = true;
+            while (!stop.stop_requested() && !goesOn)
+                std::this_thread::yield();
+        };
+        TaskHandle<ToolResult> running = m_scheduler.spawn(std::move(tool));
+        EXPECT_TRUE(waitUntil([&] { return isBusy.load(); }));
+        running.cancel();
+        EXPECT_TRUE(waitUntil([&] { return running.done(); }));
+        goesOn = true;
+        EXPECT_TRUE(waitUntil([&] { return running.done(); }));
+        hook = nullptr;
+        return running.result().text;
+    }
 
     /// A program in front with a focused window on the first display.
     void showFront(const FakeElement &tree = {})

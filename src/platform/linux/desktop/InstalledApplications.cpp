@@ -7,7 +7,9 @@
 #include <QFileInfo>
 #include <QSet>
 #include <QStandardPaths>
+#include <array>
 #include <chrono>
+#include <functional>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <memory>
@@ -135,13 +137,38 @@ void remember(GDesktopAppInfo *, GPid pid, gpointer child)
     *static_cast<pid_t *>(child) = pid;
 }
 
+/// Has GIO give up its waiting as soon as `stop` is asked for.
+class GiveUpOnStop {
+public:
+    explicit GiveUpOnStop(const std::stop_token &stop)
+        : m_callback(stop, [this] { g_cancellable_cancel(m_cancellable.get()); })
+    {
+    }
+    ~GiveUpOnStop()
+    {
+        if (m_descriptor >= 0)
+            g_cancellable_release_fd(m_cancellable.get());
+    }
+    GiveUpOnStop(const GiveUpOnStop &) = delete;
+    GiveUpOnStop &operator=(const GiveUpOnStop &) = delete;
+
+    GCancellable *cancellable() const { return m_cancellable.get(); }
+    /// Can be read once `stop` has been asked for.
+    int descriptor() const { return m_descriptor; }
+
+private:
+    const Owned<GCancellable> m_cancellable{g_cancellable_new()};
+    const int m_descriptor = g_cancellable_get_fd(m_cancellable.get());
+    const std::stop_callback<std::function<void()>> m_callback;
+};
+
 /// Whether the bus runs the program with this name, which it starts first where that is needed.
-bool isServed(GDBusConnection *bus, const char *name)
+bool isServed(GDBusConnection *bus, const char *name, GCancellable *stop)
 {
     GVariant *const reply = g_dbus_connection_call_sync(
         bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "StartServiceByName",
         g_variant_new("(su)", name, 0U), G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE,
-        int(timeToServe.count()), nullptr, nullptr);
+        int(timeToServe.count()), stop, nullptr);
     if (reply)
         g_variant_unref(reply);
     return reply != nullptr;
@@ -186,24 +213,28 @@ QString InstalledApplications::nameFor(const QByteArray &windowClass, const QStr
     return ownClass.isEmpty() ? instance : ownClass;
 }
 
-bool InstalledApplications::launch(const QString &name, const QList<QByteArray> &addresses)
+bool InstalledApplications::launch(const QString &name, const QList<QByteArray> &addresses,
+                                   const std::stop_token &stop)
 {
     const Application application = name.isEmpty() ? nullptr : findByName(name);
-    return application && start(application.get(), addresses);
+    return application && start(application.get(), addresses, stop);
 }
 
-bool InstalledApplications::launchFor(const QByteArray &scheme, const QByteArray &address)
+bool InstalledApplications::launchFor(const QByteArray &scheme, const QByteArray &address,
+                                      const std::stop_token &stop)
 {
     const Application application = usualFor(scheme, address);
-    return application && start(application.get(), {address});
+    return application && start(application.get(), {address}, stop);
 }
 
-bool InstalledApplications::start(void *application, const QList<QByteArray> &addresses)
+bool InstalledApplications::start(void *application, const QList<QByteArray> &addresses,
+                                  const std::stop_token &stop)
 {
     buryTheDead();
+    const GiveUpOnStop stopped(stop);
     // Programs that the bus starts are asked for over a shared connection, which must not end this process
     // when the bus does.
-    const Owned<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    const Owned<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, stopped.cancellable(), nullptr));
     if (bus)
         g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     auto *const desktopFile = static_cast<GDesktopAppInfo *>(application);
@@ -211,7 +242,9 @@ bool InstalledApplications::start(void *application, const QList<QByteArray> &ad
                               .completeBaseName()
                               .toUtf8();
     if (bus && g_desktop_app_info_get_boolean(desktopFile, "DBusActivatable") &&
-        g_dbus_is_name(id.constData()) && !isServed(bus.get(), id.constData()))
+        g_dbus_is_name(id.constData()) && !isServed(bus.get(), id.constData(), stopped.cancellable()))
+        return false;
+    if (stop.stop_requested())
         return false;
     const Owned<GAppLaunchContext> context(g_app_launch_context_new());
     for (const char *variable : ownVariables)
@@ -226,14 +259,14 @@ bool InstalledApplications::start(void *application, const QList<QByteArray> &ad
         g_desktop_app_info_launch_uris_as_manager(desktopFile, list, context.get(), flags, leaveTheGroup,
                                                   nullptr, remember, &child, nullptr) != FALSE;
     g_list_free(list);
-    return started && (child == 0 || survives(child));
+    return started && (child == 0 || survives(child, stopped.descriptor()));
 }
 
-bool InstalledApplications::survives(pid_t child)
+bool InstalledApplications::survives(pid_t child, int stopped)
 {
     const FileDescriptor end(int(::syscall(SYS_pidfd_open, child, 0)));
-    pollfd waiting{end.get(), POLLIN, 0};
-    ::poll(&waiting, end.isOpen() ? 1 : 0, int(timeToFail.count()));
+    std::array waiting{pollfd{end.get(), POLLIN, 0}, pollfd{stopped, POLLIN, 0}};
+    ::poll(waiting.data(), waiting.size(), int(timeToFail.count()));
     int status = 0;
     if (::waitpid(child, &status, WNOHANG) == child)
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 #include <mutex>
+#include <stop_token>
 #include <sys/types.h>
 
 namespace morvane {
@@ -17,17 +18,17 @@ public:
     static QString nameFor(const QByteArray &windowClass, const QString &applicationId);
 
     /// Starts the program with this name in the menu, or the only one whose name holds it, with `addresses`.
-    /// False if there is none or it ends with an error at once. It inherits nothing of this process but the
-    /// environment of the user's session.
-    bool launch(const QString &name, const QList<QByteArray> &addresses = {});
+    /// False if there is none, it ends with an error at once, or `stop` is asked for while the bus starts it.
+    /// It inherits nothing of this process but the environment of the user's session.
+    bool launch(const QString &name, const QList<QByteArray> &addresses, const std::stop_token &stop);
 
     /// Starts the user's choice for addresses like this one.
-    bool launchFor(const QByteArray &scheme, const QByteArray &address);
+    bool launchFor(const QByteArray &scheme, const QByteArray &address, const std::stop_token &stop);
 
 private:
-    bool start(void *application, const QList<QByteArray> &addresses);
-    /// Whether the child is there, or has ended well, after a moment.
-    bool survives(pid_t child);
+    bool start(void *application, const QList<QByteArray> &addresses, const std::stop_token &stop);
+    /// Whether the child is there, or has ended well, after a moment, or when `stopped` can be read.
+    bool survives(pid_t child, int stopped);
     void buryTheDead();
 
     std::mutex m_mutex;

@@ -86,7 +86,7 @@ QList<RunningApplication> LinuxApplications::running()
     return programs;
 }
 
-void LinuxApplications::activate(const RunningApplication &application)
+void LinuxApplications::activate(const RunningApplication &application, const std::stop_token &stop)
 {
     const auto display = XDisplay::open();
     if (!display)
@@ -112,20 +112,21 @@ void LinuxApplications::activate(const RunningApplication &application)
         return active && active->window == top && hasKeyboard(*display, top);
     };
     const QDeadlineTimer deadline(timeToComeForward);
-    while (!isInFront() && !deadline.hasExpired())
+    while (!isInFront() && !deadline.hasExpired() && !stop.stop_requested())
         std::this_thread::sleep_for(lookInterval);
 }
 
-bool LinuxApplications::open(const QString &name)
+bool LinuxApplications::open(const QString &name, const std::stop_token &stop)
 {
-    return m_installed.launch(name);
+    return m_installed.launch(name, {}, stop);
 }
 
-bool LinuxApplications::openAddress(const QUrl &address, const QString &application)
+bool LinuxApplications::openAddress(const QUrl &address, const QString &application,
+                                    const std::stop_token &stop)
 {
     const QByteArray encoded = address.toEncoded(QUrl::FullyEncoded);
-    return application.isEmpty() ? m_installed.launchFor(address.scheme().toLatin1(), encoded)
-                                 : m_installed.launch(application, {encoded});
+    return application.isEmpty() ? m_installed.launchFor(address.scheme().toLatin1(), encoded, stop)
+                                 : m_installed.launch(application, {encoded}, stop);
 }
 
 } // namespace morvane

@@ -12,9 +12,9 @@ public:
     std::optional<DesktopWindow> focusedWindow(qint64 pid) override;
     QList<DesktopWindow> windows() override;
     QList<RunningApplication> running() override;
-    void activate(const RunningApplication &application) override;
-    bool open(const QString &name) override;
-    bool openAddress(const QUrl &address, const QString &application) override;
+    void activate(const RunningApplication &application, const std::stop_token &stop) override;
+    bool open(const QString &name, const std::stop_token &stop) override;
+    bool openAddress(const QUrl &address, const QString &application, const std::stop_token &stop) override;
 
 private:
     InstalledApplications m_installed;
