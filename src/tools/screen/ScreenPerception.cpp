@@ -41,9 +41,9 @@ QString point(QPointF place, QLatin1String separator)
     return QString::number(qint64(place.x())) + separator + QString::number(qint64(place.y()));
 }
 
-qreal area(const DesktopWindow &window)
+qreal area(const QRectF &frame)
 {
-    return window.frame.width() * window.frame.height();
+    return frame.width() * frame.height();
 }
 
 /// A point on the edge of two displays is on the one that begins there.
@@ -51,6 +51,14 @@ bool holds(const QRect &display, QPointF place)
 {
     return place.x() >= display.x() && place.x() < display.x() + display.width() &&
            place.y() >= display.y() && place.y() < display.y() + display.height();
+}
+
+/// The first display that shows most of the window; the first of all for a window that none shows.
+QRect displayOf(const QList<QRect> &displays, const QRectF &window)
+{
+    const auto shown = [&window](const QRect &display) { return area(QRectF(display) & window); };
+    return *std::max_element(displays.begin(), displays.end(),
+                             [&](const QRect &one, const QRect &other) { return shown(one) < shown(other); });
 }
 
 QString heading(const QRect &region, const QString &title)
@@ -132,16 +140,16 @@ ScreenPerception::chooseRegion(const std::optional<RunningApplication> &frontmos
     const QList<QRect> displays = m_desktop.screen->displays();
     if (displays.isEmpty())
         return std::nullopt;
-    const auto displayAt = [&displays](QPointF place) {
+    const auto displayAt = [&displays](QPointF place, const QRectF &window) {
         for (const QRect &display : displays)
             if (holds(display, place))
                 return display;
-        return displays.first();
+        return displayOf(displays, window);
     };
     if (frontmost)
         if (const auto window = frontmostWindowFrame(frontmost->pid))
-            return Region{displayAt(window->frame.center()), window->title};
-    return Region{displayAt(m_desktop.screen->pointer()), {}};
+            return Region{displayAt(window->frame.center(), window->frame), window->title};
+    return Region{displayAt(m_desktop.screen->pointer(), {}), {}};
 }
 
 std::optional<DesktopWindow> ScreenPerception::frontmostWindowFrame(qint64 pid)
@@ -151,7 +159,7 @@ std::optional<DesktopWindow> ScreenPerception::frontmostWindowFrame(qint64 pid)
     const QList<DesktopWindow> windows = m_desktop.applications->windows();
     const DesktopWindow *largest = nullptr;
     for (const DesktopWindow &window : windows)
-        if (window.pid == pid && window.layer == 0 && (!largest || area(window) > area(*largest)))
+        if (window.pid == pid && window.layer == 0 && (!largest || area(window.frame) > area(largest->frame)))
             largest = &window;
     if (!largest || largest->frame.width() <= smallestWindowSide ||
         largest->frame.height() <= smallestWindowSide)

@@ -179,6 +179,27 @@ TEST_F(CaptureScreenTest, AWindowOutsideOfEveryDisplayLeavesThePrimaryOne)
     EXPECT_EQ(events().first(), u"capture 0,0 1000x800"_s);
 }
 
+TEST_F(CaptureScreenTest, AWindowWhoseCentreIsOnNoDisplayIsLookedAtWhereMostOfItIsShown)
+{
+    showFront();
+    m_desktop.screen->mouse = {1100, 10};
+    m_desktop.screen->frames = {{0, 0, 1000, 800}, {1000, 0, 500, 400}, {1500, 0, 500, 400}};
+    m_desktop.applications->focused->frame = QRectF(1400, 300, 500, 800);
+    capture();
+    m_desktop.applications->focused->frame = QRectF(950, 390, 100, 1000);
+    capture();
+    EXPECT_EQ(events().filter(u"capture"_s),
+              QStringList({u"capture 1500,0 500x400"_s, u"capture 0,0 1000x800"_s}));
+}
+
+TEST_F(CaptureScreenTest, APointerOnNoDisplayLeavesThePrimaryOne)
+{
+    m_desktop.screen->frames = {{0, 0, 1000, 800}, {1000, 0, 500, 400}};
+    m_desktop.screen->mouse = {1100, 500};
+    capture();
+    EXPECT_EQ(events().filter(u"capture"_s), QStringList({u"capture 0,0 1000x800"_s}));
+}
+
 TEST_F(CaptureScreenTest, WithoutAFocusedWindowTheProgramsLargestOrdinaryWindowCounts)
 {
     showFront();
@@ -230,19 +251,7 @@ TEST_F(CaptureScreenTest, AStopEndsTheReadingAndLeavesTheNumbersThatTheModelKnow
     showFront(group({button(u"Known"_s, {0, 0, 10, 10})}));
     capture();
     m_desktop.elements->applications[7] = group({button(u"Never told"_s, {0, 0, 10, 10})});
-    std::atomic<bool> isReading = false;
-    std::atomic<bool> goesOn = false;
-    m_desktop.recognizer->onRecognize = [&](const std::stop_token &stop) {
-        isReading = true;
-        while (!stop.stop_requested() && !goesOn)
-            std::this_thread::yield();
-    };
-    TaskHandle<ToolResult> look = m_scheduler.spawn(m_tools.captureScreen());
-    ASSERT_TRUE(waitUntil([&] { return isReading.load(); }));
-    look.cancel();
-    EXPECT_TRUE(waitUntil([&] { return look.done(); }));
-    goesOn = true;
-    ASSERT_TRUE(waitUntil([&] { return look.done(); }));
+    stopDuring(m_desktop.recognizer->onRecognize, m_tools.captureScreen());
     EXPECT_EQ(run(m_tools.axClick(1)), u"Pressed button 'Known' at (5, 5)."_s);
 }
 
