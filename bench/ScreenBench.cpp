@@ -1,6 +1,7 @@
 // What looking at the screen costs: a capture of a full HD screen full of small text, the recognition alone
 // beside the command "tesseract" and how many of the words each finds, the walk of a program's elements, a
-// program in front that hangs, and the memory that stays. Prints JSON.
+// program in front that hangs, and the memory that stays. Prints JSON. Arguments choose cases by name:
+// capture, recognition, tesseract, elements, frozen.
 
 #include "Median.h"
 #include "ProcMegabytes.h"
@@ -27,6 +28,7 @@
 #include <QTemporaryDir>
 #include <csignal>
 #include <cstdio>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +37,7 @@ using namespace morvane;
 namespace {
 
 constexpr int runs = 7;
+constexpr int runsOfOthers = 1; // which take half a minute each
 constexpr QSize screenSize{1920, 1080};
 constexpr int textLines = 64;
 constexpr int wordsInLine = 24;
@@ -85,15 +88,42 @@ private:
     TestProgram m_program;
 };
 
+/// What the programs that have been waited for took of the processors, in milliseconds.
+double processorTimeOfOthers()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    const auto milliseconds = [](const timeval &time) {
+        return double(time.tv_sec) * 1e3 + double(time.tv_usec) / 1e3;
+    };
+    return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
+}
+
 class ScreenBench {
 public:
+    /// `cases` by name; all if there is none.
+    explicit ScreenBench(const QStringList &cases) : m_cases(cases) {}
+
     void run()
     {
-        measureText();
-        measureElements();
+        if (isChosen("capture") || isChosen("recognition") || isChosen("tesseract"))
+            measureText();
+        if (isChosen("elements") || isChosen("frozen"))
+            measureForm();
+        std::printf("{%s}\n", m_results.join(", "_L1).toUtf8().constData());
     }
 
 private:
+    bool isChosen(const char *name) const
+    {
+        return m_cases.isEmpty() || m_cases.contains(QLatin1String(name));
+    }
+
+    void tell(const char *name, double value)
+    {
+        m_results.append(u"\"%1\": %2"_s.arg(QLatin1String(name)).arg(value, 0, 'f', 1));
+    }
+
     QString capture() { return runTask(m_scheduler, m_tools.captureScreen(), std::chrono::seconds(60)).text; }
 
     void measureText()
@@ -111,20 +141,31 @@ private:
                               u"until [ $(stty size | cut -d' ' -f2) -gt 200 ]; do sleep 0.1; done; cat "_s +
                                   file.fileName() + u"; sleep 600"_s},
                              m_folder.filePath(u"xterm.log"_s));
+        const double memory = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
         waitUntil([&] { return foundPercent(words, capture()) > 50; });
-        const double before = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
-        QString text;
-        const double whole = medianMilliseconds(runs, [&] { text = capture(); });
-        const double after = procMegabytes(u"self"_s, "smaps_rollup", "Pss");
+        tell("words", double(words.size()));
+        if (isChosen("capture")) {
+            measureCapture(words);
+            tell("memory_left_mb", procMegabytes(u"self"_s, "smaps_rollup", "Pss") - memory);
+        }
         const QImage image = LinuxScreenCapture().capture(QRect(QPoint(), screenSize));
-        const double picture =
-            medianMilliseconds(runs, [] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); });
-        const double recognition = medianMilliseconds(runs, [&] { m_recognizer->recognize(image, {}); });
-        std::printf("{\"capture_ms\": %.0f, \"picture_ms\": %.1f, \"recognition_ms\": %.0f, "
-                    "\"words\": %lld, \"words_found_percent\": %.1f, \"memory_left_mb\": %.1f,\n",
-                    whole, picture, recognition, static_cast<long long>(words.size()),
-                    foundPercent(words, text), after - before);
-        measureTesseract(image, words);
+        if (isChosen("recognition")) {
+            const double before = processorTimeOfOthers();
+            tell("recognition_ms",
+                 medianMilliseconds(runs, [&] { LinuxTextRecognizer(m_recognizer).recognize(image, {}); }));
+            tell("recognition_processor_ms", (processorTimeOfOthers() - before) / runs);
+        }
+        if (isChosen("tesseract"))
+            measureTesseract(image, words);
+    }
+
+    void measureCapture(const QStringList &words)
+    {
+        QString text;
+        tell("capture_ms", medianMilliseconds(runs, [&] { text = capture(); }));
+        tell("words_found_percent", foundPercent(words, text));
+        tell("picture_ms",
+             medianMilliseconds(runs, [] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); }));
     }
 
     /// The command of the same library, as it comes.
@@ -133,17 +174,16 @@ private:
         const QString path = m_folder.filePath(u"screen.png"_s);
         image.save(path);
         QString text;
-        const double time = medianMilliseconds(runs, [&] {
-            QProcess tesseract;
-            tesseract.start(u"tesseract"_s, {path, u"-"_s, u"--psm"_s, u"11"_s});
-            tesseract.waitForFinished(120'000);
-            text = QString::fromUtf8(tesseract.readAllStandardOutput());
-        });
-        std::printf(" \"tesseract_ms\": %.0f, \"tesseract_found_percent\": %.1f,\n", time,
-                    foundPercent(words, text));
+        tell("tesseract_ms", medianMilliseconds(runsOfOthers, [&] {
+                 QProcess tesseract;
+                 tesseract.start(u"tesseract"_s, {path, u"-"_s, u"--psm"_s, u"11"_s});
+                 tesseract.waitForFinished(120'000);
+                 text = QString::fromUtf8(tesseract.readAllStandardOutput());
+             }));
+        tell("tesseract_found_percent", foundPercent(words, text));
     }
 
-    void measureElements()
+    void measureForm()
     {
         QStringList arguments{u"--form"_s, u"--columns=5"_s, u"--button=Leave:0"_s};
         for (int field = 0; field < fields; ++field)
@@ -161,21 +201,25 @@ private:
             walk();
             return found >= fields;
         });
-        const double time = medianMilliseconds(runs, walk);
-        ::kill(form.pid(), SIGSTOP);
-        const double frozen = medianMilliseconds(runs, [&] { capture(); });
-        ::kill(form.pid(), SIGCONT);
-        std::printf(
-            " \"walk_ms\": %.0f, \"clickable_elements\": %lld, \"capture_of_a_frozen_program_ms\": %.0f}\n",
-            time, static_cast<long long>(found), frozen);
+        if (isChosen("elements")) {
+            tell("walk_ms", medianMilliseconds(runs, walk));
+            tell("clickable_elements", double(found));
+        }
+        if (isChosen("frozen")) {
+            ::kill(form.pid(), SIGSTOP);
+            tell("capture_of_a_frozen_program_ms", medianMilliseconds(runs, [&] { capture(); }));
+            ::kill(form.pid(), SIGCONT);
+        }
     }
 
+    const QStringList m_cases;
+    QStringList m_results;
     QTemporaryDir m_folder;
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
-    const std::shared_ptr<LinuxTextRecognizer> m_recognizer = std::make_shared<LinuxTextRecognizer>(
-        InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s));
-    ScreenTools m_tools{{std::make_shared<LinuxScreenCapture>(), m_recognizer,
+    const QString m_recognizer = InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s);
+    ScreenTools m_tools{{std::make_shared<LinuxScreenCapture>(),
+                         std::make_shared<LinuxTextRecognizer>(m_recognizer),
                          std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
                          std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
                          std::make_shared<RealSequenceClock>()}};
@@ -188,6 +232,6 @@ int main(int argc, char **argv)
     const PrivateDesktop desktop(screenSize);
     desktop.adopt();
     const QGuiApplication application(argc, argv);
-    ScreenBench().run();
+    ScreenBench(QCoreApplication::arguments().mid(1)).run();
     return 0;
 }

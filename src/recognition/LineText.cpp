@@ -28,8 +28,7 @@ std::size_t slotAt(const std::vector<LinePicture::Slot> &slots, int place)
     return nearest;
 }
 
-} // namespace
-
+/// All that was read as one word.
 WordText oneWord(const std::vector<ReadWord> &read)
 {
     WordText whole;
@@ -45,6 +44,8 @@ WordText oneWord(const std::vector<ReadWord> &read)
         whole.text += (whole.text.empty() ? "" : " ") + part.text;
     return whole;
 }
+
+} // namespace
 
 std::vector<std::optional<WordText>> textsOf(const std::vector<LinePicture::Slot> &slots,
                                              const std::vector<ReadWord> &read)
@@ -67,6 +68,28 @@ std::vector<std::optional<WordText>> textsOf(const std::vector<LinePicture::Slot
         if (isClear[at] && !inSlots[at].empty())
             texts[at] = oneWord(inSlots[at]);
     return texts;
+}
+
+std::vector<std::optional<WordText>> surestTexts(const std::vector<LinePicture::Slot> &slots,
+                                                 const std::vector<std::vector<ReadWord>> &readings)
+{
+    std::vector<std::optional<WordText>> surest(slots.size());
+    for (const std::vector<ReadWord> &read : readings) {
+        std::vector<std::optional<WordText>> texts = textsOf(slots, read);
+        for (std::size_t at = 0; at < slots.size(); ++at)
+            if (texts[at] && (!surest[at] || texts[at]->confidence > surest[at]->confidence))
+                surest[at] = std::move(texts[at]);
+    }
+    return surest;
+}
+
+WordText surestWord(const std::vector<std::vector<ReadWord>> &readings)
+{
+    WordText surest;
+    for (const std::vector<ReadWord> &read : readings)
+        if (WordText word = oneWord(read); surest.text.empty() || word.confidence > surest.confidence)
+            surest = std::move(word);
+    return surest;
 }
 
 std::string lineText(const std::vector<WordText> &words)

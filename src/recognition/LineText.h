@@ -27,8 +27,12 @@ struct ReadWord {
 std::vector<std::optional<WordText>> textsOf(const std::vector<LinePicture::Slot> &slots,
                                              const std::vector<ReadWord> &read);
 
-/// All that was read as one word.
-WordText oneWord(const std::vector<ReadWord> &read);
+/// The same of several readings of one picture: for each slot the one that is surest.
+std::vector<std::optional<WordText>> surestTexts(const std::vector<LinePicture::Slot> &slots,
+                                                 const std::vector<std::vector<ReadWord>> &readings);
+
+/// All that was read as one word, in the reading that is surest.
+WordText surestWord(const std::vector<std::vector<ReadWord>> &readings);
 
 /// The text of a line whose words are given from left to right, in the order in which people read them.
 /// Empty if what was read is hardly better than guessed.

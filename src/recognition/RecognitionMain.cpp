@@ -2,6 +2,7 @@
 #include "attachments/reader/ProcessLimits.h"
 #include "attachments/reader/RecognitionData.h"
 #include "recognition/DistinctWords.h"
+#include "recognition/LetterReader.h"
 #include "recognition/PlainPicture.h"
 #include "recognition/TextEngine.h"
 #include "recognition/WordBounds.h"
@@ -57,6 +58,21 @@ template <class Work> void share(std::vector<TextEngine> &engines, std::size_t c
     });
 }
 
+/// Those of all languages; none if there is one among them that the library has to read.
+std::vector<LetterReader> readersOf(const RecognitionData &data)
+{
+    std::vector<LetterReader> readers;
+    for (std::size_t at = 0; at < data.languages.size();) {
+        const std::size_t end = std::min(data.languages.find('+', at), data.languages.size());
+        const std::string path = data.folder + '/' + data.languages.substr(at, end - at) + ".traineddata";
+        std::vector<char> content;
+        if (!RecognitionData::read(path.c_str(), &content) || !readers.emplace_back().prepare(content))
+            return {};
+        at = end + 1;
+    }
+    return readers;
+}
+
 std::vector<FoundLine> linesOf(const GrayPicture &picture, std::vector<TextEngine> &engines)
 {
     const int most = int(engines.size());
@@ -84,11 +100,11 @@ std::vector<std::string> textsOf(const GrayPicture &picture, const std::vector<F
             const LinePicture drawn = linePicture(picture, lines[line], places);
             return std::pair(drawn.slots, engine.read(drawn.picture));
         };
-        const auto [slots, read] = readAs(added);
-        const auto found = textsOf(slots, read);
+        const auto [slots, readings] = readAs(added);
+        const auto found = surestTexts(slots, readings);
         for (std::size_t at = 0; at < added.size(); ++at) {
             WordText &word = words[distinct.picturesOf(line)[added[at]]];
-            word = found[at] ? *found[at] : oneWord(readAs({added[at]}).second);
+            word = found[at] ? *found[at] : surestWord(readAs({added[at]}).second);
         }
     });
     std::vector<std::string> texts;
@@ -111,7 +127,7 @@ extern "C" int __lsan_is_turned_off()
 }
 #endif
 
-/// morvane-text-recognizer WIDTH HEIGHT LANGUAGES: reads a picture in shades of gray from its input and
+/// morvane-text-recognizer WIDTH HEIGHT: reads a picture in shades of gray from its input and
 /// writes its lines, each as "LEFT TOP RIGHT BOTTOM TEXT". Started by Morvane for each picture: what it needs
 /// of memory ends with it. The language data is read first; then the process gives the rest of the system up,
 /// and only then looks at the picture.
@@ -119,15 +135,17 @@ int main(int argc, char **argv)
 {
     limitThisProcess();
     GrayPicture picture;
-    if (argc != 4 || !setSize(picture, argv[1], argv[2]))
+    if (argc != 3 || !setSize(picture, argv[1], argv[2]))
         return 2;
-    if (!RecognitionData::find())
-        ::setenv("TESSDATA_PREFIX", RecognitionData::broughtAlong().constData(), 0);
+    std::optional<RecognitionData> data = RecognitionData::find();
+    if (!data)
+        data = RecognitionData::in(RecognitionData::broughtAlong());
     const int threads = std::clamp(int(std::thread::hardware_concurrency()), 1, mostThreads);
     std::vector<TextEngine> engines(static_cast<std::size_t>(threads));
+    const std::vector<LetterReader> readers = data ? readersOf(*data) : std::vector<LetterReader>();
     std::atomic<bool> works = true;
     onAll(engines, [&](TextEngine &engine) {
-        if (!engine.prepare(argv[3]))
+        if (!data || !engine.prepare(*data, readers))
             works = false;
     });
     const DataFiles nothing;

@@ -1,5 +1,8 @@
 #include "recognition/TextEngine.h"
 
+#include "attachments/reader/RecognitionData.h"
+#include "recognition/LetterReader.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -12,7 +15,6 @@
 namespace morvane {
 namespace {
 
-constexpr auto english = "eng";
 /// Letters of a screen are half as large as the engine likes to find them.
 constexpr int enlargement = 2;
 constexpr int dotsPerInch = 192;
@@ -33,23 +35,12 @@ struct PixDestroy {
 };
 using Picture = std::unique_ptr<Pix, PixDestroy>;
 
-std::vector<std::string> installedOf(const std::string &wanted, const std::vector<std::string> &installed)
+/// Whether the words of all `languages`, as "deu+eng", are set apart.
+bool haveSpaces(const std::string &languages)
 {
-    std::vector<std::string> languages;
-    for (std::size_t at = 0; at <= wanted.size();) {
-        const std::size_t end = std::min(wanted.find('+', at), wanted.size());
-        const std::string name = wanted.substr(at, end - at);
-        if (std::find(installed.begin(), installed.end(), name) != installed.end())
-            languages.push_back(name);
-        at = end + 1;
-    }
-    return languages;
-}
-
-bool isWithoutSpaces(const std::string &language)
-{
-    return std::any_of(withoutSpaces.begin(), withoutSpaces.end(),
-                       [&](std::string_view name) { return language.starts_with(name); });
+    return std::none_of(withoutSpaces.begin(), withoutSpaces.end(), [&](std::string_view language) {
+        return ("+" + languages).find("+" + std::string(language)) != std::string::npos;
+    });
 }
 
 /// Some rows of the picture in the engine's form; null without memory for it.
@@ -108,21 +99,16 @@ void setLetters(const tesseract::LTRResultIterator &place, const Strip &strip, F
 TextEngine::TextEngine() = default;
 TextEngine::~TextEngine() = default;
 
-bool TextEngine::prepare(const std::string &languages)
+bool TextEngine::prepare(const RecognitionData &data, std::span<const LetterReader> readers)
 {
     m_engine = std::make_unique<tesseract::TessBaseAPI>();
-    // Which data is installed is told only by an engine that has some.
-    if (m_engine->Init(nullptr, english, tesseract::OEM_LSTM_ONLY) != 0)
-        return false;
-    std::vector<std::string> installed;
-    m_engine->GetAvailableLanguagesAsVector(&installed);
-    std::string wanted;
-    for (const std::string &language : installedOf(languages, installed)) {
-        wanted += (wanted.empty() ? "" : "+") + language;
-        m_hasSpaces = m_hasSpaces && !isWithoutSpaces(language);
-    }
-    if (!wanted.empty() && wanted != english &&
-        m_engine->Init(nullptr, wanted.c_str(), tesseract::OEM_LSTM_ONLY) != 0)
+    m_hasSpaces = haveSpaces(data.languages);
+    if (m_hasSpaces)
+        m_readers = readers;
+    if (!m_readers.empty())
+        m_engine->InitForAnalysePage();
+    else if (m_engine->Init(data.folder.c_str(), 0, data.languages.c_str(), tesseract::OEM_LSTM_ONLY, nullptr,
+                            0, nullptr, nullptr, false, &RecognitionData::read) != 0)
         return false;
     m_engine->SetVariable("debug_file", "/dev/null");
     // The text is dark already; looking for light one as well would take twice the time.
@@ -178,7 +164,17 @@ void TextEngine::findLines(const GrayPicture &picture, Strip &strip)
     m_engine->Clear();
 }
 
-std::vector<ReadWord> TextEngine::read(const GrayPicture &line)
+std::vector<std::vector<ReadWord>> TextEngine::read(const GrayPicture &line)
+{
+    std::vector<std::vector<ReadWord>> readings;
+    for (const LetterReader &reader : m_readers)
+        readings.push_back(reader.read(line));
+    if (m_readers.empty())
+        readings.push_back(readByLibrary(line));
+    return readings;
+}
+
+std::vector<ReadWord> TextEngine::readByLibrary(const GrayPicture &line)
 {
     std::vector<ReadWord> words;
     const Picture image = pixOf(line, 0, line.height);

@@ -1,10 +1,10 @@
 #include "attachments/reader/RecognitionData.h"
 
+#include "attachments/reader/RecognitionLanguages.h"
 #include "base/InstalledFiles.h"
 
 #include <QFile>
 #include <QLocale>
-#include <QStringList>
 #include <array>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -20,13 +20,7 @@ constexpr std::array folders{"/usr/share/tesseract-ocr/5/tessdata", "/usr/share/
 
 QStringList wantedLanguages()
 {
-    QStringList names;
-    for (const QString &name : QLocale::system().uiLanguages())
-        names.append(QLocale::languageToCode(QLocale(name).language(), QLocale::ISO639Part2T));
-    names.append(u"eng"_s);
-    names.removeAll(QString());
-    names.removeDuplicates();
-    return names;
+    return recognitionLanguages(QLocale::system().uiLanguages());
 }
 
 QByteArray pathOf(const QByteArray &folder, const QString &language)
@@ -43,17 +37,21 @@ FileDescriptor opened(const char *path)
 
 std::optional<RecognitionData> RecognitionData::find()
 {
-    const QStringList wanted = wantedLanguages();
-    for (const char *folder : folders) {
-        if (!opened(pathOf(folder, u"eng"_s).constData()).isOpen())
-            continue;
-        RecognitionData data{folder, {}};
-        for (const QString &language : wanted)
-            if (opened(pathOf(folder, language).constData()).isOpen())
-                data.languages += (data.languages.empty() ? "" : "+") + language.toStdString();
-        return data;
-    }
+    for (const char *folder : folders)
+        if (auto found = in(folder))
+            return found;
     return std::nullopt;
+}
+
+std::optional<RecognitionData> RecognitionData::in(const QByteArray &folder)
+{
+    if (!opened(pathOf(folder, u"eng"_s).constData()).isOpen())
+        return std::nullopt;
+    RecognitionData data{folder.toStdString(), {}};
+    for (const QString &language : wantedLanguages())
+        if (opened(pathOf(folder, language).constData()).isOpen())
+            data.languages += (data.languages.empty() ? "" : "+") + language.toStdString();
+    return data;
 }
 
 void RecognitionData::addTo(DataFiles &files)

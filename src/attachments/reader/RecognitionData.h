@@ -16,6 +16,8 @@ struct RecognitionData {
 
     /// Nothing without English. To be called where paths can be opened, or those of `addTo` at least.
     static std::optional<RecognitionData> find();
+    /// What lies in this folder, likewise.
+    static std::optional<RecognitionData> in(const QByteArray &folder);
 
     /// Where the system has none, `find` then finds what a bundle brings along.
     static void addTo(DataFiles &files);

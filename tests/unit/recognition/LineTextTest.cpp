@@ -48,7 +48,7 @@ TEST(TextsOfTest, WithoutSlotsOrWordsThereIsNothing)
 {
     EXPECT_TRUE(textsOf({}, {read(1, 2, "x")}).empty());
     EXPECT_FALSE(textsOf({{1, 9}}, {})[0]);
-    EXPECT_EQ(oneWord({}).text, "");
+    EXPECT_EQ(surestWord({{}}).text, "");
 }
 
 TEST(LineTextTest, WordsAreSetApartAndThoseWithoutLettersLeftOut)
@@ -71,6 +71,18 @@ TEST(LineTextTest, ALineFromRightToLeftKeepsItsNumbersInOrder)
     EXPECT_EQ(lineText({word("b", true), word("Open"), word("file"), word("a", true), word("c", true)}),
               "c a Open file b");
     EXPECT_EQ(lineText({word("one"), word("two"), word("alpha", true)}), "one two alpha");
+}
+
+TEST(LineTextTest, OfSeveralReadingsTheSurestCountsForEachWord)
+{
+    const std::vector<ReadWord> one{read(5, 40, "für", 90), read(60, 90, "Ihe", 40)};
+    const std::vector<ReadWord> other{read(5, 40, "fur", 70), read(60, 90, "the", 95)};
+    const auto texts = surestTexts({{5, 40}, {60, 90}, {110, 150}}, {one, other});
+    ASSERT_TRUE(texts[0] && texts[1]);
+    EXPECT_EQ(texts[0]->text, "für");
+    EXPECT_EQ(texts[1]->text, "the");
+    EXPECT_FALSE(texts[2]);
+    EXPECT_EQ(surestWord({{read(1, 2, "a", 50)}, {read(1, 2, "b", 60)}, {}}).text, "b");
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QLocale>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -21,17 +20,6 @@ constexpr std::chrono::seconds longestRun{20};
 /// How soon a stop is seen.
 constexpr int lookMilliseconds = 20;
 constexpr qsizetype mostOutput = 4'000'000;
-
-/// As the names of language data have it: "deu+eng".
-QByteArray userLanguages()
-{
-    QStringList names;
-    for (const QString &name : QLocale::system().uiLanguages())
-        names.append(QLocale::languageToCode(QLocale(name).language(), QLocale::ISO639Part2T));
-    names.append(u"eng"_s);
-    names.removeDuplicates();
-    return names.join(u'+').toLatin1();
-}
 
 bool writeAll(int descriptor, const uchar *bytes, qsizetype size)
 {
@@ -93,12 +81,11 @@ QList<RecognizedLine> LinuxTextRecognizer::recognize(const QImage &image, const 
     QList<QByteArray> environment = currentEnvironment();
     // Several threads for one strip make recognition several times slower.
     environment.append("OMP_THREAD_LIMIT=1");
-    auto child = ChildProcess::start(
-        {m_program,
-         {QByteArray::number(gray.width()), QByteArray::number(gray.height()), userLanguages()},
-         environment,
-         ChildProcess::Errors::discarded,
-         input.get()});
+    auto child = ChildProcess::start({m_program,
+                                      {QByteArray::number(gray.width()), QByteArray::number(gray.height())},
+                                      environment,
+                                      ChildProcess::Errors::discarded,
+                                      input.get()});
     return child ? parseRecognizedLines(outputOf(*child, stop)) : QList<RecognizedLine>();
 }
 
