@@ -39,13 +39,19 @@ QProcessEnvironment environmentWithHome(const PrivateDesktop &desktop, const QSt
 AccessibleProgram::AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus,
                                      const QString &program, const QString &home, const QString &logPath,
                                      const QProcessEnvironment &additions)
-    : m_bus(bus), m_process(program, {}, environmentWithHome(desktop, home, additions), logPath)
+    : m_bus(bus), m_process(std::make_unique<TestProgram>(
+                      program, QStringList(), environmentWithHome(desktop, home, additions), logPath))
 {
     try {
-        m_root = bus.application(m_process.pid());
+        m_root = bus.application(m_process->pid());
     } catch (const AccessibilityError &error) {
-        throw AccessibilityError(QString::fromUtf8(error.what()) + u"; its log:\n"_s + m_process.log());
+        throw AccessibilityError(QString::fromUtf8(error.what()) + u"; its log:\n"_s + m_process->log());
     }
+}
+
+AccessibleProgram::AccessibleProgram(AccessibilityBus &bus, qint64 pid)
+    : m_bus(bus), m_root(bus.application(pid))
+{
 }
 
 AccessibleNode AccessibleProgram::tree() const

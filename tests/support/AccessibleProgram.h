@@ -21,8 +21,11 @@ public:
     AccessibleProgram(const PrivateDesktop &desktop, AccessibilityBus &bus, const QString &program,
                       const QString &home, const QString &logPath,
                       const QProcessEnvironment &additions = QProcessEnvironment());
+    /// A program that was started by another, and lives as long as it wants.
+    AccessibleProgram(AccessibilityBus &bus, qint64 pid);
 
-    TestProgram &process() { return m_process; }
+    /// Only of a program that was started here.
+    TestProgram &process() { return *m_process; }
     AccessibleNode tree() const;
 
     /// The first object that is not hidden and has this name, and this role if one is given. It may lie
@@ -48,7 +51,7 @@ private:
     bool waitForTree(const Condition &treeIsRight) const;
 
     AccessibilityBus &m_bus;
-    TestProgram m_process;
+    std::unique_ptr<TestProgram> m_process; ///< Null where another started it.
     AccessibleElement m_root;
 };
 

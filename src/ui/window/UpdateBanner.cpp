@@ -1,6 +1,7 @@
 #include "ui/window/UpdateBanner.h"
 
 #include "app/UpdateModel.h"
+#include "ui/controls/FlowLayout.h"
 #include "ui/controls/HoverText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/theme/Icons.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -17,7 +19,8 @@ namespace morvane {
 UpdateBanner::UpdateBanner(UpdateModel &updates, QWidget *parent)
     : QFrame(parent), m_updates(updates), m_progress(new UpdateProgress),
       m_install(new WrappingButton(u"Update Now"_s)), m_retry(new WrappingButton(u"Retry"_s)),
-      m_website(new WrappingButton(u"Download from the website instead"_s)), m_dismiss(new QToolButton)
+      m_website(new WrappingButton(u"Download from the website instead"_s)), m_dismiss(new QToolButton),
+      m_waysOut(new QWidget)
 {
     setFrameShape(QFrame::StyledPanel);
     m_retry->setAccessibleDescription(u"Retry the update"_s);
@@ -27,12 +30,17 @@ UpdateBanner::UpdateBanner(UpdateModel &updates, QWidget *parent)
     m_dismiss->setAccessibleDescription(u"Dismiss this reminder"_s);
     setHoverText(m_dismiss, m_dismiss->accessibleDescription());
 
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(12, 6, 8, 6);
+    auto *row = new QHBoxLayout;
     row->addWidget(m_progress, 1);
-    for (QWidget *button : {static_cast<QWidget *>(m_install), static_cast<QWidget *>(m_retry),
-                            static_cast<QWidget *>(m_website), static_cast<QWidget *>(m_dismiss)})
-        row->addWidget(button, 0, Qt::AlignVCenter);
+    row->addWidget(m_install, 0, Qt::AlignVCenter);
+    row->addWidget(m_dismiss, 0, Qt::AlignVCenter);
+    auto *ways = new FlowLayout(6, m_waysOut);
+    ways->addWidget(m_retry);
+    ways->addWidget(m_website);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(12, 6, 8, 6);
+    column->addLayout(row);
+    column->addWidget(m_waysOut);
 
     connect(m_install, &QPushButton::clicked, &updates, &UpdateModel::installUpdateNow);
     connect(m_retry, &QPushButton::clicked, &updates, &UpdateModel::installUpdateNow);
@@ -77,8 +85,7 @@ void UpdateBanner::showButtons()
     const bool hasFailed = std::holds_alternative<Phase::Failed>(state);
     m_install->setVisible(isIdle);
     m_dismiss->setVisible(isIdle && !m_updates.isUpdateRequired());
-    m_retry->setVisible(hasFailed);
-    m_website->setVisible(hasFailed);
+    m_waysOut->setVisible(hasFailed);
 }
 
 } // namespace morvane

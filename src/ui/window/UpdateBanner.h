@@ -33,6 +33,7 @@ private:
     WrappingButton *m_retry;
     WrappingButton *m_website;
     QToolButton *m_dismiss;
+    QWidget *m_waysOut; ///< From a failure.
 };
 
 } // namespace morvane
