@@ -109,8 +109,10 @@ void PendingAttachments::finish(const std::optional<ChatAttachment> &attachment,
         Q_EMIT attachmentsChanged();
     } else {
         m_failures.append(failure);
-        if (m_failures.size() > mostFailures)
+        if (m_failures.size() > mostFailures) {
             m_failures.removeFirst();
+            ++m_olderFailures;
+        }
         Q_EMIT failuresChanged();
     }
     Q_EMIT processingCountChanged();
@@ -122,6 +124,7 @@ void PendingAttachments::forgetFailures()
     if (m_failures.isEmpty())
         return;
     m_failures.clear();
+    m_olderFailures = 0;
     Q_EMIT failuresChanged();
 }
 

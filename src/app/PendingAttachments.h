@@ -33,6 +33,8 @@ public:
     int processingCount() const { return m_processingCount; }
     /// Why files were not read, since the last time that some were chosen; the newest few.
     const QStringList &failures() const { return m_failures; }
+    /// How many more there were before those.
+    int olderFailures() const { return m_olderFailures; }
     /// Whether a picture waits that the current model cannot see.
     bool hasUnseenImage() const;
 
@@ -66,6 +68,7 @@ private:
     const SettingsStore &m_settings;
     QList<ChatAttachment> m_attachments;
     QStringList m_failures;
+    int m_olderFailures = 0;
     int m_processingCount = 0;
     QList<TaskHandle<void>> m_tasks;
 };

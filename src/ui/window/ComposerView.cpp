@@ -324,6 +324,9 @@ void ComposerView::showFailures()
     QStringList lines;
     for (const QString &failure : m_attachments->failures())
         lines += labelText(failure.simplified(), longestFailure);
+    if (const int older = m_attachments->olderFailures(); older > 0)
+        lines += older == 1 ? u"1 more file was not attached."_s
+                            : u"%1 more files were not attached."_s.arg(older);
     m_failures->setText(lines.join(u'\n'));
     m_failures->setVisible(!lines.isEmpty());
 }

@@ -486,6 +486,11 @@ TEST_F(ComposerAttachmentsTest, AFailureIsSeenUntilFilesAreChosenAgain)
     EXPECT_FALSE(seen().contains(u"Cannot attach"_s)) << seen().toStdString();
     attach({u"bad.pdf"_s, u"bad.pdf"_s, u"worse.pdf"_s, u"bad.pdf"_s, u"worse.pdf"_s});
     EXPECT_EQ(seen().count(u"Cannot attach"_s), 3);
+    EXPECT_TRUE(seen().contains(u"2 more files were not attached."_s)) << seen().toStdString();
+    attach({u"bad.pdf"_s, u"bad.pdf"_s, u"bad.pdf"_s, u"bad.pdf"_s});
+    EXPECT_TRUE(seen().contains(u"1 more file was not attached."_s)) << seen().toStdString();
+    attach({u"bad.pdf"_s});
+    EXPECT_FALSE(seen().contains(u"more file"_s)) << seen().toStdString();
 }
 
 } // namespace
