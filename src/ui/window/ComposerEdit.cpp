@@ -290,8 +290,8 @@ bool ComposerEdit::canInsertFromMimeData(const QMimeData *source) const
     // Whether the clipboard has something is not asked: the program that owns it may be slow to answer.
     return (m_pasting && m_pasting->foreign(source)) ||
            (!source->formats().isEmpty() &&
-            (QPlainTextEdit::canInsertFromMimeData(source) || source->hasImage() ||
-             !pictureExtension(*source).isEmpty() || !FileDropFilter::filesOf(source).isEmpty()));
+            (source->hasText() || source->hasImage() || !pictureExtension(*source).isEmpty() ||
+             !FileDropFilter::filesOf(source).isEmpty()));
 }
 
 void ComposerEdit::insertFromMimeData(const QMimeData *source)
@@ -328,14 +328,6 @@ void ComposerEdit::dragEnterEvent(QDragEnterEvent *event)
     // Files go to whoever takes them for the whole window.
     if (FileDropFilter::filesOf(event->mimeData()).isEmpty())
         QPlainTextEdit::dragEnterEvent(event);
-    else
-        event->ignore();
-}
-
-void ComposerEdit::dragMoveEvent(QDragMoveEvent *event)
-{
-    if (FileDropFilter::filesOf(event->mimeData()).isEmpty())
-        QPlainTextEdit::dragMoveEvent(event);
     else
         event->ignore();
 }

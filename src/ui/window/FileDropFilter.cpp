@@ -26,7 +26,10 @@ bool FileDropFilter::eventFilter(QObject *object, QEvent *event)
     case QEvent::DragMove:
     case QEvent::Drop: {
         auto *drop = static_cast<QDropEvent *>(event);
-        const QList<QUrl> files = filesOf(drop->mimeData());
+        // Each question goes to the program that is dragged from, which may take its time with each move.
+        if (event->type() == QEvent::DragEnter)
+            m_files = filesOf(drop->mimeData());
+        const QList<QUrl> files = m_files;
         if (files.isEmpty())
             return false;
         // Never moved: a file manager would delete what was attached.

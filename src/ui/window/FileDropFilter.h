@@ -26,6 +26,9 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
+
+private:
+    QList<QUrl> m_files; ///< Those that hang over the widget.
 };
 
 } // namespace morvane

@@ -77,6 +77,54 @@ TEST_F(FileDropTest, FilesAreNotTakenOnTheListOfConversations)
     EXPECT_TRUE(attachments.processed.isEmpty());
 }
 
+TEST_F(FileDropTest, TheProgramThatIsDraggedFromIsNotAskedWithEachMove)
+{
+    class Counted : public QMimeData {
+    public:
+        mutable int asked = 0;
+
+    protected:
+        QVariant retrieveData(const QString &format, QMetaType type) const override
+        {
+            ++asked;
+            return QMimeData::retrieveData(format, type);
+        }
+    };
+    for (const bool hasFiles : {true, false}) {
+        Counted dragged;
+        if (hasFiles)
+            dragged.setUrls({QUrl::fromLocalFile(u"/files/a.txt"_s)});
+        else
+            dragged.setText(u"words"_s);
+        QWidget *place = part<ComposerEdit>()->viewport();
+        const QPoint at = place->mapTo(window.get(), place->rect().center());
+        QDragEnterEvent enter(at, Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(window->windowHandle(), &enter);
+        const int before = dragged.asked;
+        for (int move = 0; move < 50; ++move) {
+            QDragMoveEvent event(at, Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(window->windowHandle(), &event);
+            EXPECT_TRUE(event.isAccepted());
+        }
+        EXPECT_EQ(dragged.asked, before);
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(window->windowHandle(), &leave);
+    }
+}
+
+TEST_F(FileDropTest, TwoHundredFilesAreTaken)
+{
+    QList<QUrl> many;
+    for (int i = 0; i < 200; ++i)
+        many += QUrl::fromLocalFile(u"/files/%1.txt"_s.arg(i));
+    many.insert(100, QUrl(u"https://example.com/"_s));
+    files.setUrls(many);
+    EXPECT_TRUE(dropOn(part<WelcomeView>()));
+    EXPECT_EQ(attachments.processed.size(), 200);
+    EXPECT_EQ(part<ComposerView>()->attachments().attachments().size(), 200);
+    EXPECT_LT(part<ComposerView>()->height(), window->height() / 2);
+}
+
 TEST_F(FileDropTest, AddressesOfPagesAreNotTaken)
 {
     files.setUrls({QUrl(u"https://example.com/"_s)});
