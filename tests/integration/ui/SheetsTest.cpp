@@ -236,6 +236,26 @@ TEST_F(SheetsTest, WhatWasAnsweredIsForgotten)
     EXPECT_TRUE(isForgotten(*question));
 }
 
+TEST_F(SheetsTest, ASheetHasItsHeightBeforeItHasAllOfItsText)
+{
+    struct Sizes : QObject {
+        bool eventFilter(QObject *watched, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint)
+                painted.append(static_cast<QWidget *>(watched)->size());
+            return false;
+        }
+        QList<QSize> painted;
+    } sizes;
+    permission->card()->installEventFilter(&sizes);
+    requestCommand(u"b\u05d0"_s.repeated(5'000));
+    const auto *field = permission->findChild<LongTextField *>();
+    EXPECT_TRUE(waitUntil([&] { return field->isComplete() && !sizes.painted.isEmpty(); }));
+    settle();
+    for (const QSize &size : sizes.painted)
+        EXPECT_EQ(size, permission->card()->size());
+}
+
 TEST_F(SheetsTest, FollowsTheSizeOfTheWindow)
 {
     requestWrite();
