@@ -18,6 +18,7 @@ say "Started"
 packaging/rehearse-in.sh "$tree" "/home/my programs/Morvane.app/Contents/MacOS/Morvane" build/trees/bundle.png
 say "Its reader, with the language data and the encodings that it brings along"
 reader="/home/my programs/Morvane.app/Contents/libexec/morvane/morvane-attachment-reader"
+export OMP_THREAD_LIMIT=1 # as Morvane starts it
 read_by_it() { unshare --mount bash -c 'mount -t proc proc "$0/proc"; exec chroot "$0" "$1" "$2"' "$tree" "$reader" "$1" | strings -e S -n 6; }
-read_by_it recognition <build/trees/bundle.png | grep -m 1 -o 'Hours in a leap year'
+read_by_it recognition <docs/images/first-run-greeting.png | grep -o 'Welcome to Morvane'
 read_by_it document <packaging/japanese.pdf | grep -o '日本語'
