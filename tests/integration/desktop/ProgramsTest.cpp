@@ -187,6 +187,15 @@ TEST_F(ProgramsTest, AProgramThatHangsIsNeitherPressedNorTypedInto)
     EXPECT_TRUE(yad.isRunning());
 }
 
+TEST_F(ProgramsTest, ASliderThatIsDescribedByItsValueIsStillTheSameWhenItHasMoved)
+{
+    start(u"yad"_s, {u"--scale"_s, u"--value=10"_s, u"--button=Leave:0"_s});
+    const int slider = numberOf(captureWith(u"slider"_s), u"slider"_s);
+    for (const auto &value : {u"42"_s, u"50"_s})
+        EXPECT_EQ(run(m_tools.axType(slider, value)),
+                  u"Set the contents of slider '10' to \"%1\"."_s.arg(value));
+}
+
 TEST_F(ProgramsTest, ALineIsSelectedByADragAndAWordByADoubleClick)
 {
     start(u"featherpad"_s, {u"--standalone"_s});

@@ -267,8 +267,10 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     }
     ScreenElement now = read({{known.reference, window, known.pid, known.isGtk4}}, deadline).first();
     const BusElement &live = busElement(now);
+    // Some toolkits describe a slider by its value.
+    const bool isDescribed = now.role != "AXSlider"_L1 && now.role != "AXIncrementor"_L1;
     if (live.role != known.role || live.role == 0 || now.title != element.title ||
-        now.description != element.description)
+        (isDescribed && now.description != element.description))
         return std::nullopt;
     // Programs answer for what they have hidden or thrown away, and would do what its button says.
     if (!now.frame)
