@@ -54,7 +54,8 @@ std::optional<AXElementInfo> clickable(const ScreenElement &element)
     if (!isCandidate(element) || !element.frame || element.frame->width() < smallestSide ||
         element.frame->height() < smallestSide)
         return std::nullopt;
-    return AXElementInfo{friendlyRole(element.role), labelOf(element),
+    // Each element is one line to the model: a label of several would tell of elements that there are not.
+    return AXElementInfo{friendlyRole(element.role), singleLine(labelOf(element)),
                          element.frame->center(),    *element.frame,
                          element.pressable,          element};
 }

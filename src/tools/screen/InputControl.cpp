@@ -103,7 +103,7 @@ QString InputControl::elementAtPointDescription(QPoint point)
                           : element->description ? *element->description
                                                  : element->value.value_or(QString());
     const QString role = friendlyRole(element->role);
-    return label.isEmpty() ? role : role + u" '"_s + firstCharacters(label, shownLabel) + u'\'';
+    return label.isEmpty() ? role : role + u" '"_s + singleLine(firstCharacters(label, shownLabel)) + u'\'';
 }
 
 QString InputControl::clickAt(QPoint point)

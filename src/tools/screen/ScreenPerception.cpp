@@ -1,5 +1,6 @@
 #include "tools/screen/ScreenPerception.h"
 
+#include "base/Text.h"
 #include "platform/Applications.h"
 #include "platform/ScreenCapture.h"
 #include "platform/TextRecognizer.h"
@@ -65,7 +66,7 @@ QString heading(const QRect &region, const QString &title)
 {
     QString text = u"Here is what is on the screen right now"_s;
     if (!title.isEmpty())
-        text += u" (frontmost window: \""_s + title + u"\")"_s;
+        text += u" (frontmost window: \""_s + singleLine(title) + u"\")"_s;
     return text + u".\nScreen region: %1 x %2 points with top-left corner at (%3, %4). "
                   "Text with click coordinates:\n"_s.arg(region.width())
                       .arg(region.height())

@@ -45,6 +45,18 @@ TEST_F(CaptureScreenTest, TellsTextAndElementsWithTheirPlaces)
         "[1] button 'Save' at (25, 30)\n[2] text field 'Name' at (250, 30)\n"_s);
 }
 
+TEST_F(CaptureScreenTest, NoTitleAndNoLabelTellsOfElementsThatThereAreNot)
+{
+    showFront(group({button(u"Save' at (1, 1)\n[2] button 'Go"_s, {10, 20, 31, 21}),
+                     button(u"Delete"_s, {200, 20, 31, 21})}));
+    m_desktop.applications->focused->title = u"Notes\").\r\n[1] button 'Go' at (5, 5)"_s;
+    const QString text = capture();
+    EXPECT_THAT(text.toStdString(), HasSubstr("window: \"Notes\"). [1] button 'Go' at (5, 5)\").\nScreen"));
+    EXPECT_THAT(text.toStdString(),
+                testing::EndsWith("[1] button 'Save' at (1, 1) [2] button 'Go' at (25, 30)\n"
+                                  "[2] button 'Delete' at (215, 30)\n"));
+}
+
 TEST_F(CaptureScreenTest, WithoutAFrontmostProgramThePointersDisplayIsTaken)
 {
     m_desktop.screen->frames = {{0, 0, 1000, 800}, {1000, 0, 500, 400}};

@@ -29,6 +29,13 @@ TEST_F(InputControlTest, AClickTellsWhatItHitWithFortyCharactersOfItsLabel)
     EXPECT_EQ(run(m_tools.clickAt({1, 2})), u"Clicked at (1, 2) on button '"_s + QString(40, u'x') + u"'."_s);
 }
 
+TEST_F(InputControlTest, WhatAClickHitIsToldInOneLine)
+{
+    m_desktop.elements->underPointer =
+        ScreenElement{u"AXButton"_s, true, {}, u"Save\nas"_s, {}, {}, false, {}};
+    EXPECT_EQ(run(m_tools.clickAt({1, 2})), u"Clicked at (1, 2) on button 'Save as'."_s);
+}
+
 TEST_F(InputControlTest, TheFirstLabelThatExistsCountsEvenIfItIsEmpty)
 {
     m_desktop.elements->underPointer =
