@@ -1,6 +1,9 @@
 #include "ui/controls/DownloadProgressBar.h"
 
+#include "ui/theme/MorvaneStyle.h"
+
 #include <QAccessibleWidget>
+#include <QPainter>
 #include <algorithm>
 #include <cmath>
 
@@ -76,6 +79,16 @@ void DownloadProgressBar::showFraction(std::optional<double> fraction)
     // The toolkit tells a reader of the name each time that it is set.
     if (accessibleName() != name)
         setAccessibleName(name);
+}
+
+void DownloadProgressBar::paintEvent(QPaintEvent *event)
+{
+    QProgressBar::paintEvent(event);
+    if (!hasFocus())
+        return;
+    constexpr qreal focusRadius = 4;
+    QPainter painter(this);
+    MorvaneStyle::drawFocusRing(painter, rect(), focusRadius, palette());
 }
 
 std::optional<int> DownloadProgressBar::percent() const

@@ -22,6 +22,9 @@ public:
     /// Whole percents, nothing while it is not known how far the download is.
     std::optional<int> percent() const;
 
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
 private:
     const Naming m_naming;
 };

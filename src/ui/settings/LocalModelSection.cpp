@@ -5,6 +5,7 @@
 #include "store/SettingsStore.h"
 #include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/WrappingButton.h"
+#include "ui/settings/ControlStates.h"
 #include "ui/settings/RecommendedModelRow.h"
 
 using namespace Qt::StringLiterals;
@@ -26,6 +27,7 @@ LocalModelSection::LocalModelSection(const SettingsServices &services, LocalMode
     m_installing = addNote({}, NoteLabel::Tone::plain);
     column()->addWidget(m_progress);
     column()->addWidget(m_install, 0, Qt::AlignLeft);
+    m_progress->setFocusPolicy(Qt::TabFocus);
     m_error = addNote({}, NoteLabel::Tone::error);
     addGap();
     column()->addWidget(new HeadingLabel(u"Recommended models for your Mac"_s, HeadingLabel::Level::group));
@@ -49,9 +51,9 @@ void LocalModelSection::refresh()
     m_installing->setText(info.progress);
     m_installing->setAccessibleName(u"Installing the local model. "_s + info.progress);
     m_installing->setVisible(installing);
-    m_progress->setVisible(installing);
     m_progress->showFraction(info.progressFraction);
-    m_install->setVisible(!info.running && !installing);
+    applyStates(*this, {{m_progress, installing, true},
+                        {m_install, !info.running && !installing, !m_flow.isWorking()}});
     m_error->setText(u"Local model error: "_s + info.error);
     m_error->setVisible(!info.error.isEmpty());
 }

@@ -9,6 +9,7 @@
 #include "ui/controls/FlowLayout.h"
 #include "ui/controls/HeadingLabel.h"
 #include "ui/controls/NoteLabel.h"
+#include "ui/settings/ControlStates.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -51,6 +52,7 @@ RecommendedModelRow::RecommendedModelRow(const LocalModelRecommendation &recomme
     rows->addWidget(m_progress);
     m_download->setAccessibleName(u"Download "_s + m_name);
     m_delete->setAccessibleName(u"Delete the %1 model from this Mac"_s.arg(m_name));
+    m_progress->setFocusPolicy(Qt::TabFocus);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(m_download);
     buttons->addWidget(m_delete);
@@ -69,15 +71,15 @@ void RecommendedModelRow::refresh()
     const bool pulling = m_flow.pullingModel() == m_name;
     const bool active = info.running && containsModel({m_settings.model().trimmed()}, m_name);
     const bool installed = containsModel(m_flow.installedModels(), m_name);
+    const bool canDownload = !pulling && !active && !installed;
+    const bool canDelete = !pulling && installed;
     m_active->setVisible(!pulling && active);
-    m_download->setVisible(!pulling && !active && !installed);
-    m_download->setEnabled(!m_flow.isWorking());
-    m_delete->setVisible(!pulling && installed);
-    m_delete->setEnabled(m_flow.pullingModel().isEmpty());
     m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
     m_pulling->setVisible(pulling);
-    m_progress->setVisible(pulling);
     m_progress->showFraction(info.progressFraction);
+    applyStates(*this, {{m_progress, pulling, true},
+                        {m_download, canDownload, !m_flow.isWorking()},
+                        {m_delete, canDelete, m_flow.pullingModel().isEmpty()}});
 }
 
 void RecommendedModelRow::askToDelete()

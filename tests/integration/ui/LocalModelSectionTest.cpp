@@ -1,0 +1,95 @@
+#include "SettingsViewFixture.h"
+
+#include <QApplication>
+#include <QProgressBar>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// The local model's section for those who work by keyboard; what it shows is tested with the other sections.
+class LocalModelSectionTest : public SettingsViewFixture {
+protected:
+    /// The names of what takes the focus from now on.
+    const QStringList &recordFocus()
+    {
+        QObject::connect(qApp, &QApplication::focusChanged, view.get(), [this](QWidget *, QWidget *now) {
+            if (now)
+                m_focused.append(now->accessibleName());
+        });
+        return m_focused;
+    }
+
+private:
+    QStringList m_focused;
+};
+
+TEST_F(LocalModelSectionTest, TheFocusStaysWithTheModelThatIsDownloaded)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList("qwen2.5");
+    choose(ProviderID::ollama);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    auto *download = named<QPushButton>("Download qwen3:4b");
+    download->setFocus();
+    const QStringList &focused = recordFocus();
+    localModel.pullTime = std::chrono::hours(1);
+    localModel.pullFailure = "No room.";
+    QTest::keyClick(download, Qt::Key_Space);
+    settle();
+    EXPECT_EQ(view->focusWidget()->accessibleName(), "Download progress 42%");
+    clock.advance(std::chrono::hours(1));
+    settle();
+    EXPECT_EQ(view->focusWidget(), download) << "to be tried again";
+    localModel.pullFailure.clear();
+    QTest::keyClick(download, Qt::Key_Space);
+    settle();
+    clock.advance(std::chrono::hours(1));
+    settle();
+    EXPECT_EQ(view->focusWidget()->accessibleName(), "Delete the qwen3:4b model from this Mac");
+    EXPECT_FALSE(focused.contains("Creativity temperature")) << focused.join(u'\n').toStdString();
+    EXPECT_EQ(focused.size(), 4) << focused.join(u'\n').toStdString();
+}
+
+TEST_F(LocalModelSectionTest, TheFocusStaysWithTheInstallation)
+{
+    localModel.installationTime = std::chrono::hours(1);
+    choose(ProviderID::ollama);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    model->cancelLocalModelWork();
+    settle();
+    auto *install = named<QPushButton>("Install the built-in local model");
+    install->setFocus();
+    const QStringList &focused = recordFocus();
+    localModel.failure = "No room.";
+    QTest::keyClick(install, Qt::Key_Space);
+    settle();
+    EXPECT_EQ(view->focusWidget(), named<QProgressBar>("Download progress"));
+    clock.advance(std::chrono::hours(1));
+    settle();
+    EXPECT_EQ(view->focusWidget(), install);
+    EXPECT_EQ(focused.size(), 2) << focused.join(u'\n').toStdString();
+}
+
+TEST_F(LocalModelSectionTest, TheInstallationCannotBeAskedForWhileAModelIsDownloaded)
+{
+    localModel.installationTime = std::chrono::hours(1);
+    choose(ProviderID::ollama);
+    model->cancelLocalModelWork();
+    settle();
+    localModel.serverRunning = true;
+    localModel.pullTime = std::chrono::hours(1);
+    named<QPushButton>("Download qwen3:4b")->click();
+    settle();
+    auto *install = named<QPushButton>("Install the built-in local model");
+    ASSERT_NE(install, nullptr);
+    EXPECT_FALSE(install->isEnabled());
+    model->cancelLocalModelWork();
+    settle();
+    EXPECT_TRUE(install->isEnabled());
+}
+
+} // namespace
+} // namespace morvane
