@@ -11,6 +11,7 @@
 #include "async/Cancelled.h"
 #include "async/Scheduler.h"
 #include "base/Overloaded.h"
+#include "net/TransportError.h"
 #include "store/SettingsStore.h"
 
 #include <utility>
@@ -117,6 +118,11 @@ Task<void> AgentRequest::run(int number, AIConfiguration config, QList<APIMessag
         std::rethrow_exception(failure);
     } catch (const Cancelled &) {
         finalizeAssistant(std::nullopt, true);
+    } catch (const TransportError &) {
+        finalizeAssistant(friendlyError(failure), false);
+        // The local server may have ended. Once that is known, the next message starts it again.
+        if (m_settings.providerID() == ProviderID::ollama)
+            m_localModel.refreshLocalModel();
     } catch (...) {
         finalizeAssistant(friendlyError(failure), false);
     }

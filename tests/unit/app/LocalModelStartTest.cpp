@@ -1,3 +1,4 @@
+#include "net/TransportError.h"
 #include "support/AppFixture.h"
 
 using namespace Qt::StringLiterals;
@@ -120,6 +121,29 @@ TEST_F(LocalModelStartTest, WhatIsCancelledBeforeItsBeginningDoesNotBegin)
     model->cancelLocalModelWork();
     settle();
     EXPECT_EQ(localModel.installations, 0);
+}
+
+TEST_F(LocalModelStartTest, AServerThatHasEndedIsStartedAgainForTheNextMessage)
+{
+    localModel.serverRunning = true;
+    localModel.models = {u"qwen2.5"_s};
+    service.willTurn({}); // the request that loads the model
+    model->localModel().refreshLocalModel();
+    settle();
+    localModel.serverRunning = false;
+    service.willTurn(FakeAIService::failure(
+        std::make_exception_ptr(TransportError(TransportError::Kind::cannotConnectToHost))));
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    finishRun();
+    ASSERT_TRUE(lastMessage().errorMessage.has_value());
+    settle();
+    EXPECT_FALSE(model->localModel().info().running);
+    service.willTurn({});
+    service.willTurn(FakeAIService::answer(u"Hi."_s));
+    ASSERT_TRUE(model->send(u"hello again"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == "Hi."_L1; }));
+    EXPECT_EQ(localModel.installations, 1);
+    EXPECT_TRUE(localModel.pulled.isEmpty());
 }
 
 TEST_F(LocalModelStartTest, AProviderChosenBeforeTheStateIsKnownIsLeftAlone)
