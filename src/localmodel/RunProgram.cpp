@@ -95,10 +95,11 @@ ChildProcess::Options optionsOf(const ProgramOrder &order)
     return options;
 }
 
-/// Hands on what is there; false at the end.
+/// Hands on a little of what is there, since whoever takes it looks at each letter on the main thread; false
+/// at the end.
 bool readSome(const FileDescriptor &pipe, const std::function<void(QByteArrayView)> &onOutput)
 {
-    std::array<char, 65536> bytes;
+    std::array<char, 8192> bytes;
     const ssize_t count = ::read(pipe.get(), bytes.data(), bytes.size());
     if (count > 0 && onOutput)
         onOutput(QByteArrayView(bytes.data(), count));
