@@ -1,7 +1,6 @@
 #include "MorvaneTest.h"
 
 #include "support/ClipboardOwner.h"
-#include "support/FakeNotificationDaemon.h"
 #include "support/SamplePdf.h"
 #include "support/SamplePictures.h"
 #include "support/TemporaryHome.h"
@@ -13,6 +12,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -55,6 +55,15 @@ QString outputOf(const QString &program, const QStringList &arguments)
     const QString output = QString::fromUtf8(process.readAll());
     EXPECT_EQ(process.exitCode(), 0) << output.toStdString();
     return output;
+}
+
+/// Whether there is a process of this program.
+bool runs(const QString &program)
+{
+    const QStringList processes = QDir(u"/proc"_s).entryList(QDir::Dirs);
+    return std::any_of(processes.begin(), processes.end(), [&program](const QString &process) {
+        return QFile::symLinkTarget(u"/proc/"_s + process + u"/exe"_s) == program;
+    });
 }
 
 enum class Place { prefix, bundle };
@@ -159,20 +168,19 @@ TEST_P(InstalledTest, ToolServersAreStarted)
     EXPECT_TRUE(waitUntil([&] { return QFileInfo::exists(morvane.home() + u"/started"_s); }));
 }
 
-TEST_P(InstalledTest, AReminderOfAnEndedProgramIsDelivered)
+TEST_P(InstalledTest, AProgramOfItsOwnTreeWaitsForReminders)
 {
     MorvaneSession &morvane =
-        prepareInstalled({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
+        prepareInstalled({callingTool("set_reminder", R"({"message":"water the plants","minutes":600})"),
                           ScriptedTurn::saying({"I will remind you."})});
-    const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
     morvane.send(u"Remind me"_s);
-    ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
-    morvane.quit();
-    EXPECT_TRUE(waitUntil([&] {
-        return std::any_of(daemon.shown().cbegin(), daemon.shown().cend(),
-                           [](const auto &banner) { return banner.title == "Reminder"_L1; });
-    }));
+    const QString helper = root(GetParam()) + u"/libexec/morvane/morvane-reminder"_s;
+    EXPECT_TRUE(waitUntil([&] { return runs(helper); }));
+    QFile entry(morvane.home() + u"/.config/autostart/morvane-reminder.desktop"_s);
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+    EXPECT_THAT(entry.readAll().toStdString(),
+                testing::HasSubstr("\nExec=\"" + helper.toStdString() + "\" rearm\n"));
 }
 
 TEST_P(InstalledTest, ItsLibrariesAreThoseOfItsOwnTree)
