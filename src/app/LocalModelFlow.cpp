@@ -24,6 +24,17 @@ namespace {
 /// What must be free for the standard model, a download of some 5 GB.
 constexpr qint64 standardModelBytes = 6'000'000'000;
 
+/// How a task has failed or was cancelled; null if it has done its work.
+Task<std::exception_ptr> failureOf(Task<void> task)
+{
+    try {
+        co_await std::move(task);
+    } catch (...) {
+        co_return std::current_exception();
+    }
+    co_return nullptr;
+}
+
 } // namespace
 
 LocalModelFlow::LocalModelFlow(Scheduler &scheduler, SettingsStore &settings, LocalModelRuntime &runtime,
@@ -206,12 +217,7 @@ Task<void> LocalModelFlow::installLocalModel(Opening opening)
         finishPhase();
         co_return;
     }
-    std::exception_ptr failure;
-    try {
-        co_await installSteps(opening);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    const std::exception_ptr failure = co_await failureOf(installSteps(opening));
     if (failure) {
         qCWarning(appLog) << "the local model was not set up:" << kindOfFailure(failure);
         reportFailure(failure, u"Local model setup was cancelled."_s, u"Local model setup failed"_s);
@@ -267,12 +273,7 @@ void LocalModelFlow::setReady(const QString &model)
 
 Task<void> LocalModelFlow::pullLocalModel(QString model)
 {
-    std::exception_ptr failure;
-    try {
-        co_await pullSteps(model);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    const std::exception_ptr failure = co_await failureOf(pullSteps(model));
     if (failure) {
         qCWarning(appLog) << "a local model was not downloaded:" << kindOfFailure(failure);
         const QString subject = u"Downloading the %1 model "_s.arg(model);
@@ -311,18 +312,10 @@ void LocalModelFlow::deleteLocalModel(const QString &model)
 
 Task<void> LocalModelFlow::deleteModel(QString model)
 {
-    std::exception_ptr failure;
-    try {
-        co_await m_runtime.remove(model);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    const std::exception_ptr failure = co_await failureOf(m_runtime.remove(model));
     m_deleting.remove(model);
     if (failure) {
-        qCWarning(appLog) << "a local model was not deleted:" << kindOfFailure(failure);
-        m_workspace.activity.log(u"Could not delete the %1 model: "_s.arg(model), friendlyError(failure),
-                                 ActivityStep::Kind::error);
-        m_workspace.status.announce(u"Could not delete the %1 model."_s.arg(model));
+        tellRefusal(u"Could not delete the %1 model"_s.arg(model), failure);
         co_return;
     }
     m_installedModels = co_await m_runtime.installedModels();
@@ -334,6 +327,30 @@ Task<void> LocalModelFlow::deleteModel(QString model)
     log(u"Deleted the %1 model."_s.arg(model), ActivityStep::Kind::success);
     m_workspace.status.announce(u"The %1 model was deleted."_s.arg(model));
     co_await refresh();
+}
+
+void LocalModelFlow::freeMemory()
+{
+    m_scheduler.spawn(unloadModel(wantedModel()));
+}
+
+Task<void> LocalModelFlow::unloadModel(QString model)
+{
+    const std::exception_ptr failure = co_await failureOf(m_runtime.unload(model));
+    if (failure) {
+        tellRefusal(u"Could not free the memory of the %1 model"_s.arg(model), failure);
+        co_return;
+    }
+    const QString line = u"The memory of the %1 model is free."_s.arg(model);
+    log(line, ActivityStep::Kind::success);
+    m_workspace.status.announce(line);
+}
+
+void LocalModelFlow::tellRefusal(const QString &what, const std::exception_ptr &failure)
+{
+    qCWarning(appLog) << "a local model was left as it was:" << kindOfFailure(failure);
+    m_workspace.activity.log(what + u": "_s, friendlyError(failure), ActivityStep::Kind::error);
+    m_workspace.status.announce(what + u'.');
 }
 
 void LocalModelFlow::reportFailure(const std::exception_ptr &failure, const QString &cancelled,

@@ -84,6 +84,8 @@ public:
     /// Deletes a model in the background, unless one is being pulled. Where it was the chosen one, another is
     /// chosen.
     void deleteLocalModel(const QString &model);
+    /// Takes the chosen model out of the server's memory, in the background. The next message loads it again.
+    void freeMemory();
     /// Cancels installation and pull, and what was to come after them.
     void cancelTasks();
 
@@ -105,6 +107,7 @@ private:
     Task<void> pullLocalModel(QString model);
     Task<void> pullSteps(QString model);
     Task<void> deleteModel(QString model);
+    Task<void> unloadModel(QString model);
     Task<void> warmUpLocalModel();
     void install(Opening opening);
     void pull(const QString &model);
@@ -112,6 +115,7 @@ private:
     /// The installation or pull of the phase is over: what was asked for meanwhile comes.
     void finishPhase();
     void reportFailure(const std::exception_ptr &failure, const QString &cancelled, const QString &failed);
+    void tellRefusal(const QString &what, const std::exception_ptr &failure);
     void setReady(const QString &model);
     void setProgress(const QString &label, std::optional<double> fraction);
     QString wantedModel() const;

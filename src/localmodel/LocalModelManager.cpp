@@ -176,13 +176,23 @@ Task<void> LocalModelManager::pull(QString model, ProgressCallback onProgress)
 
 Task<void> LocalModelManager::remove(QString model)
 {
+    return runOnModel(u"rm"_s, model, u"Ollama could not delete the %1 model."_s.arg(model));
+}
+
+Task<void> LocalModelManager::unload(QString model)
+{
+    return runOnModel(u"stop"_s, model, u"Ollama could not free the memory of the %1 model."_s.arg(model));
+}
+
+Task<void> LocalModelManager::runOnModel(QString command, QString model, QString failure)
+{
     const int status = co_await runProgram({binaryPath(m_surroundings.candidates),
-                                            {u"rm"_s, model},
+                                            {command, model},
                                             runtimeEnvironment(m_surroundings.serverBase),
                                             {},
                                             std::nullopt});
     if (status != 0)
-        throw InstallError(u"Ollama could not delete the %1 model."_s.arg(model));
+        throw InstallError(failure);
 }
 
 } // namespace morvane

@@ -33,11 +33,13 @@ public:
     Task<void> ensureRunning(ProgressCallback onProgress) override;
     Task<void> pull(QString model, ProgressCallback onProgress) override;
     Task<void> remove(QString model) override;
+    Task<void> unload(QString model) override;
 
 private:
     Task<bool> probe();
     Task<void> startServerDetached(QString path);
     Task<void> waitForServer();
+    Task<void> runOnModel(QString command, QString model, QString failure);
 
     HttpClient &m_http;
     Surroundings m_surroundings;

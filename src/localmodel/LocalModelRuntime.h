@@ -32,6 +32,8 @@ public:
     virtual Task<void> pull(QString model, ProgressCallback onProgress) = 0;
     /// Deletes a model from the disk.
     virtual Task<void> remove(QString model) = 0;
+    /// Takes a model out of memory. The next request loads it again.
+    virtual Task<void> unload(QString model) = 0;
 };
 
 } // namespace morvane

@@ -63,7 +63,14 @@ public:
 class FakeLocalModel final : public LocalModelRuntime {
 public:
     bool isBinaryInstalled() const override { return binaryInstalled; }
-    Task<bool> isServerRunning() override { co_return serverRunning; }
+    /// Answers what was so when it was asked.
+    Task<bool> isServerRunning() override
+    {
+        const bool running = serverRunning;
+        if (probeTime.count() > 0)
+            co_await sleepFor(probeTime);
+        co_return running;
+    }
     Task<QStringList> installedModels() override { co_return models; }
     Task<void> requireFreeDiskSpace(qint64 bytes, QString what) override
     {
@@ -102,6 +109,13 @@ public:
         models.removeAll(model);
         co_return;
     }
+    Task<void> unload(QString model) override
+    {
+        unloaded.append(model);
+        if (!unloadFailure.isEmpty())
+            throw InstallError(unloadFailure);
+        co_return;
+    }
 
     bool binaryInstalled = false;
     bool serverRunning = false;
@@ -110,9 +124,12 @@ public:
     QString spaceFailure;
     QString pullFailure;
     QString removeFailure;
+    QString unloadFailure;
     QList<std::pair<qint64, QString>> spaceAskedFor;
     QStringList pulled;
     QStringList removed;
+    QStringList unloaded;
+    Clock::Duration probeTime{};
     Clock::Duration installationTime{};
     Clock::Duration pullTime{};
     int installations = 0;

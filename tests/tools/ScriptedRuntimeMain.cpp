@@ -1,10 +1,10 @@
-// Plays the runtime of local models: `serve`, `pull MODEL`, `list` and `rm MODEL`, with the frames and the
-// interface of the real one, and misbehaves as it is told. What it knows lies in the folder SCRIPTED_RUNTIME:
+// Plays the runtime of local models: `serve`, `pull MODEL`, `list`, `rm MODEL` and `stop MODEL`, with the
+// frames and the interface of the real one, and misbehaves as it is told. What it knows lies in the folder
+// SCRIPTED_RUNTIME:
 //
 //   models       the installed models, one in a line; grows and shrinks
 //   calls        what it was asked, one call in a line, with OLLAMA_HOST behind it
-//   server       written by `serve`: process, parent, session, context length, open descriptors, each in a
-//                line
+//   server       written by `serve`: process, parent, session, context length, open descriptors, one a line
 //   script.json  what `serve` answers to chat requests (support/ModelScript.h)
 //   requests     what `serve` was asked, one request in a line (ScriptedRequest::toJson)
 //   pull-output  the bytes that `pull` prints instead of frames of its own
@@ -17,6 +17,7 @@
 
 #include "support/ScriptedModel.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -183,6 +184,15 @@ int remove(const std::string &model)
     return 0;
 }
 
+int stop(const std::string &model)
+{
+    const std::vector<std::string> names = models();
+    if (std::find(names.begin(), names.end(), withTag(model)) != names.end())
+        return 0;
+    std::cerr << "Error: couldn't find model \"" << model << "\" to stop\n";
+    return 1;
+}
+
 void tellServer()
 {
     std::ofstream file(folder() / "server.new");
@@ -244,5 +254,7 @@ int main(int count, char **arguments)
         return list();
     if (command == "rm")
         return remove(model);
+    if (command == "stop")
+        return stop(model);
     return 1;
 }

@@ -14,7 +14,7 @@ namespace morvane {
 
 LocalModelSection::LocalModelSection(const SettingsServices &services, LocalModelFlow &flow, QWidget *parent)
     : SettingsSection(u"Built-in Local Model"_s, parent), m_settings(services.settings), m_flow(flow),
-      m_progress(new DownloadProgressBar),
+      m_free(new WrappingButton(u"Free its memory"_s)), m_progress(new DownloadProgressBar),
       m_install(new WrappingButton(u"Install the built-in local model"_s))
 {
     const QString summary = services.machineSummary();
@@ -24,6 +24,11 @@ LocalModelSection::LocalModelSection(const SettingsServices &services, LocalMode
     m_ready =
         addNote(u"The local model is ready. No limits, nothing leaves this Mac."_s, NoteLabel::Tone::plain);
     m_ready->setSymbol(Symbol::arrowRightCircle);
+    m_memory =
+        addNote(u"It stays in memory when Morvane ends, so that the next answer comes at once. Memory that "
+                "you free here is taken again by the next message."_s);
+    m_free->setAccessibleName(u"Free the memory of the local model"_s);
+    column()->addWidget(m_free, 0, Qt::AlignLeft);
     m_installing = addNote({}, NoteLabel::Tone::plain);
     column()->addWidget(m_progress);
     column()->addWidget(m_install, 0, Qt::AlignLeft);
@@ -36,6 +41,7 @@ LocalModelSection::LocalModelSection(const SettingsServices &services, LocalMode
     for (const LocalModelRecommendation &recommendation : recommendations(services.machineMemory()))
         column()->addWidget(new RecommendedModelRow(recommendation, m_settings, flow));
 
+    connect(m_free, &QPushButton::clicked, &flow, &LocalModelFlow::freeMemory);
     connect(m_install, &QPushButton::clicked, &flow, &LocalModelFlow::installLocalModelIfNeeded);
     connect(&flow, &LocalModelFlow::changed, this, &LocalModelSection::refresh);
     connect(&m_settings, &SettingsStore::changed, this, &LocalModelSection::refresh);
@@ -47,7 +53,8 @@ void LocalModelSection::refresh()
     const LocalModelInfo &info = m_flow.info();
     setVisible(m_settings.providerID() == ProviderID::ollama);
     const bool installing = info.installing && !info.running;
-    m_ready->setVisible(info.running);
+    for (QWidget *part : std::initializer_list<QWidget *>{m_ready, m_memory, m_free})
+        part->setVisible(info.running);
     m_installing->setText(info.progress);
     m_installing->setAccessibleName(u"Installing the local model. "_s + info.progress);
     m_installing->setVisible(installing);

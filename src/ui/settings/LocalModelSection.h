@@ -24,6 +24,8 @@ private:
     SettingsStore &m_settings;
     LocalModelFlow &m_flow;
     NoteLabel *m_ready;
+    NoteLabel *m_memory;
+    WrappingButton *m_free;
     NoteLabel *m_installing;
     DownloadProgressBar *m_progress;
     WrappingButton *m_install;

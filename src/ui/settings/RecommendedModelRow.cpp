@@ -69,17 +69,15 @@ void RecommendedModelRow::refresh()
 {
     const LocalModelInfo &info = m_flow.info();
     const bool pulling = m_flow.pullingModel() == m_name;
-    const bool active = info.running && containsModel({m_settings.model().trimmed()}, m_name);
     const bool installed = containsModel(m_flow.installedModels(), m_name);
-    const bool canDownload = !pulling && !active && !installed;
-    const bool canDelete = !pulling && installed;
+    const bool active = info.running && installed && containsModel({m_settings.model().trimmed()}, m_name);
     m_active->setVisible(!pulling && active);
     m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
     m_pulling->setVisible(pulling);
     m_progress->showFraction(info.progressFraction);
     applyStates(*this, {{m_progress, pulling, true},
-                        {m_download, canDownload, !m_flow.isWorking()},
-                        {m_delete, canDelete, m_flow.pullingModel().isEmpty()}});
+                        {m_download, !pulling && !installed, !m_flow.isWorking()},
+                        {m_delete, !pulling && installed, m_flow.pullingModel().isEmpty()}});
 }
 
 void RecommendedModelRow::askToDelete()

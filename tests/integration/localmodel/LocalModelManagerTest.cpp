@@ -1,6 +1,7 @@
 #include "localmodel/LocalModelManager.h"
 #include "integration/localmodel/RuntimeFixture.h"
 #include "support/FakeClock.h"
+#include "support/LogRecorder.h"
 
 #include <QFileInfo>
 #include <fcntl.h>
@@ -132,6 +133,27 @@ TEST_F(LocalModelManagerTest, AServerThatDoesNotComeIsToldAfter120Rounds)
     own.shutdown(1s);
 }
 
+TEST_F(LocalModelManagerTest, TheLogTellsWhatAnswersInTheServersPlace)
+{
+    RawHttpServer stranger(
+        RawHttpServer::answering([](const RawHttpRequest &) { return rawHttpResponse(404, "x"); }));
+    haveProgram();
+    LocalModelManager other(
+        http, {stranger.url(QString()).toString(), {}, data(), {home.path(u"ollama"_s)}, [] { return -1; }});
+    FakeClock fake;
+    Scheduler own(fake);
+    const LogRecorder log;
+    auto task = own.spawn(other.ensureRunning(recording()));
+    ASSERT_TRUE(waitUntil([&] {
+        fake.advance(500ms);
+        return task.done();
+    }));
+    EXPECT_THROW(task.result(), InstallError);
+    EXPECT_FALSE(log.lines().filter(u"in its place: \"HTTP status 404\""_s).isEmpty())
+        << log.lines().join(u'\n').toStdString();
+    own.shutdown(1s);
+}
+
 TEST_F(LocalModelManagerTest, WaitingForTheServerCanBeCancelled)
 {
     haveProgram();
@@ -150,6 +172,7 @@ TEST_F(LocalModelManagerTest, TheListHasTheNamesInTheirOrder)
     EXPECT_EQ(runTask(scheduler, manager.installedModels()), QStringList());
     tell(u"models"_s, "qwen3:4b\nqwen2.5:latest\n");
     EXPECT_EQ(runTask(scheduler, manager.installedModels()), QStringList({u"qwen3:4b"_s, u"qwen2.5"_s}));
+    EXPECT_TRUE(known(u"calls"_s).endsWith("list 127.0.0.1:" + QByteArray::number(port) + '\n'));
     tell(u"fails"_s, "qwen3:4b\n");
     EXPECT_EQ(runTask(scheduler, manager.installedModels()), QStringList());
 }
@@ -205,6 +228,29 @@ TEST_F(LocalModelManagerTest, ALineWithoutAPercentageIsCutTo160Characters)
     EXPECT_FALSE(reports.constLast().fraction);
 }
 
+TEST_F(LocalModelManagerTest, APullThatTakesTooLongIsEnded)
+{
+    haveProgram();
+    tell(u"pull-hangs"_s);
+    tell(u"pull-output"_s, "pulling manifest\n");
+    FakeClock fake;
+    Scheduler own(fake);
+    auto task = own.spawn(manager.pull(u"qwen2.5"_s, recording()));
+    ASSERT_TRUE(waitUntil([&] { return !reports.isEmpty() && fake.pendingTimers() == 1; }));
+    fake.advance(5399s);
+    settle();
+    EXPECT_FALSE(task.done());
+    fake.advance(1s);
+    ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
+    try {
+        task.result();
+        FAIL();
+    } catch (const InstallError &error) {
+        EXPECT_EQ(error.message(), u"Command timed out after 5400s."_s);
+    }
+    own.shutdown(5s);
+}
+
 TEST_F(LocalModelManagerTest, AFailedPullTellsTheLastThreeLines)
 {
     haveProgram();
@@ -226,8 +272,19 @@ TEST_F(LocalModelManagerTest, DeletingTakesTheModelAway)
     tell(u"models"_s, "qwen3:4b\nqwen2.5:latest\n");
     runTask(scheduler, manager.remove(u"qwen2.5"_s));
     EXPECT_EQ(known(u"models"_s), "qwen3:4b\n");
+    EXPECT_EQ(known(u"calls"_s), "rm qwen2.5 127.0.0.1:" + QByteArray::number(port) + '\n');
     EXPECT_EQ(failureOf(manager.remove(u"qwen2.5"_s)), u"Ollama could not delete the qwen2.5 model."_s);
     EXPECT_THAT(calls(), Contains(QByteArray("rm qwen2.5")));
+}
+
+TEST_F(LocalModelManagerTest, AModelIsTakenOutOfMemory)
+{
+    haveProgram();
+    tell(u"models"_s, "qwen2.5:latest\n");
+    runTask(scheduler, manager.unload(u"qwen2.5"_s));
+    EXPECT_EQ(known(u"calls"_s), "stop qwen2.5 127.0.0.1:" + QByteArray::number(port) + '\n');
+    EXPECT_EQ(failureOf(manager.unload(u"qwen3:4b"_s)),
+              u"Ollama could not free the memory of the qwen3:4b model."_s);
 }
 
 TEST_F(LocalModelManagerTest, TooLittleSpaceEndsAnInstallationBeforeAnyDownload)

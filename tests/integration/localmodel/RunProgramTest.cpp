@@ -88,15 +88,16 @@ TEST_F(RunProgramTest, BothEndOfOutputAndEndOfProgramAreWaitedFor)
 
 TEST_F(RunProgramTest, ACancelledProgramIsAskedToEnd)
 {
-    const QString script =
-        u"trap 'touch \"%1\"; exit' TERM; trap '' INT; touch '%2'; while :; do sleep 0.02; done"_s.arg(
-            home.path(u"asked"_s), home.path(u"ready"_s));
+    const QString script = u"trap 'touch \"%1\"' TERM; trap 'touch \"%2\"' INT; touch '%3'; "
+                           "until [ -e '%1' ] && [ -e '%2' ]; do sleep 0.02; done"_s.arg(
+                               home.path(u"asked"_s), home.path(u"interrupted"_s), home.path(u"ready"_s));
     auto task = scheduler.spawn(runProgram(shell(script)));
     ASSERT_TRUE(comes(u"ready"_s));
     task.cancel();
     ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
     EXPECT_THROW(task.result(), Cancelled);
     EXPECT_TRUE(comes(u"asked"_s));
+    EXPECT_TRUE(comes(u"interrupted"_s));
 }
 
 TEST_F(RunProgramTest, AProgramThatDoesNotWantToEndIsKilled)

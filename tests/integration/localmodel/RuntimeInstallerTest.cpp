@@ -1,6 +1,7 @@
 #include "localmodel/RuntimeInstaller.h"
 #include "integration/localmodel/RuntimeFixture.h"
 #include "support/FakeClock.h"
+#include "support/HeldPool.h"
 #include "support/SmallVolume.h"
 
 #include <QFileInfo>
@@ -94,6 +95,7 @@ TEST_F(RuntimeInstallerTest, TheOlderNameIsTriedWhereTheNewerIsMissing)
     install();
     EXPECT_EQ(installed(), "older");
     EXPECT_EQ(downloads.requests().size(), 2);
+    EXPECT_EQ(remains(), QStringList({u"ollama"_s, u"ollama-runtime"_s}));
 }
 
 TEST_F(RuntimeInstallerTest, AMissingFileIsTold)
@@ -122,6 +124,76 @@ TEST_F(RuntimeInstallerTest, CancellingADownloadKeepsThePart)
     install();
     EXPECT_EQ(downloads.requests().at(1).headers.value("Range"), "bytes=1000000-");
     EXPECT_EQ(installed(), noise(3'000'000));
+}
+
+TEST_F(RuntimeInstallerTest, CancellingTheUnpackingKeepsTheArchiveAndNothingElse)
+{
+    offer(sampleRuntime(noise(3'000'000)).bytes());
+    std::optional<HeldPool> busyThreads;
+    RuntimeInstaller installer(http, downloads.origin(), data());
+    auto task =
+        scheduler.spawn(installer.install([&busyThreads](const QString &label, std::optional<double>) {
+            if (label == u"Installing Ollama…"_s)
+                busyThreads.emplace();
+        }));
+    ASSERT_TRUE(waitUntil([&busyThreads] { return busyThreads.has_value(); }));
+    task.cancel();
+    busyThreads.reset();
+    ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
+    EXPECT_THROW(task.result(), Cancelled);
+    const QString archive = QFileInfo(archiveName()).fileName() + u".part"_s;
+    EXPECT_TRUE(remains().contains(archive));
+    EXPECT_FALSE(remains().contains(u"ollama"_s));
+    install();
+    EXPECT_EQ(installed(), noise(3'000'000));
+    EXPECT_EQ(downloads.requests().size(), 2);
+    EXPECT_TRUE(downloads.requests().at(1).headers.value("Range").has_value());
+}
+
+TEST_F(RuntimeInstallerTest, BetweenTwoAttemptsThereIsASecond)
+{
+    offer(sampleRuntime(noise(1'000'000)).bytes());
+    downloads.setFaults({{Fault::Kind::cutOff, 500'000}});
+    FakeClock fake;
+    Scheduler own(fake);
+    RuntimeInstaller installer(http, downloads.origin(), data());
+    auto task = own.spawn(installer.install(recording()));
+    const auto waits = [&fake] {
+        return std::ranges::count(fake.requestedDelays(), Clock::Duration(1s)) == 1;
+    };
+    ASSERT_TRUE(waitUntil(waits));
+    EXPECT_EQ(downloads.requests().size(), 1);
+    fake.advance(1s);
+    ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
+    EXPECT_EQ(downloads.requests().size(), 2);
+    own.shutdown(1s);
+}
+
+TEST_F(RuntimeInstallerTest, WhatStandsInTheWayIsToldInTheSystemsWords)
+{
+    const QString part = data() + u'/' + QFileInfo(archiveName()).fileName() + u".part"_s;
+    ASSERT_TRUE(QDir().mkpath(part));
+    offer(sampleRuntime("new").bytes());
+    EXPECT_EQ(installFailure(), u"Ollama could not be installed. Is a directory"_s);
+    ASSERT_TRUE(QDir().rmdir(part));
+    ASSERT_TRUE(QDir().mkpath(data() + u"/ollama"_s));
+    EXPECT_EQ(installFailure(), u"Ollama could not be installed. Is a directory"_s);
+    EXPECT_TRUE(QFileInfo::exists(part)) << "the archive is no worse for it";
+    ASSERT_TRUE(QDir().rmdir(data() + u"/ollama"_s));
+    install();
+    EXPECT_EQ(installed(), "new");
+    RuntimeInstaller elsewhere(http, downloads.origin(), data() + u"/ollama/below a file"_s);
+    EXPECT_THAT(failureOf(elsewhere.install(recording())).toStdString(),
+                testing::StartsWith("Ollama could not be installed. "));
+}
+
+TEST_F(RuntimeInstallerTest, AnArchiveThatIsTooLargeIsNotBegun)
+{
+    RawHttpServer endless(RawHttpServer::answering(
+        [](const RawHttpRequest &) { return rawHttpHead(200, {{"Content-Length", "8000000001"}}); }));
+    RuntimeInstaller installer(http, u"http://127.0.0.1:%1"_s.arg(endless.port()), data());
+    EXPECT_EQ(failureOf(installer.install(recording())),
+              u"Ollama could not be downloaded. The server's answer could not be used."_s);
 }
 
 TEST_F(RuntimeInstallerTest, HostileAndBrokenArchivesLeaveNothing)
@@ -183,6 +255,7 @@ TEST_F(RuntimeInstallerTest, APlainProgramInThePlaceGivesWay)
 TEST_F(RuntimeInstallerTest, WhatAKilledInstallationLeftIsRemoved)
 {
     QDir().mkpath(data() + u"/ollama-install-1234/bin"_s);
+    ASSERT_TRUE(QFile::link(u"nowhere"_s, data() + u"/ollama-runtime-link"_s));
     offer(sampleRuntime("new").bytes());
     install();
     EXPECT_EQ(remains(), QStringList({u"ollama"_s, u"ollama-runtime"_s}));

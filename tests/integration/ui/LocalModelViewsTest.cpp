@@ -1,7 +1,9 @@
 #include "LocalModelFixture.h"
 
+#include "ui/settings/SettingsView.h"
 #include "ui/window/LocalModelBanner.h"
 #include "ui/window/LocalModelCard.h"
+#include "ui/window/WelcomeView.h"
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +35,41 @@ TEST_F(LocalModelViewsTest, TheWelcomeOffersTheModel)
     settle();
     EXPECT_TRUE(model->localModel().info().installing);
     EXPECT_EQ(button(card(), u"Install the built-in local model"_s), nullptr);
+}
+
+TEST_F(LocalModelViewsTest, AnotherProviderIsConnectedInTheSettings)
+{
+    button(card(), u"Connect a free AI provider"_s)->click();
+    const auto *opened = part<SettingsView>();
+    ASSERT_NE(opened, nullptr);
+    EXPECT_TRUE(opened->isVisible());
+}
+
+TEST_F(LocalModelViewsTest, WithoutAKeyTheWelcomeLeadsToTheSettings)
+{
+    const auto settingsButton = [this]() -> QAbstractButton * {
+        for (auto *found : part<WelcomeView>()->findChildren<QAbstractButton *>())
+            if (found->isVisible() && found->text() == "Morvane Settings"_L1)
+                return found;
+        return nullptr;
+    };
+    EXPECT_EQ(settingsButton(), nullptr);
+    settings->setProviderID(ProviderID::groq);
+    EXPECT_FALSE(card()->isVisible());
+    ASSERT_NE(settingsButton(), nullptr);
+    settingsButton()->click();
+    EXPECT_NE(part<SettingsView>(), nullptr);
+    settings->setApiKey(u"gsk-1"_s);
+    EXPECT_EQ(settingsButton(), nullptr);
+    EXPECT_FALSE(card()->isVisible());
+}
+
+TEST_F(LocalModelViewsTest, TheCardIsNoWiderThanItReadsWell)
+{
+    window->resize(1800, 900);
+    settle();
+    EXPECT_LE(card()->width(), 480);
+    EXPECT_GT(card()->width(), 400);
 }
 
 TEST_F(LocalModelViewsTest, TheWelcomeShowsTheInstallation)
@@ -71,6 +108,10 @@ TEST_F(LocalModelViewsTest, TheWelcomeTellsWhatFailed)
     localModel.failure = u"No room."_s;
     install();
     EXPECT_THAT(texts(card()), ElementsAre(offer, u"Local model error: No room."_s));
+    localModel.failure.clear();
+    localModel.installationTime = 1h;
+    install();
+    EXPECT_THAT(texts(card()), ElementsAre(u"Installing the local model…\nStarting Ollama…"_s));
 }
 
 TEST_F(LocalModelViewsTest, TheCardIsForTheLocalModelOnly)
@@ -91,6 +132,9 @@ TEST_F(LocalModelViewsTest, TheBannerStandsWhileTheModelIsSetUp)
     EXPECT_EQ(bar(banner())->accessibleName(), u"Download progress"_s);
     report(u"Downloading Ollama… 70 MB of 1000 MB (7%)"_s, 0.07);
     EXPECT_EQ(bar(banner())->accessibleName(), u"Download progress 7%"_s);
+    report(u"Installing Ollama…"_s, std::nullopt);
+    EXPECT_EQ(bar(banner())->accessibleName(), u"Download progress"_s);
+    EXPECT_EQ(button(banner(), cancelSetup)->focusPolicy() & Qt::TabFocus, Qt::TabFocus);
     button(banner(), cancelSetup)->click();
     settle();
     EXPECT_FALSE(banner()->isVisible());

@@ -113,6 +113,9 @@ TEST_F(OnboardingTest, ItsProgressIsShownAndTold)
     report(u"Installing Ollama…"_s, std::nullopt);
     EXPECT_THAT(texts(card), Contains(u"Starting"_s));
     EXPECT_EQ(told->text(QAccessible::Value), QString());
+    EXPECT_EQ(told->valueInterface(), nullptr);
+    report(u"Downloading model… 99%"_s, 0.999); // nothing is there before it is
+    EXPECT_EQ(told->text(QAccessible::Value), u"99 percent"_s);
 }
 
 TEST_F(OnboardingTest, ItBeginsWhenTheModelIsReady)
@@ -136,6 +139,36 @@ TEST_F(OnboardingTest, ItBeginsWhenTheModelIsReady)
     EXPECT_EQ(announcer.spoken.constLast(), u"Let's get started. Ask me anything."_s);
     EXPECT_EQ(model->status().statusText(), u"Ready"_s);
     EXPECT_FALSE(isGreetedAgain());
+}
+
+TEST_F(OnboardingTest, TheFocusIsMovedOnceWhenTheModelIsReady)
+{
+    haveModel();
+    greet();
+    ASSERT_EQ(focused(), getStarted);
+    button(view, skip)->setFocus();
+    service.willTurn(FakeAIService::Turn{}); // the request that loads the model
+    model->localModel().refreshLocalModel();
+    settle();
+    EXPECT_EQ(focused(), skip);
+}
+
+TEST_F(OnboardingTest, WhereResponsesAreNotAnnouncedItsEndIsNot)
+{
+    settings->setAnnounceResponses(false);
+    haveModel();
+    greet();
+    announcer.spoken.clear();
+    model->status().setStatusText(u"Local model not ready"_s);
+    press(getStarted);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+    settings->setValue(u"hasCompletedOnboarding"_s, false);
+    service.willTurn(FakeAIService::Turn{});
+    greet();
+    announcer.spoken.clear();
+    press(skip);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
 TEST_F(OnboardingTest, SkippingLeavesTheSetupAsItIsAndClosesTheScreen)

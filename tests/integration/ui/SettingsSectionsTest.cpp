@@ -124,6 +124,11 @@ TEST_F(SettingsSectionsTest, TheModelInUseIsTheActiveOne)
     EXPECT_TRUE(shows("The local model is ready. No limits, nothing leaves this Mac."));
     EXPECT_NE(named<QLabel>("qwen2.5 is active"), nullptr);
     EXPECT_EQ(named<QLabel>("qwen3:4b is active"), nullptr);
+    EXPECT_EQ(named<QPushButton>("Install the built-in local model"), nullptr);
+    EXPECT_EQ(named<QProgressBar>("Download progress"), nullptr);
+    EXPECT_FALSE(shows("Local model error: "));
+    settings->setModel(" qwen2.5:latest");
+    EXPECT_NE(named<QLabel>("qwen2.5 is active"), nullptr);
     settings->setModel("qwen3:4b");
     EXPECT_EQ(named<QLabel>("qwen2.5 is active"), nullptr);
     EXPECT_NE(named<QLabel>("qwen3:4b is active"), nullptr);
@@ -131,6 +136,44 @@ TEST_F(SettingsSectionsTest, TheModelInUseIsTheActiveOne)
     refreshLocalModel();
     EXPECT_EQ(named<QLabel>("qwen3:4b is active"), nullptr);
     EXPECT_FALSE(shows("The local model is ready. No limits, nothing leaves this Mac."));
+}
+
+TEST_F(SettingsSectionsTest, TheMemoryOfTheModelCanBeFreedWhileItIsReady)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList("qwen2.5");
+    choose(ProviderID::ollama);
+    EXPECT_TRUE(shows("It stays in memory when Morvane ends, so that the next answer comes at once. Memory "
+                      "that you free here is taken again by the next message."));
+    named<QPushButton>("Free the memory of the local model")->click();
+    settle();
+    EXPECT_EQ(localModel.unloaded, QStringList("qwen2.5"));
+    localModel.serverRunning = false;
+    refreshLocalModel();
+    EXPECT_EQ(named<QPushButton>("Free the memory of the local model"), nullptr);
+}
+
+TEST_F(SettingsSectionsTest, AChosenModelThatIsNotThereIsOfferedAndNotCalledActive)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList("qwen2.5");
+    choose(ProviderID::ollama);
+    settings->setModel("qwen3:4b");
+    EXPECT_EQ(named<QLabel>("qwen3:4b is active"), nullptr);
+    EXPECT_NE(named<QPushButton>("Download qwen3:4b"), nullptr);
+}
+
+TEST_F(SettingsSectionsTest, NothingIsInstalledDuringADownload)
+{
+    localModel.failure = "No room.";
+    choose(ProviderID::ollama);
+    auto *install = named<QPushButton>("Install the built-in local model");
+    ASSERT_TRUE(install->isEnabled());
+    localModel.failure.clear();
+    localModel.pullTime = std::chrono::hours(1);
+    named<QPushButton>("Download qwen3:4b")->click();
+    settle();
+    EXPECT_FALSE(install->isEnabled());
 }
 
 TEST_F(SettingsSectionsTest, AnInstallationShowsItsProgress)
@@ -142,6 +185,10 @@ TEST_F(SettingsSectionsTest, AnInstallationShowsItsProgress)
     auto *bar = named<QProgressBar>("Download progress");
     ASSERT_NE(bar, nullptr);
     EXPECT_EQ(bar->maximum(), 0);
+    localModel.progress("Downloading Ollama… 70 MB of 1000 MB (7%)", 0.07);
+    EXPECT_EQ(bar->accessibleName(), "Download progress 7%");
+    EXPECT_NE(named<QLabel>("Installing the local model. Downloading Ollama… 70 MB of 1000 MB (7%)"),
+              nullptr);
     EXPECT_EQ(named<QPushButton>("Install the built-in local model"), nullptr);
 }
 
@@ -194,6 +241,9 @@ TEST_F(SettingsSectionsTest, AModelIsDeletedWhenThatIsConfirmed)
         EXPECT_EQ(question->text(), "Delete the qwen3:4b model?");
         EXPECT_EQ(question->informativeText(),
                   "This frees disk space but you will need to download the model again before using it.");
+        // Neither Return nor Escape deletes anything.
+        EXPECT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel));
+        EXPECT_EQ(question->escapeButton(), question->button(QMessageBox::Cancel));
         for (QAbstractButton *button : question->buttons())
             if (button->text().remove(u'&') == text)
                 button->click();
@@ -235,6 +285,8 @@ TEST_F(SettingsSectionsTest, AReaderHearsTheTemperatureItself)
     settings->setTemperature(0.3);
     QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(slider);
     EXPECT_EQ(interface->role(), QAccessible::Slider);
+    EXPECT_EQ(interface->text(QAccessible::Value), "Creativity temperature 0.3");
+    EXPECT_TRUE(shows("Creativity (temperature): 0.3"));
     ASSERT_NE(interface->valueInterface(), nullptr);
     EXPECT_EQ(interface->valueInterface()->currentValue().toDouble(), 0.3);
     EXPECT_EQ(interface->valueInterface()->minimumValue().toDouble(), 0.0);

@@ -4,6 +4,8 @@ using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
 using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
 
 namespace morvane {
 namespace {
@@ -17,39 +19,7 @@ protected:
         settings->setProviderID(ProviderID::ollama);
         settings->setModel(u"qwen2.5"_s);
     }
-
-    void refresh()
-    {
-        model->localModel().refreshLocalModel();
-        settle();
-    }
 };
-
-TEST_F(LocalModelFlowTest, TellsWhatIsMissing)
-{
-    refresh();
-    EXPECT_EQ(model->localModel().info().progress, u"Ollama is not installed yet."_s);
-    localModel.binaryInstalled = true;
-    refresh();
-    EXPECT_EQ(model->localModel().info().progress, u"Ollama is not running."_s);
-    localModel.serverRunning = true;
-    refresh();
-    EXPECT_EQ(model->localModel().info().progress,
-              u"Ollama is running, but the qwen2.5 model is not downloaded yet."_s);
-    EXPECT_FALSE(model->localModel().info().running);
-}
-
-TEST_F(LocalModelFlowTest, ModelCountsAsInstalledWithAndWithoutLatest)
-{
-    localModel.serverRunning = true;
-    for (const char *name : {"qwen2.5", "qwen2.5:latest"}) {
-        localModel.models = {QString::fromLatin1(name)};
-        service.willTurn(Service::Turn{});
-        refresh();
-        EXPECT_TRUE(model->localModel().info().running) << name;
-    }
-    EXPECT_EQ(model->localModel().info().progress, u"The qwen2.5 model is ready."_s);
-}
 
 TEST_F(LocalModelFlowTest, MessageWaitsForTheInstallationAndGetsItsAnswer)
 {
@@ -58,6 +28,14 @@ TEST_F(LocalModelFlowTest, MessageWaitsForTheInstallationAndGetsItsAnswer)
     settle();
     EXPECT_TRUE(model->isInstallPending());
     EXPECT_EQ(model->status().statusText(), u"Setting up local model…"_s);
+    EXPECT_EQ(
+        activityTexts(),
+        QStringList({u"Setting up the local model before sending."_s,
+                     u"Setting up the local model. This is a one-time download of a few gigabytes."_s}));
+    EXPECT_THAT(
+        announcer.spoken,
+        Contains(u"Setting up the local model first. This is a one-time download of a few gigabytes and "
+                 "will be ready automatically."_s));
     EXPECT_FALSE(model->send(u"second"_s, {}));
     EXPECT_EQ(model->messages().size(), 2);
     service.willTurn(Service::Turn{}); // the request that loads the model
@@ -110,6 +88,33 @@ TEST_F(LocalModelFlowTest, FailedInstallationShowsItsErrorInTheWaitingRow)
     EXPECT_EQ(model->status().statusText(), u"Local model not ready"_s);
     EXPECT_EQ(model->localModel().info().error, u"No room."_s);
     EXPECT_THAT(activityTexts(), Contains(u"Local model setup failed: No room."_s));
+    EXPECT_THAT(notifications.notified,
+                ElementsAre(std::pair(u"No room."_s, NotificationPort::Outcome::error)));
+}
+
+TEST_F(LocalModelFlowTest, WaitingIsAnnouncedOnlyWhereResponsesAre)
+{
+    settings->setAnnounceResponses(false);
+    localModel.installationTime = 1h;
+    model->localModel().installLocalModelIfNeeded();
+    settle();
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    EXPECT_THAT(announcer.spoken, Not(Contains(u"Waiting for the local model setup before sending."_s)));
+    EXPECT_EQ(model->status().statusText(), u"Waiting for the local model setup to finish…"_s);
+}
+
+TEST_F(LocalModelFlowTest, ACancelledAttemptForgetsTheFailureBeforeIt)
+{
+    localModel.failure = u"No room."_s;
+    model->localModel().installLocalModelIfNeeded();
+    settle();
+    localModel.failure.clear();
+    localModel.installationTime = 1h;
+    model->localModel().installLocalModelIfNeeded();
+    settle();
+    model->cancelLocalModelWork();
+    settle();
+    EXPECT_EQ(model->localModel().info().error, QString());
 }
 
 TEST_F(LocalModelFlowTest, StopEndsTheInstallationToo)
@@ -165,7 +170,10 @@ TEST_F(LocalModelFlowTest, SwitchingTheProviderEndsAWaitingMessage)
     ASSERT_TRUE(model->send(u"hello"_s, {}));
     settle();
     settings->setProviderID(ProviderID::groq);
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
     settle();
+    EXPECT_FALSE(model->localModel().info().installing);
+    EXPECT_FALSE(model->localModel().isWorking());
     EXPECT_EQ(lastMessage().errorMessage,
               u"Switched to another provider before the local model finished downloading."_s);
     EXPECT_FALSE(lastMessage().isStreaming);
@@ -268,6 +276,18 @@ TEST_F(LocalModelFlowTest, WhatIsAskedForWhileACancelledInstallationEndsComesThe
     EXPECT_EQ(localModel.installations, 2);
 }
 
+TEST_F(LocalModelFlowTest, TheEndOfACancelledInstallationIsNotTheStatusOfTheNext)
+{
+    localModel.installationTime = 1h;
+    model->localModel().installLocalModelIfNeeded();
+    settle();
+    model->cancelLocalModelWork();
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    settle();
+    EXPECT_EQ(localModel.installations, 2);
+    EXPECT_EQ(model->status().statusText(), u"Setting up local model…"_s);
+}
+
 TEST_F(LocalModelFlowTest, CancellingAgainTakesBackWhatWasToCome)
 {
     localModel.installationTime = 1h;
@@ -291,193 +311,6 @@ TEST_F(LocalModelFlowTest, StopDoesNotEndAnInstallationThatTheMessageDidNotStart
     settle();
     EXPECT_FALSE(model->isInstallPending());
     EXPECT_TRUE(model->localModel().info().installing);
-}
-
-TEST_F(LocalModelFlowTest, APulledModelBecomesTheChosenOne)
-{
-    localModel.pullTime = 1min;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(model->localModel().pullingModel(), u"qwen3:4b"_s);
-    EXPECT_EQ(model->localModel().info().progress, u"Downloading model… 42%"_s);
-    EXPECT_EQ(model->localModel().info().progressFraction, 0.42);
-    model->localModel().pullLocalModelIfNeeded(u"llama3.1:8b"_s);
-    model->localModel().installLocalModelIfNeeded();
-    service.willTurn(Service::Turn{}); // the request that loads the model
-    clock.advance(1min);
-    settle();
-    EXPECT_EQ(localModel.pulled, QStringList(u"qwen3:4b"_s));
-    EXPECT_EQ(settings->model(), u"qwen3:4b"_s);
-    EXPECT_EQ(model->localModel().pullingModel(), QString());
-    EXPECT_FALSE(model->localModel().info().progressFraction);
-    EXPECT_TRUE(model->localModel().info().running);
-    EXPECT_EQ(activityTexts(),
-              QStringList({u"Downloading the qwen3:4b model…"_s,
-                           u"The qwen3:4b model is installed and set as the active model."_s}));
-    EXPECT_THAT(announcer.spoken,
-                Contains(u"Downloading the qwen3:4b model. This may take a few minutes."_s));
-    EXPECT_THAT(announcer.spoken, Contains(u"The qwen3:4b model is installed and now active."_s));
-}
-
-TEST_F(LocalModelFlowTest, APullStartsTheServerWhereItDoesNotRun)
-{
-    localModel.pullTime = 1h;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(localModel.installations, 1);
-    EXPECT_EQ(localModel.pulled, QStringList(u"qwen3:4b"_s));
-}
-
-TEST_F(LocalModelFlowTest, APullLeavesAServerThatRunsAsItIs)
-{
-    localModel.serverRunning = true;
-    localModel.pullTime = 1h;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(localModel.installations, 0);
-}
-
-TEST_F(LocalModelFlowTest, AFailedPullIsToldAndChangesNothing)
-{
-    localModel.pullFailure = u"No network."_s;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(settings->model(), u"qwen2.5"_s);
-    EXPECT_EQ(model->localModel().info().error, u"No network."_s);
-    EXPECT_EQ(model->localModel().info().progress, u"Downloading the qwen3:4b model failed. No network."_s);
-    EXPECT_EQ(model->localModel().pullingModel(), QString());
-    EXPECT_THAT(activityTexts(), Contains(u"Downloading the qwen3:4b model failed: No network."_s));
-    EXPECT_THAT(announcer.spoken, Contains(u"Downloading the qwen3:4b model failed. No network."_s));
-}
-
-TEST_F(LocalModelFlowTest, SwitchingTheProviderEndsAPull)
-{
-    localModel.pullTime = 1h;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    settings->setProviderID(ProviderID::groq);
-    settle();
-    EXPECT_EQ(model->localModel().pullingModel(), QString());
-    EXPECT_THAT(activityTexts(), Contains(u"Downloading the qwen3:4b model was cancelled."_s));
-}
-
-TEST_F(LocalModelFlowTest, AMessageSentDuringAPullGetsItsAnswerAfterIt)
-{
-    localModel.pullTime = 1min;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    ASSERT_TRUE(model->send(u"hello"_s, {}));
-    EXPECT_EQ(model->status().statusText(), u"Waiting for the local model setup to finish…"_s);
-    service.willTurn(Service::Turn{}); // the request that loads the model
-    service.willTurn(Service::answer(u"Hi."_s));
-    clock.advance(1min);
-    ASSERT_TRUE(waitUntil([this] { return lastMessage().text == "Hi."_L1; }));
-}
-
-TEST_F(LocalModelFlowTest, AMessageThatWaitsForAPullIsToldItsFailure)
-{
-    localModel.pullTime = 1min;
-    localModel.pullFailure = u"No network."_s;
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    settle();
-    ASSERT_TRUE(model->send(u"hello"_s, {}));
-    clock.advance(1min);
-    settle();
-    EXPECT_EQ(lastMessage().errorMessage, u"No network."_s);
-    EXPECT_FALSE(model->isInstallPending());
-}
-
-TEST_F(LocalModelFlowTest, DeletingTheChosenModelChoosesAnother)
-{
-    localModel.serverRunning = true;
-    localModel.models = {u"qwen2.5"_s, u"qwen3:4b"_s};
-    service.willTurn(Service::Turn{});
-    model->localModel().deleteLocalModel(u"qwen2.5"_s);
-    model->localModel().deleteLocalModel(u"qwen2.5"_s);
-    settle();
-    EXPECT_EQ(localModel.removed, QStringList(u"qwen2.5"_s));
-    EXPECT_EQ(settings->model(), u"qwen3:4b"_s);
-    EXPECT_EQ(model->localModel().installedModels(), QStringList(u"qwen3:4b"_s));
-    EXPECT_TRUE(model->localModel().info().running);
-    EXPECT_THAT(activityTexts(), Contains(u"Deleted the qwen2.5 model."_s));
-    EXPECT_THAT(announcer.spoken, Contains(u"The qwen2.5 model was deleted."_s));
-}
-
-TEST_F(LocalModelFlowTest, DeletingTheOnlyModelLeavesTheStandardOneChosen)
-{
-    localModel.serverRunning = true;
-    settings->setModel(u"qwen3:4b"_s);
-    localModel.models = {u"qwen3:4b"_s};
-    model->localModel().deleteLocalModel(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(settings->model(), u"qwen2.5"_s);
-    EXPECT_FALSE(model->localModel().info().running);
-    EXPECT_EQ(model->localModel().info().progress,
-              u"Ollama is running, but the qwen2.5 model is not downloaded yet."_s);
-}
-
-TEST_F(LocalModelFlowTest, DeletingAnotherModelLeavesTheChosenOne)
-{
-    localModel.serverRunning = true;
-    localModel.models = {u"qwen2.5"_s, u"qwen3:4b"_s};
-    service.willTurn(Service::Turn{});
-    model->localModel().deleteLocalModel(u"qwen3:4b"_s);
-    settle();
-    EXPECT_EQ(settings->model(), u"qwen2.5"_s);
-}
-
-TEST_F(LocalModelFlowTest, AFailedDeletionIsTold)
-{
-    localModel.models = {u"qwen2.5"_s};
-    localModel.removeFailure = u"Ollama could not delete the qwen2.5 model."_s;
-    model->localModel().deleteLocalModel(u"qwen2.5"_s);
-    settle();
-    EXPECT_THAT(activityTexts(), Contains(u"Could not delete the qwen2.5 model: Ollama could not delete the "
-                                          "qwen2.5 model."_s));
-    EXPECT_THAT(announcer.spoken, Contains(u"Could not delete the qwen2.5 model."_s));
-    EXPECT_EQ(settings->model(), u"qwen2.5"_s);
-}
-
-TEST_F(LocalModelFlowTest, NothingIsDeletedDuringAPull)
-{
-    localModel.pullTime = 1h;
-    localModel.models = {u"qwen2.5"_s};
-    model->localModel().pullLocalModelIfNeeded(u"qwen3:4b"_s);
-    model->localModel().deleteLocalModel(u"qwen2.5"_s);
-    settle();
-    EXPECT_TRUE(localModel.removed.isEmpty());
-}
-
-TEST_F(LocalModelFlowTest, ReadingTheStateDuringAnInstallationLeavesItsProgress)
-{
-    localModel.pullTime = 1h;
-    model->localModel().installLocalModelIfNeeded();
-    settle();
-    ASSERT_EQ(model->localModel().info().progress, u"Downloading model… 42%"_s);
-    refresh();
-    EXPECT_EQ(model->localModel().info().progress, u"Downloading model… 42%"_s);
-    EXPECT_EQ(model->localModel().info().progressFraction, 0.42);
-    EXPECT_TRUE(model->localModel().info().installing);
-}
-
-TEST_F(LocalModelFlowTest, ModelInTheSettingsMayHaveLatest)
-{
-    settings->setModel(u"qwen2.5:latest"_s);
-    localModel.serverRunning = true;
-    localModel.models = {u"qwen2.5"_s};
-    service.willTurn(Service::Turn{});
-    refresh();
-    EXPECT_TRUE(model->localModel().info().running);
-}
-
-TEST_F(LocalModelFlowTest, HostedProviderIsNotWarmedUp)
-{
-    settings->setProviderID(ProviderID::groq);
-    localModel.serverRunning = true;
-    localModel.models = {u"qwen2.5"_s};
-    refresh();
-    EXPECT_TRUE(model->localModel().info().running);
-    EXPECT_TRUE(service.requests().isEmpty());
 }
 
 } // namespace
