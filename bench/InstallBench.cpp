@@ -4,24 +4,19 @@
 // Needs tar, zstd and curl. Optional argument: the size of what is in the archive, in megabytes.
 
 #include "ProcMegabytes.h"
+#include "RuntimeArchive.h"
 
 #include "async/SystemClock.h"
 #include "localmodel/RuntimeInstaller.h"
 #include "net/HttpClient.h"
-#include "support/RawHttpServer.h"
 #include "support/RunTask.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -29,8 +24,6 @@ namespace morvane {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr qint64 megabyte = 1024 * 1024;
 
 double secondsSince(Clock::time_point begin)
 {
@@ -44,70 +37,13 @@ double threadMilliseconds()
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-bool execute(const QString &program, const QStringList &arguments)
-{
-    return QProcess::execute(program, arguments) == 0;
-}
-
-/// Bytes that shrink to some two thirds, as programs do, and where the beginning repeats every 64 megabytes.
-void writeLibrary(const QString &path, qint64 megabytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        std::exit(EXIT_FAILURE);
-    std::vector<quint64> words(megabyte / sizeof(quint64));
-    QRandomGenerator random(11);
-    for (qint64 number = 0; number < megabytes; ++number) {
-        if (number % 64 == 0)
-            random.seed(11);
-        random.generate(words.begin(), words.end());
-        for (quint64 &word : words)
-            word &= 0x3f3f'3f3f'3f3f'3f3f;
-        file.write(reinterpret_cast<const char *>(words.data()), megabyte);
-        if (number % 64 == 7)
-            random.seed(static_cast<quint32>(number));
-    }
-}
-
-/// Makes the archive of a runtime in `folder` and gives its path.
-QString makeArchive(const QString &folder, qint64 megabytes)
-{
-    const QString tree = folder + u"/tree"_s;
-    QDir().mkpath(tree + u"/bin"_s);
-    QDir().mkpath(tree + u"/lib/ollama"_s);
-    QFile program(tree + u"/bin/ollama"_s);
-    if (!program.open(QIODevice::WriteOnly) || program.write("#!/bin/sh\n") < 0 ||
-        !program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-        std::exit(EXIT_FAILURE);
-    writeLibrary(tree + u"/lib/ollama/library.so"_s, megabytes);
-    QString archive = folder + u"/archive.tar.zst"_s;
-    if (!execute(u"tar"_s, {u"-C"_s, tree, u"-I"_s, u"zstd -q -1 --long=27"_s, u"-cf"_s, archive, u"."_s}))
-        std::exit(EXIT_FAILURE);
-    execute(u"rm"_s, {u"-rf"_s, tree});
-    return archive;
-}
-
-void serve(RawHttpConnection &connection, const QString &path)
-{
-    while (connection.readRequest()) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return;
-        connection.send(
-            rawHttpHead(200, {{"Content-Length", QByteArray::number(file.size())}, {"ETag", "\"1\""}}));
-        while (!file.atEnd())
-            if (!connection.send(file.read(megabyte)))
-                return;
-    }
-}
-
 int run(int count, char **arguments)
 {
     QCoreApplication application(count, arguments);
     const qint64 megabytes = count > 1 ? std::atoll(arguments[1]) : 2048;
     const QTemporaryDir folder;
-    const QString archive = makeArchive(folder.path(), megabytes);
-    RawHttpServer server([&archive](RawHttpConnection &connection) { serve(connection, archive); });
+    const QString archive = makeRuntimeArchive(folder.path(), "#!/bin/sh\n", megabytes);
+    RawHttpServer server([&archive](RawHttpConnection &connection) { serveFile(connection, archive); });
     SystemClock clock;
     Scheduler scheduler(clock);
     HttpClient http;
