@@ -1,6 +1,8 @@
 #include "ConversationFixture.h"
 
 #include <QAccessibleActionInterface>
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QTest>
 #include <QToolButton>
 
@@ -21,6 +23,36 @@ protected:
 
     QAccessibleActionInterface *actions(int row) { return accessibleRow(row)->actionInterface(); }
 };
+
+TEST_F(ChatScrollViewAccessibleTest, AHeldKeyFoldsTheActivityOnce)
+{
+    say(Role::user, u"one"_s);
+    activity.log(u"Running: x"_s, ActivityStep::Kind::tool);
+    show();
+    view.setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&view, Qt::Key_Home);
+    QTest::keyClick(&view, Qt::Key_Down);
+    ASSERT_TRUE(accessibleRow(view.currentRow())->state().expanded);
+    QTest::keyPress(&view, Qt::Key_Space);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, u" "_s, true);
+    QApplication::sendEvent(&view, &repeated);
+    settle();
+    EXPECT_TRUE(accessibleRow(view.currentRow())->state().collapsed);
+}
+
+TEST_F(ChatScrollViewAccessibleTest, TheMenuOfTheMouseBelongsToTheRowBelowIt)
+{
+    transcript.reset(dialogue(4));
+    show();
+    view.setFocus(Qt::TabFocusReason);
+    ASSERT_EQ(view.currentRow(), 3);
+    const QPoint place = view.rowRect(1).center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.viewport()->mapToGlobal(place));
+    QApplication::sendEvent(view.viewport(), &event);
+    EXPECT_EQ(view.currentRow(), 1);
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    QApplication::activePopupWidget()->close();
+}
 
 TEST_F(ChatScrollViewAccessibleTest, RowsStandInOrderWithTheActivityAboveTheAnswer)
 {

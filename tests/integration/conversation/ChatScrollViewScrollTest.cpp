@@ -12,6 +12,20 @@ namespace {
 
 using ChatScrollViewScrollTest = ConversationFixture;
 
+TEST_F(ChatScrollViewScrollTest, JumpingToTheLatestGoesOnReadingThere)
+{
+    transcript.reset(dialogue(30));
+    show();
+    view.setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&view, Qt::Key_Home);
+    settle();
+    EXPECT_EQ(view.currentRow(), 0);
+    view.jumpToLatest();
+    settle();
+    EXPECT_EQ(view.currentRow(), 29);
+    EXPECT_EQ(remaining(), 0);
+}
+
 TEST_F(ChatScrollViewScrollTest, OpensAtTheNewestMessage)
 {
     transcript.reset(dialogue(200));

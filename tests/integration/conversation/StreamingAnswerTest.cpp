@@ -50,6 +50,18 @@ protected:
     }
 };
 
+TEST_F(StreamingAnswerTest, WhatIsSelectedInAMessageThatChangesIsNoLonger)
+{
+    say(Role::user, u"one"_s);
+    startAnswer(u"an answer"_s);
+    show();
+    view.selectAll();
+    ASSERT_FALSE(view.selectedText().isEmpty());
+    transcript.setErrorMessage(1, u"No network."_s);
+    settle();
+    EXPECT_EQ(view.selectedText(), QString());
+}
+
 TEST_F(StreamingAnswerTest, ALongOneKeepsItsTypeAndWidth)
 {
     const QString text = u"several words of an answer "_s.repeated(600);

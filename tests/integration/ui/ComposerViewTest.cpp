@@ -3,6 +3,7 @@
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/ComposerView.h"
 
+#include <QLabel>
 #include <QTest>
 #include <QToolButton>
 
@@ -122,6 +123,79 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
     stop->click();
     EXPECT_FALSE(model->isBusy());
     EXPECT_EQ(view->draft(), u"next"_s);
+}
+
+TEST_F(ComposerViewTest, TheNoteTellsThatAnAnswerIsOnItsWay)
+{
+    const auto says = [this](const QString &text) {
+        for (const QLabel *label : view->findChildren<QLabel *>())
+            if (label->isVisible() && label->text() == text)
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(says(u"Return to send · ⌘N for a new conversation"_s));
+    neverAnswer();
+    edit->setPlainText(u"go"_s);
+    QTest::keyClick(edit, Qt::Key_Return);
+    EXPECT_TRUE(says(u"Morvane is responding…"_s));
+    model->cancel();
+    EXPECT_TRUE(says(u"Return to send · ⌘N for a new conversation"_s));
+}
+
+TEST_F(ComposerViewTest, TheFocusDoesNotFallFromAButtonThatGoes)
+{
+    Service::Turn turn = Service::answer(u"ok"_s);
+    turn.silence = 1h;
+    service.willTurn(turn);
+    edit->setPlainText(u"go"_s);
+    QTest::keyClick(edit, Qt::Key_Return);
+    auto *stop = button(u"Stop generating"_s);
+    ASSERT_NE(stop, nullptr);
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    stop->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(stop->hasFocus());
+    settle();
+    clock.advance(1h);
+    finishRun();
+    EXPECT_TRUE(edit->hasFocus());
+}
+
+TEST_F(ComposerViewTest, ARefusedMessageAndASuggestionLeadBackToTheField)
+{
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    view->handleFiles({QUrl::fromLocalFile(u"/holiday.jpg"_s)}); // which the model does not see
+    settle();
+    edit->setPlainText(u"look"_s);
+    auto *send = button(u"Send message"_s);
+    ASSERT_NE(send, nullptr);
+    send->setFocus(Qt::TabFocusReason);
+    send->click();
+    EXPECT_EQ(view->draft(), u"look"_s);
+    EXPECT_TRUE(edit->hasFocus());
+    send->setFocus(Qt::TabFocusReason);
+    view->takeSuggestion(u"What can you do?"_s);
+    EXPECT_TRUE(edit->hasFocus());
+}
+
+TEST_F(ComposerViewTest, WhatCouldNotBeAttachedIsForgottenWithTheNextMessage)
+{
+    attachments.failing = {u"interview.mov"_s};
+    view->handleFiles({QUrl::fromLocalFile(u"/interview.mov"_s)});
+    settle();
+    const auto isTold = [this] {
+        for (const QLabel *label : view->findChildren<QLabel *>())
+            if (label->isVisible() && label->text().contains(u"interview.mov"_s))
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(isTold());
+    service.willTurn(Service::answer(u"ok"_s));
+    edit->setPlainText(u"go"_s);
+    QTest::keyClick(edit, Qt::Key_Return);
+    EXPECT_FALSE(isTold());
+    finishRun();
 }
 
 TEST_F(ComposerViewTest, AMessageThatWaitsForTheLocalModelCanBeStopped)

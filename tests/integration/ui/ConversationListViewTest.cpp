@@ -1,3 +1,6 @@
+#include "base/ReferenceDate.h"
+#include "base/Uuid.h"
+#include "store/ConversationFile.h"
 #include "support/AppFixture.h"
 
 #include "ui/theme/Contrast.h"
@@ -6,8 +9,12 @@
 #include "ui/window/ConversationListView.h"
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDirIterator>
+#include <QFile>
+#include <QLabel>
 #include <QListView>
 #include <QMenu>
 #include <QTest>
@@ -108,6 +115,78 @@ TEST_F(ConversationListViewTest, TheModelKeepsTheToolkitsRules)
     EXPECT_EQ(titles(), QStringList({u"Fourth"_s, u"Newest"_s}));
     EXPECT_EQ(rows.rowCount(), 2);
     EXPECT_EQ(resets, 0);
+}
+
+TEST_F(ConversationListViewTest, DeleteWithAnotherKeyIsAnotherCommand)
+{
+    goTo(u"Older"_s);
+    for (const auto modifier : {Qt::ShiftModifier, Qt::ControlModifier, Qt::AltModifier})
+        QTest::keyClick(list, Qt::Key_Delete, modifier);
+    settle();
+    EXPECT_EQ(titles().size(), 3);
+}
+
+TEST_F(ConversationListViewTest, AfterADeletionTheKeyboardIsStillInTheList)
+{
+    for (int left = 2; left > 0; --left) {
+        goTo(titles().constFirst());
+        remove->setFocus(Qt::TabFocusReason);
+        ASSERT_TRUE(remove->hasFocus());
+        remove->click();
+        settle();
+        EXPECT_EQ(titles().size(), left);
+        EXPECT_TRUE(list->hasFocus());
+        EXPECT_TRUE(list->currentIndex().isValid());
+    }
+}
+
+TEST_F(ConversationListViewTest, AReaderIsToldWhichConversationIsOpen)
+{
+    click(u"Older"_s);
+    settle();
+    QAccessibleInterface *rows = QAccessible::queryAccessibleInterface(list);
+    for (const auto &title : {u"Oldest"_s, u"Older"_s, u"Newest"_s})
+        EXPECT_EQ(rows->child(row(title).row())->state().selected, title == u"Older"_s)
+            << title.toStdString();
+}
+
+TEST_F(ConversationListViewTest, AnEmptyListSaysThatConversationsAreSaved)
+{
+    for (const QString &title : titles()) {
+        model->deleteConversation(model->conversations().list().at(row(title).row()).id);
+        settle();
+    }
+    EXPECT_FALSE(list->isVisible());
+    for (const QLabel *label : view->findChildren<QLabel *>())
+        if (label->text() == "No saved conversations yet."_L1) {
+            EXPECT_TRUE(label->isVisible());
+            EXPECT_EQ(label->accessibleName(),
+                      u"No saved conversations yet. They are saved automatically."_s);
+        }
+}
+
+TEST_F(ConversationListViewTest, DatesAreShortAndWithoutZeros)
+{
+    const QUuid id = model->conversations().list().constFirst().id;
+    QString path;
+    QDirIterator files(home.path(u"data/Conversations"_s), QDir::Files);
+    while (files.hasNext())
+        if (const QString file = files.next(); file.contains(uuidText(id)))
+            path = file;
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    auto saved = decodeConversation(file.readAll());
+    ASSERT_TRUE(saved);
+    const QDateTime fifth(QDate(2026, 3, 5), QTime(14, 7));
+    saved->updatedAt = referenceDateFromDateTime(fifth);
+    file.resize(0);
+    file.write(encodeConversation(*saved));
+    file.close();
+    model->conversations().reload();
+    settle();
+    const QModelIndex entry = row(u"Newest"_s);
+    EXPECT_EQ(entry.data(Qt::AccessibleTextRole).toString(),
+              u"Open Newest, updated Mar 5, 2:07 PM, 1 messages"_s);
 }
 
 TEST_F(ConversationListViewTest, FocusIsSeenOnTheOpenRowToo)

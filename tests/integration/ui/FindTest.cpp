@@ -57,6 +57,17 @@ TEST_F(FindTest, TheFirstMatchIsShownAndToldWithTheCount)
     EXPECT_TRUE(words()->hasFocus());
 }
 
+TEST_F(FindTest, OpenedAgainItLooksForItsWordsAgain)
+{
+    open({u"one"_s, u"two"_s});
+    find(u"two"_s);
+    press(Qt::Key_Escape);
+    announcer.spoken.clear();
+    part<ConversationPane>()->find();
+    settle();
+    EXPECT_EQ(announcer.spoken, QStringList{u"1 of 1. Morvane: two"_s});
+}
+
 TEST_F(FindTest, ItGoesRoundInBothDirections)
 {
     open({u"x1"_s, u"x2"_s, u"x3"_s});

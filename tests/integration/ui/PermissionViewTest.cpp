@@ -69,6 +69,42 @@ TEST_F(PermissionViewTest, ShowsADestructiveRequestWithItsTextsAndNoToggle)
     EXPECT_EQ(allow(), nullptr);
 }
 
+TEST_F(PermissionViewTest, ADestructiveRequestIsNeverAllowedForGood)
+{
+    auto answer = requestCommand(u"rm -rf /tmp/x"_s);
+    for (QCheckBox *hidden : permission->findChildren<QCheckBox *>())
+        hidden->setChecked(true);
+    notice();
+    click(allowDestructive());
+    EXPECT_TRUE(settings->alwaysAllowedTools().isEmpty());
+    EXPECT_TRUE(answer.done());
+}
+
+TEST_F(PermissionViewTest, AModifierIsNoSignOfTyping)
+{
+    auto answer = request(writeFile());
+    now += std::chrono::milliseconds(400);
+    press(Qt::Key_Shift, Qt::ShiftModifier);
+    now += std::chrono::milliseconds(200);
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_TRUE(answer.done());
+}
+
+TEST_F(PermissionViewTest, TheFocusFindsItsWayBackFromUnderTwoSheets)
+{
+    draft->setFocus();
+    request(writeFile());
+    ask(u"Which?"_s);
+    notice();
+    model->gate().resolvePermission(false, false);
+    settle();
+    EXPECT_NE(focus(), draft);
+    model->questions().resolveQuestion(u"That"_s);
+    settle();
+    EXPECT_EQ(focus(), draft);
+}
+
 TEST_F(PermissionViewTest, CommandsAreShownInFixedWidth)
 {
     requestCommand(u"rm -rf /tmp/x"_s);

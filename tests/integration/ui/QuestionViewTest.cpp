@@ -58,6 +58,16 @@ private:
     qsizetype m_before;
 };
 
+TEST_F(QuestionViewTest, EachQuestionIsTheNameOfItsSheet)
+{
+    for (const QString &asked : {u"Which file?"_s, u"And then?"_s}) {
+        ask(asked);
+        EXPECT_EQ(question->card()->accessibleName(), u"Morvane asks: "_s + asked);
+        model->questions().resolveQuestion(u"That"_s);
+        settle();
+    }
+}
+
 TEST_F(QuestionViewTest, ShowsTheQuestionAndItsOptionsInOrder)
 {
     ask(u"Which colour?"_s, {u"Red"_s, u"Green"_s});

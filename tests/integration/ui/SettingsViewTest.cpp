@@ -223,6 +223,20 @@ TEST_F(SettingsViewTest, TypingANameStaysInTheFieldThoughItIsListedForAMoment)
     EXPECT_EQ(settings->model(), "gpt-5-turbo");
 }
 
+TEST_F(SettingsViewTest, ResettingTheModelLeadsBackToThePicker)
+{
+    view->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    choose(ProviderID::groq);
+    EXPECT_EQ(named<QPushButton>("Reset model to default"), nullptr) << "a listed one is chosen";
+    settings->setModel("mine");
+    auto *reset = named<QPushButton>("Reset model to default");
+    ASSERT_NE(reset, nullptr);
+    reset->click();
+    EXPECT_EQ(settings->model(), defaultModel(ProviderID::groq));
+    EXPECT_EQ(view->focusWidget()->accessibleName(), "Model for Groq");
+}
+
 TEST_F(SettingsViewTest, ServerBlockStandsForTheCustomProviderOnly)
 {
     auto *url = named<QLineEdit>(u"API base URL"_s);

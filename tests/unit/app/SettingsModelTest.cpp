@@ -53,6 +53,29 @@ protected:
     std::unique_ptr<SettingsModel> settingsModel;
 };
 
+TEST_F(SettingsModelTest, APresetIsLeftWithItsAddress)
+{
+    settingsModel->chooseProvider(ProviderID::custom);
+    const QString preset = customPresets().front().name;
+    settingsModel->selectPreset(preset);
+    EXPECT_EQ(settingsModel->selectedPreset(), preset);
+    settings->setCustomBaseURL("https://example.org/v1");
+    EXPECT_EQ(settingsModel->selectedPreset(), QString());
+}
+
+TEST_F(SettingsModelTest, WhoeverHasTypedAModelChoosesFromTheListAgainAfterAReset)
+{
+    settingsModel->chooseProvider(ProviderID::groq);
+    const QString standard = defaultModel(ProviderID::groq);
+    settingsModel->typeModel(standard);
+    EXPECT_TRUE(settingsModel->isCustomSelected());
+    settingsModel->resetModel();
+    EXPECT_EQ(settingsModel->modelSelection(), standard);
+    settingsModel->typeModel(standard);
+    settingsModel->chooseProvider(ProviderID::gemini);
+    EXPECT_EQ(settingsModel->modelSelection(), defaultModel(ProviderID::gemini));
+}
+
 TEST_F(SettingsModelTest, ShowsThePopularPicksUntilTheListIsThere)
 {
     settingsModel->chooseProvider(ProviderID::groq);

@@ -38,6 +38,17 @@ protected:
     }
 };
 
+TEST_F(SubagentRunnerTest, ItsLaunchIsTheStatusBeforeItsWork)
+{
+    mainLoopCallsTask(R"({"description":"Find it","subagent":"researcher"})");
+    service.willTurn(Service::answer(u"Report."_s));
+    QStringList statuses;
+    QObject::connect(&model->status(), &Status::statusTextChanged, model.get(),
+                     [&] { statuses.append(model->status().statusText()); });
+    runToEnd();
+    EXPECT_THAT(statuses, Contains(u"Launching subagent…"_s));
+}
+
 TEST_F(SubagentRunnerTest, ReportsItsFinalTextToTheMainLoop)
 {
     mainLoopCallsTask(R"({"description":"Find it","subagent":"RESEARCHER"})");
