@@ -19,13 +19,12 @@ public:
     LocalModelSection(const SettingsServices &services, LocalModelFlow &flow, QWidget *parent = nullptr);
 
 private:
+    QWidget *makeReadyBlock();
     void refresh();
 
     SettingsStore &m_settings;
     LocalModelFlow &m_flow;
-    NoteLabel *m_ready;
-    NoteLabel *m_memory;
-    WrappingButton *m_free;
+    QWidget *m_ready;
     NoteLabel *m_installing;
     DownloadProgressBar *m_progress;
     WrappingButton *m_install;

@@ -72,9 +72,11 @@ void RecommendedModelRow::refresh()
     const bool installed = containsModel(m_flow.installedModels(), m_name);
     const bool active = info.running && installed && containsModel({m_settings.model().trimmed()}, m_name);
     m_active->setVisible(!pulling && active);
-    m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
+    if (pulling) {
+        m_pulling->setText(u"Downloading %1\n%2"_s.arg(m_name, info.progress).trimmed());
+        m_progress->showFraction(info.progressFraction);
+    }
     m_pulling->setVisible(pulling);
-    m_progress->showFraction(info.progressFraction);
     applyStates(*this, {{m_progress, pulling, true},
                         {m_download, !pulling && !installed, !m_flow.isWorking()},
                         {m_delete, !pulling && installed, m_flow.pullingModel().isEmpty()}});
