@@ -218,6 +218,7 @@ int serve()
     const std::string host = environment("OLLAMA_HOST");
     const std::string script = content("script.json");
     std::ofstream requests(folder() / "requests", std::ios::app);
+    tellServer(); // before anybody can be answered, so that whoever is may read it
     try {
         const morvane::ScriptedModel model(
             script.empty() ? morvane::ModelScript{} : morvane::ModelScript::fromJson(script),
@@ -225,7 +226,6 @@ int serve()
             [&requests](const morvane::ScriptedRequest &request) {
                 requests << request.toJson() << std::endl;
             });
-        tellServer();
         for (;;)
             ::pause();
     } catch (const std::exception &error) {
