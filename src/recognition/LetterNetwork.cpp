@@ -176,7 +176,7 @@ std::vector<int16_t> LetterNetwork::placesOf(const GrayPicture &line) const
         for (std::size_t place = 0; place < placesInColumn; ++place) {
             // What comes out grows with what goes in, so that the greatest is the same before and after.
             std::fill(most.begin(), most.end(), -1e9F);
-            for (std::size_t pixel = 0; pixel < std::size_t(rows * columns); ++pixel) {
+            for (std::size_t pixel = 0; pixel < std::size_t(rows) * std::size_t(columns); ++pixel) {
                 const int16_t *const corner = pixels.data() + (place * rows + pixel / columns) * width +
                                               column * columns + pixel % columns;
                 for (std::size_t at = 0; at < window; ++at)
