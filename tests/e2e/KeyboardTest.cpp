@@ -91,7 +91,8 @@ TEST_F(KeyboardTest, NothingIsSaidTwiceAndNoPaneIsLayered)
             EXPECT_NE(node.role, AccessibleRole::layeredPane);
             // The description of a field without one is its placeholder, and readers know that.
             const bool isField = node.role == AccessibleRole::text;
-            if (!isField && !node.name.isEmpty() && node.element.description().startsWith(node.name))
+            if (!isField && !node.name.isEmpty() && node.has(AccessibleState::showing) &&
+                node.element.description().startsWith(node.name))
                 twice.append(node.name);
         });
     };
