@@ -14,7 +14,8 @@ struct ControlState {
 };
 
 /// Shows, hides and enables the controls, all of them in `group`. Where the one with the focus goes, the
-/// first that stays and can be used takes it: the toolkit would give it to whatever comes next in the window.
+/// first that stays and can be used takes it and is scrolled to: the toolkit would give it to whatever comes
+/// next in the window.
 void applyStates(const QWidget &group, const QList<ControlState> &states);
 
 } // namespace morvane

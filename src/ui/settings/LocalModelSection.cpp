@@ -4,6 +4,7 @@
 #include "app/SettingsModel.h"
 #include "store/SettingsStore.h"
 #include "ui/controls/DownloadProgressBar.h"
+#include "ui/controls/OutsideText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/settings/ControlStates.h"
 #include "ui/settings/RecommendedModelRow.h"
@@ -72,7 +73,7 @@ void LocalModelSection::refresh()
     m_progress->showFraction(info.progressFraction);
     applyStates(*this, {{m_progress, installing, true},
                         {m_install, !info.running && !installing, !m_flow.isWorking()}});
-    m_error->setText(u"Local model error: "_s + info.error);
+    showOutsideText(*m_error, u"Local model error: "_s + info.error);
     m_error->setVisible(!info.error.isEmpty());
 }
 

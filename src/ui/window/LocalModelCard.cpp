@@ -3,8 +3,8 @@
 #include "app/AppModel.h"
 #include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/FlowLayout.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
+#include "ui/controls/OutsideText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/theme/CardPainting.h"
 
@@ -64,7 +64,7 @@ void LocalModelCard::updateState()
     if (isWorking && info.progressFraction)
         m_bar->showFraction(info.progressFraction);
     m_bar->setVisible(isWorking && info.progressFraction.has_value());
-    m_error->setText(u"Local model error: "_s + labelText(info.error));
+    showOutsideText(*m_error, u"Local model error: "_s + info.error);
     m_error->setVisible(!isWorking && !info.running && !info.error.isEmpty());
     m_buttons->setVisible(!info.running && !isWorking);
 }

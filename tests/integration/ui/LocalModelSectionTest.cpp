@@ -1,8 +1,12 @@
 #include "SettingsViewFixture.h"
 
+#include "ui/settings/LocalModelSection.h"
+
 #include <QApplication>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +25,17 @@ protected:
         });
         return m_focused;
     }
+
+    /// What scrolls the section.
+    QScrollArea *scrollArea() const
+    {
+        for (QWidget *around = view->findChild<LocalModelSection *>(); around;
+             around = around->parentWidget())
+            if (auto *found = qobject_cast<QScrollArea *>(around))
+                return found;
+        return nullptr;
+    }
+    bool isInSight(const QWidget *part) const { return part->visibleRegion().boundingRect() == part->rect(); }
 
 private:
     QStringList m_focused;
@@ -71,6 +86,47 @@ TEST_F(LocalModelSectionTest, TheFocusStaysWithTheInstallation)
     settle();
     EXPECT_EQ(view->focusWidget(), install);
     EXPECT_EQ(focused.size(), 2) << focused.join(u'\n').toStdString();
+}
+
+TEST_F(LocalModelSectionTest, TheProgressIsInSightWhenItTakesTheFocusInALowWindow)
+{
+    localModel.serverRunning = true;
+    localModel.models = QStringList("qwen2.5");
+    choose(ProviderID::ollama);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    view->resize(700, 260);
+    settle();
+    QScrollBar *scrollBar = scrollArea()->verticalScrollBar();
+    auto *download = named<QPushButton>("Download qwen3:4b");
+    download->setFocus();
+    localModel.pullTime = std::chrono::hours(1);
+    // The button is the last that is seen, so that what takes its place one line lower is not.
+    scrollArea()->ensureWidgetVisible(download, 0, 0);
+    const int bottom = download->mapTo(scrollArea()->widget(), QPoint(0, download->height())).y();
+    scrollBar->setValue(bottom - scrollArea()->viewport()->height());
+    ASSERT_TRUE(isInSight(download));
+    QTest::keyClick(download, Qt::Key_Space);
+    settle();
+    ASSERT_EQ(view->focusWidget()->accessibleName(), "Download progress 42%");
+    EXPECT_TRUE(isInSight(view->focusWidget()));
+}
+
+TEST_F(LocalModelSectionTest, AnErrorWithoutABlankIsBrokenAndReadWhole)
+{
+    const QString reason(1'000, u'x');
+    localModel.failure = reason;
+    choose(ProviderID::ollama);
+    EXPECT_EQ(scrollArea()->horizontalScrollBar()->maximum(), 0);
+    EXPECT_NE(named<QLabel>("Local model error: " + reason), nullptr);
+    const QString longer = QString(QChar::highSurrogate(0x1F600)) + QChar::lowSurrogate(0x1F600);
+    localModel.failure = longer.repeated(1'000);
+    named<QPushButton>("Install the built-in local model")->click();
+    settle();
+    EXPECT_EQ(scrollArea()->horizontalScrollBar()->maximum(), 0);
+    localModel.failure = "No room.";
+    named<QPushButton>("Install the built-in local model")->click();
+    settle();
+    EXPECT_TRUE(shows("Local model error: No room."));
 }
 
 TEST_F(LocalModelSectionTest, TheInstallationCannotBeAskedForWhileAModelIsDownloaded)
