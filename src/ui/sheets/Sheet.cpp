@@ -59,6 +59,13 @@ bool isPlain(const QKeyEvent &event)
     return (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
 }
 
+/// Where nothing of what scrolls can have the focus, this is how the keyboard gets to its end.
+void scrollPages(SheetCard &card, const QKeyEvent &event)
+{
+    if (event.key() == Qt::Key_PageUp || event.key() == Qt::Key_PageDown)
+        card.scrollPages(event.key() == Qt::Key_PageUp ? -1 : 1);
+}
+
 } // namespace
 
 Sheet::Sheet(QWidget *window, SteadyNow now)
@@ -280,12 +287,15 @@ bool Sheet::overridesShortcut(const QKeyEvent &event) const
 bool Sheet::event(QEvent *event)
 {
     switch (event->type()) {
+    case QEvent::KeyPress:
+        scrollPages(*m_card, static_cast<const QKeyEvent &>(*event));
+        event->accept();
+        return true;
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
     case QEvent::Wheel:
     case QEvent::ContextMenu:
-    case QEvent::KeyPress:
         // Nothing passes through to the window.
         event->accept();
         return true;

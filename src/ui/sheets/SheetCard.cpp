@@ -22,6 +22,24 @@ constexpr int buttonSpacing = 10;
 constexpr int charactersAcross = 84;
 constexpr qreal radius = 12;
 
+/// Takes buttons out of a layout or puts them last into it, if that is the layout of their new place.
+void moveButtons(QWidget &buttons, QLayout &home, QWidget *place)
+{
+    const QPointer<QWidget> focused = buttons.window()->focusWidget();
+    home.removeWidget(&buttons);
+    buttons.setParent(place);
+    if (place == home.parentWidget())
+        home.addWidget(&buttons);
+    buttons.show();
+    if (focused && buttons.isAncestorOf(focused))
+        focused->setFocus(Qt::OtherFocusReason);
+}
+
+int heightOf(const QLayout &layout, int width)
+{
+    return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width) : layout.totalSizeHint().height();
+}
+
 } // namespace
 
 SheetCard::SheetCard(QWidget *parent)
@@ -49,15 +67,16 @@ void SheetCard::fitInto(const QSize &room)
     const int inner = std::max(1, width - 2 * padding);
     m_buttonLayout->setDirection(leastButtonWidth() > inner ? QBoxLayout::TopToBottom
                                                             : QBoxLayout::LeftToRight);
-    const int buttons = m_buttonLayout->hasHeightForWidth() ? m_buttonLayout->totalHeightForWidth(inner)
-                                                            : m_buttonLayout->totalSizeHint().height();
+    const int buttons = heightOf(*m_buttonLayout, inner);
     const int wholeRoom = room.height() - 2 * padding;
     const bool buttonsScroll = wholeRoom - spacing - buttons < buttons;
     placeButtons(buttonsScroll ? m_content : this);
-    const int below = buttonsScroll ? 0 : spacing + buttons;
-    const int bodyRoom = std::max(1, wholeRoom - below);
+    int below = buttonsScroll ? 0 : spacing + buttons;
 
     const auto wanted = [this, inner] { return m_contentLayout->totalHeightForWidth(inner); };
+    const int held = holdButtons(inner, wholeRoom - below);
+    below += held > 0 ? spacing + held : 0;
+    const int bodyRoom = std::max(1, wholeRoom - below);
     if (m_yielding) {
         const int natural = m_yielding->naturalHeight(inner);
         const int excess = wanted() - m_yielding->heightForWidth(inner) + natural - bodyRoom;
@@ -73,8 +92,10 @@ void SheetCard::fitInto(const QSize &room)
     const int outside = std::min(padding, m_scroll->verticalScrollBar()->sizeHint().width() + 2);
     const bool scrolls = whole > body;
     m_scroll->setGeometry(padding, padding, inner + (scrolls ? outside : 0), body);
+    if (held > 0)
+        m_held->setGeometry(padding, padding + body + spacing, inner, held);
     if (!buttonsScroll)
-        m_buttonRow->setGeometry(padding, padding + body + spacing, inner, buttons);
+        m_buttonRow->setGeometry(padding, padding + body + below - buttons, inner, buttons);
 }
 
 void SheetCard::scrollTo(QWidget *part)
@@ -96,20 +117,49 @@ void SheetCard::placeButtons(QWidget *place)
 {
     if (m_buttonRow->parentWidget() == place)
         return;
-    const QPointer<QWidget> focused = window()->focusWidget();
-    m_contentLayout->removeWidget(m_buttonRow);
-    m_buttonRow->setParent(place);
-    if (place == m_content)
-        m_contentLayout->addWidget(m_buttonRow);
-    m_buttonRow->show();
-    if (focused && m_buttonRow->isAncestorOf(focused))
-        focused->setFocus(Qt::OtherFocusReason);
+    moveButtons(*m_buttonRow, *m_contentLayout, place);
+}
+
+void SheetCard::setHeldButtons(QWidget *buttons)
+{
+    m_held = buttons;
+    m_heldHome = qobject_cast<QBoxLayout *>(buttons->parentWidget()->layout());
+    Q_ASSERT(m_heldHome);
+}
+
+int SheetCard::holdButtons(int width, int room)
+{
+    if (!m_held || m_held->isHidden())
+        return 0;
+    const QMargins margins = m_heldHome->contentsMargins();
+    int content = m_contentLayout->totalHeightForWidth(width);
+    if (m_held->parentWidget() == this)
+        content +=
+            m_heldHome->spacing() + heightOf(*m_held->layout(), width - margins.left() - margins.right());
+    const bool scrolls = content > room;
+    placeHeldButtons(scrolls ? this : m_heldHome->parentWidget());
+    return scrolls ? heightOf(*m_held->layout(), width) : 0;
+}
+
+void SheetCard::placeHeldButtons(QWidget *place)
+{
+    if (m_held->parentWidget() == place)
+        return;
+    moveButtons(*m_held, *m_heldHome, place);
+    // The layouts around it are to know at once.
+    m_heldHome->parentWidget()->updateGeometry();
 }
 
 void SheetCard::bringIntoSight(QWidget *part)
 {
     if (m_content->isAncestorOf(part))
         m_scroll->ensureWidgetVisible(part);
+}
+
+void SheetCard::scrollPages(int pages)
+{
+    QScrollBar *bar = m_scroll->verticalScrollBar();
+    bar->setValue(bar->value() + pages * bar->pageStep());
 }
 
 void SheetCard::scrollToStart()

@@ -4,8 +4,8 @@
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/HeadingLabel.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
+#include "ui/controls/OutsideText.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/theme/CardPainting.h"
@@ -27,7 +27,8 @@ OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
       m_promise(new NoteLabel(u"No account, no limits, and your data never leaves this Mac."_s,
                               NoteLabel::Tone::plain)),
       m_bar(new DownloadProgressBar), m_percent(new QLabel), m_progress(new NoteLabel({})),
-      m_error(new NoteLabel({}, NoteLabel::Tone::error)), m_cancel(new WrappingButton(u"Cancel"_s)),
+      m_error(new NoteLabel({}, NoteLabel::Tone::error)), m_buttons(new QWidget),
+      m_cancel(new WrappingButton(u"Cancel"_s)),
       m_install(new WrappingButton(u"Install the built-in local model"_s))
 {
     setAccessibleRole(this, QAccessible::Grouping);
@@ -46,11 +47,14 @@ OnboardingModelCard::OnboardingModelCard(AppModel &model, QWidget *parent)
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(16, 16, 16, 16);
     column->setSpacing(8);
-    for (QWidget *part :
-         std::initializer_list<QWidget *>{m_head, m_text, m_promise, m_bar, m_percent, m_progress, m_error})
+    auto *buttons = new QHBoxLayout(m_buttons);
+    buttons->setContentsMargins({});
+    buttons->addWidget(m_cancel);
+    buttons->addWidget(m_install);
+    buttons->addStretch();
+    for (QWidget *part : std::initializer_list<QWidget *>{m_head, m_text, m_promise, m_bar, m_percent,
+                                                          m_progress, m_error, m_buttons})
         column->addWidget(part);
-    column->addWidget(m_cancel, 0, Qt::AlignLeft);
-    column->addWidget(m_install, 0, Qt::AlignLeft);
     updateState();
 }
 
@@ -104,8 +108,9 @@ void OnboardingModelCard::updateState()
     for (QWidget *part : std::initializer_list<QWidget *>{m_bar, m_percent, m_progress, m_cancel})
         part->setVisible(now == State::settingUp);
     m_install->setVisible(now == State::missing);
+    m_buttons->setVisible(now != State::ready);
     const QString &error = m_model.localModel().info().error;
-    m_error->setText(u"Local model error: "_s + labelText(error));
+    showOutsideText(*m_error, u"Local model error: "_s + error);
     m_error->setVisible(now == State::missing && !error.isEmpty());
     if (now == State::settingUp)
         updateProgress();

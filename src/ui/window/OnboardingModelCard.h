@@ -24,6 +24,8 @@ public:
     void updateState();
     /// What can be pressed in the present state; null where there is nothing to be done.
     WrappingButton *button() const;
+    /// Has what can be pressed, in whatever state; hidden while that is nothing. The last part of the card.
+    QWidget *buttons() const { return m_buttons; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -44,6 +46,7 @@ private:
     QLabel *m_percent;
     NoteLabel *m_progress;
     NoteLabel *m_error;
+    QWidget *m_buttons;
     WrappingButton *m_cancel;
     WrappingButton *m_install;
 };

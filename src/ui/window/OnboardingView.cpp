@@ -30,6 +30,7 @@ OnboardingView::OnboardingView(AppModel &model, QWidget *window, SteadyNow now)
     card()->content()->addWidget(title);
     card()->content()->addWidget(text);
     card()->content()->addWidget(m_modelCard);
+    card()->setHeldButtons(m_modelCard->buttons()); // the way to stop the download is always in sight
 
     m_start->setSymbol(Symbol::arrowRightCircle);
     m_start->setDefault(true);
@@ -73,7 +74,7 @@ void OnboardingView::updateState()
         return;
     if (isReady && !wasReady)
         m_start->setFocus(Qt::OtherFocusReason);
-    else if (focused != nullptr && m_modelCard->isAncestorOf(focused) && !focused->isVisible())
+    else if (focused != nullptr && m_modelCard->buttons()->isAncestorOf(focused) && !focused->isVisible())
         m_modelCard->button()->setFocus(Qt::OtherFocusReason); // which has taken the other's place
 }
 

@@ -6,6 +6,7 @@
 #include "ui/window/OnboardingView.h"
 
 #include <QAccessible>
+#include <QApplication>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +27,7 @@ const auto installModel = u"Install the built-in local model"_s;
 class OnboardingTest : public LocalModelFixture {
 protected:
     OnboardingTest() { settings->setValue(u"hasCompletedOnboarding"_s, false); }
+    ~OnboardingTest() override { QApplication::setFont(m_usualFont); }
 
     /// The first start of the program.
     void greet()
@@ -37,6 +39,27 @@ protected:
         ASSERT_TRUE(view->isOpen());
         card = part<OnboardingModelCard>();
     }
+    /// The greeting in large letters in the smallest window, long enough for the user to have seen it.
+    void greetInLargeLetters()
+    {
+        setTextSize(20);
+        restart();
+        m_host = std::make_unique<QWidget>();
+        m_host->resize(600, 640);
+        m_host->show();
+        m_host->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_host.get()));
+        view = new OnboardingView(*model, m_host.get(), [this] { return m_now += AnswerGuard::quietTime; });
+        card = view->findChild<OnboardingModelCard *>();
+        settle();
+    }
+    static void setTextSize(int points)
+    {
+        QFont font = QApplication::font();
+        font.setPointSize(points);
+        QApplication::setFont(font);
+    }
+    void type(Qt::Key key) { QTest::keyClick(view->window()->focusWidget(), key); }
     void press(const QString &name)
     {
         QAbstractButton *pressed = button(view, name);
@@ -44,7 +67,12 @@ protected:
         pressed->click();
         settle();
     }
-    QString focused() const { return window->focusWidget()->accessibleName(); }
+    /// Whether all of it is seen.
+    static bool isInSight(const QWidget *part)
+    {
+        return part->visibleRegion().boundingRect() == part->rect();
+    }
+    QString focused() const { return view->window()->focusWidget()->accessibleName(); }
     bool isGreetedAgain()
     {
         model->cancelLocalModelWork(); // as its end does
@@ -56,6 +84,11 @@ protected:
 
     OnboardingView *view = nullptr;
     OnboardingModelCard *card = nullptr;
+
+private:
+    const QFont m_usualFont = QApplication::font();
+    std::chrono::steady_clock::time_point m_now;
+    std::unique_ptr<QWidget> m_host;
 };
 
 TEST_F(OnboardingTest, ANewcomerIsGreetedAndTheModelSetUpUnasked)
@@ -225,21 +258,78 @@ TEST_F(OnboardingTest, ItStaysOpenForEscape)
     EXPECT_TRUE(model->localModel().info().installing);
 }
 
-TEST_F(OnboardingTest, ALongErrorKeepsNoButtonOutOfReach)
+TEST_F(OnboardingTest, ALongErrorKeepsNoButtonOutOfSight)
 {
     localModel.failure = QString(u"No network. "_s).repeated(10'000);
     greet();
     window->resize(600, 640);
     settle();
-    const auto isInSight = [](const QWidget *part) {
-        return part->visibleRegion().boundingRect() == part->rect();
-    };
     EXPECT_TRUE(isInSight(button(view, skip)));
-    QAbstractButton *again = button(view, installModel);
-    EXPECT_FALSE(isInSight(again));
-    again->setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(isInSight(button(view, installModel)));
+}
+
+TEST_F(OnboardingTest, TheWayToStopTheDownloadIsInSightHoweverLargeTheLetters)
+{
+    localModel.installationTime = 1h;
+    greet();
+    ASSERT_TRUE(card->isAncestorOf(button(view, cancelSetup))) << "in the usual size it stands at the bar";
+    for (const int points : {16, 20, 26, 10}) {
+        setTextSize(points);
+        for (const QSize &size : {QSize(600, 640), QSize(600, 400), QSize(760, 720), QSize(1100, 800)}) {
+            window->resize(size);
+            settle();
+            EXPECT_TRUE(isInSight(button(view, cancelSetup)))
+                << points << " points, " << window->width() << " by " << window->height();
+        }
+    }
+    EXPECT_TRUE(card->isAncestorOf(button(view, cancelSetup))) << "where it was before";
+}
+
+TEST_F(OnboardingTest, TheWayToStopTheDownloadKeepsTheFocusWhereverItStands)
+{
+    localModel.installationTime = 1h;
+    greetInLargeLetters();
+    ASSERT_FALSE(card->isAncestorOf(button(view, cancelSetup)));
+    ASSERT_EQ(focused(), skip);
+    type(Qt::Key_Tab);
+    EXPECT_EQ(focused(), cancelSetup);
+    view->window()->resize(1000, 1200);
     settle();
-    EXPECT_TRUE(isInSight(again));
+    ASSERT_TRUE(card->isAncestorOf(button(view, cancelSetup)));
+    EXPECT_EQ(focused(), cancelSetup);
+    view->window()->resize(600, 640);
+    settle();
+    ASSERT_FALSE(card->isAncestorOf(button(view, cancelSetup)));
+    EXPECT_EQ(focused(), cancelSetup);
+    press(cancelSetup);
+    EXPECT_EQ(focused(), installModel);
+    EXPECT_TRUE(isInSight(button(view, installModel)));
+    press(installModel);
+    EXPECT_EQ(focused(), cancelSetup);
+    EXPECT_TRUE(isInSight(button(view, cancelSetup)));
+    type(Qt::Key_Tab);
+    EXPECT_EQ(focused(), skip);
+}
+
+TEST_F(OnboardingTest, TheKeyboardScrollsToTheProgress)
+{
+    localModel.installationTime = 1h;
+    greetInLargeLetters();
+    ASSERT_FALSE(isInSight(bar(card)));
+    for (int page = 0; page < 10; ++page)
+        type(Qt::Key_PageDown);
+    EXPECT_TRUE(isInSight(bar(card)));
+    for (int page = 0; page < 10; ++page)
+        type(Qt::Key_PageUp);
+    EXPECT_FALSE(isInSight(bar(card)));
+    EXPECT_EQ(focused(), skip);
+}
+
+TEST_F(OnboardingTest, AnErrorWithoutABlankIsBrokenWithinTheCard)
+{
+    localModel.failure = QString(1'000, u'x');
+    greet();
+    EXPECT_LE(card->minimumSizeHint().width(), view->card()->width());
 }
 
 } // namespace
