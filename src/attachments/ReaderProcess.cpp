@@ -2,6 +2,7 @@
 
 #include "attachments/Log.h"
 #include "base/ChildProcess.h"
+#include "base/WriteWhole.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
@@ -22,18 +23,9 @@ constexpr int lookMilliseconds = 10;
 FileDescriptor inMemory(const QByteArray &file)
 {
     FileDescriptor memory(::memfd_create("attachment", MFD_CLOEXEC));
-    qsizetype written = 0;
-    while (memory.isOpen() && written < file.size()) {
-        const ssize_t count = ::write(memory.get(), file.constData() + written,
-                                      static_cast<std::size_t>(file.size() - written));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return {};
-        written += count;
-    }
-    if (memory.isOpen())
-        ::lseek(memory.get(), 0, SEEK_SET);
+    if (!memory.isOpen() || !writeWhole(memory.get(), file))
+        return {};
+    ::lseek(memory.get(), 0, SEEK_SET);
     return memory;
 }
 

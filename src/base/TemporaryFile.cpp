@@ -1,5 +1,7 @@
 #include "base/TemporaryFile.h"
 
+#include "base/WriteWhole.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -49,14 +51,7 @@ bool TemporaryFile::setPermissions(unsigned permissions)
 
 bool TemporaryFile::write(QByteArrayView bytes)
 {
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(m_file.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
-        if (written >= 0)
-            bytes = bytes.sliced(written);
-        else if (errno != EINTR)
-            return false;
-    }
-    return true;
+    return writeWhole(m_file.get(), bytes);
 }
 
 bool TemporaryFile::sync()

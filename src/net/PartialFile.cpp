@@ -1,6 +1,7 @@
 #include "net/PartialFile.h"
 
 #include "base/AtomicFile.h"
+#include "base/WriteWhole.h"
 #include "net/DownloadError.h"
 
 #include <QFile>
@@ -77,13 +78,8 @@ void PartialFile::begin(const DownloadRecord &record, qint64 from)
 
 void PartialFile::write(QByteArrayView bytes)
 {
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(m_file.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
-        if (written >= 0)
-            bytes = bytes.sliced(written);
-        else if (errno != EINTR)
-            throwFailure(errno);
-    }
+    if (!writeWhole(m_file.get(), bytes))
+        throwFailure(errno);
 }
 
 void PartialFile::close()

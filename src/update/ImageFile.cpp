@@ -1,9 +1,9 @@
 #include "update/ImageFile.h"
 
 #include "base/Uuid.h"
+#include "base/WriteWhole.h"
 
 #include <QFile>
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -35,14 +35,7 @@ ImageFile::~ImageFile()
 bool ImageFile::write(QByteArrayView bytes)
 {
     m_hash.addData(bytes);
-    while (!bytes.isEmpty()) {
-        const ssize_t written = ::write(m_file.get(), bytes.data(), static_cast<std::size_t>(bytes.size()));
-        if (written >= 0)
-            bytes = bytes.sliced(written);
-        else if (errno != EINTR)
-            return false;
-    }
-    return true;
+    return writeWhole(m_file.get(), bytes);
 }
 
 bool ImageFile::finish()

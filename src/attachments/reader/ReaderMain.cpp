@@ -6,10 +6,10 @@
 #include "attachments/reader/RecognitionData.h"
 
 #include "attachments/AttachmentLimits.h"
+#include "base/WriteWhole.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <cerrno>
 #include <cstdio>
 #include <optional>
 #include <unistd.h>
@@ -22,23 +22,6 @@ extern "C" int __lsan_is_turned_off()
     return 1;
 }
 #endif
-
-namespace {
-
-bool writeWhole(const QByteArray &answer)
-{
-    qsizetype written = 0;
-    while (written < answer.size()) {
-        const ssize_t count = ::write(STDOUT_FILENO, answer.constData() + written,
-                                      static_cast<std::size_t>(answer.size() - written));
-        if (count < 0 && errno != EINTR)
-            return false;
-        written += std::max<ssize_t>(count, 0);
-    }
-    return true;
-}
-
-} // namespace
 
 /// morvane-attachment-reader JOB: reads one file from its input and writes one answer to its output. Started
 /// by Morvane for each file, so that no decoder ever runs in the program itself. Whatever the decoders want
@@ -68,7 +51,8 @@ int main(int argc, char **argv)
         RecognitionData::addTo(data);
     data.sort();
     if (!closeCage(data))
-        return writeWhole(ReaderAnswer{ReaderAnswer::Kind::unprotected, {}}.serialized()) ? 0 : 1;
+        return writeWhole(STDOUT_FILENO, ReaderAnswer{ReaderAnswer::Kind::unprotected, {}}.serialized()) ? 0
+                                                                                                         : 1;
     const QByteArray file = input.read(attachmentLimits::pdfBytes + 1);
-    return writeWhole(readAttachment(job, file).serialized()) ? 0 : 1;
+    return writeWhole(STDOUT_FILENO, readAttachment(job, file).serialized()) ? 0 : 1;
 }

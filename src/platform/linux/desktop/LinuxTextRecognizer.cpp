@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/LinuxTextRecognizer.h"
 
 #include "base/ChildProcess.h"
+#include "base/WriteWhole.h"
 
 #include <QDeadlineTimer>
 #include <QFile>
@@ -21,20 +22,6 @@ constexpr std::chrono::seconds longestRun{20};
 constexpr int lookMilliseconds = 20;
 constexpr qsizetype mostOutput = 4'000'000;
 
-bool writeAll(int descriptor, const uchar *bytes, qsizetype size)
-{
-    while (size > 0) {
-        const ssize_t count = ::write(descriptor, bytes, std::size_t(size));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return false;
-        bytes += count;
-        size -= count;
-    }
-    return true;
-}
-
 /// The picture in memory that no file stands for, ready to be read.
 FileDescriptor inMemory(const QImage &gray)
 {
@@ -42,7 +29,7 @@ FileDescriptor inMemory(const QImage &gray)
     if (!memory.isOpen())
         return {};
     for (int y = 0; y < gray.height(); ++y)
-        if (!writeAll(memory.get(), gray.constScanLine(y), gray.width()))
+        if (!writeWhole(memory.get(), QByteArrayView(gray.constScanLine(y), gray.width())))
             return {};
     ::lseek(memory.get(), 0, SEEK_SET);
     return memory;
