@@ -125,15 +125,21 @@ bool AccessibleProgram::waitForTree(const Condition &treeIsRight) const
 {
     const QDeadlineTimer deadline(patience);
     bool eventCame = false;
-    const auto listening = QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &m_bus,
-                                            [&eventCame] { eventCame = true; });
-    bool isRight = treeIsRight(tree());
+    const QObject listener; // ends with its place, however that is left
+    QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &listener, [&eventCame] { eventCame = true; });
+    const auto look = [&] {
+        try {
+            return treeIsRight(tree());
+        } catch (const AccessibilityError &) {
+            return false; // whoever puts its tree on the bus just now answers the next time
+        }
+    };
+    bool isRight = look();
     while (!isRight && !deadline.hasExpired()) {
         waitUntil([&eventCame] { return eventCame; }, longestRest);
         eventCame = false;
-        isRight = treeIsRight(tree());
+        isRight = look();
     }
-    QObject::disconnect(listening);
     return isRight;
 }
 
