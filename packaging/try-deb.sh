@@ -14,14 +14,14 @@ files() { (cd "$tree" && find . -path ./var/lib/apt -prune -o -path ./var/cache 
 say "A clean tree"
 packaging/clean-tree.sh "$tree" fonts-dejavu-core
 say "What the package needs besides itself"
-cp "$package" "$tree/root/morvane.deb"
+cp "$package" "$tree/tmp/morvane.deb"
 inside apt-get -qq update
-inside apt-get -qq -o Dpkg::Use-Pty=0 install --no-install-recommends $(inside apt-get -s install --no-install-recommends /root/morvane.deb |
+inside apt-get -qq -o Dpkg::Use-Pty=0 install --no-install-recommends $(inside apt-get -s install --no-install-recommends /tmp/morvane.deb |
   sed -n 's/^Inst \([^ ]*\) .*/\1/p' | grep -vx morvane) >/dev/null
 echo "$(inside dpkg-query -W | wc -l) packages now"
 before=$(files)
 say "Installed"
-inside apt-get -q -o Dpkg::Use-Pty=0 install --no-install-recommends /root/morvane.deb
+inside apt-get -q -o Dpkg::Use-Pty=0 install --no-install-recommends /tmp/morvane.deb
 inside sh -c 'command -v morvane'
 say "Started"
 packaging/rehearse-in.sh "$tree" /usr/bin/morvane build/trees/deb.png

@@ -22,7 +22,7 @@ protected:
     RelauncherTest()
     {
         QDir().mkpath(folder() + u"/Morvane.app/Contents/MacOS"_s);
-        home.write(u"it's a folder/work/stage/Morvane.app/old"_s, "old");
+        home.write(u"it's a folder/remains/stage/Morvane.app/old"_s, "old");
     }
 
     QString folder() const { return home.path(u"it's a folder"_s); }
@@ -56,7 +56,7 @@ protected:
     {
         ChildProcess::Options options;
         options.program = InstalledFiles::aroundProgram().helper(u"morvane-relauncher"_s).toUtf8();
-        options.arguments = {(folder() + u"/Morvane.app"_s).toUtf8(), (folder() + u"/work"_s).toUtf8()};
+        options.arguments = {(folder() + u"/Morvane.app"_s).toUtf8(), (folder() + u"/remains"_s).toUtf8()};
         options.environment = {"PATH=/usr/bin:/bin"};
         options.output = ChildProcess::Output::discarded;
         options.errors = ChildProcess::Errors::discarded;

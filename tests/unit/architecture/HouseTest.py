@@ -306,16 +306,20 @@ class Behaviour(Tree):
 
 
 class Tests(Tree):
+    SLEEPING = ("sleep(1);", "usleep(1);", "QThread::msleep(1);", "QTest::qWait(1);", "std::this_thread::sleep_for(1s);")
+
     def test_a_test_that_sleeps_is_found(self):
-        for line in ("sleep(1);", "usleep(1);", "QThread::msleep(1);", "QTest::qWait(1);", "std::this_thread::sleep_for(1s);"):
+        for line in self.SLEEPING:
             self.write("tests/unit/base/ATest.cpp", f"TEST(A, b)\n{{\n    {line}\n}}\n")
             self.assert_complaint("tests/unit/base/ATest.cpp:3", "never sleep")
 
     def test_what_a_test_starts_and_its_fakes_do_not_sleep_either(self):
-        self.write("tests/support/FakeA.cpp", "void FakeA::ask()\n{\n    std::this_thread::sleep_for(1s);\n}\n")
-        self.assert_complaint("tests/support/FakeA.cpp:3", "never sleep")
+        for line in self.SLEEPING:
+            self.write("tests/support/FakeA.cpp", f"void FakeA::ask()\n{{\n    {line}\n}}\n")
+            self.assert_complaint("tests/support/FakeA.cpp:3", "never sleep")
         self.write("tests/support/FakeA.cpp", "\n")
-        self.write("tests/integration/base/ATest.cpp", 'const char *program = "import time\\n"\n                      "time.sleep(3)";\n')
+        script = "time." + self.SLEEPING[0]  # of a program that the test holds as a text
+        self.write("tests/integration/base/ATest.cpp", f'const char *program = "import time\\n"\n                      "{script}";\n')
         self.assert_complaint("tests/integration/base/ATest.cpp:2", "never sleep")
 
     def test_a_clock_that_a_test_brings_along_is_none_that_sleeps(self):
