@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -14,6 +15,8 @@ namespace {
 /// The form of the matrix that has whole numbers and scales in double precision.
 constexpr int wholeNumbers = 1;
 constexpr int doublePrecision = 128;
+/// No sum of products that is multiplied by it is without a bound, and nothing that is no number is below it.
+constexpr double mostScale = 1e6;
 
 /// Outputs that are worked out together: their weights for one pair of inputs lie side by side.
 constexpr std::size_t group = 32;
@@ -69,7 +72,10 @@ bool WeightMatrix::append(ByteReader &data)
     const std::vector<double> scales = data.numbers<double>(data.number<uint32_t>());
     if (!data.isGood() || scales.size() < outputs)
         return false;
-    std::transform(scales.begin(), scales.begin() + std::ptrdiff_t(outputs), std::back_inserter(m_scales),
+    const std::span used = std::span(scales).first(outputs);
+    if (!std::all_of(used.begin(), used.end(), [](double scale) { return std::abs(scale) <= mostScale; }))
+        return false;
+    std::transform(used.begin(), used.end(), std::back_inserter(m_scales),
                    [](double scale) { return float(scale / one); });
     return true;
 }
