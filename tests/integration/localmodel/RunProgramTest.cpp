@@ -7,6 +7,7 @@
 #include "support/FakeClock.h"
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
+#include "support/TimeLimit.h"
 
 #include <QFileInfo>
 #include <QThreadPool>
@@ -122,17 +123,7 @@ TEST_F(RunProgramTest, AfterItsLimitAProgramIsEndedAndNothingOfItReturned)
     auto task = own.spawn(runProgram(order));
     ASSERT_TRUE(comes(u"ready"_s));
     ASSERT_TRUE(waitUntil([&fake] { return fake.pendingTimers() == 1; }));
-    fake.advance(5399s);
-    settle();
-    EXPECT_FALSE(task.done());
-    fake.advance(1s);
-    ASSERT_TRUE(waitUntil([&task] { return task.done(); }));
-    try {
-        task.result();
-        FAIL();
-    } catch (const InstallError &error) {
-        EXPECT_EQ(error.message(), u"Command timed out after 5400s."_s);
-    }
+    expectTimeLimit(fake, task, 5400s, u"Command timed out after 5400s."_s);
     EXPECT_TRUE(QThreadPool::globalInstance()->waitForDone(10'000));
     own.shutdown(1s);
 }

@@ -18,6 +18,16 @@ protected:
         settings->setProviderID(ProviderID::ollama);
         settings->setModel(u"qwen2.5"_s);
     }
+
+    /// Deletes the only model of a server that runs, with another or the same name chosen in the settings.
+    void deleteOnlyModel(const QString &name, const QString &chosen)
+    {
+        localModel.serverRunning = true;
+        settings->setModel(chosen);
+        localModel.models = {name};
+        model->localModel().deleteLocalModel(name);
+        settle();
+    }
 };
 
 TEST_F(FurtherModelsTest, APulledModelBecomesTheChosenOne)
@@ -135,11 +145,7 @@ TEST_F(FurtherModelsTest, DeletingTheChosenModelChoosesAnother)
 
 TEST_F(FurtherModelsTest, DeletingTheOnlyModelLeavesTheStandardOneChosen)
 {
-    localModel.serverRunning = true;
-    settings->setModel(u"qwen3:4b"_s);
-    localModel.models = {u"qwen3:4b"_s};
-    model->localModel().deleteLocalModel(u"qwen3:4b"_s);
-    settle();
+    deleteOnlyModel(u"qwen3:4b"_s, u"qwen3:4b"_s);
     EXPECT_EQ(settings->model(), u"qwen2.5"_s);
     EXPECT_FALSE(model->localModel().info().running);
     EXPECT_EQ(model->localModel().info().progress,
@@ -176,11 +182,7 @@ TEST_F(FurtherModelsTest, AFailedDeletionIsTold)
 
 TEST_F(FurtherModelsTest, TheChosenModelIsTheDeletedOneWithLatestToo)
 {
-    localModel.serverRunning = true;
-    settings->setModel(u"qwen3:latest"_s);
-    localModel.models = {u"qwen3"_s};
-    model->localModel().deleteLocalModel(u"qwen3"_s);
-    settle();
+    deleteOnlyModel(u"qwen3"_s, u"qwen3:latest"_s);
     EXPECT_EQ(settings->model(), u"qwen2.5"_s);
 }
 

@@ -32,6 +32,15 @@ protected:
         service.willTurn(Service::Turn{}); // the request that loads the model
     }
     const LocalModelInfo &info() const { return model->localModel().info(); }
+    /// With `chosen` in the settings and this model there, it is ready.
+    void expectReady(const QString &chosen, const QString &model)
+    {
+        settings->setModel(chosen);
+        haveModels({model});
+        refresh();
+        EXPECT_TRUE(info().running);
+        EXPECT_EQ(info().progress, u"The %1 model is ready."_s.arg(model));
+    }
 };
 
 TEST_F(LocalModelStateTest, TellsWhatIsMissing)
@@ -116,20 +125,12 @@ TEST_F(LocalModelStateTest, HostedProviderIsNotWarmedUp)
 
 TEST_F(LocalModelStateTest, WithoutANameTheStandardModelIsMeant)
 {
-    settings->setModel(u"  "_s);
-    haveModels({u"qwen2.5"_s});
-    refresh();
-    EXPECT_TRUE(info().running);
-    EXPECT_EQ(info().progress, u"The qwen2.5 model is ready."_s);
+    expectReady(u"  "_s, u"qwen2.5"_s);
 }
 
 TEST_F(LocalModelStateTest, BlanksAroundTheNameAreNotPartOfIt)
 {
-    settings->setModel(u" qwen3:4b\n"_s);
-    haveModels({u"qwen3:4b"_s});
-    refresh();
-    EXPECT_TRUE(info().running);
-    EXPECT_EQ(info().progress, u"The qwen3:4b model is ready."_s);
+    expectReady(u" qwen3:4b\n"_s, u"qwen3:4b"_s);
 }
 
 TEST_F(LocalModelStateTest, AReadyModelEndsAnOlderFailure)
