@@ -2,6 +2,8 @@
 // costs, and what a long answer and many tools do to memory and main thread. Prints one JSON object. The
 // servers are those of tests/peers (scripts/install-peers.sh).
 
+#include "BareClient.h"
+#include "BareServer.h"
 #include "BenchAgent.h"
 #include "ProcMegabytes.h"
 
@@ -25,12 +27,8 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryFile>
-#include <arpa/inet.h>
 #include <cstdio>
-#include <netinet/tcp.h>
-#include <signal.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -87,131 +85,6 @@ QByteArray callText(int id)
     return R"({"jsonrpc":"2.0","id":)" + QByteArray::number(id) +
            R"(,"method":"tools/call","params":{"name":"echo","arguments":{"message":"hello"}}})";
 }
-
-const QByteArray handshakeText = R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{"protocolVersion":
-"2025-03-26","capabilities":{},"clientInfo":{"name":"bare","version":"1"}}})";
-
-/// The floor over standard streams: write, read to the line's end, again.
-class BareServer {
-public:
-    explicit BareServer(const QByteArray &program, const QByteArray &argument = {})
-    {
-        int input[2];
-        int output[2];
-        if (::pipe(input) != 0 || ::pipe(output) != 0)
-            std::abort();
-        m_process = ::fork();
-        if (m_process == 0) {
-            ::dup2(input[0], 0);
-            ::dup2(output[1], 1);
-            ::close(input[1]);
-            ::close(output[0]);
-            if (!::freopen("/dev/null", "w", stderr))
-                ::_exit(1);
-            ::execl(program.constData(), program.constData(),
-                    argument.isEmpty() ? nullptr : argument.constData(), nullptr);
-            ::_exit(127);
-        }
-        ::close(input[0]);
-        ::close(output[1]);
-        m_input = input[1];
-        m_output = output[0];
-        ask(QByteArray(handshakeText).replace('\n', ""));
-        m_sent = R"({"jsonrpc":"2.0","method":"notifications/initialized","params":{}})"
-                 "\n";
-        [[maybe_unused]] const ssize_t count =
-            ::write(m_input, m_sent.constData(), std::size_t(m_sent.size()));
-    }
-    ~BareServer()
-    {
-        ::close(m_input);
-        ::close(m_output);
-        ::kill(m_process, SIGTERM);
-        ::waitpid(m_process, nullptr, 0);
-    }
-
-    void ask(QByteArray text)
-    {
-        text += '\n';
-        if (::write(m_input, text.constData(), std::size_t(text.size())) != text.size())
-            std::abort();
-        char buffer[65536];
-        while (true) {
-            const ssize_t count = ::read(m_output, buffer, sizeof buffer);
-            if (count <= 0)
-                std::abort();
-            // Notifications that come behind the handshake hold no result.
-            if (QByteArrayView(buffer, count).contains("\"result\""))
-                return;
-        }
-    }
-
-private:
-    pid_t m_process = 0;
-    int m_input = -1;
-    int m_output = -1;
-    QByteArray m_sent;
-};
-
-/// The floor over HTTP: one connection, a request, all of its answer, again.
-class BareClient {
-public:
-    explicit BareClient(quint16 port)
-    {
-        m_socket = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const int on = 1;
-        ::setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        if (::connect(m_socket, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
-            std::abort();
-        const QByteArray head = ask(handshakeText);
-        const qsizetype begin = head.toLower().indexOf("mcp-session-id: ") + 16;
-        m_session = head.mid(begin, head.indexOf('\r', begin) - begin);
-    }
-    ~BareClient() { ::close(m_socket); }
-
-    QByteArray ask(const QByteArray &text)
-    {
-        QByteArray request = "POST /mcp HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/json\r\n"
-                             "Accept: application/json, text/event-stream\r\nContent-Length: " +
-                             QByteArray::number(text.size()) + "\r\n";
-        if (!m_session.isEmpty())
-            request += "Mcp-Session-Id: " + m_session + "\r\nMCP-Protocol-Version: 2025-03-26\r\n";
-        request += "\r\n" + text;
-        if (::send(m_socket, request.constData(), std::size_t(request.size()), 0) != request.size())
-            std::abort();
-        QByteArray answer;
-        char buffer[65536];
-        while (!isWhole(answer)) {
-            const ssize_t count = ::recv(m_socket, buffer, sizeof buffer, 0);
-            if (count <= 0)
-                std::abort();
-            answer.append(buffer, count);
-        }
-        return answer;
-    }
-
-private:
-    /// The server tells the length of what it has at once, and sends the rest in chunks.
-    static bool isWhole(const QByteArray &answer)
-    {
-        const qsizetype headEnd = answer.indexOf("\r\n\r\n");
-        if (headEnd < 0)
-            return false;
-        constexpr QByteArrayView field = "\r\ncontent-length: ";
-        const QByteArray head = answer.first(headEnd + 2).toLower();
-        const qsizetype begin = head.indexOf(field) + field.size();
-        if (begin < field.size())
-            return answer.endsWith("0\r\n\r\n");
-        return answer.size() == headEnd + 4 + head.mid(begin, head.indexOf('\r', begin) - begin).toInt();
-    }
-
-    int m_socket = -1;
-    QByteArray m_session;
-};
 
 Task<void> callOneAfterTheOther(std::shared_ptr<MCPConnection> connection, int calls)
 {

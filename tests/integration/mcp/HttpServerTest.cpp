@@ -1,12 +1,6 @@
-#include "McpFixture.h"
+#include "HttpServerFixture.h"
 
-#include "async/Cancelled.h"
-#include "base/Json.h"
-#include "mcp/HttpExchanges.h"
-#include "mcp/JsonRpc.h"
 #include "support/FakeClock.h"
-
-#include <mutex>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -15,25 +9,6 @@ namespace morvane {
 namespace {
 
 namespace json = boost::json;
-
-/// What a server answers to a request with this method and id; nothing for no body at all.
-using Reply = std::function<QByteArray(const RawHttpRequest &request, const json::object &message)>;
-
-QByteArray messageText(const json::object &message)
-{
-    return serializeJson(message);
-}
-
-json::object textResult(const std::string &text)
-{
-    const json::object item{{"type", "text"}, {"text", text}};
-    return {{"content", json::array{item}}};
-}
-
-QByteArray result(const json::object &message, json::object value)
-{
-    return messageText({{"jsonrpc", "2.0"}, {"id", message.at("id")}, {"result", std::move(value)}});
-}
 
 /// As a stored block of the gzip format: what qCompress makes, in another wrapping.
 QByteArray gzipped(const QByteArray &plain)
@@ -56,44 +31,8 @@ QByteArray gzipped(const QByteArray &plain)
     return packed;
 }
 
-const HttpHeaders jsonType{{"Content-Type", "application/json"}};
-const HttpHeaders eventType{{"Content-Type", "text/event-stream"}};
-
-/// Remote servers, honest and hostile. They shake hands properly; what they do with calls a test says.
-class HttpServerTest : public McpTest {
+class HttpServerTest : public HttpServerFixture {
 protected:
-    void serve(Reply onCall)
-    {
-        server.emplace(RawHttpServer::answering([onCall](const RawHttpRequest &request) {
-            const json::object message = parseJsonObject(request.body).value();
-            if (!message.contains("id"))
-                return rawHttpResponse(202, {});
-            if (message.at("method") == "tools/call")
-                return onCall(request, message);
-            return rawHttpResponse(200, result(message, {{"tools", json::array()}}),
-                                   {{"Content-Type", "application/json"}, {"Mcp-Session-Id", "session-1"}});
-        }));
-        connection = http(server->url(u"/mcp"_s));
-    }
-    /// Every call is answered with this body, "ID" in it standing for the call's id.
-    void serveBody(int status, const QByteArray &body)
-    {
-        serve([status, body](const RawHttpRequest &, const json::object &message) {
-            return rawHttpResponse(status, QByteArray(body).replace("ID", serializeJson(message.at("id"))));
-        });
-    }
-    /// The same with a stream of events.
-    void serveEvents(const QByteArray &stream)
-    {
-        serve([stream](const RawHttpRequest &, const json::object &message) {
-            return events(QByteArray(stream).replace("ID", serializeJson(message.at("id"))));
-        });
-    }
-    static QByteArray events(const QByteArray &body)
-    {
-        return rawHttpHead(200, {{"Content-Type", "text/event-stream"}, {"Connection", "close"}}) + body;
-    }
-    QString echo() { return call(connection, u"echo"_s).text; }
     /// Whether a call is still waiting when its exchange is over, and how it fails when its time has come.
     void expectSilence()
     {
@@ -116,9 +55,6 @@ protected:
         }
         patient.shutdown(1s);
     }
-
-    std::optional<RawHttpServer> server;
-    std::shared_ptr<MCPConnection> connection;
 };
 
 TEST_F(HttpServerTest, APostCarriesTheLiteralHeaders)
@@ -288,83 +224,6 @@ TEST_F(HttpServerTest, AnswersOfAnySizeArriveWholeInBothForms)
     EXPECT_EQ(call(connection, u"event"_s).text.size(), 20'000'000);
 }
 
-TEST_F(HttpServerTest, AnswersInStreamsKeepOneConnectionAlive)
-{
-    server.emplace([](RawHttpConnection &peer) {
-        while (const auto request = peer.readRequest()) {
-            const json::object message = parseJsonObject(request->body).value();
-            peer.send(
-                rawHttpHead(200, {{"Content-Type", "text/event-stream"}, {"Transfer-Encoding", "chunked"}}));
-            peer.sendChunk("data: " + result(message, textResult("fine")) + "\n\n");
-            peer.send("0\r\n\r\n");
-        }
-    });
-    const auto peer = http(server->url());
-    for (int i = 0; i < 50; ++i)
-        ASSERT_EQ(call(peer, u"echo"_s).text, "fine");
-    EXPECT_LE(server->acceptedConnections(), 2);
-}
-
-TEST_F(HttpServerTest, AStreamWithoutEndAndWithoutAnAnswerEndsWithTheCall)
-{
-    for (const char *piece : {"data: {\"method\":\"notifications/progress\"}\n\n", "x\n", "x"}) {
-        std::atomic<int> closed = 0;
-        server.emplace([&closed, piece](RawHttpConnection &peer) {
-            peer.readRequest();
-            peer.send(rawHttpHead(200, eventType));
-            while (peer.send(piece))
-                continue;
-            ++closed;
-        });
-        const auto peer = http(server->url());
-        auto handle = scheduler.spawn(peer->callTool(u"echo"_s, {}));
-        ASSERT_TRUE(waitUntil([this] { return server->sentBytes() > 300'000; }));
-        handle.cancel();
-        ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-        EXPECT_THROW(handle.result(), Cancelled);
-        EXPECT_TRUE(waitUntil([&] { return closed == 1; }));
-    }
-}
-
-TEST_F(HttpServerTest, AStreamThatGoesOnBehindItsAnswerIsGivenUpAndForgotten)
-{
-    server.emplace([](RawHttpConnection &peer) {
-        const json::object message = parseJsonObject(peer.readRequest().value().body).value();
-        peer.send(rawHttpHead(200, eventType) + "data: " + result(message, textResult("fine")) + "\n\n");
-        peer.waitUntilClosedByPeer();
-    });
-    FakeClock fakeClock;
-    Scheduler patient(fakeClock);
-    const auto requests = std::make_shared<PendingRequests>();
-    const auto exchanges = std::make_shared<HttpExchanges>(server->url(), patient, client, requests);
-    requests->add(1, 0, [](const auto &) {});
-    exchanges->start(requestText(1, "tools/call", "{}"), 1, MCPTransport::Kind::other);
-    ASSERT_TRUE(waitUntil([&] { return requests->count() == 0; }));
-    EXPECT_EQ(exchanges->underWay(), 1u) << "a little more may come";
-    fakeClock.advance(1s);
-    EXPECT_TRUE(waitUntil([&] { return exchanges->underWay() == 0; }));
-    EXPECT_TRUE(waitUntil([this] { return server->connectionsClosedByPeer() == 1; }));
-    patient.shutdown(1s);
-}
-
-TEST_F(HttpServerTest, ShutdownClosesEveryExchange)
-{
-    server.emplace([](RawHttpConnection &peer) {
-        peer.readRequest();
-        peer.waitUntilClosedByPeer();
-    });
-    const auto peer = http(server->url());
-    auto handle = scheduler.spawn(peer->callTool(u"echo"_s, {}));
-    ASSERT_TRUE(waitUntil([this] { return server->requests().size() == 1; }));
-    peer->shutdown();
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_THROW(handle.result(), MCPError);
-    EXPECT_TRUE(waitUntil([this] { return server->connectionsClosedByPeer() == 1; }));
-    EXPECT_EQ(failureOf(peer->callTool(u"echo"_s, {})), u"The MCP server did not respond in time."_s);
-    settle();
-    EXPECT_EQ(server->requests().size(), 1) << "nothing is sent any more";
-}
-
 TEST_F(HttpServerTest, AnotherOriginGetsNoSession)
 {
     RawHttpServer other(RawHttpServer::answering([](const RawHttpRequest &request) {
@@ -414,42 +273,6 @@ TEST_F(HttpServerTest, AHandshakeThatIsRefusedWithinItsSessionIsTriedWithoutIt)
         settle();
         EXPECT_EQ(server->requests().size(), 5)
             << "initialize, its notification, and the same with one refusal";
-    }
-}
-
-TEST_F(HttpServerTest, APostOnAConnectionThatIsResetIsNotSentTwice)
-{
-    std::atomic<int> writes = 0;
-    server.emplace([&writes](RawHttpConnection &peer) {
-        while (const auto request = peer.readRequest()) {
-            const json::object message = parseJsonObject(request->body).value();
-            if (message.at("method") == "tools/call" && ++writes > 1) {
-                peer.reset(); // before the first byte of an answer
-                return;
-            }
-            peer.send(rawHttpResponse(200, result(message, textResult("written")), jsonType));
-        }
-    });
-    const auto peer = http(server->url());
-    EXPECT_EQ(call(peer, u"write"_s).text, "written");
-    EXPECT_EQ(failureOf(peer->callTool(u"write"_s, {})),
-              u"could not reach the server: The connection was lost."_s);
-    EXPECT_EQ(writes, 2);
-}
-
-TEST_F(HttpServerTest, ManyCallsAreUnderWayAtOnce)
-{
-    serve([](const RawHttpRequest &, const json::object &message) {
-        const json::value &text = message.at("params").at("arguments").at("text");
-        return rawHttpResponse(200, result(message, textResult(text.as_string().c_str())), jsonType);
-    });
-    std::vector<TaskHandle<ToolResult>> calls;
-    for (int i = 0; i < 64; ++i)
-        calls.push_back(
-            scheduler.spawn(connection->callTool(u"echo"_s, json::object{{"text", std::to_string(i)}})));
-    for (int i = 0; i < 64; ++i) {
-        ASSERT_TRUE(waitUntil([&] { return calls[std::size_t(i)].done(); }));
-        EXPECT_EQ(calls[std::size_t(i)].result().text, QString::number(i));
     }
 }
 

@@ -73,31 +73,6 @@ protected:
         request.silenceLimit = 150ms;
         return request;
     }
-    enum class ConnectionEnd { reset, inOrder };
-    /// What became of a POST to a server that answers one request on each connection, reads the next one and
-    /// ends the connection.
-    struct Repetition {
-        qsizetype posts = 0; ///< How often it arrived.
-        bool onKeptConnection = false;
-        std::optional<Kind> failure;
-    };
-    Repetition postWhoseAnswerIsLost(const QByteArray &body, ConnectionEnd end)
-    {
-        RawHttpServer server([end](RawHttpConnection &connection) {
-            if (connection.readRequest())
-                connection.send(rawHttpResponse(200, "first"));
-            if (connection.readRequest() && end == ConnectionEnd::reset)
-                connection.reset();
-        });
-        EXPECT_EQ(fetch(get(server.url())).body, "first");
-        Repetition seen;
-        seen.failure = fetchFailure(post(server.url(), body));
-        for (const RawHttpRequest &request : server.requests()) {
-            seen.posts += request.method == "POST";
-            seen.onKeptConnection |= request.method == "POST" && request.connection == 0;
-        }
-        return seen;
-    }
     static quint16 portWithoutListener()
     {
         const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
@@ -353,67 +328,6 @@ TEST_F(TransportFailureTest, TrickleIsNoSilence)
     HttpRequest request = get(server.url());
     request.silenceLimit = 500ms;
     EXPECT_EQ(fetch(request).body, "xxxxxxxxxx");
-}
-
-TEST_F(TransportFailureTest, ARequestThatChangesSomethingIsNeverSentTwice)
-{
-    for (const QByteArray &body :
-         {QByteArray("{\"tool\":\"write\"}"), QByteArray(3'000'000, 'x'), QByteArray()})
-        for (const ConnectionEnd end : {ConnectionEnd::reset, ConnectionEnd::inOrder}) {
-            // What libcurl keeps is its own business; only a round in which it took the kept connection
-            // counts.
-            bool wasKept = false;
-            for (int round = 0; !wasKept && round < 100; ++round) {
-                const Repetition seen = postWhoseAnswerIsLost(body, end);
-                ASSERT_EQ(seen.posts, 1) << body.size();
-                wasKept = seen.onKeptConnection;
-                ASSERT_EQ(seen.failure, wasKept ? std::optional(Kind::networkConnectionLost) : std::nullopt);
-            }
-            EXPECT_TRUE(wasKept) << body.size();
-        }
-}
-
-TEST_F(TransportFailureTest, AKeptConnectionThatHasEndedBeforeCostsARequestNothing)
-{
-    for (const QByteArray &body : {QByteArray("{\"tool\":\"write\"}"), QByteArray(3'000'000, 'x')})
-        for (const ConnectionEnd end : {ConnectionEnd::reset, ConnectionEnd::inOrder}) {
-            Gate taken = false;
-            RawHttpServer server([end, &taken](RawHttpConnection &connection) {
-                if (connection.readRequest())
-                    connection.send(rawHttpResponse(200, "ok"));
-                if (connection.number() > 0)
-                    connection.waitUntilClosedByPeer();
-                else if (connection.waitUntil([&taken] { return taken.load(); }) &&
-                         end == ConnectionEnd::reset)
-                    connection.reset();
-            });
-            EXPECT_EQ(fetch(get(server.url())).body, "ok");
-            taken = true;
-            ASSERT_TRUE(waitUntil([&server] { return server.openConnections() == 0; }));
-            EXPECT_EQ(fetch(post(server.url(), body)).body, "ok");
-            EXPECT_EQ(server.acceptedConnections(), 2);
-        }
-}
-
-TEST_F(TransportFailureTest, PostsShareAConnection)
-{
-    RawHttpServer server(RawHttpServer::answering(
-        [](const RawHttpRequest &request) { return rawHttpResponse(200, request.body); }));
-    for (int i = 0; i < 20; ++i)
-        EXPECT_EQ(fetch(post(server.url(), "body")).body, "body");
-    EXPECT_EQ(server.acceptedConnections(), 1);
-}
-
-TEST_F(TransportFailureTest, AReadIsRepeatedOnANewConnection)
-{
-    RawHttpServer server([](RawHttpConnection &connection) {
-        if (connection.readRequest())
-            connection.send(rawHttpResponse(200, "ok"));
-        if (connection.readRequest())
-            connection.reset();
-    });
-    EXPECT_EQ(fetch(get(server.url())).body, "ok");
-    EXPECT_EQ(fetch(get(server.url())).body, "ok");
 }
 
 TEST_F(TransportFailureTest, ConnectingHasAsMuchTimeAsSilence)

@@ -1,23 +1,15 @@
-#include "support/AppFixture.h"
+#include "ComposerAttachmentsFixture.h"
 
 #include "ui/controls/NoteLabel.h"
-#include "ui/window/AttachmentChip.h"
-#include "ui/window/ComposerEdit.h"
-#include "ui/window/ComposerView.h"
 #include "ui/window/FileDialogFilters.h"
 #include "ui/window/FileDropFilter.h"
 
-#include <QAccessible>
-#include <QApplication>
 #include <QBuffer>
-#include <QClipboard>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMimeData>
 #include <QTest>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -28,72 +20,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using Service = FakeAIService;
 
-class ComposerAttachmentsTest : public AppFixture {
-protected:
-    ComposerAttachmentsTest() : view(std::make_unique<ComposerView>(*model, model->updates()))
-    {
-        settings->setProviderID(ProviderID::gemini);
-        settings->setApiKey(u"key"_s);
-        view->resize(600, 300);
-        view->show();
-        view->activateWindow();
-        edit = view->findChild<ComposerEdit *>();
-        view->focusDraft();
-        announcer.spoken.clear();
-    }
-    ~ComposerAttachmentsTest() override { view.reset(); }
-
-    static QUrl file(const QString &name) { return QUrl::fromLocalFile(u"/files/"_s + name); }
-    void attach(const QStringList &names)
-    {
-        QList<QUrl> urls;
-        for (const QString &name : names)
-            urls.append(file(name));
-        view->handleFiles(urls);
-        settle();
-    }
-    QStringList pendingNames() const
-    {
-        QStringList names;
-        for (const ChatAttachment &attachment : view->attachments().attachments())
-            names.append(attachment.filename);
-        return names;
-    }
-    template <class Widget> Widget *shown(const QString &accessibleName) const
-    {
-        for (auto *widget : view->findChildren<Widget *>())
-            if (widget->isVisible() && nameOf(widget) == accessibleName)
-                return widget;
-        return nullptr;
-    }
-    QWidget *shownWidget(const QString &accessibleName) const { return shown<QWidget>(accessibleName); }
-    static QString nameOf(QWidget *widget)
-    {
-        QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(widget);
-        return accessible ? accessible->text(QAccessible::Name) : QString();
-    }
-    QToolButton *button(const QString &name) const { return shown<QToolButton>(name); }
-    QList<AttachmentChip *> chips() const
-    {
-        QList<AttachmentChip *> visible = view->findChildren<AttachmentChip *>();
-        visible.removeIf([](const AttachmentChip *chip) { return !chip->isVisible(); });
-        return visible;
-    }
-    void paste(QMimeData *data)
-    {
-        QApplication::clipboard()->setMimeData(data);
-        edit->paste();
-        settle();
-    }
-    bool warns() const
-    {
-        return shownWidget(u"Warning: the current model can't see images. Switch to a vision "
-                           "model to send them."_s) != nullptr;
-    }
-
-    std::unique_ptr<ComposerView> view;
-    ComposerEdit *edit = nullptr;
-};
+class ComposerAttachmentsTest : public ComposerAttachmentsFixture {};
 
 TEST_F(ComposerAttachmentsTest, EachFileIsAnnouncedAsItBeginsAndAsItEnds)
 {
@@ -215,125 +142,6 @@ TEST_F(ComposerAttachmentsTest, WarningSaysWhatToDo)
         return label->isVisible() && label->text() == u"The current model can't see images — "
                                                       "switch to a vision model to send them."_s;
     }));
-}
-
-TEST_F(ComposerAttachmentsTest, ChipsTellTheirFilesAndTheirNumber)
-{
-    attach({u"a.png"_s});
-    EXPECT_NE(shownWidget(u"1 pending attachment"_s), nullptr);
-    attach({u"b.pdf"_s, u"c.txt"_s});
-    EXPECT_NE(shownWidget(u"3 pending attachments"_s), nullptr);
-    QStringList names;
-    for (AttachmentChip *chip : chips())
-        names.append(nameOf(chip));
-    EXPECT_THAT(names, ElementsAre(u"Attachment a.png, image"_s, u"Attachment b.pdf, PDF"_s,
-                                   u"Attachment c.txt, text"_s));
-}
-
-TEST_F(ComposerAttachmentsTest, RemovedAttachmentIsAnnounced)
-{
-    attach({u"a.png"_s, u"b.txt"_s});
-    announcer.spoken.clear();
-    button(u"Remove attachment a.png"_s)->click();
-    EXPECT_THAT(announcer.spoken, ElementsAre(u"Removed attachment a.png"_s));
-    EXPECT_THAT(pendingNames(), ElementsAre(u"b.txt"_s));
-    EXPECT_NE(shownWidget(u"1 pending attachment"_s), nullptr);
-}
-
-TEST_F(ComposerAttachmentsTest, FocusGoesToTheNextChipAndAtLastToTheField)
-{
-    attach({u"a.txt"_s, u"b.txt"_s, u"c.txt"_s});
-    const auto remove = [this](const QString &name) {
-        auto *target = button(u"Remove attachment "_s + name);
-        target->setFocus();
-        QTest::keyClick(target, Qt::Key_Space);
-        settle();
-    };
-    remove(u"a.txt"_s);
-    EXPECT_EQ(view->focusWidget(), button(u"Remove attachment b.txt"_s));
-    remove(u"c.txt"_s);
-    EXPECT_EQ(view->focusWidget(), button(u"Remove attachment b.txt"_s));
-    remove(u"b.txt"_s);
-    EXPECT_EQ(view->focusWidget(), edit);
-}
-
-TEST_F(ComposerAttachmentsTest, ChipsAreReachedWithTheKeyboard)
-{
-    attach({u"a.txt"_s});
-    QSet<QString> reached;
-    for (int step = 0; step < 8; ++step) {
-        QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
-        reached.insert(nameOf(view->focusWidget()));
-    }
-    EXPECT_TRUE(reached.contains(u"Remove attachment a.txt"_s));
-    EXPECT_TRUE(reached.contains(u"Attach a file or image"_s));
-}
-
-TEST_F(ComposerAttachmentsTest, LongNameIsElidedAndHeardWhole)
-{
-    const QString name = QString(300, u'n') + u".txt"_s;
-    attach({name});
-    ASSERT_EQ(chips().size(), 1);
-    AttachmentChip *chip = chips().constFirst();
-    EXPECT_LT(chip->width(), view->width() / 2);
-    EXPECT_EQ(nameOf(chip), u"Attachment "_s + name + u", text"_s);
-    EXPECT_EQ(chip->toolTip(), name);
-}
-
-TEST_F(ComposerAttachmentsTest, TabReachesTheChipsBeforeTheFieldAndTheSendButton)
-{
-    QWidget window;
-    auto *before = new QToolButton(&window);
-    before->setAccessibleName(u"Before"_s);
-    before->setFocusPolicy(Qt::TabFocus);
-    view->setParent(&window);
-    window.show();
-    view->show();
-    attach({u"a.txt"_s, u"b.txt"_s});
-    QStringList stops;
-    for (QWidget *stop = before; stops.isEmpty() || stop != before; stop = stop->nextInFocusChain())
-        if (stop->isVisible() && (stop->focusPolicy() & Qt::TabFocus))
-            stops.append(nameOf(stop));
-    EXPECT_THAT(stops, ElementsAre(u"Before"_s, u"Remove attachment a.txt"_s, u"Remove attachment b.txt"_s,
-                                   u"Attach a file or image"_s, u"Message Morvane"_s, u"Send message"_s));
-    view->setParent(nullptr);
-}
-
-TEST_F(ComposerAttachmentsTest, NameIsNeverTakenForMarkup)
-{
-    attach({u"<b>bold<b>.txt"_s});
-    EXPECT_FALSE(chips().constFirst()->toolTip().contains(u'<'));
-}
-
-TEST_F(ComposerAttachmentsTest, ManyChipsWrapAndScrollInsteadOfFillingTheWindow)
-{
-    QStringList names;
-    for (int number = 0; number < 40; ++number)
-        names.append(u"file number %1.txt"_s.arg(number));
-    attach(names);
-    const QList<AttachmentChip *> all = chips();
-    ASSERT_EQ(all.size(), 40);
-    EXPECT_GT(all.at(10)->y(), all.at(0)->y());
-    EXPECT_LT(view->sizeHint().height(), 320);
-    auto *last = button(u"Remove attachment file number 39.txt"_s);
-    button(u"Remove attachment file number 38.txt"_s)->setFocus();
-    QTest::keyClick(view->focusWidget(), Qt::Key_Tab);
-    EXPECT_EQ(view->focusWidget(), last);
-    EXPECT_FALSE(last->visibleRegion().isEmpty());
-}
-
-TEST_F(ComposerAttachmentsTest, SymbolsGrowWithTheFont)
-{
-    attach({u"a.txt"_s});
-    auto *paperclip = button(u"Attach a file or image"_s);
-    const int small = paperclip->iconSize().height();
-    const int smallChip = chips().constFirst()->height();
-    QFont large = view->font();
-    large.setPointSize(large.pointSize() * 3);
-    view->setFont(large);
-    settle();
-    EXPECT_GT(paperclip->iconSize().height(), small);
-    EXPECT_GT(chips().constFirst()->height(), smallChip);
 }
 
 TEST_F(ComposerAttachmentsTest, SendButtonNoLongerAsksForAnAttachment)

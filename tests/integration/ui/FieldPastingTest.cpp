@@ -1,17 +1,7 @@
-#include "ui/controls/FieldPasting.h"
+#include "FieldPastingFixture.h"
 
-#include "support/AppFixture.h"
-#include "support/FakePasteSource.h"
-#include "ui/controls/LineFieldMenu.h"
-#include "ui/window/ComposerEdit.h"
-#include "ui/window/ComposerView.h"
-
-#include <QApplication>
 #include <QContextMenuEvent>
-#include <QLineEdit>
 #include <QMenu>
-#include <QSpinBox>
-#include <QTest>
 #include <QToolTip>
 
 using namespace Qt::StringLiterals;
@@ -24,54 +14,7 @@ namespace {
 
 const QString silentText = u"Nothing was pasted. The program that you copied from does not answer."_s;
 
-/// Another program owns the clipboard, and answers when the test says so.
-class FieldPastingTest : public AppFixture {
-protected:
-    FieldPastingTest()
-    {
-        // The screen that nobody sees takes whatever is on its clipboard for another program's.
-        QApplication::clipboard()->setText(u"never asked for"_s);
-        announcer.spoken.clear();
-        line.show();
-        view.show();
-        view.activateWindow();
-        edit->setFocus();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&view));
-        settle();
-    }
-
-    void paste() { QTest::keyClick(edit, Qt::Key_V, Qt::ControlModifier); }
-    void pasteInLine() { QTest::keyClick(&line, Qt::Key_V, Qt::ControlModifier); }
-    void type(const QString &text) { QTest::keyClicks(edit, text); }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QTest::keyClick(edit, key, modifiers);
-    }
-    void answer(const QString &text, int question = 0)
-    {
-        source.answerText(text, question);
-        settle();
-    }
-    void fail(PasteFailure failure = PasteFailure::silent)
-    {
-        source.answer(std::unexpected(failure));
-        settle();
-    }
-    QStringList sent() const
-    {
-        QStringList texts;
-        for (const ChatMessage &message : model->messages())
-            if (message.role == Role::user)
-                texts.append(message.text);
-        return texts;
-    }
-
-    FakePasteSource source;
-    FieldPasting pasting{scheduler, source, announcer};
-    ComposerView view{*model, model->updates(), &pasting};
-    ComposerEdit *edit = view.findChild<ComposerEdit *>();
-    QLineEdit line;
-};
+class FieldPastingTest : public FieldPastingFixture {};
 
 TEST_F(FieldPastingTest, WhatIsPastedComesWhenItIsThere)
 {
@@ -327,111 +270,6 @@ TEST_F(FieldPastingTest, MenusOpenWithoutAQuestion)
     menu->close();
     answer(u"from the menu"_s);
     EXPECT_EQ(line.text(), u"from the menu"_s);
-}
-
-TEST_F(FieldPastingTest, TheMenuOfANumberAsksNothingEither)
-{
-    QSpinBox number;
-    number.show();
-    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), number.mapToGlobal(QPoint(5, 5)));
-    QApplication::sendEvent(&number, &event);
-    auto *menu = qobject_cast<LineFieldMenu *>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    menu->close();
-}
-
-TEST_F(FieldPastingTest, ALineTakesItWhereItWasAskedFor)
-{
-    QTest::keyClicks(&line, u"abc"_s);
-    QTest::keyClick(&line, Qt::Key_Left);
-    pasteInLine();
-    QTest::keyClicks(&line, u"x"_s);
-    QTest::keyClick(&line, Qt::Key_Home);
-    QTest::keyClicks(&line, u"y"_s);
-    answer(u"12"_s);
-    EXPECT_EQ(line.text(), u"yab12xc"_s);
-    EXPECT_EQ(line.cursorPosition(), 1);
-    line.setSelection(3, 2);
-    pasteInLine();
-    answer(u"-"_s, 1);
-    EXPECT_EQ(line.text(), u"yab-xc"_s);
-    EXPECT_EQ(line.cursorPosition(), 4);
-}
-
-TEST_F(FieldPastingTest, WhatIsTypedInALineMeanwhileIsNeverReplaced)
-{
-    QTest::keyClicks(&line, u"abc"_s);
-    line.setSelection(0, 2);
-    pasteInLine();
-    QTest::keyClick(&line, Qt::Key_End);
-    QTest::keyClicks(&line, u"typed"_s);
-    answer(u"12"_s);
-    EXPECT_EQ(line.text(), u"12abctyped"_s);
-    QTest::keyClicks(&line, u"!"_s);
-    EXPECT_EQ(line.text(), u"12abctyped!"_s);
-}
-
-TEST_F(FieldPastingTest, WhoeverListensToALineHearsOfIt)
-{
-    QStringList heard;
-    QObject::connect(&line, &QLineEdit::textEdited, &line, [&heard](const QString &text) { heard += text; });
-    pasteInLine();
-    answer(u"key"_s);
-    EXPECT_THAT(heard, ElementsAre(u"key"_s));
-}
-
-TEST_F(FieldPastingTest, ALineThatShowsSomethingElseByNowDoesNotGetIt)
-{
-    pasteInLine();
-    line.setText(u"the key of another provider"_s);
-    answer(u"late"_s);
-    EXPECT_EQ(line.text(), u"the key of another provider"_s);
-    pasteInLine();
-    line.hide();
-    answer(u"late"_s, 1);
-    EXPECT_EQ(line.text(), u"the key of another provider"_s);
-}
-
-TEST_F(FieldPastingTest, ALineThatIsForSomethingElseByNowDoesNotGetIt)
-{
-    // Both providers have no key yet, so that the text in the line is the same.
-    line.setAccessibleName(u"One API key"_s);
-    pasteInLine();
-    line.setAccessibleName(u"Another API key"_s);
-    answer(u"the key of one"_s);
-    EXPECT_EQ(line.text(), QString());
-    pasteInLine();
-    answer(u"the key of another"_s, 1);
-    EXPECT_EQ(line.text(), u"the key of another"_s);
-}
-
-TEST_F(FieldPastingTest, AFieldForANumberIsALine)
-{
-    QSpinBox number;
-    number.show();
-    number.selectAll();
-    QTest::keyClick(&number, Qt::Key_V, Qt::ControlModifier);
-    settle();
-    EXPECT_THAT(source.asked, ElementsAre(PasteSource::Selection::clipboard));
-    answer(u"42"_s);
-    EXPECT_EQ(number.value(), 42);
-    number.selectAll();
-    QTest::keyClick(&number, Qt::Key_V, Qt::ControlModifier);
-    QTest::keyClick(&number, Qt::Key_Escape);
-    answer(u"7"_s, 1);
-    EXPECT_EQ(number.value(), 42);
-}
-
-TEST_F(FieldPastingTest, AFieldThatIsGoneMeetsNobody)
-{
-    auto gone = std::make_unique<QLineEdit>();
-    gone->show();
-    QTest::keyClick(gone.get(), Qt::Key_V, Qt::ControlModifier);
-    settle();
-    ASSERT_EQ(source.asked.size(), 1);
-    gone.reset();
-    fail();
-    EXPECT_THAT(announcer.spoken, IsEmpty());
 }
 
 TEST_F(FieldPastingTest, ALaterWishElsewhereTakesThePlaceOfTheFirst)

@@ -53,6 +53,11 @@ TaskHandle<std::optional<ToolPermit>> SheetsFixture::requestCommand(const QStrin
     return request(toolCall(u"run_shell_command"_s, boost::json::serialize(arguments).c_str()));
 }
 
+TaskHandle<std::optional<ToolPermit>> SheetsFixture::requestWrite()
+{
+    return request(toolCall(u"write_file"_s, R"({"path":"/tmp/x"})"));
+}
+
 TaskHandle<QString> SheetsFixture::ask(const QString &text, const QStringList &options)
 {
     auto handle = scheduler.spawn(model->questions().askUserQuestion(text, options));

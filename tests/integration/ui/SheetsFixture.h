@@ -26,6 +26,7 @@ protected:
     /// Asks for a permission as the agent does; the sheet then stands.
     TaskHandle<std::optional<ToolPermit>> request(const AIToolCall &call);
     TaskHandle<std::optional<ToolPermit>> requestCommand(const QString &command);
+    TaskHandle<std::optional<ToolPermit>> requestWrite();
     TaskHandle<QString> ask(const QString &question, const QStringList &options = {});
 
     /// Lets as much time go by as a user needs to see a sheet.

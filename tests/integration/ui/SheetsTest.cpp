@@ -16,20 +16,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What both sheets share: how they hold the window and what they take as an answer.
-class SheetsTest : public SheetsFixture {
-protected:
-    TaskHandle<std::optional<ToolPermit>> requestWrite()
-    {
-        return request(toolCall(u"write_file"_s, R"({"path":"/tmp/x"})"));
-    }
-    void sendKey(QEvent::Type type, Qt::Key key, bool isAutoRepeat)
-    {
-        QKeyEvent event(type, key, Qt::NoModifier, QString(), isAutoRepeat);
-        QApplication::sendEvent(focus(), &event);
-        settle();
-    }
-};
+/// What both sheets share: how they hold the window.
+class SheetsTest : public SheetsFixture {};
 
 TEST_F(SheetsTest, FocusGoesIntoTheSheetAndBack)
 {
@@ -201,24 +189,6 @@ TEST_F(SheetsTest, CommandsOfTheMenuStayAtHand)
     EXPECT_EQ(used, 1);
 }
 
-TEST_F(SheetsTest, EscapeAndReturnDoNotReachShortcutsOfTheWindow)
-{
-    int used = 0;
-    for (const auto key : {Qt::Key_Escape, Qt::Key_Return})
-        QObject::connect(new QShortcut(QKeySequence(key), window.get()), &QShortcut::activated, window.get(),
-                         [&used] { ++used; });
-    auto first = requestWrite();
-    notice();
-    press(Qt::Key_Escape);
-    auto second = requestWrite();
-    notice();
-    press(Qt::Key_Return);
-    EXPECT_EQ(used, 0);
-    ASSERT_TRUE(first.done() && second.done());
-    EXPECT_FALSE(first.result());
-    EXPECT_TRUE(second.result());
-}
-
 TEST_F(SheetsTest, WhatWasAnsweredIsForgotten)
 {
     const auto isForgotten = [](const QWidget &sheet) {
@@ -274,96 +244,6 @@ TEST_F(SheetsTest, SizeTakenWhileItWasClosedIsRight)
     settle();
     requestWrite();
     EXPECT_EQ(permission->geometry(), window->rect());
-}
-
-TEST_F(SheetsTest, ReturnTypedWhileTheSheetComesUpDoesNotAnswer)
-{
-    auto answer = requestWrite();
-    press(Qt::Key_Return);
-    press(Qt::Key_Escape);
-    press(Qt::Key_Space);
-    EXPECT_FALSE(answer.done());
-}
-
-TEST_F(SheetsTest, TypingThatRunsOnDoesNotAnswer)
-{
-    auto answer = requestWrite();
-    for (int i = 0; i < 20; ++i) {
-        now += 120ms;
-        type(u"a"_s);
-    }
-    now += 120ms;
-    press(Qt::Key_Return);
-    EXPECT_FALSE(answer.done());
-    now += AnswerGuard::quietTime;
-    press(Qt::Key_Return);
-    ASSERT_TRUE(answer.done());
-    EXPECT_TRUE(answer.result());
-}
-
-TEST_F(SheetsTest, KeyHeldDownSinceBeforeDoesNotAnswer)
-{
-    auto answer = requestWrite();
-    notice();
-    for (int i = 0; i < 5; ++i) {
-        sendKey(QEvent::KeyPress, Qt::Key_Return, true);
-        sendKey(QEvent::KeyPress, Qt::Key_Escape, true);
-    }
-    EXPECT_FALSE(answer.done());
-    sendKey(QEvent::KeyRelease, Qt::Key_Return, false);
-    press(Qt::Key_Return);
-    EXPECT_TRUE(answer.done());
-}
-
-TEST_F(SheetsTest, SecondReturnDoesNotAnswerTheNextRequest)
-{
-    auto first = requestWrite();
-    notice();
-    press(Qt::Key_Return);
-    ASSERT_TRUE(first.done());
-    auto second = requestWrite();
-    now += 100ms;
-    press(Qt::Key_Return);
-    EXPECT_FALSE(second.done());
-}
-
-TEST_F(SheetsTest, ReturnWithAModifierDoesNotAnswer)
-{
-    auto answer = requestWrite();
-    notice();
-    press(Qt::Key_Return, Qt::ShiftModifier);
-    press(Qt::Key_Return, Qt::ControlModifier);
-    EXPECT_FALSE(answer.done());
-}
-
-TEST_F(SheetsTest, SecondClickOfADoubleClickDoesNotAnswer)
-{
-    auto answer = requestWrite();
-    now += 200ms;
-    click(named<QPushButton>(u"Allow the action"_s));
-    EXPECT_FALSE(answer.done());
-}
-
-TEST_F(SheetsTest, AssistiveTechnologyAnswersAtOnce)
-{
-    auto answer = requestWrite();
-    accessible(named<QPushButton>(u"Allow the action"_s))
-        ->actionInterface()
-        ->doAction(QAccessibleActionInterface::pressAction());
-    ASSERT_TRUE(waitUntil([&answer] { return answer.done(); }));
-    EXPECT_TRUE(answer.result());
-}
-
-TEST_F(SheetsTest, LettersTypedWhileAQuestionComesUpDoNotLandInTheAnswer)
-{
-    ask(u"Which?"_s);
-    now += 100ms;
-    type(u"abc"_s);
-    auto *field = named<QLineEdit>(u"Your answer"_s);
-    EXPECT_EQ(field->text(), QString());
-    notice();
-    type(u"def"_s);
-    EXPECT_EQ(field->text(), u"def"_s);
 }
 
 TEST_F(SheetsTest, SheetAboveAnotherTakesTheInputAndGivesItBack)

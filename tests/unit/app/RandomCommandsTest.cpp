@@ -1,15 +1,10 @@
+#include "MoodyModel.h"
 #include "SavedConversations.h"
 
 #include "async/OneShot.h"
-#include "async/Sleep.h"
-#include "base/Json.h"
 #include "base/Uuid.h"
-#include "providers/AIServiceError.h"
 #include "support/HeldPool.h"
 #include "support/UnheardReading.h"
-
-#include <QRegularExpression>
-#include <random>
 
 using namespace Qt::StringLiterals;
 
@@ -17,96 +12,6 @@ using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
-
-class Dice {
-public:
-    explicit Dice(unsigned seed) : m_engine(seed) {}
-
-    /// 0 to `sides` - 1.
-    int roll(qsizetype sides) { return static_cast<int>(m_engine() % static_cast<unsigned>(sides)); }
-    bool oneIn(int sides) { return roll(sides) == 0; }
-
-private:
-    std::mt19937 m_engine;
-};
-
-/// The number of the message that a text belongs to: every text of the test holds one, as in "<17>".
-int numberIn(const QString &text)
-{
-    static const QRegularExpression number(u"<(\\d+)>"_s);
-    return number.match(text).captured(1).toInt();
-}
-
-/// A model that does anything at any pace. Whatever it says holds the number of the message that it answers.
-class MoodyModel final : public AIService {
-public:
-    explicit MoodyModel(unsigned seed) : m_dice(seed) {}
-
-    Task<AITurnResult> runOpenAITurn(QList<APIMessage> context, AIConfiguration config,
-                                     TokenCallback onToken) override
-    {
-        return run(lastRequest(context), config.systemPrompt, std::move(onToken));
-    }
-    Task<AITurnResult> runGeminiTurn(QList<APIMessage> context, AIConfiguration config,
-                                     TokenCallback onToken) override
-    {
-        return run(lastRequest(context), config.systemPrompt, std::move(onToken));
-    }
-
-private:
-    static int lastRequest(const QList<APIMessage> &context)
-    {
-        int number = 0;
-        for (const APIMessage &message : context)
-            if (const auto *user = std::get_if<APIMessage::User>(&message.entry))
-                number = numberIn(user->text);
-        return number;
-    }
-
-    Task<AITurnResult> run(int number, QString systemPrompt, TokenCallback onToken)
-    {
-        const QString mark = u"<%1>"_s.arg(number);
-        if (m_dice.oneIn(2))
-            co_await sleepFor(std::chrono::seconds(1 + m_dice.roll(10)));
-        if (systemPrompt.startsWith(u"Generate a very short title"_s))
-            co_return AITurnResult{u"Title "_s + mark, {}};
-        AITurnResult result;
-        for (int tokens = m_dice.roll(3); tokens > 0; --tokens) {
-            const QString token = QString(m_dice.roll(250), u'x') + mark;
-            onToken(token);
-            result.text += token;
-            if (m_dice.oneIn(2))
-                co_await sleepFor(std::chrono::seconds(1 + m_dice.roll(10)));
-        }
-        if (m_dice.oneIn(8))
-            throw AIServiceError(AIServiceError::Api{u"not today"_s});
-        if (m_dice.oneIn(8))
-            co_await sleepFor(1h);
-        if (m_dice.oneIn(2))
-            for (int calls = m_dice.roll(4); calls > 0; --calls)
-                result.toolCalls.append(someCall(mark));
-        co_return result;
-    }
-
-    AIToolCall someCall(const QString &mark)
-    {
-        static const QStringList names{u"ask_user"_s,  u"edit_file"_s,         u"task"_s,
-                                       u"read_file"_s, u"run_shell_command"_s, u"mcp_files_read"_s};
-        // So long that it is looked at off the main thread.
-        static const std::string longCommand = QString("x ").repeated(33'000).toStdString() + "; rm -rf x";
-        // No two alike: what a repetition ends is told elsewhere.
-        ++m_calls;
-        return {names.at(m_dice.roll(names.size())),
-                boost::json::object{{"command", m_dice.oneIn(3) ? longCommand : "rm -rf x"},
-                                    {"description", jsonFromText(mark)},
-                                    {"question", m_calls}},
-                {},
-                {}};
-    }
-
-    Dice m_dice;
-    int m_calls = 0;
-};
 
 /// A conversation as the user knows it.
 struct Known {

@@ -1,18 +1,9 @@
-#include "mcp/MCPManager.h"
+#include "MCPManagerFixture.h"
 
-#include "base/Uuid.h"
-#include "support/FakeClock.h"
-#include "support/FakeToolServer.h"
 #include "support/LogRecorder.h"
-#include "support/RunTask.h"
-#include "support/TemporaryHome.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QSignalSpy>
-#include <gtest/gtest.h>
-#include <map>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -22,79 +13,7 @@ namespace {
 
 namespace json = boost::json;
 
-json::array tools(std::initializer_list<const char *> names)
-{
-    json::array list;
-    for (const char *name : names)
-        list.push_back(json::object{{"name", name}, {"description", std::string("does ") + name}});
-    return list;
-}
-
-class MCPManagerTest : public testing::Test {
-protected:
-    MCPManagerTest() { start(); }
-    ~MCPManagerTest() override { scheduler.shutdown(1s); }
-
-    void start()
-    {
-        manager.reset();
-        manager = std::make_unique<MCPManager>(
-            scheduler, folder,
-            [this](const MCPServerConfig &config, const std::shared_ptr<PendingRequests> &requests) {
-                asked.append(config);
-                return servers[config.name].transport()(requests);
-            });
-    }
-
-    /// A server in the list that offers these tools.
-    MCPServerConfig add(const QString &name, json::array offered = {}, bool enabled = true)
-    {
-        const MCPServerConfig config{newUuid(), name, u"stdio"_s, u"run "_s + name, {}, {}, enabled};
-        servers[name].answer = FakeToolServer::listing(std::move(offered));
-        manager->appendServer(config);
-        return config;
-    }
-    /// A refresh that has come to the server "Slow", which does not answer.
-    TaskHandle<void> beginRefreshHeldBySlow()
-    {
-        servers[u"Slow"_s].answer = {};
-        auto refreshing = scheduler.spawn(manager->refreshAll());
-        EXPECT_TRUE(waitUntil([this] { return servers[u"Slow"_s].sent.size() == 1; }));
-        return refreshing;
-    }
-    void refresh() { runTask(scheduler, manager->refreshAll()); }
-    ToolResult execute(const QString &name)
-    {
-        return runTask(scheduler, manager->execute(name, json::object{{"x", 1}}));
-    }
-    QStringList exposed() const
-    {
-        QStringList names;
-        for (const AITool &tool : manager->exposedAITools())
-            names.append(tool.name);
-        return names;
-    }
-    QByteArray fileText() const
-    {
-        QFile file(folder + u"/mcp-servers.json"_s);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    void writeFile(const QByteArray &text)
-    {
-        manager.reset(); // which may still be writing
-        QFile file(folder + u"/mcp-servers.json"_s);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
-    }
-
-    TemporaryHome home;
-    const QString folder = home.path() + u"/data/Morvane"_s;
-    FakeClock clock;
-    Scheduler scheduler{clock};
-    std::map<QString, FakeToolServer> servers;
-    QList<MCPServerConfig> asked; ///< For which transports were made.
-    std::unique_ptr<MCPManager> manager;
-};
+class MCPManagerTest : public MCPManagerFixture {};
 
 TEST_F(MCPManagerTest, TheFolderIsMadeAndNothingIsConnected)
 {
@@ -184,16 +103,6 @@ TEST_F(MCPManagerTest, AListThatCannotBeReadOrSavedIsToldToTheLog)
                                         "directory\""}));
 }
 
-TEST_F(MCPManagerTest, ARefreshConnectsAndExposesToolsUnderSafeNames)
-{
-    const auto config = add(u"My Server"_s, tools({"read.file", "list"}));
-    refresh();
-    EXPECT_EQ(exposed(), (QStringList{u"mcp_my_server_read_file"_s, u"mcp_my_server_list"_s}));
-    EXPECT_EQ(manager->exposedAITools()[0].description, "[My Server] does read.file");
-    EXPECT_EQ(manager->statusText(config.id), "Connected via command · 2 tools");
-    EXPECT_FALSE(manager->hasTrouble());
-}
-
 TEST_F(MCPManagerTest, AToolWithoutDescriptionIsDescribedByItsName)
 {
     add(u"S"_s, json::array{json::object{{"name", "bare"}}});
@@ -236,158 +145,6 @@ TEST_F(MCPManagerTest, ADisabledServersToolsVanishAtOnceAndACallSaysSo)
     refresh();
     EXPECT_EQ(servers[u"S"_s].shutdowns, 1);
     EXPECT_EQ(manager->statusText(config.id), "Off");
-}
-
-TEST_F(MCPManagerTest, ARefreshConnectsAConnectedServerOverItsOwnConnectionAgain)
-{
-    add(u"S"_s, tools({"read"}));
-    refresh();
-    refresh();
-    EXPECT_EQ(servers[u"S"_s].connections, 1);
-    EXPECT_EQ(servers[u"S"_s].starts, 2);
-    EXPECT_EQ(servers[u"S"_s].shutdowns, 0);
-    EXPECT_EQ(servers[u"S"_s].idOf(3), 3) << "the ids go on";
-}
-
-TEST_F(MCPManagerTest, AFailingServerDoesNotStopTheOnesBehindIt)
-{
-    const auto bad = add(u"Bad"_s);
-    servers[u"Bad"_s].startFailure = u"No such file or directory"_s;
-    const auto good = add(u"Good"_s, tools({"read"}));
-    refresh();
-    EXPECT_EQ(manager->statusText(bad.id), "Could not connect: No such file or directory");
-    EXPECT_TRUE(manager->hasTrouble());
-    EXPECT_EQ(manager->statusText(good.id), "Connected via command · 1 tool");
-    EXPECT_EQ(servers[u"Bad"_s].shutdowns, 1);
-    refresh();
-    EXPECT_EQ(servers[u"Bad"_s].connections, 2) << "a new connection for the next attempt";
-}
-
-TEST_F(MCPManagerTest, AServerThatFailsItsNextRefreshLosesItsTools)
-{
-    const auto config = add(u"S"_s, tools({"read"}));
-    refresh();
-    servers[u"S"_s].answer = [](const json::object &) {
-        return json::object{{"error", {{"message", "out of order"}}}};
-    };
-    refresh();
-    EXPECT_EQ(manager->statusText(config.id), "Could not connect: out of order");
-    EXPECT_TRUE(exposed().isEmpty());
-    EXPECT_EQ(servers[u"S"_s].shutdowns, 1);
-}
-
-TEST_F(MCPManagerTest, ARefreshDuringARefreshReturnsAtOnceAndChangesNothing)
-{
-    const auto config = add(u"Slow"_s);
-    auto first = beginRefreshHeldBySlow();
-    EXPECT_EQ(manager->statusText(config.id), "Connecting…");
-    refresh();
-    EXPECT_EQ(servers[u"Slow"_s].starts, 1);
-    clock.advance(20s);
-    ASSERT_TRUE(waitUntil([&] { return first.done(); }));
-    EXPECT_EQ(manager->statusText(config.id), "Could not connect: The MCP server did not respond in time.");
-}
-
-TEST_F(MCPManagerTest, ServersAreConnectedOneAfterTheOther)
-{
-    add(u"Slow"_s);
-    const auto behind = add(u"Behind"_s);
-    auto handle = beginRefreshHeldBySlow();
-    EXPECT_EQ(manager->statusText(behind.id), QString());
-    EXPECT_EQ(servers[u"Behind"_s].starts, 0);
-    clock.advance(20s);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(servers[u"Behind"_s].starts, 1);
-}
-
-TEST_F(MCPManagerTest, AServerRemovedWhileItConnectsIsEndedAndStaysGone)
-{
-    const auto config = add(u"Slow"_s);
-    auto handle = beginRefreshHeldBySlow();
-    manager->removeServer(config.id);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(servers[u"Slow"_s].shutdowns, 1);
-    EXPECT_EQ(manager->statusText(config.id), QString());
-    EXPECT_TRUE(manager->servers().isEmpty());
-}
-
-TEST_F(MCPManagerTest, AServerRemovedBeforeARefreshReachesItIsNotStarted)
-{
-    add(u"Slow"_s);
-    const auto behind = add(u"Behind"_s);
-    auto handle = beginRefreshHeldBySlow();
-    manager->removeServer(behind.id);
-    clock.advance(20s);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(servers[u"Behind"_s].starts, 0);
-}
-
-TEST_F(MCPManagerTest, AServerSwitchedOffDuringARefreshIsEndedAtOnce)
-{
-    const auto quick = add(u"Quick"_s, tools({"read"}));
-    const auto slow = add(u"Slow"_s);
-    auto handle = beginRefreshHeldBySlow();
-    for (const auto &config : {quick, slow}) {
-        manager->toggleServer(config.id, false);
-        EXPECT_EQ(servers[config.name].shutdowns, 1) << "though its handshake may take 20 seconds";
-        EXPECT_EQ(manager->statusText(config.id), "Off");
-    }
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    for (const auto &config : {quick, slow})
-        EXPECT_EQ(manager->statusText(config.id), "Off");
-}
-
-TEST_F(MCPManagerTest, AServerSwitchedOffBeforeARefreshReachesItIsNotStarted)
-{
-    add(u"Slow"_s);
-    const auto behind = add(u"Behind"_s);
-    auto handle = beginRefreshHeldBySlow();
-    manager->toggleServer(behind.id, false);
-    clock.advance(20s);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(servers[u"Behind"_s].starts, 0);
-    EXPECT_EQ(manager->statusText(behind.id), "Off");
-}
-
-TEST_F(MCPManagerTest, AServerAddedOrSwitchedOnDuringARefreshSaysNothingUntilTheNext)
-{
-    const auto slow = add(u"Slow"_s);
-    const auto off = add(u"Off before"_s, tools({"read"}), false);
-    const auto past = add(u"Off past"_s, tools({"read"}), false);
-    refresh();
-    EXPECT_EQ(manager->statusText(off.id), "Off");
-    servers[u"Slow"_s].answer = {};
-    auto handle = scheduler.spawn(manager->refreshAll());
-    ASSERT_TRUE(waitUntil([&] { return servers[u"Slow"_s].sent.constLast().at("method") == "initialize"; }));
-    manager->toggleServer(off.id, true);
-    const auto added = add(u"Added"_s, tools({"read"}));
-    refresh();
-    clock.advance(20s);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    for (const auto &config : {off, added}) {
-        EXPECT_EQ(manager->statusText(config.id), QString()) << qPrintable(config.name);
-        EXPECT_EQ(servers[config.name].starts, 0);
-    }
-    EXPECT_EQ(manager->statusText(past.id), "Off");
-    servers[u"Slow"_s].answer = FakeToolServer::listing({});
-    refresh();
-    for (const auto &config : {slow, off, added})
-        EXPECT_TRUE(manager->statusText(config.id).startsWith(u"Connected"_s)) << qPrintable(config.name);
-}
-
-TEST_F(MCPManagerTest, AServerSwitchedOffAndOnDuringItsHandshakeSaysNothingUntilTheNextRefresh)
-{
-    const auto slow = add(u"Slow"_s);
-    auto handle = beginRefreshHeldBySlow();
-    manager->toggleServer(slow.id, false);
-    manager->toggleServer(slow.id, true);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
-    EXPECT_EQ(servers[u"Slow"_s].shutdowns, 1);
-    EXPECT_EQ(manager->statusText(slow.id), QString());
-    servers[u"Slow"_s].answer = FakeToolServer::listing({});
-    refresh();
-    EXPECT_EQ(servers[u"Slow"_s].connections, 2);
-    EXPECT_EQ(manager->statusText(slow.id), "Connected via command · 0 tools");
 }
 
 TEST_F(MCPManagerTest, RemovingEndsTheServerAndSaves)
