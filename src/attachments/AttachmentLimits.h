@@ -19,11 +19,14 @@ inline constexpr int visionSide = 1'568;
 inline constexpr qint64 visionBytes = 2'000'000;
 
 /// Pixels of the longer side of a picture that is only looked at.
+inline constexpr int iconSide = 64;
 inline constexpr int thumbnailSide = 256;
 inline constexpr int previewSide = 1'400;
 
 /// Pixels that are decoded at most; the largest cameras of today make 108 to 150 million. Four bytes each.
 inline constexpr qint64 imagePixels = 150'000'000;
+/// The same of a site's icon, which comes without the user having asked for it.
+inline constexpr qint64 iconPixels = 1'048'576;
 
 // The reader stops itself at the first two, and is stopped from outside at the third. Reading text, and
 // recognising it, which takes seconds for each scanned page, end early enough for an answer.

@@ -18,6 +18,19 @@ namespace {
 
 namespace limits = attachmentLimits;
 
+ReaderProcess::Job jobOf(PictureSize size)
+{
+    switch (size) {
+    case PictureSize::icon:
+        return ReaderProcess::Job::icon;
+    case PictureSize::thumbnail:
+        return ReaderProcess::Job::thumbnail;
+    case PictureSize::preview:
+        break;
+    }
+    return ReaderProcess::Job::preview;
+}
+
 [[noreturn]] void fail(const QString &message)
 {
     throw AttachmentError(message);
@@ -210,9 +223,7 @@ AttachmentProcessor::VisionImage AttachmentProcessor::prepareForVision(const QBy
 
 QImage AttachmentProcessor::picture(const QByteArray &data, PictureSize size, const StopFlag &stop) const
 {
-    const auto job =
-        size == PictureSize::thumbnail ? ReaderProcess::Job::thumbnail : ReaderProcess::Job::preview;
-    const auto answer = m_reader.read(job, data, stop);
+    const auto answer = m_reader.read(jobOf(size), data, stop);
     return answer && answer->kind == ReaderAnswer::Kind::pixels ? pixelImage(answer->payload) : QImage();
 }
 

@@ -34,6 +34,8 @@ QByteArray argumentOf(ReaderProcess::Job job)
     switch (job) {
     case ReaderProcess::Job::picture:
         return "picture";
+    case ReaderProcess::Job::icon:
+        return "icon";
     case ReaderProcess::Job::thumbnail:
         return "thumbnail";
     case ReaderProcess::Job::preview:

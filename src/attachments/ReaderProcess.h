@@ -15,7 +15,8 @@ class ReaderProcess {
 public:
     enum class Job {
         picture,     ///< Make a picture fit for a model that sees.
-        thumbnail,   ///< A picture's pixels, small.
+        icon,        ///< A picture's pixels, tiny.
+        thumbnail,   ///< The same, small.
         preview,     ///< The same, large.
         document,    ///< The text of a PDF.
         recognition, ///< The text that a picture shows.

@@ -14,7 +14,7 @@
 namespace morvane {
 namespace {
 
-/// No more formats than people attach: each further decoder is one more to attack.
+/// No more formats than people attach and sites have as icons: each further decoder is one more to attack.
 struct Format {
     const char *name; ///< As Qt calls it.
     QByteArrayView beginning;
@@ -24,6 +24,7 @@ constexpr std::array formats{Format{"png", QByteArrayView("\x89PNG\r\n\x1A\n", 8
                              Format{"jpeg", QByteArrayView("\xFF\xD8\xFF", 3)},
                              Format{"gif", QByteArrayView("GIF8", 4)},
                              Format{"bmp", QByteArrayView("BM", 2)},
+                             Format{"ico", QByteArrayView("\0\0\1\0", 4)},
                              Format{"tiff", QByteArrayView("II*\0", 4)},
                              Format{"tiff", QByteArrayView("MM\0*", 4)},
                              Format{"tiff", QByteArrayView("II+\0", 4)}, // of files above 4 GB
@@ -111,7 +112,7 @@ void PictureDecoder::prepare()
 {
     QBuffer nothing;
     nothing.open(QIODevice::ReadWrite);
-    for (const char *format : {"jpeg", "gif", "webp", "tiff"})
+    for (const char *format : {"jpeg", "gif", "ico", "webp", "tiff"})
         static_cast<void>(QImageReader(&nothing, format).canRead());
 }
 

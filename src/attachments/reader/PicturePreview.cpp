@@ -8,12 +8,12 @@
 
 namespace morvane {
 
-ReaderAnswer picturePreview(const QByteArray &bytes, int side)
+ReaderAnswer picturePreview(const QByteArray &bytes, int side, qint64 mostPixels)
 {
     using Kind = ReaderAnswer::Kind;
     PictureDecoder decoder(bytes);
     const QSize size = decoder.size();
-    if (decoder.isTooLarge())
+    if (decoder.isTooLarge() || qint64(size.width()) * size.height() > mostPixels)
         return {Kind::tooManyPixels, {}};
     if (size.isEmpty())
         return {Kind::unreadable, {}};

@@ -32,6 +32,8 @@ ReaderAnswer readAttachment(QByteArrayView job, const QByteArray &file)
 {
     if (job == "picture")
         return visionPicture(file);
+    if (job == "icon")
+        return picturePreview(file, attachmentLimits::iconSide, attachmentLimits::iconPixels);
     if (job == "thumbnail")
         return picturePreview(file, attachmentLimits::thumbnailSide);
     if (job == "preview")

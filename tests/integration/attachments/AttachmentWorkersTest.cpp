@@ -67,6 +67,21 @@ TEST_F(AttachmentWorkersTest, APictureToLookAtComesAsPixels)
     EXPECT_TRUE(runTask(scheduler, workers.picture({}, PictureSize::preview)).isNull());
 }
 
+TEST_F(AttachmentWorkersTest, AnIconOfASiteIsSmallAndOfFewPixels)
+{
+    AttachmentWorkers workers(processor);
+    QImage mark({128, 96}, QImage::Format_ARGB32);
+    mark.fill(QColor(10, 200, 30));
+    for (const char *format : {"ico", "png"}) {
+        const QImage icon = runTask(scheduler, workers.picture(encoded(mark, format), PictureSize::icon));
+        EXPECT_EQ(icon.size(), QSize(64, 48)) << format;
+        EXPECT_EQ(icon.pixelColor(32, 24), QColor(10, 200, 30)) << format;
+    }
+    const QByteArray large = encoded(mark.scaled(1'025, 1'024), "png");
+    EXPECT_TRUE(runTask(scheduler, workers.picture(large, PictureSize::icon)).isNull());
+    EXPECT_FALSE(runTask(scheduler, workers.picture(large, PictureSize::thumbnail)).isNull());
+}
+
 TEST_F(AttachmentWorkersTest, FailureIsThrown)
 {
     AttachmentWorkers workers(processor);

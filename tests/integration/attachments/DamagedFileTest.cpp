@@ -55,7 +55,7 @@ private:
 TEST_F(DamagedFileTest, PicturesOfEveryFormatDoNoHarm)
 {
     const QImage image = samplePhoto({1'700, 300});
-    for (const char *format : {"png", "jpeg", "webp", "bmp", "tiff"})
+    for (const char *format : {"png", "jpeg", "webp", "bmp", "ico", "tiff"})
         expectHarmlessPicture(QString::fromLatin1(format), encoded(image, format, 80));
     expectHarmlessPicture(u"heic"_s, encodedHeic(image));
 }
