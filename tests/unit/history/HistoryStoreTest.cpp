@@ -29,9 +29,8 @@ protected:
     std::unique_ptr<HistoryStore> readStore()
     {
         auto store = startedStore();
-        bool isRead = false;
-        QObject::connect(store.get(), &HistoryStore::changed, store.get(), [&isRead] { isRead = true; });
-        EXPECT_TRUE(waitUntil([&isRead] { return isRead; }));
+        const QSignalSpy changes(store.get(), &HistoryStore::changed);
+        EXPECT_TRUE(waitUntil([&changes] { return !changes.isEmpty(); }));
         return store;
     }
 
