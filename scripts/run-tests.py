@@ -2,8 +2,8 @@
 """run-tests.py BUILD_FOLDER [FILTER]: runs the test programs that ctest knows and counts single tests.
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many
-run at once as there are processors, of those that share something (RESOURCE_LOCK) one after the other, and those that
-ctest is told to run alone (RUN_SERIAL) follow one by one.
+run at once as there are processors; beside them those that share something (RESOURCE_LOCK), which wait most of the
+time, one after the other; and those that ctest is told to run alone (RUN_SERIAL) follow one by one.
 Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
 listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
 off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed". Who interrupts
@@ -173,17 +173,18 @@ def run(entry, gtest_filter, running):
 
 
 def queues(entries):
-    """Which programs run one after the other: those that share something, ahead of all that run by themselves."""
+    """Which programs run one after the other: those that share something, and each of the rest by itself."""
     shared = {}
     for each in entries:
         shared.setdefault(each[0]["shared"], []).append(each)
     single = shared.pop((), [])
-    return [*shared.values(), *([each] for each in single)]
+    return [*shared.values()], [[each] for each in single]
 
 
-def run_all(queues, at_once, running):
+def run_all(shared, single, running):
     """Runs the programs in threads, which an interruption does not reach: it comes between no start and its note."""
-    with concurrent.futures.ThreadPoolExecutor(at_once) as pool:
+    queues = shared + single
+    with concurrent.futures.ThreadPoolExecutor(len(shared) + os.cpu_count()) as pool:
         try:
             ended = pool.map(lambda queue: [run(*each, running) for each in queue], queues)
             return [result for results in ended for result in results]
@@ -200,7 +201,7 @@ def main():
     running = RunningPrograms()
     together = queues(each for each in wanted_entries if not each[0]["alone"])
     alone = [each for each in wanted_entries if each[0]["alone"]]
-    results = run_all(together, os.cpu_count(), running) + run_all([alone], 1, running)
+    results = run_all(*together, running) + run_all([alone], [], running)
     passed = sum(program_passed for program_passed, _ in results)
     failed = [name for _, program_failed in results for name in program_failed]
     if passed == 0 and not failed:

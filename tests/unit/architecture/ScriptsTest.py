@@ -104,9 +104,9 @@ class RunTests(unittest.TestCase):
         with open(self.build / "CTestTestfile.cmake", "a") as tests:
             for name in ("unit.first", "unit.second"):
                 tests.write(f'set_tests_properties("{name}" PROPERTIES RESOURCE_LOCK "desktop")\n')
-        queues = run_tests.queues((entry, "*") for entry in run_tests.ctest_entries(self.build))
-        self.assertEqual([[entry["name"] for entry, _ in queue] for queue in queues],
-                         [["unit.first", "unit.second"], ["unit.beside"]])
+        shared, single = run_tests.queues((entry, "*") for entry in run_tests.ctest_entries(self.build))
+        self.assertEqual([[entry["name"] for entry, _ in queue] for queue in shared], [["unit.first", "unit.second"]])
+        self.assertEqual([[entry["name"] for entry, _ in queue] for queue in single], [["unit.beside"]])
         self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
 
     def test_an_interruption_ends_what_runs(self):
