@@ -36,7 +36,7 @@ public:
     const RowActions &actions() const { return m_actions; }
     bool isNearBottom() const { return m_scroll.isNearBottom(); }
     /// Whether every change is drawn and no scrolling is under way or waits for its time.
-    bool isSettled() const { return !m_isDirty && m_scroll.isSettled(); }
+    bool isSettled() const { return !m_isDirty && m_scroll.isSettled() && !m_layout.splitter().isBusy(); }
     QString selectedText() { return m_gestures.selectedText(); }
     QList<QToolButton *> codeButtons() const { return m_buttons.code(); }
     /// All that can be pressed within the rows in sight.

@@ -37,7 +37,7 @@ void CodeButtons::place(int offset, int height, const std::optional<Conversation
         if (!content.isFormatted(item))
             continue;
         const RowFrame rowFrame = m_layout.rowFrame(item);
-        const auto &segments = m_layout.row(item).segments;
+        const auto &segments = m_layout.peek(item).segments;
         int top = rowTop + rowFrame.top;
         for (qsizetype i = 0; i < segments.size() && top < height; ++i) {
             const TextSegment &segment = segments.at(i).segment;

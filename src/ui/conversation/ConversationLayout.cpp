@@ -82,6 +82,7 @@ void ConversationLayout::setWidth(int width)
 
 void ConversationLayout::reset()
 {
+    m_splitter.forgetAll();
     m_documents.clear();
     m_messages.clear();
     m_activity.clear();
@@ -123,8 +124,10 @@ void ConversationLayout::grow(const ConversationItem &item)
     const SegmentLayout last = row.segments.takeLast();
     const qsizetype first = row.segments.size();
     QList<TextSegment> tail{last.segment};
-    extendPlainSegments(tail, m_content.text(item));
-    addSegments(item, RowPart::body, tail);
+    const QString text = m_content.text(item);
+    extendPlainSegments(tail, text);
+    addSegments(row, RowPart::body, tail, text);
+    estimate(item, first);
     // While a segment is in sight its measured height is closer to the next one than any estimate.
     if (last.isMeasured && row.segments.at(first).segment.length >= last.segment.length)
         row.segments[first].height = qMax(last.height, row.segments.at(first).height);
@@ -134,6 +137,7 @@ void ConversationLayout::grow(const ConversationItem &item)
 
 void ConversationLayout::invalidate(const ConversationItem &item)
 {
+    m_splitter.forget(item);
     m_documents.removeRow(item);
     rowLayout(item) = RowLayout();
     updateRowHeight(item);
@@ -181,6 +185,7 @@ void ConversationLayout::beginPass()
     m_documents.beginPass();
     m_passWork = 0;
     m_isPassComplete = true;
+    m_isWaiting = false;
 }
 
 bool ConversationLayout::prepare(int top, int bottom)
@@ -198,7 +203,8 @@ bool ConversationLayout::prepare(int top, int bottom)
 bool ConversationLayout::prepareRow(const ConversationItem &item, int top, int bottom)
 {
     const int heightBefore = rowHeight(item);
-    split(item);
+    if (!splitWithoutHold(item))
+        return false;
     RowLayout &row = rowLayout(item);
     int y = rowFrame(item).top;
     for (qsizetype i = 0; i < row.segments.size() && y < bottom; ++i) {
@@ -227,8 +233,8 @@ bool ConversationLayout::mayLayOut(const ConversationItem &item, qsizetype index
         const SegmentLayout &segment = rowLayout(item).segments.at(index);
         const QString text = m_texts.text(item, segment);
         const qsizetype cost = layoutCost(text);
-        const qsizetype work =
-            workFor(cost, isDear(cost, text.size()), segment.segment.kind, text.count(u'\n'));
+        const bool dear = isDear(cost, text.size());
+        const qsizetype work = workFor(cost, dear, segment.segment.kind, segment.lineEnds);
         m_isPassComplete &= m_passWork + work < passLimit;
     }
     return m_isPassComplete;
@@ -270,32 +276,33 @@ void ConversationLayout::split(const ConversationItem &item)
     RowLayout &row = rowLayout(item);
     if (row.isSplit())
         return;
-    if (isMessage(item)) {
-        const ChatMessage &message = m_content.message(item);
-        for (const RowPart part : messageParts(message))
-            addSegments(item, part, partSegments(message, part, row.references));
-    } else {
-        QList<TextSegment> segments;
-        extendPlainSegments(segments, m_content.text(item));
-        addSegments(item, RowPart::body, segments);
-    }
-    updateRowHeight(item);
+    row = isMessage(item) ? rowOf(m_content.message(item)) : rowOf(m_content.text(item));
+    estimate(item, 0);
 }
 
-void ConversationLayout::addSegments(const ConversationItem &item, RowPart part,
-                                     const QList<TextSegment> &segments)
+bool ConversationLayout::splitWithoutHold(const ConversationItem &item)
 {
     RowLayout &row = rowLayout(item);
-    row.segments.reserve(row.segments.size() + segments.size());
-    const QString text = m_texts.text(item, part);
-    for (const TextSegment &segment : segments) {
-        row.segments.append({.segment = segment, .part = part});
-        QStringView shown = QStringView(text).sliced(segment.from, segment.length);
-        if (segment.kind == TextSegment::Kind::plain && shown.endsWith(u'\n'))
-            shown.chop(1);
-        row.segments.last().lineEnds = static_cast<int>(std::count(shown.begin(), shown.end(), u'\n'));
-        row.segments.last().height = m_frames.estimatedHeight(item, row, row.segments.size() - 1);
+    if (row.isSplit() || !isMessage(item) || !RowSplitter::isLong(m_content.message(item))) {
+        split(item);
+        return true;
     }
+    if (std::optional<RowLayout> ready = m_splitter.take(item)) {
+        row = std::move(*ready);
+        estimate(item, 0);
+        return true;
+    }
+    m_splitter.begin(item, m_content.message(item));
+    m_isWaiting = true;
+    return false;
+}
+
+void ConversationLayout::estimate(const ConversationItem &item, qsizetype from)
+{
+    RowLayout &row = rowLayout(item);
+    for (qsizetype i = from; i < row.segments.size(); ++i)
+        row.segments[i].height = m_frames.estimatedHeight(item, row, i);
+    updateRowHeight(item);
 }
 
 qsizetype ConversationLayout::segmentAt(const ConversationItem &item, int y)

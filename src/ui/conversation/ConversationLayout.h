@@ -5,6 +5,7 @@
 #include "ui/conversation/ConversationStyle.h"
 #include "ui/conversation/HeightIndex.h"
 #include "ui/conversation/RowLayout.h"
+#include "ui/conversation/RowSplitter.h"
 #include "ui/conversation/SegmentContent.h"
 #include "ui/conversation/SegmentDocuments.h"
 
@@ -53,6 +54,11 @@ public:
     void beginPass();
     /// Whether the pass could lay out all that it was asked for.
     bool isPassComplete() const { return m_isPassComplete; }
+    /// Whether a long message in sight is being cut; until then it stands empty in the place that it is
+    /// estimated to need.
+    bool isWaiting() const { return m_isWaiting; }
+    /// Tells when a pass can go on.
+    const RowSplitter &splitter() const { return m_splitter; }
     /// What the dearest pass so far laid out, in usual letters (LayoutCost.h).
     qsizetype dearestPass() const { return m_dearestPass; }
 
@@ -106,7 +112,8 @@ private:
     RowLayout &rowLayout(const ConversationItem &item);
     const RowLayout &rowLayout(const ConversationItem &item) const;
     void split(const ConversationItem &item);
-    void addSegments(const ConversationItem &item, RowPart part, const QList<TextSegment> &segments);
+    bool splitWithoutHold(const ConversationItem &item);
+    void estimate(const ConversationItem &item, qsizetype from);
     void count(qsizetype work);
     bool mayLayOut(const ConversationItem &item, qsizetype segment);
     bool prepareRow(const ConversationItem &item, int top, int bottom);
@@ -122,9 +129,11 @@ private:
     SegmentDocuments m_documents;
     SegmentContent m_texts;
     ConversationFrames m_frames;
+    RowSplitter m_splitter;
     qsizetype m_passWork = 0;
     qsizetype m_dearestPass = 0;
     bool m_isPassComplete = true;
+    bool m_isWaiting = false;
 };
 
 } // namespace morvane

@@ -134,7 +134,7 @@ void ConversationPainter::paintFoldMark(QPainter &painter, const QPoint &at, int
 void ConversationPainter::paintSegments(QPainter &painter, const ConversationItem &item, int top,
                                         const QRect &exposed)
 {
-    const RowLayout &row = m_layout.row(item);
+    const RowLayout &row = m_layout.peek(item);
     const RowFrame rowFrame = m_layout.rowFrame(item);
     int y = top + rowFrame.top;
     for (qsizetype i = 0; i < row.segments.size() && y <= exposed.bottom(); ++i) {
@@ -159,7 +159,7 @@ void ConversationPainter::paintSegments(QPainter &painter, const ConversationIte
 void ConversationPainter::paintCodeGround(QPainter &painter, const ConversationItem &item, qsizetype index,
                                           int top) const
 {
-    const SegmentLayout &segment = m_layout.row(item).segments.at(index);
+    const SegmentLayout &segment = m_layout.peek(item).segments.at(index);
     const SegmentFrame frame = m_layout.segmentFrame(item, index);
     const int padding = style().codePadding;
     const int left = m_layout.rowFrame(item).left + frame.left - padding;

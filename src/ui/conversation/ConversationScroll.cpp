@@ -22,6 +22,7 @@ ConversationScroll::ConversationScroll(ConversationLayout &layout, QAbstractScro
     : m_layout(layout), m_area(area), m_reading(layout)
 {
     m_clock.start();
+    connect(&m_layout.splitter(), &RowSplitter::done, this, &ConversationScroll::isUnfinished);
     m_followTimer.setSingleShot(true);
     connect(&m_followTimer, &QTimer::timeout, this, [this] { scrollToBottom(Travel::animated); });
     m_scrolling.setStartValue(0.0);
@@ -83,10 +84,10 @@ void ConversationScroll::relayout(Keep keep)
     // The same line is kept through any number of changes; a new one each time would wander off.
     if (keep == Keep::anchor && wanted == m_offset && anchor.position >= 0)
         m_anchor = anchor;
-    if (!m_layout.isPassComplete()) {
+    if (!m_layout.isPassComplete() || m_layout.isWaiting())
         m_keep = keep;
+    if (!m_layout.isPassComplete())
         Q_EMIT isUnfinished();
-    }
 }
 
 void ConversationScroll::setOffset(int offset)

@@ -35,11 +35,14 @@ bool isPicture(const ChatAttachment &attachment)
 
 /// Whether an answer consists of nothing but marks, such as ">" or a link's definition, of which formatting
 /// would leave a blank.
-bool showsNothing(QStringView text, const MarkdownSegments &markdown)
+bool isMarksOnly(QStringView text)
 {
-    const auto isMark = [](QChar unit) { return unit.isSpace() || u">#`~"_s.contains(unit); };
-    if (std::all_of(text.begin(), text.end(), isMark))
-        return true;
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar unit) { return unit.isSpace() || u">#`~"_s.contains(unit); });
+}
+
+bool definesOnly(QStringView text, const MarkdownSegments &markdown)
+{
     return markdown.segments.size() == 1 && !markdown.references.isEmpty() &&
            trimmed(shownText(text, markdown.segments.constFirst(), markdown.references)).isEmpty();
 }
@@ -109,9 +112,9 @@ QList<TextSegment> partSegments(const ChatMessage &message, RowPart part, QStrin
 {
     const QString text = partText(message, part);
     QList<TextSegment> segments;
-    if (part == RowPart::body && isFormatted(message)) {
+    if (part == RowPart::body && isFormatted(message) && !isMarksOnly(text)) {
         MarkdownSegments markdown = MarkdownSegmenter::segments(text);
-        if (!showsNothing(text, markdown)) {
+        if (!definesOnly(text, markdown)) {
             references = std::move(markdown.references);
             return std::move(markdown.segments);
         }
@@ -139,10 +142,32 @@ QString separatorBetween(QStringView text, const SegmentLayout &above, const Seg
 RowLayout rowOf(const ChatMessage &message)
 {
     RowLayout row;
-    for (const RowPart part : messageParts(message))
-        for (const TextSegment &segment : partSegments(message, part, row.references))
-            row.segments.append({.segment = segment, .part = part});
+    for (const RowPart part : messageParts(message)) {
+        const QList<TextSegment> segments = partSegments(message, part, row.references);
+        addSegments(row, part, segments, partText(message, part));
+    }
     return row;
+}
+
+RowLayout rowOf(const QString &text)
+{
+    RowLayout row;
+    QList<TextSegment> segments;
+    extendPlainSegments(segments, text);
+    addSegments(row, RowPart::body, segments, text);
+    return row;
+}
+
+void addSegments(RowLayout &row, RowPart part, const QList<TextSegment> &segments, QStringView text)
+{
+    row.segments.reserve(row.segments.size() + segments.size());
+    for (const TextSegment &segment : segments) {
+        QStringView shown = text.sliced(segment.from, segment.length);
+        if (segment.kind == TextSegment::Kind::plain && shown.endsWith(u'\n'))
+            shown.chop(1);
+        const auto lineEnds = static_cast<int>(std::count(shown.begin(), shown.end(), u'\n'));
+        row.segments.append({.segment = segment, .part = part, .lineEnds = lineEnds});
+    }
 }
 
 } // namespace morvane

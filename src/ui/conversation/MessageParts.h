@@ -30,4 +30,10 @@ QString separatorBetween(QStringView text, const SegmentLayout &above, const Seg
 /// A message's row, cut into segments and not laid out. Any thread.
 RowLayout rowOf(const ChatMessage &message);
 
+/// The row of a plain text.
+RowLayout rowOf(const QString &text);
+
+/// Adds the segments of a part with that text to a row. Any thread.
+void addSegments(RowLayout &row, RowPart part, const QList<TextSegment> &segments, QStringView text);
+
 } // namespace morvane

@@ -41,10 +41,11 @@ void StatusBarView::updateText()
     setAccessibleName(u"Status. "_s + status);
 }
 
-QSize StatusBarView::minimumSizeHint() const
+QSize StatusBarView::sizeHint() const
 {
     // A long command must not widen the window; it is cut at the edge and whole in the tool tip.
-    return {0, QLabel::minimumSizeHint().height()};
+    const QMargins margins = contentsMargins();
+    return {0, margins.top() + fontMetrics().height() + margins.bottom()};
 }
 
 void StatusBarView::paintEvent(QPaintEvent *)

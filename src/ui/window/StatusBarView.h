@@ -13,7 +13,8 @@ class StatusBarView : public QLabel {
 public:
     explicit StatusBarView(AppModel &model, QWidget *parent = nullptr);
 
-    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
