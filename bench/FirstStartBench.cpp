@@ -130,6 +130,7 @@ int run(int count, char **arguments)
     installAccessibleEventFilter();
     MainWindow window(*newcomer.model, {newcomer.announcer, newcomer.browserWindow, newcomer.servers.manager,
                                         *newcomer.settingsServices, newcomer.attachments});
+    application.watched = &window;
     window.show();
     SettingsView settings(*newcomer.settingsServices, newcomer.model->localModel(), newcomer.servers.manager,
                           newcomer.announcer, nullptr);
@@ -140,13 +141,14 @@ int run(int count, char **arguments)
     reader.registerEvent(u"object:"_s);
     LocalModelFlow &flow = newcomer.model->localModel();
     if (!QTest::qWaitForWindowExposed(&window) || !QTest::qWaitForWindowExposed(&settings) ||
-        !waitUntil([&flow] { return flow.info().progress.startsWith(u"Downloading"_s); }))
+        !waitUntil([&flow] { return flow.info().progress.startsWith(u"Downloading"_s); }) ||
+        !waitUntil([&application] { return application.paints > 0; }))
         return EXIT_FAILURE;
-    QTest::qWait(1000); // what shows the windows has been done
+    QTest::qWait(1000); // what else shows the windows has been done
 
     application.longest = 0;
     application.longestProcessor = 0;
-    application.watched = &window;
+    application.paints = 0;
     events = 0;
     int updates = 0;
     QObject::connect(&flow, &LocalModelFlow::changed, [&updates] { ++updates; });
