@@ -29,7 +29,6 @@ void appendWord(QString &text, QStringView word)
     }
 }
 
-/// `text` with places to break its lines within words that no line may have room for.
 QString breakable(const QString &text)
 {
     QString result;
@@ -46,6 +45,11 @@ QString breakable(const QString &text)
 }
 
 } // namespace
+
+QString outsideText(const QString &text)
+{
+    return breakable(labelText(text));
+}
 
 void showOutsideText(NoteLabel &label, const QString &text)
 {

@@ -67,7 +67,7 @@ void LocalModelSection::refresh()
     setVisible(m_settings.providerID() == ProviderID::ollama);
     const bool installing = info.installing && !info.running;
     m_ready->setVisible(info.running);
-    m_installing->setText(info.progress);
+    m_installing->setText(outsideText(info.progress));
     m_installing->setAccessibleName(u"Installing the local model. "_s + info.progress);
     m_installing->setVisible(installing);
     m_progress->showFraction(info.progressFraction);

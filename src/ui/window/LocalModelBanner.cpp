@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "ui/controls/DownloadProgressBar.h"
 #include "ui/controls/HoverText.h"
+#include "ui/controls/OutsideText.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -42,7 +43,7 @@ void LocalModelBanner::updateState()
     const LocalModelInfo &info = m_model.localModel().info();
     const bool isWorking = info.installing || !m_model.localModel().pullingModel().isEmpty();
     if (isWorking) {
-        m_text->setText(u"Setting up the local model…\n"_s + info.progress);
+        m_text->setText(u"Setting up the local model…\n"_s + outsideText(info.progress));
         m_bar->showFraction(info.progressFraction);
     }
     setVisible(isWorking);

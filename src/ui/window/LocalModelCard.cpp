@@ -48,9 +48,9 @@ QString LocalModelCard::text() const
     if (info.running)
         return u"Local model is ready — no limits, nothing leaves this Mac."_s;
     if (info.installing)
-        return u"Installing the local model…\n"_s + info.progress;
+        return u"Installing the local model…\n"_s + outsideText(info.progress);
     if (!pulling.isEmpty())
-        return u"Downloading %1\n%2"_s.arg(pulling, info.progress);
+        return u"Downloading %1\n%2"_s.arg(outsideText(pulling), outsideText(info.progress));
     return u"No setup needed. Install the free local model that runs inside this app — no rate limits, and "
            "your data stays on your Mac."_s;
 }

@@ -122,7 +122,7 @@ void OnboardingModelCard::updateProgress()
     m_bar->showFraction(info.progressFraction);
     const auto percent = m_bar->percent();
     m_percent->setText(percent ? QString::number(*percent) + u'%' : u"Starting"_s);
-    m_progress->setText(info.progress);
+    m_progress->setText(outsideText(info.progress));
 }
 
 } // namespace morvane

@@ -88,6 +88,18 @@ TEST_F(LocalModelSectionTest, TheFocusStaysWithTheInstallation)
     EXPECT_EQ(focused.size(), 2) << focused.join(u'\n').toStdString();
 }
 
+TEST_F(LocalModelSectionTest, NoWordOfTheProgramHoweverLongWidensIt)
+{
+    localModel.installationTime = std::chrono::hours(1);
+    choose(ProviderID::ollama);
+    settle();
+    const auto *section = view->findChild<LocalModelSection *>();
+    const int width = section->minimumSizeHint().width();
+    localModel.progress(QString(5'000, u'x'), 0.07);
+    settle();
+    EXPECT_EQ(section->minimumSizeHint().width(), width);
+}
+
 TEST_F(LocalModelSectionTest, TheProgressIsInSightWhenItTakesTheFocusInALowWindow)
 {
     localModel.serverRunning = true;

@@ -94,6 +94,17 @@ TEST_F(LocalModelViewsTest, TheWelcomeShowsADownload)
     EXPECT_EQ(bar(card())->value(), 42);
 }
 
+TEST_F(LocalModelViewsTest, NoWordOfTheProgramHoweverLongWidensTheWindow)
+{
+    localModel.installationTime = 1h;
+    install();
+    window->resize(600, 600);
+    report(QString(5'000, u'x'), 0.07);
+    EXPECT_EQ(window->width(), 600);
+    EXPECT_LE(card()->minimumSizeHint().width(), card()->width());
+    EXPECT_LE(banner()->minimumSizeHint().width(), banner()->width());
+}
+
 TEST_F(LocalModelViewsTest, TheWelcomeTellsThatTheModelIsReady)
 {
     haveModel();

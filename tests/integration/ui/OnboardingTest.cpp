@@ -332,5 +332,14 @@ TEST_F(OnboardingTest, AnErrorWithoutABlankIsBrokenWithinTheCard)
     EXPECT_LE(card->minimumSizeHint().width(), view->card()->width());
 }
 
+TEST_F(OnboardingTest, ProgressWithoutABlankIsBrokenWithinTheCard)
+{
+    localModel.installationTime = std::chrono::hours(1);
+    greet();
+    localModel.progress(QString(1'000, u'x'), 0.07);
+    settle();
+    EXPECT_LE(card->minimumSizeHint().width(), view->card()->width());
+}
+
 } // namespace
 } // namespace morvane
