@@ -7,6 +7,7 @@
 #include "providers/HttpAIService.h"
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
+#include "support/FakeBrowser.h"
 #include "support/FakeSurroundings.h"
 #include "support/QuietReminders.h"
 #include "support/RunTask.h"
@@ -88,7 +89,8 @@ struct BenchAgent : FakeSurroundings {
     HttpAIService provider{http};
     QuietReminders reminders{scheduler, home.path() + QStringLiteral("/Morvane.conf")};
     ScreenTools screen{desktop.desktop()};
-    BuiltinTools tools{http, reminders.store, screen};
+    FakeBrowser browser;
+    BuiltinTools tools{http, reminders.store, screen, browser};
     AppServices services = servicesAround({
         .scheduler = scheduler,
         .settings = settings,

@@ -46,6 +46,7 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
+#include "tools/NoBrowser.h"
 #include "tools/reminders/ReminderStore.h"
 #include "tools/screen/ScreenTools.h"
 #include "tools/screen/SequenceClock.h"
@@ -142,7 +143,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
                          if (state == Qt::ApplicationActive)
                              screen.ownWindowCameForward();
                      });
-    BuiltinTools tools(http, reminders, screen);
+    NoBrowser browser;
+    BuiltinTools tools(http, reminders, screen, browser);
     StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));
     MCPManager serverManager(
         scheduler, dataFolder(),

@@ -10,8 +10,10 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-BuiltinTools::BuiltinTools(HttpClient &http, ReminderStore &reminders, ScreenTools &screen, WebEndpoints web)
-    : m_web(http, std::move(web)), m_services{m_shell, m_web, reminders, screen, std::make_shared<TodoList>()}
+BuiltinTools::BuiltinTools(HttpClient &http, ReminderStore &reminders, ScreenTools &screen,
+                           BrowserPort &browser, WebEndpoints web)
+    : m_web(http, std::move(web)),
+      m_services{m_shell, m_web, reminders, screen, browser, std::make_shared<TodoList>()}
 {
 }
 

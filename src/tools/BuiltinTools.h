@@ -13,6 +13,7 @@
 
 namespace morvane {
 
+class BrowserPort;
 class ReminderStore;
 class ScreenTools;
 
@@ -23,7 +24,8 @@ enum class UseTools { no, yes };
 class BuiltinTools {
 public:
     /// `http` carries the web tools' requests. All outlive the tools.
-    BuiltinTools(HttpClient &http, ReminderStore &reminders, ScreenTools &screen, WebEndpoints web = {});
+    BuiltinTools(HttpClient &http, ReminderStore &reminders, ScreenTools &screen, BrowserPort &browser,
+                 WebEndpoints web = {});
     BuiltinTools(const BuiltinTools &) = delete;
     BuiltinTools &operator=(const BuiltinTools &) = delete;
 

@@ -4,6 +4,7 @@
 
 namespace morvane {
 
+class BrowserPort;
 class ReminderStore;
 class ScreenTools;
 class ShellTool;
@@ -16,6 +17,7 @@ struct ToolServices {
     WebTools &web;
     ReminderStore &reminders;
     ScreenTools &screen;
+    BrowserPort &browser;
     /// Shared with work in the background, which goes on when the tools are gone.
     std::shared_ptr<TodoList> todos;
 };

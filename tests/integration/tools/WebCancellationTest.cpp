@@ -1,4 +1,5 @@
 #include "support/AppFixture.h"
+#include "support/FakeBrowser.h"
 #include "support/FakeDesktop.h"
 
 #include "net/HttpClient.h"
@@ -32,7 +33,8 @@ protected:
     HttpClient http;
     QuietReminders reminders{scheduler, home.path(u"Morvane.conf"_s)};
     ScreenTools screen{desktop.desktop()};
-    BuiltinTools tools{http, reminders.store, screen};
+    FakeBrowser browser;
+    BuiltinTools tools{http, reminders.store, screen, browser};
 };
 
 TEST_F(WebCancellationTest, StoppingTheAgentClosesTheConnectionAndEndsTheRun)

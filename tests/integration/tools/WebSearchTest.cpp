@@ -1,5 +1,6 @@
 #include "WebFixture.h"
 
+#include "support/FakeBrowser.h"
 #include "support/FakeDesktop.h"
 #include "support/QuietReminders.h"
 #include "support/TemporaryHome.h"
@@ -209,7 +210,8 @@ TEST_F(WebSearchTest, TheTwoToolsAreCalledByName)
     QuietReminders reminders(scheduler, home.path("Morvane.conf"));
     FakeDesktop desktop;
     ScreenTools screen(desktop.desktop());
-    BuiltinTools builtin(client, reminders.store, screen, {origin, origin});
+    FakeBrowser browser;
+    BuiltinTools builtin(client, reminders.store, screen, browser, {origin, origin});
     WillingUser user(scheduler);
     const auto execute = [&](const QString &name, boost::json::object arguments) {
         return runTask(scheduler, builtin.execute(user.permit({name, std::move(arguments), {}, {}}))).text;

@@ -1,4 +1,5 @@
 #include "support/AppFixture.h"
+#include "support/FakeBrowser.h"
 #include "support/FakeDesktop.h"
 
 #include "base/Json.h"
@@ -80,7 +81,8 @@ protected:
     HttpClient http;
     QuietReminders reminders{scheduler, home.path("Morvane.conf")};
     ScreenTools screen{desktop.desktop()};
-    BuiltinTools tools{http, reminders.store, screen};
+    FakeBrowser browser;
+    BuiltinTools tools{http, reminders.store, screen, browser};
 
 private:
     Task<ToolResult> execute(ToolPermit permit)

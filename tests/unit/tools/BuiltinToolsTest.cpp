@@ -4,6 +4,7 @@
 #include "base/Json.h"
 #include "net/HttpClient.h"
 #include "platform/NotificationCenter.h"
+#include "support/FakeBrowser.h"
 #include "support/FakeClock.h"
 #include "support/FakeDesktop.h"
 #include "support/QuietReminders.h"
@@ -37,7 +38,8 @@ protected:
     QuietReminders reminders{scheduler, home.path("Morvane.conf")};
     FakeDesktop desktop;
     ScreenTools screen{desktop.desktop()};
-    BuiltinTools tools{http, reminders.store, screen};
+    FakeBrowser browser;
+    BuiltinTools tools{http, reminders.store, screen, browser};
 };
 
 TEST_F(BuiltinToolsTest, OffersNothingWhenToolsAreOff)
@@ -186,7 +188,7 @@ TEST_F(BuiltinToolsTest, WhateverAToolThrowsIsAFailureInWordsOfOurOwn)
         BrokenCenter center(breakDown);
         ReminderStore store(scheduler, home.path("Broken.conf"), center, reminders.sounds,
                             reminders.announcer);
-        BuiltinTools broken(http, store, screen);
+        BuiltinTools broken(http, store, screen, browser);
         const ToolResult result =
             runTask(scheduler,
                     broken.execute(user.permit(call("set_reminder", R"({"message": "x", "minutes": 9})"))));
@@ -276,6 +278,35 @@ TEST_F(BuiltinToolsTest, EachToolOfElementsAndProgramsDoesWhatItsNameSays)
     EXPECT_EQ(execute("get_frontmost_app"), "The frontmost application is Editor.");
     EXPECT_EQ(execute("activate_app", R"({"name": "editor"})"), "Activated editor.");
     EXPECT_EQ(execute("open_application", R"({"name": "Notes"})"), "Opened the Notes application.");
+}
+
+TEST_F(BuiltinToolsTest, EachToolOfTheBrowserReachesItWithItsArguments)
+{
+    EXPECT_EQ(execute("browser_open", R"({"url": "host.test"})"), "the page");
+    execute("browser_read");
+    execute("browser_click", R"({"number": 3})");
+    execute("browser_type", R"({"number": 4, "text": "hello"})");
+    execute("browser_type", R"({"number": 4, "text": "hello", "submit": true})");
+    execute("browser_back");
+    EXPECT_EQ(browser.log, QStringList({"open host.test", "read", "click 3", "type 4 [hello]",
+                                        "type 4 [hello] and submit", "back"}));
+}
+
+TEST_F(BuiltinToolsTest, ArgumentsOfTheBrowserThatAreMissingReadAsTheirDefaults)
+{
+    execute("browser_open", R"({"url": 5})");
+    execute("browser_click", R"({"number": "3"})");
+    execute("browser_type", R"({"submit": 1})");
+    EXPECT_EQ(browser.log, QStringList({"open ", "click 0", "type 0 []"}));
+}
+
+TEST_F(BuiltinToolsTest, OnlyTheWordUpScrollsUp)
+{
+    for (const char *direction : {"UP", "up", "left", "down", ""})
+        execute("browser_scroll", (QByteArray(R"({"direction": ")") + direction + "\"}").constData());
+    execute("browser_scroll");
+    EXPECT_EQ(browser.log,
+              QStringList({"scroll 1", "scroll 1", "scroll -1", "scroll -1", "scroll -1", "scroll -1"}));
 }
 
 TEST_F(BuiltinToolsTest, AnUnknownNameComesBackAsItWasSent)

@@ -1,0 +1,104 @@
+#include "browser/tabs/Downloads.h"
+
+#include "browser/tabs/BrowserWindow.h"
+#include "platform/Announcer.h"
+
+#include <QMetaObject>
+#include <QPointer>
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// A page can begin downloads without end, and each is a question.
+constexpr qsizetype mostQuestions = 5;
+
+} // namespace
+
+Downloads::Downloads(Announcer &announcer, std::function<BrowserWindow *()> window)
+    : m_announcer(announcer), m_window(std::move(window))
+{
+}
+
+void Downloads::add(const Download &download)
+{
+    if (m_waiting.size() >= mostQuestions) {
+        download->cancel();
+        return;
+    }
+    m_waiting.append(download);
+    if (m_waiting.size() == 1)
+        askForNext();
+}
+
+void Downloads::windowClosed()
+{
+    const QList<Download> unanswered = std::exchange(m_waiting, {});
+    for (const Download &download : unanswered)
+        download->cancel();
+    if (!unanswered.isEmpty())
+        m_announcer.announce(u"Download cancelled."_s);
+}
+
+void Downloads::askForNext()
+{
+    BrowserWindow *const window = m_window();
+    if (!window) {
+        windowClosed();
+        return;
+    }
+    const Download download = m_waiting.first();
+    const QPointer<Downloads> self(this);
+    window->askForDestination(download->suggestedFileName(), download->site(),
+                              [self, download](const QString &path) {
+                                  if (!self || !self->m_waiting.removeOne(download))
+                                      return;
+                                  self->start(download, path);
+                                  if (!self->m_waiting.isEmpty())
+                                      self->askForNext();
+                              });
+}
+
+void Downloads::start(const Download &download, const QString &path)
+{
+    if (path.isEmpty()) {
+        download->cancel();
+        m_announcer.announce(u"Download cancelled."_s);
+        return;
+    }
+    m_running.append(download);
+    const PageDownload *const key = download.get();
+    connect(key, &PageDownload::progressed, this, &Downloads::changed);
+    connect(key, &PageDownload::finished, this, [this, key] {
+        m_announcer.announce(u"Download complete."_s);
+        end(key);
+    });
+    connect(key, &PageDownload::failed, this, [this, key](const QString &description) {
+        m_announcer.announce(u"Download failed: "_s + description);
+        end(key);
+    });
+    connect(key, &PageDownload::cancelled, this, [this, key] {
+        m_announcer.announce(u"Download cancelled."_s);
+        end(key);
+    });
+    m_announcer.announce(u"Download started: "_s + download->suggestedFileName());
+    download->accept(path);
+    Q_EMIT changed();
+}
+
+void Downloads::end(const PageDownload *download)
+{
+    const auto place = std::ranges::find(m_running, download, &Download::get);
+    if (place == m_running.end())
+        return;
+    // It still speaks, and must not go before it has ended.
+    (*place)->disconnect(this);
+    QMetaObject::invokeMethod(this, [kept = *place] {}, Qt::QueuedConnection);
+    m_running.erase(place);
+    Q_EMIT changed();
+}
+
+} // namespace morvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "browser/pages/PageDownload.h"
+
+#include <QList>
+#include <QObject>
+#include <functional>
+#include <memory>
+
+namespace morvane {
+
+class Announcer;
+class BrowserWindow;
+
+/// The files that pages hand over, from the question where to write each to its end. One is asked about at a
+/// time. Main thread.
+class Downloads : public QObject {
+    Q_OBJECT
+public:
+    using Download = std::shared_ptr<PageDownload>;
+
+    /// `window` gives the window that asks, or null.
+    Downloads(Announcer &announcer, std::function<BrowserWindow *()> window);
+
+    /// Takes a download that a page offers. Too many at once are refused without a question.
+    void add(const Download &download);
+    /// The window has gone, and its question with it.
+    void windowClosed();
+
+    /// Those that are being written, the oldest first.
+    const QList<Download> &running() const { return m_running; }
+
+Q_SIGNALS:
+    /// One has begun or ended, or has got further.
+    void changed();
+
+private:
+    void askForNext();
+    void start(const Download &download, const QString &path);
+    void end(const PageDownload *download);
+
+    Announcer &m_announcer;
+    std::function<BrowserWindow *()> m_window;
+    QList<Download> m_waiting; ///< The first is the one that is asked about.
+    QList<Download> m_running;
+};
+
+} // namespace morvane
