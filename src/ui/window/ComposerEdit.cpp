@@ -33,6 +33,8 @@ namespace morvane {
 namespace {
 
 constexpr int maximumLines = 8;
+/// However little room there is.
+constexpr int fewestLines = 2;
 constexpr int sideMargin = 6;
 constexpr int topMargin = 3;
 } // namespace
@@ -356,13 +358,26 @@ void ComposerEdit::fitHeight()
         document()->documentLayout()->blockBoundingRect(block);
         lines += block.layout()->lineCount();
     }
-    lines = std::clamp(lines, 1, maximumLines);
+    const int most = std::clamp((m_heightLimit - heightOfLines(0)) / fontMetrics().lineSpacing(), fewestLines,
+                                maximumLines);
+    setFixedHeight(heightOfLines(std::clamp(lines, 1, most)));
+    setVerticalScrollBarPolicy(lines < most ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
+}
+
+int ComposerEdit::heightOfLines(int lines) const
+{
     const QMargins margins = contentsMargins() + viewportMargins();
-    const int height = lines * fontMetrics().lineSpacing() +
-                       2 * static_cast<int>(document()->documentMargin()) + margins.top() + margins.bottom() +
-                       2 * frameWidth();
-    setFixedHeight(height);
-    setVerticalScrollBarPolicy(lines < maximumLines ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
+    return lines * fontMetrics().lineSpacing() + 2 * static_cast<int>(document()->documentMargin()) +
+           margins.top() + margins.bottom() + 2 * frameWidth();
+}
+
+void ComposerEdit::setHeightLimit(int limit)
+{
+    if (std::exchange(m_heightLimit, limit) == limit)
+        return;
+    fitHeight();
+    // What is being written stays in sight.
+    ensureCursorVisible();
 }
 
 } // namespace morvane

@@ -32,6 +32,10 @@ public:
     void setDraft(const QString &text);
     /// The same, but undoing brings the draft back.
     void replaceDraft(const QString &text);
+    /// Keeps the field to a height, in logical pixels; it never takes less than two lines.
+    void setHeightLimit(int limit);
+    /// What it takes with so many lines, in logical pixels.
+    int heightOfLines(int lines) const;
     /// What stands for long texts.
     const FoldedTexts &folds() const { return m_folds; }
 
@@ -98,6 +102,7 @@ private:
     FoldLabels m_labels;
     std::optional<Written> m_tooLong; ///< Written since the last change was taken.
     TextCopy m_copy;
+    int m_heightLimit = QWIDGETSIZE_MAX;
     bool m_hasContent = false;
 };
 

@@ -4,12 +4,9 @@
 #include "app/UpdateModel.h"
 #include "ui/controls/FieldPasting.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
-#include "ui/controls/NoteLabel.h"
-#include "ui/controls/SymbolLabel.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
-#include "ui/window/AttachmentChips.h"
+#include "ui/window/AttachmentArea.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/FileDialogFilters.h"
 
@@ -18,7 +15,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QProgressBar>
 #include <QToolButton>
 #include <algorithm>
 #include <utility>
@@ -29,10 +25,8 @@ namespace morvane {
 
 namespace {
 
-constexpr QSize progressSize{80, 8};
 constexpr int smallestIcon = 18;
-/// Characters of why a file was not read.
-constexpr qsizetype longestFailure = 300;
+constexpr int rowGap = 6;
 
 QToolButton *roundButton(const QIcon &icon, const QString &label)
 {
@@ -44,39 +38,13 @@ QToolButton *roundButton(const QIcon &icon, const QString &label)
     return button;
 }
 
-/// Widgets side by side; the last takes the room. Hidden at first.
-QWidget *makeRow(const QList<QWidget *> &widgets)
-{
-    auto *row = new QWidget;
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins({});
-    for (QWidget *widget : widgets)
-        layout->addWidget(widget, widget == widgets.constLast() ? 1 : 0);
-    row->hide();
-    return row;
-}
-
-QWidget *makeVisionWarning()
-{
-    auto *text =
-        new NoteLabel(u"The current model can't see images — switch to a vision model to send them."_s,
-                      NoteLabel::Tone::warning);
-    text->setAccessibleName(
-        u"Warning: the current model can't see images. Switch to a vision model to send them."_s);
-    auto *symbol = new SymbolLabel(Symbol::octagonExclamation, &ThemeColors::warning);
-    QWidget *row = makeRow({symbol, text});
-    row->layout()->setAlignment(symbol, Qt::AlignTop);
-    return row;
-}
-
 } // namespace
 
 ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, FieldPasting *pasting,
                            QWidget *parent)
     : QWidget(parent), m_conversation(conversation), m_updates(updates),
-      m_attachments(conversation.newAttachments(this)), m_chips(new AttachmentChips),
-      m_warning(makeVisionWarning()), m_failures(new NoteLabel({}, NoteLabel::Tone::error)),
-      m_processing(nullptr), m_progress(new QProgressBar), m_edit(new ComposerEdit),
+      m_attachments(conversation.newAttachments(this)), m_area(new AttachmentArea(*m_attachments)),
+      m_edit(new ComposerEdit),
       m_attach(roundButton(symbolIcon(Symbol::paperclip), u"Attach a file or image"_s)),
       m_send(roundButton(symbolIcon(Symbol::arrowUp), u"Send message"_s)),
       m_stop(roundButton(symbolIcon(Symbol::stop), u"Stop generating"_s)), m_note(new QLabel)
@@ -88,8 +56,8 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(12, 10, 12, 8);
-    grid->setSpacing(6);
-    grid->addWidget(makeAttachmentArea(), 0, 0, 1, 3);
+    grid->setSpacing(rowGap);
+    grid->addWidget(m_area, 0, 0, 1, 3);
     grid->addWidget(m_attach, 1, 0, Qt::AlignBottom);
     grid->addWidget(m_edit, 1, 1);
     grid->addWidget(m_send, 1, 2, Qt::AlignBottom);
@@ -117,8 +85,6 @@ ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &up
     connectAttachments();
     if (pasting)
         connectPasting(*pasting);
-    m_failures->setSymbol(Symbol::octagonExclamation);
-    m_failures->hide();
     fitIcons();
     updateState();
 }
@@ -139,23 +105,6 @@ void ComposerView::connectPasting(FieldPasting &pasting)
     });
 }
 
-QWidget *ComposerView::makeAttachmentArea()
-{
-    m_progress->setRange(0, 0);
-    m_progress->setTextVisible(false);
-    m_progress->setFixedSize(progressSize);
-    m_processing = makeRow({m_progress, new NoteLabel(u"Processing attachment"_s)});
-
-    auto *area = new QWidget;
-    auto *column = new QVBoxLayout(area);
-    column->setContentsMargins({});
-    column->setSpacing(6);
-    for (QWidget *part :
-         {static_cast<QWidget *>(m_chips), static_cast<QWidget *>(m_failures), m_warning, m_processing})
-        column->addWidget(part);
-    return area;
-}
-
 void ComposerView::connectAttachments()
 {
     connect(m_edit, &ComposerEdit::filesPasted, this, &ComposerView::handleFiles);
@@ -163,26 +112,18 @@ void ComposerView::connectAttachments()
             [this](const QByteArray &data, const QString &name) { m_attachments->handleImage(data, name); });
     connect(m_edit, &ComposerEdit::ownImagePasted, this,
             [this](const QImage &image, const QString &name) { m_attachments->handleImage(image, name); });
-    connect(m_chips, &AttachmentChips::removeRequested, m_attachments, &PendingAttachments::removeAttachment);
-    connect(m_chips, &AttachmentChips::focusLeft, this, &ComposerView::focusDraft);
-    connect(m_attachments, &PendingAttachments::attachmentsChanged, this, [this] {
-        m_chips->setAttachments(m_attachments->attachments());
-        orderTabs();
-        updateState();
-    });
-    connect(m_attachments, &PendingAttachments::processingCountChanged, this, [this] {
-        updateProcessing();
-        updateState();
-    });
-    connect(m_attachments, &PendingAttachments::failuresChanged, this, &ComposerView::showFailures);
-    connect(m_attachments, &PendingAttachments::modelChanged, this, &ComposerView::updateState);
+    connect(m_area, &AttachmentArea::focusLeft, this, &ComposerView::focusDraft);
+    connect(m_area, &AttachmentArea::buttonsChanged, this, &ComposerView::orderTabs);
+    for (const auto change :
+         {&PendingAttachments::attachmentsChanged, &PendingAttachments::processingCountChanged})
+        connect(m_attachments, change, this, &ComposerView::updateState);
 }
 
 void ComposerView::orderTabs()
 {
     // As they are seen; what was made last would come last.
     QWidget *previous = nullptr;
-    for (QWidget *stop : m_chips->buttons() + QList<QWidget *>{m_attach, m_edit, m_send, m_stop})
+    for (QWidget *stop : m_area->buttons() + QList<QWidget *>{m_attach, m_edit, m_send, m_stop})
         if (QWidget *before = std::exchange(previous, stop))
             setTabOrder(before, stop);
 }
@@ -280,7 +221,16 @@ void ComposerView::updateState()
 {
     updateSendButton();
     updateNote();
-    m_warning->setVisible(m_attachments->hasUnseenImage());
+}
+
+void ComposerView::setRoom(int room)
+{
+    const QMargins margins = layout()->contentsMargins();
+    const int width = contentsRect().width() - margins.left() - margins.right();
+    const int rest = room - margins.top() - margins.bottom() - m_note->heightForWidth(width) - 2 * rowGap;
+    // What is being written comes first, and what goes along with it can be scrolled.
+    m_area->setHeightLimit(std::max(0, rest - m_edit->heightOfLines(2)));
+    m_edit->setHeightLimit(rest - m_area->height());
 }
 
 void ComposerView::updateSendButton()
@@ -310,25 +260,6 @@ void ComposerView::updateNote()
         m_note->setText(u"Morvane is responding…"_s);
     else
         m_note->setText(u"Return to send · ⌘N for a new conversation"_s);
-}
-
-void ComposerView::updateProcessing()
-{
-    const int count = m_attachments->processingCount();
-    m_processing->setVisible(count > 0);
-    m_progress->setAccessibleName(u"Processing %1 attachments"_s.arg(count));
-}
-
-void ComposerView::showFailures()
-{
-    QStringList lines;
-    for (const QString &failure : m_attachments->failures())
-        lines += labelText(failure.simplified(), longestFailure);
-    if (const int older = m_attachments->olderFailures(); older > 0)
-        lines += older == 1 ? u"1 more file was not attached."_s
-                            : u"%1 more files were not attached."_s.arg(older);
-    m_failures->setText(lines.join(u'\n'));
-    m_failures->setVisible(!lines.isEmpty());
 }
 
 void ComposerView::fitIcons()

@@ -7,14 +7,12 @@
 
 class QFileDialog;
 class QLabel;
-class QProgressBar;
 class QToolButton;
 
 namespace morvane {
 
-class AttachmentChips;
+class AttachmentArea;
 class ComposerEdit;
-class NoteLabel;
 class ConversationPort;
 class FieldPasting;
 class UpdateModel;
@@ -38,6 +36,9 @@ public:
 
     /// Reads files from a drop or the file dialog.
     void handleFiles(const QList<QUrl> &urls);
+    /// Makes do with a height, in logical pixels: the field has fewer lines then, and what goes along with
+    /// the message scrolls.
+    void setRoom(int room);
     /// Shows that files which hang over the window can be dropped.
     void setDropMark(bool shown);
 
@@ -63,7 +64,6 @@ private:
     bool takesMessage() const;
     void connectAttachments();
     void orderTabs();
-    QWidget *makeAttachmentArea();
     void send();
     void sendOrPostpone();
     void sendPostponed(Postponed awaited);
@@ -72,18 +72,12 @@ private:
     void updateState();
     void updateSendButton();
     void updateNote();
-    void updateProcessing();
-    void showFailures();
     void fitIcons();
 
     ConversationPort &m_conversation;
     const UpdateModel &m_updates;
     PendingAttachments *m_attachments;
-    AttachmentChips *m_chips;
-    QWidget *m_warning;
-    NoteLabel *m_failures;
-    QWidget *m_processing;
-    QProgressBar *m_progress;
+    AttachmentArea *m_area;
     ComposerEdit *m_edit;
     QToolButton *m_attach;
     QToolButton *m_send;

@@ -18,6 +18,8 @@ namespace morvane {
 namespace {
 
 constexpr int buttonMargin = 12;
+/// However little room a long message leaves.
+constexpr int leastLines = 2;
 
 } // namespace
 
@@ -32,6 +34,7 @@ ConversationPane::ConversationPane(ChatScrollView *view, const Transcript &trans
     column->setSpacing(0);
     column->addWidget(m_bar);
     column->addWidget(m_view, 1);
+    m_view->setMinimumHeight(leastLines * fontMetrics().lineSpacing());
 
     m_latest->setAccessibleName(u"Jump to the latest message"_s);
     setHoverText(m_latest, u"Jump to the latest message (Ctrl+J)"_s);

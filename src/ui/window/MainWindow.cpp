@@ -12,6 +12,7 @@
 #include "ui/window/ConversationListView.h"
 #include "ui/window/ConversationPane.h"
 #include "ui/window/ConversationZoom.h"
+#include "ui/window/DetailColumn.h"
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/HeaderView.h"
 #include "ui/window/LocalModelBanner.h"
@@ -31,7 +32,6 @@
 #include <QMessageBox>
 #include <QSplitter>
 #include <QStackedWidget>
-#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -100,16 +100,9 @@ QWidget *MainWindow::makeDetail()
     auto *update = new UpdateBanner(m_model.updates());
     connect(update, &UpdateBanner::focusLost, m_composer, &ComposerView::focusDraft);
 
-    auto *detail = new QWidget;
-    auto *column = new QVBoxLayout(detail);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addWidget(header);
-    column->addWidget(new LocalModelBanner(m_model));
-    column->addWidget(update);
-    column->addWidget(m_region, 1);
-    column->addWidget(m_composer);
-    column->addWidget(new StatusBarView(m_model));
+    auto *detail = new DetailColumn(
+        {header, new LocalModelBanner(m_model), update, m_region, m_composer, new StatusBarView(m_model)},
+        m_region, m_composer);
 
     auto *drops = new FileDropFilter(detail);
     connect(drops, &FileDropFilter::filesDropped, m_composer, &ComposerView::handleFiles);

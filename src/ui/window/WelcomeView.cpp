@@ -20,6 +20,8 @@ namespace morvane {
 namespace {
 
 constexpr int columnWidth = 480;
+/// However little room a long message leaves.
+constexpr int linesInSight = 2;
 constexpr std::array suggestions{"What can you do?", "Check my Mac's storage",
                                  "Find my Downloads folder and summarize it",
                                  "Search the web for the latest macOS version"};
@@ -32,6 +34,7 @@ WelcomeView::WelcomeView(AppModel &model, QWidget *parent)
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
+    setMinimumHeight(linesInSight * fontMetrics().lineSpacing());
 
     auto *settings = new QPushButton(symbolIcon(Symbol::gear), u"Morvane Settings"_s);
     connect(settings, &QPushButton::clicked, this, &WelcomeView::settingsRequested);
