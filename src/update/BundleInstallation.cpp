@@ -6,6 +6,7 @@
 #include "base/StartDetached.h"
 #include "base/Uuid.h"
 #include "update/Log.h"
+#include "update/MovesInTurn.h"
 
 #include <QDir>
 #include <QFile>
@@ -85,12 +86,6 @@ bool linksStayWithin(const fs::path &folder)
     };
     const fs::recursive_directory_iterator tree(root);
     return std::none_of(begin(tree), end(tree), leadsOut);
-}
-
-/// False with errno set on failure.
-bool move(const QString &from, const QString &to, unsigned flags = 0)
-{
-    return ::renameat2(AT_FDCWD, systemPath(from).c_str(), AT_FDCWD, systemPath(to).c_str(), flags) == 0;
 }
 
 /// Brings all that was written to the volume of a folder to the disk.
@@ -181,7 +176,8 @@ Result BundleInstallation::checkStaged() const
 
 Result BundleInstallation::swap()
 {
-    if (move(staged(), m_bundle.path, RENAME_EXCHANGE))
+    if (::renameat2(AT_FDCWD, systemPath(staged()).c_str(), AT_FDCWD, systemPath(m_bundle.path).c_str(),
+                    RENAME_EXCHANGE) == 0)
         m_oldApp = staged();
     else if (errno != EINVAL && errno != ENOSYS)
         return failure(u"Could not move the current app: "_s + sentenceOf(errno));
@@ -196,17 +192,15 @@ Result BundleInstallation::swap()
 Result BundleInstallation::swapInTwoMoves()
 {
     const QString oldApp = m_work + u"/Morvane-old.app"_s;
-    if (!move(m_bundle.path, oldApp))
-        return failure(u"Could not move the current app: "_s + sentenceOf(errno));
-    if (move(staged(), m_bundle.path)) {
+    const MovesInTurn moves = moveInTurn(m_bundle.path, oldApp, staged());
+    // What could not be moved back is not removed either.
+    if (QFileInfo::exists(oldApp))
         m_oldApp = oldApp;
-        return {};
-    }
-    const int error = errno;
-    // What cannot be moved back is not removed either.
-    if (!move(oldApp, m_bundle.path))
-        m_oldApp = oldApp;
-    return failure(u"Could not install the update: "_s + sentenceOf(error));
+    if (moves.first != 0)
+        return failure(u"Could not move the current app: "_s + sentenceOf(moves.first));
+    if (moves.second != 0)
+        return failure(u"Could not install the update: "_s + sentenceOf(moves.second));
+    return {};
 }
 
 Result BundleInstallation::scheduleRelaunch(const QList<QByteArray> &environment)

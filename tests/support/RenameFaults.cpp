@@ -1,8 +1,11 @@
 #include "support/RenameFaults.h"
 
+#include "base/FileDescriptor.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <mutex>
 #include <utility>
 
@@ -10,7 +13,8 @@ namespace morvane {
 namespace {
 
 std::mutex mutex;
-QList<int> faults; ///< Guarded by the mutex.
+QList<int> faults; ///< This and the next are guarded by the mutex.
+QByteArray pipeToWaitFor;
 
 int nextFault()
 {
@@ -18,17 +22,23 @@ int nextFault()
     return faults.isEmpty() ? 0 : faults.takeFirst();
 }
 
-void setFaults(QList<int> errors)
+void setFaults(QList<int> errors, const QByteArray &pipe = {})
 {
     const std::lock_guard lock(mutex);
     faults = std::move(errors);
+    pipeToWaitFor = pipe;
+}
+
+void waitForWriter()
+{
+    const FileDescriptor opened(::open(pipeToWaitFor.constData(), O_RDONLY | O_CLOEXEC));
 }
 
 } // namespace
 
-RenameFaults::RenameFaults(QList<int> errors)
+RenameFaults::RenameFaults(QList<int> errors, const QByteArray &pipe)
 {
-    setFaults(std::move(errors));
+    setFaults(std::move(errors), pipe);
 }
 
 RenameFaults::~RenameFaults()
@@ -42,10 +52,13 @@ RenameFaults::~RenameFaults()
 extern "C" int renameat2(int oldFolder, const char *from, int newFolder, const char *to,
                          unsigned flags) noexcept
 {
-    if (const int error = morvane::nextFault()) {
+    const int error = morvane::nextFault();
+    if (error > 0) {
         errno = error;
         return -1;
     }
+    if (error == morvane::RenameFaults::held)
+        morvane::waitForWriter();
     using Function = int (*)(int, const char *, int, const char *, unsigned);
     static const auto system = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "renameat2"));
     return system(oldFolder, from, newFolder, to, flags);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/InstalledFiles.h"
-#include "support/SampleArchive.h"
+#include "support/SampleBundle.h"
 #include "support/TemporaryHome.h"
 #include "update/BundleInstallation.h"
 #include "update/UpdateRemains.h"
@@ -41,15 +41,6 @@ protected:
         writeProgram(relauncher(), "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + marker().toUtf8() + "'\n");
     }
 
-    static SampleArchive honestImage()
-    {
-        SampleArchive image;
-        image.add(SampleArchive::Kind::folder, "Morvane.app/Contents/MacOS");
-        image.file("Morvane.app/Contents/MacOS/Morvane", "new", 0755);
-        image.file("Morvane.app/Contents/MacOS/library", "new library");
-        image.add(SampleArchive::Kind::symbolicLink, "Morvane.app/Contents/MacOS/link", "library");
-        return image;
-    }
     QString write(const SampleArchive &image) const { return write(image.bytes()); }
     QString write(const QByteArray &image) const { return home.write(QStringLiteral("image"), image); }
 

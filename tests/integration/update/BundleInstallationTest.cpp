@@ -43,7 +43,7 @@ protected:
 
 TEST_F(BundleInstallationTest, TheNewBundleTakesTheOldOnesPlace)
 {
-    ASSERT_TRUE(install(write(honestImage())));
+    ASSERT_TRUE(install(write(sampleBundleImage())));
     EXPECT_EQ(version(), "new");
     EXPECT_EQ(contentOf(app() + u"/Contents/MacOS/link"_s), "new library");
 }
@@ -53,7 +53,7 @@ TEST_F(BundleInstallationTest, TheBundleKeepsItsName)
     ASSERT_TRUE(QFile::rename(app(), parent() + u"/My Morvane.app"_s));
     BundleInstallation installation({parent() + u"/My Morvane.app"_s, parent()});
     ASSERT_TRUE(installation.prepare());
-    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.stage(write(sampleBundleImage())));
     ASSERT_TRUE(installation.swap());
     EXPECT_EQ(contentOf(parent() + u"/My Morvane.app/Contents/MacOS/Morvane"_s), "new");
 }
@@ -62,7 +62,7 @@ TEST_F(BundleInstallationTest, TheOldBundlesRelauncherIsToldWhatToStartAndWhatTo
 {
     BundleInstallation installation(bundle());
     ASSERT_TRUE(installation.prepare());
-    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.stage(write(sampleBundleImage())));
     ASSERT_TRUE(installation.swap());
     ASSERT_TRUE(installation.scheduleRelaunch({"PATH=/usr/bin:/bin"}));
     ASSERT_TRUE(waitUntil([this] { return home.read(u"relaunched"_s).count('\n') == 2; }));
@@ -76,7 +76,7 @@ TEST_F(BundleInstallationTest, TheOldBundleStaysUntilItIsNotUsedAnyMore)
     {
         BundleInstallation installation(bundle());
         ASSERT_TRUE(installation.prepare());
-        ASSERT_TRUE(installation.stage(write(honestImage())));
+        ASSERT_TRUE(installation.stage(write(sampleBundleImage())));
         ASSERT_TRUE(installation.swap());
         EXPECT_TRUE(installation.hasMovedOldApp());
         removeUpdateRemains(bundle(), home.path());
@@ -96,7 +96,7 @@ TEST_F(BundleInstallationTest, ARelauncherThatIsMissingLeavesTheNewBundleInItsPl
     ASSERT_TRUE(QFile::remove(relauncher()));
     BundleInstallation installation(bundle());
     ASSERT_TRUE(installation.prepare());
-    ASSERT_TRUE(installation.stage(write(honestImage())));
+    ASSERT_TRUE(installation.stage(write(sampleBundleImage())));
     ASSERT_TRUE(installation.swap());
     const Result result = installation.scheduleRelaunch({});
     ASSERT_FALSE(result);
@@ -119,7 +119,7 @@ TEST_F(BundleInstallationTest, AReadOnlyVolumeStopsItWithNothingTouched)
     ASSERT_TRUE(volume.isMounted());
     layOldBundle();
     ASSERT_EQ(::mount(nullptr, parent().toUtf8().constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-    expectFailure(write(honestImage()),
+    expectFailure(write(sampleBundleImage()),
                   u"Morvane does not have permission to replace itself in %1."_s.arg(parent()));
 }
 
@@ -130,7 +130,7 @@ TEST_F(BundleInstallationTest, AFullDiskLeavesTheOldBundle)
     const SmallVolume volume(parent(), 1'000'000);
     ASSERT_TRUE(volume.isMounted());
     layOldBundle();
-    SampleArchive image = honestImage();
+    SampleArchive image = sampleBundleImage();
     image.file("Morvane.app/Contents/large", noise(2'000'000));
     expectFailure(write(image), u"No space left on device."_s);
 }
@@ -141,12 +141,12 @@ TEST_F(BundleInstallationTest, ABundleThatCannotBeMovedStays)
     const SmallVolume volume(app(), 1'000'000);
     ASSERT_TRUE(volume.isMounted());
     layOldBundle();
-    expectFailure(write(honestImage()), u"Could not move the current app: Device or resource busy."_s);
+    expectFailure(write(sampleBundleImage()), u"Could not move the current app: Device or resource busy."_s);
 }
 
 TEST_F(BundleInstallationTest, ABundleThatIsGoneIsNotMoved)
 {
-    const QString image = write(honestImage());
+    const QString image = write(sampleBundleImage());
     ASSERT_TRUE(QFile::rename(app(), home.path(u"moved.app"_s)));
     const Result result = install(image);
     ASSERT_FALSE(result);
@@ -157,7 +157,7 @@ TEST_F(BundleInstallationTest, ABundleThatIsGoneIsNotMoved)
 TEST_F(BundleInstallationTest, WhereNothingCanBeExchangedTheBundlesMoveOneAfterTheOther)
 {
     const RenameFaults faults({EINVAL});
-    ASSERT_TRUE(install(write(honestImage())));
+    ASSERT_TRUE(install(write(sampleBundleImage())));
     EXPECT_EQ(version(), "new");
     removeUpdateRemains(bundle(), home.path());
     EXPECT_THAT(beside(), IsEmpty());
@@ -166,20 +166,20 @@ TEST_F(BundleInstallationTest, WhereNothingCanBeExchangedTheBundlesMoveOneAfterT
 TEST_F(BundleInstallationTest, WhereTheFirstMoveFailsTheOldBundleStays)
 {
     const RenameFaults faults({EINVAL, EBUSY});
-    expectFailure(write(honestImage()), u"Could not move the current app: Device or resource busy."_s);
+    expectFailure(write(sampleBundleImage()), u"Could not move the current app: Device or resource busy."_s);
 }
 
 TEST_F(BundleInstallationTest, WhereTheSecondMoveFailsTheOldBundleComesBack)
 {
     const RenameFaults faults({EINVAL, 0, EIO});
-    expectFailure(write(honestImage()), u"Could not install the update: Input/output error."_s);
+    expectFailure(write(sampleBundleImage()), u"Could not install the update: Input/output error."_s);
 }
 
 TEST_F(BundleInstallationTest, AnOldBundleThatCannotComeBackIsNotRemoved)
 {
     {
         const RenameFaults faults({EINVAL, 0, EIO, EIO});
-        EXPECT_EQ(install(write(honestImage())).error(),
+        EXPECT_EQ(install(write(sampleBundleImage())).error(),
                   u"Could not install the update: Input/output error."_s);
     }
     ASSERT_EQ(beside().size(), 1);
@@ -190,7 +190,7 @@ TEST_F(BundleInstallationTest, AnOldBundleThatCannotComeBackIsNotRemoved)
 
 TEST_F(BundleInstallationTest, WhatIsNoImageIsNotOpened)
 {
-    const QByteArray image = honestImage().bytes();
+    const QByteArray image = sampleBundleImage().bytes();
     expectFailure(write(QByteArray()), notOpened);
     expectFailure(write(QByteArray("<html>404 Not Found</html>")), notOpened);
     for (const qsizetype size : {image.size() / 4, image.size() / 2, image.size() - 5})
@@ -202,29 +202,11 @@ TEST_F(BundleInstallationTest, WhatIsNoImageIsNotOpened)
 
 TEST_F(BundleInstallationTest, AHostileImageIsNotOpened)
 {
-    const auto with = [](Kind kind, const QByteArray &path, const QByteArray &target = {}) {
-        return honestImage().add(kind, path, target);
-    };
-    for (const SampleArchive &image : {
-             with(Kind::file, "/tmp/morvane-outside"),
-             with(Kind::file, "../outside"),
-             with(Kind::file, "Morvane.app/../../outside"),
-             with(Kind::symbolicLink, "Morvane.app/etc", "/etc"),
-             with(Kind::symbolicLink, "Morvane.app/up", "../../../outside"),
-             with(Kind::symbolicLink, "Morvane.app/beside", "../beside"),
-             with(Kind::symbolicLink, "Morvane.app/Contents/a", "b/../../../x")
-                 .add(Kind::symbolicLink, "Morvane.app/Contents/b", "MacOS"),
-             with(Kind::hardLink, "Morvane.app/hard", "../../outside"),
-             with(Kind::hardLink, "Morvane.app/hard", "/etc/passwd"),
-             with(Kind::symbolicLink, "Morvane.app/into", "Contents")
-                 .add(Kind::file, "Morvane.app/into/file"),
-             with(Kind::symbolicLink, "Morvane.app/nowhere", "later"),
-             with(Kind::fifo, "Morvane.app/pipe"),
-             with(Kind::device, "Morvane.app/device"),
-             honestImage().file("Morvane.app/Contents/MacOS/Morvane", "another", 0755),
-         })
+    for (const auto &[harm, image] : hostileBundleImages()) {
+        SCOPED_TRACE(harm.toStdString());
         expectFailure(write(image), notOpened);
-    EXPECT_FALSE(QFile::exists(home.path(u"outside"_s)));
+    }
+    EXPECT_FALSE(QFile::exists(home.path(u"morvane-outside"_s)));
     EXPECT_FALSE(QFile::exists(u"/tmp/morvane-outside"_s));
 }
 
@@ -252,7 +234,7 @@ TEST_F(BundleInstallationTest, AnAppWithoutItsProgramIsIncomplete)
 TEST_F(BundleInstallationTest, RestsOfEarlierTriesBlockNoLaterOne)
 {
     QDir().mkpath(parent() + u"/Morvane-update-00000000-0000-0000-0000-000000000000/stage/Morvane.app"_s);
-    ASSERT_TRUE(install(write(honestImage())));
+    ASSERT_TRUE(install(write(sampleBundleImage())));
     EXPECT_EQ(version(), "new");
 }
 

@@ -1,6 +1,8 @@
 #include "integration/update/BundleFixture.h"
+#include "support/RenameFaults.h"
 #include "support/WaitUntil.h"
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
@@ -51,38 +53,61 @@ protected:
         removeUpdateRemains(bundle(), home.path());
         EXPECT_THAT(beside(), IsEmpty());
         EXPECT_EQ(version(), expected);
-        ASSERT_TRUE(install(write(honestImage()))); // and what was left blocks nothing
+        ASSERT_TRUE(install(write(sampleBundleImage()))); // and what was left blocks nothing
         EXPECT_EQ(version(), "new");
     }
 };
 
 TEST_F(KilledInstallationTest, BeforeItBegins)
 {
-    expectKilled(startInstallation(write(honestImage()), 0));
+    expectKilled(startInstallation(write(sampleBundleImage()), 0));
     expectWhole("old");
 }
 
 TEST_F(KilledInstallationTest, AfterItsFolderWasMade)
 {
-    expectKilled(startInstallation(write(honestImage()), 1));
+    expectKilled(startInstallation(write(sampleBundleImage()), 1));
     expectWhole("old");
 }
 
 TEST_F(KilledInstallationTest, AfterTheNewBundleWasUnpacked)
 {
-    expectKilled(startInstallation(write(honestImage()), 2));
+    expectKilled(startInstallation(write(sampleBundleImage()), 2));
     expectWhole("old");
 }
 
 TEST_F(KilledInstallationTest, AfterTheBundlesWereExchanged)
 {
-    expectKilled(startInstallation(write(honestImage()), 3));
+    expectKilled(startInstallation(write(sampleBundleImage()), 3));
     expectWhole("new");
 }
 
 TEST_F(KilledInstallationTest, AfterTheRelaunchWasScheduled)
 {
-    expectKilled(startInstallation(write(honestImage()), 4));
+    expectKilled(startInstallation(write(sampleBundleImage()), 4));
+    expectWhole("new");
+}
+
+TEST_F(KilledInstallationTest, BetweenTheTwoMovesWhereNothingCanBeExchanged)
+{
+    const QByteArray pipe = home.path(u"go on"_s).toUtf8();
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    pid_t child = 0;
+    {
+        const RenameFaults faults({EINVAL, 0, RenameFaults::held}, pipe);
+        child = startInstallation(write(sampleBundleImage()), 4);
+    }
+    ASSERT_TRUE(waitUntil([this] { return !QFileInfo::exists(app()); }));
+    ::kill(child, SIGKILL);
+    expectKilled(child);
+    EXPECT_FALSE(QFileInfo::exists(app()));
+    const FileDescriptor goesOn(::open(pipe.constData(), O_RDWR | O_CLOEXEC)); // waits for no reader
+    ASSERT_TRUE(waitUntil([this] { return version() == "new"; }));
+    ::unlink(pipe.constData());
+    ASSERT_TRUE(waitUntil([this] {
+        removeUpdateRemains(bundle(), home.path()); // what makes the moves has the folder until it ends
+        return beside().isEmpty();
+    }));
     expectWhole("new");
 }
 
@@ -91,7 +116,7 @@ class KilledWhileUnpackingTest : public KilledInstallationTest, public testing::
 
 TEST_P(KilledWhileUnpackingTest, TheOldBundleIsWhole)
 {
-    const QByteArray image = honestImage().bytes(SampleArchive::Compression::none);
+    const QByteArray image = sampleBundleImage().bytes(SampleArchive::Compression::none);
     const qsizetype size = image.size() * GetParam() / 6;
     const QByteArray pipe = home.path(u"image"_s).toUtf8();
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
