@@ -14,6 +14,12 @@ namespace morvane {
 
 namespace {
 
+/// A text as the value of a key.
+QString entryValue(QString text)
+{
+    return text.replace(u'\\', u"\\\\"_s).replace(u'\n', u"\\n"_s);
+}
+
 /// An argument of an `Exec` line: quoted for the reader of the line, then once more for the reader of values.
 QString execArgument(const QString &text)
 {
@@ -27,8 +33,7 @@ QString execArgument(const QString &text)
             quoted += u'\\';
         quoted += character;
     }
-    quoted = u'"' + quoted + u'"';
-    return quoted.replace(u'\\', u"\\\\"_s).replace(u'\n', u"\\n"_s);
+    return entryValue(u'"' + quoted + u'"');
 }
 
 } // namespace
@@ -40,9 +45,11 @@ AutostartEntry::AutostartEntry(const QString &configFolder, QString helper)
 
 void AutostartEntry::ensure() const
 {
+    // A desktop passes over what it cannot try: the entry outlives a program that was removed by hand.
     const QByteArray entry = (u"[Desktop Entry]\nType=Application\nName=Morvane reminders\n"
-                              "Comment=Sets the alarms of your pending reminders\nExec="_s +
-                              execArgument(m_helper) + u" rearm\nNoDisplay=true\nTerminal=false\n"_s)
+                              "Comment=Sets the alarms of your pending reminders\nTryExec="_s +
+                              entryValue(m_helper) + u"\nExec="_s + execArgument(m_helper) +
+                              u" rearm\nNoDisplay=true\nTerminal=false\n"_s)
                                  .toUtf8();
     QFile file(m_path);
     if (file.open(QIODevice::ReadOnly) && file.read(entry.size() + 1) == entry)
