@@ -183,6 +183,21 @@ TEST_P(InstalledTest, AProgramOfItsOwnTreeWaitsForReminders)
                 testing::HasSubstr("\nExec=\"" + helper.toStdString() + "\" rearm\n"));
 }
 
+TEST_P(InstalledTest, ItsWindowIsTheOneThatTheMenuEntryTells)
+{
+    MorvaneSession &morvane = prepareInstalled({});
+    morvane.start();
+    QFile entry(QStringLiteral(MORVANE_SOURCE_DIR "/packaging/desktop/morvane.desktop"));
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+    static const QRegularExpression windowClass(u"^StartupWMClass=(.+)$"_s,
+                                                QRegularExpression::MultilineOption);
+    const QString told = windowClass.match(QString::fromUtf8(entry.readAll())).captured(1);
+    // The window's instance and its class, each with a zero behind it.
+    const auto names = morvane.screen().bytes(morvane.screen().activeWindow(), "WM_CLASS").split('\0');
+    EXPECT_EQ(QString::fromUtf8(names.value(1)), told);
+    EXPECT_FALSE(told.isEmpty());
+}
+
 TEST_P(InstalledTest, ItsLibrariesAreThoseOfItsOwnTree)
 {
     MorvaneSession &morvane = prepareInstalled({});

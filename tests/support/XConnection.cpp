@@ -53,6 +53,16 @@ QList<uint32_t> XConnection::property(xcb_window_t window, std::string_view name
     return QList<uint32_t>(values, values + reply->value_len);
 }
 
+QByteArray XConnection::bytes(xcb_window_t window, std::string_view name) const
+{
+    const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, wholeProperty);
+    const auto reply = owned(xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!reply)
+        return {};
+    return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                      xcb_get_property_value_length(reply.get()));
+}
+
 xcb_window_t XConnection::openWindow() const
 {
     const xcb_window_t window = xcb_generate_id(m_connection);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
 #include <QList>
 #include <QString>
@@ -25,6 +26,8 @@ public:
 
     /// The 32-bit values of a window's property; empty if it is not set.
     QList<uint32_t> property(xcb_window_t window, std::string_view name) const;
+    /// The bytes of a window's property, such as a text; empty if it is not set.
+    QByteArray bytes(xcb_window_t window, std::string_view name) const;
     /// The window that has the focus by the window manager's word, 0 if none.
     xcb_window_t activeWindow() const { return property(m_root, "_NET_ACTIVE_WINDOW").value(0); }
 
