@@ -62,19 +62,26 @@ inline QString makeRuntimeArchive(const QString &folder, const QByteArray &progr
     return archive;
 }
 
+/// Answers a request with a file; false where that cannot be done.
+inline bool sendFile(RawHttpConnection &connection, const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) ||
+        !connection.send(
+            rawHttpHead(200, {{"Content-Length", QByteArray::number(file.size())}, {"ETag", "\"1\""}})))
+        return false;
+    while (!file.atEnd())
+        if (!connection.send(file.read(megabyte)))
+            return false;
+    return true;
+}
+
 /// Answers each request with a file.
 inline void serveFile(RawHttpConnection &connection, const QString &path)
 {
-    while (connection.readRequest()) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
+    while (connection.readRequest())
+        if (!sendFile(connection, path))
             return;
-        connection.send(
-            rawHttpHead(200, {{"Content-Length", QByteArray::number(file.size())}, {"ETag", "\"1\""}}));
-        while (!file.atEnd())
-            if (!connection.send(file.read(megabyte)))
-                return;
-    }
 }
 
 } // namespace morvane

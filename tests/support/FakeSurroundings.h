@@ -30,6 +30,7 @@ struct FakeSurroundings {
         QString machine;
         AIService *service = nullptr;             ///< The fake one if null.
         AttachmentService *attachments = nullptr; ///< The fake one if null.
+        UpdateService *updates = nullptr;         ///< The fake one if null.
     };
 
     AppServices servicesAround(const Real &real)
@@ -43,7 +44,7 @@ struct FakeSurroundings {
             notifications,
             toolServers,
             browserWindow,
-            updates,
+            real.updates ? *real.updates : updates,
             urls,
             localModel,
             real.attachments ? *real.attachments : attachments,
