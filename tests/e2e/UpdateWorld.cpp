@@ -1,5 +1,6 @@
 #include "UpdateWorld.h"
 
+#include "support/SampleArchive.h"
 #include "support/UnusedPort.h"
 #include "support/WaitUntil.h"
 
@@ -8,6 +9,10 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
+#include <filesystem>
 
 using namespace Qt::StringLiterals;
 
@@ -15,24 +20,7 @@ namespace morvane {
 
 namespace {
 
-const auto imageTarget = u"/downloads/Morvane.tar.zst"_s;
 const auto buildFile = u"Contents/MacOS/Morvane.build"_s;
-
-/// What a bundle is made of: each file with its place in it.
-QList<std::pair<QString, QString>> parts()
-{
-    const QString build = QStringLiteral(MORVANE_BUILD_FOLDER);
-    QList<std::pair<QString, QString>> found{
-        {QStringLiteral(MORVANE_ON_LOOPBACK), u"Contents/MacOS/Morvane"_s}};
-    for (const QString &folder : {u"/libexec/morvane"_s, u"/lib/morvane"_s, u"/share/morvane"_s}) {
-        QDirIterator files(build + folder, QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString file = files.next();
-            found.append({file, u"Contents"_s + file.sliced(build.size())});
-        }
-    }
-    return found;
-}
 
 QByteArray contentOf(const QString &path)
 {
@@ -40,15 +28,86 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// The folder with what try-update.sh has made; empty in the usual run.
+QString trialFolder()
+{
+    return qEnvironmentVariable("MORVANE_UPDATE_TRIAL");
+}
+
+/// Where the newer build of a trial looks for its image, and the older one for both.
+QUrl trialImage()
+{
+    const auto manifest = QJsonDocument::fromJson(contentOf(trialFolder() + u"/new/latest.json"_s));
+    return QUrl(manifest["dmg"_L1].toString());
+}
+
+QString imageTarget()
+{
+    return UpdateWorld::isTrial() ? trialImage().path() : u"/downloads/Morvane.tar.zst"_s;
+}
+
+/// All files below a folder, in order.
+QStringList filesBelow(const QString &folder)
+{
+    QStringList found;
+    QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext())
+        found.append(files.next());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+/// What a bundle is made of: each file with its place in it.
+QList<std::pair<QString, QString>> parts()
+{
+    const QString build = QStringLiteral(MORVANE_BUILD_FOLDER);
+    QList<std::pair<QString, QString>> found{
+        {QStringLiteral(MORVANE_ON_LOOPBACK), u"Contents/MacOS/Morvane"_s}};
+    for (const QString &folder : {u"/libexec/morvane"_s, u"/lib/morvane"_s, u"/share/morvane"_s})
+        for (const QString &file : filesBelow(build + folder))
+            found.append({file, u"Contents"_s + file.sliced(build.size())});
+    return found;
+}
+
+QByteArray imageOfBuild2()
+{
+    if (UpdateWorld::isTrial())
+        return contentOf(trialFolder() + u"/new/"_s + trialImage().fileName());
+    SampleArchive archive;
+    for (const auto &[source, place] : parts())
+        archive.file("Morvane.app/" + place.toUtf8(), contentOf(source),
+                     QFileInfo(source).isExecutable() ? 0755 : 0644);
+    return archive.file("Morvane.app/" + buildFile.toUtf8(), "2").bytes();
+}
+
+QByteArray sha256Of(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toUpper();
+}
+
 } // namespace
 
-UpdateWorld::UpdateWorld(const QString &folder) : m_folder(folder)
+bool UpdateWorld::isTrial()
 {
+    return !trialFolder().isEmpty();
+}
+
+UpdateWorld::UpdateWorld(const QString &folder)
+    : host(static_cast<quint16>(isTrial() ? trialImage().port() : 0)), m_folder(folder)
+{
+    QDir().mkpath(downloads());
     lay();
 }
 
 void UpdateWorld::lay() const
 {
+    QDir().mkpath(parent());
+    if (isTrial()) {
+        namespace fs = std::filesystem;
+        fs::copy((trialFolder() + u"/old/Morvane.app"_s).toStdString(), app().toStdString(),
+                 fs::copy_options::recursive);
+        return;
+    }
     for (const auto &[source, place] : parts()) {
         const QString target = app() + u'/' + place;
         QDir().mkpath(QFileInfo(target).path());
@@ -57,45 +116,57 @@ void UpdateWorld::lay() const
     QFile number(app() + u'/' + buildFile);
     if (number.open(QIODevice::WriteOnly))
         number.write("1");
-    QDir().mkpath(m_folder + u"/temporary"_s);
+}
+
+qint64 UpdateWorld::size() const
+{
+    qint64 sum = 0;
+    for (const QString &file : filesBelow(app()))
+        sum += QFileInfo(file).size();
+    return sum;
+}
+
+QByteArray UpdateWorld::fingerprint() const
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const QString &file : filesBelow(app())) {
+        hash.addData(file.toUtf8());
+        hash.addData(contentOf(file));
+    }
+    return hash.result().toHex();
 }
 
 QStringList UpdateWorld::beside() const
 {
     QStringList names = QDir(parent()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     names.removeAll(u"Morvane.app"_s);
-    return names + QDir(m_folder + u"/temporary"_s).entryList({u"Morvane-*"_s});
+    return names + QDir(downloads()).entryList({u"Morvane-*"_s});
 }
 
 void UpdateWorld::prepare(MorvaneSession &morvane) const
 {
-    morvane.setVariable(u"TMPDIR"_s, m_folder + u"/temporary"_s);
+    morvane.setVariable(u"TMPDIR"_s, downloads());
     morvane.setVariable(u"MORVANE_TEST_UPDATE_ORIGIN"_s, host.origin());
     morvane.setVariable(u"MORVANE_TEST_RUNTIME_SERVER"_s, u"http://localhost:%1"_s.arg(unusedPort()));
-}
-
-SampleArchive UpdateWorld::image() const
-{
-    SampleArchive archive;
-    for (const auto &[source, place] : parts())
-        archive.file("Morvane.app/" + place.toUtf8(), contentOf(source),
-                     QFileInfo(source).isExecutable() ? 0755 : 0644);
-    return archive.file("Morvane.app/" + buildFile.toUtf8(), "2");
 }
 
 void UpdateWorld::publish(const QByteArray &sha256, const QByteArray &additions)
 {
     host.setFile(u"/downloads/latest.json"_s,
                  {R"({"version": ")" MORVANE_VERSION R"(", "build": 2, "date": "2026-11-22", "dmg": ")" +
-                  (host.origin() + imageTarget).toUtf8() + R"(", "sha256": ")" + sha256 +
+                  (host.origin() + imageTarget()).toUtf8() + R"(", "sha256": ")" + sha256 +
                   R"(", "notes": ["Opens large conversations at once."])" + additions + '}'});
 }
 
 void UpdateWorld::offer(const QByteArray &additions)
 {
-    const QByteArray bytes = image().bytes();
-    host.setFile(imageTarget + u"?v=" MORVANE_VERSION "-build2"_s, {bytes});
-    publish(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toUpper(), additions);
+    offerImage(imageOfBuild2(), additions);
+}
+
+void UpdateWorld::offerImage(const QByteArray &image, const QByteArray &additions)
+{
+    host.setFile(imageTarget() + u"?v=" MORVANE_VERSION "-build2"_s, {image});
+    publish(sha256Of(image), additions);
 }
 
 void UpdateWorld::offerWithWrongHash()

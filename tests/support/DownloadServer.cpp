@@ -21,7 +21,10 @@ std::optional<qint64> firstByte(const RawHttpRequest &request)
 
 } // namespace
 
-DownloadServer::DownloadServer() : m_server([this](RawHttpConnection &connection) { serve(connection); }) {}
+DownloadServer::DownloadServer(quint16 port)
+    : m_server([this](RawHttpConnection &connection) { serve(connection); }, port)
+{
+}
 
 QString DownloadServer::origin() const
 {

@@ -41,7 +41,8 @@ public:
         QByteArray target = {};
     };
 
-    DownloadServer();
+    /// On a port that is free where none is given.
+    explicit DownloadServer(quint16 port = 0);
 
     QUrl url(const QString &path) const { return m_server.url(path); }
     /// "http://127.0.0.1:{port}", without a slash at the end.

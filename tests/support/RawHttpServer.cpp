@@ -14,15 +14,18 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-RawHttpServer::RawHttpServer(Script script) : m_script(std::move(script))
+RawHttpServer::RawHttpServer(Script script, quint16 port) : m_script(std::move(script))
 {
     m_tearDown = ::eventfd(0, EFD_CLOEXEC);
     m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
     auto *const generic = reinterpret_cast<sockaddr *>(&address);
     socklen_t size = sizeof address;
+    const int again = 1; // also while connections of another server there are fading
+    ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &again, sizeof again);
     if (::bind(m_listener, generic, size) != 0 || ::listen(m_listener, 512) != 0 ||
         ::getsockname(m_listener, generic, &size) != 0)
         std::abort(); // without a loopback socket no test means anything

@@ -22,7 +22,8 @@ public:
     using Script = std::function<void(RawHttpConnection &)>;
     using Answer = std::function<QByteArray(const RawHttpRequest &)>;
 
-    explicit RawHttpServer(Script script);
+    /// On a port that is free where none is given.
+    explicit RawHttpServer(Script script, quint16 port = 0);
     /// Wakes and ends every script.
     ~RawHttpServer();
     RawHttpServer(const RawHttpServer &) = delete;

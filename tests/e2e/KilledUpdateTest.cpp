@@ -1,0 +1,91 @@
+#include "UpdateTest.h"
+
+#include "support/WaitUntil.h"
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+using testing::IsEmpty;
+
+namespace morvane {
+namespace {
+
+/// The program is killed while it replaces itself, as a power failure would.
+class KilledUpdateTest : public UpdateTest {
+protected:
+    /// A program that dies at this point (tests/tools/CrashPoint.cpp) is started, and takes the update.
+    void dieAt(MorvaneSession &morvane, const QString &point)
+    {
+        morvane.setVariable(u"LD_PRELOAD"_s, QStringLiteral(MORVANE_CRASH_POINT));
+        morvane.setVariable(u"CRASH_POINT"_s, point);
+        morvane.start();
+        ASSERT_TRUE(waitUntil([this] { return world.beside().isEmpty(); }));
+        takeUpdateAtOnce(morvane);
+        EXPECT_EQ(morvane.program().process().waitForExit(), std::nullopt);
+        morvane.setVariable(u"LD_PRELOAD"_s, {});
+    }
+
+    /// What the next start comes upon is build 2, which cleans up.
+    void expectNewProgramAtNextStart(MorvaneSession &morvane)
+    {
+        EXPECT_FALSE(world.beside().isEmpty());
+        morvane.start();
+        expectNewBuild(morvane, morvane.program());
+        EXPECT_TRUE(waitUntil([this] { return world.beside().isEmpty(); }));
+    }
+};
+
+TEST_F(KilledUpdateTest, BeforeTheBundlesAreExchangedTheOldProgramIsWhole)
+{
+    world.offer();
+    MorvaneSession &morvane = prepareBundle();
+    for (const auto &point : {u"after mkdir 1"_s, u"after mkdir 2"_s, u"before openat 1"_s,
+                              u"after openat 3"_s, u"after pwrite 2"_s, u"after pwrite 9"_s,
+                              u"before syncfs 1"_s, u"after syncfs 1"_s, u"before renameat2 1"_s}) {
+        SCOPED_TRACE(point.toStdString());
+        dieAt(morvane, point); // it is the start after the last death, too
+        if (HasFailure())
+            return;
+        EXPECT_EQ(world.beside().size(), 2); // the folder and the image of this one only
+        expectOldBundle();
+    }
+    morvane.start();
+    EXPECT_TRUE(morvane.program().shows(u"Message Morvane"_s));
+    EXPECT_TRUE(waitUntil([this] { return world.beside().isEmpty(); }));
+    expectOldBundle();
+}
+
+TEST_F(KilledUpdateTest, WhenTheBundlesHaveBeenExchangedTheNewProgramIsWhole)
+{
+    world.offer();
+    MorvaneSession &morvane = prepareBundle();
+    dieAt(morvane, u"after renameat2 1"_s);
+    expectNewProgramAtNextStart(morvane);
+}
+
+TEST_F(KilledUpdateTest, BeforeTheRelaunchTheNewProgramIsWhole)
+{
+    world.offer();
+    MorvaneSession &morvane = prepareBundle();
+    dieAt(morvane, u"before access 1"_s);
+    expectNewProgramAtNextStart(morvane);
+}
+
+TEST_F(KilledUpdateTest, WhenTheRelaunchIsWaitingTheNewProgramComesUpByItself)
+{
+    world.offer();
+    MorvaneSession &morvane = startBundle();
+    takeUpdateAtOnce(morvane);
+    ASSERT_TRUE(morvane.ear().hears(u"Restarting to finish the update."_s));
+    morvane.program().process().kill();
+    const qint64 pid = world.process();
+    ASSERT_GT(pid, 0);
+    AccessibilityBus bus(morvane.desktop().sessionBusAddress());
+    expectNewBuild(morvane, AccessibleProgram(bus, pid));
+    EXPECT_THAT(world.beside(), IsEmpty());
+    end(pid);
+}
+
+} // namespace
+} // namespace morvane
