@@ -3,7 +3,6 @@
 #include "platform/linux/desktop/KeyPositions.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <thread>
 #include <xcb/xtest.h>
@@ -74,6 +73,20 @@ std::optional<xkb_keysym_t> fixedSymbol(int code)
 int16_t coordinate(qint64 value)
 {
     return int16_t(std::clamp<qint64>(value, -32768, 32767));
+}
+
+/// Gives each key its symbol. Keys that follow one another change together: all programs are told of each
+/// change, and window managers take tens of milliseconds for it.
+void changeKeys(XDisplay &display, const QList<uint8_t> &keys, const QList<xkb_keysym_t> &symbols)
+{
+    for (qsizetype from = 0, to = 0; from < keys.size(); from = to) {
+        QList<xcb_keysym_t> levels;
+        for (; to < keys.size() && keys.at(to) - keys.at(from) == to - from; ++to)
+            // On both levels, so that neither Shift nor the server's own rules for capitals change it.
+            levels << symbols.at(to) << symbols.at(to);
+        xcb_change_keyboard_mapping(display.connection(), uint8_t(to - from), keys.at(from), 2,
+                                    levels.constData());
+    }
 }
 
 } // namespace
@@ -292,13 +305,11 @@ void XInputSource::mapSymbols(const QList<xkb_keysym_t> &symbols)
     }
     m_mapped.clear();
     const QList<uint8_t> &spare = m_keyboard->spareKeys();
-    m_usedSpares = std::max(m_usedSpares, std::min(symbols.size(), spare.size()));
-    for (qsizetype at = 0; at < std::min(symbols.size(), spare.size()); ++at) {
-        // On both levels, so that neither Shift nor the server's own rules for capitals change it.
-        const std::array<xcb_keysym_t, 2> both{symbols.at(at), symbols.at(at)};
-        xcb_change_keyboard_mapping(m_display->connection(), 1, spare.at(at), 2, both.data());
+    const qsizetype used = std::min(symbols.size(), spare.size());
+    m_usedSpares = std::max(m_usedSpares, used);
+    changeKeys(*m_display, spare.first(used), symbols.first(used));
+    for (qsizetype at = 0; at < used; ++at)
         m_mapped.insert(symbols.at(at), spare.at(at));
-    }
     m_display->synchronize();
     std::this_thread::sleep_for(timeToLearn);
 }
@@ -309,11 +320,8 @@ void XInputSource::giveBackKeys()
         return;
     m_display->synchronize();
     std::this_thread::sleep_for(timeToRead);
-    constexpr std::array<xcb_keysym_t, 2> nothing{XCB_NO_SYMBOL, XCB_NO_SYMBOL};
     const qsizetype used = std::exchange(m_usedSpares, 0);
-    for (qsizetype at = 0; at < used; ++at)
-        xcb_change_keyboard_mapping(m_display->connection(), 1, m_keyboard->spareKeys().at(at), 2,
-                                    nothing.data());
+    changeKeys(*m_display, m_keyboard->spareKeys().first(used), QList<xkb_keysym_t>(used, XCB_NO_SYMBOL));
     m_mapped.clear();
 }
 
