@@ -9,6 +9,7 @@
 using namespace Qt::StringLiterals;
 
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::Not;
 
@@ -181,7 +182,11 @@ TEST_F(FirstStartTest, ARuntimeThatIsThereIsUsed)
     morvane.start();
     EXPECT_TRUE(morvane.program().focuses(text(getStarted)));
     EXPECT_TRUE(world->site.requests().isEmpty());
-    EXPECT_THAT(world->runtime.calls(), ElementsAre(u"serve"_s, u"list"_s));
+    const QStringList calls = world->runtime.calls();
+    ASSERT_GE(calls.size(), 2);
+    EXPECT_EQ(calls.first(), u"serve"_s);
+    // Its server may come up while the start still asks for one, and then tells its models once more.
+    EXPECT_THAT(calls.sliced(1), Each(u"list"_s));
 }
 
 TEST_F(FirstStartTest, ASmallDiskIsToldBeforeAnyDownload)
