@@ -90,6 +90,16 @@ QString fileName(Symbol symbol)
         return u"circle-dashed"_s;
     case Symbol::wrench:
         return u"wrench"_s;
+    case Symbol::arrowLeft:
+        return u"arrow-left"_s;
+    case Symbol::bookmark:
+        return u"bookmark"_s;
+    case Symbol::clock:
+        return u"clock"_s;
+    case Symbol::plus:
+        return u"plus"_s;
+    case Symbol::share:
+        return u"share"_s;
     }
     Q_UNREACHABLE();
 }

@@ -37,6 +37,12 @@ constexpr int maximumLines = 8;
 constexpr int fewestLines = 2;
 constexpr int sideMargin = 6;
 constexpr int topMargin = 3;
+
+int linesOf(const QString &text, const QFontMetrics &metrics, int width)
+{
+    const QRect room(0, 0, std::max(width, 1), QWIDGETSIZE_MAX);
+    return metrics.boundingRect(room, Qt::TextWordWrap, text).height() / metrics.lineSpacing();
+}
 } // namespace
 
 ComposerEdit::ComposerEdit(QWidget *parent)
@@ -48,9 +54,6 @@ ComposerEdit::ComposerEdit(QWidget *parent)
     setViewportMargins(sideMargin, topMargin, sideMargin, topMargin);
     viewport()->setAutoFillBackground(false);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setPlaceholderText(u"Message Morvane"_s);
-    setAccessibleName(u"Message Morvane"_s);
-    setAccessibleDescription(u"Type your message, then press Return to send it."_s);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             &ComposerEdit::fitHeight);
     connect(document(), &QTextDocument::contentsChange, this, [this](int at, int, int added) {
@@ -358,6 +361,10 @@ void ComposerEdit::fitHeight()
         document()->documentLayout()->blockBoundingRect(block);
         lines += block.layout()->lineCount();
     }
+    // What the empty field says of itself wraps, too.
+    if (document()->isEmpty())
+        lines = linesOf(placeholderText(), fontMetrics(),
+                        viewport()->width() - 2 * qRound(document()->documentMargin()));
     const int most = std::clamp((m_heightLimit - heightOfLines(0)) / fontMetrics().lineSpacing(), fewestLines,
                                 maximumLines);
     setFixedHeight(heightOfLines(std::clamp(lines, 1, most)));

@@ -41,18 +41,20 @@ QToolButton *roundButton(const QIcon &icon, const QString &label)
 } // namespace
 
 ComposerView::ComposerView(ConversationPort &conversation, const UpdateModel &updates, FieldPasting *pasting,
-                           QWidget *parent)
-    : QWidget(parent), m_conversation(conversation), m_updates(updates),
+                           ComposerTexts texts, QWidget *parent)
+    : QWidget(parent), m_conversation(conversation), m_updates(updates), m_texts(std::move(texts)),
       m_attachments(conversation.newAttachments(this)), m_area(new AttachmentArea(*m_attachments)),
-      m_edit(new ComposerEdit),
-      m_attach(roundButton(symbolIcon(Symbol::paperclip), u"Attach a file or image"_s)),
-      m_send(roundButton(symbolIcon(Symbol::arrowUp), u"Send message"_s)),
-      m_stop(roundButton(symbolIcon(Symbol::stop), u"Stop generating"_s)), m_note(new QLabel)
+      m_edit(new ComposerEdit), m_attach(roundButton(symbolIcon(Symbol::paperclip), m_texts.attach)),
+      m_send(roundButton(symbolIcon(Symbol::arrowUp), m_texts.send)),
+      m_stop(roundButton(symbolIcon(Symbol::stop), m_texts.stop)), m_note(new QLabel)
 {
     m_note->setTextFormat(Qt::PlainText);
     m_note->setForegroundRole(QPalette::PlaceholderText);
     m_note->setWordWrap(true);
-    m_attach->setAccessibleDescription(u"Adds images, PDFs, or text files to your next message."_s);
+    m_attach->setAccessibleDescription(m_texts.attachHint);
+    m_edit->setPlaceholderText(m_texts.placeholder);
+    m_edit->setAccessibleName(m_texts.field);
+    m_edit->setAccessibleDescription(m_texts.fieldHint);
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(12, 10, 12, 8);
@@ -153,7 +155,7 @@ void ComposerView::send()
 {
     if (!hasInput())
         return;
-    if (m_conversation.send(draft(), m_attachments->attachments())) {
+    if (m_conversation.send(draft(), m_attachments->attachments(), m_texts.marker)) {
         m_edit->setDraft({});
         m_attachments->clear();
     } else {
@@ -243,8 +245,7 @@ void ComposerView::updateSendButton()
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
-    const QString name =
-        !hasInput() && !busy ? u"Send message. Add a message or an attachment first."_s : u"Send message"_s;
+    const QString name = !hasInput() && !busy ? m_texts.sendWithoutInput : m_texts.send;
     // The toolkit tells a reader of the name each time that it is set, which would be with each letter.
     if (m_send->accessibleName() != name)
         m_send->setAccessibleName(name);
@@ -259,7 +260,8 @@ void ComposerView::updateNote()
     else if (m_conversation.isBusy())
         m_note->setText(u"Morvane is responding…"_s);
     else
-        m_note->setText(u"Return to send · ⌘N for a new conversation"_s);
+        m_note->setText(m_texts.note);
+    m_note->setVisible(!m_note->text().isEmpty());
 }
 
 void ComposerView::fitIcons()

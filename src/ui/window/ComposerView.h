@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/PendingAttachments.h"
+#include "ui/window/ComposerTexts.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -24,7 +25,7 @@ class ComposerView : public QWidget {
 public:
     /// All of them must outlive the view. Without `pasting` the toolkit waits for what is pasted.
     ComposerView(ConversationPort &conversation, const UpdateModel &updates, FieldPasting *pasting = nullptr,
-                 QWidget *parent = nullptr);
+                 ComposerTexts texts = {}, QWidget *parent = nullptr);
 
     /// Whether the draft may be sent now.
     bool canSend() const;
@@ -76,6 +77,7 @@ private:
 
     ConversationPort &m_conversation;
     const UpdateModel &m_updates;
+    const ComposerTexts m_texts;
     PendingAttachments *m_attachments;
     AttachmentArea *m_area;
     ComposerEdit *m_edit;

@@ -8,6 +8,7 @@
 #include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
+#include "ui/window/AboutBox.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/ConversationListView.h"
 #include "ui/window/ConversationPane.h"
@@ -29,7 +30,6 @@
 #include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QSplitter>
 #include <QStackedWidget>
 
@@ -148,16 +148,7 @@ void MainWindow::showSettings()
 
 void MainWindow::showAbout()
 {
-    QString text = u"<h3>Morvane %1</h3>A desktop AI agent for one person on one computer."_s.arg(
-        QApplication::applicationVersion().toHtmlEscaped());
-    text += u"<p>Version %1 (build %2)"_s.arg(QApplication::applicationVersion().toHtmlEscaped(),
-                                              qApp->property("buildNumber").toString());
-    if (const QString origin = qApp->property("unusualUpdateOrigin").toString(); !origin.isEmpty())
-        text += u"<p>Updates come from %1."_s.arg(origin.toHtmlEscaped());
-    auto *box = new QMessageBox(QMessageBox::NoIcon, u"About Morvane"_s, text, QMessageBox::Close, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setIconPixmap(windowIcon().pixmap(64, 64));
-    box->open();
+    showAboutBox(*this, u"About Morvane"_s);
 }
 
 void MainWindow::showShortcuts()
