@@ -1,0 +1,100 @@
+#include "browser/window/BookmarksBar.h"
+
+#include "browser/window/BrowserMenuActions.h"
+#include "browser/window/BrowsingRecords.h"
+#include "browser/window/PageText.h"
+#include "browser/window/ScrollStrip.h"
+#include "browser/window/ToolButton.h"
+#include "ui/controls/AccessibleRole.h"
+#include "ui/controls/HoverText.h"
+
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QToolButton>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+/// In characters of the font.
+constexpr int widestButton = 24;
+
+} // namespace
+
+BookmarksBar::BookmarksBar(BrowsingRecords &records, BrowserMenuActions &actions, QWidget *parent)
+    : QWidget(parent), m_records(records), m_actions(actions), m_strip(new ScrollStrip)
+{
+    setAccessibleRole(this, QAccessible::ToolBar);
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 0, 8, 4);
+    row->addWidget(m_strip);
+    m_strip->row()->addStretch(1);
+    connect(&records, &BrowsingRecords::bookmarksChanged, this, &BookmarksBar::update);
+    update();
+}
+
+void BookmarksBar::update()
+{
+    const QList<BrowserBookmark> &bookmarks = m_records.bookmarks();
+    for (qsizetype index = m_shown.size() - 1; index >= 0; --index) {
+        if (bookmarks.contains(m_shown.at(index)))
+            continue;
+        const bool hadFocus = m_buttons.at(index)->hasFocus();
+        m_shown.removeAt(index);
+        delete m_buttons.takeAt(index);
+        if (hadFocus && !m_buttons.isEmpty())
+            m_buttons.at(std::min(index, m_buttons.size() - 1))->setFocus(Qt::OtherFocusReason);
+    }
+    // New ones are only ever added behind those that are there.
+    for (qsizetype index = m_shown.size(); index < bookmarks.size(); ++index) {
+        m_shown.append(bookmarks.at(index));
+        m_buttons.append(makeButton(bookmarks.at(index)));
+        m_strip->row()->insertWidget(static_cast<int>(index), m_buttons.last());
+    }
+    setAccessibleName(u"Bookmarks, %1 items"_s.arg(bookmarks.size()));
+    setVisible(!bookmarks.isEmpty());
+}
+
+QToolButton *BookmarksBar::makeButton(const BrowserBookmark &bookmark)
+{
+    const QString title = pageText(bookmark.title);
+    QToolButton *button = toolButton(Symbol::globe, u"Open bookmark "_s + title);
+    QString shown = button->fontMetrics().elidedText(title, Qt::ElideRight,
+                                                     button->fontMetrics().averageCharWidth() * widestButton);
+    button->setText(u' ' + shown.replace(u'&', u"&&"_s)); // a little apart from the icon
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    const QImage icon = m_records.bookmarkFavicon(bookmark);
+    if (!icon.isNull())
+        button->setIcon(QIcon(QPixmap::fromImage(icon)));
+    setHoverText(button,
+                 u"<qt>%1<br>%2</qt>"_s.arg(title.toHtmlEscaped(), pageText(bookmark.url).toHtmlEscaped()));
+    button->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(button, &QToolButton::clicked, this, [this, url = bookmark.url] { m_actions.open(url); });
+    connect(button, &QToolButton::customContextMenuRequested, this,
+            [this, bookmark, button] { openMenu(bookmark, *button); });
+    return button;
+}
+
+void BookmarksBar::openMenu(const BrowserBookmark &bookmark, const QToolButton &button)
+{
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction *remove = menu->addAction(u"Remove bookmark "_s + pageCaption(bookmark.title), this,
+                                      [this, id = bookmark.id] { m_records.removeBookmark(id); });
+    remove->setToolTip(u"Remove this bookmark"_s);
+    remove->setStatusTip(remove->toolTip());
+    menu->popup(button.mapToGlobal(button.rect().bottomLeft()));
+    menu->setActiveAction(remove);
+}
+
+void BookmarksBar::updateIcons()
+{
+    for (qsizetype index = 0; index < m_shown.size(); ++index)
+        if (const QImage icon = m_records.bookmarkFavicon(m_shown.at(index)); !icon.isNull())
+            m_buttons.at(index)->setIcon(QIcon(QPixmap::fromImage(icon)));
+}
+
+} // namespace morvane

@@ -1,0 +1,70 @@
+#include "browser/window/PageArea.h"
+
+#include "browser/tabs/BrowserManager.h"
+#include "browser/window/PageText.h"
+#include "ui/controls/AccessibleRole.h"
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+constexpr QSize smallestPage{120, 80};
+
+} // namespace
+
+PageArea::PageArea(BrowserManager &manager, QWidget *parent) : QStackedWidget(parent), m_manager(manager)
+{
+    setAccessibleRole(this, QAccessible::Grouping);
+    setMinimumSize(smallestPage);
+    connect(&manager, &BrowserManager::activeTabChanged, this, &PageArea::showActiveTab);
+    showActiveTab();
+}
+
+PageArea::~PageArea()
+{
+    while (QWidget *view = widget(0)) {
+        removeWidget(view);
+        view->setParent(nullptr);
+    }
+}
+
+void PageArea::showActiveTab()
+{
+    if (m_tab)
+        m_tab->disconnect(this);
+    m_tab = m_manager.activeTab();
+    if (!m_tab)
+        return;
+    connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
+    QWidget *view = m_tab->webView().view();
+    const bool hadFocus = hasPageFocus();
+    if (indexOf(view) < 0)
+        addWidget(view);
+    setCurrentWidget(view);
+    if (hadFocus)
+        focusPage();
+    updateName();
+}
+
+void PageArea::updateName()
+{
+    const QString title = pageText(m_tab->title());
+    const QString name = title.isEmpty() ? u"Browser content"_s : u"Browser content: "_s + title;
+    if (accessibleName() != name)
+        setAccessibleName(name);
+}
+
+void PageArea::focusPage()
+{
+    if (QWidget *view = currentWidget())
+        view->setFocus(Qt::OtherFocusReason);
+}
+
+bool PageArea::hasPageFocus() const
+{
+    return isAncestorOf(window()->focusWidget());
+}
+
+} // namespace morvane

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPointer>
+#include <QStackedWidget>
+
+namespace morvane {
+
+class BrowserManager;
+class BrowserTab;
+
+/// Shows the page of the active tab. The pages are not its own: it gives them back when it goes.
+class PageArea : public QStackedWidget {
+    Q_OBJECT
+public:
+    /// `manager` outlives the area.
+    explicit PageArea(BrowserManager &manager, QWidget *parent = nullptr);
+    ~PageArea() override;
+
+    /// The keyboard goes to the page.
+    void focusPage();
+    /// Whether the keyboard is in the page.
+    bool hasPageFocus() const;
+
+private:
+    void showActiveTab();
+    void updateName();
+
+    BrowserManager &m_manager;
+    QPointer<BrowserTab> m_tab;
+};
+
+} // namespace morvane

@@ -1,0 +1,118 @@
+#include "browser/window/PageQuestions.h"
+
+#include "browser/window/PageText.h"
+#include "platform/Announcer.h"
+#include "platform/UrlOpener.h"
+
+#include <QClipboard>
+#include <QDir>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QUrlQuery>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+
+namespace {
+
+QString wish(PagePermission::Kind kind)
+{
+    switch (kind) {
+    case PagePermission::Kind::location:
+        return u"know where you are"_s;
+    case PagePermission::Kind::microphone:
+        return u"use your microphone"_s;
+    case PagePermission::Kind::camera:
+        return u"use your camera"_s;
+    case PagePermission::Kind::microphoneAndCamera:
+        return u"use your microphone and your camera"_s;
+    case PagePermission::Kind::notifications:
+        return u"show notifications"_s;
+    case PagePermission::Kind::screen:
+        return u"see your screen"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString siteName(const QString &site)
+{
+    return site.isEmpty() ? u"This page"_s : pageText(site);
+}
+
+QString downloadFolder()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    return QDir(folder).exists() ? folder : QDir::homePath();
+}
+
+} // namespace
+
+void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QString &site,
+                    std::function<void(const QString &path)> answer)
+{
+    const QString title = site.isEmpty() ? u"Save File"_s : u"Save File from "_s + pageText(site);
+    auto *dialog = new QFileDialog(&window, title, downloadFolder());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->selectFile(suggestedFileName);
+    QObject::connect(dialog, &QFileDialog::finished, dialog,
+                     [dialog, answer = std::move(answer)](int result) {
+                         const QStringList files = dialog->selectedFiles();
+                         answer(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
+                     });
+    dialog->open();
+}
+
+void askForPagePermission(QWidget &window, const std::shared_ptr<PagePermission> &permission)
+{
+    auto *box = new QMessageBox(&window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::WindowModal);
+    box->setIcon(QMessageBox::Question);
+    box->setTextFormat(Qt::PlainText);
+    box->setWindowTitle(siteName(permission->site()));
+    box->setText(siteName(permission->site()) + u" would like to "_s + wish(permission->kind()) + u'.');
+    auto *allow = box->addButton(u"Allow"_s, QMessageBox::AcceptRole);
+    auto *refuse = box->addButton(u"Don't Allow"_s, QMessageBox::RejectRole);
+    box->setDefaultButton(refuse);
+    box->setEscapeButton(refuse);
+    QObject::connect(box, &QMessageBox::finished, box, [box, allow, permission] {
+        if (box->clickedButton() == allow)
+            permission->grant();
+        else
+            permission->refuse();
+    });
+    QObject::connect(permission.get(), &PagePermission::withdrawn, box, &QMessageBox::deleteLater);
+    box->open();
+}
+
+void showShareMenu(QWidget &window, const QUrl &address, UrlOpener &urls, Announcer &announcer)
+{
+    auto *menu = new QMenu(&window);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setAccessibleName(u"Share"_s);
+    QAction *copy = menu->addAction(u"Copy Link"_s, &window, [address, &announcer] {
+        QGuiApplication::clipboard()->setText(address.toString(QUrl::FullyEncoded));
+        announcer.announce(u"Link copied."_s);
+    });
+    menu->addAction(u"Open in Default Browser"_s, &window, [address, &urls] { urls.open(address); });
+    menu->addAction(u"Send by Email"_s, &window, [address, &urls] {
+        QUrlQuery query;
+        query.addQueryItem(
+            u"body"_s, QString::fromLatin1(QUrl::toPercentEncoding(address.toString(QUrl::FullyEncoded))));
+        QUrl mail(u"mailto:"_s);
+        mail.setQuery(query);
+        urls.open(mail);
+    });
+    menu->popup(window.mapToGlobal(window.rect().topRight() - QPoint(menu->sizeHint().width(), 0)));
+    menu->setActiveAction(copy);
+}
+
+} // namespace morvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "browser/pages/PagePermission.h"
+
+#include <QString>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace morvane {
+
+class Announcer;
+class UrlOpener;
+
+// What is asked over the browser's window. Nothing waits for the answer; a question goes with its window.
+
+/// Where a file of `site` is to be written, with folders to be made on the way. `answer` is called once, with
+/// a whole path or the empty text.
+void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QString &site,
+                    std::function<void(const QString &path)> answer);
+
+/// Whether a page may have what it asks for. No is what a dismissed question means.
+void askForPagePermission(QWidget &window, const std::shared_ptr<PagePermission> &permission);
+
+/// Ways to hand on an address: to the clipboard, another browser, or by mail.
+void showShareMenu(QWidget &window, const QUrl &address, UrlOpener &urls, Announcer &announcer);
+
+} // namespace morvane

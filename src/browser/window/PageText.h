@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ui/controls/LabelText.h"
+#include "ui/sheets/VisibleText.h"
+
+#include <QString>
+
+namespace morvane {
+
+/// Characters of what a page says that go into a label.
+inline constexpr qsizetype longestPageText = 200;
+
+/// What a page says, such as its title, as a line of ours: what cannot be seen in it, or turns other text
+/// around, is told.
+inline QString pageText(const QString &text, qsizetype limit = longestPageText)
+{
+    return visibleText(labelText(text, limit).simplified()).text;
+}
+
+/// The same for a menu or a button, in which an ampersand would be taken for a mnemonic.
+inline QString pageCaption(const QString &text, qsizetype limit = longestPageText)
+{
+    return pageText(text, limit).replace(u'&', QStringLiteral("&&"));
+}
+
+} // namespace morvane

@@ -1,0 +1,111 @@
+#include "BrowserWindowFixture.h"
+
+#include "browser/window/BookmarksBar.h"
+
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+class BookmarksBarTest : public BrowserWindowFixture {
+protected:
+    void mark(const QString &name)
+    {
+        browser->load(u"https://%1.test/"_s.arg(name.toLower().section(u' ', 0, 0)), name);
+        settle();
+        announcer.spoken.clear();
+        click(u"Bookmark this page"_s);
+    }
+    BookmarksBar *bar() const { return part<BookmarksBar>(); }
+    void openMenu(const QString &title)
+    {
+        auto *found = static_cast<QToolButton *>(button(u"Open bookmark "_s + title));
+        ASSERT_NE(found, nullptr);
+        Q_EMIT found->customContextMenuRequested({});
+        settle();
+    }
+};
+
+TEST_F(BookmarksBarTest, ItIsShownWithTheFirstBookmark)
+{
+    EXPECT_FALSE(bar()->isVisible());
+    mark(u"One"_s);
+    EXPECT_TRUE(bar()->isVisible());
+    EXPECT_EQ(bar()->accessibleName(), u"Bookmarks, 1 items"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"Bookmarked One"_s});
+    mark(u"Two"_s);
+    EXPECT_EQ(bar()->accessibleName(), u"Bookmarks, 2 items"_s);
+    EXPECT_EQ(bar()->findChildren<QToolButton *>().size(), 2);
+}
+
+TEST_F(BookmarksBarTest, TheStartPageIsNoBookmark)
+{
+    EXPECT_FALSE(button(u"Bookmark this page"_s)->isEnabled());
+    press(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_TRUE(browser->bookmarks.bookmarks().isEmpty());
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+}
+
+TEST_F(BookmarksBarTest, ThePageThatIsMarkedAlreadyIsNotMarkedTwice)
+{
+    mark(u"One"_s);
+    mark(u"One"_s);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    EXPECT_EQ(bar()->findChildren<QToolButton *>().size(), 1);
+}
+
+TEST_F(BookmarksBarTest, ABookmarkOpensItsPage)
+{
+    mark(u"One"_s);
+    browser->load(u"https://two.test/"_s, u"Two"_s);
+    click(u"Open bookmark One"_s);
+    EXPECT_EQ(browser->page().log.last(), u"load https://one.test/"_s);
+}
+
+TEST_F(BookmarksBarTest, TheMenuRemovesIt)
+{
+    mark(u"One & all"_s);
+    openMenu(u"One & all"_s);
+    ASSERT_NE(BrowserWindowFixture::openMenu(), nullptr);
+    QAction *remove = BrowserWindowFixture::openMenu()->actions().first();
+    EXPECT_EQ(remove->text(), u"Remove bookmark One && all"_s);
+    EXPECT_EQ(remove->statusTip(), u"Remove this bookmark"_s);
+    announcer.spoken.clear();
+    remove->trigger();
+    EXPECT_EQ(announcer.spoken, QStringList{u"Removed bookmark One & all"_s});
+    EXPECT_FALSE(bar()->isVisible());
+    BrowserWindowFixture::openMenu()->close();
+}
+
+TEST_F(BookmarksBarTest, RemovingLeavesTheKeyboardAtTheNextOne)
+{
+    mark(u"One"_s);
+    mark(u"Two"_s);
+    mark(u"Three"_s);
+    button(u"Open bookmark Two"_s)->setFocus();
+    browser->records.removeBookmark(browser->bookmarks.bookmarks().at(1).id);
+    EXPECT_TRUE(button(u"Open bookmark Three"_s)->hasFocus());
+}
+
+TEST_F(BookmarksBarTest, AnIconComesWithTheSite)
+{
+    browser->icons[u"one.test"_s] = Qt::magenta;
+    EXPECT_TRUE(browser->records.bookmarkFavicon({{}, {}, u"https://one.test/"_s}).isNull());
+    mark(u"One"_s);
+    EXPECT_EQ(browser->records.bookmarkFavicon({{}, {}, u"https://one.test/x"_s}).pixelColor(3, 3),
+              QColor(Qt::magenta));
+}
+
+TEST_F(BookmarksBarTest, LongTitlesAndManyBookmarksDoNotWidenTheWindow)
+{
+    for (int i = 0; i < 40; ++i)
+        browser->bookmarks.add(u"https://a.test/%1"_s.arg(i), QString(3'000, u'W'));
+    settle();
+    EXPECT_LT(window->minimumSizeHint().width(), 700);
+    EXPECT_EQ(bar()->width(), window->width());
+}
+
+} // namespace
+} // namespace morvane
