@@ -2,6 +2,7 @@
 
 #include "app/ActivityLog.h"
 #include "app/Transcript.h"
+#include "ui/controls/ReadableText.h"
 #include "ui/conversation/MessageParts.h"
 
 #include <QLocale>
@@ -86,7 +87,7 @@ QString ConversationContent::text(const ConversationItem &item) const
     case Kind::activityHeader:
         return u"Activity"_s;
     case Kind::activityStep:
-        return step(item).text;
+        return readableText(step(item).text);
     }
     Q_UNREACHABLE();
 }
@@ -99,7 +100,7 @@ QString ConversationContent::accessibleName(const ConversationItem &item) const
     case Kind::activityHeader:
         return u"Activity, %1 steps"_s.arg(m_activity.steps().size());
     case Kind::activityStep:
-        return step(item).text + u", "_s + timeText(step(item));
+        return readableText(step(item).text) + u", "_s + timeText(step(item));
     }
     Q_UNREACHABLE();
 }

@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "mcp/MCPManager.h"
+#include "ui/controls/ReadableText.h"
 #include "ui/controls/WrappingCheckBox.h"
 #include "ui/settings/QuietText.h"
 #include "ui/theme/CardPainting.h"
@@ -33,33 +34,17 @@ constexpr QuietText::Most mostStatus{400, 4'500};
 constexpr QLatin1StringView troublePrefix = "Could not connect"_L1;
 constexpr QLatin1StringView connectedPrefix = "Connected via"_L1;
 
-bool reordersText(QChar unit)
-{
-    return (unit >= QChar(0x202A) && unit <= QChar(0x202E)) ||
-           (unit >= QChar(0x2066) && unit <= QChar(0x2069));
-}
-
-/// The text with a mark in the place of each character at which assistive technology would take it for
-/// ended, or that would show what follows in another order.
-QString readable(QString text)
-{
-    for (QChar &unit : text)
-        if (reordersText(unit) || (unit.category() == QChar::Other_Control && unit != u'\n' && unit != u'\t'))
-            unit = QChar::ReplacementCharacter;
-    return text;
-}
-
 QString detailOf(const MCPServerConfig &server)
 {
     const QString detail =
         server.isRemote() ? server.url : (QStringList{server.command} + server.args).join(u' ');
-    return readable(flattened(detail, longestDetail));
+    return readableText(flattened(detail, longestDetail));
 }
 
 } // namespace
 
 MCPServerRow::MCPServerRow(const MCPServerConfig &server, MCPManager &manager, QWidget *parent)
-    : ButtonsBeside(parent), m_id(server.id), m_name(readable(flattened(server.name, longestName))),
+    : ButtonsBeside(parent), m_id(server.id), m_name(readableText(flattened(server.name, longestName))),
       m_manager(manager), m_switch(new WrappingCheckBox(m_name)), m_status(new QuietText(mostStatus)),
       m_copy(new QPushButton(u"Copy Error"_s)), m_remove(new QPushButton(u"Remove"_s))
 {
@@ -100,7 +85,7 @@ void MCPServerRow::refresh()
                                      [this](const MCPServerConfig &config) { return config.id == m_id; });
     if (server == servers.end())
         return;
-    const QString status = readable(m_manager.statusText(m_id));
+    const QString status = readableText(m_manager.statusText(m_id));
     const bool trouble = status.startsWith(troublePrefix);
     {
         const QSignalBlocker blocker(m_switch);

@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
+#include "ui/controls/ReadableText.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -34,7 +35,7 @@ StatusBarView::StatusBarView(AppModel &model, QWidget *parent) : QLabel(parent),
 
 void StatusBarView::updateText()
 {
-    const QString status = labelText(m_model.status().statusText());
+    const QString status = readableText(labelText(m_model.status().statusText()));
     setText(labelText(status, longestLine));
     // As HTML, so that it wraps, and escaped, so that a command cannot bring markup of its own.
     setHoverText(this, u"<qt>%1</qt>"_s.arg(status.toHtmlEscaped()));

@@ -68,6 +68,19 @@ TEST_F(ChatScrollViewAccessibleTest, RowsStandInOrderWithTheActivityAboveTheAnsw
     EXPECT_EQ(all[3], u"Morvane is responding"_s);
 }
 
+TEST_F(ChatScrollViewAccessibleTest, AStepIsReadToItsEndAndInItsOrderWhateverItHolds)
+{
+    const QString told = QString(u"Running: "_s) + QChar(u'\0') + u"open \u202Efdp.exe\u2066\u001B[2J"_s;
+    activity.log(told, ActivityStep::Kind::tool);
+    show();
+    const QString shown = u"Running: \uFFFDopen \uFFFDfdp.exe\uFFFD\uFFFD[2J"_s;
+    EXPECT_TRUE(names()[1].startsWith(shown + u", "_s)) << names()[1].toStdString();
+    EXPECT_EQ(ConversationContent(transcript, activity).text({ConversationItem::Kind::activityStep, 0}),
+              shown);
+    accessibleRow(1)->actionInterface()->doAction(u"Copy"_s);
+    EXPECT_EQ(clipboard(), told) << "as it came";
+}
+
 TEST_F(ChatScrollViewAccessibleTest, EveryRowExistsWhetherInSightOrNot)
 {
     transcript.reset(dialogue(5000));

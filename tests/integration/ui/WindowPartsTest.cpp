@@ -66,6 +66,8 @@ TEST_F(WindowPartsTest, TheStatusLineSaysWhatItShows)
     model->status().setStatusText(u"Connecting to Groq…"_s);
     EXPECT_EQ(part<StatusBarView>()->accessibleName(), u"Status. Connecting to Groq…"_s);
     EXPECT_EQ(part<StatusBarView>()->text(), u"Connecting to Groq…"_s);
+    model->status().setStatusText(u"Running: open \u202Efdp.exe"_s);
+    EXPECT_EQ(part<StatusBarView>()->text(), u"Running: open \uFFFDfdp.exe"_s) << "in its order";
 }
 
 TEST_F(WindowPartsTest, EscapeBelongsToTheSheet)
