@@ -14,26 +14,6 @@ namespace {
 /// Windows that change between the look and the act, and those that hide a part of what they hold.
 class ChangingWindowsTest : public DesktopFixture {
 protected:
-    /// Starts a program of GTK 3 whose window has the widget that `widget` makes. `changed` becomes its
-    /// window's title when it has been told to change and has done what `change` says.
-    TestProgram &startWindow(const QString &widget, const QString &change = u"pass"_s)
-    {
-        const QString script = u"import sys, gi\n"
-                               "gi.require_version('Gtk', '3.0')\n"
-                               "from gi.repository import GLib, Gtk\n"
-                               "window = Gtk.Window(title='Before', default_width=300, default_height=200)\n"
-                               "window.connect('destroy', Gtk.main_quit)\n"
-                               "%1\n"
-                               "def change():\n"
-                               "    %2\n"
-                               "    window.set_title('Changed')\n"
-                               "GLib.unix_signal_add(GLib.PRIORITY_LOW, 10, change)\n"
-                               "window.add(widget)\n"
-                               "window.show_all()\n"
-                               "Gtk.main()\n"_s.arg(widget, change);
-        return start(u"/usr/bin/python3"_s, {u"-c"_s, script});
-    }
-
     static void tellToChange(const TestProgram &program)
     {
         ::kill(pid_t(program.pid()), SIGUSR1);

@@ -10,15 +10,6 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-/// Whether keys go to a window of this program. What the window manager says of it does not count: at times
-/// it names a window active while the keyboard is on none.
-bool hasTheKeyboard(qint64 pid)
-{
-    const auto display = XDisplay::open();
-    const auto active = activeWindow(*display);
-    return active && active->pid == pid && hasKeyboard(*display, active->window);
-}
-
 /// Does what a user does in front of a window that takes no keys.
 void turnTo(qint64 pid)
 {
@@ -56,6 +47,13 @@ DesktopFixture::~DesktopFixture()
     EXPECT_TRUE(waitUntil([] { return !LinuxApplications().frontmost(); }));
 }
 
+bool DesktopFixture::hasTheKeyboard(qint64 pid)
+{
+    const auto display = XDisplay::open();
+    const auto active = activeWindow(*display);
+    return active && active->pid == pid && hasKeyboard(*display, active->window);
+}
+
 QString DesktopFixture::run(Task<ToolResult> task)
 {
     return runTask(m_scheduler, std::move(task), std::chrono::seconds(120)).text;
@@ -76,6 +74,24 @@ TestProgram &DesktopFixture::start(const QString &program, const QStringList &ar
         return hasTheKeyboard(started.pid());
     })) << program.toStdString();
     return started;
+}
+
+TestProgram &DesktopFixture::startWindow(const QString &widget, const QString &change)
+{
+    const QString script = u"import sys, gi\n"
+                           "gi.require_version('Gtk', '3.0')\n"
+                           "from gi.repository import GLib, Gtk\n"
+                           "window = Gtk.Window(title='Before', default_width=300, default_height=200)\n"
+                           "window.connect('destroy', Gtk.main_quit)\n"
+                           "%1\n"
+                           "def change():\n"
+                           "    %2\n"
+                           "    window.set_title('Changed')\n"
+                           "GLib.unix_signal_add(GLib.PRIORITY_LOW, 10, change)\n"
+                           "window.add(widget)\n"
+                           "window.show_all()\n"
+                           "Gtk.main()\n"_s.arg(widget, change);
+    return start(u"/usr/bin/python3"_s, {u"-c"_s, script});
 }
 
 QString DesktopFixture::captureWith(const QString &wanted)

@@ -32,6 +32,10 @@ protected:
     /// Starts a program and waits until it has the focus. `variables` are added to its environment.
     TestProgram &start(const QString &program, const QStringList &arguments,
                        const QMap<QString, QString> &variables = {});
+    /// Starts a program of GTK 3 whose window has the widget that `widget` makes, in Python. `changed`
+    /// becomes its window's title when it has been told to change, by SIGUSR1, and has done what `change`
+    /// says.
+    TestProgram &startWindow(const QString &widget, const QString &change = QStringLiteral("pass"));
     /// Looks until the text of the screen has `wanted`.
     QString captureWith(const QString &wanted);
     /// The number of the first element in a capture's text whose line has `summary`; 0 if there is none.
@@ -39,6 +43,9 @@ protected:
     /// The place of that element, and of the recognised line that has `words`; nothing if there is none.
     static std::optional<QPoint> placeOf(const QString &text, const QString &summary);
     static std::optional<QPoint> placeOfText(const QString &text, const QString &words);
+    /// Whether keys go to a window of this program. What the window manager says of it does not count: at
+    /// times it names a window active while the keyboard is on none.
+    static bool hasTheKeyboard(qint64 pid);
     static QString programLog(const TestProgram &program) { return program.log(); }
 
     QTemporaryDir m_folder;

@@ -84,14 +84,23 @@ std::optional<QDBusConnection> AccessibilityConnection::connection(QDeadlineTime
 QList<AccessibilityAnswer> AccessibilityConnection::ask(const QList<AccessibilityCall> &calls,
                                                         QDeadlineTimer deadline)
 {
-    QList<AccessibilityAnswer> answers(calls.size());
     const auto bus = deadline.hasExpired() ? std::nullopt : connection(deadline);
-    if (!bus)
-        return answers;
+    return bus ? askOver(*bus, calls, deadline) : QList<AccessibilityAnswer>(calls.size());
+}
+
+AccessibilityAnswer AccessibilityConnection::ask(const AccessibilityCall &call, QDeadlineTimer deadline)
+{
+    return ask(QList{call}, deadline).first();
+}
+
+QList<AccessibilityAnswer> askOver(const QDBusConnection &connection, const QList<AccessibilityCall> &calls,
+                                   QDeadlineTimer deadline)
+{
+    QList<AccessibilityAnswer> answers(calls.size());
     QList<QDBusPendingCall> pending;
     pending.reserve(calls.size());
     for (const AccessibilityCall &call : calls)
-        pending.append(bus->asyncCall(message(call), remaining(deadline)));
+        pending.append(connection.asyncCall(message(call), remaining(deadline)));
     for (qsizetype at = 0; at < pending.size(); ++at) {
         pending[at].waitForFinished();
         const QDBusMessage reply = pending.at(at).reply();
@@ -105,11 +114,6 @@ QList<AccessibilityAnswer> AccessibilityConnection::ask(const QList<Accessibilit
         }
     }
     return answers;
-}
-
-AccessibilityAnswer AccessibilityConnection::ask(const AccessibilityCall &call, QDeadlineTimer deadline)
-{
-    return ask(QList{call}, deadline).first();
 }
 
 AccessibilityCall propertyCall(const AccessibilityReference &object, const QString &interface,

@@ -57,6 +57,10 @@ private:
     bool m_isInterested = false;
 };
 
+/// Sends all questions over an open connection and waits for the answers until `deadline`.
+QList<AccessibilityAnswer> askOver(const QDBusConnection &connection, const QList<AccessibilityCall> &calls,
+                                   QDeadlineTimer deadline);
+
 /// The question for a property.
 AccessibilityCall propertyCall(const AccessibilityReference &object, const QString &interface,
                                const QString &property);

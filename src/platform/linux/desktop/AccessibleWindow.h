@@ -10,6 +10,7 @@ namespace morvane {
 /// How one window of a program counts its coordinates, and where it is. Toolkits differ in both.
 struct AccessibleWindow {
     qint64 pid = 0;
+    uint32_t id = 0; ///< As the X server calls it; 0 for a menu and the like.
     /// The program says which elements are on the screen.
     bool tellsShowing = true;
     /// Places are told from the window's inside, not from the screen.

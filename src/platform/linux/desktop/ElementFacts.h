@@ -13,6 +13,7 @@ namespace morvane {
 struct ElementFacts {
     /// Numbers of the accessibility protocol.
     static constexpr uint32_t activeState = 1;
+    static constexpr uint32_t modalState = 16;
     static constexpr uint32_t multiLineState = 17;
     static constexpr uint32_t showingState = 25;
 

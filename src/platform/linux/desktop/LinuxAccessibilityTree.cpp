@@ -49,6 +49,20 @@ AccessibilityCall callOf(const AccessibilityReference &object, const QString &in
     return {object.service, object.path, interface, method, arguments};
 }
 
+/// The window of a program that is seen at a place, where the window manager has `topmost`: that one, or a
+/// menu, which lies in front of it.
+const ScreenElement *windowAt(const QList<ScreenElement> &windows, QPointF place, xcb_window_t topmost)
+{
+    const ScreenElement *found = nullptr;
+    for (const ScreenElement &one : windows) {
+        const AccessibleWindow &window = *busElement(one).window;
+        const bool isMenu = window.id == XCB_NONE && one.frame;
+        if (window.frame.contains(place) && (isMenu || (window.id == topmost && !found)))
+            found = &one;
+    }
+    return found;
+}
+
 std::optional<QString> present(const QString &text)
 {
     return text.isEmpty() ? std::nullopt : std::optional(text);
@@ -140,6 +154,7 @@ LinuxAccessibilityTree::windowOf(const Wanted &wanted, const QString &title, QRe
         found->frame = wanted.isGtk4 ? QRectF() : told.translated(-origin);
         return found;
     }
+    found->id = own->window;
     found->frame = QRectF(own->frame).translated(-origin);
     // A window that draws its own title bar has its shadow within what the server takes for the window.
     const QList<uint32_t> shadow = display->values(own->window, "_GTK_FRAME_EXTENTS");
@@ -220,29 +235,28 @@ std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
         if (!program)
             return std::nullopt;
         const BusElement &root = busElement(*program);
-        for (const ScreenElement &top : children({*program}, deadline).first()) {
-            const BusElement &live = busElement(top);
-            if (!live.window->frame.contains(point))
-                continue;
-            const QPointF inside = live.window->isRelative
-                                       ? (point - live.window->offset) / live.window->scale
-                                       : QPointF(place) / live.window->scale;
-            AccessibilityReference hit = live.reference;
-            for (int depth = 0; depth < deepestHit; ++depth) {
-                const auto answer = m_bus.ask(callOf(hit, componentInterface, u"GetAccessibleAtPoint"_s,
-                                                     {int(inside.x()), int(inside.y()),
-                                                      QVariant::fromValue(uint(live.window->isRelative))}),
-                                              deadline);
-                const auto next = referenceOf(answer);
-                if (!next || *next == hit || next->path.endsWith("/null"_L1))
-                    break;
-                hit = *next;
-            }
-            if (hit == live.reference)
-                return std::nullopt;
-            return read({{hit, live.window, root.pid, root.isGtk4}}, deadline).first();
+        const QList<ScreenElement> tops = children({*program}, deadline).first();
+        const ScreenElement *const top = windowAt(tops, point, window.window);
+        if (!top)
+            return std::nullopt;
+        const BusElement &live = busElement(*top);
+        const bool isRelative = live.window->isRelative;
+        const QPointF inside =
+            (isRelative ? point - live.window->offset : QPointF(place)) / live.window->scale;
+        AccessibilityReference hit = live.reference;
+        for (int depth = 0; depth < deepestHit; ++depth) {
+            const auto answer =
+                m_bus.ask(callOf(hit, componentInterface, u"GetAccessibleAtPoint"_s,
+                                 {int(inside.x()), int(inside.y()), QVariant::fromValue(uint(isRelative))}),
+                          deadline);
+            const auto next = referenceOf(answer);
+            if (!next || *next == hit || next->path.endsWith("/null"_L1))
+                break;
+            hit = *next;
         }
-        return std::nullopt;
+        if (hit == live.reference)
+            return std::nullopt;
+        return read({{hit, live.window, root.pid, root.isGtk4}}, deadline).first();
     }
     return std::nullopt;
 }
@@ -278,19 +292,12 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     return now;
 }
 
-AccessibilityTree::Outcome LinuxAccessibilityTree::doAction(const AccessibilityReference &object, int index,
-                                                            QDeadlineTimer deadline)
+AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &element, const QString &interface,
+                                                     const QString &method, const QVariantList &arguments,
+                                                     QDeadlineTimer deadline)
 {
-    const auto answer = m_bus.ask(callOf(object, actionInterface, u"DoAction"_s, {index}), deadline);
-    switch (answer.kind) {
-    case AccessibilityAnswer::Kind::answered:
-        return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
-    case AccessibilityAnswer::Kind::failed:
-        return Outcome::refused;
-    case AccessibilityAnswer::Kind::late:
-        break;
-    }
-    return outcomeOfLate(object);
+    const BusElement &live = busElement(element);
+    return m_peers.tell(callOf(live.reference, interface, method, arguments), live.pid, deadline);
 }
 
 AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeOfLate(const AccessibilityReference &object)
@@ -308,7 +315,11 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     const BusElement &live = busElement(*now);
     if (live.clickIndex < 0)
         return Outcome::refused;
-    return doAction(live.reference, live.clickIndex, QDeadlineTimer(actionLimit));
+    const auto answer =
+        askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex}, QDeadlineTimer(actionLimit));
+    if (answer.kind == AccessibilityAnswer::Kind::late)
+        return outcomeOfLate(live.reference);
+    return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
 }
 
 AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement &element, const QString &text)
@@ -316,22 +327,20 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto now = current(element);
     if (!now)
         return Outcome::gone;
-    const AccessibilityReference &object = busElement(*now).reference;
     const QDeadlineTimer deadline(actionLimit);
-    const auto set = m_bus.ask(callOf(object, editableInterface, u"SetTextContents"_s, {text}), deadline);
+    const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text}, deadline);
     if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
         return Outcome::done;
     // Typed as well, the text would stand there twice when the program comes to it.
     if (set.kind == AccessibilityAnswer::Kind::late)
-        return outcomeOfLate(object);
+        return outcomeOfLate(busElement(*now).reference);
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
     if (!isNumber)
         return Outcome::refused;
-    const auto changed = m_bus.ask(
-        callOf(object, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
-               {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))}),
-        deadline);
+    const auto changed = askToAct(
+        *now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
+        {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))}, deadline);
     return changed.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/AccessibilityTree.h"
 #include "platform/linux/desktop/AccessibilityConnection.h"
+#include "platform/linux/desktop/AccessiblePeers.h"
 #include "platform/linux/desktop/AccessibleWindow.h"
 
 namespace morvane {
@@ -31,11 +32,15 @@ private:
     QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline);
     std::shared_ptr<const AccessibleWindow> windowOf(const Wanted &wanted, const QString &title, QRectF told,
                                                      bool isActive) const;
-    Outcome doAction(const AccessibilityReference &object, int index, QDeadlineTimer deadline);
+    /// Of what may open a dialog.
+    AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
+                                 const QString &method, const QVariantList &arguments,
+                                 QDeadlineTimer deadline);
     /// Of a request that the program has not answered in time.
     Outcome outcomeOfLate(const AccessibilityReference &object);
 
     AccessibilityConnection m_bus;
+    AccessiblePeers m_peers{m_bus};
 };
 
 } // namespace morvane
