@@ -138,11 +138,6 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
                           std::make_shared<LinuxClipboard>(),
                           std::make_shared<RealSequenceClock>()};
     ScreenTools screen(desktop);
-    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
-                     [&screen](Qt::ApplicationState state) {
-                         if (state == Qt::ApplicationActive)
-                             screen.ownWindowCameForward();
-                     });
     NoBrowser browser;
     BuiltinTools tools(http, reminders, screen, browser);
     StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));

@@ -9,6 +9,13 @@ namespace morvane {
 
 enum class MouseButton { left, right };
 
+/// Who is given what is typed.
+enum class KeyboardHolder {
+    sameWindow, ///< The window that was given it when the source was first asked.
+    otherWindow,
+    ownWindow, ///< One of this program, whichever it was before.
+};
+
 /// One sequence of mouse and keyboard events, posted as if the user's devices had made them. Points are those
 /// of ScreenCapture.h. What cannot be posted is skipped. When it goes, it lets go of every button and key
 /// that it still holds and takes back what it changed. One thread.
@@ -28,6 +35,8 @@ public:
     /// `code` is a virtual key code and `flags` are modifier flags, both as in tools/screen/KeyTable.h.
     virtual void keyDown(int code, quint32 flags) = 0;
     virtual void keyUp(int code, quint32 flags) = 0;
+
+    virtual KeyboardHolder keyboardHolder() = 0;
 
     /// Makes ready for the characters of `text`, which follow one by one. May block for parts of a second.
     virtual void prepareText(const QString &text) = 0;

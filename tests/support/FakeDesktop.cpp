@@ -50,7 +50,9 @@ ScreenElement screenElement(const FakeElement &fake)
 
 class FakeInputSource : public InputSource {
 public:
-    explicit FakeInputSource(DesktopLog &log) : m_log(log) {}
+    FakeInputSource(DesktopLog &log, const std::atomic<KeyboardHolder> &holder) : m_log(log), m_holder(holder)
+    {
+    }
     ~FakeInputSource() override
     {
         for (const QString &held : std::as_const(m_held))
@@ -81,6 +83,7 @@ public:
         m_log.add(u"key up "_s + keyText(code, flags));
         m_held.removeOne(u"key "_s + QString::number(code));
     }
+    KeyboardHolder keyboardHolder() override { return m_holder; }
     void prepareText(const QString &text) override { m_log.add(u"prepare "_s + text); }
     void characterDown(char32_t character) override { m_log.add(u"down "_s + text(character)); }
     void characterUp(char32_t character) override { m_log.add(u"up "_s + text(character)); }
@@ -90,6 +93,7 @@ private:
     static QString text(char32_t character) { return QString::fromUcs4(&character, 1); }
 
     DesktopLog &m_log;
+    const std::atomic<KeyboardHolder> &m_holder;
     QStringList m_held;
 };
 
@@ -221,7 +225,7 @@ void FakeInputEvents::requestTrust()
 
 std::unique_ptr<InputSource> FakeInputEvents::newSource()
 {
-    return std::make_unique<FakeInputSource>(m_log);
+    return std::make_unique<FakeInputSource>(m_log, keyboardHolder);
 }
 
 QList<QString> FakeInputEvents::layoutCharacters()
@@ -234,6 +238,8 @@ void FakeClipboard::setText(const QString &text)
 {
     m_log.add(u"clipboard "_s + text);
     content = text;
+    if (onSet)
+        onSet();
 }
 
 } // namespace morvane

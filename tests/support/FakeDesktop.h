@@ -11,6 +11,7 @@
 
 #include <QHash>
 #include <QStringList>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -150,6 +151,7 @@ public:
     bool trustsWhenAsked = false;
     QList<QString> layout;
     int layoutQuestions = 0;
+    std::atomic<KeyboardHolder> keyboardHolder = KeyboardHolder::sameWindow; ///< Sources refer to it.
 
 private:
     DesktopLog &m_log;
@@ -167,6 +169,7 @@ public:
     }
 
     std::optional<QString> content;
+    std::function<void()> onSet;
     /// Called at each question, on its thread.
     std::function<void(const std::stop_token &)> onRead;
 

@@ -23,6 +23,9 @@ constexpr qsizetype shownLabel = 40;
 constexpr qsizetype shownText = 60;
 
 const QString nothingToType = u"Error: nothing to type."_s;
+const QString wouldTypeIntoOwnWindow =
+    u"Error: nothing was typed, because Morvane's own window is in front. Bring the application that it is "
+    u"meant for to the front with activate_app, then try again."_s;
 
 QString place(QPoint point)
 {
@@ -39,6 +42,17 @@ QString noElement(qint64 index)
 {
     return u"Error: there is no element ["_s + QString::number(index) +
            u"]. Run capture_screen first and use a number from its 'Clickable elements' list."_s;
+}
+
+QString typingStopped(const std::u32string &text, std::size_t typed, KeyboardHolder holder)
+{
+    const auto count = [](const std::u32string &part) {
+        return QString::number(characterCount(QString::fromStdU32String(part)));
+    };
+    return u"Error: typing was stopped after "_s + count(text.substr(0, typed)) + u" of "_s + count(text) +
+           u" characters, because "_s +
+           (holder == KeyboardHolder::ownWindow ? u"the user turned to Morvane's window."_s
+                                                : u"another window came to the front."_s);
 }
 
 QString elementGone(qint64 index)
@@ -67,6 +81,17 @@ QString InputControl::permissionProblem()
     return u"Error: Morvane needs Accessibility permission to control your Mac. Open System Settings, "
            u"Privacy "
            "and Security, Accessibility, and enable Morvane, then try again."_s;
+}
+
+QString InputControl::ownWindowProblem()
+{
+    return ownWindowProblem(*m_desktop.input->newSource());
+}
+
+QString InputControl::ownWindowProblem(InputSource &source)
+{
+    // The message field of this program, where it would be sent in the user's name.
+    return source.keyboardHolder() == KeyboardHolder::ownWindow ? wouldTypeIntoOwnWindow : QString();
 }
 
 void InputControl::pause(std::chrono::milliseconds duration)
@@ -185,10 +210,16 @@ QString InputControl::type(const QString &text)
         return nothingToType;
     pause(0ms);
     const auto source = m_desktop.input->newSource();
+    if (const QString problem = ownWindowProblem(*source); !problem.isEmpty())
+        return problem;
     source->prepareText(text);
-    for (const char32_t character : text.toStdU32String()) {
-        source->characterDown(character);
-        source->characterUp(character);
+    const std::u32string characters = text.toStdU32String();
+    for (std::size_t at = 0; at < characters.size(); ++at) {
+        // A window may close, or the user take another, at any time; the rest is not meant for that one.
+        if (const auto holder = source->keyboardHolder(); holder != KeyboardHolder::sameWindow)
+            return typingStopped(characters, at, holder);
+        source->characterDown(characters[at]);
+        source->characterUp(characters[at]);
         pause(10ms);
     }
     return u"Typed "_s + QString::number(characterCount(text)) + u" characters."_s;
@@ -203,6 +234,8 @@ QString InputControl::pressKey(const QString &key)
         return combination.error();
     pause(0ms);
     const auto source = m_desktop.input->newSource();
+    if (const QString problem = ownWindowProblem(*source); !problem.isEmpty())
+        return problem;
     source->keyDown(combination->code, combination->flags);
     pause(20ms);
     source->keyUp(combination->code, combination->flags);

@@ -39,10 +39,13 @@ public:
 
     /// Empty if events can be posted, else what the model is told. Asks the user once.
     QString permissionProblem();
+    /// Empty if what is typed now reaches another program, else what the model is told.
+    QString ownWindowProblem();
 
 private:
     QString click(QPoint point);
     QString type(const QString &text);
+    QString ownWindowProblem(InputSource &source);
     QString elementAtPointDescription(QPoint point);
     /// A new source that has brought the pointer there.
     std::unique_ptr<InputSource> pointerAt(QPoint point);

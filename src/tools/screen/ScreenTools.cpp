@@ -12,7 +12,6 @@
 #include "tools/screen/ScreenPerception.h"
 
 #include <QUrl>
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -21,7 +20,6 @@ namespace morvane {
 namespace {
 
 const QString stopped = u"Error: stopped before it was done."_s;
-const QString disturbed = u"Error: typing was stopped, because the user turned to Morvane's window."_s;
 
 /// Asks work on another thread to stop as soon as the task is cancelled.
 class StopOnCancel {
@@ -34,7 +32,6 @@ public:
     }
 
     std::stop_token token() const { return m_stop.get_token(); }
-    std::stop_source source() const { return m_stop; }
 
 private:
     std::stop_source m_stop;
@@ -69,29 +66,19 @@ Task<ToolResult> ScreenTools::captureScreen()
     co_return text.isEmpty() ? stopped : text;
 }
 
-void ScreenTools::ownWindowCameForward()
-{
-    std::exchange(m_shared->ownWindow, std::stop_source()).request_stop();
-}
-
-Task<ToolResult> ScreenTools::runSequence(Sequence sequence, Kind kind)
+Task<ToolResult> ScreenTools::runSequence(Sequence sequence)
 {
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
-    const std::stop_callback onOwnWindow(kind == Kind::typing ? m_shared->ownWindow.get_token()
-                                                              : std::stop_token(),
-                                         [source = stop.source()]() mutable { source.request_stop(); });
-    const QString text =
-        co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
-            const std::lock_guard lock(shared->sequence);
-            InputControl control(shared->desktop, shared->inventory, shared->layout, token);
-            try {
-                return sequence(control);
-            } catch (const SequenceStopped &) {
-                return stopped;
-            }
-        });
-    co_return text == stopped && !context.cancellation->isCancelled() ? disturbed : text;
+    co_return co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
+        const std::lock_guard lock(shared->sequence);
+        InputControl control(shared->desktop, shared->inventory, shared->layout, token);
+        try {
+            return sequence(control);
+        } catch (const SequenceStopped &) {
+            return stopped;
+        }
+    });
 }
 
 Task<ToolResult> ScreenTools::clickAt(QPoint point)
@@ -107,14 +94,12 @@ Task<ToolResult> ScreenTools::axClick(qint64 index)
 Task<ToolResult> ScreenTools::axType(qint64 index, QString text)
 {
     return runSequence(
-        [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); },
-        Kind::typing);
+        [index, text = std::move(text)](InputControl &control) { return control.axType(index, text); });
 }
 
 Task<ToolResult> ScreenTools::typeText(QString text)
 {
-    return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); },
-                       Kind::typing);
+    return runSequence([text = std::move(text)](InputControl &control) { return control.typeText(text); });
 }
 
 Task<ToolResult> ScreenTools::pressKey(QString key)
@@ -149,18 +134,24 @@ Task<ToolResult> ScreenTools::mouseScroll(qint64 amount)
 
 Task<ToolResult> ScreenTools::pasteText(QString text)
 {
-    const ToolResult problem =
-        co_await runSequence([](InputControl &control) { return control.permissionProblem(); });
+    const QString pasted = trimmed(text);
+    const ToolResult problem = co_await runSequence([isEmpty = pasted.isEmpty()](InputControl &control) {
+        const QString permission = control.permissionProblem();
+        if (!permission.isEmpty())
+            return permission;
+        return isEmpty ? u"Error: nothing to paste."_s : control.ownWindowProblem();
+    });
     if (!problem.text.isEmpty())
         co_return problem;
-    const QString pasted = trimmed(text);
-    if (pasted.isEmpty())
-        co_return u"Error: nothing to paste."_s;
     m_shared->desktop.clipboard->setText(pasted);
-    const ToolResult pressed =
-        co_await runSequence([](InputControl &control) { return control.pressKey(u"command+v"_s); });
-    if (pressed.text == stopped)
-        co_return stopped;
+    const ToolResult late = co_await runSequence([](InputControl &control) {
+        QString elsewhere = control.ownWindowProblem();
+        if (elsewhere.isEmpty())
+            control.pressKey(u"command+v"_s);
+        return elsewhere;
+    });
+    if (!late.text.isEmpty())
+        co_return late;
     co_return u"Pasted "_s + QString::number(characterCount(pasted)) + u" characters into the focused app."_s;
 }
 

@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <stop_token>
 
 namespace morvane {
 
@@ -23,10 +22,6 @@ class ScreenInventory;
 class ScreenTools {
 public:
     explicit ScreenTools(Desktop desktop);
-
-    /// The user has turned to this program's own window, where what is being typed would land now, and be
-    /// sent. Ends typing between two characters.
-    void ownWindowCameForward();
 
     /// Asks for the user's keyboard layout, so that shortcuts reach the right keys.
     Task<void> warmKeyboardLayout();
@@ -59,15 +54,12 @@ private:
         Desktop desktop;
         std::shared_ptr<ScreenInventory> inventory;
         std::shared_ptr<LayoutKeycodes> layout;
-        std::mutex sequence;        ///< Held by the one whose events are on their way.
-        std::stop_source ownWindow; ///< Stops when the program's own window comes forward.
+        std::mutex sequence; ///< Held by the one whose events are on their way.
     };
-
-    enum class Kind { pointing, typing };
 
     using Sequence = std::function<QString(InputControl &)>;
 
-    Task<ToolResult> runSequence(Sequence sequence, Kind kind = Kind::pointing);
+    Task<ToolResult> runSequence(Sequence sequence);
 
     std::shared_ptr<Shared> m_shared;
 };

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <thread>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -142,6 +143,40 @@ TEST_F(TypingTest, AModifierThatTheUserHoldsIsNotMixedIn)
     EXPECT_EQ(run(m_tools.typeText(u"held Down\n"_s)), u"Typed 10 characters."_s);
     EXPECT_TRUE(waitUntil([&] { return typed() == "held Down\n"_L1; })) << typed().toStdString();
     hold(XCB_KEY_RELEASE);
+}
+
+TEST_F(TypingTest, TheRestOfATextGoesToNoOtherWindowWhenTheOneItIsForCloses)
+{
+    /// Waits at the third pause until something has happened.
+    class WaitingClock final : public SequenceClock {
+    public:
+        explicit WaitingClock(std::function<bool()> hasHappened) : m_hasHappened(std::move(hasHappened)) {}
+        void sleep(std::chrono::milliseconds, const std::stop_token &) override
+        {
+            if (++m_sleeps != 3)
+                return;
+            const QDeadlineTimer limit(std::chrono::seconds(20));
+            while (!m_hasHappened() && !limit.hasExpired())
+                std::this_thread::yield();
+        }
+        QDeadlineTimer deadline(std::chrono::milliseconds limit) override { return QDeadlineTimer(limit); }
+
+    private:
+        const std::function<bool()> m_hasHappened;
+        int m_sleeps = 0;
+    };
+    openTerminal();
+    const qint64 behind = m_programs.back()->pid();
+    start(u"xterm"_s, {u"-e"_s, u"sh"_s, u"-c"_s, u"read line"_s});
+    ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
+                       std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
+                       std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
+                       std::make_shared<WaitingClock>([behind] { return hasTheKeyboard(behind); })});
+    EXPECT_EQ(
+        run(tools.typeText(u"ab\nfor nobody"_s)),
+        u"Error: typing was stopped after 3 of 13 characters, because another window came to the front."_s);
+    EXPECT_EQ(run(tools.typeText(u"end\n"_s)), u"Typed 4 characters."_s);
+    EXPECT_TRUE(waitUntil([&] { return typed() == "end\n"_L1; })) << typed().toStdString();
 }
 
 TEST_F(TypingTest, AStopInMidWordGivesBackKeysAndModifiers)

@@ -30,6 +30,15 @@ protected:
     }
     void letGo() { m_goesOn = true; }
 
+    /// Another window has the keyboard from this event on.
+    void moveKeyboardAfter(const QString &event, KeyboardHolder holder)
+    {
+        m_desktop.clock->onSleep = [this, event, holder] {
+            if (events().contains(event))
+                m_desktop.input->keyboardHolder = holder;
+        };
+    }
+
     TaskHandle<ToolResult> beginHeldRightClick(QPoint point)
     {
         holdSleeps();
@@ -113,39 +122,59 @@ TEST_F(SequenceStopTest, TypingIntoAnElementEndsWhenOurOwnWindowComesForward)
 {
     showElement(u"AXTextField"_s, u"Name"_s, false);
     m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
-    holdSleeps([this] { return m_desktop.log.events().contains(u"up a"_s); });
-    TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.axType(1, u"abc"_s));
-    ASSERT_TRUE(isHeld());
-    m_tools.ownWindowCameForward();
-    letGo();
-    ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
-    EXPECT_EQ(typing.result().text,
-              u"Error: typing was stopped, because the user turned to Morvane's window."_s);
+    moveKeyboardAfter(u"up a"_s, KeyboardHolder::ownWindow);
+    EXPECT_EQ(run(m_tools.axType(1, u"abc"_s)),
+              u"Error: typing was stopped after 1 of 3 characters, because the user turned to Morvane's "
+              "window."_s);
     EXPECT_FALSE(events().contains(u"down b"_s));
 }
 
-TEST_F(SequenceStopTest, TypingEndsWhenOurOwnWindowComesForward)
+TEST_F(SequenceStopTest, TypingEndsAtTheNextCharacterWhenAnotherWindowIsGivenTheKeys)
 {
-    holdSleeps();
-    TaskHandle<ToolResult> typing = m_scheduler.spawn(m_tools.typeText(u"abc"_s));
-    ASSERT_TRUE(isHeld());
-    m_tools.ownWindowCameForward();
-    letGo();
-    ASSERT_TRUE(waitUntil([&] { return typing.done(); }));
-    EXPECT_EQ(typing.result().text,
-              u"Error: typing was stopped, because the user turned to Morvane's window."_s);
-    EXPECT_EQ(events().filter(u"down"_s).size(), 1);
-    // What comes later is typed.
+    moveKeyboardAfter(u"up 😀"_s, KeyboardHolder::otherWindow);
+    EXPECT_EQ(
+        run(m_tools.typeText(u"é👩‍👧😀bc"_s)),
+        u"Error: typing was stopped after 3 of 5 characters, because another window came to the front."_s);
+    EXPECT_FALSE(events().contains(u"down b"_s));
+    m_desktop.log.clear();
+    // What comes later is typed, to whatever is in front then.
+    m_desktop.input->keyboardHolder = KeyboardHolder::sameWindow;
     EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), u"Typed 3 characters."_s);
 }
 
-TEST_F(SequenceStopTest, AClickThatBringsOurOwnWindowForwardIsCompleted)
+TEST_F(SequenceStopTest, AWindowThatTheLastCharacterOpensIsNoReasonToCallTheTextUntyped)
 {
-    TaskHandle<ToolResult> click = beginHeldRightClick({1, 1});
-    m_tools.ownWindowCameForward();
-    letGo();
-    ASSERT_TRUE(waitUntil([&] { return click.done(); }));
-    EXPECT_EQ(click.result().text, u"Right-clicked at (1, 1)."_s);
+    moveKeyboardAfter(u"up \n"_s, KeyboardHolder::otherWindow);
+    EXPECT_EQ(run(m_tools.typeText(u"abc\n"_s)), u"Typed 4 characters."_s);
+}
+
+TEST_F(SequenceStopTest, NothingIsTypedPressedOrPastedIntoOurOwnWindow)
+{
+    m_desktop.input->keyboardHolder = KeyboardHolder::ownWindow;
+    const QString problem =
+        u"Error: nothing was typed, because Morvane's own window is in front. Bring the "
+        "application that it is meant for to the front with activate_app, then try again."_s;
+    EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), problem);
+    EXPECT_EQ(run(m_tools.pressKey(u"return"_s)), problem);
+    EXPECT_EQ(run(m_tools.pasteText(u"abc"_s)), problem);
+    EXPECT_EQ(events(), QStringList());
+    // What is wrong with the call itself is told first.
+    EXPECT_EQ(run(m_tools.typeText({})), u"Error: nothing to type."_s);
+    EXPECT_EQ(run(m_tools.pasteText(u" \n"_s)), u"Error: nothing to paste."_s);
+    EXPECT_EQ(run(m_tools.pressKey(u"command+"_s)), u"Error: no key was given."_s);
+}
+
+TEST_F(SequenceStopTest, OurOwnWindowThatComesForwardBetweenCopyingAndPastingIsNotPastedInto)
+{
+    m_desktop.clipboard->onSet = [this] { m_desktop.input->keyboardHolder = KeyboardHolder::ownWindow; };
+    EXPECT_TRUE(run(m_tools.pasteText(u"abc"_s)).startsWith(u"Error: nothing was typed"_s));
+    EXPECT_THAT(events().filter(u"key"_s), testing::IsEmpty());
+}
+
+TEST_F(SequenceStopTest, AClickIntoOurOwnWindowIsMade)
+{
+    m_desktop.input->keyboardHolder = KeyboardHolder::ownWindow;
+    EXPECT_EQ(run(m_tools.mouseRightClick({1, 1})), u"Right-clicked at (1, 1)."_s);
 }
 
 } // namespace

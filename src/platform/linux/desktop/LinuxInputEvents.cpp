@@ -21,6 +21,7 @@ public:
     void scroll(int) override {}
     void keyDown(int, quint32) override {}
     void keyUp(int, quint32) override {}
+    KeyboardHolder keyboardHolder() override { return KeyboardHolder::sameWindow; }
     void prepareText(const QString &) override {}
     void characterDown(char32_t) override {}
     void characterUp(char32_t) override {}

@@ -271,6 +271,13 @@ std::optional<XKey> XInputSource::keyForSymbol(xkb_keysym_t symbol) const
     return m_keyboard ? m_keyboard->keyFor(symbol) : std::nullopt;
 }
 
+KeyboardHolder XInputSource::keyboardHolder()
+{
+    if (!m_target)
+        m_target.emplace(*m_display);
+    return m_target->holder();
+}
+
 void XInputSource::prepareText(const QString &text)
 {
     m_text = text.toStdU32String();

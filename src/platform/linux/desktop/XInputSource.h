@@ -3,6 +3,7 @@
 #include "platform/InputEvents.h"
 #include "platform/linux/desktop/XDisplay.h"
 #include "platform/linux/desktop/XKeyboard.h"
+#include "platform/linux/desktop/XKeyboardTarget.h"
 
 #include <QHash>
 #include <QList>
@@ -29,6 +30,8 @@ public:
     void keyDown(int code, quint32 flags) override;
     void keyUp(int code, quint32 flags) override;
 
+    KeyboardHolder keyboardHolder() override;
+
     void prepareText(const QString &text) override;
     void characterDown(char32_t character) override;
     void characterUp(char32_t character) override;
@@ -54,6 +57,7 @@ private:
     const std::unique_ptr<XDisplay> m_display;
     const QPoint m_origin;
     const std::optional<XKeyboard> m_keyboard;
+    std::optional<XKeyboardTarget> m_target; ///< Once it has been asked for.
     QList<uint8_t> m_heldKeys;
     QList<uint8_t> m_heldButtons;
     int m_scrolled = 0; ///< Pixels that made no whole notch of the wheel yet.

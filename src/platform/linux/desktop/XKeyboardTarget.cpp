@@ -1,0 +1,46 @@
+#include "platform/linux/desktop/XKeyboardTarget.h"
+
+#include <unistd.h>
+
+namespace morvane {
+
+XKeyboardTarget::XKeyboardTarget(const XDisplay &display)
+    : m_display(display), m_focus(focus()), m_topLevel(topLevelOf(m_focus)), m_target(m_topLevel.window)
+{
+}
+
+KeyboardHolder XKeyboardTarget::holder()
+{
+    // Programs move the keyboard within a window; the server is asked who that belongs to once for each move.
+    if (const xcb_window_t now = focus(); now != m_focus) {
+        m_focus = now;
+        m_topLevel = topLevelOf(now);
+    }
+    if (m_topLevel.isOwn)
+        return KeyboardHolder::ownWindow;
+    return m_topLevel.window == m_target ? KeyboardHolder::sameWindow : KeyboardHolder::otherWindow;
+}
+
+xcb_window_t XKeyboardTarget::focus() const
+{
+    xcb_connection_t *const connection = m_display.connection();
+    const auto reply =
+        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    return reply ? reply->focus : xcb_window_t(XCB_NONE);
+}
+
+XKeyboardTarget::TopLevel XKeyboardTarget::topLevelOf(xcb_window_t window) const
+{
+    xcb_connection_t *const connection = m_display.connection();
+    TopLevel found{window, false};
+    for (xcb_window_t around = window; around > XCB_INPUT_FOCUS_POINTER_ROOT && around != m_display.root();) {
+        found.window = around;
+        found.isOwn |= m_display.values(around, "_NET_WM_PID").value(0) == uint32_t(::getpid());
+        const auto tree =
+            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, around), nullptr));
+        around = tree ? tree->parent : xcb_window_t(XCB_NONE);
+    }
+    return found;
+}
+
+} // namespace morvane
