@@ -36,6 +36,7 @@ BrowserTabButton::BrowserTabButton(const BrowserTab &tab, QWidget *parent)
     setCheckable(true);
     setFocusPolicy(Qt::NoFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setMaximumWidth(sizeHint().width());
     setAccessibleDescription(u"Switch to this tab"_s);
     m_close->setIcon(symbolIcon(Symbol::cross));
     m_close->setAutoRaise(true);
@@ -116,6 +117,7 @@ void BrowserTabButton::changeEvent(QEvent *event)
     QAbstractButton::changeEvent(event);
     if (event->type() != QEvent::FontChange)
         return;
+    setMaximumWidth(sizeHint().width());
     updateGeometry();
     placeClose();
 }

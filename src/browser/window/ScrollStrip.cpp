@@ -60,6 +60,12 @@ void ScrollStrip::showWanted()
     ensureWidgetVisible(m_wanted, 0, 0);
 }
 
+void ScrollStrip::showEvent(QShowEvent *event)
+{
+    QScrollArea::showEvent(event);
+    fitHeight(); // what came while it was hidden has told nobody
+}
+
 void ScrollStrip::wheelEvent(QWheelEvent *event)
 {
     m_wanted = nullptr;

@@ -33,6 +33,7 @@ TEST_F(BookmarksBarTest, ItIsShownWithTheFirstBookmark)
     EXPECT_FALSE(bar()->isVisible());
     mark(u"One"_s);
     EXPECT_TRUE(bar()->isVisible());
+    EXPECT_GE(bar()->height(), button(u"Open bookmark One"_s)->height());
     EXPECT_EQ(bar()->accessibleName(), u"Bookmarks, 1 items"_s);
     EXPECT_EQ(announcer.spoken, QStringList{u"Bookmarked One"_s});
     mark(u"Two"_s);
