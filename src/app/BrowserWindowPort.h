@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace morvane {
 
 /// What the agent and the main window ask of the built-in browser's window. Main thread.
@@ -7,8 +9,10 @@ class BrowserWindowPort {
 public:
     virtual ~BrowserWindowPort() = default;
 
-    /// Whether this build has the browser at all.
+    /// Whether it can be opened, as far as that is known.
     virtual bool isAvailable() const = 0;
+    /// Why it cannot; a sentence that begins small.
+    virtual QString problem() const = 0;
     /// Whether the window exists and the user sees it.
     virtual bool isVisible() const = 0;
     /// Opens the window, or brings it to the front.
@@ -19,6 +23,10 @@ public:
 class NoBrowserWindow final : public BrowserWindowPort {
 public:
     bool isAvailable() const override { return false; }
+    QString problem() const override
+    {
+        return QStringLiteral("the built-in browser is not part of this version.");
+    }
     bool isVisible() const override { return false; }
     void show() override {}
 };

@@ -40,11 +40,13 @@ public:
 
 class FakeBrowserWindow final : public BrowserWindowPort {
 public:
-    bool isAvailable() const override { return true; }
+    bool isAvailable() const override { return problemText.isEmpty(); }
+    QString problem() const override { return problemText; }
     bool isVisible() const override { return visible; }
     void show() override { visible = true; }
 
     bool visible = false;
+    QString problemText;
 };
 
 /// Remembers the pages that the user was to see.

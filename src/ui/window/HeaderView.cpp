@@ -44,8 +44,8 @@ HeaderView::HeaderView(AppModel &model, BrowserWindowPort &browserWindow, QWidge
     auto *browser = addButton(symbolIcon(Symbol::globe), u"Morvane Browser"_s);
     browser->setEnabled(browserWindow.isAvailable());
     if (!browser->isEnabled()) {
-        setHoverText(browser, u"The built-in browser is not part of this version."_s);
-        browser->setAccessibleDescription(hoverText(browser));
+        setHoverText(browser, u"Morvane Browser: "_s + browserWindow.problem());
+        browser->setAccessibleDescription(browserWindow.problem());
     }
     connect(browser, &QToolButton::clicked, this, [&browserWindow] { browserWindow.show(); });
 
