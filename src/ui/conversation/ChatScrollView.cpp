@@ -316,9 +316,12 @@ void ChatScrollView::focusInEvent(QFocusEvent *event)
     QAbstractScrollArea::focusInEvent(event);
     if (currentRow() < 0 && m_content.count() > 0)
         m_cursor.set(m_content.item(m_content.count() - 1));
-    m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
-                   event->reason() == Qt::ShortcutFocusReason;
-    if (m_showsFocus && currentRow() >= 0)
+    const bool comesByKey = event->reason() == Qt::TabFocusReason ||
+                            event->reason() == Qt::BacktabFocusReason ||
+                            event->reason() == Qt::ShortcutFocusReason;
+    // Who gives it back, a menu, a sheet or another window, finds the mark as it was.
+    m_showsFocus = comesByKey || (m_showsFocus && event->reason() != Qt::MouseFocusReason);
+    if (comesByKey && currentRow() >= 0)
         m_scroll.show(*m_cursor.item());
     if (currentRow() >= 0)
         tellCurrentRow();
@@ -343,11 +346,6 @@ void ChatScrollView::selectAll()
 {
     if (m_content.count() > 0)
         m_gestures.selectRows(m_content.item(0), m_content.item(m_content.count() - 1));
-}
-
-bool ChatScrollView::isSelected(const ConversationItem &item) const
-{
-    return !m_gestures.selection().isEmpty() && m_gestures.selection().touches(item);
 }
 
 QString ChatScrollView::showMatch(const FoundText &found, const QString &words)

@@ -51,7 +51,10 @@ public:
     /// The first message in sight, or behind the activity that is; -1 without messages.
     qsizetype firstVisibleMessage() const;
     /// Whether any of a row is selected.
-    bool isSelected(const ConversationItem &item) const;
+    bool isSelected(const ConversationItem &item) const
+    {
+        return !m_gestures.selection().isEmpty() && m_gestures.selection().touches(item);
+    }
     /// Selects a place where `words` were found and brings it into sight. Gives the line around it.
     QString showMatch(const FoundText &found, const QString &words);
     /// How large the text is: 100 for the font's own size.

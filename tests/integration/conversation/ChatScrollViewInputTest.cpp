@@ -223,6 +223,48 @@ TEST_F(ChatScrollViewInputTest, AStepThatWasCutTellsAllInItsToolTipItsDescriptio
     EXPECT_EQ(clipboard(), u"Running: "_s + command);
 }
 
+TEST_F(ChatScrollViewInputTest, ControlAndAnArrowScrollAndLeaveTheRow)
+{
+    transcript.reset(dialogue(40));
+    showWithFocus();
+    const qsizetype row = view.currentRow();
+    const int before = offset();
+    press(Qt::Key_Up, Qt::ControlModifier);
+    press(Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(offset(), before - 2 * view.rows().style().lineHeight);
+    press(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(offset(), before - view.rows().style().lineHeight);
+    EXPECT_EQ(view.currentRow(), row);
+}
+
+TEST_F(ChatScrollViewInputTest, ThePointerTellsWhatCanBePressed)
+{
+    say(Role::user, u"Go"_s);
+    activity.log(u"Something"_s, ActivityStep::Kind::info);
+    say(Role::assistant, u"[Words of a link](https://example.com/)"_s);
+    show();
+    const auto shapeOver = [this](qsizetype row) {
+        QTest::mouseMove(view.viewport(), textOf(row));
+        return view.viewport()->cursor().shape();
+    };
+    EXPECT_EQ(shapeOver(0), Qt::IBeamCursor);
+    EXPECT_EQ(shapeOver(1), Qt::PointingHandCursor);
+    EXPECT_EQ(shapeOver(2), Qt::IBeamCursor);
+    EXPECT_EQ(shapeOver(3), Qt::PointingHandCursor);
+}
+
+TEST_F(ChatScrollViewInputTest, ADragThatBeginsOnTheActivityDoesNotFoldIt)
+{
+    say(Role::user, u"Go"_s);
+    activity.log(u"Something"_s, ActivityStep::Kind::info);
+    show();
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, textOf(1));
+    drag(textOf(2));
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, textOf(2));
+    EXPECT_FALSE(view.content().isActivityFolded());
+    EXPECT_FALSE(view.selectedText().isEmpty());
+}
+
 TEST_F(ChatScrollViewInputTest, AnEmptyConversationTakesEveryKey)
 {
     showWithFocus();

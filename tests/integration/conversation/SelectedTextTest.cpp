@@ -168,5 +168,69 @@ TEST_F(SelectedTextTest, SelectingEverythingLaysNothingOut)
     EXPECT_TRUE(QTest::qWaitFor([&] { return clipboard() == text; }));
 }
 
+TEST_F(SelectedTextTest, AThirdClickSelectsTheParagraph)
+{
+    say(Role::assistant, u"Some words of one.\n\nSome words of two."_s);
+    show();
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    EXPECT_EQ(view.selectedText(), u"Some words of one."_s);
+}
+
+TEST_F(SelectedTextTest, AClickWithShiftSelectsUpToIt)
+{
+    say(Role::assistant, u"First."_s);
+    say(Role::assistant, u"Second."_s);
+    show();
+    const QPoint left(12, 0);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0) - left);
+    EXPECT_TRUE(view.selectedText().isEmpty());
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ShiftModifier, textOf(1) - left);
+    EXPECT_EQ(view.selectedText().trimmed(), u"First."_s);
+}
+
+TEST_F(SelectedTextTest, APressOfTheMouseBeginsAnewWithTheKeyboardToo)
+{
+    transcript.reset({message(Role::assistant, u"One."_s), message(Role::assistant, u"Two."_s),
+                      message(Role::assistant, u"Three."_s), message(Role::assistant, u"Four."_s)});
+    showWithFocus();
+    press(Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), u"Three.\n\nFour."_s);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), u"One.\n\nTwo."_s);
+}
+
+TEST_F(SelectedTextTest, FoldingTheActivitySelectsNothingThatIsGone)
+{
+    say(Role::user, u"Go"_s);
+    activity.log(u"Something"_s, ActivityStep::Kind::info);
+    show();
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, textOf(2));
+    EXPECT_EQ(view.selectedText(), u"Something"_s);
+    view.setActivityFolded(true);
+    settle();
+    EXPECT_EQ(view.selectedText(), QString());
+}
+
+TEST_F(SelectedTextTest, TheMenuCopiesTheSelectionWhereItIsOpenedOnIt)
+{
+    say(Role::assistant, u"several words"_s);
+    showWithFocus();
+    press(Qt::Key_Return);
+    ASSERT_NE(menu(), nullptr);
+    EXPECT_EQ(menu()->actions().constFirst()->text(), u"Copy"_s);
+    EXPECT_EQ(menu()->activeAction(), menu()->actions().constFirst());
+    menu()->close();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return menu() == nullptr; }));
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, textOf(0));
+    press(Qt::Key_Return);
+    ASSERT_NE(menu(), nullptr);
+    ASSERT_EQ(menu()->actions().constFirst()->text(), u"Copy Selection"_s);
+    menu()->actions().constFirst()->trigger();
+    menu()->close();
+    ASSERT_TRUE(QTest::qWaitFor([] { return clipboard() == "several"_L1; }));
+}
+
 } // namespace
 } // namespace morvane
