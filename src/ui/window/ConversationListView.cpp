@@ -212,6 +212,9 @@ void ConversationListView::moveButton(const QModelIndex &wanted)
     m_buttonRow = index;
     const QRect row = index.isValid() ? m_list->visualRect(index) : QRect();
     if (!row.isValid() || !m_list->viewport()->rect().intersects(row)) {
+        // The toolkit would go on to what comes behind the list.
+        if (m_delete->hasFocus())
+            m_list->setFocus(Qt::OtherFocusReason);
         m_delete->hide();
         return;
     }
