@@ -251,6 +251,18 @@ TEST_F(ComposerAttachmentsTest, PaperclipOpensOneDialogForSeveralFiles)
     EXPECT_EQ(view->focusWidget(), edit);
 }
 
+TEST_F(ComposerAttachmentsTest, TheDialogLeavesTheKeyboardInTheField)
+{
+    auto *paperclip = button(u"Attach a file or image"_s);
+    paperclip->setFocus(Qt::TabFocusReason);
+    paperclip->click();
+    auto *dialog = view->findChild<QFileDialog *>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->reject();
+    settle();
+    EXPECT_EQ(view->focusWidget(), edit);
+}
+
 TEST_F(ComposerAttachmentsTest, FilesChosenInTheDialogAreAttached)
 {
     const QString first = home.write(u"a.txt"_s, "a");

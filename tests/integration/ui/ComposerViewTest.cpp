@@ -4,6 +4,7 @@
 #include "ui/window/ComposerView.h"
 
 #include <QLabel>
+#include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
 
@@ -277,6 +278,46 @@ TEST_F(ComposerViewTest, SuggestedPromptBecomesTheDraftAndIsNotSent)
     view->takeSuggestion(u"What can you do?"_s);
     EXPECT_EQ(view->draft(), u"What can you do?"_s);
     EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(ComposerViewTest, AKeyThatIsHeldDownSendsNothing)
+{
+    edit->setPlainText(u"next"_s);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, {}, true);
+    QApplication::sendEvent(edit, &repeated);
+    EXPECT_TRUE(model->messages().isEmpty());
+    EXPECT_EQ(view->draft(), u"next"_s);
+}
+
+TEST_F(ComposerViewTest, AltAndReturnSendNothingEither)
+{
+    edit->setPlainText(u"next"_s);
+    QTest::keyClick(edit, Qt::Key_Return, Qt::AltModifier);
+    EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(ComposerViewTest, PagesWithShiftAreTheFieldsOwn)
+{
+    const QSignalSpy pages(view.get(), &ComposerView::pageRequested);
+    edit->setPlainText(u"one\ntwo"_s);
+    edit->moveCursor(QTextCursor::End);
+    QTest::keyClick(edit, Qt::Key_PageUp, Qt::ShiftModifier);
+    EXPECT_EQ(pages.size(), 0);
+    EXPECT_TRUE(edit->textCursor().hasSelection());
+    QTest::keyClick(edit, Qt::Key_PageUp);
+    EXPECT_EQ(pages.size(), 1);
+}
+
+TEST_F(ComposerViewTest, TheNoteTellsOfARequiredUpdate)
+{
+    updates.manifest = sampleUpdate(u"2"_s, 2);
+    updates.manifest.required = true;
+    runTask(scheduler, model->updates().checkForUpdates(UpdateModel::Occasion::programStart));
+    const auto notes = view->findChildren<QLabel *>();
+    EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [](const QLabel *note) {
+        return note->isVisible() &&
+               note->text() == "This update is required to continue. Please update Morvane now."_L1;
+    }));
 }
 
 TEST_F(ComposerViewTest, FieldGrowsWithItsTextUpToEightLines)

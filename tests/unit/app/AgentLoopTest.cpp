@@ -96,6 +96,8 @@ TEST_F(AgentLoopTest, DeniedApprovalIsAResultAndTheRunGoesOn)
     ASSERT_TRUE(model->send(u"write"_s, {}));
     ASSERT_TRUE(waitUntil([this] { return model->gate().pendingToolCall().has_value(); }));
     EXPECT_EQ(model->status().statusText(), u"Waiting for your approval…"_s);
+    EXPECT_EQ(lastStep().text, u"Waiting for approval to write a file at /x"_s);
+    EXPECT_EQ(lastStep().kind, ActivityStep::Kind::info);
     model->gate().resolvePermission(false, false);
     finishRun();
     EXPECT_TRUE(executed.isEmpty());

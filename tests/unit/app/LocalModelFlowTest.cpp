@@ -47,6 +47,19 @@ TEST_F(LocalModelFlowTest, MessageWaitsForTheInstallationAndGetsItsAnswer)
     EXPECT_THAT(announcer.spoken, Contains(u"The local model is ready. You can start chatting."_s));
 }
 
+TEST_F(LocalModelFlowTest, ARunOfTheLocalModelSaysSo)
+{
+    localModel.serverRunning = true;
+    localModel.models = {u"qwen2.5"_s};
+    service.willTurn(FakeAIService::Turn{}); // the request that loads the model
+    model->localModel().refreshLocalModel();
+    settle();
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"hello"_s, {}));
+    settle();
+    EXPECT_EQ(model->status().statusText(), u"Local model is working…"_s);
+}
+
 TEST_F(LocalModelFlowTest, MessageSentDuringAnInstallationWaitsForIt)
 {
     localModel.installationTime = 1min;
