@@ -4,6 +4,7 @@
 #include "support/ShownSymbol.h"
 #include "ui/controls/HoverText.h"
 #include "ui/conversation/ChatScrollView.h"
+#include "ui/theme/AppMark.h"
 #include "ui/theme/ThemeColors.h"
 #include "ui/window/AttachmentChip.h"
 #include "ui/window/ComposerEdit.h"
@@ -202,6 +203,18 @@ TEST_F(WindowLooksTest, AboutTellsTheVersionAndWhereUpdatesComeFromIfThatIsUnusu
     qApp->setProperty("unusualUpdateOrigin", u"http://127.0.0.1:1"_s);
     EXPECT_TRUE(told().contains(u"Updates come from http://127.0.0.1:1."_s));
     qApp->setProperty("unusualUpdateOrigin", {});
+}
+
+TEST_F(WindowLooksTest, AboutShowsTheProgramsIcon)
+{
+    QApplication::setWindowIcon(appIcon());
+    show();
+    action(u"About Morvane"_s)->trigger();
+    const auto *box = window->findChild<QMessageBox *>();
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->iconPixmap().toImage(), appIcon().pixmap(64, 64).toImage());
+    EXPECT_FALSE(box->iconPixmap().isNull());
+    QApplication::setWindowIcon({});
 }
 
 TEST_F(WindowLooksTest, TheTextGrowsNoFurtherThanToThreeTimesItsSize)
