@@ -103,6 +103,22 @@ TEST_F(DialogsTest, ADialogThatAnItemOfAMenuRunsIsAnswered)
     EXPECT_TRUE(click(u"menu item 'Ask me'"_s).startsWith(u"Pressed"_s));
     EXPECT_TRUE(click(u"button 'Yes'"_s).startsWith(u"Pressed"_s));
     EXPECT_TRUE(hasSaid(program, u"answered 1 "_s)) << program.log().toStdString();
+    // By the mouse as well.
+    click(u"menu item 'Actions'"_s);
+    const QPoint item =
+        placeOf(captureWith(u"menu item 'Ask me'"_s), u"menu item 'Ask me'"_s).value_or(QPoint());
+    const QString clicked = run(m_tools.clickAt(item));
+    EXPECT_TRUE(clicked.endsWith(u")."_s))
+        << "what lies behind the menu was not hit: " << clicked.toStdString();
+    captureWith(u"button 'Yes'"_s);
+}
+
+TEST_F(DialogsTest, ADialogOfQtThatAButtonRunsIsReadAndLeft)
+{
+    start(u"featherpad"_s, {u"--standalone"_s});
+    EXPECT_TRUE(click(u"button 'Open'"_s).startsWith(u"Pressed button 'Open' at"_s));
+    EXPECT_TRUE(click(u"button 'Cancel'"_s).startsWith(u"Pressed button 'Cancel' at"_s));
+    EXPECT_TRUE(waitUntil([&] { return !capture().contains(u"button 'Cancel'"_s); }));
 }
 
 /// A program that tells of a line to its elements.

@@ -49,18 +49,33 @@ AccessibilityCall callOf(const AccessibilityReference &object, const QString &in
     return {object.service, object.path, interface, method, arguments};
 }
 
-/// The window of a program that is seen at a place, where the window manager has `topmost`: that one, or a
-/// menu, which lies in front of it.
-const ScreenElement *windowAt(const QList<ScreenElement> &windows, QPointF place, xcb_window_t topmost)
+/// The window of a program that is seen at a place: `inFront`, which is none where a menu covers it, or else
+/// one that the window manager does not know, such as a menu.
+const ScreenElement *windowAt(const QList<ScreenElement> &windows, QPointF place, xcb_window_t inFront)
 {
     const ScreenElement *found = nullptr;
     for (const ScreenElement &one : windows) {
         const AccessibleWindow &window = *busElement(one).window;
-        const bool isMenu = window.id == XCB_NONE && one.frame;
-        if (window.frame.contains(place) && (isMenu || (window.id == topmost && !found)))
+        if (!window.frame.contains(place))
+            continue;
+        if (window.id != XCB_NONE && window.id == inFront)
+            return &one;
+        if (window.id == XCB_NONE && one.frame && !found)
             found = &one;
     }
     return found;
+}
+
+/// The frontmost of the windows that the root holds, those among them that no window manager looks after.
+xcb_window_t childOfRootAt(const XDisplay &display, QPoint place)
+{
+    xcb_connection_t *const connection = display.connection();
+    const auto reply = xReply(
+        xcb_translate_coordinates_reply(connection,
+                                        xcb_translate_coordinates(connection, display.root(), display.root(),
+                                                                  int16_t(place.x()), int16_t(place.y())),
+                                        nullptr));
+    return reply ? reply->child : xcb_window_t(XCB_NONE);
 }
 
 std::optional<QString> present(const QString &text)
@@ -236,7 +251,9 @@ std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
             return std::nullopt;
         const BusElement &root = busElement(*program);
         const QList<ScreenElement> tops = children({*program}, deadline).first();
-        const ScreenElement *const top = windowAt(tops, point, window.window);
+        const xcb_window_t frame = withAncestors(*display, window.window).last();
+        const ScreenElement *const top =
+            windowAt(tops, point, childOfRootAt(*display, place) == frame ? window.window : XCB_NONE);
         if (!top)
             return std::nullopt;
         const BusElement &live = busElement(*top);

@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/XKeyboardTarget.h"
 
+#include "platform/linux/desktop/XWindows.h"
+
 #include <unistd.h>
 
 namespace morvane {
@@ -31,14 +33,10 @@ xcb_window_t XKeyboardTarget::focus() const
 
 XKeyboardTarget::TopLevel XKeyboardTarget::topLevelOf(xcb_window_t window) const
 {
-    xcb_connection_t *const connection = m_display.connection();
     TopLevel found{window, false};
-    for (xcb_window_t around = window; around > XCB_INPUT_FOCUS_POINTER_ROOT && around != m_display.root();) {
+    for (const xcb_window_t around : withAncestors(m_display, window)) {
         found.window = around;
         found.isOwn |= m_display.values(around, "_NET_WM_PID").value(0) == uint32_t(::getpid());
-        const auto tree =
-            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, around), nullptr));
-        around = tree ? tree->parent : xcb_window_t(XCB_NONE);
     }
     return found;
 }

@@ -65,19 +65,25 @@ std::optional<XWindow> activeWindow(const XDisplay &display)
     return read(display, window, Atoms(display));
 }
 
+QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window)
+{
+    xcb_connection_t *const connection = display.connection();
+    QList<xcb_window_t> windows;
+    while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != display.root()) {
+        windows.append(window);
+        const auto tree =
+            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
+        window = tree ? tree->parent : xcb_window_t(XCB_NONE);
+    }
+    return windows;
+}
+
 bool hasKeyboard(const XDisplay &display, xcb_window_t window)
 {
     xcb_connection_t *const connection = display.connection();
     const auto focus =
         xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-    for (xcb_window_t inside = focus ? focus->focus : XCB_NONE; inside > XCB_INPUT_FOCUS_POINTER_ROOT;) {
-        if (inside == window)
-            return true;
-        const auto tree =
-            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, inside), nullptr));
-        inside = tree ? tree->parent : xcb_window_t(XCB_NONE);
-    }
-    return false;
+    return focus && withAncestors(display, focus->focus).contains(window);
 }
 
 } // namespace morvane

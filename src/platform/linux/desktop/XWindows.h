@@ -25,6 +25,10 @@ QList<XWindow> stackedWindows(const XDisplay &display);
 /// The window that has the focus.
 std::optional<XWindow> activeWindow(const XDisplay &display);
 
+/// The window and those around it, from within, without the root. The last is what the root holds: the frame
+/// that the window manager has put around a program's window.
+QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window);
+
 /// Whether keys go to this window or to one inside of it. The window manager names the active window before
 /// the server gives it the keyboard.
 bool hasKeyboard(const XDisplay &display, xcb_window_t window);
