@@ -43,6 +43,30 @@ protected:
         return texts;
     }
 
+    /// What is on all keys.
+    static QByteArray keyboardMapping(const XConnection &screen)
+    {
+        xcb_connection_t *const connection = screen.handle();
+        constexpr uint8_t first = 8;
+        const auto reply = std::unique_ptr<xcb_get_keyboard_mapping_reply_t, decltype(&std::free)>(
+            xcb_get_keyboard_mapping_reply(connection,
+                                           xcb_get_keyboard_mapping(connection, first, 256 - first), nullptr),
+            &std::free);
+        const QByteArray symbols(
+            reinterpret_cast<const char *>(xcb_get_keyboard_mapping_keysyms(reply.get())),
+            xcb_get_keyboard_mapping_keysyms_length(reply.get()) * qsizetype(sizeof(xcb_keysym_t)));
+        return symbols + char(reply->keysyms_per_keycode);
+    }
+
+    /// A bit for each key that is down.
+    static QByteArray heldKeys(const XConnection &screen)
+    {
+        xcb_connection_t *const connection = screen.handle();
+        const auto reply = std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)>(
+            xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr), &std::free);
+        return {reinterpret_cast<const char *>(reply->keys), sizeof reply->keys};
+    }
+
     std::unique_ptr<TestProgram> m_program;
 };
 
@@ -114,6 +138,25 @@ TEST_F(DesktopTest, TypingIntoAnotherProgramEndsWhenTheUserComesBackAndEscapeEnd
     ASSERT_TRUE(waitUntil([&] { return content().endsWith(u"end\n"_s); })) << content().toStdString();
     EXPECT_LT(content().count(u'\n'), lines);
     EXPECT_EQ(content().remove(u'ß').remove(u'\n'), u"end"_s);
+}
+
+TEST_F(DesktopTest, QuittingInTheMiddleOfATextLetsGoOfTheKeysAndGivesThemBack)
+{
+    MorvaneSession &morvane =
+        prepare({callingTool("activate_app", R"({"name":"xterm"})"),
+                 callingTool("type_text", "{\"text\":\"" + std::string(3000, 'A') + "ß漢\"}")});
+    const QString typed = morvane.home() + u"/typed"_s;
+    startProgram(morvane, u"xterm"_s,
+                 {u"-u8"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"stty -icanon; cat > "_s + typed});
+    const QByteArray keys = keyboardMapping(morvane.screen());
+    morvane.start();
+    morvane.send(u"Type a lot"_s);
+    ASSERT_TRUE(waitUntil([&] { return QFile(typed).size() > 20; }));
+    EXPECT_NE(keyboardMapping(morvane.screen()), keys) << "some are in use";
+    morvane.quit();
+    EXPECT_EQ(keyboardMapping(morvane.screen()), keys);
+    EXPECT_EQ(heldKeys(morvane.screen()), QByteArray(32, '\0'));
+    EXPECT_LT(QFile(typed).size(), 3000);
 }
 
 TEST_F(DesktopTest, NothingIsTypedOrPastedIntoTheMessageFieldNorSentByAKey)

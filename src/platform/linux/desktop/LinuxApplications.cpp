@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/LinuxApplications.h"
 
+#include "base/Text.h"
 #include "platform/linux/desktop/XWindows.h"
 
 #include <QDeadlineTimer>
@@ -26,7 +27,7 @@ QString nameOf(const XDisplay &display, const XWindow &window)
         id = display.bytes(window.window, "_KDE_NET_WM_DESKTOP_FILE");
     const QString name =
         InstalledApplications::nameFor(display.bytes(window.window, "WM_CLASS"), QString::fromUtf8(id));
-    return name.isEmpty() ? window.title : name;
+    return name.isEmpty() ? singleLine(window.title) : name;
 }
 
 DesktopWindow desktopWindow(const XWindow &window, QPoint origin)
