@@ -6,21 +6,15 @@
 // megabytes.
 
 #include "MeasuredApplication.h"
+#include "MeasuredProgram.h"
 #include "RuntimeArchive.h"
 
 #include "app/AppModel.h"
-#include "async/SystemClock.h"
 #include "localmodel/LocalModelManager.h"
 #include "localmodel/RuntimeProgram.h"
-#include "net/HttpClient.h"
-#include "store/ConversationStore.h"
-#include "store/SettingsStore.h"
 #include "support/AccessibilityBus.h"
-#include "support/FakeSurroundings.h"
-#include "support/FakeToolServerList.h"
 #include "support/PrivateDesktop.h"
 #include "support/RuntimeState.h"
-#include "support/TemporaryHome.h"
 #include "support/UnusedPort.h"
 #include "support/WaitUntil.h"
 #include "tools/FixedColorScheme.h"
@@ -60,7 +54,7 @@ QByteArray contentOf(const QString &path)
 }
 
 /// A newcomer's program with nothing made up that takes part in the setup.
-struct Newcomer : FakeSurroundings {
+struct Newcomer : MeasuredProgram {
     explicit Newcomer(const QString &site)
     {
         settings.setProviderID(ProviderID::ollama);
@@ -95,13 +89,6 @@ struct Newcomer : FakeSurroundings {
     }
     ~Newcomer() { scheduler.shutdown(std::chrono::seconds(5)); }
 
-    TemporaryHome home;
-    SystemClock clock;
-    Scheduler scheduler{clock};
-    HttpClient http;
-    SettingsStore settings{home.path(u"Morvane.conf"_s), keychain};
-    ConversationStore store{home.path(u"Conversations"_s)};
-    FakeToolServerList servers{scheduler, home.path(u"tool-servers"_s)};
     RuntimeState runtime{home.path(u"runtime"_s)};
     std::unique_ptr<LocalModelManager> manager;
     std::unique_ptr<AppServices> services;

@@ -4,21 +4,15 @@
 // Optional argument: an image of a bundle, such as packaging/make-bundle.sh makes.
 
 #include "MeasuredApplication.h"
+#include "MeasuredProgram.h"
 #include "ProcMegabytes.h"
 #include "RuntimeArchive.h"
 
 #include "app/AppModel.h"
 #include "app/UpdateModel.h"
-#include "async/SystemClock.h"
 #include "base/InstalledFiles.h"
-#include "net/HttpClient.h"
-#include "store/ConversationStore.h"
-#include "store/SettingsStore.h"
 #include "support/AccessibilityBus.h"
-#include "support/FakeSurroundings.h"
-#include "support/FakeToolServerList.h"
 #include "support/PrivateDesktop.h"
-#include "support/TemporaryHome.h"
 #include "support/WaitUntil.h"
 #include "tools/FixedColorScheme.h"
 #include "ui/controls/AccessibleEvents.h"
@@ -94,7 +88,7 @@ private:
 };
 
 /// The program with nothing made up that takes part in the update.
-struct Updated : FakeSurroundings {
+struct Updated : MeasuredProgram {
     explicit Updated(const UpdateHost &host)
         : hosted(http, host, {u"1.0"_s, 1}, {home.path(u"Morvane.app"_s), home.path()}, home.path(),
                  [this] { hasEnded = true; }),
@@ -113,13 +107,6 @@ struct Updated : FakeSurroundings {
     ~Updated() { scheduler.shutdown(std::chrono::seconds(5)); }
 
     bool hasEnded = false; ///< Where the program would.
-    TemporaryHome home;
-    SystemClock clock;
-    Scheduler scheduler{clock};
-    HttpClient http;
-    SettingsStore settings{home.path(u"Morvane.conf"_s), keychain};
-    ConversationStore store{home.path(u"Conversations"_s)};
-    FakeToolServerList servers{scheduler, home.path(u"tool-servers"_s)};
     HostedUpdates hosted;
     AppServices services;
     SettingsServices settingsServices;

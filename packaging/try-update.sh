@@ -11,7 +11,7 @@ trial=build/trial
 for each in "old 1" "new 2"; do
   read -r name build <<<"$each"
   packaging/make-bundle.sh "$trial/$name" --origin "$origin" --build "$build" >"$trial-$name.log"
-  tail -n 3 "$trial-$name.log"
+  tail -n 3 "$trial-$name.log" | sed "s|$PWD/||"
 done
-MORVANE_UPDATE_TRIAL=$(realpath "$trial") build/release/bin/e2e_tests --gtest_brief=0 \
+MORVANE_UPDATE_TRIAL=$(realpath "$trial") build/release/bin/e2e_tests \
   --gtest_filter='UpdateTest.*:KilledUpdateTest.*'

@@ -2,11 +2,7 @@
 
 #include "support/WaitUntil.h"
 
-#include <csignal>
-
 using namespace Qt::StringLiterals;
-
-using testing::IsEmpty;
 
 namespace morvane {
 namespace {
@@ -79,12 +75,8 @@ TEST_F(KilledUpdateTest, WhenTheRelaunchIsWaitingTheNewProgramComesUpByItself)
     takeUpdateAtOnce(morvane);
     ASSERT_TRUE(morvane.ear().hears(u"Restarting to finish the update."_s));
     morvane.program().process().kill();
-    const qint64 pid = world.process();
-    ASSERT_GT(pid, 0);
-    AccessibilityBus bus(morvane.desktop().sessionBusAddress());
-    expectNewBuild(morvane, AccessibleProgram(bus, pid));
-    EXPECT_THAT(world.beside(), IsEmpty());
-    end(pid);
+    withRelaunched(morvane,
+                   [&morvane](const AccessibleProgram &relaunched) { expectNewBuild(morvane, relaunched); });
 }
 
 } // namespace

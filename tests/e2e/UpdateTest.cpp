@@ -101,6 +101,17 @@ void UpdateTest::expectNewBuild(MorvaneSession &morvane, const AccessibleProgram
               u"Morvane " MORVANE_VERSION " (build 2) is the latest version."_s);
 }
 
+void UpdateTest::withRelaunched(const MorvaneSession &morvane,
+                                const std::function<void(const AccessibleProgram &)> &look)
+{
+    const qint64 pid = world.process();
+    ASSERT_GT(pid, 0);
+    AccessibilityBus bus(morvane.desktop().sessionBusAddress());
+    look(AccessibleProgram(bus, pid));
+    EXPECT_THAT(world.beside(), IsEmpty());
+    end(pid);
+}
+
 void UpdateTest::end(qint64 pid)
 {
     const int process = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
@@ -145,20 +156,14 @@ TEST_F(UpdateTest, TheNewBuildComesUpByItselfWithTheSameConversations)
     EXPECT_EQ(morvane.program().process().waitForExit(), 0);
     const qint64 untilEnd = sincePress.elapsed();
 
-    const qint64 pid = world.process();
-    ASSERT_GT(pid, 0);
-    AccessibilityBus bus(morvane.desktop().sessionBusAddress());
-    {
-        const AccessibleProgram relaunched(bus, pid);
+    withRelaunched(morvane, [&](const AccessibleProgram &relaunched) {
         ASSERT_TRUE(relaunched.focuses(u"Message Morvane"_s));
         std::cout << "from the press to the end of the old program: " << untilEnd
                   << " ms, to the new window: " << sincePress.elapsed() << " ms\n";
         EXPECT_TRUE(relaunched.shows(
             [](const AccessibleNode &node) { return node.name.contains("An answer about birds."_L1); }));
         expectNewBuild(morvane, relaunched);
-    }
-    EXPECT_THAT(world.beside(), IsEmpty());
-    end(pid);
+    });
 }
 
 TEST_F(UpdateTest, AnImageOfAnotherHashIsNotInstalled)
@@ -245,11 +250,9 @@ TEST_F(UpdateTest, ARequiredUpdateHoldsTheProgramUntilItIsInstalled)
     pressInSheet(morvane, u"Required update sheet"_s,
                  u"Update Morvane to " MORVANE_VERSION " build 2 now."_s);
     EXPECT_EQ(morvane.program().process().waitForExit(), 0);
-    const qint64 pid = world.process();
-    ASSERT_GT(pid, 0);
-    AccessibilityBus bus(morvane.desktop().sessionBusAddress());
-    EXPECT_TRUE(AccessibleProgram(bus, pid).shows(u"Message Morvane"_s));
-    end(pid);
+    withRelaunched(morvane, [](const AccessibleProgram &relaunched) {
+        EXPECT_TRUE(relaunched.shows(u"Message Morvane"_s));
+    });
 }
 
 } // namespace

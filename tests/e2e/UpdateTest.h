@@ -6,6 +6,7 @@
 #include "support/SmallVolume.h"
 
 #include <QTemporaryDir>
+#include <functional>
 #include <optional>
 
 namespace morvane {
@@ -38,8 +39,9 @@ protected:
     /// A program that was started from the bundle says that build 2 is the latest.
     static void expectNewBuild(MorvaneSession &morvane, const AccessibleProgram &program);
 
-    /// Ends the program that came in the place of the one that was started here.
-    static void end(qint64 pid);
+    /// Looks at the program that came by itself in the place of the one that was started here, and ends it.
+    void withRelaunched(const MorvaneSession &morvane,
+                        const std::function<void(const AccessibleProgram &)> &look);
 
     /// Lays the bundle on a volume of its own, with so much space besides.
     void layOnVolume(qint64 space);
@@ -49,6 +51,8 @@ protected:
     std::optional<SmallVolume> volume;
 
 private:
+    static void end(qint64 pid);
+
     const QByteArray m_laid = world.fingerprint();
 };
 
