@@ -181,7 +181,7 @@ TEST_F(UpdateTest, ADownloadThatBreaksOffLeavesTheOldProgram)
 {
     world.offer();
     MorvaneSession &morvane = startBundle();
-    check(morvane);
+    check(morvane); // the fault is for the image, not for another look at the manifest
     world.host.setFaults({{DownloadServer::Fault::Kind::cutOff, 100'000}});
     pressInSheet(morvane, available(), u"Update Now"_s);
     expectOldProgram(morvane, u"The download failed: The connection was lost."_s);
