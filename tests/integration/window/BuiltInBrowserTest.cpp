@@ -62,8 +62,8 @@ protected:
     QString missing;
     int starts = 0;
     FakeWebPageFactory *pages = nullptr;
-    BuiltInBrowser builtIn{{scheduler, announcer, http, urls, raiser, attachments,
-                            home.path(u"browser"_s), [this] { return startEngine(); }}};
+    BuiltInBrowser builtIn{{scheduler, announcer, http, urls, raiser, attachments, home.path(u"browser"_s),
+                            [this] { return startEngine(); }}};
 };
 
 TEST_F(BuiltInBrowserTest, NothingIsStartedBeforeItIsWanted)
