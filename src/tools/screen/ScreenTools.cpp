@@ -136,7 +136,7 @@ Task<ToolResult> ScreenTools::pasteText(QString text)
 {
     const QString pasted = trimmed(text);
     const ToolResult problem = co_await runSequence([isEmpty = pasted.isEmpty()](InputControl &control) {
-        const QString permission = control.permissionProblem();
+        QString permission = control.permissionProblem();
         if (!permission.isEmpty())
             return permission;
         return isEmpty ? u"Error: nothing to paste."_s : control.ownWindowProblem();
