@@ -68,11 +68,15 @@ TestProgram &DesktopFixture::start(const QString &program, const QStringList &ar
     const QString log = m_folder.filePath(QString::number(m_programs.size()) + u".log"_s);
     m_programs.push_back(std::make_unique<TestProgram>(program, arguments, environment, log));
     TestProgram &started = *m_programs.back();
-    EXPECT_TRUE(waitUntil([&] {
-        if (!hasTheKeyboard(started.pid()))
-            turnTo(started.pid());
-        return hasTheKeyboard(started.pid());
-    })) << program.toStdString();
+    // A window manager on a busy machine may still be reading the keyboard that the test before has changed.
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            if (!hasTheKeyboard(started.pid()))
+                turnTo(started.pid());
+            return hasTheKeyboard(started.pid());
+        },
+        std::chrono::minutes(2)))
+        << program.toStdString();
     return started;
 }
 
