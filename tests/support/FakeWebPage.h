@@ -21,6 +21,7 @@ public:
     void reload() override { begin(QStringLiteral("reload"), current); }
     void stop() override { log.append(QStringLiteral("stop")); }
     void setZoom(double factor) override { zoom = factor; }
+    void edit(EditCommand command) override { edited.append(command); }
 
     QString title() const override { return currentTitle; }
     QUrl address() const override { return current; }
@@ -44,6 +45,7 @@ public:
 
     QStringList log;
     QStringList scripts;
+    QList<EditCommand> edited;
     QString currentTitle;
     QUrl current;
     bool loading = false;

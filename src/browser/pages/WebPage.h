@@ -1,5 +1,6 @@
 #pragma once
 
+#include "browser/pages/EditCommand.h"
 #include "browser/pages/PageDownload.h"
 #include "browser/pages/PageFailure.h"
 #include "browser/pages/PagePermission.h"
@@ -36,6 +37,8 @@ public:
     virtual void reload() = 0;
     virtual void stop() = 0;
     virtual void setZoom(double factor) = 0;
+    /// Does nothing where there is nothing to do it to.
+    virtual void edit(EditCommand) {}
 
     /// Empty for a document that has none; bounded.
     virtual QString title() const = 0;

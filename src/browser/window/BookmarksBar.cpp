@@ -66,9 +66,7 @@ QToolButton *BookmarksBar::makeButton(const BrowserBookmark &bookmark)
                                                      button->fontMetrics().averageCharWidth() * widestButton);
     button->setText(u' ' + shown.replace(u'&', u"&&"_s)); // a little apart from the icon
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    const QImage icon = m_records.bookmarkFavicon(bookmark);
-    if (!icon.isNull())
-        button->setIcon(QIcon(QPixmap::fromImage(icon)));
+    showIcon(bookmark, *button);
     setHoverText(button,
                  u"<qt>%1<br>%2</qt>"_s.arg(title.toHtmlEscaped(), pageText(bookmark.url).toHtmlEscaped()));
     button->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -93,8 +91,17 @@ void BookmarksBar::openMenu(const BrowserBookmark &bookmark, const QToolButton &
 void BookmarksBar::updateIcons()
 {
     for (qsizetype index = 0; index < m_shown.size(); ++index)
-        if (const QImage icon = m_records.bookmarkFavicon(m_shown.at(index)); !icon.isNull())
-            m_buttons.at(index)->setIcon(QIcon(QPixmap::fromImage(icon)));
+        if (!m_withIcon.contains(m_shown.at(index).id))
+            showIcon(m_shown.at(index), *m_buttons.at(index));
+}
+
+void BookmarksBar::showIcon(const BrowserBookmark &bookmark, QToolButton &button)
+{
+    const QImage icon = m_records.bookmarkFavicon(bookmark);
+    if (icon.isNull())
+        return;
+    m_withIcon.insert(bookmark.id);
+    button.setIcon(QIcon(QPixmap::fromImage(icon)));
 }
 
 } // namespace morvane

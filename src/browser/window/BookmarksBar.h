@@ -3,6 +3,7 @@
 #include "browser/history/BrowserBookmark.h"
 
 #include <QList>
+#include <QSet>
 #include <QWidget>
 
 class QToolButton;
@@ -20,11 +21,12 @@ public:
     /// Both outlive the bar.
     BookmarksBar(BrowsingRecords &records, BrowserMenuActions &actions, QWidget *parent = nullptr);
 
-    /// Icons that have come since.
+    /// Shows icons that have been fetched since.
     void updateIcons();
 
 private:
     void update();
+    void showIcon(const BrowserBookmark &bookmark, QToolButton &button);
     QToolButton *makeButton(const BrowserBookmark &bookmark);
     void openMenu(const BrowserBookmark &bookmark, const QToolButton &button);
 
@@ -33,6 +35,7 @@ private:
     ScrollStrip *m_strip;
     QList<BrowserBookmark> m_shown;
     QList<QToolButton *> m_buttons;
+    QSet<QUuid> m_withIcon; ///< The bookmarks whose sites have shown theirs.
 };
 
 } // namespace morvane

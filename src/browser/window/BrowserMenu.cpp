@@ -3,6 +3,7 @@
 #include "browser/tabs/BrowserManager.h"
 #include "browser/window/BrowserMenuActions.h"
 #include "browser/window/HistoryMenuDelegate.h"
+#include "browser/window/PageArea.h"
 #include "ui/window/EditMenu.h"
 
 #include <QApplication>
@@ -14,8 +15,8 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 
 BrowserMenu::BrowserMenu(QMainWindow &window, BrowserManager &manager, BrowserMenuActions &actions,
-                         const BrowsingRecords &records)
-    : m_window(window), m_manager(manager), m_actions(actions), m_records(records)
+                         const BrowsingRecords &records, PageArea &page)
+    : m_window(window), m_manager(manager), m_actions(actions), m_records(records), m_page(page)
 {
 }
 
@@ -64,6 +65,7 @@ void BrowserMenu::addFileMenu()
 void BrowserMenu::addEditMenu()
 {
     auto *menu = new EditMenu(m_window);
+    menu->setOtherPlace(m_page, [&page = m_page](const QByteArray &slot) { page.edit(slot); });
     menu->setParent(m_window.menuBar(), menu->windowFlags());
     m_window.menuBar()->addMenu(menu);
     menu->addSeparator();

@@ -11,6 +11,7 @@ namespace morvane {
 class BrowserManager;
 class BrowserMenuActions;
 class BrowsingRecords;
+class PageArea;
 
 /// The menu bar of the browser's window, which takes the place of the main window's while the browser is in
 /// front: its keys hold in its window only.
@@ -18,7 +19,7 @@ class BrowserMenu {
 public:
     /// All of them outlive the window.
     BrowserMenu(QMainWindow &window, BrowserManager &manager, BrowserMenuActions &actions,
-                const BrowsingRecords &records);
+                const BrowsingRecords &records, PageArea &page);
 
     /// Fills the window's menu bar, once.
     void makeBrowserMenu();
@@ -39,6 +40,7 @@ private:
     BrowserManager &m_manager;
     BrowserMenuActions &m_actions;
     const BrowsingRecords &m_records;
+    PageArea &m_page;
 };
 
 } // namespace morvane

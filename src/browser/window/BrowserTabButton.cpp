@@ -34,6 +34,7 @@ BrowserTabButton::BrowserTabButton(const BrowserTab &tab, QWidget *parent)
 {
     BrowserTabAccessible::install();
     setCheckable(true);
+    setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::NoFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setMaximumWidth(sizeHint().width());

@@ -68,12 +68,21 @@ void BrowserWindowView::makeContent()
     column->addWidget(new DownloadsBar(m_manager.downloads()));
     column->addWidget(m_panel);
     setCentralWidget(content);
-    connect(&m_services.records.history(), &HistoryStore::changed, m_bookmarks, &BookmarksBar::updateIcons);
+    connect(&m_manager, &BrowserManager::tabInserted, this, &BrowserWindowView::followIconsOf);
+    for (qsizetype tab = 0; tab < std::ssize(m_manager.tabs()); ++tab)
+        followIconsOf(tab);
+}
+
+void BrowserWindowView::followIconsOf(qsizetype tab)
+{
+    // A tab shows the icon of its site when it has come, and then the bookmarks of that site have it, too.
+    connect(m_manager.tabs().at(static_cast<std::size_t>(tab)).get(), &BrowserTab::changed, m_bookmarks,
+            &BookmarksBar::updateIcons);
 }
 
 void BrowserWindowView::makeMenus()
 {
-    BrowserMenu(*this, m_manager, *m_actions, m_services.records).makeBrowserMenu();
+    BrowserMenu(*this, m_manager, *m_actions, m_services.records, *m_page).makeBrowserMenu();
 }
 
 void BrowserWindowView::makeKeys()

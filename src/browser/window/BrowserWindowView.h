@@ -42,6 +42,7 @@ protected:
 private:
     void makeContent();
     void makeMenus();
+    void followIconsOf(qsizetype tab);
     void makeKeys();
     void takePlace();
     void focusNextRegion(int step);

@@ -4,6 +4,8 @@
 #include "browser/window/PageText.h"
 #include "ui/controls/AccessibleRole.h"
 
+#include <QHash>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -60,6 +62,15 @@ void PageArea::focusPage()
 {
     if (QWidget *view = currentWidget())
         view->setFocus(Qt::OtherFocusReason);
+}
+
+void PageArea::edit(const QByteArray &slot)
+{
+    static const QHash<QByteArray, EditCommand> commands{
+        {"undo", EditCommand::undo}, {"redo", EditCommand::redo},   {"cut", EditCommand::cut},
+        {"copy", EditCommand::copy}, {"paste", EditCommand::paste}, {"selectAll", EditCommand::selectAll}};
+    if (m_tab && commands.contains(slot))
+        m_tab->webView().edit(commands.value(slot));
 }
 
 bool PageArea::hasPageFocus() const

@@ -18,6 +18,8 @@ public:
 
     /// The keyboard goes to the page.
     void focusPage();
+    /// Does an editing command, by the name of the toolkit's slot, in the page.
+    void edit(const QByteArray &slot);
     /// Whether the keyboard is in the page.
     bool hasPageFocus() const;
 

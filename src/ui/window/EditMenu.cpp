@@ -66,6 +66,8 @@ void EditMenu::addCommand(const QString &text, QKeySequence::StandardKey key, co
 {
     QAction *action = addAction(text, this, [this, slot] {
         QWidget *focus = m_window.focusWidget();
+        if (isInOtherPlace(focus))
+            return m_otherCommand(slot);
         if (!focus || !isPossible(*focus, slot))
             return;
         if (auto *line = qobject_cast<QLineEdit *>(focus); line && slot == QByteArray("paste"))
@@ -84,7 +86,18 @@ void EditMenu::update()
     const QWidget *focus = m_window.focusWidget();
     for (QAction *action : actions())
         if (const QByteArray slot = action->data().toByteArray(); !slot.isEmpty())
-            action->setEnabled(focus && isPossible(*focus, slot));
+            action->setEnabled(isInOtherPlace(focus) || (focus && isPossible(*focus, slot)));
+}
+
+void EditMenu::setOtherPlace(QWidget &place, std::function<void(const QByteArray &slot)> command)
+{
+    m_otherPlace = &place;
+    m_otherCommand = std::move(command);
+}
+
+bool EditMenu::isInOtherPlace(const QWidget *focus) const
+{
+    return focus && m_otherPlace && m_otherPlace->isAncestorOf(focus);
 }
 
 bool EditMenu::isPossible(const QWidget &widget, const QByteArray &slot)

@@ -96,6 +96,14 @@ void MainMenus::addViewMenu()
         menu->addAction(u"Jump to the Latest Message"_s, &m_pane, &ConversationPane::jumpToLatest);
     latest->setShortcut(Qt::CTRL | Qt::Key_J);
     needConversation(latest);
+    menu->addSeparator();
+    m_browser = menu->addAction(u"Morvane Browser"_s, this, &MainMenus::browserRequested);
+    stopWhileUpdateIsRequired(m_browser);
+}
+
+void MainMenus::switchBrowserOff()
+{
+    m_browser->setVisible(false);
 }
 
 void MainMenus::addConversationMenu()

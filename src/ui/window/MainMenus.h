@@ -19,11 +19,14 @@ class MainMenus : public QObject {
 public:
     /// Fills the menu bar of `window`; all must outlive this.
     MainMenus(QMainWindow &window, AppModel &model, ConversationPane &pane, ConversationZoom &zoom);
+    /// For a program whose browser cannot be opened.
+    void switchBrowserOff();
 
 Q_SIGNALS:
     void aboutRequested();
     void settingsRequested();
     void shortcutsRequested();
+    void browserRequested();
 
 private:
     QMenu *addMenu(const QString &title);
@@ -45,6 +48,7 @@ private:
     AppModel &m_model;
     ConversationPane &m_pane;
     ConversationZoom &m_zoom;
+    QAction *m_browser = nullptr;
 };
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #include "ui/window/MainWindow.h"
 
 #include "app/AppModel.h"
+#include "app/BrowserWindowPort.h"
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/conversation/ChatScrollView.h"
@@ -128,6 +129,9 @@ void MainWindow::makeMenus()
     connect(menus, &MainMenus::aboutRequested, this, &MainWindow::showAbout);
     connect(menus, &MainMenus::settingsRequested, this, &MainWindow::showSettings);
     connect(menus, &MainMenus::shortcutsRequested, this, &MainWindow::showShortcuts);
+    connect(menus, &MainMenus::browserRequested, this, [this] { m_services.browserWindow.show(); });
+    if (!m_services.browserWindow.isAvailable())
+        menus->switchBrowserOff();
 }
 
 void MainWindow::showSettings()

@@ -63,6 +63,26 @@ TEST_F(WindowLooksTest, TheWindowHasItsTitleAndItsSizes)
     EXPECT_EQ(window->minimumSize(), QSize(600, 640));
 }
 
+TEST_F(WindowLooksTest, TheBrowserOpensByItsMenuEntryWhichIsNotThereWithoutOne)
+{
+    const auto entry = [this] {
+        for (QAction *action : window->findChildren<QAction *>())
+            if (action->text() == "Morvane Browser"_L1)
+                return action;
+        return static_cast<QAction *>(nullptr);
+    };
+    ASSERT_NE(entry(), nullptr);
+    entry()->trigger();
+    EXPECT_TRUE(browserWindow.visible);
+    browserWindow.problemText = u"it is not installed."_s;
+    restart();
+    show();
+    EXPECT_FALSE(entry()->isVisible());
+    const auto *browser = button(part<HeaderView>(), u"Morvane Browser"_s);
+    EXPECT_FALSE(browser->isEnabled());
+    EXPECT_EQ(browser->accessibleDescription(), u"it is not installed."_s);
+}
+
 TEST_F(WindowLooksTest, TheHeadersButtonsDoWhatTheySay)
 {
     show();

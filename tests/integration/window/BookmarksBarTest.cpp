@@ -99,6 +99,18 @@ TEST_F(BookmarksBarTest, AnIconComesWithTheSite)
               QColor(Qt::magenta));
 }
 
+TEST_F(BookmarksBarTest, AnIconThatComesAfterTheBookmarkIsShown)
+{
+    mark(u"One"_s);
+    const auto shown = [this] {
+        return button(u"Open bookmark One"_s)->icon().pixmap(16, 16).toImage().pixelColor(8, 8);
+    };
+    EXPECT_NE(shown(), QColor(Qt::magenta));
+    browser->icons[u"one.test"_s] = Qt::magenta;
+    browser->load(u"https://one.test/"_s, u"One"_s);
+    EXPECT_TRUE(waitUntil([&] { return shown() == QColor(Qt::magenta); }));
+}
+
 TEST_F(BookmarksBarTest, LongTitlesAndManyBookmarksDoNotWidenTheWindow)
 {
     for (int i = 0; i < 40; ++i)

@@ -1,6 +1,7 @@
 #include "BrowserWindowFixture.h"
 
-#include "browser/window/BrowserMenuActions.h"
+#include "browser/window/PageArea.h"
+#include "browser/window/URLField.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -83,6 +84,30 @@ TEST_F(BrowserMenuTest, TheEditMenuEndsInFind)
     ASSERT_EQ(find.size(), 1);
     EXPECT_EQ(find.first()->text(), u"Find…"_s);
     EXPECT_EQ(find.first()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_F));
+}
+
+TEST_F(BrowserMenuTest, EditingReachesThePageThatHasTheKeyboard)
+{
+    part<PageArea>()->focusPage();
+    Q_EMIT menu(u"Edit"_s)->aboutToShow();
+    for (const QString &text : {u"Undo"_s, u"Redo"_s, u"Cut"_s, u"Copy"_s, u"Paste"_s, u"Select All"_s}) {
+        EXPECT_TRUE(item(u"Edit"_s, text)->isEnabled()) << qPrintable(text);
+        choose(u"Edit"_s, text);
+    }
+    EXPECT_EQ(browser->page().edited,
+              (QList<EditCommand>{EditCommand::undo, EditCommand::redo, EditCommand::cut, EditCommand::copy,
+                                  EditCommand::paste, EditCommand::selectAll}));
+}
+
+TEST_F(BrowserMenuTest, EditingOutsideOfThePageDoesNotReachIt)
+{
+    press(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), u"abc"_s);
+    Q_EMIT menu(u"Edit"_s)->aboutToShow();
+    EXPECT_FALSE(item(u"Edit"_s, u"Copy"_s)->isEnabled());
+    choose(u"Edit"_s, u"Select All"_s);
+    EXPECT_EQ(part<URLField>()->selectedText(), u"abc"_s);
+    EXPECT_TRUE(browser->page().edited.isEmpty());
 }
 
 TEST_F(BrowserMenuTest, KeysOpenCloseAndReopenTabs)
