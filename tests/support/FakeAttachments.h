@@ -7,6 +7,7 @@
 #include "attachments/AttachmentService.h"
 
 #include <QList>
+#include <new>
 
 namespace morvane {
 
@@ -46,6 +47,7 @@ public:
     QList<QByteArray> images;   ///< The bytes of those that were in no file.
     QList<QByteArray> pictures; ///< The bytes of those that were looked at.
     QStringList failing;        ///< Files that fail with "Cannot attach {name}."
+    QStringList breaking;       ///< Files for which the system lacks something.
     bool holds = false;
 
 private:
@@ -56,6 +58,8 @@ private:
             m_held.append(held);
             co_await held.wait();
         }
+        if (breaking.contains(filename))
+            throw std::bad_alloc();
         if (failing.contains(filename))
             throw AttachmentError(QStringLiteral("Cannot attach ") + filename + QLatin1Char('.'));
         ChatAttachment attachment;

@@ -130,6 +130,7 @@ TEST_F(ChatScrollViewInputTest, TheMenuOpensTheRowsLinks)
     press(Qt::Key_Return);
     ASSERT_NE(menu(), nullptr);
     ASSERT_EQ(menu()->actions().size(), 3);
+    EXPECT_EQ(menu()->actions()[2]->text(), u"Open https://example.com/a&&b"_s) << "shown with one";
     menu()->actions()[2]->trigger();
     menu()->close();
     EXPECT_EQ(opened, QStringList{u"https://example.com/a&b"_s});

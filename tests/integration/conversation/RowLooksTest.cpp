@@ -134,8 +134,9 @@ TEST_F(RowLooksTest, TheMarkOfTheKeyboardComesWithItAndGoesWithTheMouse)
     view.activateWindow();
     for (const auto reason : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::ShortcutFocusReason}) {
         view.clearFocus();
-        settle();
+        view.setFocus(Qt::MouseFocusReason);
         EXPECT_FALSE(isMarked(1)) << reason;
+        view.clearFocus();
         view.setFocus(reason);
         EXPECT_TRUE(isMarked(1)) << reason;
     }
@@ -151,6 +152,30 @@ TEST_F(RowLooksTest, TheMarkOfTheKeyboardComesWithItAndGoesWithTheMouse)
     ASSERT_NE(menu(), nullptr);
     menu()->close();
     EXPECT_TRUE(isMarked(1));
+}
+
+TEST_F(RowLooksTest, TheMarkOfTheKeyboardIsDrawnAndWipedAtOnce)
+{
+    struct PaintCount : QObject {
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            count += event->type() == QEvent::Paint;
+            return false;
+        }
+        int count = 0;
+    } paints;
+    say(Role::assistant, u"One."_s);
+    show();
+    view.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+    view.clearFocus();
+    settle();
+    view.viewport()->installEventFilter(&paints);
+    view.setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(QTest::qWaitFor([&paints] { return paints.count > 0; }));
+    paints.count = 0;
+    view.clearFocus();
+    EXPECT_TRUE(QTest::qWaitFor([&paints] { return paints.count > 0; }));
 }
 
 TEST_F(RowLooksTest, TheMarkOfTheKeyboardIsThereAgainWhenTheFocusIsGivenBack)

@@ -211,6 +211,9 @@ TEST_F(SelectedTextTest, FoldingTheActivitySelectsNothingThatIsGone)
     view.setActivityFolded(true);
     settle();
     EXPECT_EQ(view.selectedText(), QString());
+    view.setActivityFolded(false);
+    settle();
+    EXPECT_EQ(view.selectedText(), QString()) << "nobody remembers";
 }
 
 TEST_F(SelectedTextTest, TheMenuCopiesTheSelectionWhereItIsOpenedOnIt)

@@ -46,6 +46,15 @@ TEST_F(ComposerAttachmentsTest, OneFailureDoesNotStopTheOthers)
     EXPECT_EQ(view->attachments().processingCount(), 0);
 }
 
+TEST_F(ComposerAttachmentsTest, AFileForWhichTheSystemLacksSomethingIsToldToo)
+{
+    attachments.breaking = {u"a.txt"_s};
+    attach({u"a.txt"_s});
+    EXPECT_EQ(announcer.spoken.last(), u"Could not read \"a.txt\"."_s);
+    EXPECT_TRUE(pendingNames().isEmpty());
+    EXPECT_EQ(view->attachments().processingCount(), 0);
+}
+
 TEST_F(ComposerAttachmentsTest, SendingIsNotPossibleWhileAFileIsRead)
 {
     attachments.holds = true;

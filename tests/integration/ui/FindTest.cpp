@@ -161,6 +161,21 @@ TEST_F(FindTest, NewMessagesAreCountedWithoutAWord)
     EXPECT_EQ(announcer.spoken.filter(u" of "_s), QStringList());
 }
 
+TEST_F(FindTest, TheButtonThatTheKeyboardIsOnStaysWhileTheWordsAreLookedForAgain)
+{
+    open({u"one"_s, u"two one"_s});
+    find(u"one"_s);
+    auto *next = button(part<FindBar>(), u"Next match"_s);
+    next->setFocus(Qt::TabFocusReason);
+    model->transcript().append(message(Role::user, u"one more"_s));
+    EXPECT_TRUE(next->hasFocus());
+    settle();
+    EXPECT_TRUE(next->hasFocus());
+    EXPECT_EQ(summary(), u"1 of 3"_s);
+    QTest::keyClick(next, Qt::Key_Space);
+    EXPECT_EQ(summary(), u"2 of 3"_s);
+}
+
 TEST_F(FindTest, AnotherConversationIsSearchedInItsTurn)
 {
     save(u"B"_s, {message(Role::user, u"one one one"_s)});

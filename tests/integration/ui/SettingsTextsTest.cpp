@@ -6,6 +6,7 @@
 #include "ui/controls/MenuPicker.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/PickerChoices.h"
+#include "ui/controls/WrappingLabel.h"
 #include "ui/settings/SettingsHeader.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -135,6 +136,17 @@ TEST_F(SettingsTextsTest, TabsAndLinesHaveTheirSymbols)
     EXPECT_TRUE(hasSymbol(u"Test machine."_s, Symbol::laptop));
     EXPECT_TRUE(hasSymbol(u"The local model is ready. No limits, nothing leaves this Mac."_s,
                           Symbol::arrowRightCircle));
+}
+
+TEST_F(SettingsTextsTest, AnActionThatIsAllowedHasACheckMark)
+{
+    settings->setAlwaysAllowedTools({u"write_file"_s});
+    const auto labels = view->findChildren<WrappingLabel *>();
+    const auto shown = std::find_if(labels.begin(), labels.end(),
+                                    [](const WrappingLabel *label) { return label->isVisible(); });
+    ASSERT_NE(shown, labels.end());
+    EXPECT_TRUE(showsSymbol(**shown, Symbol::checkCircle, (*shown)->palette().color(QPalette::WindowText),
+                            (*shown)->fontMetrics().height()));
 }
 
 TEST_F(SettingsTextsTest, AModelThatCostsNothingIsToldToBeFree)

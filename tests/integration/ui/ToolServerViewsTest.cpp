@@ -142,6 +142,19 @@ TEST_F(ToolServerViewsTest, TogglingOffShowsOffAfterTheRefreshAndOnConnectsAgain
     EXPECT_TRUE(reads(rows()[0], u"S, Connected via command · 1 tool"_s));
 }
 
+TEST_F(ToolServerViewsTest, AServerThatIsSwitchedElsewhereShowsSo)
+{
+    toolServerList.add(u"S"_s);
+    toolServerList.add(u"T"_s);
+    showServers();
+    ASSERT_TRUE(reads(rows()[1], u"T, Connected via command · 1 tool"_s));
+    manager().toggleServer(manager().servers()[1].id, false);
+    EXPECT_TRUE(switchOf(rows()[0])->isChecked());
+    EXPECT_FALSE(switchOf(rows()[1])->isChecked());
+    manager().toggleServer(manager().servers()[1].id, true);
+    EXPECT_TRUE(switchOf(rows()[1])->isChecked());
+}
+
 TEST_F(ToolServerViewsTest, TroubleShowsInTheRowAndInTheTabAndItsTextCanBeCopied)
 {
     const auto iconKey = [this] { return tabs()->tabIcon(2).pixmap(16).toImage(); };
