@@ -22,6 +22,38 @@ TEST_F(AppModelConversationsTest, UnusedNewConversationLeavesNoTrace)
     EXPECT_THAT(announcer.spoken, Contains(u"New conversation started."_s));
 }
 
+TEST_F(AppModelConversationsTest, WhatBecomesOfConversationsIsSpokenOnlyWhereResponsesAre)
+{
+    for (const bool isWanted : {true, false}) {
+        const QUuid id = savedConversation(u"Trip"_s, {message(Role::user, u"Where?"_s)});
+        start();
+        settings->setAnnounceResponses(isWanted);
+        settle();
+        announcer.spoken.clear();
+        model->openConversation(id);
+        settle();
+        model->newConversation();
+        settle();
+        model->deleteConversation(id);
+        settle();
+        EXPECT_EQ(announcer.spoken, isWanted ? QStringList({u"Opened Trip."_s, u"New conversation started."_s,
+                                                            u"Conversation deleted."_s})
+                                             : QStringList());
+    }
+}
+
+TEST_F(AppModelConversationsTest, AnOpenedConversationHasNoActivityAndNoStatusOfAnother)
+{
+    const QUuid id = savedConversation(u"Trip"_s, {message(Role::user, u"Where?"_s)});
+    start();
+    settle();
+    model->activity().log(u"Something"_s, ActivityStep::Kind::info);
+    model->status().setStatusText(u"Cancelled"_s);
+    model->openConversation(id);
+    EXPECT_TRUE(model->activity().steps().isEmpty());
+    EXPECT_EQ(model->status().statusText(), u"Ready"_s);
+}
+
 TEST_F(AppModelConversationsTest, NewConversationSavesTheOldOne)
 {
     neverAnswer();
