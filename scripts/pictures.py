@@ -14,6 +14,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 GALLERY = ROOT / "build/release/bin/window-gallery"
+BROWSER_GALLERY = ROOT / "build/release/bin/browser-gallery"
 SHOWN = ROOT / "docs/images/windows"
 
 STATES = {
@@ -48,6 +49,11 @@ STATES = {
     "settings-tool-servers": ["--window", "tool-servers", "--servers", "5"],
     "settings-tool-servers-none": ["--window", "tool-servers"],
     "settings-add-server": ["--window", "add-server"],
+    "browser": ["--window", "browser"],
+    "browser-many-tabs": ["--window", "find", "--tabs", "12"],
+    "browser-panel": ["--window", "panel"],
+    "browser-history": ["--window", "history"],
+    "browser-download": ["--window", "download"],
 }
 
 # Name: logical width and height, points of the font, pixels for each logical one.
@@ -57,6 +63,7 @@ SIZES = {
     "large-type": (760, 720, 20, 1),
     "narrow": (360, 640, 10, 1),
     "2560x1440": (1280, 720, 10, 2),
+    "1150x780": (1150, 780, 10, 1),
 }
 
 # What the page shows: each state once in usual type, and again where large type or a dense screen is the harder case.
@@ -92,6 +99,11 @@ PAGE = [
     ("settings-tool-servers", "narrow", "dark"),
     ("settings-tool-servers-none", "large-type", "light"), ("settings-add-server", "800x600", "light"),
     ("settings-add-server", "large-type", "dark"), ("settings-add-server", "narrow", "light"),
+    ("browser", "1150x780", "light"), ("browser", "large-type", "dark"),
+    ("browser-many-tabs", "1150x780", "dark"), ("browser-many-tabs", "large-type", "light"),
+    ("browser-panel", "1150x780", "light"), ("browser-panel", "large-type", "dark"),
+    ("browser-history", "1150x780", "light"), ("browser-history", "large-type", "dark"),
+    ("browser-download", "narrow", "dark"), ("browser-download", "large-type", "light"),
 ]
 
 
@@ -100,7 +112,8 @@ def draw(folder, state, size, theme):
     width, height, font, scale = SIZES[size]
     picture = folder / f"{state}-{size}-{theme}.png"
     environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", QT_SCALE_FACTOR=str(scale))
-    command = [GALLERY, *STATES[state], "--width", str(width), "--height", str(height), "--font", str(font)]
+    gallery = BROWSER_GALLERY if state.startswith("browser") else GALLERY
+    command = [gallery, *STATES[state], "--width", str(width), "--height", str(height), "--font", str(font)]
     if theme == "dark":
         command.append("--dark")
     with tempfile.TemporaryDirectory() as place:

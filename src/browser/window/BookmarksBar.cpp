@@ -21,6 +21,7 @@ namespace {
 
 /// In characters of the font.
 constexpr int widestButton = 24;
+constexpr QSize largestIcon{64, 64};
 
 } // namespace
 
@@ -101,7 +102,9 @@ void BookmarksBar::showIcon(const BrowserBookmark &bookmark, QToolButton &button
     if (icon.isNull())
         return;
     m_withIcon.insert(bookmark.id);
-    button.setIcon(QIcon(QPixmap::fromImage(icon)));
+    // The toolkit makes icons smaller, but never larger.
+    const QImage large = icon.scaled(largestIcon, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    button.setIcon(QIcon(QPixmap::fromImage(large)));
 }
 
 } // namespace morvane
