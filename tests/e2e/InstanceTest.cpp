@@ -1,7 +1,11 @@
 #include "MorvaneTest.h"
 
 #include "support/WaitUntil.h"
+#include "ui/theme/AppMark.h"
 
+#include <QIcon>
+#include <QImage>
+#include <QPixmap>
 #include <csignal>
 #include <gtest/gtest.h>
 
@@ -11,6 +15,20 @@ namespace morvane {
 namespace {
 
 class InstanceTest : public MorvaneTest {};
+
+TEST_F(InstanceTest, TheWindowHasTheProgramsNameAndItsIcon)
+{
+    MorvaneSession &morvane = start({});
+    const xcb_window_t window = morvane.screen().activeWindow();
+    EXPECT_EQ(morvane.screen().bytes(window, "_NET_WM_NAME"), "Morvane");
+    const QList<uint32_t> icon = morvane.screen().property(window, "_NET_WM_ICON");
+    ASSERT_GT(icon.size(), 2);
+    const QSize size(int(icon.at(0)), int(icon.at(1)));
+    ASSERT_GE(icon.size(), 2 + qsizetype(size.width()) * size.height());
+    const QImage shown(reinterpret_cast<const uchar *>(icon.constData() + 2), size.width(), size.height(),
+                       QImage::Format_ARGB32);
+    EXPECT_EQ(shown, appIcon().pixmap(size).toImage().convertToFormat(QImage::Format_ARGB32));
+}
 
 TEST_F(InstanceTest, ASecondStartRaisesTheFirstWindowAndEnds)
 {
