@@ -1,6 +1,5 @@
 #include "app/AppModel.h"
 #include "app/AppServices.h"
-#include "app/BrowserWindowPort.h"
 #include "app/MCPToolServers.h"
 #include "app/NotificationService.h"
 #include "app/PermissionsModel.h"
@@ -12,6 +11,11 @@
 #include "base/DataFolders.h"
 #include "base/InstalledFiles.h"
 #include "base/Log.h"
+#include "browser/entry/BuiltInBrowser.h"
+#include "browser/sites/Favicons.h"
+#include "browser/sites/StartPage.h"
+#include "browser/window/BrowserWindowView.h"
+#include "browser/window/BrowsingRecords.h"
 #include "localmodel/DiskSpace.h"
 #include "localmodel/LocalModelManager.h"
 #include "localmodel/MachineProfile.h"
@@ -46,7 +50,6 @@
 #include "store/ConversationStore.h"
 #include "store/SettingsStore.h"
 #include "tools/BuiltinTools.h"
-#include "tools/NoBrowser.h"
 #include "tools/reminders/ReminderStore.h"
 #include "tools/screen/ScreenTools.h"
 #include "tools/screen/SequenceClock.h"
@@ -63,10 +66,12 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QMessageBox>
 #include <QThreadPool>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -112,6 +117,47 @@ Task<void> onceTheWindowIsThere(ScreenTools *screen, MCPManager *servers, AppMod
     co_await model->updates().checkForUpdates(UpdateModel::Occasion::programStart);
 }
 
+/// What the browser keeps, made when it is first wanted.
+struct Browsing {
+    Browsing(HttpClient &http, AttachmentService &attachments, WebPageFactory &pages, Announcer &announcer)
+        : favicons([&http](HttpRequest request,
+                           qint64 maximumBytes) { return http.fetch(std::move(request), maximumBytes); },
+                   [&attachments](QByteArray bytes) {
+                       return attachments.picture(std::move(bytes), PictureSize::icon);
+                   }),
+          records(history, bookmarks, favicons, pages, announcer)
+    {
+    }
+
+    HistoryStore history{dataFolder()};
+    BookmarkStore bookmarks{dataFolder()};
+    Favicons favicons;
+    BrowsingRecords records;
+};
+
+std::unique_ptr<BrowserManager> makeBrowserManager(Scheduler &scheduler, Announcer &announcer,
+                                                   WebPageFactory &pages, Browsing &browsing,
+                                                   const BrowserWindowServices &window)
+{
+    return std::make_unique<BrowserManager>(BrowserServices{
+        scheduler, announcer, pages, startPage(BrowserSites()),
+        [&browsing](const QString &address, const QString &title) {
+            browsing.history.record(address, title);
+        },
+        [&browsing](QString host, QPointer<WebPage> page) {
+            return browsing.favicons.fetchFavicon(std::move(host), std::move(page));
+        },
+        [window](BrowserManager &manager) { return std::make_unique<BrowserWindowView>(manager, window); }});
+}
+
+void showProblem(QWidget &window, const QString &problem)
+{
+    auto *const box =
+        new QMessageBox(QMessageBox::Warning, u"Morvane Browser"_s, problem, QMessageBox::Ok, &window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
 int runProgram(QApplication &application, LinuxSingleInstance &instance, const OutsideWorld &outside)
 {
     const TerminationSignals terminationSignals;
@@ -138,7 +184,10 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
                           std::make_shared<LinuxClipboard>(),
                           std::make_shared<RealSequenceClock>()};
     ScreenTools screen(desktop);
-    NoBrowser browser;
+    const QString browserModule = files.module(u"libmorvane-browser.so"_s);
+    std::optional<Browsing> browsing;
+    BuiltInBrowser browser(announcer, QFile::exists(browserModule) ? BuiltInBrowser::Installed::yes
+                                                                   : BuiltInBrowser::Installed::no);
     BuiltinTools tools(http, reminders, screen, browser);
     StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));
     MCPManager serverManager(
@@ -147,7 +196,6 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
             return makeTransport(server, requests, scheduler, http, serverProcesses);
         });
     MCPToolServers toolServers(serverManager);
-    NoBrowserWindow browserWindow;
     HostedUpdates updates(http, outside.updates, outside.version,
                           RunningBundle::ofProgram(QApplication::applicationFilePath()), QDir::tempPath(),
                           &QCoreApplication::quit);
@@ -169,7 +217,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
         announcer,
         notifications,
         toolServers,
-        browserWindow,
+        browser,
         updates,
         urls,
         localModel,
@@ -195,14 +243,29 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());
     LinuxWindowRaiser raiser;
-    MainWindow window(model,
-                      {announcer, browserWindow, serverManager, settingsServices, attachments, &pasting});
+    MainWindow window(model, {announcer, browser, serverManager, settingsServices, attachments, &pasting});
     window.show();
 
     const auto activate = [&window, &raiser](const ActivationToken &token) {
         raiser.activate(*window.windowHandle(), token);
     };
     instance.listen(activate);
+    browser.provide({
+        [&] {
+            return loadBrowserEngine(
+                browserModule, {.folder = dataFolder() + u"/Browser"_s,
+                                .prefersDark = colorScheme.preference() == ColorScheme::Preference::dark,
+                                .isHeard = announcer.isHeard()});
+        },
+        [&](WebPageFactory &pages) {
+            browsing.emplace(http, attachments, pages, announcer);
+            return makeBrowserManager(scheduler, announcer, pages, *browsing,
+                                      {scheduler, announcer, browsing->records, model, model.updates(),
+                                       attachments, urls, raiser, &pasting, [&activate] { activate({}); },
+                                       outside.endpoints.productDocumentation});
+        },
+        [&window](const QString &problem) { showProblem(window, problem); },
+    });
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
     QTimer::singleShot(0, &model, [&] {
@@ -216,6 +279,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     const int status = application.exec();
     model.prepareToQuit();
     scheduler.shutdown(shutdownLimit);
+    browser.end();
     return status;
 }
 
@@ -239,6 +303,8 @@ int main(int argc, char **argv)
         std::fputs("Morvane is already running but does not answer.\n", stderr);
         return 1;
     }
+    // The web engine draws where the windows do; it is asked for before it is known to be wanted.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"Morvane"_s);
     const OutsideWorld outside = outsideWorld(dataFolder());

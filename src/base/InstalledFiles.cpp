@@ -34,6 +34,11 @@ QString InstalledFiles::helper(const QString &name) const
     return m_root + u'/' + QStringLiteral(MORVANE_HELPERS) + u'/' + name;
 }
 
+QString InstalledFiles::module(const QString &name) const
+{
+    return m_root + u'/' + QStringLiteral(MORVANE_LIBRARIES) + u'/' + name;
+}
+
 QString InstalledFiles::sounds() const
 {
     return libraryData(u"sounds"_s);

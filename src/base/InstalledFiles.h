@@ -18,6 +18,8 @@ public:
 
     /// A program that Morvane starts, by its file name.
     QString helper(const QString &name) const;
+    /// A library that Morvane loads when it is wanted, by its file name.
+    QString module(const QString &name) const;
     /// The folder with the sounds.
     QString sounds() const;
     /// A folder with data of the libraries that a bundle brings along. There is none where the system has

@@ -28,8 +28,10 @@ BrowserManager::BrowserManager(BrowserServices services)
 
 BrowserManager::~BrowserManager()
 {
-    // The window shows what the tabs own.
+    // The window shows what the tabs own, and what pages say while they end concerns nobody.
     m_window.reset();
+    for (const auto &tab : m_tabs)
+        tab->webView().disconnect(this);
 }
 
 BrowserTab *BrowserManager::activeTab() const
@@ -116,6 +118,7 @@ void BrowserManager::closeTab(QUuid id)
             m_closedTabURLs.removeFirst();
     }
     const std::unique_ptr<BrowserTab> closed = std::move(*place);
+    closed->webView().disconnect(this);
     m_tabs.erase(place);
     Q_EMIT tabRemoved(index);
     if (m_tabs.empty()) {
@@ -247,12 +250,11 @@ void BrowserManager::finished(BrowserTab &tab)
         m_services.recordHistory(tab.urlString(), tab.webView().title());
     if (tab.favicon().isNull() && !address.host().isEmpty() && m_services.fetchFavicon)
         m_services.scheduler.spawn(
-            keepFavicon(&tab, m_services.fetchFavicon(address.host(), &tab.webView())));
+            keepFavicon(&tab, address.host(), m_services.fetchFavicon(address.host(), &tab.webView())));
 }
 
-Task<void> BrowserManager::keepFavicon(QPointer<BrowserTab> tab, Task<QImage> fetched)
+Task<void> BrowserManager::keepFavicon(QPointer<BrowserTab> tab, QString host, Task<QImage> fetched)
 {
-    const QString host = QUrl(tab->urlString()).host();
     const QImage icon = co_await std::move(fetched);
     if (tab && !icon.isNull() && QUrl(tab->urlString()).host() == host)
         tab->setFavicon(icon);

@@ -101,7 +101,7 @@ private:
     void committed(BrowserTab &tab);
     void finished(BrowserTab &tab);
     void failed(BrowserTab &tab, const PageFailure &failure);
-    static Task<void> keepFavicon(QPointer<BrowserTab> tab, Task<QImage> fetched);
+    static Task<void> keepFavicon(QPointer<BrowserTab> tab, QString host, Task<QImage> fetched);
 
     BrowserServices m_services;
     std::vector<std::unique_ptr<BrowserTab>> m_tabs;

@@ -8,12 +8,6 @@ namespace morvane {
 
 BrowserTab::BrowserTab(std::unique_ptr<WebPage> page) : m_id(newUuid()), m_page(std::move(page)) {}
 
-BrowserTab::~BrowserTab()
-{
-    // What the page still says while it ends reaches nobody.
-    m_page->disconnect();
-}
-
 void BrowserTab::setTitle(const QString &title)
 {
     m_title = title;

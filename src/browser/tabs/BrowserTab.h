@@ -16,7 +16,6 @@ class BrowserTab : public QObject {
     Q_OBJECT
 public:
     explicit BrowserTab(std::unique_ptr<WebPage> page);
-    ~BrowserTab() override;
 
     QUuid id() const { return m_id; }
     /// The page lives as long as the tab.

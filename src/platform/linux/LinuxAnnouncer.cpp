@@ -51,6 +51,12 @@ LinuxAnnouncer::LinuxAnnouncer(QObject *parent) : QObject(parent)
 
 LinuxAnnouncer::~LinuxAnnouncer() = default;
 
+bool LinuxAnnouncer::isHeard() const
+{
+    const auto &needs = m_readers.needs();
+    return needs && (needs->announcements || needs->notifications);
+}
+
 void LinuxAnnouncer::announce(const QString &text)
 {
     if (const auto &needs = m_readers.needs()) {

@@ -22,6 +22,8 @@ public:
     ~LinuxAnnouncer() override;
 
     void announce(const QString &text) override;
+    /// Whether a screen reader, or what works like one, is known to listen.
+    bool isHeard() const;
 
 private:
     struct Held {

@@ -1,0 +1,109 @@
+#include "browser/engine/EngineFactory.h"
+
+#include "base/AtomicFile.h"
+#include "browser/engine/EngineDownload.h"
+#include "browser/engine/EngineWebPage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLocale>
+#include <QWebEngineCookieStore>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineSettings>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+QString profileFolder(const QString &folder)
+{
+    return folder + u"/Profile"_s;
+}
+
+QString cacheFolder(const QString &folder)
+{
+    return folder + u"/Cache"_s;
+}
+
+/// Where files wait for the place that the user chooses.
+QString downloadFolder(const QString &folder)
+{
+    return folder + u"/Downloads"_s;
+}
+
+/// Says that what sites have stored is to go, once the engine does not hold it.
+QString removalMark(const QString &folder)
+{
+    return folder + u"/remove-site-data"_s;
+}
+
+/// The folder as the engine is to find it.
+QString preparedFolder(const QString &folder)
+{
+    if (!ensurePrivateFolder(folder))
+        return folder;
+    // What a program left that was killed.
+    QDir(downloadFolder(folder)).removeRecursively();
+    static_cast<void>(ensurePrivateFolder(downloadFolder(folder)));
+    if (QFile::exists(removalMark(folder)) && QDir(profileFolder(folder)).removeRecursively() &&
+        QDir(cacheFolder(folder)).removeRecursively())
+        QFile::remove(removalMark(folder));
+    return folder;
+}
+
+} // namespace
+
+EngineFactory::EngineFactory(const EngineOptions &options)
+    : m_folder(preparedFolder(options.folder)), m_profile(u"Morvane"_s)
+{
+    m_profile.setPersistentStoragePath(profileFolder(m_folder));
+    m_profile.setCachePath(cacheFolder(m_folder));
+    m_profile.setHttpAcceptLanguage(QLocale::system().uiLanguages().join(u','));
+    QWebEngineSettings &settings = *m_profile.settings();
+    // The page stays as it was, and what went wrong is told by the program.
+    settings.setAttribute(QWebEngineSettings::ErrorPageEnabled, false);
+    settings.setAttribute(QWebEngineSettings::PluginsEnabled, true);
+    settings.setAttribute(QWebEngineSettings::PdfViewerEnabled, true);
+    settings.setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, false);
+    settings.setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+    settings.setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
+    settings.setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
+    QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_pages,
+                     [this](QWebEngineDownloadRequest *request) { download(*request); });
+}
+
+EngineFactory::~EngineFactory()
+{
+    // Before the profile; the list changes with each that goes.
+    const QObjectList pages = m_pages.children();
+    qDeleteAll(pages);
+}
+
+std::unique_ptr<WebPage> EngineFactory::makePage()
+{
+    auto page = std::make_unique<EngineWebPage>(m_profile, m_pages);
+    std::erase_if(m_ours, [](const auto &ours) { return ours.isNull(); });
+    m_ours.emplace_back(page.get());
+    return page;
+}
+
+void EngineFactory::removeAllSiteData()
+{
+    m_profile.clearAllVisitedLinks();
+    m_profile.clearHttpCache();
+    m_profile.cookieStore()->deleteAllCookies();
+    static_cast<void>(writeFileAtomically(removalMark(m_folder), {}));
+}
+
+void EngineFactory::download(QWebEngineDownloadRequest &request)
+{
+    const auto place = std::ranges::find_if(
+        m_ours, [&request](const auto &ours) { return ours && ours->isOf(request.page()); });
+    if (place != m_ours.end())
+        Q_EMIT(*place)->downloadRequested(
+            std::make_shared<EngineDownload>(request, downloadFolder(m_folder)));
+}
+
+} // namespace morvane

@@ -1,0 +1,115 @@
+#include "browser/engine/EnginePage.h"
+
+#include <QAuthenticator>
+#include <QCoreApplication>
+#include <QWebEngineCertificateError>
+#include <QWebEngineSettings>
+#include <QWebEngineView>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+bool isOfTheWeb(const QUrl &address)
+{
+    return address.scheme() == "http"_L1 || address.scheme() == "https"_L1 ||
+           address == QUrl(u"about:blank"_s);
+}
+
+/// What the engine asks with when the user may lose something; there is no other sign of it.
+QString leavingQuestion()
+{
+    return QCoreApplication::translate(
+        "QWebEnginePage",
+        "Are you sure you want to leave this page? Changes that you made may not be saved.");
+}
+
+} // namespace
+
+EnginePage::EnginePage(QWebEngineProfile &profile, QObject *parent)
+    : QWebEnginePage(&profile, parent), m_view(std::make_unique<QWebEngineView>()), m_dialogs(*m_view)
+{
+    m_view->setPage(this);
+    connect(this, &QWebEnginePage::certificateError, this,
+            [](QWebEngineCertificateError error) { error.rejectCertificate(); });
+    connect(this, &QWebEnginePage::authenticationRequired, this,
+            [this](const QUrl &address, QAuthenticator *authenticator) {
+                authenticate(address.host(), *authenticator);
+            });
+    connect(this, &QWebEnginePage::proxyAuthenticationRequired, this,
+            [this](const QUrl &, QAuthenticator *authenticator, const QString &proxy) {
+                authenticate(proxy, *authenticator);
+            });
+}
+
+EnginePage::~EnginePage() = default;
+
+void EnginePage::endLater()
+{
+    m_isEnding = true;
+    if (m_dialogs.isOpen())
+        m_dialogs.dismiss();
+    else
+        deleteLater();
+}
+
+void EnginePage::dialogEnded()
+{
+    // Its own functions are still at work, and the engine's below them.
+    if (m_isEnding)
+        deleteLater();
+}
+
+bool EnginePage::acceptNavigationRequest(const QUrl &address, NavigationType type, bool isMainFrame)
+{
+    if (!isMainFrame)
+        return true;
+    if (std::exchange(m_expectsOwnDocument, false)) {
+        Q_EMIT navigationAccepted(QUrl(), false);
+        return true;
+    }
+    if (!isOfTheWeb(address))
+        return false;
+    Q_EMIT navigationAccepted(address, type == NavigationTypeRedirect);
+    return true;
+}
+
+void EnginePage::javaScriptAlert(const QUrl &origin, const QString &text)
+{
+    m_dialogs.alert(origin.host(), text);
+    dialogEnded();
+}
+
+bool EnginePage::javaScriptConfirm(const QUrl &origin, const QString &text)
+{
+    if (m_leavesUnasked && text == leavingQuestion())
+        return true;
+    const bool agreed = m_dialogs.confirm(origin.host(), text);
+    dialogEnded();
+    return agreed;
+}
+
+bool EnginePage::javaScriptPrompt(const QUrl &origin, const QString &text, const QString &initial,
+                                  QString *result)
+{
+    const auto answer = m_dialogs.prompt(origin.host(), text, initial);
+    dialogEnded();
+    *result = answer.value_or(QString());
+    return answer.has_value();
+}
+
+void EnginePage::authenticate(const QString &site, QAuthenticator &authenticator)
+{
+    const auto answer = m_dialogs.credentials(site, authenticator.realm());
+    dialogEnded();
+    // Left as it is, it would be sent with an empty name.
+    authenticator = QAuthenticator();
+    if (answer) {
+        authenticator.setUser(answer->user);
+        authenticator.setPassword(answer->password);
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "browser/engine/PageDialogs.h"
+
+#include <QUrl>
+#include <QWebEnginePage>
+#include <memory>
+
+class QAuthenticator;
+class QWebEngineView;
+
+namespace morvane {
+
+/// A page of the web engine with its view: which addresses it may go to, and what it may ask the user.
+class EnginePage final : public QWebEnginePage {
+    Q_OBJECT
+public:
+    explicit EnginePage(QWebEngineProfile &profile, QObject *parent);
+    ~EnginePage() override;
+
+    QWebEngineView &view() const { return *m_view; }
+    PageDialogs &dialogs() { return m_dialogs; }
+
+    /// The next document is one of ours.
+    void expectOwnDocument() { m_expectsOwnDocument = true; }
+    /// Whether what the page would lose is asked about when it is left.
+    void setLeavesUnasked(bool leavesUnasked) { m_leavesUnasked = leavesUnasked; }
+    /// Ends the page once nothing of it is at work any more.
+    void endLater();
+
+Q_SIGNALS:
+    /// The main frame goes to an address; one of ours is empty.
+    void navigationAccepted(const QUrl &address, bool isRedirection);
+
+protected:
+    bool acceptNavigationRequest(const QUrl &address, NavigationType type, bool isMainFrame) override;
+    void javaScriptAlert(const QUrl &origin, const QString &text) override;
+    bool javaScriptConfirm(const QUrl &origin, const QString &text) override;
+    bool javaScriptPrompt(const QUrl &origin, const QString &text, const QString &initial,
+                          QString *result) override;
+    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString &, int,
+                                  const QString &) override
+    {
+    }
+
+private:
+    void authenticate(const QString &site, QAuthenticator &authenticator);
+    void dialogEnded();
+
+    std::unique_ptr<QWebEngineView> m_view;
+    PageDialogs m_dialogs;
+    bool m_expectsOwnDocument = false;
+    bool m_leavesUnasked = false;
+    bool m_isEnding = false;
+};
+
+} // namespace morvane

@@ -1,0 +1,295 @@
+#include "browser/engine/EngineWebPage.h"
+
+#include "base/Text.h"
+#include "browser/engine/EnginePermission.h"
+#include "browser/engine/LoadError.h"
+
+#include <QWebEngineHistory>
+#include <QWebEngineLoadingInfo>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEngineScript>
+#include <QWebEngineView>
+#include <csignal>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long a server may keep a request waiting before anything of the page has come.
+constexpr auto requestLimit = 60s;
+constexpr qsizetype longestTitle = 300;
+
+bool isSameDocument(const QUrl &one, const QUrl &other)
+{
+    return one.adjusted(QUrl::RemoveFragment) == other.adjusted(QUrl::RemoveFragment);
+}
+
+/// What stands for the title of a document that has none.
+bool isAddress(const QString &title, const QUrl &address)
+{
+    if (title == "about:blank"_L1)
+        return true;
+    QString plain = address.toString(QUrl::PrettyDecoded);
+    QString encoded = QString::fromLatin1(address.toEncoded());
+    for (QString *form : {&plain, &encoded}) {
+        const QString scheme = address.scheme() + u"://"_s;
+        const QString whole = *form;
+        if (form->startsWith(scheme))
+            form->remove(0, scheme.size());
+        const auto isForm = [&title](const QString &text) {
+            return title == text || title + u'/' == text || title == text + u'/';
+        };
+        if (isForm(*form) || isForm(whole))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+EngineWebPage::EngineWebPage(QWebEngineProfile &profile, QObject &parent)
+    : m_page(new EnginePage(profile, &parent))
+{
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(requestLimit);
+    connect(&m_patience, &QTimer::timeout, this, [this] {
+        m_next.reset();
+        m_page->triggerAction(QWebEnginePage::Stop);
+        end();
+        Q_EMIT failed({PageFailure::Kind::failed, u"The server did not answer in time."_s});
+    });
+    connect(m_page, &EnginePage::navigationAccepted, this, &EngineWebPage::navigationAccepted);
+    connect(m_page, &QWebEnginePage::urlChanged, this, &EngineWebPage::urlChanged);
+    connect(m_page, &QWebEnginePage::loadProgress, this, &EngineWebPage::progressed);
+    connect(m_page, &QWebEnginePage::loadStarted, this, [this] { m_isLoading = true; });
+    connect(m_page, &QWebEnginePage::loadingChanged, this, &EngineWebPage::loadingChanged);
+    connect(m_page, &QWebEnginePage::titleChanged, this, &WebPage::changed);
+    connect(m_page, &QWebEnginePage::renderProcessTerminated, this, &EngineWebPage::processEnded);
+    connect(m_page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest &request) {
+        Q_EMIT newWindowRequested(request.requestedUrl());
+    });
+    connect(m_page, &QWebEnginePage::featurePermissionRequested, this,
+            [this](const QUrl &origin, QWebEnginePage::Feature feature) {
+                if (const auto permission = EnginePermission::make(*m_page, origin, feature))
+                    Q_EMIT permissionRequested(permission);
+                else
+                    m_page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
+            });
+}
+
+EngineWebPage::~EngineWebPage()
+{
+    m_page->disconnect(this);
+    m_page->view().setParent(nullptr);
+    m_page->view().hide();
+    m_page->endLater();
+}
+
+void EngineWebPage::load(const QUrl &address)
+{
+    onceItAnswers([this, address] {
+        m_isLoading = true;
+        m_patience.start();
+        // Whoever gives an address means to leave.
+        m_page->setLeavesUnasked(true);
+        m_page->load(address);
+    });
+}
+
+void EngineWebPage::loadHtml(const QString &html)
+{
+    onceItAnswers([this, html] {
+        m_isLoading = true;
+        m_page->expectOwnDocument();
+        m_page->setHtml(html);
+    });
+}
+
+void EngineWebPage::goBack()
+{
+    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Back); });
+}
+
+void EngineWebPage::goForward()
+{
+    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Forward); });
+}
+
+void EngineWebPage::reload()
+{
+    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Reload); });
+}
+
+void EngineWebPage::stop()
+{
+    m_page->dialogs().dismiss();
+    m_page->triggerAction(QWebEnginePage::Stop);
+}
+
+void EngineWebPage::setZoom(double factor)
+{
+    m_zoom = factor;
+    m_page->setZoomFactor(factor);
+}
+
+QString EngineWebPage::title() const
+{
+    const QString title = m_page->title();
+    if (isAddress(title, m_page->url()))
+        return {};
+    return firstCharacters(title.first(qMin(title.size(), longestTitle * 2)), longestTitle);
+}
+
+QUrl EngineWebPage::address() const
+{
+    return m_showsOwnDocument ? QUrl() : m_page->url();
+}
+
+bool EngineWebPage::canGoBack() const
+{
+    return m_page->history()->canGoBack();
+}
+
+bool EngineWebPage::canGoForward() const
+{
+    return m_page->history()->canGoForward();
+}
+
+void EngineWebPage::evaluate(const QString &script, ScriptAnswer answer)
+{
+    if (!m_hasProcess) {
+        answer({});
+        return;
+    }
+    const quint64 number = ++m_scripts;
+    m_answers[number] = std::move(answer);
+    m_page->runJavaScript(script, QWebEngineScript::ApplicationWorld,
+                          [self = QPointer(this), number](const QVariant &value) {
+                              if (self)
+                                  self->answer(number, value);
+                          });
+}
+
+void EngineWebPage::answer(quint64 script, const QVariant &value)
+{
+    m_isHung = false;
+    if (const auto entry = m_answers.extract(script))
+        entry.mapped()(value);
+}
+
+void EngineWebPage::answerNothing()
+{
+    for (const auto &[script, answer] : std::exchange(m_answers, {}))
+        answer({});
+}
+
+QWidget *EngineWebPage::view()
+{
+    return &m_page->view();
+}
+
+void EngineWebPage::onceItAnswers(std::function<void()> navigation)
+{
+    const qint64 process = m_page->renderProcessPid();
+    if (!m_isHung || process <= 0) {
+        navigation();
+        return;
+    }
+    // The engine would wait for it for ever, even to stop.
+    m_isHung = false;
+    m_isLoading = true;
+    m_afterProcess = std::move(navigation);
+    ::kill(pid_t(process), SIGKILL);
+}
+
+void EngineWebPage::processEnded()
+{
+    m_hasProcess = false;
+    answerNothing();
+    if (const auto navigation = std::exchange(m_afterProcess, nullptr)) {
+        navigation();
+        return;
+    }
+    m_next.reset();
+    end();
+    Q_EMIT failed({PageFailure::Kind::crashed, u"The page crashed."_s});
+}
+
+void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
+{
+    m_isLoading = true;
+    m_hasProcess = true;
+    m_next = address;
+    if (!isRedirection)
+        Q_EMIT navigationStarted(address);
+}
+
+void EngineWebPage::urlChanged(const QUrl &address)
+{
+    if (m_next && (m_next->isEmpty() || isSameDocument(address, *m_next)))
+        commit();
+    else
+        Q_EMIT changed();
+}
+
+void EngineWebPage::progressed(int percent)
+{
+    // A document that takes the place of one with the same address says nothing else.
+    constexpr int whole = 100;
+    if (m_next && percent > 0 && percent < whole && isSameDocument(m_page->url(), *m_next))
+        commit();
+}
+
+void EngineWebPage::commit()
+{
+    const bool wasOwn = m_showsOwnDocument;
+    m_showsOwnDocument = m_next->isEmpty();
+    m_next.reset();
+    m_patience.stop();
+    m_page->setLeavesUnasked(false);
+    m_page->dialogs().forget();
+    if (wasOwn && !m_showsOwnDocument)
+        m_page->history()->clear();
+    m_page->setZoomFactor(m_zoom);
+    Q_EMIT committed();
+}
+
+void EngineWebPage::end()
+{
+    m_isLoading = false;
+    m_patience.stop();
+    m_page->setLeavesUnasked(false);
+}
+
+void EngineWebPage::loadingChanged(const QWebEngineLoadingInfo &info)
+{
+    switch (info.status()) {
+    case QWebEngineLoadingInfo::LoadStartedStatus:
+        return;
+    case QWebEngineLoadingInfo::LoadStoppedStatus:
+        break;
+    case QWebEngineLoadingInfo::LoadSucceededStatus:
+    case QWebEngineLoadingInfo::LoadFailedStatus:
+        if (info.status() == QWebEngineLoadingInfo::LoadSucceededStatus ||
+            info.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain) {
+            const QPointer<EngineWebPage> self(this);
+            if (m_next)
+                commit();
+            if (!self)
+                return;
+            end();
+            Q_EMIT finished();
+            return;
+        }
+        break;
+    }
+    m_next.reset();
+    end();
+    Q_EMIT failed(pageFailure(info));
+}
+
+} // namespace morvane

@@ -1,0 +1,82 @@
+#include "browser/engine/PageDialogSheet.h"
+
+#include "ui/controls/LabelText.h"
+#include "ui/sheets/VisibleText.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+constexpr int sheetWidth = 420;
+constexpr int linesShown = 5;
+
+} // namespace
+
+PageDialogSheet::PageDialogSheet(QWidget *window, const QString &speaker, const QString &text,
+                                 Refusal refusal)
+    : QDialog(window), m_column(new QVBoxLayout)
+{
+    const QString title =
+        speaker.isEmpty() ? u"This page says"_s : visibleText(labelText(speaker)).text + u" says"_s;
+    const QString shown = visibleText(labelText(text)).text;
+    setWindowModality(Qt::WindowModal);
+    setWindowTitle(title);
+    setAccessibleName(title);
+    setAccessibleDescription(shown);
+    auto *outer = new QVBoxLayout(this);
+    auto *heading = new QLabel(title);
+    heading->setTextFormat(Qt::PlainText);
+    heading->setWordWrap(true);
+    auto *words = new QPlainTextEdit(shown);
+    words->setReadOnly(true);
+    words->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    words->setTabChangesFocus(true);
+    words->setAccessibleName(title);
+    words->setFixedHeight(words->fontMetrics().lineSpacing() * linesShown + 2 * words->frameWidth());
+    words->setMinimumWidth(sheetWidth);
+    outer->addWidget(heading);
+    outer->addWidget(words);
+    outer->addLayout(m_column);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    if (refusal == Refusal::cancel)
+        buttons->addButton(QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    outer->addWidget(buttons);
+    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
+    buttons->button(QDialogButtonBox::Ok)->setFocus();
+}
+
+QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
+{
+    const bool isFirst = !findChild<QLineEdit *>();
+    auto *label = new QLabel(name);
+    label->setVisible(!name.isEmpty());
+    auto *field = new QLineEdit(labelText(text));
+    field->setAccessibleName(name.isEmpty() ? windowTitle() : name);
+    label->setBuddy(field);
+    m_column->addWidget(label);
+    m_column->addWidget(field);
+    if (isFirst)
+        field->setFocus();
+    return field;
+}
+
+QCheckBox *PageDialogSheet::addSilence()
+{
+    auto *silence = new QCheckBox(u"Do not let this page ask again"_s);
+    silence->setObjectName(u"silence"_s);
+    m_column->addWidget(silence);
+    return silence;
+}
+
+} // namespace morvane

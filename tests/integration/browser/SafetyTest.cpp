@@ -1,0 +1,245 @@
+#include "EngineFixture.h"
+
+#include "support/TemporaryHome.h"
+#include "support/TestCertificate.h"
+#include "support/TlsServer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QFile>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QTimer>
+#include <QWidget>
+
+namespace morvane {
+namespace {
+
+/// What pages want of the user and of the computer.
+class SafetyTest : public EngineFixture {
+protected:
+    QString show(const QByteArray &body)
+    {
+        server.page("/page", "<!doctype html><title>Page</title>" + body);
+        return open("/page");
+    }
+    static QDialog *sheet()
+    {
+        for (QWidget *const widget : QApplication::topLevelWidgets())
+            if (auto *const dialog = qobject_cast<QDialog *>(widget); dialog && dialog->isVisible())
+                return dialog;
+        return nullptr;
+    }
+    /// Does something once a sheet stands and `condition` holds, from within the sheet's own loop, and waits
+    /// for the sheet to go.
+    static void underSheet(const std::function<bool()> &condition,
+                           const std::function<void(QDialog &)> &answer)
+    {
+        QTimer looking;
+        bool answered = false;
+        QObject::connect(&looking, &QTimer::timeout, [&] {
+            QDialog *const dialog = sheet();
+            if (!dialog || answered || !condition())
+                return;
+            answered = true;
+            answer(*dialog);
+        });
+        looking.start(5);
+        EXPECT_TRUE(waitUntil([&] { return answered && !sheet(); }));
+    }
+    /// Lets the page speak, and has the user answer once the sheet is there.
+    void speak(const QString &script, const std::function<void(QDialog &)> &answer)
+    {
+        // The call only comes back when the page has its answer.
+        page().evaluate("var s = document.createElement('script'); s.textContent = " +
+                            QString("`%1`; document.documentElement.appendChild(s); 1").arg(script),
+                        [](const QVariant &) {});
+        underSheet([] { return true; }, answer);
+    }
+    QString title() { return value("document.title").toString(); }
+};
+
+TEST_F(SafetyTest, WhatAPageAsksIsAnsweredInASheetThatNamesTheSite)
+{
+    show("<p>x");
+    speak("alert('Careful')", [](QDialog &dialog) {
+        EXPECT_EQ(dialog.windowTitle(), "127.0.0.1 says");
+        EXPECT_EQ(dialog.accessibleDescription(), "Careful");
+        EXPECT_EQ(dialog.windowModality(), Qt::WindowModal);
+        dialog.accept();
+    });
+    speak("document.title = confirm('Sure?')", [](QDialog &dialog) { dialog.accept(); });
+    EXPECT_EQ(title(), "true");
+    speak("document.title = confirm('Sure?')", [](QDialog &dialog) { dialog.reject(); });
+    EXPECT_EQ(title(), "false");
+    speak("document.title = prompt('Name?', 'Ann')", [](QDialog &dialog) {
+        auto *const field = dialog.findChild<QLineEdit *>();
+        EXPECT_EQ(field->text(), "Ann");
+        field->setText("Bob");
+        dialog.accept();
+    });
+    EXPECT_EQ(title(), "Bob");
+    speak("document.title = prompt('Name?', 'Ann')", [](QDialog &dialog) { dialog.reject(); });
+    EXPECT_EQ(title(), "null");
+}
+
+TEST_F(SafetyTest, APageThatGoesOnAskingCanBeSilenced)
+{
+    show("<p>x");
+    speak("alert(1)", [](QDialog &dialog) {
+        EXPECT_FALSE(dialog.findChild<QAbstractButton *>("silence"));
+        dialog.accept();
+    });
+    speak("alert(2)", [](QDialog &dialog) {
+        auto *const silence = dialog.findChild<QAbstractButton *>("silence");
+        ASSERT_TRUE(silence);
+        silence->setChecked(true);
+        dialog.accept();
+    });
+    runInPage("document.title = confirm('again?')");
+    EXPECT_EQ(title(), "false");
+    show("<p>x");
+    speak("alert(3)", [](QDialog &dialog) { dialog.accept(); });
+}
+
+TEST_F(SafetyTest, APageThatNobodySeesIsRefusedWithoutASheet)
+{
+    show("<p>x");
+    page().view()->hide();
+    runInPage("document.title = confirm('unseen?') + ' ' + prompt('unseen?')");
+    EXPECT_EQ(title(), "false null");
+}
+
+TEST_F(SafetyTest, ATabThatClosesUnderItsSheetAnswersIt)
+{
+    show("<p>x");
+    manager->newTab();
+    manager->switchTab(manager->tabs().front()->id());
+    speak("confirm('Sure?')", [this](QDialog &) { manager->closeTab(manager->activeTabID()); });
+    EXPECT_EQ(manager->tabs().size(), 1U);
+}
+
+TEST_F(SafetyTest, AnOperationThatMeetsASheetEndsByItsLimit)
+{
+    show("<button onclick='confirm(1)'>ask</button>");
+    auto handle = scheduler.spawn(manager->operations().browserClick(1));
+    underSheet([&] { return handle.done(); }, [this](QDialog &) { page().stop(); });
+    ASSERT_TRUE(handle.done());
+    EXPECT_EQ(handle.result(), "Error: the click did not work.");
+}
+
+TEST_F(SafetyTest, ADownloadGoesWhereTheUserSaysAndNowhereElse)
+{
+    HttpHeaders headers;
+    headers.set("Content-Type", "application/octet-stream");
+    headers.set("Content-Disposition", "attachment; filename=\"../../../.bashrc\"");
+    server.answer("/file", rawHttpResponse(200, QByteArray(5000, 'x'), headers));
+    const TemporaryHome home;
+    open("/file");
+    ASSERT_EQ(window.destinations.size(), 1);
+    EXPECT_TRUE(window.asked.last() == "where to write bashrc of 127.0.0.1" ||
+                window.asked.last() == "where to write _bashrc of 127.0.0.1")
+        << window.asked.last().toStdString();
+    window.destinations.last()(home.path("chosen.bin"));
+    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.contains("Download complete."); }));
+    QFile file(home.path("chosen.bin"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), QByteArray(5000, 'x'));
+    EXPECT_FALSE(announcer.spoken.join(' ').contains("Failed to load"));
+}
+
+TEST_F(SafetyTest, ATruncatedDownloadIsAFailure)
+{
+    HttpHeaders headers;
+    headers.set("Content-Type", "application/octet-stream");
+    headers.set("Content-Length", "100000");
+    PageServer cut;
+    cut.answer("/file", rawHttpHead(200, headers) + QByteArray(5000, 'x'));
+    cut.closeAfter("/file");
+    const TemporaryHome home;
+    page().load(cut.url("/file"));
+    ASSERT_TRUE(waitUntil([this] { return window.destinations.size() == 1; }));
+    window.destinations.last()(home.path("cut.bin"));
+    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.join('|').contains("Download failed: "); }))
+        << announcer.spoken.join('|').toStdString();
+    EXPECT_FALSE(announcer.spoken.contains("Download complete."));
+}
+
+TEST_F(SafetyTest, AServerThatCannotProveItselfIsNotShown)
+{
+    show("<p>x");
+    const TestCertificate certificate("IP:127.0.0.1");
+    ASSERT_TRUE(certificate.isMade());
+    TlsServer stranger(TlsServer::Protocol::http1, certificate);
+    stranger.addFile("secret", rawHttpResponse(200, "believe me"));
+    announcer.spoken.clear();
+    run(manager->operations().browserOpen(stranger.url("secret").toString()));
+    EXPECT_TRUE(announcer.spoken.contains(
+        "Failed to load: The server could not prove that it is what it says, so the page was not loaded."))
+        << announcer.spoken.join('|').toStdString();
+    EXPECT_EQ(tab().title(), "Page");
+}
+
+TEST_F(SafetyTest, PlacesAndDevicesAreRefusedUnlessTheUserSaysYes)
+{
+    show("<p>x");
+    runInPage("navigator.geolocation.getCurrentPosition(() => document.title = 'found', e => document.title "
+              "= 'code ' + e.code)");
+    ASSERT_TRUE(waitUntil([this] { return window.permissions.size() == 1; }));
+    EXPECT_EQ(window.permissions.last()->kind(), PagePermission::Kind::location);
+    EXPECT_EQ(window.permissions.last()->site(), "127.0.0.1");
+    window.permissions.clear(); // as a dismissed question does
+    EXPECT_TRUE(waitUntil([this] { return title() == "code 1"; }));
+    window.visible = false;
+    runInPage("Notification.requestPermission().then(p => document.title = p)");
+    EXPECT_TRUE(waitUntil([this] { return title() == "denied"; }));
+}
+
+TEST_F(SafetyTest, NoNameAndPasswordAreSentUnasked)
+{
+    HttpHeaders headers;
+    headers.set("WWW-Authenticate", "Basic realm=\"Inner\"");
+    headers.set("Content-Type", "text/html");
+    server.answer("/private", rawHttpResponse(401, "<title>No</title>keep out", headers));
+    page().view()->hide();
+    EXPECT_TRUE(open("/private").contains("keep out"));
+    for (const RawHttpRequest &request : server.requests("/private"))
+        EXPECT_TRUE(request.headers.value("Authorization").value_or("").isEmpty());
+    page().view()->show();
+    page().load(server.url("/private"));
+    underSheet([] { return true; },
+               [this](QDialog &dialog) {
+                   const QList<QLineEdit *> fields = dialog.findChildren<QLineEdit *>();
+                   ASSERT_EQ(fields.size(), 2);
+                   fields[0]->setText("ann");
+                   fields[1]->setText("secret");
+                   server.page("/private", "<title>In</title>welcome");
+                   dialog.accept();
+               });
+    ASSERT_TRUE(waitUntil([this] { return tab().title() == "In"; }));
+    EXPECT_EQ(server.requests("/private").last().headers.value("Authorization"),
+              "Basic " + QByteArray("ann:secret").toBase64());
+}
+
+TEST_F(SafetyTest, TheProfileIsForTheUserAlone)
+{
+    HttpHeaders headers;
+    headers.set("Set-Cookie", "kept=yes; Max-Age=9999");
+    headers.set("Content-Type", "text/html");
+    server.answer("/cookie", rawHttpResponse(200, "x", headers));
+    open("/cookie");
+    EXPECT_EQ(QFile::permissions(folder()) & ~QFile::Permissions(0x7700), QFile::Permissions());
+    EXPECT_TRUE(QFileInfo::exists(folder() + "/Profile"));
+    open("/cookie");
+    EXPECT_EQ(server.requests("/cookie").last().headers.value("Cookie"), "kept=yes");
+    engine().removeAllSiteData();
+    ASSERT_TRUE(waitUntil([this] {
+        open("/cookie");
+        const auto requests = server.requests("/cookie");
+        return !requests.last().headers.contains("Cookie");
+    }));
+}
+
+} // namespace
+} // namespace morvane
