@@ -11,11 +11,8 @@
 #include "base/DataFolders.h"
 #include "base/InstalledFiles.h"
 #include "base/Log.h"
-#include "browser/entry/BuiltInBrowser.h"
-#include "browser/sites/Favicons.h"
-#include "browser/sites/StartPage.h"
-#include "browser/window/BrowserWindowView.h"
-#include "browser/window/BrowsingRecords.h"
+#include "browser/pages/BrowserEngine.h"
+#include "browser/window/BuiltInBrowser.h"
 #include "localmodel/DiskSpace.h"
 #include "localmodel/LocalModelManager.h"
 #include "localmodel/MachineProfile.h"
@@ -66,12 +63,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QMessageBox>
 #include <QThreadPool>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -117,47 +112,6 @@ Task<void> onceTheWindowIsThere(ScreenTools *screen, MCPManager *servers, AppMod
     co_await model->updates().checkForUpdates(UpdateModel::Occasion::programStart);
 }
 
-/// What the browser keeps, made when it is first wanted.
-struct Browsing {
-    Browsing(HttpClient &http, AttachmentService &attachments, WebPageFactory &pages, Announcer &announcer)
-        : favicons([&http](HttpRequest request,
-                           qint64 maximumBytes) { return http.fetch(std::move(request), maximumBytes); },
-                   [&attachments](QByteArray bytes) {
-                       return attachments.picture(std::move(bytes), PictureSize::icon);
-                   }),
-          records(history, bookmarks, favicons, pages, announcer)
-    {
-    }
-
-    HistoryStore history{dataFolder()};
-    BookmarkStore bookmarks{dataFolder()};
-    Favicons favicons;
-    BrowsingRecords records;
-};
-
-std::unique_ptr<BrowserManager> makeBrowserManager(Scheduler &scheduler, Announcer &announcer,
-                                                   WebPageFactory &pages, Browsing &browsing,
-                                                   const BrowserWindowServices &window)
-{
-    return std::make_unique<BrowserManager>(BrowserServices{
-        scheduler, announcer, pages, startPage(BrowserSites()),
-        [&browsing](const QString &address, const QString &title) {
-            browsing.history.record(address, title);
-        },
-        [&browsing](QString host, QPointer<WebPage> page) {
-            return browsing.favicons.fetchFavicon(std::move(host), std::move(page));
-        },
-        [window](BrowserManager &manager) { return std::make_unique<BrowserWindowView>(manager, window); }});
-}
-
-void showProblem(QWidget &window, const QString &problem)
-{
-    auto *const box =
-        new QMessageBox(QMessageBox::Warning, u"Morvane Browser"_s, problem, QMessageBox::Ok, &window);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
-}
-
 int runProgram(QApplication &application, LinuxSingleInstance &instance, const OutsideWorld &outside)
 {
     const TerminationSignals terminationSignals;
@@ -184,10 +138,22 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
                           std::make_shared<LinuxClipboard>(),
                           std::make_shared<RealSequenceClock>()};
     ScreenTools screen(desktop);
-    const QString browserModule = files.module(u"libmorvane-browser.so"_s);
-    std::optional<Browsing> browsing;
-    BuiltInBrowser browser(announcer, QFile::exists(browserModule) ? BuiltInBrowser::Installed::yes
-                                                                   : BuiltInBrowser::Installed::no);
+    AttachmentWorkers attachments{
+        AttachmentProcessor(ReaderProcess(files.helper(u"morvane-attachment-reader"_s)))};
+    LinuxUrlOpener urls;
+    LinuxWindowRaiser raiser;
+    LinuxColorScheme colorScheme;
+    const QString engineModule = files.module(u"libmorvane-browser.so"_s);
+    const auto startEngine = [&] {
+        const bool prefersDark = colorScheme.preference() == ColorScheme::Preference::dark;
+        return loadBrowserEngine(engineModule, {.folder = dataFolder() + u"/Browser"_s,
+                                                .prefersDark = prefersDark,
+                                                .isHeard = announcer.isHeard()});
+    };
+    BuiltInBrowser browser({scheduler, announcer, http, urls, raiser, attachments, dataFolder(), startEngine},
+                           QFile::exists(engineModule)
+                               ? QString()
+                               : u"the built-in browser is not part of this installation."_s);
     BuiltinTools tools(http, reminders, screen, browser);
     StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));
     MCPManager serverManager(
@@ -201,10 +167,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
                           &QCoreApplication::quit);
     LocalModelManager localModel(http, {outside.endpoints.ollama, outside.runtimeSite, dataFolder(),
                                         outside.runtimePrograms, freeDiskSpace});
-    AttachmentWorkers attachments{
-        AttachmentProcessor(ReaderProcess(files.helper(u"morvane-attachment-reader"_s)))};
     HttpModelCatalog modelCatalog(http, outside.endpoints);
-    LinuxUrlOpener urls;
     const LinuxMachineFacts machineFacts;
     const MachineProfile machine(machineFacts);
 
@@ -239,10 +202,8 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     FieldPasting pasting(scheduler, pasteSource, announcer);
     WindowCommands windowCommands(pasting);
     const AccessibilityGate accessibilityGate(windowCommands);
-    LinuxColorScheme colorScheme;
     const Theme theme(colorScheme);
     QApplication::setWindowIcon(appIcon());
-    LinuxWindowRaiser raiser;
     MainWindow window(model, {announcer, browser, serverManager, settingsServices, attachments, &pasting});
     window.show();
 
@@ -250,22 +211,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
         raiser.activate(*window.windowHandle(), token);
     };
     instance.listen(activate);
-    browser.provide({
-        [&] {
-            return loadBrowserEngine(
-                browserModule, {.folder = dataFolder() + u"/Browser"_s,
-                                .prefersDark = colorScheme.preference() == ColorScheme::Preference::dark,
-                                .isHeard = announcer.isHeard()});
-        },
-        [&](WebPageFactory &pages) {
-            browsing.emplace(http, attachments, pages, announcer);
-            return makeBrowserManager(scheduler, announcer, pages, *browsing,
-                                      {scheduler, announcer, browsing->records, model, model.updates(),
-                                       attachments, urls, raiser, &pasting, [&activate] { activate({}); },
-                                       outside.endpoints.productDocumentation});
-        },
-        [&window](const QString &problem) { showProblem(window, problem); },
-    });
+    browser.attach({model, model.updates(), &pasting, [&activate] { activate({}); }});
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &window, activate);
     // The window comes first; what it does not need to be usable waits for its first turn.
     QTimer::singleShot(0, &model, [&] {
@@ -279,7 +225,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     const int status = application.exec();
     model.prepareToQuit();
     scheduler.shutdown(shutdownLimit);
-    browser.end();
+    browser.shutDown();
     return status;
 }
 

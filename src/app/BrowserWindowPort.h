@@ -19,16 +19,4 @@ public:
     virtual void show() = 0;
 };
 
-/// A build without the browser.
-class NoBrowserWindow final : public BrowserWindowPort {
-public:
-    bool isAvailable() const override { return false; }
-    QString problem() const override
-    {
-        return QStringLiteral("the built-in browser is not part of this version.");
-    }
-    bool isVisible() const override { return false; }
-    void show() override {}
-};
-
 } // namespace morvane
