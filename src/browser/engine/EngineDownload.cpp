@@ -60,9 +60,15 @@ QString reason(QWebEngineDownloadRequest::DownloadInterruptReason reason)
 } // namespace
 
 EngineDownload::EngineDownload(QWebEngineDownloadRequest &request, const QString &folder)
-    : m_request(&request), m_name(offeredFileName(request.suggestedFileName())), m_site(request.url().host()),
+    : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())), m_site(request.url().host()),
       m_held(folder + u"/XXXXXX"_s)
 {
+    take(request);
+}
+
+void EngineDownload::take(QWebEngineDownloadRequest &request)
+{
+    m_request = &request;
     connect(&request, &QWebEngineDownloadRequest::receivedBytesChanged, this, &EngineDownload::progress);
     connect(&request, &QWebEngineDownloadRequest::stateChanged, this, &EngineDownload::follow);
     request.setDownloadDirectory(m_held.path());

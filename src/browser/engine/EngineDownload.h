@@ -20,6 +20,10 @@ public:
     EngineDownload(QWebEngineDownloadRequest &request, const QString &folder);
     ~EngineDownload() override;
 
+    /// The engine begins it again by itself, as another request, when the connection was lost.
+    void take(QWebEngineDownloadRequest &request);
+    bool isOf(quint32 id) const { return m_id == id; }
+
     QString suggestedFileName() const override { return m_name; }
     QString site() const override { return m_site; }
     void accept(const QString &path) override;
@@ -35,6 +39,7 @@ private:
     void delivered(const QString &failure);
 
     QPointer<QWebEngineDownloadRequest> m_request;
+    quint32 m_id; ///< The engine's, which all requests for it share.
     QString m_name;
     QString m_site;
     QTemporaryDir m_held;

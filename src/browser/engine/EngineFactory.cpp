@@ -99,11 +99,21 @@ void EngineFactory::removeAllSiteData()
 
 void EngineFactory::download(QWebEngineDownloadRequest &request)
 {
+    std::erase_if(m_downloads, [](const auto &known) { return known.expired(); });
+    for (const auto &known : m_downloads) {
+        const auto file = known.lock();
+        if (file && file->isOf(request.id())) {
+            file->take(request);
+            return;
+        }
+    }
     const auto place = std::ranges::find_if(
         m_ours, [&request](const auto &ours) { return ours && ours->isOf(request.page()); });
-    if (place != m_ours.end())
-        Q_EMIT(*place)->downloadRequested(
-            std::make_shared<EngineDownload>(request, downloadFolder(m_folder)));
+    if (place == m_ours.end())
+        return;
+    const auto file = std::make_shared<EngineDownload>(request, downloadFolder(m_folder));
+    m_downloads.push_back(file);
+    Q_EMIT(*place)->downloadRequested(file);
 }
 
 } // namespace morvane

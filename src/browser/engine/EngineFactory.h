@@ -11,6 +11,7 @@ class QWebEngineDownloadRequest;
 
 namespace morvane {
 
+class EngineDownload;
 class EngineWebPage;
 
 /// The web engine with the one profile of all pages, which is kept on the disk.
@@ -30,6 +31,7 @@ private:
     QWebEngineProfile m_profile;
     QObject m_pages; ///< Has those of the engine, which end a little after ours.
     std::vector<QPointer<EngineWebPage>> m_ours;
+    std::vector<std::weak_ptr<EngineDownload>> m_downloads;
 };
 
 } // namespace morvane
