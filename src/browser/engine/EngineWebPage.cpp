@@ -49,6 +49,25 @@ bool isAddress(const QString &title, const QUrl &address)
     return false;
 }
 
+QWebEnginePage::WebAction webAction(EditCommand command)
+{
+    switch (command) {
+    case EditCommand::undo:
+        return QWebEnginePage::Undo;
+    case EditCommand::redo:
+        return QWebEnginePage::Redo;
+    case EditCommand::cut:
+        return QWebEnginePage::Cut;
+    case EditCommand::copy:
+        return QWebEnginePage::Copy;
+    case EditCommand::paste:
+        return QWebEnginePage::Paste;
+    case EditCommand::selectAll:
+        return QWebEnginePage::SelectAll;
+    }
+    Q_UNREACHABLE();
+}
+
 } // namespace
 
 EngineWebPage::EngineWebPage(QWebEngineProfile &profile, QObject &parent)
@@ -134,6 +153,11 @@ void EngineWebPage::setZoom(double factor)
 {
     m_zoom = factor;
     m_page->setZoomFactor(factor);
+}
+
+void EngineWebPage::edit(EditCommand command)
+{
+    m_page->triggerAction(webAction(command));
 }
 
 QString EngineWebPage::title() const

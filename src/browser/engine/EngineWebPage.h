@@ -29,6 +29,7 @@ public:
     void reload() override;
     void stop() override;
     void setZoom(double factor) override;
+    void edit(EditCommand command) override;
 
     QString title() const override;
     QUrl address() const override;

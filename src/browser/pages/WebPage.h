@@ -38,7 +38,7 @@ public:
     virtual void stop() = 0;
     virtual void setZoom(double factor) = 0;
     /// Does nothing where there is nothing to do it to.
-    virtual void edit(EditCommand) {}
+    virtual void edit(EditCommand command) = 0;
 
     /// Empty for a document that has none; bounded.
     virtual QString title() const = 0;
