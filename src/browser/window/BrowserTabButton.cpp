@@ -195,7 +195,7 @@ void BrowserTabButton::keyPressEvent(QKeyEvent *event)
     case Qt::Key_End:
         return focusMoveRequested(std::numeric_limits<short>::max());
     default:
-        return QWidget::keyPressEvent(event);
+        return event->ignore();
     }
 }
 
