@@ -66,7 +66,8 @@ bool EnginePage::acceptNavigationRequest(const QUrl &address, NavigationType typ
 {
     if (!isMainFrame)
         return true;
-    if (std::exchange(m_expectsOwnDocument, false)) {
+    // A load that follows at once takes its place before it is asked about.
+    if (std::exchange(m_expectsOwnDocument, false) && address.scheme() == "data"_L1) {
         Q_EMIT navigationAccepted(QUrl(), false);
         return true;
     }

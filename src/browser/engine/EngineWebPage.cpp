@@ -130,12 +130,18 @@ void EngineWebPage::loadHtml(const QString &html)
 
 void EngineWebPage::goBack()
 {
-    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Back); });
+    onceItAnswers([this] { goTo(m_page->history()->backItems(1)); });
 }
 
 void EngineWebPage::goForward()
 {
-    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Forward); });
+    onceItAnswers([this] { goTo(m_page->history()->forwardItems(1)); });
+}
+
+void EngineWebPage::goTo(const QList<QWebEngineHistoryItem> &items)
+{
+    if (!items.isEmpty())
+        m_page->history()->goToItem(items.first());
 }
 
 void EngineWebPage::reload()
@@ -175,12 +181,14 @@ QUrl EngineWebPage::address() const
 
 bool EngineWebPage::canGoBack() const
 {
-    return m_page->history()->canGoBack();
+    // The engine's own back passes over a page that was left without a key or a press of the user's, as every
+    // page is that the agent leaves.
+    return !m_page->history()->backItems(1).isEmpty();
 }
 
 bool EngineWebPage::canGoForward() const
 {
-    return m_page->history()->canGoForward();
+    return !m_page->history()->forwardItems(1).isEmpty();
 }
 
 void EngineWebPage::evaluate(const QString &script, ScriptAnswer answer)
@@ -260,6 +268,11 @@ void EngineWebPage::urlChanged(const QUrl &address)
         Q_EMIT changed();
 }
 
+bool EngineWebPage::isNext(const QUrl &address) const
+{
+    return m_next->isEmpty() ? address.scheme() == "data"_L1 : isSameDocument(address, *m_next);
+}
+
 void EngineWebPage::progressed(int percent)
 {
     // A document that takes the place of one with the same address says nothing else.
@@ -291,6 +304,9 @@ void EngineWebPage::end()
 
 void EngineWebPage::loadingChanged(const QWebEngineLoadingInfo &info)
 {
+    // The end of a load whose place another one has taken is told when that one is under way.
+    if (m_next && !isNext(info.url()))
+        return;
     switch (info.status()) {
     case QWebEngineLoadingInfo::LoadStartedStatus:
         return;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+class QWebEngineHistoryItem;
 class QWebEngineLoadingInfo;
 
 namespace morvane {
@@ -44,9 +45,11 @@ public:
     bool isOf(const QWebEnginePage *page) const { return page == m_page; }
 
 private:
+    void goTo(const QList<QWebEngineHistoryItem> &items);
     void onceItAnswers(std::function<void()> navigation);
     void navigationAccepted(const QUrl &address, bool isRedirection);
     void urlChanged(const QUrl &address);
+    bool isNext(const QUrl &address) const;
     void progressed(int percent);
     void loadingChanged(const QWebEngineLoadingInfo &info);
     void commit();
