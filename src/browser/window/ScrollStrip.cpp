@@ -43,7 +43,7 @@ QSize ScrollStrip::minimumSizeHint() const
 
 void ScrollStrip::fitHeight()
 {
-    setFixedHeight(sizeHint().height());
+    setFixedHeight(ScrollStrip::sizeHint().height()); // while it is made nothing is virtual
 }
 
 void ScrollStrip::bringIntoSight(QWidget *thing)
