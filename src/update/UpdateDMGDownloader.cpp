@@ -66,7 +66,7 @@ Task<void> UpdateDMGDownloader::receive(QUrl url, std::shared_ptr<ImageFile> fil
     request.headers.set("Accept-Encoding", "identity"); // the hash is that of the file as it lies there
     HttpResponse response = co_await m_http.open(std::move(request));
     const qint64 expected = expectedBytes(response);
-    if (expected > maximumBytes)
+    if (expected > m_maximumBytes)
         throw TransportError(TransportError::Kind::tooLarge);
     PieceReader pieces = response.pieces();
     qint64 received = 0;
@@ -75,7 +75,7 @@ Task<void> UpdateDMGDownloader::receive(QUrl url, std::shared_ptr<ImageFile> fil
         if (piece.isEmpty())
             co_return;
         received += piece.size();
-        if (received > maximumBytes)
+        if (received > m_maximumBytes)
             throw TransportError(TransportError::Kind::tooLarge);
         const bool isWritten =
             co_await runOffMain([file, piece = std::move(piece)] { return file->write(piece); });

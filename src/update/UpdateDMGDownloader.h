@@ -17,11 +17,13 @@ public:
     /// What came so far, from 0 to 1; 0 while the size is not known.
     using Progress = std::function<void(double)>;
 
-    /// Images above this size are refused.
-    static constexpr qint64 maximumBytes = 4'000'000'000;
+    static constexpr qint64 usualMaximumBytes = 4'000'000'000;
 
-    /// `folder` is where the image goes; `http` outlives the downloader.
-    UpdateDMGDownloader(HttpClient &http, QString folder) : m_http(http), m_folder(std::move(folder)) {}
+    /// `folder` is where the image goes; one above `maximumBytes` is refused. `http` outlives the downloader.
+    UpdateDMGDownloader(HttpClient &http, QString folder, qint64 maximumBytes = usualMaximumBytes)
+        : m_http(http), m_folder(std::move(folder)), m_maximumBytes(maximumBytes)
+    {
+    }
 
     /// Downloads the whole file, whatever the status of the answer: what is no image has another hash. Calls
     /// `onProgress` for every piece. Throws UpdateInstallError or Cancelled, and leaves nothing then.
@@ -35,6 +37,7 @@ private:
 
     HttpClient &m_http;
     const QString m_folder;
+    const qint64 m_maximumBytes;
 };
 
 } // namespace morvane

@@ -110,6 +110,36 @@ TEST_F(UpdateDMGDownloaderTest, AConnectionThatIsLostRightAtTheEndIsOneFailure)
     EXPECT_EQ(failure(), u"The download failed: The connection was lost."_s);
 }
 
+TEST_F(UpdateDMGDownloaderTest, TheImageIsAskedForAsItLiesThere)
+{
+    download();
+    ASSERT_EQ(host.requests().size(), 1);
+    EXPECT_EQ(host.requests().constFirst().headers.value("Accept-Encoding"), "identity");
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnImageThatSaysThatItIsHugeIsNotFetched)
+{
+    RawHttpServer huge([](RawHttpConnection &connection) {
+        if (!connection.readRequest())
+            return;
+        connection.send(rawHttpHead(200, {{"Content-Length", "4000000001"}}));
+        connection.waitUntilClosedByPeer();
+    });
+    EXPECT_EQ(failure(huge.url(u"/image"_s)), u"The download failed: The server's answer is too large."_s);
+    EXPECT_THAT(fractions, IsEmpty());
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnImageThatTurnsOutToBeHugeIsNotFetchedToItsEnd)
+{
+    UpdateDMGDownloader careful(http, folder(), 1'000'000);
+    host.setFaults({{Fault::Kind::withoutLength}});
+    EXPECT_THROW(runTask(scheduler, careful.download(host.url(u"/image"_s), [](double) {})),
+                 UpdateInstallError);
+    EXPECT_THAT(files(), IsEmpty());
+    host.setFile(u"/small"_s, {content.first(1'000'000)});
+    EXPECT_TRUE(runTask(scheduler, careful.download(host.url(u"/small"_s), [](double) {})));
+}
+
 TEST_F(UpdateDMGDownloaderTest, AHostThatIsNotThereFails)
 {
     EXPECT_EQ(failure(QUrl(u"http://127.0.0.1:%1/image"_s.arg(unusedPort()))),
