@@ -1,6 +1,8 @@
 #include "support/TlsServer.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -68,6 +70,7 @@ QUrl TlsServer::url(const QString &file) const
 
 void TlsServer::addFile(const QString &name, const QByteArray &content)
 {
+    QDir(m_folder.path()).mkpath(QFileInfo(name).path());
     QFile file(m_folder.filePath(name));
     if (file.open(QIODevice::WriteOnly))
         file.write(content);

@@ -156,11 +156,15 @@ TEST_F(BundleInstallationTest, ABundleThatIsGoneIsNotMoved)
 
 TEST_F(BundleInstallationTest, WhereNothingCanBeExchangedTheBundlesMoveOneAfterTheOther)
 {
-    const RenameFaults faults({EINVAL});
-    ASSERT_TRUE(install(write(sampleBundleImage())));
-    EXPECT_EQ(version(), "new");
-    removeUpdateRemains(bundle(), home.path());
-    EXPECT_THAT(beside(), IsEmpty());
+    for (const int lacking : {EINVAL, ENOSYS}) {
+        const RenameFaults faults({lacking});
+        ASSERT_TRUE(install(write(sampleBundleImage())));
+        EXPECT_EQ(version(), "new");
+        removeUpdateRemains(bundle(), home.path());
+        EXPECT_THAT(beside(), IsEmpty());
+        std::filesystem::remove_all(app().toStdString());
+        layOldBundle();
+    }
 }
 
 TEST_F(BundleInstallationTest, WhereTheFirstMoveFailsTheOldBundleStays)
@@ -208,6 +212,37 @@ TEST_F(BundleInstallationTest, AHostileImageIsNotOpened)
     }
     EXPECT_FALSE(QFile::exists(home.path(u"morvane-outside"_s)));
     EXPECT_FALSE(QFile::exists(u"/tmp/morvane-outside"_s));
+}
+
+TEST_F(BundleInstallationTest, AnImageOfMoreThanAnyDiskHoldsIsNotOpened)
+{
+    // A file that is nothing but a gap takes no space in the image.
+    QByteArray header(512, 0);
+    const auto put = [&header](qsizetype place, const QByteArray &text) {
+        header.replace(place, text.size(), text);
+    };
+    put(0, "Morvane.app/gap");
+    put(100, "0000644");
+    put(124, "00000000000");
+    put(148, "        ");
+    put(156, "S");
+    put(257, "ustar  ");
+    put(386, QByteArray::number(20'000'000'001, 8).rightJustified(12, '0'));
+    put(398, "000000000000");
+    put(483, QByteArray::number(20'000'000'001, 8).rightJustified(12, '0'));
+    unsigned sum = 0;
+    for (const char byte : std::as_const(header))
+        sum += static_cast<unsigned char>(byte);
+    put(148, QByteArray::number(sum, 8).rightJustified(6, '0') + '\0');
+    expectFailure(write(header + sampleBundleImage().bytes(SampleArchive::Compression::none)), notOpened);
+}
+
+TEST_F(BundleInstallationTest, AnImageOfMoreFilesThanAnyBundleHasIsNotOpened)
+{
+    SampleArchive image = sampleBundleImage();
+    for (int i = 0; i < 200'000; ++i)
+        image.add(Kind::folder, "Morvane.app");
+    expectFailure(write(image), notOpened);
 }
 
 TEST_F(BundleInstallationTest, AnImageWithoutTheAppIsTold)

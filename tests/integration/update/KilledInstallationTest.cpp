@@ -22,12 +22,13 @@ namespace {
 /// Installations in processes of their own, which are killed.
 class KilledInstallationTest : public BundleTest {
 protected:
-    /// Starts an installation in another process; it kills itself after so many steps.
+    /// Starts an installation in another process, which leads a group; it kills itself after so many steps.
     pid_t startInstallation(const QString &image, int steps)
     {
         const pid_t child = ::fork();
         if (child != 0)
             return child;
+        ::setpgid(0, 0);
         BundleInstallation installation(bundle());
         const std::function<Result()> all[]{
             [&] { return installation.prepare(); }, [&] { return installation.stage(image); },
@@ -98,7 +99,7 @@ TEST_F(KilledInstallationTest, BetweenTheTwoMovesWhereNothingCanBeExchanged)
         child = startInstallation(write(sampleBundleImage()), 4);
     }
     ASSERT_TRUE(waitUntil([this] { return !QFileInfo::exists(app()); }));
-    ::kill(child, SIGKILL);
+    ::kill(-child, SIGKILL);
     expectKilled(child);
     EXPECT_FALSE(QFileInfo::exists(app()));
     const FileDescriptor goesOn(::open(pipe.constData(), O_RDWR | O_CLOEXEC)); // waits for no reader

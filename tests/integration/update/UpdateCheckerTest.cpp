@@ -1,5 +1,6 @@
 #include "update/UpdateChecker.h"
 
+#include "async/Cancelled.h"
 #include "async/SystemClock.h"
 #include "net/HttpClient.h"
 #include "support/DownloadServer.h"
@@ -13,7 +14,7 @@
 using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
+using testing::Each;
 
 namespace morvane {
 namespace {
@@ -40,7 +41,7 @@ protected:
         if (!waitUntil([&] { return task.done() || clock.pendingTimers() > 0; }))
             throw std::runtime_error("nothing happens");
         if (!task.done()) {
-            EXPECT_THAT(clock.requestedDelays(), ElementsAre(1s));
+            EXPECT_THAT(clock.requestedDelays(), Each(1s));
             clock.advance(1s);
         }
         if (!waitUntil([&] { return task.done(); }))
@@ -69,6 +70,8 @@ TEST_F(UpdateCheckerTest, ASecondAttemptMayBringIt)
     EXPECT_EQ(fetch().version, u"1.3"_s);
     EXPECT_EQ(host.requests().size(), 2);
     host.setFaults({{Fault::Kind::cutOff, 10}});
+    EXPECT_EQ(fetch().version, u"1.3"_s);
+    EXPECT_EQ(host.requests().size(), 4);
 }
 
 TEST_F(UpdateCheckerTest, ThereIsNoThirdAttempt)
@@ -110,6 +113,38 @@ TEST_F(UpdateCheckerTest, AManifestOfMoreThanAMegabyteIsNotRead)
 {
     offer(manifest(host.origin()) + QByteArray(2'000'000, ' '));
     EXPECT_THROW(fetch(), TransportError);
+}
+
+TEST_F(UpdateCheckerTest, AManifestWithoutAnEndIsNotReadOn)
+{
+    RawHttpServer endless([](RawHttpConnection &connection) {
+        if (!connection.readRequest())
+            return;
+        connection.send(rawHttpHead(200, {{"Transfer-Encoding", "chunked"}}));
+        while (connection.sendChunk(QByteArray(64 * 1024, ' ')))
+            ;
+    });
+    EXPECT_THROW(fetch(u"http://127.0.0.1:%1"_s.arg(endless.port())), TransportError);
+    EXPECT_LT(endless.sentBytes(), 100'000'000);
+}
+
+TEST_F(UpdateCheckerTest, AManifestThatComesWithAnErrorStatusIsNone)
+{
+    RawHttpServer broken(RawHttpServer::answering(
+        [](const RawHttpRequest &) { return rawHttpResponse(500, manifest(u"https://updates.example"_s)); }));
+    EXPECT_THROW(fetch(u"http://127.0.0.1:%1"_s.arg(broken.port())), UpdateCheckerError);
+}
+
+TEST_F(UpdateCheckerTest, AnEndOfTheProgramEndsTheCheckAtOnce)
+{
+    host.setFaults({{Fault::Kind::stall, 10}});
+    UpdateChecker checker(http, {host.origin(), host.origin(), {}});
+    auto task = scheduler.spawn(checker.fetchLatest());
+    ASSERT_TRUE(waitUntil([this] { return host.requests().size() == 1; }));
+    task.cancel();
+    ASSERT_TRUE(waitUntil([&] { return task.done() || clock.pendingTimers() > 0; }));
+    ASSERT_TRUE(task.done());
+    EXPECT_THROW(task.result(), Cancelled);
 }
 
 TEST_F(UpdateCheckerTest, AHostThatIsNotThereIsATransportError)

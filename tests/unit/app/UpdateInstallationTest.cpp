@@ -51,6 +51,38 @@ TEST_F(UpdateInstallationTest, AnUpdateIsInstalledWithTheWordsOfEachStep)
     EXPECT_EQ(updates.terminations, 1);
 }
 
+TEST_F(UpdateInstallationTest, ThePhasesFollowEachOther)
+{
+    QList<std::size_t> phases{model->updates().updateInstallPhase().state.index()};
+    QObject::connect(&model->updates(), &UpdateModel::updateInstallPhaseChanged,
+                     [&] { phases.append(model->updates().updateInstallPhase().state.index()); });
+    install();
+    settle();
+    EXPECT_THAT(phases, ElementsAre(0, 1, 2, 3)); // idle, downloading, verifying, installing
+}
+
+TEST_F(UpdateInstallationTest, AFailureIsToldWhenTheImageIsGone)
+{
+    updates.installFailure = u"The downloaded update could not be opened."_s;
+    bool wasThere = true;
+    QObject::connect(&model->updates(), &UpdateModel::updateInstallPhaseChanged, [&] {
+        if (phase<Phase::Failed>())
+            wasThere = QFile::exists(updates.lastImage);
+    });
+    install();
+    settle();
+    EXPECT_NE(failure(), QString());
+    EXPECT_FALSE(wasThere);
+}
+
+TEST_F(UpdateInstallationTest, MoreThanTheWholeIsTheWhole)
+{
+    updates.steps = {1.5};
+    install();
+    settle();
+    EXPECT_THAT(announcer.spoken, Contains(u"Downloading the update, 100 percent done."_s));
+}
+
 TEST_F(UpdateInstallationTest, WithoutAnUpdateNothingHappens)
 {
     updates.manifest = sampleUpdate(u"1.2"_s, 5);

@@ -5,7 +5,6 @@
 using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -74,7 +73,8 @@ TEST_F(UpdateModelTest, ANewerVersionIsFoundByItsNumbers)
 TEST_F(UpdateModelTest, TheUserIsShownWhatIsAvailable)
 {
     offer(u"1.3"_s, 7);
-    check(Occasion::user);
+    checker().startCheck();
+    settle();
     ASSERT_NE(alert<UpdateAlert::Available>(), nullptr);
     EXPECT_EQ(alert<UpdateAlert::Available>()->update, updates.manifest);
 }
@@ -126,6 +126,19 @@ TEST_F(UpdateModelTest, TheAgentKeepsItsStatusLine)
     EXPECT_EQ(status(), before);
 }
 
+TEST_F(UpdateModelTest, WhetherTheAgentWorksIsNotedWhenTheCheckBegins)
+{
+    updates.checkTime = 10s;
+    offer(u"1.3"_s, 7);
+    checker().startCheck();
+    settle();
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
+    clock.advance(10s);
+    settle();
+    EXPECT_EQ(status(), u"Morvane 1.3 build 7 is available"_s);
+}
+
 TEST_F(UpdateModelTest, ARequiredUpdateTakesTheStatusLineAndAlertsEvenAtTheStart)
 {
     neverAnswer();
@@ -135,7 +148,8 @@ TEST_F(UpdateModelTest, ARequiredUpdateTakesTheStatusLineAndAlertsEvenAtTheStart
     updates.manifest.required = true;
     check(Occasion::programStart);
     EXPECT_EQ(status(), u"Update required: 1.3 build 7"_s);
-    EXPECT_THAT(activityTexts(), Contains(u"Required update: Morvane 1.3 build 7."_s));
+    EXPECT_EQ(lastStep().text, u"Required update: Morvane 1.3 build 7."_s);
+    EXPECT_EQ(lastStep().kind, ActivityStep::Kind::error);
     EXPECT_THAT(announcer.spoken,
                 ElementsAre(u"This update is required to continue. Please update Morvane to 1.3 "
                             "build 7 now."_s));
@@ -146,9 +160,14 @@ TEST_F(UpdateModelTest, ARequiredUpdateTakesTheStatusLineAndAlertsEvenAtTheStart
 TEST_F(UpdateModelTest, ARequiredUpdateLetsNoMessageThrough)
 {
     requireUpdate();
+    model->status().setStatusText(u"Something"_s);
     EXPECT_FALSE(model->send(u"hi"_s, {}));
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_THAT(service.requests(), IsEmpty());
+    EXPECT_EQ(status(), u"Update required: 1.3 build 7"_s);
+    EXPECT_THAT(announcer.spoken,
+                ElementsAre(u"This update is required to continue. Please update Morvane to 1.3 "
+                            "build 7 now."_s));
 }
 
 TEST_F(UpdateModelTest, AnOlderManifestThatRequiresClearsWhatWasKnown)
@@ -181,6 +200,8 @@ TEST_F(UpdateModelTest, TheUserIsToldWhyACheckFailed)
     const QString text = u"Couldn't check for updates. "_s + QString::fromLatin1(unreachable);
     EXPECT_THAT(announcer.spoken, ElementsAre(text));
     EXPECT_THAT(activityTexts(), ElementsAre(text));
+    EXPECT_EQ(lastStep().kind, ActivityStep::Kind::error);
+    EXPECT_FALSE(checker().isCheckingUpdate());
     ASSERT_NE(alert<UpdateAlert::CheckFailed>(), nullptr);
     EXPECT_EQ(alert<UpdateAlert::CheckFailed>()->reason, QString::fromLatin1(unreachable));
     checker().downloadFromAlert(); // there is nothing to open
@@ -202,6 +223,18 @@ TEST_F(UpdateModelTest, AFailureWithARequiredUpdateOnRecordAsksForAConnection)
     check(Occasion::user);
     EXPECT_NE(alert<UpdateAlert::Required>(), nullptr);
     EXPECT_TRUE(checker().isUpdateRequired());
+}
+
+TEST_F(UpdateModelTest, AFailureWithARequiredUpdateLeavesTheAgentsStatusLine)
+{
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
+    requireUpdate();
+    model->status().setStatusText(u"The agent's"_s);
+    failWith(std::make_exception_ptr(UpdateCheckerError::badResponse()));
+    check(Occasion::user);
+    EXPECT_EQ(status(), u"The agent's"_s);
+    EXPECT_NE(alert<UpdateAlert::Required>(), nullptr);
 }
 
 TEST_F(UpdateModelTest, ADismissedUpdateStaysDismissedAndTheNextBuildReturns)
@@ -252,6 +285,26 @@ TEST_F(UpdateModelTest, ARequiredUpdateRemindsAfterTheBrowserWasOpened)
     EXPECT_THAT(announcer.spoken, ElementsAre(u"Opening the download for Morvane 1.3."_s,
                                               u"This update is required to continue. Please update now."_s));
     EXPECT_TRUE(checker().isUpdateRequired());
+}
+
+TEST_F(UpdateModelTest, AnAlertIsClosedWhenTheUpdateBegins)
+{
+    offer(u"1.3"_s, 7);
+    check(Occasion::user);
+    checker().installFromAlert();
+    settle();
+    EXPECT_FALSE(checker().alert());
+    EXPECT_EQ(updates.downloads.size(), 1);
+}
+
+TEST_F(UpdateModelTest, TheWindowsHearOfADismissal)
+{
+    offer(u"1.3"_s, 7);
+    check(Occasion::programStart);
+    int changes = 0;
+    QObject::connect(&checker(), &UpdateModel::changed, [&changes] { ++changes; });
+    checker().dismissUpdateBanner();
+    EXPECT_EQ(changes, 1);
 }
 
 TEST_F(UpdateModelTest, AnAlertIsClosedByLaterWithoutAnythingElse)

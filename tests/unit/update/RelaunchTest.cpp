@@ -75,6 +75,15 @@ TEST(RelaunchEnvironmentTest, NothingOfTheOldStartReachesTheNewProgram)
                 ElementsAre("HOME=/home/me", "PATH=/home/me/bin:/usr/bin", "LD_LIBRARY_PATHS=mine"));
 }
 
+TEST(RelaunchEnvironmentTest, NothingLeadsTheNewProgramToFilesOfTheOldOne)
+{
+    EXPECT_THAT(relaunchEnvironment({"LD_PRELOAD=/old/a.so", "QT_QPA_PLATFORM_PLUGIN_PATH=/old",
+                                     "QTWEBENGINEPROCESS_PATH=/old", "QTWEBENGINE_RESOURCES_PATH=/old",
+                                     "QTWEBENGINE_LOCALES_PATH=/old", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1",
+                                     "QT_SCALE_FACTOR=2"}),
+                ElementsAre("QT_SCALE_FACTOR=2"));
+}
+
 TEST(RunningBundleTest, ABundleIsKnownByWhereItsProgramLies)
 {
     EXPECT_EQ(RunningBundle::ofProgram(u"/opt/My Programs/Morvane 2.app/Contents/MacOS/Morvane"_s),

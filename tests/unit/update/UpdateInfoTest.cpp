@@ -4,6 +4,7 @@
 #include "support/FakeUpdateService.h"
 
 #include <gmock/gmock.h>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -68,6 +69,22 @@ TEST(UpdateInfoTest, AWrongTypeFailsTheWhole)
     EXPECT_EQ(UpdateInfo::fromJson("[]"), std::nullopt);
     EXPECT_EQ(UpdateInfo::fromJson(""), std::nullopt);
     EXPECT_EQ(UpdateInfo::fromJson("<html>"), std::nullopt);
+}
+
+TEST(UpdateInfoTest, ABuildIsANumberOf64Bits)
+{
+    const auto readBuild = [](const QByteArray &digits) {
+        const QByteArray json = serializeJson(manifest()).replace("\"build\":7", "\"build\":" + digits);
+        const auto update = UpdateInfo::fromJson(json);
+        return update ? std::optional(update->build) : std::nullopt;
+    };
+    EXPECT_EQ(readBuild("9223372036854775807"), std::numeric_limits<qint64>::max());
+    EXPECT_EQ(readBuild("-9223372036854775808"), std::numeric_limits<qint64>::min());
+    for (const char *digits :
+         {"9223372036854775808", "18446744073709551615", "18446744073709551616", "9.223372036854775808e18",
+          "-9223372036854775809", "1e400", "-1e400", "1e19", "0x7", "NaN"})
+        EXPECT_EQ(readBuild(digits), std::nullopt) << digits;
+    EXPECT_EQ(readBuild(QByteArray(100'000, '9')), std::nullopt);
 }
 
 TEST(UpdateInfoTest, NullIsAbsentWhereAKeyIsOptional)
