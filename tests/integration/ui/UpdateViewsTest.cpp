@@ -3,6 +3,7 @@
 #include "net/TransportError.h"
 #include "support/AskForPermit.h"
 #include "ui/controls/DownloadProgressBar.h"
+#include "ui/settings/AboutSection.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/SheetCard.h"
@@ -13,6 +14,7 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -22,6 +24,7 @@ using namespace Qt::StringLiterals;
 
 using namespace std::chrono_literals;
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -162,6 +165,9 @@ TEST_F(UpdateViewsTest, ARequiredUpdateHoldsTheWindow)
     EXPECT_THAT(texts(sheet()),
                 ElementsAre(u"Update required"_s, u"Required update: Morvane 1.3 build 7."_s,
                             u"The app is paused until you update — connect to the internet if offline."_s));
+    EXPECT_EQ(sheet()->card()->accessibleDescription(),
+              u"Required update: Morvane 1.3 build 7. The app is paused until you update — connect to the "
+              "internet if offline."_s);
     EXPECT_THAT(buttons(sheet()), ElementsAre(u"Download the update from the website"_s, updateRequired));
     EXPECT_TRUE(button(sheet(), updateRequired)->hasFocus());
     EXPECT_THAT(texts(banner()),
@@ -174,9 +180,6 @@ TEST_F(UpdateViewsTest, NothingDismissesTheRequiredSheet)
 {
     require();
     closeAlert();
-    QTest::keyClick(window->focusWidget(), Qt::Key_Escape);
-    settle();
-    EXPECT_TRUE(sheet()->isOpen());
     press(sheet(), u"Download the update from the website"_s);
     EXPECT_THAT(urls.opened, ElementsAre(updates.manifest.url()));
     EXPECT_TRUE(sheet()->isOpen());
@@ -185,6 +188,36 @@ TEST_F(UpdateViewsTest, NothingDismissesTheRequiredSheet)
         EXPECT_FALSE(action(name)->isEnabled()) << name.toStdString();
     EXPECT_TRUE(action(u"Check for Updates…"_s)->isEnabled());
     EXPECT_TRUE(action(u"Quit Morvane"_s)->isEnabled());
+}
+
+TEST_F(UpdateViewsTest, WhatIsForTheConversationWaitsForAlertAndSheet)
+{
+    const QList<QAction *> actions{action(u"Stop Generating"_s), action(u"Find in Conversation…"_s)};
+    const auto areEnabled = [&actions] {
+        return QList{actions.at(0)->isEnabled(), actions.at(1)->isEnabled()};
+    };
+    neverAnswer();
+    ASSERT_TRUE(model->send(u"hi"_s, {}));
+    settle();
+    EXPECT_THAT(areEnabled(), Each(true));
+    offer(Occasion::user);
+    EXPECT_THAT(areEnabled(), Each(false));
+    closeAlert();
+    EXPECT_THAT(areEnabled(), Each(true));
+    require();
+    closeAlert();
+    EXPECT_THAT(areEnabled(), Each(false));
+}
+
+TEST_F(UpdateViewsTest, TheAboutSettingsTellOfAnUnusualHost)
+{
+    qApp->setProperty("unusualUpdateOrigin", u"http://127.0.0.1:1"_s);
+    const AboutSection section;
+    qApp->setProperty("unusualUpdateOrigin", {});
+    QStringList told;
+    for (const QLabel *label : section.findChildren<QLabel *>())
+        told.append(label->text());
+    EXPECT_THAT(told, Contains(u"Updates come from http://127.0.0.1:1."_s));
 }
 
 TEST_F(UpdateViewsTest, ThePausedWindowComesBackWhenTheManifestIsTakenBack)
