@@ -37,7 +37,7 @@ BrowserTabButton::BrowserTabButton(const BrowserTab &tab, QWidget *parent)
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::NoFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    setMaximumWidth(sizeHint().width());
+    setMaximumWidth(BrowserTabButton::sizeHint().width()); // nothing is virtual yet
     setAccessibleDescription(u"Switch to this tab"_s);
     m_close->setIcon(symbolIcon(Symbol::cross));
     m_close->setAutoRaise(true);

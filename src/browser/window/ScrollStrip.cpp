@@ -43,7 +43,7 @@ QSize ScrollStrip::minimumSizeHint() const
 
 void ScrollStrip::fitHeight()
 {
-    setFixedHeight(ScrollStrip::sizeHint().height()); // while it is made nothing is virtual
+    setFixedHeight(ScrollStrip::sizeHint().height()); // nothing is virtual yet
 }
 
 void ScrollStrip::bringIntoSight(QWidget *thing)
