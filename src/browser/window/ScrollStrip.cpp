@@ -26,7 +26,6 @@ ScrollStrip::ScrollStrip(QWidget *parent) : QScrollArea(parent)
         fitHeight();
         showWanted();
     });
-    fitHeight();
 }
 
 QSize ScrollStrip::sizeHint() const
