@@ -65,7 +65,6 @@ QByteArray manyElements()
 int main(int argc, char **argv)
 {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const PrivateDesktop desktop;
     desktop.adopt();
     QApplication application(argc, argv);

@@ -249,8 +249,6 @@ int main(int argc, char **argv)
         std::fputs("Morvane is already running but does not answer.\n", stderr);
         return 1;
     }
-    // The web engine draws where the windows do; it is asked for before it is known to be wanted.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"Morvane"_s);
     const OutsideWorld outside = outsideWorld(dataFolder());

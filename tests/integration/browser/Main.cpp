@@ -6,6 +6,5 @@
 int main(int argc, char **argv)
 {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     return morvane::runOnPrivateDesktop<QApplication>(argc, argv);
 }
