@@ -42,6 +42,30 @@ protected:
     static qsizetype spareKeys() { return XKeyboard::read(*XDisplay::open())->spareKeys().size(); }
 };
 
+/// Waits beside the thread of the tests.
+void waitInAnyThread(const std::function<bool()> &isSo)
+{
+    const QDeadlineTimer limit(std::chrono::seconds(20));
+    while (!isSo() && !limit.hasExpired())
+        std::this_thread::yield();
+}
+
+/// Leaves out all pauses, and has something happen in the third.
+class ThirdPause final : public SequenceClock {
+public:
+    explicit ThirdPause(std::function<void()> happens) : m_happens(std::move(happens)) {}
+    void sleep(std::chrono::milliseconds, const std::stop_token &) override
+    {
+        if (++m_sleeps == 3)
+            m_happens();
+    }
+    QDeadlineTimer deadline(std::chrono::milliseconds limit) override { return QDeadlineTimer(limit); }
+
+private:
+    const std::function<void()> m_happens;
+    int m_sleeps = 0;
+};
+
 TEST_F(TypingTest, EveryLayoutTypesTheSameTextAndIsGivenBack)
 {
     openTerminal();
@@ -129,6 +153,41 @@ TEST_F(TypingTest, FiveThousandCharactersArriveWithoutALossOrASwap)
     EXPECT_TRUE(waitUntil([&] { return typed() == text; })) << typed().toStdString();
 }
 
+TEST_F(TypingTest, ALayoutThatTheUserTurnsToInMidWordChangesNothingOfTheRest)
+{
+    const auto turnToTheOther = [] {
+        const auto user = XDisplay::open();
+        const auto turn = XKeyboard::read(*user)->keyFor(XKB_KEY_ISO_Next_Group);
+        ASSERT_TRUE(turn);
+        for (const uint8_t type : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
+            xcb_test_fake_input(user->connection(), type, turn->code, XCB_CURRENT_TIME, user->root(), 0, 0,
+                                0);
+        user->synchronize();
+    };
+    openTerminal();
+    const QString beginning = u"Az\n"_s;
+    const QString text = beginning + u"ertyß Qwerty,漢 Ж 12\n"_s;
+    QString expected;
+    for (const bool setsAnother : {true, false}) {
+        setLayout({u"us,ru"_s, u"-option"_s, u"grp:menu_toggle"_s});
+        const qsizetype spare = spareKeys();
+        ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
+                           std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
+                           std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
+                           std::make_shared<ThirdPause>([&] {
+                               // What a program has not read yet, it reads as the new layout has it.
+                               waitInAnyThread([&] { return typed() == expected + beginning; });
+                               setsAnother ? setLayout({u"fr"_s}) : turnToTheOther();
+                           })});
+        EXPECT_EQ(run(tools.typeText(text)), u"Typed %1 characters."_s.arg(text.size()));
+        expected += text;
+        EXPECT_TRUE(waitUntil([&] { return typed() == expected; })) << typed().toStdString();
+        EXPECT_EQ(spareKeys(), spare);
+        if (!setsAnother)
+            turnToTheOther();
+    }
+}
+
 TEST_F(TypingTest, AModifierThatTheUserHoldsIsNotMixedIn)
 {
     openTerminal();
@@ -147,31 +206,14 @@ TEST_F(TypingTest, AModifierThatTheUserHoldsIsNotMixedIn)
 
 TEST_F(TypingTest, TheRestOfATextGoesToNoOtherWindowWhenTheOneItIsForCloses)
 {
-    /// Waits at the third pause until something has happened.
-    class WaitingClock final : public SequenceClock {
-    public:
-        explicit WaitingClock(std::function<bool()> hasHappened) : m_hasHappened(std::move(hasHappened)) {}
-        void sleep(std::chrono::milliseconds, const std::stop_token &) override
-        {
-            if (++m_sleeps != 3)
-                return;
-            const QDeadlineTimer limit(std::chrono::seconds(20));
-            while (!m_hasHappened() && !limit.hasExpired())
-                std::this_thread::yield();
-        }
-        QDeadlineTimer deadline(std::chrono::milliseconds limit) override { return QDeadlineTimer(limit); }
-
-    private:
-        const std::function<bool()> m_hasHappened;
-        int m_sleeps = 0;
-    };
     openTerminal();
     const qint64 behind = m_programs.back()->pid();
     start(u"xterm"_s, {u"-e"_s, u"sh"_s, u"-c"_s, u"read line"_s});
     ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
                        std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
                        std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
-                       std::make_shared<WaitingClock>([behind] { return hasTheKeyboard(behind); })});
+                       std::make_shared<ThirdPause>(
+                           [behind] { waitInAnyThread([behind] { return hasTheKeyboard(behind); }); })});
     EXPECT_EQ(
         run(tools.typeText(u"ab\nfor nobody"_s)),
         u"Error: typing was stopped after 3 of 13 characters, because another window came to the front."_s);

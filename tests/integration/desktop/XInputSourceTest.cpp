@@ -20,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 
 constexpr quint32 command = 0x100000;
@@ -214,6 +215,28 @@ TEST_F(XInputSourceTest, CapsLockChangesNothingOfATextAndIsOnAgainAfterwards)
     const QString toggle = u"key %1 with "_s.arg(caps);
     EXPECT_EQ(typed, QStringList({toggle + u"2"_s, key(XKB_KEY_a), key(XKB_KEY_Shift_L),
                                   key(XKB_KEY_b, XCB_MOD_MASK_SHIFT), toggle + u"0"_s}));
+}
+
+TEST_F(XInputSourceTest, CapsLockThatTheUserPressesInMidWordChangesTheRestOfItAsLittle)
+{
+    const uint8_t caps = keyOf(XKB_KEY_Caps_Lock);
+    const auto userPressesCaps = [&] {
+        userSends(XCB_KEY_PRESS, caps);
+        userSends(XCB_KEY_RELEASE, caps);
+    };
+    for (const uint16_t wanted : {uint16_t(XCB_MOD_MASK_LOCK), uint16_t(0)}) {
+        {
+            const auto source = newSource();
+            source->prepareText(u"aa"_s);
+            source->characterDown(U'a');
+            source->characterUp(U'a');
+            userPressesCaps();
+            source->characterDown(U'a');
+            source->characterUp(U'a');
+            EXPECT_THAT(pressed(), Contains(key(XKB_KEY_a)));
+        }
+        EXPECT_EQ(modifiersNow(), wanted) << "as the user has it by now";
+    }
 }
 
 TEST_F(XInputSourceTest, ALineEndOfTwoCharactersIsOneKeyAndControlCharactersWithoutAKeyAreNone)

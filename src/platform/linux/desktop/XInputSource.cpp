@@ -70,6 +70,9 @@ std::optional<xkb_keysym_t> fixedSymbol(int code)
     }
 }
 
+/// Where the state of pointer and keyboard has the number of the layout.
+constexpr int layoutShift = 13;
+
 int16_t coordinate(qint64 value)
 {
     return int16_t(std::clamp<qint64>(value, -32768, 32767));
@@ -94,6 +97,8 @@ void changeKeys(XDisplay &display, const QList<uint8_t> &keys, const QList<xkb_k
 XInputSource::XInputSource(std::unique_ptr<XDisplay> display)
     : m_display(std::move(display)), m_origin(m_display->origin()), m_keyboard(XKeyboard::read(*m_display))
 {
+    if (m_keyboard)
+        m_spareKeys = m_keyboard->spareKeys();
 }
 
 XInputSource::~XInputSource()
@@ -103,7 +108,7 @@ XInputSource::~XInputSource()
     while (!m_heldKeys.isEmpty())
         releaseKey(m_heldKeys.last());
     giveBackKeys();
-    if (m_capsWasLocked)
+    if (m_capsIsToBeLocked)
         toggleCapsLock();
     m_display->synchronize();
 }
@@ -149,7 +154,7 @@ uint8_t XInputSource::physicalButton(uint8_t logicalButton) const
 
 void XInputSource::buttonDown(MouseButton button, QPoint)
 {
-    letGoOfForeignModifiers();
+    letGoOfForeignModifiers(stateNow());
     const uint8_t physical = physicalButton(button == MouseButton::left ? leftButton : rightButton);
     send(XCB_BUTTON_PRESS, physical);
     m_heldButtons.append(physical);
@@ -222,7 +227,7 @@ void XInputSource::keyDown(int code, quint32 flags)
     const std::optional<uint8_t> key = keyForCode(code);
     if (!key)
         return;
-    letGoOfForeignModifiers();
+    letGoOfForeignModifiers(stateNow());
     for (const uint8_t modifier : modifierKeys(flags))
         pressKey(modifier);
     pressKey(*key);
@@ -234,13 +239,19 @@ void XInputSource::keyUp(int, quint32)
         releaseKey(m_heldKeys.last());
 }
 
-void XInputSource::letGoOfForeignModifiers()
+uint16_t XInputSource::stateNow() const
 {
     xcb_connection_t *const connection = m_display->connection();
     const auto pointer = xReply(
         xcb_query_pointer_reply(connection, xcb_query_pointer(connection, m_display->root()), nullptr));
-    if (!pointer || (pointer->mask & effectiveModifiers) == 0 || !m_heldKeys.isEmpty())
+    return pointer ? pointer->mask : 0;
+}
+
+void XInputSource::letGoOfForeignModifiers(uint16_t state)
+{
+    if ((state & effectiveModifiers) == 0 || !m_heldKeys.isEmpty())
         return;
+    xcb_connection_t *const connection = m_display->connection();
     const auto pressed = xReply(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
     const auto modifiers =
         xReply(xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
@@ -264,6 +275,30 @@ void XInputSource::toggleCapsLock()
     }
 }
 
+void XInputSource::followUser(uint16_t state)
+{
+    if (m_keyboard && (state & XCB_MOD_MASK_LOCK) != 0) {
+        m_capsIsToBeLocked = !m_capsIsToBeLocked;
+        toggleCapsLock();
+    }
+    if (m_keyboard && (m_changes.any() || state >> layoutShift != int(m_keyboard->layout())))
+        readKeyboardAgain();
+}
+
+void XInputSource::readKeyboardAgain()
+{
+    auto now = XKeyboard::read(*m_display);
+    if (!now)
+        return;
+    m_keyboard = std::move(now);
+    // Another layout takes off the spare keys what was put on them.
+    using Used = QMap<uint8_t, xkb_keysym_t>::iterator;
+    m_usedSpares.removeIf([this](Used used) { return m_keyboard->symbol(used.key()) != used.value(); });
+    using Mapped = QHash<xkb_keysym_t, uint8_t>::iterator;
+    m_mapped.removeIf([this](Mapped mapped) { return !m_usedSpares.contains(*mapped); });
+    m_spareKeys = m_usedSpares.keys() + m_keyboard->spareKeys();
+}
+
 std::optional<XKey> XInputSource::keyForSymbol(xkb_keysym_t symbol) const
 {
     if (const auto mapped = m_mapped.constFind(symbol); mapped != m_mapped.cend())
@@ -282,10 +317,6 @@ void XInputSource::prepareText(const QString &text)
 {
     m_text = text.toStdU32String();
     m_position = 0;
-    if (m_keyboard && m_keyboard->isCapsLocked() && !m_capsWasLocked) {
-        m_capsWasLocked = true;
-        toggleCapsLock();
-    }
     mapAhead();
 }
 
@@ -294,8 +325,7 @@ void XInputSource::mapAhead()
     if (!m_keyboard)
         return;
     QList<xkb_keysym_t> missing;
-    for (std::size_t at = m_position; at < m_text.size() && missing.size() < m_keyboard->spareKeys().size();
-         ++at) {
+    for (std::size_t at = m_position; at < m_text.size() && missing.size() < m_spareKeys.size(); ++at) {
         const auto symbol = symbolOf(m_text[at]);
         if (symbol && !m_keyboard->keyFor(*symbol) && !missing.contains(*symbol))
             missing.append(*symbol);
@@ -311,25 +341,28 @@ void XInputSource::mapSymbols(const QList<xkb_keysym_t> &symbols)
         std::this_thread::sleep_for(timeToRead);
     }
     m_mapped.clear();
-    const QList<uint8_t> &spare = m_keyboard->spareKeys();
-    const qsizetype used = std::min(symbols.size(), spare.size());
-    m_usedSpares = std::max(m_usedSpares, used);
-    changeKeys(*m_display, spare.first(used), symbols.first(used));
-    for (qsizetype at = 0; at < used; ++at)
-        m_mapped.insert(symbols.at(at), spare.at(at));
+    const qsizetype used = std::min(symbols.size(), m_spareKeys.size());
+    changeKeys(*m_display, m_spareKeys.first(used), symbols.first(used));
+    for (qsizetype at = 0; at < used; ++at) {
+        m_mapped.insert(symbols.at(at), m_spareKeys.at(at));
+        m_usedSpares.insert(m_spareKeys.at(at), symbols.at(at));
+    }
     m_display->synchronize();
+    // Its own changes are no news, and the user's may have come between them.
+    if (m_changes.any())
+        readKeyboardAgain();
     std::this_thread::sleep_for(timeToLearn);
 }
 
 void XInputSource::giveBackKeys()
 {
-    if (m_usedSpares == 0)
+    if (m_usedSpares.isEmpty())
         return;
     m_display->synchronize();
     std::this_thread::sleep_for(timeToRead);
-    const qsizetype used = std::exchange(m_usedSpares, 0);
-    changeKeys(*m_display, m_keyboard->spareKeys().first(used), QList<xkb_keysym_t>(used, XCB_NO_SYMBOL));
-    m_mapped.clear();
+    if (m_changes.any())
+        readKeyboardAgain();
+    changeKeys(*m_display, m_usedSpares.keys(), QList<xkb_keysym_t>(m_usedSpares.size(), XCB_NO_SYMBOL));
 }
 
 void XInputSource::characterDown(char32_t character)
@@ -339,13 +372,15 @@ void XInputSource::characterDown(char32_t character)
                           m_text[m_position - 1] == U'\r';
     const std::optional<xkb_keysym_t> symbol = endsPair ? std::nullopt : symbolOf(character);
     if (symbol) {
+        const uint16_t state = stateNow();
+        followUser(state);
         std::optional<XKey> key = keyForSymbol(*symbol);
         if (!key && m_position < m_text.size()) {
             mapAhead();
             key = keyForSymbol(*symbol);
         }
         if (key) {
-            letGoOfForeignModifiers();
+            letGoOfForeignModifiers(state);
             if (key->shifted)
                 for (const uint8_t shift : modifierKeys(shiftFlag))
                     pressKey(shift);

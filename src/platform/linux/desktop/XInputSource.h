@@ -3,10 +3,12 @@
 #include "platform/InputEvents.h"
 #include "platform/linux/desktop/XDisplay.h"
 #include "platform/linux/desktop/XKeyboard.h"
+#include "platform/linux/desktop/XKeyboardChanges.h"
 #include "platform/linux/desktop/XKeyboardTarget.h"
 
 #include <QHash>
 #include <QList>
+#include <QMap>
 #include <memory>
 #include <optional>
 
@@ -14,7 +16,8 @@ namespace morvane {
 
 /// Events through the XTest extension. Characters that the layout lacks are put on spare keys beforehand, as
 /// many at once as there are, since programs need a moment to hear of a change; the keys are given back when
-/// the source goes. Modifiers that the user holds are let go of, so that they do not change what is typed.
+/// the source goes. Modifiers that the user holds are let go of, so that they do not change what is typed,
+/// and a text comes out as it is whatever layout the user turns to meanwhile.
 class XInputSource final : public InputSource {
 public:
     explicit XInputSource(std::unique_ptr<XDisplay> display);
@@ -44,8 +47,13 @@ private:
     uint8_t physicalButton(uint8_t logicalButton) const;
     QList<uint8_t> modifierKeys(quint32 flags) const;
     std::optional<uint8_t> keyForCode(int code);
-    void letGoOfForeignModifiers();
+    /// Of pointer and keyboard: the modifiers, and the number of the layout.
+    uint16_t stateNow() const;
+    void letGoOfForeignModifiers(uint16_t state);
     void toggleCapsLock();
+    /// The user's Caps Lock and layout may be others at each character.
+    void followUser(uint16_t state);
+    void readKeyboardAgain();
 
     std::optional<XKey> keyForSymbol(xkb_keysym_t symbol) const;
     /// Puts the symbols that come next and have no key on the spare ones.
@@ -56,17 +64,19 @@ private:
 
     const std::unique_ptr<XDisplay> m_display;
     const QPoint m_origin;
-    const std::optional<XKeyboard> m_keyboard;
+    XKeyboardChanges m_changes; ///< From before m_keyboard is read.
+    std::optional<XKeyboard> m_keyboard;
     std::optional<XKeyboardTarget> m_target; ///< Once it has been asked for.
     QList<uint8_t> m_heldKeys;
     QList<uint8_t> m_heldButtons;
-    int m_scrolled = 0; ///< Pixels that made no whole notch of the wheel yet.
-    bool m_capsWasLocked = false;
+    int m_scrolled = 0;              ///< Pixels that made no whole notch of the wheel yet.
+    bool m_capsIsToBeLocked = false; ///< By the user's will, when the source goes.
 
     std::u32string m_text;      ///< What is being typed.
     std::size_t m_position = 0; ///< Of the next character in it.
     QHash<xkb_keysym_t, uint8_t> m_mapped;
-    qsizetype m_usedSpares = 0; ///< How many of the spare keys are to be given back.
+    QList<uint8_t> m_spareKeys;
+    QMap<uint8_t, xkb_keysym_t> m_usedSpares; ///< To be given back.
 };
 
 } // namespace morvane

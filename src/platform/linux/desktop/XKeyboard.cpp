@@ -46,11 +46,10 @@ std::optional<XKeyboard> XKeyboard::read(const XDisplay &display)
     const xkb_mod_mask_t caps = maskOf(keymap.get(), XKB_MOD_NAME_CAPS);
     const xkb_mod_mask_t shift = maskOf(keymap.get(), XKB_MOD_NAME_SHIFT);
     const xkb_mod_mask_t locked = xkb_state_serialize_mods(present.get(), XKB_STATE_MODS_LOCKED);
-    const xkb_layout_index_t layout = xkb_state_serialize_layout(present.get(), XKB_STATE_LAYOUT_EFFECTIVE);
-    keyboard.m_isCapsLocked = (locked & caps) != 0;
+    keyboard.m_layout = xkb_state_serialize_layout(present.get(), XKB_STATE_LAYOUT_EFFECTIVE);
     const xkb_keycode_t last = std::min<xkb_keycode_t>(xkb_keymap_max_keycode(keymap.get()), 255);
     for (const bool shifted : {false, true}) {
-        xkb_state_update_mask(wanted.get(), shifted ? shift : 0, 0, locked & ~caps, 0, 0, layout);
+        xkb_state_update_mask(wanted.get(), shifted ? shift : 0, 0, locked & ~caps, 0, 0, keyboard.m_layout);
         for (xkb_keycode_t code = xkb_keymap_min_keycode(keymap.get()); code <= last; ++code) {
             if (xkb_keymap_num_layouts_for_key(keymap.get(), code) == 0) {
                 if (!shifted)
@@ -60,9 +59,8 @@ std::optional<XKeyboard> XKeyboard::read(const XDisplay &display)
             const xkb_keysym_t symbol = xkb_state_key_get_one_sym(wanted.get(), code);
             if (symbol != XKB_KEY_NoSymbol && !keyboard.m_keys.contains(symbol))
                 keyboard.m_keys.insert(symbol, {uint8_t(code), shifted});
-            const char32_t character = xkb_keysym_to_utf32(symbol);
-            if (!shifted && character != 0)
-                keyboard.m_characters.insert(uint8_t(code), QString::fromUcs4(&character, 1));
+            if (!shifted)
+                keyboard.m_symbols.insert(uint8_t(code), symbol);
         }
     }
     return keyboard;
@@ -76,7 +74,8 @@ std::optional<XKey> XKeyboard::keyFor(xkb_keysym_t symbol) const
 
 QString XKeyboard::character(uint8_t code) const
 {
-    return m_characters.value(code);
+    const char32_t character = xkb_keysym_to_utf32(symbol(code));
+    return character != 0 ? QString::fromUcs4(&character, 1) : QString();
 }
 
 std::optional<xkb_keysym_t> symbolOf(char32_t character)

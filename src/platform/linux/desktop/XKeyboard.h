@@ -26,19 +26,22 @@ public:
 
     /// The key that types this symbol by itself or with Shift, Caps Lock being off.
     std::optional<XKey> keyFor(xkb_keysym_t symbol) const;
+    /// What is on the key without modifiers; XKB_KEY_NoSymbol for nothing.
+    xkb_keysym_t symbol(uint8_t code) const { return m_symbols.value(code); }
     /// What the key types without modifiers; an empty text for none.
     QString character(uint8_t code) const;
     /// Keys without any symbol.
     const QList<uint8_t> &spareKeys() const { return m_spareKeys; }
-    bool isCapsLocked() const { return m_isCapsLocked; }
+    /// Which of the layouts that the user has at hand it is.
+    xkb_layout_index_t layout() const { return m_layout; }
 
 private:
     XKeyboard() = default;
 
     QHash<xkb_keysym_t, XKey> m_keys;
-    QHash<uint8_t, QString> m_characters;
+    QHash<uint8_t, xkb_keysym_t> m_symbols;
     QList<uint8_t> m_spareKeys;
-    bool m_isCapsLocked = false;
+    xkb_layout_index_t m_layout = 0;
 };
 
 /// The symbol that stands for a character of a text; nothing for control characters that no key stands for.
