@@ -138,6 +138,13 @@ TEST_F(ProgramsTest, AFieldOfGtk4TakesEveryCharacterAndControlKeys)
     })) << run(m_tools.clipboardRead()).toStdString();
 }
 
+TEST_F(ProgramsTest, WhatIsInAFieldForAPasswordIsNotRead)
+{
+    startWindow(u"widget = Gtk.Entry(visibility=False, text='amber')"_s);
+    const QString text = captureWith(u"text field"_s);
+    EXPECT_TRUE(placeOf(text, u"text field"_s)) << text.toStdString();
+}
+
 TEST_F(ProgramsTest, TextOfALightWindowIsReadOnADarkDesktopAndTheOtherWayRound)
 {
     for (const auto &[ink, paper] : {std::pair{u"black"_s, u"#f4f4f0"_s}, {u"#d0d0d0"_s, u"#1c1c20"_s}}) {

@@ -8,7 +8,6 @@ namespace {
 // Numbers of the accessibility protocol.
 constexpr uint32_t textRole = 61;
 constexpr uint32_t entryRole = 79;
-constexpr uint32_t passwordRole = 40;
 constexpr uint32_t spinButtonRole = 52;
 constexpr uint32_t terminalRole = 60;
 

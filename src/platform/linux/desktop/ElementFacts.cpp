@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/ElementFacts.h"
 
 #include "base/Text.h"
+#include "platform/linux/desktop/AccessibleRoles.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -128,7 +129,8 @@ QList<ElementFacts> readFacts(AccessibilityConnection &bus, const QList<Accessib
         round.asksActions = interfaces.contains(actionInterface);
         if (round.asksActions)
             calls.append({element.service, element.path, actionInterface, u"GetActions"_s});
-        round.asksText = interfaces.contains(textInterface);
+        // Some toolkits tell what is in a field that shows dots.
+        round.asksText = interfaces.contains(textInterface) && fact.role != passwordRole;
         if (round.asksText)
             calls.append({element.service, element.path, textInterface, u"GetText"_s, {0, textLimit}});
     }
