@@ -65,7 +65,7 @@ void ClipboardOwner::answer(const xcb_selection_request_event_t &request)
         set(XCB_ATOM_ATOM, 32, static_cast<uint32_t>(atoms.size()), atoms.data());
     } else if (wanted != targets.end()) {
         const QByteArray content = m_contents.value(*wanted);
-        if (m_manner == Manner::drips) {
+        if (m_manner != Manner::whole) {
             m_dripping = content;
             m_request = request;
             const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -87,9 +87,10 @@ void ClipboardOwner::drip(const xcb_property_notify_event_t &change)
     if (change.state != XCB_PROPERTY_DELETE || change.window != m_request.requestor ||
         change.atom != m_request.property)
         return;
-    const char byte = m_dripping.at(m_dripped % m_dripping.size());
+    const QByteArray part =
+        m_manner == Manner::drips ? m_dripping.mid(m_dripped % m_dripping.size(), 1) : m_dripping;
     xcb_change_property(m_connection.handle(), XCB_PROP_MODE_REPLACE, m_request.requestor, m_request.property,
-                        m_request.target, 8, 1, &byte);
+                        m_request.target, 8, static_cast<uint32_t>(part.size()), part.constData());
     xcb_flush(m_connection.handle());
     ++m_dripped;
 }

@@ -16,13 +16,14 @@ public:
     enum class Manner {
         whole,
         drips, ///< Sends a content byte by byte, and begins anew when it is at its end.
+        pours, ///< Sends a content again and again.
     };
 
     /// `contents` by target, such as "text/uri-list"; each less than what fits into one request, 16 MB.
     ClipboardOwner(const QString &display, QMap<QByteArray, QByteArray> contents,
                    Manner manner = Manner::whole);
 
-    /// Bytes that dripped so far.
+    /// How many bytes dripped, or contents poured, so far.
     int dripped() const { return m_dripped; }
 
 private:

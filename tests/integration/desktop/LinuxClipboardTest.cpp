@@ -69,6 +69,17 @@ TEST_F(LinuxClipboardTest, AnOwnerThatHangsIsGivenUp)
     EXPECT_EQ(read(), std::nullopt);
 }
 
+TEST_F(LinuxClipboardTest, ATextThatIsTooLargeIsNotAskedForUnderItsOtherNames)
+{
+    const QByteArray part(8'000'000, 'x');
+    const ClipboardOwner endless(qEnvironmentVariable("DISPLAY"), {{"UTF8_STRING", part}, {"STRING", part}},
+                                 ClipboardOwner::Manner::pours);
+    EXPECT_EQ(read(), std::nullopt);
+    constexpr int tooLarge = 13;
+    EXPECT_GE(endless.dripped(), tooLarge);
+    EXPECT_LT(endless.dripped(), 2 * tooLarge);
+}
+
 TEST_F(LinuxClipboardTest, AStopEndsTheWaitForAnOwnerThatHangs)
 {
     const XConnection frozen(qEnvironmentVariable("DISPLAY"));

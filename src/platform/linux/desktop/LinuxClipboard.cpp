@@ -21,7 +21,8 @@ std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)
     for (const char *target : {"UTF8_STRING", "text/plain;charset=utf-8"}) {
         if (const auto bytes = reader.read(target))
             return QString::fromUtf8(*bytes);
-        if (reader.ownerIsSilent() || reader.ownerIsSlow())
+        // Under its other names a text is no smaller, and its owner may still be waiting to send the rest.
+        if (reader.ownerIsSilent() || reader.ownerIsSlow() || reader.isTooLarge())
             return std::nullopt;
     }
     if (const auto bytes = reader.read("STRING"))
