@@ -4,6 +4,8 @@
 #include "tools/ToolServerPort.h"
 #include "tools/ToolTable.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -12,6 +14,24 @@ namespace {
 
 const QString deniedResult =
     u"The user denied permission for this action. Do not attempt it again unless the user asks."_s;
+
+/// The log of the conversation that a call belongs to, from the call's last line in it on. What comes of the
+/// call when the user has left that conversation is no news of the one that is open then.
+class LogOfCall {
+public:
+    explicit LogOfCall(const ActivityLog &log) : m_log(log), m_step(log.steps().last().id) {}
+
+    bool isOpen() const
+    {
+        const auto &steps = m_log.steps();
+        return std::any_of(steps.rbegin(), steps.rend(),
+                           [this](const auto &step) { return step.id == m_step; });
+    }
+
+private:
+    const ActivityLog &m_log;
+    const QUuid m_step;
+};
 
 } // namespace
 
@@ -34,10 +54,12 @@ Task<ToolCallRunner::Result> ToolCallRunner::run(AIToolCall call, Caller caller)
     }
     const bool isServers = toolRoad(verdict.call().name) == ToolRoad::server;
     narrateStart(verdict, caller);
+    const LogOfCall log(m_workspace.activity);
     const ToolResult result = isServers ? co_await m_toolServers.execute(*std::move(permit))
                                         : co_await m_executeTool(*std::move(permit));
-    m_workspace.activity.logResult(verdict.call(), result,
-                                   caller == Caller::subagent ? u"Subagent"_s : QString());
+    if (log.isOpen())
+        m_workspace.activity.logResult(verdict.call(), result,
+                                       caller == Caller::subagent ? u"Subagent"_s : QString());
     co_return Result{result.text, true};
 }
 
@@ -72,13 +94,15 @@ Task<std::optional<ToolPermit>> ToolCallRunner::approve(ToolVerdict verdict, Cal
     m_workspace.activity.log(subagent ? u"Subagent is waiting for approval to "_s
                                       : u"Waiting for approval to "_s,
                              verdict.phrase(), ActivityStep::Kind::info);
+    const LogOfCall log(m_workspace.activity);
     std::optional<ToolPermit> permit = co_await m_workspace.gate.requestPermission(verdict);
     if (permit) {
         status.announceProgress(u"Approved. Running the action."_s);
     } else {
         status.announceProgress(subagent ? u"Action denied. The subagent will continue."_s
                                          : u"Action denied. The assistant will continue."_s);
-        m_workspace.activity.log(u"Denied: "_s, verdict.phrase(), ActivityStep::Kind::error);
+        if (log.isOpen())
+            m_workspace.activity.log(u"Denied: "_s, verdict.phrase(), ActivityStep::Kind::error);
     }
     co_return permit;
 }
@@ -92,9 +116,11 @@ Task<QString> ToolCallRunner::askUser(AIToolCall call, Caller caller)
                                               : u"Waiting for your answer…"_s);
     m_workspace.activity.log(subagent ? u"Subagent asks you: "_s : u"Asks you: "_s, question,
                              ActivityStep::Kind::info);
+    const LogOfCall log(m_workspace.activity);
     const QString answer = co_await m_workspace.questions.askUserQuestion(
         question, stringListArgument(call.arguments.get(), "options"));
-    m_workspace.activity.log(u"You answered: "_s, answer, ActivityStep::Kind::info);
+    if (log.isOpen())
+        m_workspace.activity.log(u"You answered: "_s, answer, ActivityStep::Kind::info);
     co_return answer;
 }
 

@@ -210,6 +210,7 @@ protected:
         EXPECT_FALSE(model->gate().pendingToolCall().has_value());
         EXPECT_FALSE(model->isBusy());
         settle();
+        EXPECT_TRUE(model->activity().steps().isEmpty()) << "nor does it end among another's steps";
         EXPECT_TRUE(executed.isEmpty());
         EXPECT_EQ(service.requests().size(), 1);
         EXPECT_TRUE(notifications.notified.isEmpty());
@@ -222,6 +223,28 @@ TEST_F(LeavingARunTest, ANewConversationEndsIt)
     model->newConversation();
     expectAllEnded();
     EXPECT_TRUE(model->messages().isEmpty());
+}
+
+TEST_F(LeavingARunTest, WhatAToolOrAQuestionComesToWhenTheConversationHasBeenLeftIsNoStepOfTheNext)
+{
+    const OneShot<ToolResult> toolEnd;
+    tool = [this, toolEnd](ToolPermit permit) {
+        executed.append(permit.call().name);
+        return resultOf(toolEnd);
+    };
+    service.willTurn(Service::calls({toolCall(u"read_file"_s)}));
+    ASSERT_TRUE(model->send(u"read"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return executed.size() == 1; }));
+    model->newConversation();
+    OneShot(toolEnd).resume(ToolResult(u"tool result"_s));
+    settle();
+    EXPECT_TRUE(model->activity().steps().isEmpty());
+    service.willTurn(Service::calls({toolCall(u"ask_user"_s)}));
+    ASSERT_TRUE(model->send(u"ask"_s, {}));
+    ASSERT_TRUE(waitUntil([this] { return model->questions().pendingQuestion().has_value(); }));
+    model->newConversation();
+    settle();
+    EXPECT_TRUE(model->activity().steps().isEmpty());
 }
 
 TEST_F(LeavingARunTest, DeletingTheConversationEndsIt)
