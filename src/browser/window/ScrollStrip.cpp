@@ -42,7 +42,7 @@ QSize ScrollStrip::minimumSizeHint() const
 
 void ScrollStrip::fitHeight()
 {
-    setFixedHeight(ScrollStrip::sizeHint().height()); // nothing is virtual yet
+    setFixedHeight(sizeHint().height());
 }
 
 void ScrollStrip::bringIntoSight(QWidget *thing)
