@@ -193,6 +193,10 @@ void ScrollingText::arrange()
     const int below = overflows ? extentHeight(width()) : 0;
     m_field->setGeometry(rect().adjusted(frame, frame, -frame, -frame - below));
     m_extent->setGeometry(0, height() - below + spacing, width(), std::max(0, below - spacing));
+    // A bar that came while there was too little room takes the width that the text would fit into without
+    // it.
+    if (!overflows && !m_field->verticalScrollBar()->isHidden())
+        m_field->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_field->setVerticalScrollBarPolicy(overflows ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded);
 }
 

@@ -13,12 +13,15 @@
 #include "ui/window/FileDropFilter.h"
 #include "ui/window/HeaderView.h"
 #include "ui/window/StatusBarView.h"
+#include "ui/window/UpdateAlertView.h"
 #include "ui/window/WelcomeView.h"
 
 #include <QAction>
 #include <QDragLeaveEvent>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -297,6 +300,27 @@ TEST_F(WindowLooksTest, FilesThatHangOverTheWindowAreSeenToBeWelcome)
     QDragLeaveEvent leave;
     QApplication::sendEvent(composer.parentWidget(), &leave);
     EXPECT_FALSE(isMarked());
+}
+
+TEST_F(WindowLooksTest, NotesThatJustFitIntoALineHaveNoScrollBarAfterShortOnes)
+{
+    show();
+    updates.manifest = sampleUpdate();
+    const auto check = [this] {
+        runTask(scheduler, model->updates().checkForUpdates(UpdateModel::Occasion::user));
+        settle();
+    };
+    for (int letters = 60; letters < 110; ++letters) {
+        SCOPED_TRACE(letters);
+        updates.manifest.notes = {u"Short."_s};
+        check();
+        // For a moment there is room for that line only.
+        updates.manifest.notes = {u"is "_s.repeated(letters).first(letters).trimmed(), {}, u"The end."_s};
+        check();
+        const auto *field = part<UpdateAlertView>()->findChild<QPlainTextEdit *>();
+        EXPECT_TRUE(field->isVisible());
+        EXPECT_FALSE(field->verticalScrollBar()->isVisible());
+    }
 }
 
 } // namespace
