@@ -27,6 +27,12 @@ public:
         m_lastInput = m_now();
     }
 
+    /// After the sheet has closed: what follows its last input without a pause was meant for the sheet, too.
+    void lingerOn() { m_isArmed = false; }
+
+    /// Whether the user has not pressed anything for a while.
+    bool isQuiet() const { return m_now() - m_lastInput >= quietTime; }
+
     /// Whether a key or button that was pressed just now is meant for the sheet.
     bool takesInput()
     {

@@ -80,8 +80,17 @@ Sheet::Sheet(QWidget *window, SteadyNow now)
 
 Sheet::~Sheet()
 {
-    if (m_isOpen)
+    setPhase(Phase::closed);
+}
+
+void Sheet::setPhase(Phase phase)
+{
+    const bool watches = m_phase != Phase::closed;
+    m_phase = phase;
+    if (watches && phase == Phase::closed)
         qApp->removeEventFilter(this);
+    if (!watches && phase != Phase::closed)
+        qApp->installEventFilter(this);
 }
 
 bool Sheet::isOnTop() const
@@ -96,14 +105,13 @@ bool Sheet::isOnTop() const
 void Sheet::openSheet(QWidget *first)
 {
     m_guard.restart();
-    const bool hadFocus = m_isOpen && first->hasFocus();
-    if (!m_isOpen) {
-        m_isOpen = true;
+    const bool hadFocus = isOpen() && first->hasFocus();
+    if (!isOpen()) {
         closePopups(*parentWidget());
         m_previousFocus = parentWidget()->focusWidget();
         setGeometry(parentWidget()->rect());
         raiseByRank();
-        qApp->installEventFilter(this);
+        setPhase(Phase::open);
     }
     appear();
     arrange();
@@ -135,10 +143,10 @@ void Sheet::appear()
 
 void Sheet::closeSheet()
 {
-    if (!m_isOpen)
+    if (!isOpen())
         return;
-    m_isOpen = false;
-    qApp->removeEventFilter(this);
+    setPhase(m_guard.isQuiet() ? Phase::closed : Phase::leaving);
+    m_guard.lingerOn();
     giveFocusBack();
     hide();
 }
@@ -184,7 +192,7 @@ void Sheet::takeFocusBack()
 
 bool Sheet::focusNextPrevChild(bool next)
 {
-    if (!m_isOpen)
+    if (!isOpen())
         return QWidget::focusNextPrevChild(next);
     QWidget *const focus = parentWidget()->focusWidget();
     QWidget *const start = isAncestorOf(focus) ? focus : this;
@@ -204,9 +212,11 @@ bool Sheet::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == parentWidget() && event->type() == QEvent::Resize)
         setGeometry(parentWidget()->rect());
-    if (!m_isOpen)
+    if (m_phase == Phase::closed)
         return false;
     auto *widget = qobject_cast<QWidget *>(watched->isWidgetType() ? watched : watched->parent());
+    if (m_phase == Phase::leaving)
+        return watched == widget && widget->window() == parentWidget() && dropsSecondAnswer(*event);
     switch (event->type()) {
     case QEvent::Shortcut:
         return isBehind(widget) && isOnTop();
@@ -222,6 +232,25 @@ bool Sheet::eventFilter(QObject *watched, QEvent *event)
     default:
         return false;
     }
+}
+
+bool Sheet::dropsSecondAnswer(QEvent &event)
+{
+    const bool isKey = event.type() == QEvent::KeyPress || event.type() == QEvent::ShortcutOverride;
+    if (!isKey && event.type() != QEvent::MouseButtonPress && event.type() != QEvent::MouseButtonDblClick)
+        return false;
+    const int key = isKey ? static_cast<const QKeyEvent &>(event).key() : 0;
+    const bool couldAnswer = !isKey || isReturn(key) || key == Qt::Key_Escape || key == Qt::Key_Space;
+    const auto sheets = parentWidget()->findChildren<Sheet *>(Qt::FindDirectChildrenOnly);
+    const bool isOver = !couldAnswer || std::any_of(sheets.begin(), sheets.end(), [](const Sheet *sheet) {
+        return sheet->isOpen(); // it has a guard of its own
+    });
+    if (!isModifier(key) && (isOver || m_guard.takesInput()))
+        setPhase(Phase::closed);
+    const bool drops = m_phase == Phase::leaving && couldAnswer;
+    if (drops)
+        event.accept(); // or it would be a shortcut
+    return drops;
 }
 
 bool Sheet::handleFocusIn(QWidget &widget)

@@ -17,7 +17,8 @@ class SheetCard;
 /// technology reads it as it is; that it changes nothing there is for whoever takes its commands, by `holds`.
 /// The menu bar's commands (quit, new conversation) belong to the program and stay at hand. The focus goes
 /// into the card when the sheet opens and back to where it was when it closes. Input that comes before the
-/// user can have noticed the sheet is dropped.
+/// user can have noticed the sheet is dropped, and so is the second press of an impatient answer, which would
+/// send a draft or stop a request once the sheet is gone.
 class Sheet : public QWidget {
     Q_OBJECT
 public:
@@ -25,7 +26,7 @@ public:
     Sheet(QWidget *window, SteadyNow now);
     ~Sheet() override;
 
-    bool isOpen() const { return m_isOpen; }
+    bool isOpen() const { return m_phase == Phase::open; }
     /// Whether it is the one of the window's open sheets that takes input.
     bool isOnTop() const;
     SheetCard *card() const { return m_card; }
@@ -52,6 +53,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    /// `leaving`: closed by a key or click that may be followed by a second one.
+    enum class Phase { closed, open, leaving };
+
+    bool dropsSecondAnswer(QEvent &event);
+    void setPhase(Phase phase);
     bool handleFocusIn(QWidget &widget);
     bool handleInput(QEvent &event);
     bool handleKeyPress(const QKeyEvent &event);
@@ -67,7 +73,7 @@ private:
     AnswerGuard m_guard;
     QPointer<QWidget> m_focus; ///< Of this sheet's parts, the one that has the focus or had it last.
     QPointer<QWidget> m_previousFocus;
-    bool m_isOpen = false;
+    Phase m_phase = Phase::closed;
 };
 
 } // namespace morvane

@@ -91,6 +91,67 @@ TEST_F(SheetInputTest, SecondReturnDoesNotAnswerTheNextRequest)
     EXPECT_FALSE(second.done());
 }
 
+TEST_F(SheetInputTest, TheSecondPressOfAnImpatientAnswerDoesNotReachTheWindow)
+{
+    int stopped = 0;
+    QObject::connect(new QShortcut(QKeySequence(Qt::Key_Escape), window.get()), &QShortcut::activated,
+                     window.get(), [&stopped] { ++stopped; });
+    for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
+        auto answer = requestWrite();
+        notice();
+        for (int presses = 0; presses < 3; ++presses) {
+            press(key);
+            now += 150ms;
+        }
+        EXPECT_TRUE(answer.done());
+    }
+    EXPECT_EQ(focus(), draft);
+    EXPECT_EQ(draft->toPlainText(), QString());
+    EXPECT_EQ(stopped, 0);
+    notice();
+    press(Qt::Key_Escape);
+    press(Qt::Key_Return);
+    EXPECT_EQ(draft->toPlainText(), u"\n"_s);
+    EXPECT_EQ(stopped, 1);
+}
+
+TEST_F(SheetInputTest, WhatIsTypedAfterAnAnswerIsTakenAtOnce)
+{
+    auto answer = requestWrite();
+    notice();
+    press(Qt::Key_Return);
+    ASSERT_TRUE(answer.done());
+    type(u"a"_s);
+    press(Qt::Key_Return);
+    EXPECT_EQ(draft->toPlainText(), u"a\n"_s);
+}
+
+TEST_F(SheetInputTest, TheSecondClickOfAnAnswerDoesNotReachTheWindow)
+{
+    auto answer = requestWrite();
+    notice();
+    click(named<QPushButton>(u"Allow the action"_s));
+    ASSERT_TRUE(answer.done());
+    now += 200ms;
+    click(behind);
+    EXPECT_EQ(pressedBehind, 0);
+    notice();
+    click(behind);
+    EXPECT_EQ(pressedBehind, 1);
+}
+
+TEST_F(SheetInputTest, AfterAnAnswerByAssistiveTechnologyTheKeyboardIsFree)
+{
+    auto answer = requestWrite();
+    notice();
+    accessible(named<QPushButton>(u"Allow the action"_s))
+        ->actionInterface()
+        ->doAction(QAccessibleActionInterface::pressAction());
+    ASSERT_TRUE(waitUntil([&answer] { return answer.done(); }));
+    press(Qt::Key_Return);
+    EXPECT_EQ(draft->toPlainText(), u"\n"_s);
+}
+
 TEST_F(SheetInputTest, ReturnWithAModifierDoesNotAnswer)
 {
     auto answer = requestWrite();

@@ -47,6 +47,20 @@ TEST_F(AnswerGuardTest, OnceOpenItTakesFastInput)
     EXPECT_TRUE(guard.takesInput());
 }
 
+TEST_F(AnswerGuardTest, WhatFollowsTheAnswerWithoutAPauseBelongsToIt)
+{
+    now += AnswerGuard::quietTime;
+    EXPECT_TRUE(guard.isQuiet());
+    EXPECT_TRUE(guard.takesInput());
+    EXPECT_FALSE(guard.isQuiet());
+    guard.lingerOn();
+    now += AnswerGuard::quietTime - 1ms;
+    EXPECT_FALSE(guard.takesInput());
+    now += AnswerGuard::quietTime;
+    EXPECT_TRUE(guard.isQuiet());
+    EXPECT_TRUE(guard.takesInput());
+}
+
 TEST_F(AnswerGuardTest, BeginsAnewForTheNextRequest)
 {
     now += AnswerGuard::quietTime;
