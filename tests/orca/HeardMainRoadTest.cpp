@@ -26,6 +26,7 @@ TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
     ASSERT_TRUE(reader().hears(titled));
     const QStringList lastPieces{row,
                                  u"Delete Scripted title push button."_s,
+                                 u"Morvane Browser push button."_s,
                                  u"New conversation push button."_s,
                                  u"Settings push button."_s,
                                  u"Accessibility actions: copy, read again."_s,
