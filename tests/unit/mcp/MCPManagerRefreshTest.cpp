@@ -1,11 +1,12 @@
 #include "MCPManagerFixture.h"
 
-#include <QSignalSpy>
-
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
+
+namespace json = boost::json;
 
 class MCPManagerRefreshTest : public MCPManagerFixture {};
 

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
