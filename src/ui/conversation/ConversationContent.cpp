@@ -87,7 +87,7 @@ QString ConversationContent::text(const ConversationItem &item) const
     case Kind::activityHeader:
         return u"Activity"_s;
     case Kind::activityStep:
-        return readableText(step(item).text);
+        return step(item).text;
     }
     Q_UNREACHABLE();
 }

@@ -1,5 +1,6 @@
 #include "ui/conversation/SegmentContent.h"
 
+#include "ui/controls/ReadableText.h"
 #include "ui/conversation/DocumentBuilder.h"
 #include "ui/conversation/MessageParts.h"
 #include "ui/markdown/MarkdownParser.h"
@@ -33,7 +34,7 @@ QString SegmentContent::text(const ConversationItem &item, const SegmentLayout &
         text = this->text(item, segment.part).sliced(from, length);
     if (segment.segment.kind == TextSegment::Kind::plain && text.endsWith(u'\n'))
         text.chop(1);
-    return text;
+    return item.kind == ConversationItem::Kind::message ? text : readableText(text);
 }
 
 QString SegmentContent::source(const ConversationItem &item, const RowLayout &row, qsizetype segment) const
