@@ -75,8 +75,7 @@ TEST_F(ChatScrollViewAccessibleTest, AStepIsReadToItsEndAndInItsOrderWhateverItH
     show();
     const QString shown = u"Running: \uFFFDopen \uFFFDfdp.exe\uFFFD\uFFFD[2J"_s;
     EXPECT_TRUE(names()[1].startsWith(shown + u", "_s)) << names()[1].toStdString();
-    EXPECT_EQ(ConversationContent(transcript, activity).text({ConversationItem::Kind::activityStep, 0}),
-              shown);
+    EXPECT_EQ(view.rows().plainText({ConversationItem::Kind::activityStep, 0}, 0), shown);
     accessibleRow(1)->actionInterface()->doAction(u"Copy"_s);
     EXPECT_EQ(clipboard(), told) << "as it came";
 }
