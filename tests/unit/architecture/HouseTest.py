@@ -306,7 +306,8 @@ class Behaviour(Tree):
 
 
 class Tests(Tree):
-    SLEEPING = ("sleep(1);", "usleep(1);", "QThread::msleep(1);", "QTest::qWait(1);", "std::this_thread::sleep_for(1s);")
+    WAITS = ("sleep", "usleep", "QThread::msleep", "QTest::qWait", "std::this_thread::sleep_for")
+    SLEEPING = tuple(f"{wait}({time});" for wait in WAITS for time in ("1", "1s"))
 
     def test_a_test_that_sleeps_is_found(self):
         for line in self.SLEEPING:
