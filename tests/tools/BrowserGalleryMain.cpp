@@ -1,7 +1,7 @@
 // Shows the browser's window over pages without an engine, for a look at it by eye, and writes pictures of
 // it.
-#include "FixedColorScheme.h"
 #include "GalleryContent.h"
+#include "GalleryLook.h"
 #include "GalleryModel.h"
 
 #include "base/ReferenceDate.h"
@@ -12,7 +12,6 @@
 #include "support/FakePagePermission.h"
 #include "support/RunTask.h"
 #include "ui/theme/AppMark.h"
-#include "ui/theme/Theme.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -105,12 +104,7 @@ int main(int argc, char **argv)
                        {u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s},
                        {u"picture"_s, u"Write a picture and end."_s, u"file"_s}});
     parser.process(application);
-    QFont font = QApplication::font();
-    font.setPointSizeF(parser.value(u"font"_s).toDouble());
-    QApplication::setFont(font);
-    FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
-                                                    : ColorScheme::Preference::light);
-    Theme theme(scheme);
+    const GalleryLook look(parser);
     QApplication::setWindowIcon(appIcon());
     GalleryModel gallery;
     waitUntil([&gallery] { return gallery.model.isReady(); });

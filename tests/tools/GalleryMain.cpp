@@ -1,11 +1,10 @@
 // Shows the views with sample content, for a look at them by eye, and writes pictures of them.
-#include "FixedColorScheme.h"
 #include "GalleryContent.h"
+#include "GalleryLook.h"
 #include "GalleryModel.h"
 
 #include "platform/Announcer.h"
 #include "ui/conversation/ChatScrollView.h"
-#include "ui/theme/Theme.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/MainWindow.h"
@@ -78,12 +77,7 @@ int main(int argc, char **argv)
     parser.addOption({u"scroll"_s, u"Scroll to this share."_s, u"percent"_s});
     parser.process(application);
 
-    QFont font = QApplication::font();
-    font.setPointSizeF(parser.value(u"font"_s).toDouble());
-    QApplication::setFont(font);
-    FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
-                                                    : ColorScheme::Preference::light);
-    Theme theme(scheme);
+    const GalleryLook look(parser);
     GalleryModel gallery;
     const std::unique_ptr<QWidget> view = parser.isSet(u"paste"_s)      ? windowWithPaste(gallery)
                                           : parser.isSet(u"composer"_s) ? windowWithAttachments(gallery)

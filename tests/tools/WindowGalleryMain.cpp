@@ -1,7 +1,7 @@
 // Shows the program's windows with sample content and nobody behind them, for a look at them by eye, and
 // writes pictures of them.
-#include "FixedColorScheme.h"
 #include "GalleryContent.h"
+#include "GalleryLook.h"
 #include "GalleryModel.h"
 
 #include "base/Uuid.h"
@@ -12,7 +12,6 @@
 #include "ui/settings/AddMCPServerView.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/theme/AppMark.h"
-#include "ui/theme/Theme.h"
 #include "ui/window/ComposerView.h"
 #include "ui/window/MainWindow.h"
 
@@ -315,12 +314,7 @@ int main(int argc, char **argv)
     parser.process(application);
     const auto value = [&parser](const char *name) { return parser.value(QString::fromLatin1(name)); };
 
-    QFont font = QApplication::font();
-    font.setPointSizeF(value("font").toDouble());
-    QApplication::setFont(font);
-    FixedColorScheme scheme(parser.isSet(u"dark"_s) ? ColorScheme::Preference::dark
-                                                    : ColorScheme::Preference::light);
-    Theme theme(scheme);
+    const GalleryLook look(parser);
     QApplication::setWindowIcon(appIcon());
     Stage stage(value("window") == u"onboarding"_s ? Stage::User::newcomer : Stage::User::known);
     const ProviderID provider = providerFromRawValue(value("provider")).value_or(ProviderID::openrouter);

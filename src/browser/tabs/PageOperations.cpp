@@ -64,12 +64,15 @@ bool PageOperations::showWindow()
     return window != nullptr;
 }
 
-std::optional<QString> PageOperations::elementRef(qint64 index) const
+std::expected<PageOperations::Element, QString> PageOperations::element(qint64 index)
 {
-    const BrowserTab *const tab = m_browser.activeTab();
+    const QPointer<BrowserTab> tab = m_browser.activeTab();
     if (!tab || index < 1 || index > tab->lastElementRefs().size())
-        return std::nullopt;
-    return tab->lastElementRefs().at(index - 1);
+        return std::unexpected(noElement(index));
+    const QString ref = tab->lastElementRefs().at(index - 1);
+    if (!showWindow() || !tab)
+        return std::unexpected(notOpen());
+    return Element{tab, ref};
 }
 
 Task<QString> PageOperations::browserOpen(QString urlString)
@@ -116,13 +119,11 @@ Task<QString> PageOperations::readTab(QPointer<BrowserTab> tab)
 
 Task<QString> PageOperations::browserClick(qint64 index)
 {
-    const QPointer<BrowserTab> tab = m_browser.activeTab();
-    const auto ref = elementRef(index);
-    if (!ref)
-        co_return noElement(index);
-    if (!showWindow() || !tab)
-        co_return notOpen();
-    const boost::json::object answer = co_await runOnElement(&tab->webView(), clickScript(*ref));
+    const auto found = element(index);
+    if (!found)
+        co_return found.error();
+    const auto &[tab, ref] = *found;
+    const boost::json::object answer = co_await runOnElement(&tab->webView(), clickScript(ref));
     if (!tab)
         co_return notOpen();
     if (const QString failure = failureOf(answer, u"the click did not work."_s); !failure.isEmpty())
@@ -134,13 +135,11 @@ Task<QString> PageOperations::browserClick(qint64 index)
 
 Task<QString> PageOperations::browserType(qint64 index, QString text, bool submit)
 {
-    const QPointer<BrowserTab> tab = m_browser.activeTab();
-    const auto ref = elementRef(index);
-    if (!ref)
-        co_return noElement(index);
-    if (!showWindow() || !tab)
-        co_return notOpen();
-    const boost::json::object answer = co_await runOnElement(&tab->webView(), typeScript(*ref, text, submit));
+    const auto found = element(index);
+    if (!found)
+        co_return found.error();
+    const auto &[tab, ref] = *found;
+    const boost::json::object answer = co_await runOnElement(&tab->webView(), typeScript(ref, text, submit));
     if (!tab)
         co_return notOpen();
     if (const QString failure = failureOf(answer, u"could not type into that element."_s); !failure.isEmpty())

@@ -4,7 +4,7 @@
 
 #include <QPointer>
 #include <QString>
-#include <optional>
+#include <expected>
 
 namespace morvane {
 
@@ -32,9 +32,15 @@ public:
     Task<QString> browserBack();
 
 private:
+    struct Element {
+        QPointer<BrowserTab> tab;
+        QString ref;
+    };
+
     /// Whether there is a window to be seen.
     bool showWindow();
-    std::optional<QString> elementRef(qint64 index) const;
+    /// What a number of the last reading stands for, once the window is there; or why it cannot be used.
+    std::expected<Element, QString> element(qint64 index);
     static Task<QString> readTab(QPointer<BrowserTab> tab);
 
     BrowserManager &m_browser;

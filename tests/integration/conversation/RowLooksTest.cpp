@@ -1,5 +1,6 @@
 #include "ConversationInputFixture.h"
 
+#include "support/EventCount.h"
 #include "support/ShownSymbol.h"
 
 #include <QScrollBar>
@@ -156,14 +157,7 @@ TEST_F(RowLooksTest, TheMarkOfTheKeyboardComesWithItAndGoesWithTheMouse)
 
 TEST_F(RowLooksTest, TheMarkOfTheKeyboardIsDrawnAndWipedAtOnce)
 {
-    struct PaintCount : QObject {
-        bool eventFilter(QObject *, QEvent *event) override
-        {
-            count += event->type() == QEvent::Paint;
-            return false;
-        }
-        int count = 0;
-    } paints;
+    EventCount paints(QEvent::Paint);
     say(Role::assistant, u"One."_s);
     show();
     view.activateWindow();

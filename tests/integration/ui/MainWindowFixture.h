@@ -5,6 +5,7 @@
 #include "ui/window/MainWindow.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QLabel>
 #include <QTest>
 
@@ -62,6 +63,14 @@ protected:
         for (auto *button : view->template findChildren<QAbstractButton *>())
             if (button->isVisible() && button->accessibleName() == name)
                 return button;
+        return nullptr;
+    }
+    /// A command of the menus or of a part of the window.
+    QAction *action(const QString &text) const
+    {
+        for (QAction *action : window->findChildren<QAction *>())
+            if (action->text() == text)
+                return action;
         return nullptr;
     }
     /// The visible labels of a view, in the order in which they were made.

@@ -35,13 +35,6 @@ protected:
                 return button;
         return nullptr;
     }
-    QAction *action(const QString &text) const
-    {
-        for (QAction *action : window->findChildren<QAction *>())
-            if (action->text() == text)
-                return action;
-        return nullptr;
-    }
 };
 
 TEST_F(MainWindowTest, AConversationChosenWithTheMouseIsGoneOnWithInTheComposer)

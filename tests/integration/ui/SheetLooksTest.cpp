@@ -1,6 +1,7 @@
 #include "ButtonLabel.h"
 #include "SheetsFixture.h"
 
+#include "support/EventCount.h"
 #include "support/ShownSymbol.h"
 #include "ui/sheets/PermissionView.h"
 #include "ui/sheets/QuestionView.h"
@@ -54,14 +55,7 @@ TEST_F(SheetLooksTest, AQuestionHasItsOwnSignAndOneProminentButton)
 
 TEST_F(SheetLooksTest, NothingIsRolledBelowASheet)
 {
-    struct Received : QObject {
-        bool eventFilter(QObject *, QEvent *event) override
-        {
-            count += event->type() == QEvent::Wheel;
-            return false;
-        }
-        int count = 0;
-    } received;
+    EventCount received(QEvent::Wheel);
     requestWrite();
     window->installEventFilter(&received);
     const QPoint corner(2, 2);

@@ -84,13 +84,6 @@ protected:
         settle();
     }
     QString details() const { return alert()->findChild<QPlainTextEdit *>()->toPlainText(); }
-    QAction *action(const QString &text) const
-    {
-        for (QAction *action : window->findChildren<QAction *>())
-            if (action->text() == text)
-                return action;
-        return nullptr;
-    }
 };
 
 TEST_F(UpdateViewsTest, WithoutAnUpdateThereIsNothing)

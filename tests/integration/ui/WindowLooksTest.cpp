@@ -1,6 +1,7 @@
 #include "ButtonLabel.h"
 #include "MainWindowFixture.h"
 
+#include "support/EventCount.h"
 #include "support/ShownSymbol.h"
 #include "ui/controls/HoverText.h"
 #include "ui/conversation/ChatScrollView.h"
@@ -33,13 +34,6 @@ namespace {
 /// What the main window and its parts look like, and what their buttons do.
 class WindowLooksTest : public MainWindowFixture {
 protected:
-    QAction *action(const QString &text) const
-    {
-        for (QAction *action : window->findChildren<QAction *>())
-            if (action->text() == text)
-                return action;
-        return nullptr;
-    }
     ThemeColors colors() const { return ThemeColors::fromPalette(window->palette()); }
     /// The pixels of a widget that have a colour.
     static QRect extentOf(QWidget &widget, const QColor &color)
@@ -148,14 +142,7 @@ TEST_F(WindowLooksTest, ADotStandsForWorkAndACheckMarkForNone)
 
 TEST_F(WindowLooksTest, TheMarkFollowsTheWorkThoughTheWordsStay)
 {
-    struct PaintCount : QObject {
-        bool eventFilter(QObject *, QEvent *event) override
-        {
-            count += event->type() == QEvent::Paint;
-            return false;
-        }
-        int count = 0;
-    } paints;
+    EventCount paints(QEvent::Paint);
     show();
     part<StatusBarView>()->installEventFilter(&paints);
     Q_EMIT model->isBusyChanged();

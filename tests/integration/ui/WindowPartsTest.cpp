@@ -19,13 +19,6 @@ namespace {
 /// What the parts of the main window tell of the model, and what becomes of the focus between them.
 class WindowPartsTest : public MainWindowFixture {
 protected:
-    QAction *action(const QString &text) const
-    {
-        for (QAction *action : window->findChildren<QAction *>())
-            if (action->text() == text)
-                return action;
-        return nullptr;
-    }
     QStringList headerLabels() const
     {
         QStringList names;
