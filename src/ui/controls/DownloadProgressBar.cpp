@@ -72,9 +72,17 @@ DownloadProgressBar::DownloadProgressBar(Naming naming, QWidget *parent)
 
 void DownloadProgressBar::showFraction(std::optional<double> fraction)
 {
-    setRange(0, fraction ? 100 : 0);
-    if (fraction)
-        setValue(static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100)));
+    const int maximum = fraction ? 100 : 0;
+    const int value = fraction ? static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100)) : 0;
+    if (this->maximum() != maximum || (fraction && this->value() != value)) {
+        // The toolkit paints a new value at once, and with it all that waits to be painted in the window; left
+        // without updates meanwhile, the bar is painted with the next frame.
+        setUpdatesEnabled(false);
+        setRange(0, maximum);
+        if (fraction)
+            setValue(value);
+        setUpdatesEnabled(true);
+    }
     const QString name = m_naming(percent());
     // The toolkit tells a reader of the name each time that it is set.
     if (accessibleName() != name)
