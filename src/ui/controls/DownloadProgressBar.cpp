@@ -75,8 +75,8 @@ void DownloadProgressBar::showFraction(std::optional<double> fraction)
     const int maximum = fraction ? 100 : 0;
     const int value = fraction ? static_cast<int>(std::floor(std::clamp(*fraction, 0.0, 1.0) * 100)) : 0;
     if (this->maximum() != maximum || (fraction && this->value() != value)) {
-        // The toolkit paints a new value at once, and with it all that waits to be painted in the window; left
-        // without updates meanwhile, the bar is painted with the next frame.
+        // The toolkit paints a new value at once, and with it all that waits to be painted in the window;
+        // left without updates meanwhile, the bar is painted with the next frame.
         setUpdatesEnabled(false);
         setRange(0, maximum);
         if (fraction)

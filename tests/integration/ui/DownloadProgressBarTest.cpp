@@ -8,13 +8,15 @@
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace morvane {
 namespace {
 
 class DownloadProgressBarTest : public testing::Test {
 protected:
     DownloadProgressBarTest()
-        : label(new QLabel(QStringLiteral("Beside the bar"))), bar(new DownloadProgressBar)
+        : label(new QLabel(u"Beside the bar"_s)), bar(new DownloadProgressBar)
     {
         auto *column = new QVBoxLayout(&window);
         column->addWidget(label);
