@@ -15,8 +15,7 @@ namespace {
 
 class DownloadProgressBarTest : public testing::Test {
 protected:
-    DownloadProgressBarTest()
-        : label(new QLabel(u"Beside the bar"_s)), bar(new DownloadProgressBar)
+    DownloadProgressBarTest() : label(new QLabel(u"Beside the bar"_s)), bar(new DownloadProgressBar)
     {
         auto *column = new QVBoxLayout(&window);
         column->addWidget(label);
