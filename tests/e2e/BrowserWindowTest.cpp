@@ -1,12 +1,7 @@
-#include "MorvaneTest.h"
+#include "BrowserTest.h"
 
-#include "support/PageServer.h"
-#include "support/WaitUntil.h"
-
-#include <QDir>
 #include <QFile>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -15,58 +10,7 @@ namespace {
 
 using testing::HasSubstr;
 
-/// The built-in browser with its real engine, as the user sees, hears and operates it.
-class BrowserWindowTest : public MorvaneTest {
-protected:
-    BrowserWindowTest()
-    {
-        m_site.page(
-            u"/birds"_s,
-            "<title>Birds</title><h1>Kingfishers</h1><p>A kingfisher eats fish.</p>"
-            "<form action=\"/search\"><input name=\"q\" aria-label=\"Search\"><button>Go</button></form>");
-        m_site.page(u"/files"_s, "<title>Files</title><a href=\"/file\">birds.dat</a>");
-        m_site.page(u"/search"_s, "<title>Found</title><p>One kingfisher was found.</p>");
-        m_site.answer(u"/file"_s, "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n"
-                                  "Content-Disposition: attachment; filename=\"birds.dat\"\r\n"
-                                  "Content-Length: 5\r\n\r\nbirds");
-    }
-
-    MorvaneSession &startBrowser(std::vector<ScriptedTurn> turns)
-    {
-        MorvaneSession &session = prepare(std::move(turns));
-        // The engine refuses to run as root inside its own sandbox, and so do many containers.
-        if (geteuid() == 0)
-            session.setVariable(u"QTWEBENGINE_DISABLE_SANDBOX"_s, u"1"_s);
-        session.start();
-        return session;
-    }
-    /// Presses the button of the main window and waits for the start page.
-    static void openWindow(MorvaneSession &morvane)
-    {
-        morvane.program().find(u"Morvane Browser"_s, AccessibleRole::pushButton).press();
-        ASSERT_TRUE(isInFront(morvane));
-        ASSERT_TRUE(morvane.program().shows(u"Browser content: Start Page"_s));
-    }
-    static bool isInFront(MorvaneSession &morvane)
-    {
-        return morvane.program().shows([](const AccessibleNode &node) {
-            return node.role == AccessibleRole::frame && node.name == "Morvane Browser"_L1 &&
-                   node.has(AccessibleState::active);
-        });
-    }
-    /// Writes an address by the keyboard and waits for the page of this title.
-    void openByKeyboard(MorvaneSession &morvane, const QString &path, const QString &title)
-    {
-        morvane.keyboard().press(u"Ctrl+L"_s);
-        ASSERT_TRUE(morvane.program().focuses(u"Address bar"_s));
-        morvane.keyboard().type(m_site.url(path).toString());
-        morvane.keyboard().press(u"Return"_s);
-        ASSERT_TRUE(morvane.program().shows(u"Browser content: "_s + title));
-    }
-    std::string address(const QString &path) const { return m_site.url(path).toString().toStdString(); }
-
-    PageServer m_site;
-};
+class BrowserWindowTest : public BrowserTest {};
 
 TEST_F(BrowserWindowTest, TheModelOpensTypesPressesAndReadsWhileTheUserLooksOn)
 {
@@ -121,18 +65,24 @@ TEST_F(BrowserWindowTest, ByKeyboardAloneAPageIsOpenedMarkedSearchedAndEnlarged)
     EXPECT_TRUE(morvane.program().hides(u"Browser content: Birds"_s));
 }
 
+TEST_F(BrowserWindowTest, AReaderMovesTheFocusInThePage)
+{
+    MorvaneSession &morvane = startBrowser({});
+    openWindow(morvane);
+    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    const AccessibleElement button = morvane.program().find(u"Go"_s, AccessibleRole::pushButton);
+    button.act(u"SetFocus"_s);
+    ASSERT_TRUE(morvane.program().focuses(u"Go"_s));
+    morvane.keyboard().press(u"Return"_s);
+    EXPECT_TRUE(showsPage(morvane, u"Found"_s));
+}
+
 TEST_F(BrowserWindowTest, AFileIsDownloadedByKeyboard)
 {
     MorvaneSession &morvane = startBrowser({});
     openWindow(morvane);
     openByKeyboard(morvane, u"/files"_s, u"Files"_s);
-    const auto link = [](const AccessibleNode &node) {
-        return node.name == "birds.dat"_L1 && node.has(AccessibleState::focused);
-    };
-    ASSERT_TRUE(pressUntil(morvane, u"Tab"_s, [&] {
-        const auto focused = morvane.program().focused();
-        return focused && link(*focused);
-    }));
+    ASSERT_TRUE(moveTo(morvane, u"Tab"_s, u"birds.dat"_s));
     morvane.keyboard().press(u"Return"_s);
     ASSERT_TRUE(morvane.program().shows(u"Save File from 127.0.0.1"_s));
     morvane.keyboard().press(u"Return"_s);
@@ -164,13 +114,7 @@ TEST_F(BrowserWindowTest, AMessageFromThePanelLandsInTheSameConversation)
 {
     MorvaneSession &morvane = startBrowser({ScriptedTurn::saying({"It is about birds."})});
     openWindow(morvane);
-    const QString field = u"Tell Morvane what to do in the browser"_s;
-    ASSERT_TRUE(pressUntil(morvane, u"F6"_s, [&] {
-        const auto focused = morvane.program().focused();
-        return focused && focused->name == field;
-    }));
-    morvane.keyboard().type(u"what is this"_s);
-    morvane.keyboard().press(u"Return"_s);
+    sendFromPanel(morvane, u"what is this"_s);
     ASSERT_TRUE(morvane.ear().hears(u"It is about birds."_s));
     EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"It is about birds."_s));
     const auto requests = morvane.model().requests();

@@ -2,7 +2,7 @@
 
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/FieldPasting.h"
-#include "ui/conversation/ConversationRowAccessible.h"
+#include "ui/conversation/ChatScrollView.h"
 #include "ui/sheets/Sheet.h"
 #include "ui/window/ComposerEdit.h"
 
@@ -10,10 +10,22 @@
 
 namespace morvane {
 
+namespace {
+
+/// By its place, and not by its class: what the web engine shows of a page is built without the types of a
+/// program that runs, and a cast by them would end this one.
+bool isConversationRow(const QAccessibleInterface &element)
+{
+    const QAccessibleInterface *const parent = element.object() == nullptr ? element.parent() : nullptr;
+    return parent != nullptr && qobject_cast<const ChatScrollView *>(parent->object()) != nullptr;
+}
+
+} // namespace
+
 bool WindowCommands::mayChange(QAccessibleInterface &element)
 {
     // A row of the conversation is read or copied, which whoever is asked about it may want.
-    if (dynamic_cast<const ConversationRowAccessible *>(&element) != nullptr)
+    if (isConversationRow(element))
         return true;
     const QWidget *const widget = widgetOf(&element);
     return widget == nullptr || !Sheet::holds(*widget);
