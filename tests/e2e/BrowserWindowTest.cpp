@@ -65,6 +65,16 @@ TEST_F(BrowserWindowTest, ByKeyboardAloneAPageIsOpenedMarkedSearchedAndEnlarged)
     EXPECT_TRUE(morvane.program().hides(u"Browser content: Birds"_s));
 }
 
+TEST_F(BrowserWindowTest, TheKeyboardReachesThePageThatAnAddressOpens)
+{
+    MorvaneSession &morvane = startBrowser({});
+    openWindow(morvane);
+    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    ASSERT_TRUE(morvane.program().shows(u"Kingfishers"_s));
+    morvane.keyboard().press(u"Tab"_s);
+    EXPECT_TRUE(morvane.program().focuses(u"Search"_s));
+}
+
 TEST_F(BrowserWindowTest, AReaderMovesTheFocusInThePage)
 {
     MorvaneSession &morvane = startBrowser({});

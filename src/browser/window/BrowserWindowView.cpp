@@ -7,6 +7,7 @@
 #include "browser/window/BrowserMenu.h"
 #include "browser/window/BrowserMenuActions.h"
 #include "browser/window/BrowserTabBar.h"
+#include "browser/window/BrowserTabButton.h"
 #include "browser/window/BrowserToolbar.h"
 #include "browser/window/BrowsingRecords.h"
 #include "browser/window/DownloadsBar.h"
@@ -20,6 +21,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -119,6 +121,39 @@ void BrowserWindowView::focusNextRegion(int step)
         m_page->focusPage();
     else
         m_panel->takeFocus();
+}
+
+QList<QWidget *> BrowserWindowView::tabStops() const
+{
+    QList<QWidget *> stops;
+    const auto appendStopsOf = [&stops](const QWidget *part, auto isWanted) {
+        for (QWidget *child = part->nextInFocusChain(); child != part; child = child->nextInFocusChain())
+            if (part->isAncestorOf(child) && child->isVisible() && child->isEnabled() &&
+                !child->focusProxy() && (child->focusPolicy() & Qt::TabFocus) != 0 && isWanted(child))
+                stops.append(child);
+    };
+    const auto isTab = [](const QWidget *stop) {
+        return qobject_cast<const BrowserTabButton *>(stop) != nullptr;
+    };
+    const QLayout &column = *centralWidget()->layout();
+    for (int index = 0; index < column.count(); ++index) {
+        const QWidget *part = column.itemAt(index)->widget();
+        appendStopsOf(part, isTab);
+        appendStopsOf(part, std::not_fn(isTab));
+    }
+    return stops;
+}
+
+bool BrowserWindowView::focusNextPrevChild(bool next)
+{
+    // Part by part as they are seen; the toolkit's order is that in which tabs, bookmarks and pages came.
+    const QList<QWidget *> stops = tabStops();
+    const qsizetype current = stops.indexOf(focusWidget());
+    if (current < 0)
+        return QMainWindow::focusNextPrevChild(next);
+    const qsizetype step = next ? 1 : stops.size() - 1;
+    stops.at((current + step) % stops.size())->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 bool BrowserWindowView::isVisible() const

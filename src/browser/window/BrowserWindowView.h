@@ -38,6 +38,7 @@ public:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void makeContent();
@@ -46,6 +47,7 @@ private:
     void makeKeys();
     void takePlace();
     void focusNextRegion(int step);
+    QList<QWidget *> tabStops() const;
     void showHistory();
 
     BrowserManager &m_manager;

@@ -28,6 +28,7 @@ PageArea::~PageArea()
 {
     while (QWidget *view = widget(0)) {
         removeWidget(view);
+        view->removeEventFilter(this);
         view->setParent(nullptr);
     }
 }
@@ -42,8 +43,10 @@ void PageArea::showActiveTab()
     connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
     QWidget *view = m_tab->webView().view();
     const bool hadFocus = hasPageFocus();
-    if (indexOf(view) < 0)
+    if (indexOf(view) < 0) {
         addWidget(view);
+        view->installEventFilter(this);
+    }
     setCurrentWidget(view);
     if (hadFocus)
         focusPage();
@@ -71,6 +74,20 @@ void PageArea::edit(const QByteArray &slot)
         {"copy", EditCommand::copy}, {"paste", EditCommand::paste}, {"selectAll", EditCommand::selectAll}};
     if (m_tab && commands.contains(slot))
         m_tab->webView().edit(commands.value(slot));
+}
+
+bool PageArea::eventFilter(QObject *watched, QEvent *event)
+{
+    // A site that another process shows comes in another widget, and the keyboard goes with the one before.
+    if (event->type() == QEvent::ChildRemoved)
+        QMetaObject::invokeMethod(this, &PageArea::keepFocus, Qt::QueuedConnection);
+    return QStackedWidget::eventFilter(watched, event);
+}
+
+void PageArea::keepFocus()
+{
+    if (!window()->focusWidget())
+        focusPage();
 }
 
 bool PageArea::hasPageFocus() const

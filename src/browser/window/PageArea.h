@@ -23,7 +23,11 @@ public:
     /// Whether the keyboard is in the page.
     bool hasPageFocus() const;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    void keepFocus();
     void showActiveTab();
     void updateName();
 
