@@ -1,5 +1,6 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
+#include "base/Text.h"
 #include "ui/markdown/LayoutCost.h"
 
 #include <algorithm>
@@ -30,6 +31,17 @@ bool isBlank(QChar unit)
     return mayBe && unit.isSpace();
 }
 
+/// The last place between two characters within the first `limit` units; 0 where the first is longer.
+qsizetype characterEnd(QStringView text, qsizetype limit)
+{
+    // Where characters end shows within a few of them.
+    const qsizetype from = std::max<qsizetype>(0, limit - 2 * longestCharacterUnits);
+    const QStringView around = text.sliced(from, std::min(text.size(), limit + longestCharacterUnits) - from);
+    const qsizetype begun = characterCount(around.first(limit - from));
+    const qsizetype end = from + characterOffset(around, begun);
+    return end <= limit ? end : from + characterOffset(around, begun - 1);
+}
+
 } // namespace
 
 qsizetype cutPosition(QStringView text, qsizetype limit)
@@ -39,9 +51,14 @@ qsizetype cutPosition(QStringView text, qsizetype limit)
     if (head.contains(u'\n'))
         return head.lastIndexOf(u'\n') + 1;
     // A blank far from the end would leave a nearly empty last line in the middle of a paragraph.
+    const auto partsLineEnd = [text](qsizetype i) {
+        return text[i - 1] == u'\r' && i < text.size() && text[i] == u'\n';
+    };
     for (qsizetype i = limit; i > limit / 2; --i)
-        if (isBlank(head.at(i - 1)))
+        if (isBlank(head.at(i - 1)) && !partsLineEnd(i))
             return i;
+    if (const qsizetype end = characterEnd(text, limit); end > 0)
+        return end;
     const bool splitsPair = limit > 1 && head.back().isHighSurrogate();
     return splitsPair ? limit - 1 : limit;
 }

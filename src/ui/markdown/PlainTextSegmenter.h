@@ -15,7 +15,8 @@ namespace morvane {
 qsizetype extendPlainSegments(QList<TextSegment> &segments, QStringView text);
 
 /// Where a text that must be cut within its first `limit` units is best cut: after a line end, else after a
-/// blank, else between two user-perceived letters as far as surrogates tell. Between 1 and `limit`.
+/// blank, else between two characters as a user perceives them, unless one alone is longer. Between 1 and
+/// `limit`.
 qsizetype cutPosition(QStringView text, qsizetype limit);
 
 } // namespace morvane

@@ -154,9 +154,10 @@ qsizetype LongTextField::nextSlice() const
         return lineEnd + 1;
     if (length == rest.size())
         return length;
+    length = cutPosition(rest, length);
     // Runs of blanks are told as one, and a carriage return belongs to its line feed.
-    const auto belongsToNext = [](QChar unit) {
-        return unit == u' ' || unit == u'\r' || unit.isHighSurrogate();
+    const auto belongsToNext = [next = rest[length]](QChar unit) {
+        return (unit == u' ' && next == u' ') || unit == u'\r';
     };
     while (length > 1 && belongsToNext(rest[length - 1]))
         --length;

@@ -132,6 +132,37 @@ TEST_F(LongTextFieldTest, ANewTextTakesThePlaceOfOneThatStillGoesIn)
     EXPECT_EQ(field.characters(), 5);
 }
 
+TEST_F(LongTextFieldTest, ALongLineIsCutBetweenItsWords)
+{
+    for (const QString &blanks : {u" "_s, QString(7, u' ')}) {
+        show((u"kingfisher"_s + blanks).repeated(2'000), LongTextField::Style::prose,
+             LongTextField::Hidden::asTheyStand);
+        ASSERT_GT(field.document()->blockCount(), 5);
+        for (QTextBlock block = field.document()->firstBlock(); block.isValid(); block = block.next())
+            EXPECT_EQ(block.text().trimmed().replace(blanks, u" "_s).split(u' ').count(u"kingfisher"_s),
+                      block.text().trimmed().count(u'k'))
+                << block.blockNumber();
+    }
+}
+
+TEST_F(LongTextFieldTest, ALineWithoutBlanksIsCutBetweenItsCharacters)
+{
+    show(u'a' + u"e\u0301"_s.repeated(20'000), LongTextField::Style::prose,
+         LongTextField::Hidden::asTheyStand);
+    ASSERT_GT(field.document()->blockCount(), 5);
+    for (QTextBlock block = field.document()->begin().next(); block.isValid(); block = block.next())
+        EXPECT_EQ(block.text().front(), u'e') << block.blockNumber();
+}
+
+TEST_F(LongTextFieldTest, ARunOfBlanksIsToldAsOneWhereverItBegins)
+{
+    for (qsizetype before = 1'900; before < 2'010; before += 3) {
+        show(u"word "_s.repeated(before / 5) + QString(1 + before % 5, u'x') + QString(100, u' ') +
+             u"word "_s.repeated(1'000));
+        EXPECT_EQ(field.toPlainText().count(u"[100 blanks]"_s), 1) << before;
+    }
+}
+
 TEST_F(LongTextFieldTest, WhatIsCopiedHasNoTraceOfTheCuts)
 {
     const QString text = QString(50'000, u'x') + u"\nשלום 1 2\nend"_s;

@@ -115,6 +115,23 @@ TEST(PlainTextSegmenterTest, ACutNeverSplitsASurrogatePair)
         EXPECT_FALSE(text.at(segment.from).isLowSurrogate());
 }
 
+TEST(PlainTextSegmenterTest, ACutPartsNoCharacterOfSeveralLetters)
+{
+    const QString text = u"a"_s + u"e\u0301\u0323"_s.repeated(4000);
+    const auto segments = cut(text);
+    expectCovers(segments, text);
+    ASSERT_GT(segments.size(), 3);
+    for (const TextSegment &segment : segments.sliced(1))
+        EXPECT_EQ(text.at(segment.from), u'e');
+}
+
+TEST(PlainTextSegmenterTest, ACutPartsNoLineEnd)
+{
+    const QString line(segmentLimit - 1, u'x');
+    const auto segments = cut(line + u"\r\n"_s + line);
+    EXPECT_EQ(segments.value(1).from, segmentLimit - 1);
+}
+
 TEST(PlainTextSegmenterTest, AGrowingTextEndsUpCutLikeTheWholeOne)
 {
     QString text;
