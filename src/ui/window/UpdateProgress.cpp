@@ -37,8 +37,7 @@ void UpdateProgress::showPhase(const UpdateInstallPhase &phase, const QString &i
                                         [](const Phase::Failed &failed) { return labelText(failed.text); },
                                     },
                                     phase.state);
-    if (m_text->text() != text) // a reader hears of a text each time that it is set
-        m_text->setText(text);
+    m_text->setText(text);
     m_text->setVisible(!text.isEmpty());
     m_bar->setVisible(downloading != nullptr);
     if (downloading)
