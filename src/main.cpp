@@ -59,6 +59,7 @@
 #include "ui/window/WindowCommands.h"
 #include "update/HostedUpdates.h"
 #include "update/RunningBundle.h"
+#include "update/UpdateRemains.h"
 
 #include <QApplication>
 #include <QDir>
@@ -68,6 +69,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <tuple>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -233,6 +235,10 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
 
 int main(int argc, char **argv)
 {
+    // Begins anew in its place: where libraries are looked for was settled when the process began.
+    if (const QString program = returnToPlace(QFile::symLinkTarget(u"/proc/self/exe"_s)); !program.isEmpty())
+        ::execv(QFile::encodeName(program).constData(), argv);
+
     // A screen reader that is started later never sees a program that was silent at its start.
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
 

@@ -191,7 +191,10 @@ Result BundleInstallation::swap()
 
 Result BundleInstallation::swapInTwoMoves()
 {
-    const QString oldApp = m_work + u"/Morvane-old.app"_s;
+    // By its name there it finds back to its place, should the power fail in between.
+    const QString oldApp = m_work + u"/old/"_s + QFileInfo(m_bundle.path).fileName();
+    if (::mkdir(systemPath(m_work + u"/old"_s).c_str(), S_IRWXU) != 0)
+        return failure(u"Could not move the current app: "_s + sentenceOf(errno));
     const MovesInTurn moves = moveInTurn(m_bundle.path, oldApp, staged());
     // What could not be moved back is not removed either.
     if (QFileInfo::exists(oldApp))

@@ -2,6 +2,9 @@
 
 #include "support/WaitUntil.h"
 
+#include <QDir>
+#include <QFile>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -79,6 +82,21 @@ TEST_F(KilledUpdateTest, WhenTheRelaunchIsWaitingTheNewProgramComesUpByItself)
     morvane.program().process().kill();
     withRelaunched(morvane,
                    [&morvane](const AccessibleProgram &relaunched) { expectNewBuild(morvane, relaunched); });
+}
+
+TEST_F(KilledUpdateTest, WhereThePowerFailedBetweenTwoMovesAStartBringsTheBundleBack)
+{
+    const QString work = world.parent() + u"/Morvane-update-01234567-89AB-CDEF-0123-456789ABCDEF"_s;
+    const QString moved = work + u"/old/Morvane.app"_s;
+    ASSERT_TRUE(QDir().mkpath(work + u"/old"_s));
+    ASSERT_TRUE(QDir().mkpath(work + u"/stage/Morvane.app"_s));
+    ASSERT_TRUE(QFile::rename(world.app(), moved));
+    MorvaneSession &morvane = prepareBundle(moved + u"/Contents/MacOS/Morvane"_s);
+    morvane.start();
+    EXPECT_EQ(QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(morvane.program().process().pid())),
+              world.program());
+    EXPECT_TRUE(waitUntil([this] { return world.beside().isEmpty(); }));
+    expectOldBundle();
 }
 
 } // namespace

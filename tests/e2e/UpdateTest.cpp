@@ -17,11 +17,11 @@ using testing::IsEmpty;
 
 namespace morvane {
 
-MorvaneSession &UpdateTest::prepareBundle()
+MorvaneSession &UpdateTest::prepareBundle(const QString &program)
 {
     ModelScript script;
     script.turns = {ScriptedTurn::saying({"An answer about birds."})};
-    MorvaneSession &morvane = prepareProgram(world.program(), script, Hearing::announcements, u"home"_s);
+    MorvaneSession &morvane = prepareProgram(program, script, Hearing::announcements, u"home"_s);
     world.prepare(morvane);
     // The toolkit forgets keys that readers have not answered to when the program ends by itself.
     morvane.setVariable(u"ASAN_OPTIONS"_s, u"detect_leaks=0"_s);

@@ -21,7 +21,9 @@ protected:
     }
 
     /// The program of the bundle in a home of its own, not started yet.
-    MorvaneSession &prepareBundle();
+    MorvaneSession &prepareBundle() { return prepareBundle(world.program()); }
+    /// The same for a bundle that lies elsewhere.
+    MorvaneSession &prepareBundle(const QString &program);
     MorvaneSession &startBundle();
 
     /// The user looks for updates when the program itself has done so, which tells the same.

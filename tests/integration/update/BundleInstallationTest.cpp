@@ -188,7 +188,7 @@ TEST_F(BundleInstallationTest, AnOldBundleThatCannotComeBackIsNotRemoved)
     }
     ASSERT_EQ(beside().size(), 1);
     EXPECT_EQ(
-        contentOf(parent() + u'/' + beside().constFirst() + u"/Morvane-old.app/Contents/MacOS/Morvane"_s),
+        contentOf(parent() + u'/' + beside().constFirst() + u"/old/Morvane.app/Contents/MacOS/Morvane"_s),
         "old");
 }
 
