@@ -5,7 +5,7 @@
 #   --origin ORIGIN  the build looks for updates there, and not where releases do
 #   --build N        its build number, 1 unless told
 #   --key KEY.pem    the Ed25519 key that signs the manifest; the build takes only updates that are signed with it
-#   --release        refuses to make what is none: another origin, no key, changes that are not committed
+#   --release        refuses to make what is none: another origin, no key, no browser, changes that are not committed
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 
@@ -51,6 +51,7 @@ constant() { sed -n "s/^$1:[A-Z]*=//p" build/bundle/CMakeCache.txt; }
 name=Morvane-$(constant CMAKE_PROJECT_VERSION)-build$build.tar.zst
 
 packaging/assemble-bundle.py build/bundle "$out/Morvane.app"
+[ -z "$release" ] || [ -f "$out/Morvane.app/Contents/lib/morvane/libmorvane-browser.so" ] || refuse "it has no browser"
 packaging/make-image.sh "$out/Morvane.app" "$out/$name"
 packaging/make-manifest.py "$out/$name" "$(constant MORVANE_UPDATE_ORIGIN)/downloads/$name" "$build" >"$out/latest.json"
 [ -z "$key" ] || packaging/sign-update.sh "$key" "$out/latest.json"

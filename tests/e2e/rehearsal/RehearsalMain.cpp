@@ -1,16 +1,23 @@
 // Plays one scripted request through the real program on a display of its own, as a blind user would, and
 // prints what was shown and what was spoken.
 //
-//   morvane-rehearsal PROGRAM PICTURE.png
+//   morvane-rehearsal [--browser] PROGRAM PICTURE.png
 //
+// --browser has it open a page, too, and looks whether that is kept in its sandbox. Not as root.
 // Ends with status 1 and a reason as soon as something does not happen.
 
 #include "support/MorvaneSession.h"
+#include "support/PageServer.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -20,20 +27,24 @@ namespace {
 
 const auto request = u"How many hours has a leap year? Write it to two files."_s;
 
+constexpr auto browserTurn = R"json(
+    {"text": "I will see what others say.",
+     "calls": [{"name": "browser_open", "arguments": {"url": "%1"}}]},)json"_L1;
+
 constexpr auto script = R"json({
   "title": "Hours in a leap year",
   "turns": [
     {"text": ["I will look at ", "the clock first."],
      "calls": [{"name": "get_current_datetime", "arguments": {}}]},
     {"text": "Now the multiplication.",
-     "calls": [{"name": "calculate", "arguments": {"expression": "366 * 24"}}]},
+     "calls": [{"name": "calculate", "arguments": {"expression": "366 * 24"}}]},%1
     {"calls": [{"name": "write_file", "arguments": {"path": "~/hours.txt", "content": "8784 hours"}}]},
     {"calls": [{"name": "write_file", "arguments": {"path": "~/again.txt", "content": "8784 hours"}}]},
     {"text": ["A leap year has **8784 hours**:\n\n", "- 366 days\n- 24 hours each\n\n",
               "```python\nprint(366 * 24)\n```\n\nThe first file is written; ",
               "you did not want the second."]}
   ]
-})json";
+})json"_L1;
 
 void print(const QString &heading, const QStringList &lines)
 {
@@ -72,7 +83,44 @@ bool isWritten(const MorvaneSession &morvane, const QString &file)
     return QFileInfo::exists(morvane.home() + u'/' + file);
 }
 
-void play(MorvaneSession &morvane)
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Whether the process with the web page has process numbers of its own and may not make every system call.
+bool isSandboxed(const QString &process)
+{
+    const QList<QByteArray> status = contentOf(u"/proc/%1/status"_s.arg(process)).split('\n');
+    const bool hasOwnNumbers = std::ranges::any_of(status, [](const QByteArray &line) {
+        return line.startsWith("NSpid:") && line.simplified().count(' ') > 1;
+    });
+    return hasOwnNumbers && status.contains("Seccomp:\t2");
+}
+
+/// The processes of the web engine that hold pages, of those that a program has started.
+QStringList pageProcesses(qint64 program)
+{
+    QStringList found = QDir(u"/proc"_s).entryList(QDir::Dirs);
+    found.removeIf([program](const QString &process) {
+        return ::getpgid(process.toInt()) != program ||
+               !contentOf(u"/proc/%1/cmdline"_s.arg(process)).contains("--type=renderer");
+    });
+    return found;
+}
+
+void expectPage(MorvaneSession &morvane)
+{
+    expect(morvane.program().shows(u"Browser content: Birds"_s), u"the page is not shown"_s);
+    const QStringList processes = pageProcesses(morvane.program().process().pid());
+    expect(!processes.isEmpty(), u"no process has the page"_s);
+    for (const QString &process : processes)
+        expect(isSandboxed(process), u"process %1 with the page is not in its sandbox"_s.arg(process));
+    print(u"Processes with pages, in their sandbox:"_s, processes);
+}
+
+void play(MorvaneSession &morvane, bool opensPage)
 {
     morvane.start();
     morvane.send(request);
@@ -95,6 +143,8 @@ void play(MorvaneSession &morvane)
     expect(isWritten(morvane, u"hours.txt"_s), u"the allowed file is not there"_s);
     expect(!isWritten(morvane, u"again.txt"_s), u"the denied file was written"_s);
     expect(morvane.storedConversations().size() == 1, u"the conversation is not on disk"_s);
+    if (opensPage)
+        expectPage(morvane);
 }
 
 } // namespace
@@ -102,20 +152,30 @@ void play(MorvaneSession &morvane)
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 3) {
-        std::fputs("usage: morvane-rehearsal PROGRAM PICTURE.png\n", stderr);
+    QCommandLineParser parser;
+    const QCommandLineOption browser(u"browser"_s);
+    parser.addOption(browser);
+    const bool isUnderstood = parser.parse(QCoreApplication::arguments());
+    const QStringList arguments = parser.positionalArguments();
+    if (!isUnderstood || arguments.size() != 2) {
+        std::fputs("usage: morvane-rehearsal [--browser] PROGRAM PICTURE.png\n", stderr);
         return 2;
     }
+    const bool opensPage = parser.isSet(browser);
     int status = 0;
     try {
+        PageServer site;
+        site.page(u"/birds"_s, "<title>Birds</title><h1>Kingfishers</h1><p>A kingfisher eats fish.</p>");
+        const QString turn =
+            opensPage ? QString(browserTurn).arg(site.url(u"/birds"_s).toString()) : QString();
         const PrivateDesktop desktop;
-        MorvaneSession morvane(desktop, QFileInfo(arguments.at(1)).absoluteFilePath(),
-                               ModelScript::fromJson(script));
+        MorvaneSession morvane(desktop, QFileInfo(arguments.at(0)).absoluteFilePath(),
+                               ModelScript::fromJson(QString(script).arg(turn).toStdString()));
         try {
-            play(morvane);
+            play(morvane, opensPage);
         } catch (const std::exception &error) {
             std::fprintf(stderr, "\nThe rehearsal failed: %s\n", error.what());
+            print(u"What the program logged:"_s, {morvane.program().process().log()});
             status = 1;
         }
         if (morvane.isRunning()) {
@@ -123,8 +183,8 @@ int main(int argc, char **argv)
             print(u"What the activity log shows:"_s, morvane.activity());
         }
         print(u"What a screen reader says:"_s, morvane.ear().heard());
-        const bool isSaved = desktop.screenshot().save(arguments.at(2));
-        std::printf("\nPicture: %s\n", isSaved ? qUtf8Printable(arguments.at(2)) : "could not be written");
+        const bool isSaved = desktop.screenshot().save(arguments.at(1));
+        std::printf("\nPicture: %s\n", isSaved ? qUtf8Printable(arguments.at(1)) : "could not be written");
         if (!isSaved)
             status = 1;
     } catch (const std::exception &error) {
