@@ -29,6 +29,32 @@ TEST_F(BrowserWindowTest, TheModelOpensTypesPressesAndReadsWhileTheUserLooksOn)
     EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
 }
 
+TEST_F(BrowserWindowTest, WhereTheEngineWouldEndTheProgramItIsNotStarted)
+{
+    MorvaneSession &morvane =
+        prepareBrowser({callingTool("browser_open", R"({"url":")" + address(u"/birds"_s) + R"("})"),
+                        ScriptedTurn::saying({"I cannot see it."})});
+    morvane.setVariable(u"XKB_CONFIG_ROOT"_s, morvane.home());
+    morvane.start();
+    morvane.send(u"Find me a kingfisher"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I cannot see it."_s));
+    EXPECT_THAT(lastResult(morvane).toStdString(), HasSubstr("the package xkb-data has them."));
+    EXPECT_TRUE(morvane.isRunning());
+}
+
+TEST_F(BrowserWindowTest, WhereNothingDrawsWithOpenGLTheProcessorDraws)
+{
+    MorvaneSession &morvane =
+        prepareBrowser({callingTool("browser_open", R"({"url":")" + address(u"/birds"_s) + R"("})"),
+                        ScriptedTurn::saying({"I see it."})});
+    morvane.setVariable(u"QT_XCB_GL_INTEGRATION"_s, u"none"_s);
+    morvane.start();
+    morvane.send(u"Find me a kingfisher"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"I see it."_s));
+    EXPECT_THAT(lastResult(morvane).toStdString(), HasSubstr("A kingfisher eats fish."));
+    EXPECT_TRUE(morvane.program().shows(u"Browser content: Birds"_s));
+}
+
 TEST_F(BrowserWindowTest, TheModelGoesBackFromAPageThatItsPressHasOpened)
 {
     MorvaneSession &morvane =

@@ -2,7 +2,9 @@
 #include "browser/engine/Sandbox.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QOpenGLContext>
+#include <QQuickWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -14,14 +16,26 @@ namespace morvane {
 namespace {
 
 /// The engine draws where the windows do, by a context that all of them share. It lasts as long as the
-/// application.
+/// application. Where there is no OpenGL, or no driver for it, the processor draws: pages would end the
+/// program otherwise.
 void shareDrawing()
 {
     if (QOpenGLContext::globalShareContext())
         return;
     auto *const context = new QOpenGLContext(QCoreApplication::instance());
-    context->create();
-    qt_gl_set_global_share_context(context);
+    if (!context->create())
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    qt_gl_set_global_share_context(context); // which it asks for its form in any case
+}
+
+/// Why keys could not be understood here, as sandboxProblem() tells why pages could not be kept. The layouts
+/// come with every X server, which may be another computer's.
+QString layoutProblem()
+{
+    const QString layouts = qEnvironmentVariable("XKB_CONFIG_ROOT", u"/usr/share/X11/xkb"_s);
+    if (QFile::exists(layouts + u"/rules/evdev"_s))
+        return {};
+    return u"the built-in browser needs the descriptions of keyboard layouts. On Debian the package xkb-data has them."_s;
 }
 
 constexpr char flagsVariable[] = "QTWEBENGINE_CHROMIUM_FLAGS";
@@ -58,9 +72,11 @@ private:
 extern "C" Q_DECL_EXPORT void morvaneBrowserEngine(const morvane::EngineOptions &options,
                                                    morvane::BrowserEngine &engine)
 {
-    if (const QString problem = morvane::sandboxProblem(); !problem.isEmpty()) {
-        engine = std::unexpected(problem);
-        return;
+    for (const QString &problem : {morvane::sandboxProblem(), morvane::layoutProblem()}) {
+        if (!problem.isEmpty()) {
+            engine = std::unexpected(problem);
+            return;
+        }
     }
     morvane::shareDrawing();
     const morvane::EngineFlags flags(options);
