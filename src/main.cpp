@@ -11,6 +11,7 @@
 #include "base/DataFolders.h"
 #include "base/InstalledFiles.h"
 #include "base/Log.h"
+#include "base/Uuid.h"
 #include "browser/pages/BrowserEngine.h"
 #include "browser/window/BuiltInBrowser.h"
 #include "localmodel/DiskSpace.h"
@@ -146,16 +147,25 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     LinuxWindowRaiser raiser;
     LinuxColorScheme colorScheme;
     const QString engineModule = files.module(u"libmorvane-browser.so"_s);
+    const auto showNotification = [&center](const QString &site, const QString &title,
+                                            const QString &message) {
+        center.add({.identifier = uuidText(newUuid()),
+                    .title = site + u": "_s + title,
+                    .body = message,
+                    .sound = {},
+                    .delay = {}});
+    };
     const auto startEngine = [&] {
         const bool prefersDark = colorScheme.preference() == ColorScheme::Preference::dark;
         return loadBrowserEngine(engineModule, {.folder = dataFolder() + u"/Browser"_s,
                                                 .prefersDark = prefersDark,
-                                                .isHeard = announcer.isHeard()});
+                                                .isHeard = announcer.isHeard(),
+                                                .showNotification = showNotification});
     };
-    BuiltInBrowser browser({scheduler, announcer, http, urls, raiser, attachments, dataFolder(), startEngine},
-                           QFile::exists(engineModule)
-                               ? QString()
-                               : u"the built-in browser is not part of this installation."_s);
+    BuiltInBrowser browser(
+        {scheduler, announcer, http, urls, raiser, attachments, dataFolder(), files.help(), startEngine},
+        QFile::exists(engineModule) ? QString()
+                                    : u"the built-in browser is not part of this installation."_s);
     BuiltinTools tools(http, reminders, screen, browser);
     StdioThread serverProcesses(QFile::encodeName(files.helper(u"morvane-server-guard"_s)));
     MCPManager serverManager(

@@ -1,6 +1,7 @@
 #include "app/AgentRequest.h"
 
 #include "app/AgentLoop.h"
+#include "app/BrowserWindowPort.h"
 #include "app/ContextTrimming.h"
 #include "app/FriendlyError.h"
 #include "app/LocalModelFlow.h"
@@ -22,9 +23,10 @@ namespace morvane {
 
 AgentRequest::AgentRequest(Scheduler &scheduler, const SettingsStore &settings,
                            NotificationPort &notifications, Workspace &workspace, AgentLoop &loop,
-                           LocalModelFlow &localModel, const RequestConfiguration &configuration)
+                           LocalModelFlow &localModel, BrowserWindowPort &browserWindow,
+                           const RequestConfiguration &configuration)
     : m_scheduler(scheduler), m_settings(settings), m_notifications(notifications), m_workspace(workspace),
-      m_loop(loop), m_localModel(localModel), m_configuration(configuration)
+      m_loop(loop), m_localModel(localModel), m_browserWindow(browserWindow), m_configuration(configuration)
 {
     connect(&localModel, &LocalModelFlow::installationEnded, this, &AgentRequest::continueAfterInstallation);
 }
@@ -171,7 +173,7 @@ void AgentRequest::stopWork()
                               if (waiting.setup == WaitingForLocalModel::Setup::ofThisMessage)
                                   m_localModel.cancelTasks();
                           },
-                          [](Running &) {}},
+                          [this](Running &) { m_browserWindow.stop(); }},
                m_phase);
     for (TaskHandle<void> &run : m_runs)
         run.cancel();

@@ -13,6 +13,7 @@
 namespace morvane {
 
 class AgentLoop;
+class BrowserWindowPort;
 class LocalModelFlow;
 class NotificationPort;
 class RequestConfiguration;
@@ -38,7 +39,7 @@ public:
     /// All of them outlive the object; the scheduler is shut down before it goes.
     AgentRequest(Scheduler &scheduler, const SettingsStore &settings, NotificationPort &notifications,
                  Workspace &workspace, AgentLoop &loop, LocalModelFlow &localModel,
-                 const RequestConfiguration &configuration);
+                 BrowserWindowPort &browserWindow, const RequestConfiguration &configuration);
 
     const Phase &phase() const { return m_phase; }
     bool isIdle() const { return std::holds_alternative<Idle>(m_phase); }
@@ -79,6 +80,7 @@ private:
     Workspace &m_workspace;
     AgentLoop &m_loop;
     LocalModelFlow &m_localModel;
+    BrowserWindowPort &m_browserWindow;
     const RequestConfiguration &m_configuration;
     Phase m_phase;
     /// Runs that have not ended yet: that of the phase, and cancelled ones on their way out.

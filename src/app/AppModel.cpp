@@ -47,7 +47,7 @@ AppModel::AppModel(const AppServices &services, QObject *parent)
                       services.machineSummary),
       m_titles(services.scheduler, m_turns, m_workspace, m_configuration),
       m_request(services.scheduler, services.settings, services.notifications, m_workspace, m_loop,
-                m_localModel, m_configuration),
+                m_localModel, services.browserWindow, m_configuration),
       m_updates(services.scheduler, services.settings, services.updates, services.urls, m_workspace,
                 m_request)
 {

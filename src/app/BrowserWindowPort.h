@@ -17,6 +17,8 @@ public:
     virtual bool isVisible() const = 0;
     /// Opens the window, or brings it to the front.
     virtual void show() = 0;
+    /// The user has stopped the agent: the page in sight stops loading, and what it asks the user is refused.
+    virtual void stop() = 0;
 };
 
 } // namespace morvane

@@ -44,6 +44,11 @@ QString InstalledFiles::sounds() const
     return libraryData(u"sounds"_s);
 }
 
+QString InstalledFiles::help() const
+{
+    return libraryData(u"help/index.html"_s);
+}
+
 QString InstalledFiles::libraryData(const QString &name) const
 {
     return m_root + u'/' + QStringLiteral(MORVANE_DATA) + u'/' + name;

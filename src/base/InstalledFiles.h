@@ -22,6 +22,8 @@ public:
     QString module(const QString &name) const;
     /// The folder with the sounds.
     QString sounds() const;
+    /// The page that explains the program.
+    QString help() const;
     /// A folder with data of the libraries that a bundle brings along. There is none where the system has
     /// them.
     QString libraryData(const QString &name) const;

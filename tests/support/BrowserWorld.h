@@ -74,7 +74,7 @@ struct BrowserWorld {
                                   .urls = around.urls,
                                   .raiser = raiser,
                                   .showMainWindow = [this] { ++mainWindowShown; },
-                                  .documentation = QStringLiteral("https://docs.test/"),
+                                  .documentation = QStringLiteral("/share/help/index.html"),
                               });
              }}};
 

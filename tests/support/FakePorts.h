@@ -44,8 +44,10 @@ public:
     QString problem() const override { return problemText; }
     bool isVisible() const override { return visible; }
     void show() override { visible = true; }
+    void stop() override { ++stops; }
 
     bool visible = false;
+    int stops = 0;
     QString problemText;
 };
 
@@ -55,10 +57,23 @@ public:
     bool open(const QUrl &url) override
     {
         opened.append(url);
-        return true;
+        return works;
+    }
+    bool openOwnPage(const QString &path) override
+    {
+        ownPages.append(path);
+        return works;
+    }
+    bool beginMail(const QString &text) override
+    {
+        mails.append(text);
+        return works;
     }
 
     QList<QUrl> opened;
+    QStringList ownPages;
+    QStringList mails;
+    bool works = true;
 };
 
 /// A local model runtime whose state and installation a test decides.

@@ -3,12 +3,15 @@
 #include "base/AtomicFile.h"
 #include "browser/engine/EngineDownload.h"
 #include "browser/engine/EngineWebPage.h"
+#include "ui/controls/LabelText.h"
+#include "ui/sheets/VisibleText.h"
 
 #include <QDir>
 #include <QFile>
 #include <QLocale>
 #include <QWebEngineCookieStore>
 #include <QWebEngineDownloadRequest>
+#include <QWebEngineNotification>
 #include <QWebEngineSettings>
 #include <algorithm>
 
@@ -16,6 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
+
+constexpr qsizetype longestLine = 200;
 
 QString profileFolder(const QString &folder)
 {
@@ -37,6 +42,12 @@ QString downloadFolder(const QString &folder)
 QString removalMark(const QString &folder)
 {
     return folder + u"/remove-site-data"_s;
+}
+
+/// What a page says, as it can be shown.
+QString line(const QString &text)
+{
+    return visibleText(labelText(text, longestLine).simplified()).text;
 }
 
 /// The folder as the engine is to find it.
@@ -70,6 +81,13 @@ EngineFactory::EngineFactory(const EngineOptions &options)
     settings.setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
     settings.setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
     settings.setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
+    m_profile.setNotificationPresenter([show = options.showNotification](
+                                           const std::unique_ptr<QWebEngineNotification> &notification) {
+        if (!show)
+            return;
+        show(line(notification->origin().host()), line(notification->title()), line(notification->message()));
+        notification->show();
+    });
     QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_pages,
                      [this](QWebEngineDownloadRequest *request) { download(*request); });
 }

@@ -14,8 +14,6 @@ struct BrowserSites {
 
     /// Takes the text of the start page's field as the query item `q`.
     QString startPageSearch = QStringLiteral("https://duckduckgo.com/");
-    /// Where the program is explained.
-    QString documentation = QStringLiteral("https://morvane.example/docs");
     /// The row of links on the start page.
     QList<Link> startPageLinks{
         {QStringLiteral("Wikipedia"), QStringLiteral("https://www.wikipedia.org/")},

@@ -133,8 +133,9 @@ void BrowserMenuActions::confirmClearBrowsingData()
 void BrowserMenuActions::confirm(const QString &message, const QString &information, const QString &button,
                                  void (BrowsingRecords::*action)())
 {
-    QWidget *asker = QApplication::activeModalWidget();
-    auto *box = new QMessageBox(asker && m_window.isAncestorOf(asker) ? asker : &m_window);
+    // A sheet of the window, such as the history, may be what asks.
+    QWidget *sheet = QApplication::activeModalWidget();
+    auto *box = new QMessageBox(sheet && sheet->parentWidget() == &m_window ? sheet : &m_window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setIcon(QMessageBox::Warning);
@@ -172,7 +173,8 @@ void BrowserMenuActions::showAbout()
 
 void BrowserMenuActions::showHelp()
 {
-    m_services.urls.open(QUrl(m_services.documentation));
+    if (!m_services.urls.openOwnPage(m_services.documentation))
+        m_services.announcer.announce(u"The documentation could not be opened."_s);
 }
 
 } // namespace morvane

@@ -27,7 +27,7 @@ struct BrowserWindowServices {
     WindowRaiser &raiser;
     FieldPasting *pasting = nullptr; ///< Without it the toolkit waits for what is pasted.
     std::function<void()> showMainWindow;
-    QString documentation; ///< The address of the project's documentation.
+    QString documentation; ///< The page that explains the program, by its path.
 };
 
 } // namespace morvane

@@ -30,15 +30,15 @@ struct BuiltInBrowser::Parts {
                        return attachments.picture(std::move(bytes), PictureSize::icon);
                    }),
           records(history, bookmarks, favicons, *engine, services.announcer),
-          windowServices{services.scheduler,    services.announcer, records,
-                         around.conversation,   around.updates,     services.attachments,
-                         services.urls,         services.raiser,    around.pasting,
-                         around.showMainWindow, sites.documentation},
+          windowServices{services.scheduler,    services.announcer,    records,
+                         around.conversation,   around.updates,        services.attachments,
+                         services.urls,         services.raiser,       around.pasting,
+                         around.showMainWindow, services.documentation},
           manager(
               {.scheduler = services.scheduler,
                .announcer = services.announcer,
                .pages = *engine,
-               .startPage = startPage(sites),
+               .startPage = startPage(BrowserSites()),
                .recordHistory = [this](const QString &url,
                                        const QString &title) { history.record(url, title); },
                .fetchFavicon = [this](QString host,
@@ -51,7 +51,6 @@ struct BuiltInBrowser::Parts {
     }
 
     const std::unique_ptr<WebPageFactory> engine;
-    const BrowserSites sites;
     HistoryStore history;
     BookmarkStore bookmarks;
     Favicons favicons;
@@ -112,6 +111,12 @@ void BuiltInBrowser::show()
     box->setTextFormat(Qt::PlainText);
     box->setInformativeText(m_problem.left(1).toUpper() + m_problem.mid(1));
     box->open();
+}
+
+void BuiltInBrowser::stop()
+{
+    if (const BrowserTab *tab = m_parts ? m_parts->manager.activeTab() : nullptr)
+        tab->webView().stop();
 }
 
 template <class... Arguments>

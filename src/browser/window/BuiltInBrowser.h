@@ -33,7 +33,8 @@ public:
         UrlOpener &urls;
         WindowRaiser &raiser;
         AttachmentService &attachments;
-        QString folder; ///< Of history and bookmarks.
+        QString folder;        ///< Of history and bookmarks.
+        QString documentation; ///< The page that explains the program, by its path.
         /// Called once at most.
         std::function<BrowserEngine()> startEngine;
     };
@@ -58,6 +59,7 @@ public:
     QString problem() const override { return m_problem; }
     bool isVisible() const override;
     void show() override;
+    void stop() override;
 
     Task<ToolResult> browserOpen(QString urlString) override;
     Task<ToolResult> browserRead() override;

@@ -141,6 +141,12 @@ TEST_F(BrowserMenuTest, ZoomGoesInQuartersAndStaysWithinItsLimits)
     EXPECT_EQ(announcer.spoken.last(), u"Zoom 25 percent"_s);
 }
 
+TEST_F(BrowserMenuTest, ThePlusKeyEnlargesToo)
+{
+    press(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_EQ(browser->page().zoom, 1.25);
+}
+
 TEST_F(BrowserMenuTest, BackAndForwardAreOnWhereThePageHasThem)
 {
     EXPECT_FALSE(item(u"History"_s, u"Back"_s)->isEnabled());
@@ -232,7 +238,11 @@ TEST_F(BrowserMenuTest, ClearingAllDataLeavesTheTabs)
 TEST_F(BrowserMenuTest, HelpOpensTheDocumentationInTheDefaultBrowser)
 {
     choose(u"Help"_s, u"Morvane Help"_s);
-    EXPECT_EQ(urls.opened, QList<QUrl>{QUrl(u"https://docs.test/"_s)});
+    EXPECT_EQ(urls.ownPages, QStringList{u"/share/help/index.html"_s});
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    urls.works = false;
+    choose(u"Help"_s, u"Morvane Help"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"The documentation could not be opened."_s});
 }
 
 TEST_F(BrowserMenuTest, AboutTellsTheVersionUnderTheBrowsersName)

@@ -62,8 +62,10 @@ protected:
     QString missing;
     int starts = 0;
     FakeWebPageFactory *pages = nullptr;
-    BuiltInBrowser builtIn{{scheduler, announcer, http, urls, raiser, attachments, home.path(u"browser"_s),
-                            [this] { return startEngine(); }}};
+    BuiltInBrowser builtIn{
+        {scheduler, announcer, http, urls, raiser, attachments, home.path(u"browser"_s), {}, [this] {
+             return startEngine();
+         }}};
 };
 
 TEST_F(BuiltInBrowserTest, NothingIsStartedBeforeItIsWanted)
@@ -106,6 +108,16 @@ TEST_F(BuiltInBrowserTest, AToolOpensThePageInTheSameWindow)
     EXPECT_FALSE(read.failed);
 }
 
+TEST_F(BuiltInBrowserTest, StoppingTheAgentStopsThePageInSight)
+{
+    attach();
+    builtIn.stop();
+    EXPECT_EQ(starts, 0);
+    builtIn.show();
+    builtIn.stop();
+    EXPECT_EQ(pages->pages.first()->log.last(), u"stop"_s);
+}
+
 TEST_F(BuiltInBrowserTest, WhatIsMissingIsToldToTheModelAndToTheUser)
 {
     attach();
@@ -137,7 +149,7 @@ TEST_F(BuiltInBrowserTest, WhatIsVisitedIsRemembered)
 
 TEST_F(BuiltInBrowserTest, ThatItIsNotPartOfTheInstallationIsKnownAtOnce)
 {
-    BuiltInBrowser none({scheduler, announcer, http, urls, raiser, attachments, home.path(), {}},
+    BuiltInBrowser none({scheduler, announcer, http, urls, raiser, attachments, home.path(), {}, {}},
                         u"it is not installed."_s);
     none.attach({.conversation = *model, .updates = model->updates(), .showMainWindow = [] {}});
     EXPECT_FALSE(none.isAvailable());

@@ -244,6 +244,23 @@ TEST_F(AppModelTest, CancelWithNothingRunningSavesAndLeavesTheStatus)
     EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
+TEST_F(AppModelTest, TheEndOfARunAtTheUsersWishStopsThePageThatItWorksIn)
+{
+    model->cancel();
+    EXPECT_EQ(browserWindow.stops, 0);
+    neverAnswer();
+    model->send(u"hello"_s, {});
+    settle();
+    model->cancel();
+    EXPECT_EQ(browserWindow.stops, 1);
+    finishRun();
+    neverAnswer();
+    model->send(u"hello"_s, {});
+    settle();
+    model->newConversation();
+    EXPECT_EQ(browserWindow.stops, 2);
+}
+
 TEST_F(AppModelTest, CancelFreesTheInterfaceAtOnceAndKeepsTheStreamedText)
 {
     Service::Turn turn;

@@ -15,6 +15,8 @@ TEST(InstalledFilesTest, TheTreeIsFoundByTheProgramsOwnPlace)
     const InstalledFiles files = InstalledFiles::aroundProgram();
     EXPECT_EQ(files.helper(u"morvane-reminder"_s), root + u"/libexec/morvane/morvane-reminder"_s);
     EXPECT_EQ(files.sounds(), root + u"/share/morvane/sounds"_s);
+    EXPECT_EQ(files.help(), root + u"/share/morvane/help/index.html"_s);
+    EXPECT_TRUE(QFileInfo::exists(files.help()));
     EXPECT_EQ(files.libraryData(u"poppler"_s), root + u"/share/morvane/poppler"_s);
 }
 
