@@ -15,6 +15,7 @@ public:
         QStringList asked;
         QList<std::function<void(const QString &)>> destinations;
         QList<std::shared_ptr<PagePermission>> permissions;
+        QList<std::function<void(bool)>> permissionAnswers; ///< In the same order.
         bool visible = true;
         int windows = 0; ///< That exist.
     };
@@ -33,9 +34,11 @@ public:
         m_log.asked.append(QStringLiteral("where to write %1 of %2").arg(suggestedFileName, site));
         m_log.destinations.append(std::move(answer));
     }
-    void askForPermission(const std::shared_ptr<PagePermission> &permission) override
+    void askForPermission(const std::shared_ptr<PagePermission> &permission,
+                          std::function<void(bool)> answer) override
     {
         m_log.permissions.append(permission);
+        m_log.permissionAnswers.append(std::move(answer));
     }
     void showSharePicker(const QUrl &address) override
     {

@@ -84,7 +84,8 @@ void show(BrowserWorld &browser, GalleryModel &gallery, BrowserWindowView &windo
         download(browser);
     if (state == u"permission"_s)
         browser.manager.window()->askForPermission(
-            std::make_shared<FakePagePermission>(PagePermission::Kind::location, u"maps.test"_s));
+            std::make_shared<FakePagePermission>(PagePermission::Kind::location, u"maps.test"_s),
+            [](bool) {});
     settle();
 }
 

@@ -85,7 +85,8 @@ void EnginePage::javaScriptAlert(const QUrl &origin, const QString &text)
 
 bool EnginePage::javaScriptConfirm(const QUrl &origin, const QString &text)
 {
-    if (m_leavesUnasked && text == leavingQuestion())
+    // Nor is anybody held by a page that is not to ask.
+    if ((m_leavesUnasked || m_dialogs.isSilenced(origin.host())) && text == leavingQuestion())
         return true;
     const bool agreed = m_dialogs.confirm(origin.host(), text);
     dialogEnded();
@@ -99,6 +100,23 @@ bool EnginePage::javaScriptPrompt(const QUrl &origin, const QString &text, const
     dialogEnded();
     *result = answer.value_or(QString());
     return answer.has_value();
+}
+
+QStringList EnginePage::chooseFiles(FileSelectionMode mode, const QStringList &, const QStringList &)
+{
+    const auto fileMode = [mode] {
+        switch (mode) {
+        case FileSelectOpenMultiple:
+            return QFileDialog::ExistingFiles;
+        case FileSelectUploadFolder:
+            return QFileDialog::Directory;
+        default:
+            return QFileDialog::ExistingFile;
+        }
+    };
+    const QStringList files = m_dialogs.files(url().host(), fileMode());
+    dialogEnded();
+    return files;
 }
 
 void EnginePage::authenticate(const QString &site, QAuthenticator &authenticator)

@@ -226,6 +226,8 @@ QWidget *EngineWebPage::view()
 
 void EngineWebPage::onceItAnswers(std::function<void()> navigation)
 {
+    // Where the user or the agent goes a page may speak again; one that takes its own place goes on speaking.
+    m_page->dialogs().forget();
     const qint64 process = m_page->renderProcessPid();
     if (!m_isHung || process <= 0) {
         navigation();
@@ -288,7 +290,6 @@ void EngineWebPage::commit()
     m_next.reset();
     m_patience.stop();
     m_page->setLeavesUnasked(false);
-    m_page->dialogs().forget();
     if (wasOwn && !m_showsOwnDocument)
         m_page->history()->clear();
     m_page->setZoomFactor(m_zoom);

@@ -18,6 +18,8 @@ namespace {
 
 constexpr int sheetWidth = 420;
 constexpr int linesShown = 5;
+/// Of a text to be changed, which is laid out in one line.
+constexpr qsizetype longestDefault = 10'000;
 
 } // namespace
 
@@ -61,7 +63,8 @@ QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
     const bool isFirst = !findChild<QLineEdit *>();
     auto *label = new QLabel(name);
     label->setVisible(!name.isEmpty());
-    auto *field = new QLineEdit(labelText(text));
+    auto *field = new QLineEdit(
+        firstCharacters(text.left(2 * longestDefault), longestDefault)); // what is left goes back as it is
     field->setAccessibleName(name.isEmpty() ? windowTitle() : name);
     label->setBuddy(field);
     m_column->addWidget(label);

@@ -1,6 +1,9 @@
 #include "browser/engine/PageDialogs.h"
 
+#include "browser/engine/PageDialogSheet.h"
+
 #include <QCheckBox>
+#include <QDir>
 #include <QEventLoop>
 #include <QLineEdit>
 #include <QWidget>
@@ -14,39 +17,50 @@ using Refusal = PageDialogSheet::Refusal;
 
 void PageDialogs::alert(const QString &site, const QString &text)
 {
-    if (!isSeen())
+    if (!isSeen(site))
         return;
-    show(new PageDialogSheet(m_view.window(), site, text, Refusal::none));
+    show(new PageDialogSheet(m_view.window(), site, text, Refusal::none), site);
 }
 
 bool PageDialogs::confirm(const QString &site, const QString &text)
 {
-    if (!isSeen())
+    if (!isSeen(site))
         return false;
-    return show(new PageDialogSheet(m_view.window(), site, text, Refusal::cancel));
+    return show(new PageDialogSheet(m_view.window(), site, text, Refusal::cancel), site);
 }
 
 std::optional<QString> PageDialogs::prompt(const QString &site, const QString &text, const QString &initial)
 {
-    if (!isSeen())
+    if (!isSeen(site))
         return std::nullopt;
     auto *const sheet = new PageDialogSheet(m_view.window(), site, text, Refusal::cancel);
     const QLineEdit *const field = sheet->addField({}, initial);
-    return show(sheet) ? std::optional(field->text()) : std::nullopt;
+    return show(sheet, site) ? std::optional(field->text()) : std::nullopt;
 }
 
 std::optional<PageDialogs::Credentials> PageDialogs::credentials(const QString &site, const QString &realm)
 {
-    if (!isSeen())
+    if (!isSeen(site))
         return std::nullopt;
     auto *const sheet =
         new PageDialogSheet(m_view.window(), site, u"Sign in to see this page: "_s + realm, Refusal::cancel);
     const QLineEdit *const user = sheet->addField(u"User name"_s, {});
     QLineEdit *const password = sheet->addField(u"Password"_s, {});
     password->setEchoMode(QLineEdit::Password);
-    if (!show(sheet))
+    if (!show(sheet, site))
         return std::nullopt;
     return Credentials{user->text(), password->text()};
+}
+
+QStringList PageDialogs::files(const QString &site, QFileDialog::FileMode mode)
+{
+    if (!isSeen(site))
+        return {};
+    auto *const dialog = new QFileDialog(
+        m_view.window(), site.isEmpty() ? u"Choose File"_s : u"Choose File for "_s + site, QDir::homePath());
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setFileMode(mode);
+    return show(dialog, site) ? dialog->selectedFiles() : QStringList();
 }
 
 void PageDialogs::dismiss()
@@ -58,28 +72,30 @@ void PageDialogs::dismiss()
 void PageDialogs::forget()
 {
     m_inARow = 0;
-    m_isSilenced = false;
+    m_silenced.clear();
 }
 
-bool PageDialogs::isSeen() const
+bool PageDialogs::isSeen(const QString &site) const
 {
     const QWidget *const window = m_view.window();
-    return !m_isSilenced && !m_sheet && m_view.isVisible() && !window->isMinimized();
+    return !isSilenced(site) && !m_sheet && m_view.isVisible() && !window->isMinimized();
 }
 
-QPointer<PageDialogSheet> PageDialogs::show(PageDialogSheet *sheet)
+QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
 {
-    const QCheckBox *const silence = m_inARow++ > 0 ? sheet->addSilence() : nullptr;
+    auto *const words = qobject_cast<PageDialogSheet *>(sheet);
+    const QCheckBox *const silence = words && m_inARow++ > 0 ? words->addSilence() : nullptr;
     m_sheet = sheet;
     QEventLoop loop;
     QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
     QObject::connect(sheet, &QObject::destroyed, &loop, &QEventLoop::quit); // with its window
     sheet->open();
     loop.exec();
-    const QPointer<PageDialogSheet> shown = std::exchange(m_sheet, nullptr);
+    const QPointer<QDialog> shown = std::exchange(m_sheet, nullptr);
     if (!shown)
         return nullptr;
-    m_isSilenced = silence && silence->isChecked();
+    if (silence && silence->isChecked())
+        m_silenced.insert(site);
     shown->hide();
     shown->deleteLater();
     return shown->result() == QDialog::Accepted ? shown : nullptr;

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "browser/engine/PageDialogSheet.h"
-
+#include <QFileDialog>
 #include <QPointer>
+#include <QSet>
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <optional>
 
@@ -13,7 +14,7 @@ namespace morvane {
 
 /// The dialogs of one page. The engine wants each answer at once, so that a sheet holds its caller in a loop
 /// of its own while the program goes on. A page that nobody sees is answered as if the user had refused, and
-/// so is one that the user has silenced. Main thread.
+/// so is one of a site that the user has silenced. Main thread.
 class PageDialogs {
 public:
     struct Credentials {
@@ -31,23 +32,27 @@ public:
     std::optional<QString> prompt(const QString &site, const QString &text, const QString &initial);
     /// What a server wants to know before it gives the page; `realm` is what it calls itself.
     std::optional<Credentials> credentials(const QString &site, const QString &realm);
+    /// The files, or the one folder, that the page is to have; whole paths.
+    QStringList files(const QString &site, QFileDialog::FileMode mode);
 
     /// Whether one stands.
     bool isOpen() const { return m_sheet; }
     /// Answers what stands as if the user had refused.
     void dismiss();
-    /// Another document may speak again.
+    /// Whether the user wants to hear no more of this site.
+    bool isSilenced(const QString &site) const { return m_silenced.contains(site); }
+    /// From now on it may speak again.
     void forget();
 
 private:
     /// Null unless the user agreed; goes by itself afterwards.
-    QPointer<PageDialogSheet> show(PageDialogSheet *sheet);
-    bool isSeen() const;
+    QPointer<QDialog> show(QDialog *sheet, const QString &site);
+    bool isSeen(const QString &site) const;
 
     QWidget &m_view;
-    QPointer<PageDialogSheet> m_sheet;
-    int m_inARow = 0; ///< Of the same document.
-    bool m_isSilenced = false;
+    QPointer<QDialog> m_sheet;
+    int m_inARow = 0; ///< Since the user or the agent went somewhere.
+    QSet<QString> m_silenced;
 };
 
 } // namespace morvane

@@ -22,7 +22,7 @@ QString hostOr(const QUrl &address, const QString &fallback)
 
 BrowserManager::BrowserManager(BrowserServices services)
     : m_services(std::move(services)), m_downloads(m_services.announcer, [this] { return window(); }),
-      m_operations(*this, m_services.announcer)
+      m_permissions([this] { return window(); }), m_operations(*this, m_services.announcer)
 {
 }
 
@@ -65,9 +65,16 @@ void BrowserManager::makeWindowIfNeeded()
 void BrowserManager::windowClosed()
 {
     m_downloads.windowClosed();
+    m_permissions.windowClosed();
     // It is the window that says so, and it has not ended yet.
     QMetaObject::invokeMethod(
         this, [window = std::shared_ptr<BrowserWindow>(std::move(m_window))] {}, Qt::QueuedConnection);
+}
+
+void BrowserManager::forgetRefusals()
+{
+    m_downloads.forgetRefusals();
+    m_permissions.forgetRefusals();
 }
 
 void BrowserManager::appendTab()
@@ -205,7 +212,7 @@ void BrowserManager::listenTo(BrowserTab &tab)
     connect(page, &WebPage::permissionRequested, this, [this, &tab](const auto &permission) {
         // Nobody is asked by a page that is out of sight.
         if (m_window && m_window->isVisible() && &tab == activeTab())
-            m_window->askForPermission(permission);
+            m_permissions.add(permission);
         else
             permission->refuse();
     });
@@ -248,15 +255,16 @@ void BrowserManager::finished(BrowserTab &tab)
     const QUrl address = tab.webView().address();
     if (!address.isEmpty() && m_services.recordHistory)
         m_services.recordHistory(tab.urlString(), tab.webView().title());
-    if (tab.favicon().isNull() && !address.host().isEmpty() && m_services.fetchFavicon)
-        m_services.scheduler.spawn(
-            keepFavicon(&tab, address.host(), m_services.fetchFavicon(address.host(), &tab.webView())));
+    // As the records of history and bookmarks have it.
+    const QString host = address.host(QUrl::FullyEncoded);
+    if (tab.favicon().isNull() && !host.isEmpty() && m_services.fetchFavicon)
+        m_services.scheduler.spawn(keepFavicon(&tab, host, m_services.fetchFavicon(host, &tab.webView())));
 }
 
 Task<void> BrowserManager::keepFavicon(QPointer<BrowserTab> tab, QString host, Task<QImage> fetched)
 {
     const QImage icon = co_await std::move(fetched);
-    if (tab && !icon.isNull() && QUrl(tab->urlString()).host() == host)
+    if (tab && !icon.isNull() && QUrl(tab->urlString()).host(QUrl::FullyEncoded) == host)
         tab->setFavicon(icon);
 }
 

@@ -5,6 +5,7 @@
 #include "browser/tabs/BrowserWindow.h"
 #include "browser/tabs/Downloads.h"
 #include "browser/tabs/PageOperations.h"
+#include "browser/tabs/PermissionQuestions.h"
 
 #include <QImage>
 #include <QObject>
@@ -64,6 +65,8 @@ public:
     const QStringList &closedTabURLs() const { return m_closedTabURLs; }
     Downloads &downloads() { return m_downloads; }
     PageOperations &operations() { return m_operations; }
+    /// Somebody has given an address: what was refused before may be asked for again.
+    void forgetRefusals();
 
     /// Null while it is closed.
     BrowserWindow *window() const { return m_window.get(); }
@@ -111,6 +114,7 @@ private:
     bool m_canGoForward = false;
     QStringList m_closedTabURLs;
     Downloads m_downloads;
+    PermissionQuestions m_permissions;
     PageOperations m_operations;
     std::unique_ptr<BrowserWindow> m_window;
 };

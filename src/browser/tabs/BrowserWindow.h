@@ -25,8 +25,10 @@ public:
     /// the empty text when the user wants none. Without a call when the window goes.
     virtual void askForDestination(const QString &suggestedFileName, const QString &site,
                                    std::function<void(const QString &path)> answer) = 0;
-    /// Asks the user, and answers the request.
-    virtual void askForPermission(const std::shared_ptr<PagePermission> &permission) = 0;
+    /// Asks whether a page may have what it wants, and calls `answer` once, later. Without a call when the
+    /// wish is withdrawn or the window goes.
+    virtual void askForPermission(const std::shared_ptr<PagePermission> &permission,
+                                  std::function<void(bool isGranted)> answer) = 0;
     /// Offers ways to hand on the address.
     virtual void showSharePicker(const QUrl &address) = 0;
 };

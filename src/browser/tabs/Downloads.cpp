@@ -25,7 +25,7 @@ Downloads::Downloads(Announcer &announcer, std::function<BrowserWindow *()> wind
 
 void Downloads::add(const Download &download)
 {
-    if (m_waiting.size() >= mostQuestions) {
+    if (m_waiting.size() >= mostQuestions || m_refused.goesOnAsking(download->site())) {
         download->cancel();
         return;
     }
@@ -50,6 +50,10 @@ void Downloads::askForNext()
         windowClosed();
         return;
     }
+    while (!m_waiting.isEmpty() && m_refused.goesOnAsking(m_waiting.first()->site()))
+        m_waiting.takeFirst()->cancel();
+    if (m_waiting.isEmpty())
+        return;
     const Download download = m_waiting.first();
     const QPointer<Downloads> self(this);
     window->askForDestination(download->suggestedFileName(), download->site(),
@@ -65,10 +69,12 @@ void Downloads::askForNext()
 void Downloads::start(const Download &download, const QString &path)
 {
     if (path.isEmpty()) {
+        m_refused.refused(download->site());
         download->cancel();
         m_announcer.announce(u"Download cancelled."_s);
         return;
     }
+    m_refused.agreed(download->site());
     m_running.append(download);
     const PageDownload *const key = download.get();
     connect(key, &PageDownload::progressed, this, &Downloads::changed);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browser/pages/PageDownload.h"
+#include "browser/tabs/RefusedSites.h"
 
 #include <QList>
 #include <QObject>
@@ -22,10 +23,13 @@ public:
     /// `window` gives the window that asks, or null.
     Downloads(Announcer &announcer, std::function<BrowserWindow *()> window);
 
-    /// Takes a download that a page offers. Too many at once are refused without a question.
+    /// Takes a download that a page offers. Too many at once, and those of a site that goes on offering, are
+    /// refused without a question.
     void add(const Download &download);
     /// The window has gone, and its question with it.
     void windowClosed();
+    /// Sites that were refused may offer again.
+    void forgetRefusals() { m_refused.forget(); }
 
     /// Those that are being written, the oldest first.
     const QList<Download> &running() const { return m_running; }
@@ -41,6 +45,7 @@ private:
 
     Announcer &m_announcer;
     std::function<BrowserWindow *()> m_window;
+    RefusedSites m_refused;
     QList<Download> m_waiting; ///< The first is the one that is asked about.
     QList<Download> m_running;
 };

@@ -85,6 +85,7 @@ Task<QString> PageOperations::browserOpen(QString urlString)
     if (!isOpen || !tab)
         co_return noWindow();
     tab->setLastElementRefs({});
+    m_browser.forgetRefusals();
     m_announcer.announce(u"Loading "_s + target.host());
     tab->webView().load(target.url);
     const bool isReady = co_await waitUntilReady(&tab->webView(), openLimit);

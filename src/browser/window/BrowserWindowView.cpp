@@ -183,9 +183,10 @@ void BrowserWindowView::askForDestination(const QString &suggestedFileName, cons
     askWhereToSave(*this, suggestedFileName, site, std::move(answer));
 }
 
-void BrowserWindowView::askForPermission(const std::shared_ptr<PagePermission> &permission)
+void BrowserWindowView::askForPermission(const std::shared_ptr<PagePermission> &permission,
+                                         std::function<void(bool isGranted)> answer)
 {
-    askForPagePermission(*this, permission);
+    askForPagePermission(*this, *permission, std::move(answer));
 }
 
 void BrowserWindowView::showSharePicker(const QUrl &address)

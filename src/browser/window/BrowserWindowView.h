@@ -32,7 +32,8 @@ public:
     void activate() override;
     void askForDestination(const QString &suggestedFileName, const QString &site,
                            std::function<void(const QString &path)> answer) override;
-    void askForPermission(const std::shared_ptr<PagePermission> &permission) override;
+    void askForPermission(const std::shared_ptr<PagePermission> &permission,
+                          std::function<void(bool isGranted)> answer) override;
     void showSharePicker(const QUrl &address) override;
 
 protected:

@@ -12,7 +12,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
-#include <QUrlQuery>
 
 using namespace Qt::StringLiterals;
 
@@ -70,26 +69,23 @@ void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QSt
     dialog->open();
 }
 
-void askForPagePermission(QWidget &window, const std::shared_ptr<PagePermission> &permission)
+void askForPagePermission(QWidget &window, const PagePermission &permission,
+                          std::function<void(bool isGranted)> answer)
 {
     auto *box = new QMessageBox(&window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
     box->setIcon(QMessageBox::Question);
     box->setTextFormat(Qt::PlainText);
-    box->setWindowTitle(siteName(permission->site()));
-    box->setText(siteName(permission->site()) + u" would like to "_s + wish(permission->kind()) + u'.');
+    box->setWindowTitle(siteName(permission.site()));
+    box->setText(siteName(permission.site()) + u" would like to "_s + wish(permission.kind()) + u'.');
     auto *allow = box->addButton(u"Allow"_s, QMessageBox::AcceptRole);
     auto *refuse = box->addButton(u"Don't Allow"_s, QMessageBox::RejectRole);
     box->setDefaultButton(refuse);
     box->setEscapeButton(refuse);
-    QObject::connect(box, &QMessageBox::finished, box, [box, allow, permission] {
-        if (box->clickedButton() == allow)
-            permission->grant();
-        else
-            permission->refuse();
-    });
-    QObject::connect(permission.get(), &PagePermission::withdrawn, box, &QMessageBox::deleteLater);
+    QObject::connect(box, &QMessageBox::finished, box,
+                     [box, allow, answer = std::move(answer)] { answer(box->clickedButton() == allow); });
+    QObject::connect(&permission, &PagePermission::withdrawn, box, &QMessageBox::deleteLater);
     box->open();
 }
 
@@ -102,14 +98,13 @@ void showShareMenu(QWidget &window, const QUrl &address, UrlOpener &urls, Announ
         QGuiApplication::clipboard()->setText(address.toString(QUrl::FullyEncoded));
         announcer.announce(u"Link copied."_s);
     });
-    menu->addAction(u"Open in Default Browser"_s, &window, [address, &urls] { urls.open(address); });
-    menu->addAction(u"Send by Email"_s, &window, [address, &urls] {
-        QUrlQuery query;
-        query.addQueryItem(
-            u"body"_s, QString::fromLatin1(QUrl::toPercentEncoding(address.toString(QUrl::FullyEncoded))));
-        QUrl mail(u"mailto:"_s);
-        mail.setQuery(query);
-        urls.open(mail);
+    menu->addAction(u"Open in Default Browser"_s, &window, [address, &urls, &announcer] {
+        if (!urls.open(address))
+            announcer.announce(u"The default browser could not be opened."_s);
+    });
+    menu->addAction(u"Send by Email"_s, &window, [address, &urls, &announcer] {
+        if (!urls.beginMail(address.toString(QUrl::FullyEncoded)))
+            announcer.announce(u"No mail program could be opened."_s);
     });
     menu->popup(window.mapToGlobal(window.rect().topRight() - QPoint(menu->sizeHint().width(), 0)));
     menu->setActiveAction(copy);

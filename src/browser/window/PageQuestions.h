@@ -5,7 +5,6 @@
 #include <QString>
 #include <QUrl>
 #include <functional>
-#include <memory>
 
 class QWidget;
 
@@ -21,8 +20,10 @@ class UrlOpener;
 void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QString &site,
                     std::function<void(const QString &path)> answer);
 
-/// Whether a page may have what it asks for. No is what a dismissed question means.
-void askForPagePermission(QWidget &window, const std::shared_ptr<PagePermission> &permission);
+/// Whether a page may have what it asks for. No is what a dismissed question means. `answer` is called once,
+/// unless the wish is withdrawn before.
+void askForPagePermission(QWidget &window, const PagePermission &permission,
+                          std::function<void(bool isGranted)> answer);
 
 /// Ways to hand on an address: to the clipboard, another browser, or by mail.
 void showShareMenu(QWidget &window, const QUrl &address, UrlOpener &urls, Announcer &announcer);

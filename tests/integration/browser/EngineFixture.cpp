@@ -16,8 +16,12 @@ class Engine final : public QObject {
 public:
     explicit Engine(QObject *application) : QObject(application)
     {
-        auto started = loadBrowserEngine(InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
-                                         {.folder = home.path("Browser")});
+        auto started = loadBrowserEngine(
+            InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
+            {.folder = home.path("Browser"),
+             .showNotification = [this](const QString &site, const QString &title, const QString &message) {
+                 notifications.append({site, title, message});
+             }});
         if (started)
             factory = std::move(*started);
         else
@@ -25,6 +29,7 @@ public:
     }
 
     TemporaryHome home;
+    QList<QStringList> notifications;
     std::unique_ptr<WebPageFactory> factory;
 };
 
@@ -49,6 +54,11 @@ WebPageFactory &EngineFixture::engine()
 QString EngineFixture::folder()
 {
     return theEngine().home.path("Browser");
+}
+
+QList<QStringList> &EngineFixture::notifications()
+{
+    return theEngine().notifications;
 }
 
 EngineFixture::EngineFixture()

@@ -25,6 +25,8 @@ protected:
     static WebPageFactory &engine();
     /// The folder of its profile.
     static QString folder();
+    /// What pages have let be shown, the newest last: site, title and message.
+    static QList<QStringList> &notifications();
 
     BrowserTab &tab() { return *manager->activeTab(); }
     WebPage &page() { return tab().webView(); }

@@ -1,5 +1,6 @@
 #include "BrowserWindowFixture.h"
 
+#include "browser/window/AgentPanel.h"
 #include "browser/window/BrowserTabBar.h"
 #include "browser/window/BrowserTabButton.h"
 #include "browser/window/DownloadRow.h"
@@ -11,11 +12,15 @@
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
 
+#include <QDir>
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProgressBar>
+#include <QStandardPaths>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -132,6 +137,45 @@ TEST_F(BrowserWindowViewTest, F6GoesThroughTheRegionsAndBack)
     EXPECT_TRUE(part<URLField>()->hasFocus());
 }
 
+TEST_F(BrowserWindowViewTest, ThePageOfAnotherTabTakesTheKeyboardOver)
+{
+    part<PageArea>()->focusPage();
+    press(Qt::Key_T, Qt::ControlModifier);
+    EXPECT_TRUE(browser->page().view()->hasFocus());
+    part<URLField>()->setFocus();
+    manager.switchTab(manager.tabs().front()->id());
+    EXPECT_TRUE(part<URLField>()->hasFocus());
+}
+
+TEST_F(BrowserWindowViewTest, ItStandsInTheMiddleOfTheScreen)
+{
+    const QRect room = window->screen()->availableGeometry();
+    const QPoint middle = QRect(window->pos(), window->size()).center();
+    EXPECT_LE((middle - room.center()).manhattanLength(), 60) << "but for the frame";
+}
+
+TEST_F(BrowserWindowViewTest, FilesAreOfferedTheFolderOfDownloads)
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    QDir().mkpath(folder);
+    offerFile();
+    EXPECT_EQ(part<QFileDialog>()->directory().path(), QDir(folder).path());
+}
+
+TEST_F(BrowserWindowViewTest, FilesAreTakenOnThePanel)
+{
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(u"/files/a.txt"_s)});
+    const auto *panel = part<AgentPanel>();
+    const QPoint at = panel->mapTo(window, QPoint(panel->width() / 2, 5));
+    QDragEnterEvent enter(at, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window->windowHandle(), &enter);
+    QDropEvent drop(at, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window->windowHandle(), &drop);
+    settle();
+    EXPECT_EQ(attachments.processed, QStringList{u"a.txt"_s});
+}
+
 TEST_F(BrowserWindowViewTest, TheSavePanelNamesTheSiteAndTheFile)
 {
     const auto file = offerFile();
@@ -183,7 +227,7 @@ TEST_F(BrowserWindowViewTest, ARunningDownloadCanBeCancelled)
 TEST_F(BrowserWindowViewTest, APagesWishNamesItsSiteAndIsRefusedByReturn)
 {
     const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::location, u"maps.test"_s);
-    manager.window()->askForPermission(wish);
+    Q_EMIT browser->page().permissionRequested(wish);
     ASSERT_NE(question(), nullptr);
     EXPECT_EQ(question()->text(), u"maps.test would like to know where you are."_s);
     QTest::keyClick(question(), Qt::Key_Return);
@@ -194,7 +238,7 @@ TEST_F(BrowserWindowViewTest, APagesWishNamesItsSiteAndIsRefusedByReturn)
 TEST_F(BrowserWindowViewTest, APagesWishIsGrantedByItsButtonOnly)
 {
     const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::camera, u"<b>\u202E"_s);
-    manager.window()->askForPermission(wish);
+    Q_EMIT browser->page().permissionRequested(wish);
     EXPECT_EQ(question()->text(), u"<b>\\u202E would like to use your camera."_s);
     for (QAbstractButton *choice : question()->buttons())
         if (choice->text() == "Allow"_L1)
@@ -203,10 +247,29 @@ TEST_F(BrowserWindowViewTest, APagesWishIsGrantedByItsButtonOnly)
     EXPECT_EQ(wish->answers, QStringList{u"granted"_s});
 }
 
+TEST_F(BrowserWindowViewTest, EveryWishIsToldInWords)
+{
+    const QList<std::pair<PagePermission::Kind, QString>> wishes{
+        {PagePermission::Kind::location, u"know where you are"_s},
+        {PagePermission::Kind::microphone, u"use your microphone"_s},
+        {PagePermission::Kind::camera, u"use your camera"_s},
+        {PagePermission::Kind::microphoneAndCamera, u"use your microphone and your camera"_s},
+        {PagePermission::Kind::notifications, u"show notifications"_s},
+        {PagePermission::Kind::screen, u"see your screen"_s}};
+    for (const auto &[kind, words] : wishes) {
+        const auto wish = std::make_shared<FakePagePermission>(kind, QString());
+        Q_EMIT browser->page().permissionRequested(wish);
+        ASSERT_NE(question(), nullptr);
+        EXPECT_EQ(question()->text(), u"This page would like to "_s + words + u'.');
+        Q_EMIT wish->withdrawn();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
 TEST_F(BrowserWindowViewTest, AWishThatIsWithdrawnIsNotAskedAnyMore)
 {
     const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::screen, u"maps.test"_s);
-    manager.window()->askForPermission(wish);
+    Q_EMIT browser->page().permissionRequested(wish);
     Q_EMIT wish->withdrawn();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(question(), nullptr);
@@ -217,8 +280,9 @@ TEST_F(BrowserWindowViewTest, ClosingTheWindowTakesItsQuestionsAlong)
 {
     const auto file = offerFile();
     const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::screen, u"maps.test"_s);
-    manager.window()->askForPermission(wish);
+    Q_EMIT browser->page().permissionRequested(wish);
     close();
+    EXPECT_EQ(wish->answers, QStringList{u"refused"_s});
     EXPECT_EQ(file->log, QStringList{u"cancel"_s});
     EXPECT_EQ(announcer.spoken.count(u"Download cancelled."_s), 1);
 }

@@ -99,6 +99,28 @@ TEST_F(DownloadsTest, OneIsAskedAboutAtATimeAndTooManyAreRefused)
     EXPECT_EQ(downloads.running().size(), 1);
 }
 
+TEST_F(DownloadsTest, ASiteThatGoesOnOfferingIsRefusedUntilAnAddressIsGiven)
+{
+    for (int i = 0; i < 2; ++i) {
+        offer();
+        choose("");
+    }
+    offer();
+    const auto waiting = offer("waiting");
+    choose("");
+    EXPECT_EQ(waiting->answer, "cancelled");
+    EXPECT_EQ(offer()->answer, "cancelled");
+    EXPECT_EQ(window.destinations.size(), 3);
+    scheduler.spawn(manager.operations().browserOpen("a.test"));
+    settle();
+    offer();
+    EXPECT_EQ(window.destinations.size(), 4);
+    choose("/x");
+    offer();
+    choose("");
+    EXPECT_EQ(offer()->answer, "") << "an agreement lets a site go on";
+}
+
 TEST_F(DownloadsTest, WithTheWindowItsQuestionGoesAndTheRunningGoOn)
 {
     const auto running = offer("running");

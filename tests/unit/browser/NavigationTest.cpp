@@ -113,6 +113,14 @@ TEST_F(NavigationTest, TheIconOfASiteIsFetchedOnceAndGoesWithTheSite)
     EXPECT_EQ(iconsAsked, QStringList({"a.test", "b.test", "b.test"}));
 }
 
+TEST_F(NavigationTest, TheIconOfAHostInAnotherScriptIsKeptUnderTheNameThatIsSent)
+{
+    icons["xn--bcher-kva.de"] = QImage(16, 16, QImage::Format_RGB32);
+    visit(0, "https://b\u00FCcher.de/");
+    EXPECT_EQ(iconsAsked, QStringList("xn--bcher-kva.de"));
+    EXPECT_FALSE(tab().favicon().isNull());
+}
+
 TEST_F(NavigationTest, AnIconThatComesTooLateReachesNobody)
 {
     QImage icon(2, 2, QImage::Format_RGB32);

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+namespace morvane {
+
+/// How often in a row the user has refused what a site asked for. A site that goes on asking would hold the
+/// window for ever, question upon question.
+class RefusedSites {
+public:
+    static constexpr int mostRefusals = 3;
+
+    /// Whether the site is to be refused without a question.
+    bool goesOnAsking(const QString &site) const { return m_refusals.value(site) >= mostRefusals; }
+    void refused(const QString &site) { ++m_refusals[site]; }
+    void agreed(const QString &site) { m_refusals.remove(site); }
+    /// All of them may ask again.
+    void forget() { m_refusals.clear(); }
+
+private:
+    QHash<QString, int> m_refusals;
+};
+
+} // namespace morvane
