@@ -5,7 +5,9 @@
 #include "app/Status.h"
 #include "browser/window/ToolButton.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/EnabledOnceLeft.h"
 #include "ui/controls/FlowLayout.h"
+#include "ui/controls/HoverText.h"
 #include "ui/controls/LabelText.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/conversation/SentPictures.h"
@@ -144,6 +146,7 @@ QWidget *AgentPanel::makeDetails()
         auto *view = new PictureView(picture, m_services.scheduler, m_services.attachments, window());
         view->open();
     });
+    details->setFocusProxy(messages);
     auto *column = new QVBoxLayout(details);
     column->setContentsMargins(12, 4, 12, 4);
     column->addWidget(messages);
@@ -161,12 +164,14 @@ void AgentPanel::setExpanded(bool expanded)
     if (!m_details) {
         m_details = makeDetails();
         static_cast<QVBoxLayout *>(layout())->insertWidget(1, m_details);
+        setTabOrder(m_chevron, m_details->focusProxy()); // as they are seen
     }
     m_details->setVisible(expanded);
     const QString name = expanded ? u"Collapse the agent panel"_s : u"Expand the agent panel"_s;
     m_chevron->setIcon(symbolIcon(expanded ? Symbol::chevronDown : Symbol::chevronUp));
     m_chevron->setAccessibleName(name);
     m_chevron->setText(name);
+    setHoverText(m_chevron, name);
 }
 
 void AgentPanel::takeFocus()
@@ -195,7 +200,7 @@ void AgentPanel::updateActivity()
 void AgentPanel::updateShortcuts()
 {
     for (QPushButton *prompt : m_prompts)
-        prompt->setEnabled(!m_services.conversation.canCancel() || prompt->hasFocus());
+        setEnabledOnceLeft(prompt, !m_services.conversation.canCancel());
 }
 
 void AgentPanel::paintEvent(QPaintEvent *)

@@ -7,9 +7,11 @@
 #include "browser/window/ToolButton.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/HoverText.h"
+#include "ui/controls/MenuKey.h"
 
 #include <QHBoxLayout>
 #include <QMenu>
+#include <QScrollBar>
 #include <QToolButton>
 #include <algorithm>
 
@@ -34,14 +36,30 @@ BookmarksBar::BookmarksBar(BrowsingRecords &records, BrowserMenuActions &actions
     row->addWidget(m_strip);
     m_strip->row()->addStretch(1);
     connect(&records, &BrowsingRecords::bookmarksChanged, this, &BookmarksBar::update);
+    const QScrollBar *bar = m_strip->horizontalScrollBar();
+    connect(bar, &QScrollBar::valueChanged, this, [this, bar](int value) {
+        if (value > 0 && value >= bar->maximum() - bar->pageStep())
+            makeMore();
+    });
+    update();
+}
+
+void BookmarksBar::makeMore()
+{
+    if (m_shown.size() == m_records.bookmarks().size())
+        return;
+    m_mostShown = m_shown.size() + batch;
     update();
 }
 
 void BookmarksBar::update()
 {
     const QList<BrowserBookmark> &bookmarks = m_records.bookmarks();
+    QSet<QUuid> known;
+    for (const BrowserBookmark &bookmark : bookmarks)
+        known.insert(bookmark.id);
     for (qsizetype index = m_shown.size() - 1; index >= 0; --index) {
-        if (bookmarks.contains(m_shown.at(index)))
+        if (known.contains(m_shown.at(index).id))
             continue;
         const bool hadFocus = m_buttons.at(index)->hasFocus();
         m_shown.removeAt(index);
@@ -50,7 +68,8 @@ void BookmarksBar::update()
             m_buttons.at(std::min(index, m_buttons.size() - 1))->setFocus(Qt::OtherFocusReason);
     }
     // New ones are only ever added behind those that are there.
-    for (qsizetype index = m_shown.size(); index < bookmarks.size(); ++index) {
+    const qsizetype count = std::min(bookmarks.size(), m_mostShown);
+    for (qsizetype index = m_shown.size(); index < count; ++index) {
         m_shown.append(bookmarks.at(index));
         m_buttons.append(makeButton(bookmarks.at(index)));
         m_strip->row()->insertWidget(static_cast<int>(index), m_buttons.last());
@@ -61,7 +80,7 @@ void BookmarksBar::update()
 
 QToolButton *BookmarksBar::makeButton(const BrowserBookmark &bookmark)
 {
-    const QString title = pageText(bookmark.title);
+    const QString title = pageName(bookmark.title, bookmark.url);
     QToolButton *button = toolButton(Symbol::globe, u"Open bookmark "_s + title);
     QString shown = button->fontMetrics().elidedText(title, Qt::ElideRight,
                                                      button->fontMetrics().averageCharWidth() * widestButton);
@@ -71,18 +90,28 @@ QToolButton *BookmarksBar::makeButton(const BrowserBookmark &bookmark)
     setHoverText(button,
                  u"<qt>%1<br>%2</qt>"_s.arg(title.toHtmlEscaped(), pageText(bookmark.url).toHtmlEscaped()));
     button->setContextMenuPolicy(Qt::CustomContextMenu);
+    button->installEventFilter(this);
     connect(button, &QToolButton::clicked, this, [this, url = bookmark.url] { m_actions.open(url); });
     connect(button, &QToolButton::customContextMenuRequested, this,
             [this, bookmark, button] { openMenu(bookmark, *button); });
     return button;
 }
 
+bool BookmarksBar::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress || !isMenuKey(*static_cast<QKeyEvent *>(event)))
+        return QWidget::eventFilter(watched, event);
+    Q_EMIT static_cast<QWidget *>(watched)->customContextMenuRequested({});
+    return true;
+}
+
 void BookmarksBar::openMenu(const BrowserBookmark &bookmark, const QToolButton &button)
 {
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    QAction *remove = menu->addAction(u"Remove bookmark "_s + pageCaption(bookmark.title), this,
-                                      [this, id = bookmark.id] { m_records.removeBookmark(id); });
+    QAction *remove =
+        menu->addAction(u"Remove bookmark "_s + pageName(bookmark.title, bookmark.url).replace(u'&', u"&&"_s),
+                        this, [this, id = bookmark.id] { m_records.removeBookmark(id); });
     remove->setToolTip(u"Remove this bookmark"_s);
     remove->setStatusTip(remove->toolTip());
     menu->popup(button.mapToGlobal(button.rect().bottomLeft()));

@@ -56,14 +56,25 @@ BrowserFindBar::BrowserFindBar(BrowserManager &manager, Scheduler &scheduler, An
     connect(previous, &QToolButton::clicked, this, [this] { step(PageFinder::Direction::backwards); });
     connect(next, &QToolButton::clicked, this, [this] { step(PageFinder::Direction::forwards); });
     connect(closing, &QToolButton::clicked, this, &BrowserFindBar::close);
-    connect(&manager, &BrowserManager::activeTabChanged, this, &BrowserFindBar::count);
+    connect(&manager, &BrowserManager::activeTabChanged, this, &BrowserFindBar::followPage);
     hide();
+    followPage();
 }
 
 QPointer<WebPage> BrowserFindBar::page() const
 {
     const BrowserTab *tab = m_manager.activeTab();
     return tab ? &tab->webView() : nullptr;
+}
+
+void BrowserFindBar::followPage()
+{
+    if (m_followed)
+        m_followed->disconnect(this);
+    m_followed = page();
+    if (m_followed)
+        connect(m_followed, &WebPage::finished, this, &BrowserFindBar::count);
+    count();
 }
 
 void BrowserFindBar::toggle()

@@ -31,6 +31,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void followPage();
     void open();
     void close();
     void count();
@@ -39,6 +40,7 @@ private:
 
     BrowserManager &m_manager;
     Announcer &m_announcer;
+    QPointer<WebPage> m_followed; ///< Is counted anew when another document has come.
     PageFinder *m_finder;
     QLineEdit *m_query;
     QLabel *m_count;

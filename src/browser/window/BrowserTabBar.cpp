@@ -4,6 +4,7 @@
 #include "browser/window/BrowserTabButton.h"
 #include "browser/window/ScrollStrip.h"
 #include "browser/window/ToolButton.h"
+#include "platform/Announcer.h"
 #include "ui/controls/AccessibleRole.h"
 
 #include <QHBoxLayout>
@@ -14,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
-BrowserTabBar::BrowserTabBar(BrowserManager &manager, QWidget *parent)
-    : QWidget(parent), m_manager(manager), m_strip(new ScrollStrip),
+BrowserTabBar::BrowserTabBar(BrowserManager &manager, Announcer &announcer, QWidget *parent)
+    : QWidget(parent), m_manager(manager), m_announcer(announcer), m_strip(new ScrollStrip),
       m_new(toolButton(Symbol::plus, u"New browser tab"_s, u"Open a new tab"_s))
 {
     setAccessibleRole(m_strip->widget(), QAccessible::PageTabList);
@@ -52,6 +53,8 @@ void BrowserTabBar::insert(qsizetype index)
     connect(button, &BrowserTabButton::dragged, this, [this, button](int x) { drag(button, x); });
     connect(button, &BrowserTabButton::focusMoveRequested, this,
             [this, button](int step) { moveFocus(button, step); });
+    connect(button, &BrowserTabButton::placeMoveRequested, this,
+            [this, button](int step) { movePlace(button, step); });
     m_buttons.insert(index, button);
     m_strip->row()->insertWidget(static_cast<int>(index), button, 100);
     followActiveTab();
@@ -70,6 +73,11 @@ void BrowserTabBar::move(qsizetype from, qsizetype to)
 {
     m_buttons.move(from, to);
     QWidget *button = m_buttons.at(to);
+    // Assistive technology finds them in the order in which they lie upon each other.
+    if (to + 1 < m_buttons.size())
+        button->stackUnder(m_buttons.at(to + 1));
+    else
+        button->raise();
     m_strip->row()->removeWidget(button);
     m_strip->row()->insertWidget(static_cast<int>(to), button, 100);
 }
@@ -121,6 +129,18 @@ void BrowserTabBar::drag(BrowserTabButton *button, int x)
         return;
     m_manager.moveTab(from, to);
     m_strip->row()->activate();
+}
+
+void BrowserTabBar::movePlace(BrowserTabButton *button, int step)
+{
+    const qsizetype from = m_buttons.indexOf(button);
+    const qsizetype to = std::clamp<qsizetype>(from + step, 0, m_buttons.size() - 1);
+    if (to == from)
+        return;
+    m_manager.moveTab(from, to);
+    m_strip->bringIntoSight(button);
+    m_announcer.announce(u"Moved tab %1 to place %2 of %3"_s.arg(button->text(), QString::number(to + 1),
+                                                                 QString::number(m_buttons.size())));
 }
 
 void BrowserTabBar::moveFocus(const BrowserTabButton *button, int step)

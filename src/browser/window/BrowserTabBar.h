@@ -7,6 +7,7 @@ class QToolButton;
 
 namespace morvane {
 
+class Announcer;
 class BrowserManager;
 class BrowserTab;
 class BrowserTabButton;
@@ -17,8 +18,8 @@ class ScrollStrip;
 class BrowserTabBar : public QWidget {
     Q_OBJECT
 public:
-    /// `manager` outlives the bar.
-    explicit BrowserTabBar(BrowserManager &manager, QWidget *parent = nullptr);
+    /// Both outlive the bar.
+    BrowserTabBar(BrowserManager &manager, Announcer &announcer, QWidget *parent = nullptr);
 
     /// The keyboard goes to the active tab.
     void takeFocus();
@@ -31,9 +32,11 @@ private:
     void stopTabKeyAt(const BrowserTabButton *wanted);
     void drag(BrowserTabButton *button, int x);
     void moveFocus(const BrowserTabButton *button, int step);
+    void movePlace(BrowserTabButton *button, int step);
     BrowserTabButton *activeButton() const;
 
     BrowserManager &m_manager;
+    Announcer &m_announcer;
     ScrollStrip *m_strip;
     QToolButton *m_new;
     QList<BrowserTabButton *> m_buttons;

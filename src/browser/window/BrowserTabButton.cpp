@@ -177,6 +177,14 @@ void BrowserTabButton::mouseReleaseEvent(QMouseEvent *event)
         Q_EMIT closeRequested();
 }
 
+void BrowserTabButton::moveBy(int step, Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers == (Qt::ControlModifier | Qt::ShiftModifier))
+        Q_EMIT placeMoveRequested(step);
+    else
+        Q_EMIT focusMoveRequested(step);
+}
+
 void BrowserTabButton::keyPressEvent(QKeyEvent *event)
 {
     switch (event->key()) {
@@ -187,9 +195,9 @@ void BrowserTabButton::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Delete:
         return closeRequested();
     case Qt::Key_Left:
-        return focusMoveRequested(layoutDirection() == Qt::RightToLeft ? 1 : -1);
+        return moveBy(layoutDirection() == Qt::RightToLeft ? 1 : -1, event->modifiers());
     case Qt::Key_Right:
-        return focusMoveRequested(layoutDirection() == Qt::RightToLeft ? -1 : 1);
+        return moveBy(layoutDirection() == Qt::RightToLeft ? -1 : 1, event->modifiers());
     case Qt::Key_Home:
         return focusMoveRequested(std::numeric_limits<short>::min());
     case Qt::Key_End:

@@ -32,6 +32,8 @@ Q_SIGNALS:
     void dragged(int x);
     /// A key wants the focus on another tab: so many further on, or beyond all of them.
     void focusMoveRequested(int step);
+    /// A key wants the tab in another place: one further on, or back.
+    void placeMoveRequested(int step);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -48,6 +50,7 @@ private:
 
     void update();
     void placeClose();
+    void moveBy(int step, Qt::KeyboardModifiers modifiers);
     int iconSide() const;
     int padding() const;
 

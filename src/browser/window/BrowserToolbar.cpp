@@ -5,6 +5,7 @@
 #include "browser/window/ToolButton.h"
 #include "browser/window/URLField.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/EnabledOnceLeft.h"
 
 #include <QHBoxLayout>
 #include <QToolButton>
@@ -50,10 +51,9 @@ BrowserToolbar::BrowserToolbar(BrowserManager &manager, BrowserMenuActions &acti
 
 void BrowserToolbar::update()
 {
-    // A button that has the focus keeps it, or the keyboard would be lost with the last page.
-    m_back->setEnabled(m_manager.canGoBack() || m_back->hasFocus());
-    m_forward->setEnabled(m_manager.canGoForward() || m_forward->hasFocus());
-    m_bookmark->setEnabled(!m_manager.currentURLString().isEmpty() || m_bookmark->hasFocus());
+    setEnabledOnceLeft(m_back, m_manager.canGoBack());
+    setEnabledOnceLeft(m_forward, m_manager.canGoForward());
+    setEnabledOnceLeft(m_bookmark, !m_manager.currentURLString().isEmpty());
     m_address->showAddress(m_manager.currentURLString());
 }
 

@@ -56,7 +56,7 @@ void BrowserWindowView::makeContent()
     auto *column = new QVBoxLayout(content);
     column->setContentsMargins({});
     column->setSpacing(0);
-    m_tabs = new BrowserTabBar(m_manager);
+    m_tabs = new BrowserTabBar(m_manager, m_services.announcer);
     m_toolbar = new BrowserToolbar(m_manager, *m_actions);
     m_bookmarks = new BookmarksBar(m_services.records, *m_actions);
     m_find = new BrowserFindBar(m_manager, m_services.scheduler, m_services.announcer);

@@ -86,13 +86,13 @@ QVariant HistoryListModel::data(const QModelIndex &index, int role) const
         return role == Qt::DisplayRole || role == Qt::AccessibleTextRole ? row.heading : QVariant();
     switch (role) {
     case Qt::DisplayRole:
-        return pageText(row.entry.title);
+        return pageName(row.entry.title, row.entry.host);
     case detailRole:
         return QString(pageText(row.entry.host) + u" · "_s + shortTime(row.entry));
     case Qt::DecorationRole:
         return m_icons(row.entry.host);
     case Qt::AccessibleTextRole:
-        return QString(pageText(row.entry.title) + u", visited "_s + shortTime(row.entry));
+        return QString(pageName(row.entry.title, row.entry.host) + u", visited "_s + shortTime(row.entry));
     case Qt::AccessibleDescriptionRole:
         return u"Open this page"_s;
     default:

@@ -38,8 +38,9 @@ void HistoryMenuDelegate::menuWillOpen()
         return;
     m_menu.addSeparator();
     for (const BrowserHistoryEntry &entry : newest) {
-        QString title = m_menu.fontMetrics().elidedText(
-            pageText(entry.title), Qt::ElideRight, m_menu.fontMetrics().averageCharWidth() * widestTitle);
+        QString title =
+            m_menu.fontMetrics().elidedText(pageName(entry.title, entry.host), Qt::ElideRight,
+                                            m_menu.fontMetrics().averageCharWidth() * widestTitle);
         m_menu.addAction(title.replace(u'&', u"&&"_s), this,
                          [this, url = entry.url] { m_actions.open(url); });
     }

@@ -5,6 +5,7 @@
 #include "browser/window/HistoryListModel.h"
 #include "browser/window/HistoryRowDelegate.h"
 #include "ui/controls/HeadingLabel.h"
+#include "ui/controls/MenuKey.h"
 
 #include <QClipboard>
 #include <QDate>
@@ -136,14 +137,15 @@ bool HistorySheet::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() != QEvent::KeyPress)
         return QDialog::eventFilter(watched, event);
-    const int key = static_cast<QKeyEvent *>(event)->key();
+    const auto *pressed = static_cast<QKeyEvent *>(event);
+    const int key = pressed->key();
     const bool isReturn = key == Qt::Key_Return || key == Qt::Key_Enter;
     if (watched == m_query && key == Qt::Key_Down && m_rows->rowCount() > 0) {
         m_list->setFocus(Qt::TabFocusReason);
         m_list->setCurrentIndex(m_rows->index(std::max(0, m_list->currentIndex().row()), 0));
         return true;
     }
-    if (watched != m_list || (!isReturn && key != Qt::Key_Delete && key != Qt::Key_Menu))
+    if (watched != m_list || (!isReturn && key != Qt::Key_Delete && !isMenuKey(*pressed)))
         return QDialog::eventFilter(watched, event);
     const QModelIndex index = m_list->currentIndex();
     if (isReturn)

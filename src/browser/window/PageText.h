@@ -17,7 +17,14 @@ inline QString pageText(const QString &text, qsizetype limit = longestPageText)
     return visibleText(labelText(text, limit).simplified()).text;
 }
 
-/// The same for a menu or a button, in which an ampersand would be taken for a mnemonic.
+/// What a page is called: its title, or `otherwise` where that is empty.
+inline QString pageName(const QString &title, const QString &otherwise)
+{
+    const QString name = pageText(title);
+    return name.isEmpty() ? pageText(otherwise) : name;
+}
+
+/// A text of a page for a menu or a button, in which an ampersand would be taken for a mnemonic.
 inline QString pageCaption(const QString &text, qsizetype limit = longestPageText)
 {
     return pageText(text, limit).replace(u'&', QStringLiteral("&&"));

@@ -48,7 +48,8 @@ bool URLField::event(QEvent *event)
 void URLField::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        const QString entry = text();
+        // The field takes no more than so many characters of an address.
+        const QString entry = isModified() ? text() : m_address;
         setModified(false); // what is written is on its way; the page's address comes next
         Q_EMIT entered(entry);
     } else if (event->key() == Qt::Key_Escape) {

@@ -1,5 +1,6 @@
 #include "ui/find/FindBar.h"
 
+#include "ui/controls/EnabledOnceLeft.h"
 #include "ui/controls/HoverText.h"
 #include "ui/find/FindSession.h"
 #include "ui/theme/Icons.h"
@@ -83,9 +84,8 @@ void FindBar::update()
     const bool canStep = m_session.count().value_or(0) > 0;
     m_summary->setText(m_session.summary());
     m_summary->setVisible(!m_session.summary().isEmpty());
-    // A button that has the focus keeps it while the words are looked for again.
-    m_previous->setEnabled(canStep || m_previous->hasFocus());
-    m_next->setEnabled(canStep || m_next->hasFocus());
+    setEnabledOnceLeft(m_previous, canStep);
+    setEnabledOnceLeft(m_next, canStep);
 }
 
 bool FindBar::eventFilter(QObject *watched, QEvent *event)

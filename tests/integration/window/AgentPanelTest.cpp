@@ -1,6 +1,7 @@
 #include "BrowserWindowFixture.h"
 
 #include "browser/window/AgentPanel.h"
+#include "ui/controls/HoverText.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/window/AttachmentChips.h"
 #include "ui/window/ComposerEdit.h"
@@ -95,6 +96,7 @@ TEST_F(AgentPanelTest, WhileTheAgentIsBusyItCanBeStopped)
     EXPECT_EQ(button(u"Send the message to Morvane"_s), nullptr);
     EXPECT_FALSE(shortcut(u"Summarize this page"_s)->isEnabled());
     click(u"Stop the agent"_s);
+    EXPECT_EQ(browserWindow.stops, 1);
     finishRun();
     EXPECT_FALSE(model->isBusy());
     EXPECT_TRUE(shortcut(u"Summarize this page"_s)->isEnabled());
@@ -125,6 +127,38 @@ TEST_F(AgentPanelTest, ExpandedItShowsTheConversationAndTheActivity)
     click(u"Collapse the agent panel"_s);
     EXPECT_FALSE(messages->isVisible());
     EXPECT_FALSE(panel->isExpanded());
+}
+
+TEST_F(AgentPanelTest, AShortcutThatIsPressedKeepsTheKeyboardAndIsOffOnceThatHasGoneOn)
+{
+    neverAnswer();
+    shortcut(u"Summarize this page"_s)->setFocus();
+    press(Qt::Key_Space);
+    EXPECT_TRUE(shortcut(u"Summarize this page"_s)->hasFocus());
+    press(Qt::Key_Space);
+    EXPECT_EQ(model->messages().size(), 2);
+    press(Qt::Key_Tab);
+    EXPECT_FALSE(shortcut(u"Summarize this page"_s)->isEnabled());
+    EXPECT_TRUE(shortcut(u"Open conversation"_s)->hasFocus());
+}
+
+TEST_F(AgentPanelTest, TheKeyboardGoesThroughItAsItIsSeen)
+{
+    click(u"Expand the agent panel"_s);
+    QAbstractButton *chevron = button(u"Collapse the agent panel"_s);
+    ASSERT_NE(chevron, nullptr);
+    EXPECT_EQ(hoverText(chevron), u"Collapse the agent panel"_s);
+    chevron->setFocus();
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(panel->findChild<ChatScrollView *>()->hasFocus());
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(shortcut(u"Summarize this page"_s)->hasFocus());
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(button(u"Attach file"_s)->hasFocus());
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(field->hasFocus());
 }
 
 TEST_F(AgentPanelTest, InANarrowWindowTheFieldHasRoomForWhatItSaysOfItself)

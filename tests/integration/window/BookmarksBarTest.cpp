@@ -1,6 +1,7 @@
 #include "BrowserWindowFixture.h"
 
 #include "browser/window/BookmarksBar.h"
+#include "ui/controls/HoverText.h"
 
 #include <QToolButton>
 
@@ -80,6 +81,20 @@ TEST_F(BookmarksBarTest, TheMenuRemovesIt)
     BrowserWindowFixture::openMenu()->close();
 }
 
+TEST_F(BookmarksBarTest, KeysOpenTheMenu)
+{
+    mark(u"One"_s);
+    for (const auto &[key, modifier] :
+         {std::pair(Qt::Key_F10, Qt::ShiftModifier), std::pair(Qt::Key_Menu, Qt::NoModifier)}) {
+        button(u"Open bookmark One"_s)->setFocus();
+        press(key, modifier);
+        ASSERT_NE(BrowserWindowFixture::openMenu(), nullptr);
+        EXPECT_EQ(BrowserWindowFixture::openMenu()->activeAction()->text(), u"Remove bookmark One"_s);
+        BrowserWindowFixture::openMenu()->close();
+        settle();
+    }
+}
+
 TEST_F(BookmarksBarTest, RemovingLeavesTheKeyboardAtTheNextOne)
 {
     mark(u"One"_s);
@@ -109,6 +124,51 @@ TEST_F(BookmarksBarTest, AnIconThatComesAfterTheBookmarkIsShown)
     browser->icons[u"one.test"_s] = Qt::magenta;
     browser->load(u"https://one.test/"_s, u"One"_s);
     EXPECT_TRUE(waitUntil([&] { return shown() == QColor(Qt::magenta); }));
+}
+
+TEST_F(BookmarksBarTest, ATitleIsNoMarkupUnderThePointer)
+{
+    browser->load(u"https://a.test/?x&y"_s, u"<b>x</b>"_s);
+    settle();
+    click(u"Bookmark this page"_s);
+    EXPECT_EQ(hoverText(button(u"Open bookmark <b>x</b>"_s)),
+              u"<qt>&lt;b&gt;x&lt;/b&gt;<br>https://a.test/?x&amp;y</qt>"_s);
+}
+
+TEST_F(BookmarksBarTest, AnIconThatComesInALaterWindowIsShownToo)
+{
+    mark(u"One"_s);
+    window->close();
+    settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    openWindow();
+    browser->icons[u"one.test"_s] = Qt::magenta;
+    browser->load(u"https://one.test/"_s, u"One"_s);
+    EXPECT_TRUE(waitUntil([this] {
+        return button(u"Open bookmark One"_s)->icon().pixmap(16, 16).toImage().pixelColor(8, 8) ==
+               QColor(Qt::magenta);
+    }));
+}
+
+TEST_F(BookmarksBarTest, OfVeryManyThoseFurtherOnComeWhenTheUserComesNear)
+{
+    for (int i = 0; i < 2'000; ++i)
+        browser->bookmarks.add(u"https://a.test/%1"_s.arg(i), u"Title %1"_s.arg(i));
+    settle();
+    const auto made = [this] { return bar()->findChildren<QToolButton *>().size(); };
+    EXPECT_LE(made(), 100);
+    EXPECT_EQ(bar()->accessibleName(), u"Bookmarks, 2000 items"_s);
+    ASSERT_NE(button(u"Open bookmark Title 0"_s), nullptr);
+    button(u"Open bookmark Title 0"_s)->setFocus();
+    for (int i = 1; i <= 200; ++i) {
+        press(Qt::Key_Tab);
+        ASSERT_EQ(QApplication::focusWidget(), button(u"Open bookmark Title %1"_s.arg(i))) << i;
+    }
+    EXPECT_LE(made(), 300);
+    browser->records.removeBookmark(browser->bookmarks.bookmarks().at(200).id);
+    EXPECT_TRUE(button(u"Open bookmark Title 201"_s)->hasFocus());
+    browser->bookmarks.clear();
+    EXPECT_EQ(made(), 0);
 }
 
 TEST_F(BookmarksBarTest, LongTitlesAndManyBookmarksDoNotWidenTheWindow)

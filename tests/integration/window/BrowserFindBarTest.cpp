@@ -172,6 +172,24 @@ TEST_F(BrowserFindBarTest, AnotherTabIsCountedAnew)
     EXPECT_EQ(count(), u"1 match"_s);
 }
 
+TEST_F(BrowserFindBarTest, AnotherDocumentIsCountedAnew)
+{
+    open();
+    pageHas(3);
+    type(u"x"_s);
+    pageHas(1);
+    browser->load(u"https://b.test/"_s, u"B"_s);
+    settle();
+    EXPECT_EQ(count(), u"1 match"_s);
+    manager.newTab();
+    manager.switchTab(manager.tabs().front()->id());
+    pageHas(2);
+    browser->page().reload();
+    browser->page().finish();
+    settle();
+    EXPECT_EQ(count(), u"2 matches"_s);
+}
+
 TEST_F(BrowserFindBarTest, EscapeClosesItAndStopsNothing)
 {
     neverAnswer();

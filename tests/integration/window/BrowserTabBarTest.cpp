@@ -3,9 +3,11 @@
 #include "browser/window/BrowserTabBar.h"
 #include "browser/window/BrowserTabButton.h"
 #include "browser/window/ScrollStrip.h"
+#include "ui/controls/HoverText.h"
 
 #include <QAccessible>
 #include <QScrollBar>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -160,6 +162,43 @@ TEST_F(BrowserTabBarTest, DraggingPutsATabInAnotherPlace)
     EXPECT_EQ(manager.activeTab()->title(), u"One"_s);
 }
 
+TEST_F(BrowserTabBarTest, KeysPutATabInAnotherPlace)
+{
+    open({u"One"_s, u"Two"_s});
+    browser->load(u"https://two.test/"_s, u"Two %3"_s);
+    open({u"Three"_s});
+    constexpr auto both = Qt::ControlModifier | Qt::ShiftModifier;
+    part<BrowserTabBar>()->takeFocus();
+    press(Qt::Key_Right, both);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    press(Qt::Key_Left);
+    press(Qt::Key_Left, both);
+    EXPECT_EQ(tabs(), (QStringList{u"Two %3"_s, u"One"_s, u"Three"_s}));
+    EXPECT_TRUE(tab(u"Two %3"_s)->hasFocus());
+    EXPECT_EQ(announcer.spoken, QStringList{u"Moved tab Two %3 to place 1 of 3"_s});
+    press(Qt::Key_Right, both);
+    press(Qt::Key_Right, both);
+    EXPECT_EQ(tabs(), (QStringList{u"One"_s, u"Three"_s, u"Two %3"_s}));
+    EXPECT_EQ(manager.activeTab()->title(), u"Three"_s);
+}
+
+TEST_F(BrowserTabBarTest, AScreenReaderFindsTheTabsInTheirOrder)
+{
+    open({u"One"_s, u"Two"_s, u"Three"_s});
+    const auto order = [this] {
+        QStringList names;
+        QAccessibleInterface *bar = accessible(tab(u"One"_s))->parent();
+        for (int i = 0; i < bar->childCount(); ++i)
+            names.append(bar->child(i)->text(QAccessible::Name));
+        return names;
+    };
+    EXPECT_EQ(order(), (QStringList{u"One"_s, u"Two"_s, u"Three"_s}));
+    manager.moveTab(0, 2);
+    EXPECT_EQ(order(), (QStringList{u"Two"_s, u"Three"_s, u"One"_s}));
+    manager.moveTab(1, 0);
+    EXPECT_EQ(order(), (QStringList{u"Three"_s, u"Two"_s, u"One"_s}));
+}
+
 TEST_F(BrowserTabBarTest, ManyTabsScrollToTheActiveOne)
 {
     for (int i = 0; i < 40; ++i)
@@ -172,6 +211,34 @@ TEST_F(BrowserTabBarTest, ManyTabsScrollToTheActiveOne)
     settle();
     EXPECT_EQ(strip->horizontalScrollBar()->value(), 0);
     EXPECT_TRUE(button(u"New browser tab"_s)->isVisible());
+}
+
+TEST_F(BrowserTabBarTest, TheWheelScrollsTheTabsAndTheyStayWhereItLeavesThem)
+{
+    for (int i = 0; i < 40; ++i)
+        manager.newTab();
+    settle();
+    auto *strip = part<BrowserTabBar>()->findChild<ScrollStrip *>();
+    const QScrollBar *bar = strip->horizontalScrollBar();
+    const int most = bar->maximum();
+    QWheelEvent turn({5, 5}, strip->mapToGlobal(QPointF(5, 5)), {}, {0, 120}, Qt::NoButton, {},
+                     Qt::NoScrollPhase, false);
+    QApplication::sendEvent(strip->viewport(), &turn);
+    EXPECT_EQ(bar->value(), most - 120);
+    browser->load(u"https://a.test/"_s, QString(300, u'W'));
+    window->resize(window->width() - 40, window->height());
+    settle();
+    EXPECT_EQ(bar->value(), most - 120);
+}
+
+TEST_F(BrowserTabBarTest, ATitleIsNoMarkupUnderThePointer)
+{
+    open({u"<h1>a</h1>&"_s});
+    BrowserTabButton *one = tab(u"<h1>a</h1>&"_s);
+    ASSERT_NE(one, nullptr);
+    EXPECT_EQ(hoverText(one), u"<qt>&lt;h1&gt;a&lt;/h1&gt;&amp;</qt>"_s);
+    EXPECT_EQ(hoverText(button(u"Close tab <h1>a</h1>&"_s)),
+              u"<qt>Close tab &lt;h1&gt;a&lt;/h1&gt;&amp;</qt>"_s);
 }
 
 TEST_F(BrowserTabBarTest, ATitleOfAPageIsShownAsText)

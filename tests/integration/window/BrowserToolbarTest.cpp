@@ -78,6 +78,11 @@ TEST_F(BrowserToolbarTest, AButtonThatIsSwitchedOffKeepsTheKeyboard)
     browser->page().back = false;
     browser->load(u"https://c.test/"_s, u"C"_s);
     EXPECT_TRUE(button(u"Go back"_s)->hasFocus());
+    press(Qt::Key_Space);
+    EXPECT_FALSE(browser->page().log.contains(u"back"_s));
+    press(Qt::Key_Tab);
+    EXPECT_FALSE(button(u"Go back"_s)->isEnabled());
+    EXPECT_TRUE(button(u"Reload this page"_s)->hasFocus());
 }
 
 TEST_F(BrowserToolbarTest, TheAddressFollowsThePageAndTheTab)
@@ -129,6 +134,49 @@ TEST_F(BrowserToolbarTest, ReturnOpensWhatIsWrittenAndGoesToThePage)
     EXPECT_EQ(field()->text(), u"https://host.test/x"_s);
 }
 
+TEST_F(BrowserToolbarTest, AnAddressThatIsTooLongForTheFieldIsOpenedWhole)
+{
+    const QString address = u"https://a.test/"_s + QString(100'000, u'x');
+    browser->load(address, u"A"_s);
+    press(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_Return);
+    EXPECT_EQ(browser->page().log.last(), u"load "_s + address);
+}
+
+TEST_F(BrowserToolbarTest, AnAddressThatIsLeftUnopenedGivesWayToThePages)
+{
+    browser->load(u"https://a.test/"_s, u"A"_s);
+    press(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(field(), u"b.te"_s);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(field()->text(), u"https://a.test/"_s);
+    EXPECT_TRUE(button(u"Bookmark this page"_s)->hasFocus());
+}
+
+TEST_F(BrowserToolbarTest, AMenuOrAnotherWindowLeavesWhatIsWrittenAndSelected)
+{
+    browser->load(u"https://a.test/"_s, u"A"_s);
+    press(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(field(), u"b.te"_s);
+    for (const auto reason : {Qt::PopupFocusReason, Qt::ActiveWindowFocusReason}) {
+        QFocusEvent left(QEvent::FocusOut, reason);
+        QApplication::sendEvent(field(), &left);
+        QFocusEvent back(QEvent::FocusIn, reason);
+        QApplication::sendEvent(field(), &back);
+        EXPECT_EQ(field()->text(), u"b.te"_s);
+        EXPECT_EQ(field()->selectedText(), QString());
+    }
+}
+
+TEST_F(BrowserToolbarTest, AnAddressIsReadFromItsSiteOn)
+{
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    EXPECT_EQ(field()->layoutDirection(), Qt::LeftToRight);
+    browser->load(u"https://a.test/"_s + QString(5'000, u'x'), u"A"_s);
+    EXPECT_EQ(field()->cursorPosition(), 0);
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 TEST_F(BrowserToolbarTest, EscapeOnAnUnchangedAddressGoesToThePage)
 {
     browser->load(u"https://a.test/"_s, u"A"_s);
@@ -164,8 +212,22 @@ TEST_F(BrowserToolbarTest, SharingOffersWhatCanBeDoneWithTheAddress)
     for (QAction *action : openMenu()->actions())
         action->trigger();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), u"https://a.test/x"_s);
-    EXPECT_EQ(urls.opened,
-              (QList<QUrl>{QUrl(u"https://a.test/x"_s), QUrl(u"mailto:?body=https%3A%2F%2Fa.test%2Fx"_s)}));
+    EXPECT_EQ(urls.opened, QList<QUrl>{QUrl(u"https://a.test/x"_s)});
+    EXPECT_EQ(urls.mails, QStringList{u"https://a.test/x"_s});
+    openMenu()->close();
+}
+
+TEST_F(BrowserToolbarTest, ThatAnAddressCannotBeHandedOnIsSpoken)
+{
+    browser->load(u"https://a.test/x"_s, u"A"_s);
+    urls.works = false;
+    click(u"Share this page"_s);
+    ASSERT_NE(openMenu(), nullptr);
+    announcer.spoken.clear();
+    for (QAction *action : openMenu()->actions().sliced(1))
+        action->trigger();
+    EXPECT_EQ(announcer.spoken, (QStringList{u"The default browser could not be opened."_s,
+                                             u"No mail program could be opened."_s}));
     openMenu()->close();
 }
 

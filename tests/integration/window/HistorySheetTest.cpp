@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QLocale>
+#include <QMessageBox>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -141,6 +142,30 @@ TEST_F(HistorySheetTest, TheMenuCopiesAndDeletes)
     openMenu()->close();
 }
 
+TEST_F(HistorySheetTest, ShiftF10OpensTheMenuToo)
+{
+    open();
+    list()->setFocus();
+    choose(1);
+    QTest::keyClick(list(), Qt::Key_F10, Qt::ShiftModifier);
+    ASSERT_NE(openMenu(), nullptr);
+    EXPECT_EQ(openMenu()->activeAction()->text(), u"Copy Link"_s);
+    openMenu()->close();
+}
+
+TEST_F(HistorySheetTest, APageWithoutATitleIsCalledByItsHost)
+{
+    visit(u"First"_s, QDateTime(QDate::currentDate(), QTime(11, 0)));
+    browser->history.record(u"https://first.test/"_s, {});
+    ASSERT_EQ(browser->history.entries().first().title, QString());
+    press(Qt::Key_Y, Qt::ControlModifier);
+    ASSERT_NE(sheet(), nullptr);
+    EXPECT_EQ(rows().at(1), u"first.test"_s);
+    EXPECT_TRUE(rows(Qt::AccessibleTextRole).at(1).startsWith(u"first.test, visited "_s));
+    Q_EMIT menu(u"History"_s)->aboutToShow();
+    EXPECT_EQ(menu(u"History"_s)->actions().last()->text(), u"first.test"_s);
+}
+
 TEST_F(HistorySheetTest, TheClearMenuHasBothWays)
 {
     open();
@@ -151,6 +176,17 @@ TEST_F(HistorySheetTest, TheClearMenuHasBothWays)
     for (const QAction *action : clear->menu()->actions())
         offers.append(action->text());
     EXPECT_EQ(offers, (QStringList{u"Clear History…"_s, u"Clear Browsing Data…"_s}));
+}
+
+TEST_F(HistorySheetTest, ClearingAsksInFrontOfIt)
+{
+    open();
+    static_cast<QPushButton *>(button(u"Clear browsing options"_s))->menu()->actions().first()->trigger();
+    settle();
+    auto *alert = sheet()->findChild<QMessageBox *>();
+    ASSERT_NE(alert, nullptr);
+    EXPECT_EQ(alert->text(), u"Clear History?"_s);
+    alert->reject();
 }
 
 TEST_F(HistorySheetTest, WhatIsVisitedMeanwhileIsShown)
