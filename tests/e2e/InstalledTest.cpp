@@ -128,6 +128,11 @@ std::unique_ptr<QTemporaryDir> InstalledTest::s_folder;
 
 INSTANTIATE_TEST_SUITE_P(Places, InstalledTest, testing::Values(Place::prefix, Place::bundle), nameOf);
 
+TEST_P(InstalledTest, TheHelpLiesBesideTheProgram)
+{
+    EXPECT_TRUE(QFile::exists(root(GetParam()) + u"/share/morvane/help/index.html"_s));
+}
+
 TEST_P(InstalledTest, AttachedScansAndPicturesAreRead)
 {
     MorvaneSession &morvane = prepareInstalled({ScriptedTurn::saying({"I have read both."})});

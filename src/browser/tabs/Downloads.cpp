@@ -25,7 +25,7 @@ Downloads::Downloads(Announcer &announcer, std::function<BrowserWindow *()> wind
 
 void Downloads::add(const Download &download)
 {
-    if (m_waiting.size() >= mostQuestions || m_refused.goesOnAsking(download->site())) {
+    if (m_waiting.size() >= mostQuestions) {
         download->cancel();
         return;
     }

@@ -145,6 +145,16 @@ TEST_F(BrowserFindBarTest, APageThatDoesNotAnswerInFiveSecondsHasNoMatches)
     EXPECT_EQ(count(), u"0 matches"_s);
 }
 
+TEST_F(BrowserFindBarTest, WordsOfAnyLengthAreCut)
+{
+    open();
+    scripts().clear();
+    field()->setText(QString(1'000'000, u'x'));
+    settle();
+    ASSERT_EQ(scripts().size(), 1);
+    EXPECT_LT(scripts().first().size(), 1'000);
+}
+
 TEST_F(BrowserFindBarTest, AnOldCountDoesNotTakeThePlaceOfANewOne)
 {
     open();

@@ -270,8 +270,11 @@ TEST_F(BrowserMenuTest, MinimizeAndHideTakeTheWindowAway)
     EXPECT_FALSE(manager.window()->isVisible());
     manager.window()->orderFront();
     EXPECT_TRUE(manager.window()->isVisible());
+    QWidget other;
+    other.show();
     choose(u"Morvane"_s, u"Hide Morvane"_s);
     EXPECT_FALSE(manager.window()->isVisible());
+    EXPECT_TRUE(other.isMinimized());
 }
 
 } // namespace

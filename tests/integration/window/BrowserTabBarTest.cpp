@@ -162,6 +162,26 @@ TEST_F(BrowserTabBarTest, DraggingPutsATabInAnotherPlace)
     EXPECT_EQ(manager.activeTab()->title(), u"One"_s);
 }
 
+TEST_F(BrowserTabBarTest, DraggingBeyondTheEndScrolls)
+{
+    for (int i = 0; i < 40; ++i)
+        manager.newTab();
+    const QUuid first = manager.tabs().front()->id();
+    manager.switchTab(first);
+    settle();
+    auto *strip = part<BrowserTabBar>()->findChild<ScrollStrip *>();
+    ASSERT_EQ(strip->horizontalScrollBar()->value(), 0);
+    BrowserTabButton *button = window->findChildren<BrowserTabButton *>().first();
+    ASSERT_EQ(button->id(), first);
+    const QPoint start = button->rect().center();
+    QTest::mousePress(button, Qt::LeftButton, {}, start);
+    for (int i = 0; i < 3; ++i)
+        QTest::mouseMove(button, button->mapFromGlobal(strip->mapToGlobal(QPoint(strip->width() + 60, 5))));
+    QTest::mouseRelease(button, Qt::LeftButton);
+    EXPECT_GT(strip->horizontalScrollBar()->value(), 100);
+    EXPECT_NE(manager.tabs().front()->id(), first);
+}
+
 TEST_F(BrowserTabBarTest, KeysPutATabInAnotherPlace)
 {
     open({u"One"_s, u"Two"_s});

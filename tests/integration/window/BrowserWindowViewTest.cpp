@@ -150,8 +150,7 @@ TEST_F(BrowserWindowViewTest, ThePageOfAnotherTabTakesTheKeyboardOver)
 TEST_F(BrowserWindowViewTest, ItStandsInTheMiddleOfTheScreen)
 {
     const QRect room = window->screen()->availableGeometry();
-    const QPoint middle = QRect(window->pos(), window->size()).center();
-    EXPECT_LE((middle - room.center()).manhattanLength(), 60) << "but for the frame";
+    EXPECT_EQ(window->pos(), room.center() - window->rect().center());
 }
 
 TEST_F(BrowserWindowViewTest, FilesAreOfferedTheFolderOfDownloads)
