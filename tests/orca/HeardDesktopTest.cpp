@@ -1,0 +1,33 @@
+#include "HeardTest.h"
+
+using namespace Qt::StringLiterals;
+
+namespace morvane {
+namespace {
+
+/// What a user hears of a model that works with the desktop.
+using HeardDesktopTest = HeardTest;
+
+TEST_F(HeardDesktopTest, EachActOnTheDesktopIsHeardOnceInWordsBeforeItIsDone)
+{
+    MorvaneSession &morvane =
+        listen({callingTool("capture_screen", "{}"), callingTool("mouse_move", R"({"x":600,"y":400})"),
+                callingTool("clipboard_set", R"({"text":"amber"})"),
+                callingTool("press_key", R"({"key":"command+v"})"),
+                callingTool("ax_type", R"({"index":3,"text":"a lantern"})"),
+                ScriptedTurn::saying({"That is all."})});
+    morvane.send(u"Work with the screen"_s);
+    const QStringList expected{u"notification Morvane is responding."_s,
+                               u"notification Assistant is running: look at the screen."_s,
+                               u"notification Assistant is running: use the mouse_move tool."_s,
+                               u"notification Assistant is running: use the clipboard_set tool."_s,
+                               u"notification Assistant is running: press command+v."_s,
+                               u"notification Assistant is running: type \"a lantern\" into element [3]."_s,
+                               u"notification That is all."_s};
+    ASSERT_TRUE(reader().hearsInOrder(expected));
+    for (const QString &piece : expected)
+        EXPECT_EQ(times(piece), 1) << piece.toStdString();
+}
+
+} // namespace
+} // namespace morvane
