@@ -57,6 +57,9 @@ public:
     /// The same element as it is now; nothing if it is gone or no longer shown.
     virtual std::optional<ScreenElement> current(const ScreenElement &element) = 0;
 
+    /// Whether a click at the middle of an element, which is `current`, would reach another window.
+    virtual bool isCovered(const ScreenElement &element) = 0;
+
     virtual Outcome press(const ScreenElement &element) = 0;
     virtual Outcome setValue(const ScreenElement &element, const QString &text) = 0;
 };

@@ -18,7 +18,7 @@ enum class KeyboardHolder {
 
 /// One sequence of mouse and keyboard events, posted as if the user's devices had made them. Points are those
 /// of ScreenCapture.h. What cannot be posted is skipped. When it goes, it lets go of every button and key
-/// that it still holds and takes back what it changed. One thread.
+/// that it still holds and takes back what it changed, as far as no program needs it any more. One thread.
 class InputSource {
 public:
     virtual ~InputSource() = default;
@@ -40,7 +40,9 @@ public:
 
     /// Makes ready for the characters of `text`, which follow one by one. May block for parts of a second.
     virtual void prepareText(const QString &text) = 0;
-    virtual void characterDown(char32_t character) = 0;
+    /// False, and nothing is done, while the program in front has still to read what was typed before it: to
+    /// be tried again.
+    virtual bool characterDown(char32_t character) = 0;
     virtual void characterUp(char32_t character) = 0;
 };
 

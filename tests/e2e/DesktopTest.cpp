@@ -159,6 +159,24 @@ TEST_F(DesktopTest, QuittingInTheMiddleOfATextLetsGoOfTheKeysAndGivesThemBack)
     EXPECT_LT(QFile(typed).size(), 3000);
 }
 
+TEST_F(DesktopTest, WhatACrashLeavesOnTheKeysIsTakenOffWithTheNextStart)
+{
+    MorvaneSession &morvane =
+        prepare({callingTool("activate_app", R"({"name":"xterm"})"),
+                 callingTool("type_text", "{\"text\":\"" + std::string(3000, 'A') + "ß漢\"}")});
+    const QString typed = morvane.home() + u"/typed"_s;
+    startProgram(morvane, u"xterm"_s,
+                 {u"-u8"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"stty -icanon; cat > "_s + typed});
+    const QByteArray keys = keyboardMapping(morvane.screen());
+    morvane.start();
+    morvane.send(u"Type a lot"_s);
+    ASSERT_TRUE(waitUntil([&] { return QFile(typed).size() > 20; }));
+    morvane.program().process().kill();
+    EXPECT_NE(keyboardMapping(morvane.screen()), keys) << "some are in use";
+    morvane.start();
+    EXPECT_TRUE(waitUntil([&] { return keyboardMapping(morvane.screen()) == keys; }));
+}
+
 TEST_F(DesktopTest, NothingIsTypedOrPastedIntoTheMessageFieldNorSentByAKey)
 {
     MorvaneSession &morvane = start(

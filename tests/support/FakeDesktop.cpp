@@ -50,7 +50,8 @@ ScreenElement screenElement(const FakeElement &fake)
 
 class FakeInputSource : public InputSource {
 public:
-    FakeInputSource(DesktopLog &log, const std::atomic<KeyboardHolder> &holder) : m_log(log), m_holder(holder)
+    FakeInputSource(DesktopLog &log, const std::atomic<KeyboardHolder> &holder, std::atomic<int> &unread)
+        : m_log(log), m_holder(holder), m_unread(unread)
     {
     }
     ~FakeInputSource() override
@@ -85,7 +86,15 @@ public:
     }
     KeyboardHolder keyboardHolder() override { return m_holder; }
     void prepareText(const QString &text) override { m_log.add(u"prepare "_s + text); }
-    void characterDown(char32_t character) override { m_log.add(u"down "_s + text(character)); }
+    bool characterDown(char32_t character) override
+    {
+        if (m_unread > 0) {
+            --m_unread;
+            return false;
+        }
+        m_log.add(u"down "_s + text(character));
+        return true;
+    }
     void characterUp(char32_t character) override { m_log.add(u"up "_s + text(character)); }
 
 private:
@@ -94,6 +103,7 @@ private:
 
     DesktopLog &m_log;
     const std::atomic<KeyboardHolder> &m_holder;
+    std::atomic<int> &m_unread;
     QStringList m_held;
 };
 
@@ -225,7 +235,7 @@ void FakeInputEvents::requestTrust()
 
 std::unique_ptr<InputSource> FakeInputEvents::newSource()
 {
-    return std::make_unique<FakeInputSource>(m_log, keyboardHolder);
+    return std::make_unique<FakeInputSource>(m_log, keyboardHolder, unread);
 }
 
 QList<QString> FakeInputEvents::layoutCharacters()

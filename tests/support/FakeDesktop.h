@@ -99,12 +99,14 @@ public:
                                          QDeadlineTimer deadline) override;
     std::optional<ScreenElement> elementAt(QPointF point) override;
     std::optional<ScreenElement> current(const ScreenElement &element) override;
+    bool isCovered(const ScreenElement &) override { return covered; }
     Outcome press(const ScreenElement &element) override;
     Outcome setValue(const ScreenElement &element, const QString &text) override;
 
     QHash<qint64, FakeElement> applications;
     std::optional<ScreenElement> underPointer;
     Outcome outcome = Outcome::done;
+    bool covered = false;
     int questions = 0; ///< Waves of children that were asked for.
     /// Called at each question for an application.
     std::function<void()> onApplication;
@@ -152,6 +154,8 @@ public:
     QList<QString> layout;
     int layoutQuestions = 0;
     std::atomic<KeyboardHolder> keyboardHolder = KeyboardHolder::sameWindow; ///< Sources refer to it.
+    /// How often a character has to be tried before the program in front has read the ones before it.
+    std::atomic<int> unread = 0;
 
 private:
     DesktopLog &m_log;

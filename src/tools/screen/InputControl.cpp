@@ -16,6 +16,9 @@ namespace morvane {
 namespace {
 
 constexpr auto permissionPause = 2s;
+constexpr auto beforeNextTry = 20ms;
+/// How long typing waits for a program to read what it was given.
+constexpr auto readingLimit = 10s;
 constexpr int dragSteps = 12;
 constexpr int scrollSteps = 8;
 constexpr qint64 pixelsPerAmount = 12;
@@ -25,7 +28,9 @@ constexpr qsizetype shownText = 60;
 const QString nothingToType = u"Error: nothing to type."_s;
 const QString wouldTypeIntoOwnWindow =
     u"Error: nothing was typed, because Morvane's own window is in front. Bring the application that it is "
-    u"meant for to the front with activate_app, then try again."_s;
+    u"meant for to the front with activate_app, then try again. A page in Morvane's own browser is worked "
+    u"with "
+    u"the browser tools, such as browser_type and browser_click."_s;
 
 QString place(QPoint point)
 {
@@ -44,21 +49,32 @@ QString noElement(qint64 index)
            u"]. Run capture_screen first and use a number from its 'Clickable elements' list."_s;
 }
 
-QString typingStopped(const std::u32string &text, std::size_t typed, KeyboardHolder holder)
+QString typingStopped(const std::u32string &text, std::size_t typed, const QString &reason)
 {
     const auto count = [](const std::u32string &part) {
         return QString::number(characterCount(QString::fromStdU32String(part)));
     };
     return u"Error: typing was stopped after "_s + count(text.substr(0, typed)) + u" of "_s + count(text) +
-           u" characters, because "_s +
-           (holder == KeyboardHolder::ownWindow ? u"the user turned to Morvane's window."_s
-                                                : u"another window came to the front."_s);
+           u" characters, because "_s + reason;
+}
+
+QString elsewhere(KeyboardHolder holder)
+{
+    return holder == KeyboardHolder::ownWindow ? u"the user turned to Morvane's window."_s
+                                               : u"another window came to the front."_s;
 }
 
 QString elementGone(qint64 index)
 {
     return u"Error: element ["_s + QString::number(index) +
            u"] is no longer on the screen. Run capture_screen again and use a number from its new list."_s;
+}
+
+QString elementCovered(qint64 index)
+{
+    return u"Error: element ["_s + QString::number(index) +
+           u"] is behind another window. Bring its application to the front with activate_app, then run "
+           "capture_screen again."_s;
 }
 
 } // namespace
@@ -166,10 +182,18 @@ QString InputControl::axClick(qint64 index)
             break;
         }
     }
-    const std::optional<ScreenElement> current = m_desktop.elements->current(info->element);
+    const auto center = reachableCenter(*info, index);
+    return center ? u"AXPress was refused; "_s + click(*center) : center.error();
+}
+
+std::expected<QPoint, QString> InputControl::reachableCenter(const AXElementInfo &info, qint64 index)
+{
+    const std::optional<ScreenElement> current = m_desktop.elements->current(info.element);
     if (!current || !current->frame)
-        return elementGone(index);
-    return u"AXPress was refused; "_s + click(whole(current->frame->center()));
+        return std::unexpected(elementGone(index));
+    if (m_desktop.elements->isCovered(*current))
+        return std::unexpected(elementCovered(index));
+    return whole(current->frame->center());
 }
 
 QString InputControl::axType(qint64 index, const QString &text)
@@ -190,12 +214,25 @@ QString InputControl::axType(qint64 index, const QString &text)
     case AccessibilityTree::Outcome::refused:
         break;
     }
-    const std::optional<ScreenElement> current = m_desktop.elements->current(info->element);
-    if (!current || !current->frame)
-        return elementGone(index);
-    click(whole(current->frame->center()));
+    const auto center = reachableCenter(*info, index);
+    if (!center)
+        return center.error();
+    click(*center);
     pause(200ms);
     return type(text);
+}
+
+QString InputControl::characterProblem(InputSource &source, char32_t character)
+{
+    for (auto waited = 0ms; waited < readingLimit; waited += beforeNextTry) {
+        // A window may close, or the user take another, at any time; the rest is not meant for that one.
+        if (const auto holder = source.keyboardHolder(); holder != KeyboardHolder::sameWindow)
+            return elsewhere(holder);
+        if (source.characterDown(character))
+            return {};
+        pause(beforeNextTry);
+    }
+    return u"the application in front does not read them."_s;
 }
 
 QString InputControl::typeText(const QString &text)
@@ -215,10 +252,8 @@ QString InputControl::type(const QString &text)
     source->prepareText(text);
     const std::u32string characters = text.toStdU32String();
     for (std::size_t at = 0; at < characters.size(); ++at) {
-        // A window may close, or the user take another, at any time; the rest is not meant for that one.
-        if (const auto holder = source->keyboardHolder(); holder != KeyboardHolder::sameWindow)
-            return typingStopped(characters, at, holder);
-        source->characterDown(characters[at]);
+        if (const QString problem = characterProblem(*source, characters[at]); !problem.isEmpty())
+            return typingStopped(characters, at, problem);
         source->characterUp(characters[at]);
         pause(10ms);
     }

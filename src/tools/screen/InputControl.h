@@ -7,6 +7,7 @@
 #include <QPoint>
 #include <QString>
 #include <chrono>
+#include <expected>
 #include <memory>
 #include <stop_token>
 
@@ -45,7 +46,11 @@ public:
 private:
     QString click(QPoint point);
     QString type(const QString &text);
+    /// Presses the key of a character; empty, or why the rest of the text is not typed.
+    QString characterProblem(InputSource &source, char32_t character);
     QString ownWindowProblem(InputSource &source);
+    /// Where a click reaches the element, or what the model is told instead.
+    std::expected<QPoint, QString> reachableCenter(const AXElementInfo &info, qint64 index);
     QString elementAtPointDescription(QPoint point);
     /// A new source that has brought the pointer there.
     std::unique_ptr<InputSource> pointerAt(QPoint point);

@@ -65,6 +65,29 @@ TEST_F(ChangingWindowsTest, AButtonThatHasBeenHiddenIsNotPressed)
     EXPECT_TRUE(program.isRunning());
 }
 
+TEST_F(ChangingWindowsTest, AClickAndATextForAnElementBehindAnotherWindowDoNotReachThatWindow)
+{
+    // Neither is done by the element itself, so that it is clicked.
+    startWindow(u"widget = Gtk.Box()\n"
+                "widget.add(Gtk.Entry())\n"
+                "widget.add(Gtk.Button(label='Store'))"_s);
+    const QString text = captureWith(u"button 'Store'"_s);
+    const int field = numberOf(text, u"text field"_s);
+    const int button = numberOf(text, u"button 'Store'"_s);
+    const QString typed = m_folder.filePath(u"typed"_s);
+    const TestProgram &front =
+        start(u"xterm"_s, {u"-maximized"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"cat > "_s + typed});
+    EXPECT_TRUE(waitUntil([&] { return QFile::exists(typed); }));
+    const QString problem =
+        u"Error: element [%1] is behind another window. Bring its application to the front with "
+        "activate_app, then run capture_screen again."_s;
+    EXPECT_EQ(run(m_tools.axClick(field)), problem.arg(field));
+    EXPECT_EQ(run(m_tools.axType(button, u"x\n"_s)), problem.arg(button));
+    run(m_tools.typeText(u"end\n"_s));
+    EXPECT_TRUE(waitUntil([&] { return QFile(typed).size() == 4; })) << "what was typed later alone";
+    EXPECT_TRUE(hasTheKeyboard(front.pid()));
+}
+
 TEST_F(ChangingWindowsTest, AFieldThatTakesItsTextSlowlyIsNotGivenItTwice)
 {
     // It takes its text after everybody has given up waiting for an answer.

@@ -30,14 +30,16 @@ std::optional<QPoint> place(const QString &text, const QString &form)
 
 } // namespace
 
-DesktopFixture::DesktopFixture()
-    : m_tools({std::make_shared<LinuxScreenCapture>(),
-               std::make_shared<LinuxTextRecognizer>(
-                   InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s)),
-               std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
-               std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
-               std::make_shared<RealSequenceClock>()})
+Desktop DesktopFixture::desktop(std::shared_ptr<SequenceClock> clock)
 {
+    return {std::make_shared<LinuxScreenCapture>(),
+            std::make_shared<LinuxTextRecognizer>(
+                InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s)),
+            std::make_shared<LinuxAccessibilityTree>(),
+            std::make_shared<LinuxApplications>(),
+            std::make_shared<LinuxInputEvents>(),
+            std::make_shared<LinuxClipboard>(),
+            std::move(clock)};
 }
 
 DesktopFixture::~DesktopFixture()
@@ -106,6 +108,12 @@ QString DesktopFixture::captureWith(const QString &wanted)
         return text.contains(wanted);
     })) << text.toStdString();
     return text;
+}
+
+bool DesktopFixture::copies(const QString &wanted)
+{
+    run(m_tools.pressKey(u"command+c"_s));
+    return waitUntil([&] { return run(m_tools.clipboardRead()) == u"Clipboard content: "_s + wanted; });
 }
 
 int DesktopFixture::numberOf(const QString &text, const QString &summary)

@@ -23,9 +23,10 @@ namespace morvane {
 /// The tools as the program has them, and other programs on the same desktop.
 class DesktopFixture : public testing::Test {
 protected:
-    DesktopFixture();
     ~DesktopFixture() override;
 
+    /// What the program's tools act on.
+    static Desktop desktop(std::shared_ptr<SequenceClock> clock = std::make_shared<RealSequenceClock>());
     QString run(Task<ToolResult> task);
     QString capture() { return run(m_tools.captureScreen()); }
 
@@ -38,6 +39,8 @@ protected:
     TestProgram &startWindow(const QString &widget, const QString &change = QStringLiteral("pass"));
     /// Looks until the text of the screen has `wanted`.
     QString captureWith(const QString &wanted);
+    /// Presses the key that copies: whether that is what is on the clipboard, now or soon.
+    bool copies(const QString &wanted);
     /// The number of the first element in a capture's text whose line has `summary`; 0 if there is none.
     static int numberOf(const QString &text, const QString &summary);
     /// The place of that element, and of the recognised line that has `words`; nothing if there is none.
@@ -51,7 +54,7 @@ protected:
     QTemporaryDir m_folder;
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
-    ScreenTools m_tools;
+    ScreenTools m_tools{desktop()};
     std::vector<std::unique_ptr<TestProgram>> m_programs;
 };
 

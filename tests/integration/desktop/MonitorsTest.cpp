@@ -120,10 +120,7 @@ TEST_F(WaylandTest, WithoutARoadToTheScreenTheToolsSayWhatIsMissing)
 {
     // Where Wayland draws the windows, the X server that may be there as well sees little and reaches nobody.
     DesktopLog log;
-    ScreenTools tools({std::make_shared<LinuxScreenCapture>(), nullptr,
-                       std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
-                       std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
-                       std::make_shared<FakeSequenceClock>(log)});
+    ScreenTools tools(desktop(std::make_shared<FakeSequenceClock>(log)));
     qputenv("WAYLAND_DISPLAY", "wayland-0");
     const QString seen = run(tools.captureScreen());
     const QString clicked = run(tools.clickAt({1, 1}));

@@ -193,6 +193,10 @@ TEST_F(XInputSourceTest, AModifierThatTheUserHoldsIsNotMixedIn)
         newSource()->buttonDown(MouseButton::left, {100, 100});
         EXPECT_THAT(pressed(), ElementsAre(u"button 1 with 0 at 100,100"_s)) << held;
         userSends(XCB_KEY_RELEASE, code);
+        userSends(XCB_KEY_PRESS, code);
+        newSource()->scroll(96);
+        EXPECT_THAT(pressed(), ElementsAre(u"button 4 with 0 at 100,100"_s)) << held;
+        userSends(XCB_KEY_RELEASE, code);
     }
     EXPECT_EQ(modifiersNow(), 0);
 }
@@ -215,6 +219,30 @@ TEST_F(XInputSourceTest, CapsLockChangesNothingOfATextAndIsOnAgainAfterwards)
     const QString toggle = u"key %1 with "_s.arg(caps);
     EXPECT_EQ(typed, QStringList({toggle + u"2"_s, key(XKB_KEY_a), key(XKB_KEY_Shift_L),
                                   key(XKB_KEY_b, XCB_MOD_MASK_SHIFT), toggle + u"0"_s}));
+}
+
+TEST_F(XInputSourceTest, CapsLockChangesNoKeyAndNumLockNeitherKeyNorText)
+{
+    for (const xkb_keysym_t lock : {XKB_KEY_Caps_Lock, XKB_KEY_Num_Lock}) {
+        const auto userPresses = [&] {
+            userSends(XCB_KEY_PRESS, keyOf(lock));
+            userSends(XCB_KEY_RELEASE, keyOf(lock));
+        };
+        userPresses();
+        const uint16_t locked = modifiersNow();
+        ASSERT_NE(locked, 0);
+        const int others = locked & ~XCB_MOD_MASK_LOCK;
+        constexpr int letterA = 0;
+        newSource()->keyDown(letterA, 0);
+        EXPECT_THAT(pressed(), Contains(key(XKB_KEY_a, others)));
+        newSource()->keyDown(115, shift);
+        EXPECT_THAT(pressed(), Contains(key(XKB_KEY_Home, others | XCB_MOD_MASK_SHIFT)));
+        type(*newSource(), u"7"_s);
+        EXPECT_THAT(pressed(), Contains(key(XKB_KEY_7, others)));
+        EXPECT_EQ(modifiersNow(), locked);
+        userPresses();
+    }
+    EXPECT_EQ(modifiersNow(), 0);
 }
 
 TEST_F(XInputSourceTest, CapsLockThatTheUserPressesInMidWordChangesTheRestOfItAsLittle)
@@ -279,6 +307,22 @@ TEST_F(XInputSourceTest, ASourceThatGoesInMidDragLetsGoOfTheButtonWhereItIs)
     }
     EXPECT_THAT(received(), ElementsAre(u"button 1 with 0 at 100,100"_s, u"drag at 110,120"_s,
                                         u"let go of 1 at 110,120"_s));
+}
+
+TEST_F(XInputSourceTest, AButtonIsPressedAtItsPointWhereverTheUserHasMovedThePointer)
+{
+    {
+        const auto source = newSource();
+        source->warp({100, 100});
+        newSource()->mouseMoved({300, 200});
+        source->buttonDown(MouseButton::left, {100, 100});
+        source->dragged({110, 100});
+        newSource()->mouseMoved({300, 200});
+        source->buttonUp(MouseButton::left, {120, 100});
+    }
+    EXPECT_THAT(received(),
+                ElementsAre(u"button 1 with 0 at 100,100"_s, u"drag at 110,100"_s, u"drag at 300,200"_s,
+                            u"drag at 120,100"_s, u"let go of 1 at 120,100"_s));
 }
 
 TEST_F(XInputSourceTest, AButtonIsLetGoOfAtItsPoint)

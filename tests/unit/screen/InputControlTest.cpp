@@ -1,5 +1,7 @@
 #include "ScreenFixture.h"
 
+#include <QRegularExpression>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -310,6 +312,21 @@ TEST_F(InputControlTest, AnElementThatIsGoneIsAnErrorAndNeverAClick)
         EXPECT_THAT(events().filter(u"left"_s), IsEmpty());
         m_desktop.elements->outcome = AccessibilityTree::Outcome::done;
     }
+}
+
+TEST_F(InputControlTest, AnElementBehindAnotherWindowIsPressedButNeitherClickedNorTypedInto)
+{
+    showElement(u"AXButton"_s, u"Save"_s, true);
+    m_desktop.elements->covered = true;
+    EXPECT_EQ(run(m_tools.axClick(1)), u"Pressed button 'Save' at (25, 20)."_s);
+    m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
+    m_desktop.log.clear();
+    const QString problem =
+        u"Error: element [1] is behind another window. Bring its application to the front with "
+        "activate_app, then run capture_screen again."_s;
+    EXPECT_EQ(run(m_tools.axClick(1)), problem);
+    EXPECT_EQ(run(m_tools.axType(1, u"ab"_s)), problem);
+    EXPECT_THAT(events().filter(QRegularExpression(u"down|warp"_s)), IsEmpty());
 }
 
 TEST_F(InputControlTest, AnElementThatHasMovedIsClickedWhereItIsNow)

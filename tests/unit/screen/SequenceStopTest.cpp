@@ -142,6 +142,33 @@ TEST_F(SequenceStopTest, TypingEndsAtTheNextCharacterWhenAnotherWindowIsGivenThe
     EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), u"Typed 3 characters."_s);
 }
 
+TEST_F(SequenceStopTest, TypingWaitsForAProgramThatHasStillToReadAndForNoOther)
+{
+    m_desktop.input->unread = 3;
+    EXPECT_EQ(run(m_tools.typeText(u"ab"_s)), u"Typed 2 characters."_s);
+    EXPECT_EQ(events(),
+              QStringList({u"prepare ab"_s, u"sleep 20"_s, u"sleep 20"_s, u"sleep 20"_s, u"down a"_s,
+                           u"up a"_s, u"sleep 10"_s, u"down b"_s, u"up b"_s, u"sleep 10"_s}));
+    m_desktop.input->unread = 3;
+    moveKeyboardAfter(u"sleep 20"_s, KeyboardHolder::otherWindow);
+    m_desktop.log.clear();
+    EXPECT_EQ(
+        run(m_tools.typeText(u"ab"_s)),
+        u"Error: typing was stopped after 0 of 2 characters, because another window came to the front."_s);
+    EXPECT_EQ(events().count(u"sleep 20"_s), 1);
+}
+
+TEST_F(SequenceStopTest, TypingEndsWhenTheProgramReadsNothingForTenSeconds)
+{
+    m_desktop.input->unread = 501;
+    EXPECT_EQ(run(m_tools.typeText(u"ab"_s)),
+              u"Error: typing was stopped after 0 of 2 characters, because the "
+              "application in front does not read them."_s);
+    EXPECT_EQ(events().count(u"sleep 20"_s), 500);
+    m_desktop.input->unread = 499;
+    EXPECT_EQ(run(m_tools.typeText(u"ab"_s)), u"Typed 2 characters."_s);
+}
+
 TEST_F(SequenceStopTest, AWindowThatTheLastCharacterOpensIsNoReasonToCallTheTextUntyped)
 {
     moveKeyboardAfter(u"up \n"_s, KeyboardHolder::otherWindow);
@@ -153,7 +180,9 @@ TEST_F(SequenceStopTest, NothingIsTypedPressedOrPastedIntoOurOwnWindow)
     m_desktop.input->keyboardHolder = KeyboardHolder::ownWindow;
     const QString problem =
         u"Error: nothing was typed, because Morvane's own window is in front. Bring the "
-        "application that it is meant for to the front with activate_app, then try again."_s;
+        "application that it is meant for to the front with activate_app, then try again. A page in "
+        "Morvane's own "
+        "browser is worked with the browser tools, such as browser_type and browser_click."_s;
     EXPECT_EQ(run(m_tools.typeText(u"abc"_s)), problem);
     EXPECT_EQ(run(m_tools.pressKey(u"return"_s)), problem);
     EXPECT_EQ(run(m_tools.pasteText(u"abc"_s)), problem);

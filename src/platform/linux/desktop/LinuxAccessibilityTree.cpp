@@ -66,18 +66,6 @@ const ScreenElement *windowAt(const QList<ScreenElement> &windows, QPointF place
     return found;
 }
 
-/// The frontmost of the windows that the root holds, those among them that no window manager looks after.
-xcb_window_t childOfRootAt(const XDisplay &display, QPoint place)
-{
-    xcb_connection_t *const connection = display.connection();
-    const auto reply = xReply(
-        xcb_translate_coordinates_reply(connection,
-                                        xcb_translate_coordinates(connection, display.root(), display.root(),
-                                                                  int16_t(place.x()), int16_t(place.y())),
-                                        nullptr));
-    return reply ? reply->child : xcb_window_t(XCB_NONE);
-}
-
 std::optional<QString> present(const QString &text)
 {
     return text.isEmpty() ? std::nullopt : std::optional(text);
@@ -287,11 +275,14 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     if (!program || busElement(*program).reference.service != known.reference.service)
         return std::nullopt;
     std::shared_ptr<const AccessibleWindow> window = known.window;
-    if (known.window->isRelative) {
+    if (known.window->isRelative && known.window->id != XCB_NONE) {
+        window = nullptr;
         for (const ScreenElement &top : children({*program}, deadline).first())
-            if (busElement(top).window->frame.size() == known.window->frame.size())
+            if (busElement(top).window->id == known.window->id)
                 window = busElement(top).window;
-    } else {
+        if (!window)
+            return std::nullopt;
+    } else if (!known.window->isRelative) {
         auto moved = std::make_shared<AccessibleWindow>(*known.window);
         moved->frame = {};
         window = moved;
@@ -307,6 +298,19 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     if (!now.frame)
         return std::nullopt;
     return now;
+}
+
+bool LinuxAccessibilityTree::isCovered(const ScreenElement &element)
+{
+    const xcb_window_t window = busElement(element).window->id;
+    const auto display = XDisplay::open();
+    // Menus and the like lie above all others.
+    if (!display || !element.frame || window == XCB_NONE)
+        return false;
+    const xcb_window_t onTop =
+        childOfRootAt(*display, (element.frame->center() + display->origin()).toPoint());
+    const auto own = withAncestors(*display, window);
+    return own.isEmpty() || onTop != own.last();
 }
 
 AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &element, const QString &interface,

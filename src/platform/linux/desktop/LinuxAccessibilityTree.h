@@ -17,6 +17,7 @@ public:
                                          QDeadlineTimer deadline) override;
     std::optional<ScreenElement> elementAt(QPointF point) override;
     std::optional<ScreenElement> current(const ScreenElement &element) override;
+    bool isCovered(const ScreenElement &element) override;
     Outcome press(const ScreenElement &element) override;
     Outcome setValue(const ScreenElement &element, const QString &text) override;
 

@@ -2,7 +2,9 @@
 
 #include "platform/linux/desktop/KeyPositions.h"
 #include "platform/linux/desktop/XInputSource.h"
+#include "platform/linux/desktop/XLentKeys.h"
 
+#include <utility>
 #include <xcb/xtest.h>
 
 namespace morvane {
@@ -23,11 +25,34 @@ public:
     void keyUp(int, quint32) override {}
     KeyboardHolder keyboardHolder() override { return KeyboardHolder::sameWindow; }
     void prepareText(const QString &) override {}
-    void characterDown(char32_t) override {}
+    bool characterDown(char32_t) override { return true; }
     void characterUp(char32_t) override {}
 };
 
+/// Whatever has become of who read them.
+void giveBackLentKeys()
+{
+    const auto display = XDisplay::open();
+    if (!display)
+        return;
+    if (XLentKeys lent(*display); !lent.isEmpty())
+        lent.giveBack();
+}
+
 } // namespace
+
+LinuxInputEvents::~LinuxInputEvents()
+{
+    if (m_isBegun)
+        giveBackLentKeys();
+}
+
+void LinuxInputEvents::begin()
+{
+    const std::lock_guard lock(m_mutex);
+    if (!std::exchange(m_isBegun, true))
+        giveBackLentKeys();
+}
 
 bool LinuxInputEvents::isTrusted()
 {
@@ -37,6 +62,7 @@ bool LinuxInputEvents::isTrusted()
 
 std::unique_ptr<InputSource> LinuxInputEvents::newSource()
 {
+    begin();
     if (auto display = XDisplay::open())
         return std::make_unique<XInputSource>(std::move(display));
     return std::make_unique<NoInputSource>();
@@ -44,6 +70,7 @@ std::unique_ptr<InputSource> LinuxInputEvents::newSource()
 
 QList<QString> LinuxInputEvents::layoutCharacters()
 {
+    begin();
     const auto display = XDisplay::open();
     const auto keyboard = display ? XKeyboard::read(*display) : std::nullopt;
     if (!keyboard)

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -13,10 +12,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A program hears of changed keys with its other events and asks for them when it comes to it.
-constexpr auto timeToLearn = 60ms;
-/// How long a program may take to read what was typed on keys that are then given back.
-constexpr auto timeToRead = 300ms;
+/// How long the end of a sequence may wait for a program to say that it has read its keys.
+constexpr auto timeToGiveBack = 300ms;
 
 constexpr uint8_t leftButton = 1;
 constexpr uint8_t rightButton = 3;
@@ -78,27 +75,12 @@ int16_t coordinate(qint64 value)
     return int16_t(std::clamp<qint64>(value, -32768, 32767));
 }
 
-/// Gives each key its symbol. Keys that follow one another change together: all programs are told of each
-/// change, and window managers take tens of milliseconds for it.
-void changeKeys(XDisplay &display, const QList<uint8_t> &keys, const QList<xkb_keysym_t> &symbols)
-{
-    for (qsizetype from = 0, to = 0; from < keys.size(); from = to) {
-        QList<xcb_keysym_t> levels;
-        for (; to < keys.size() && keys.at(to) - keys.at(from) == to - from; ++to)
-            // On both levels, so that neither Shift nor the server's own rules for capitals change it.
-            levels << symbols.at(to) << symbols.at(to);
-        xcb_change_keyboard_mapping(display.connection(), uint8_t(to - from), keys.at(from), 2,
-                                    levels.constData());
-    }
-}
-
 } // namespace
 
 XInputSource::XInputSource(std::unique_ptr<XDisplay> display)
-    : m_display(std::move(display)), m_origin(m_display->origin()), m_keyboard(XKeyboard::read(*m_display))
+    : m_display(std::move(display)), m_origin(m_display->origin()), m_keyboard(XKeyboard::read(*m_display)),
+      m_lentKeys(*m_display)
 {
-    if (m_keyboard)
-        m_spareKeys = m_keyboard->spareKeys();
 }
 
 XInputSource::~XInputSource()
@@ -107,7 +89,7 @@ XInputSource::~XInputSource()
         send(XCB_BUTTON_RELEASE, button);
     while (!m_heldKeys.isEmpty())
         releaseKey(m_heldKeys.last());
-    giveBackKeys();
+    m_lentKeys.giveBackOnceRead(timeToGiveBack);
     if (m_capsIsToBeLocked)
         toggleCapsLock();
     m_display->synchronize();
@@ -152,10 +134,12 @@ uint8_t XInputSource::physicalButton(uint8_t logicalButton) const
     return found != end ? uint8_t(found - map + 1) : logicalButton;
 }
 
-void XInputSource::buttonDown(MouseButton button, QPoint)
+void XInputSource::buttonDown(MouseButton button, QPoint point)
 {
     letGoOfForeignModifiers(stateNow());
     const uint8_t physical = physicalButton(button == MouseButton::left ? leftButton : rightButton);
+    // The user's hand may have moved the pointer since it was brought there.
+    mouseMoved(point);
     send(XCB_BUTTON_PRESS, physical);
     m_heldButtons.append(physical);
 }
@@ -171,6 +155,7 @@ void XInputSource::buttonUp(MouseButton, QPoint point)
 void XInputSource::scroll(int pixels)
 {
     m_scrolled = std::clamp(pixels, -mostNotches * pixelsPerNotch, mostNotches * pixelsPerNotch) + m_scrolled;
+    letGoOfForeignModifiers(stateNow());
     const uint8_t wheel = physicalButton(m_scrolled > 0 ? wheelUp : wheelDown);
     for (; std::abs(m_scrolled) >= pixelsPerNotch;
          m_scrolled -= m_scrolled > 0 ? pixelsPerNotch : -pixelsPerNotch) {
@@ -181,6 +166,7 @@ void XInputSource::scroll(int pixels)
 
 void XInputSource::pressKey(uint8_t code)
 {
+    m_lentKeys.use(code);
     send(XCB_KEY_PRESS, code);
     m_heldKeys.append(code);
 }
@@ -210,24 +196,25 @@ std::optional<uint8_t> XInputSource::keyForCode(int code)
 {
     if (const auto symbol = fixedSymbol(code); symbol && m_keyboard) {
         const bool isNumberPad = numberPadSymbol(code).has_value();
-        const auto key = keyForSymbol(*symbol);
+        auto key = m_keyboard->keyFor(*symbol);
+        if (isNumberPad && (!key || key->shifted)) {
+            lend(m_keyboard->spareKeys(), {*symbol});
+            key = m_keyboard->keyFor(*symbol);
+        }
         if (key && !key->shifted)
             return key->code;
-        if (isNumberPad) {
-            mapSymbols({*symbol});
-            if (const auto mapped = m_mapped.constFind(*symbol); mapped != m_mapped.cend())
-                return *mapped;
-        }
     }
     return keyAtPosition(code);
 }
 
 void XInputSource::keyDown(int code, quint32 flags)
 {
+    const uint16_t state = stateNow();
+    followUser(state);
     const std::optional<uint8_t> key = keyForCode(code);
     if (!key)
         return;
-    letGoOfForeignModifiers(stateNow());
+    letGoOfForeignModifiers(state);
     for (const uint8_t modifier : modifierKeys(flags))
         pressKey(modifier);
     pressKey(*key);
@@ -287,23 +274,8 @@ void XInputSource::followUser(uint16_t state)
 
 void XInputSource::readKeyboardAgain()
 {
-    auto now = XKeyboard::read(*m_display);
-    if (!now)
-        return;
-    m_keyboard = std::move(now);
-    // Another layout takes off the spare keys what was put on them.
-    using Used = QMap<uint8_t, xkb_keysym_t>::iterator;
-    m_usedSpares.removeIf([this](Used used) { return m_keyboard->symbol(used.key()) != used.value(); });
-    using Mapped = QHash<xkb_keysym_t, uint8_t>::iterator;
-    m_mapped.removeIf([this](Mapped mapped) { return !m_usedSpares.contains(*mapped); });
-    m_spareKeys = m_usedSpares.keys() + m_keyboard->spareKeys();
-}
-
-std::optional<XKey> XInputSource::keyForSymbol(xkb_keysym_t symbol) const
-{
-    if (const auto mapped = m_mapped.constFind(symbol); mapped != m_mapped.cend())
-        return XKey{*mapped, false};
-    return m_keyboard ? m_keyboard->keyFor(symbol) : std::nullopt;
+    if (auto now = XKeyboard::read(*m_display))
+        m_keyboard = std::move(now);
 }
 
 KeyboardHolder XInputSource::keyboardHolder()
@@ -317,77 +289,79 @@ void XInputSource::prepareText(const QString &text)
 {
     m_text = text.toStdU32String();
     m_position = 0;
-    mapAhead();
+    lendAhead();
 }
 
-void XInputSource::mapAhead()
+void XInputSource::lendAhead(QList<uint8_t> keys)
 {
     if (!m_keyboard)
         return;
+    keys += m_keyboard->spareKeys();
     QList<xkb_keysym_t> missing;
-    for (std::size_t at = m_position; at < m_text.size() && missing.size() < m_spareKeys.size(); ++at) {
+    for (std::size_t at = m_position; at < m_text.size() && missing.size() < keys.size(); ++at) {
         const auto symbol = symbolOf(m_text[at]);
-        if (symbol && !m_keyboard->keyFor(*symbol) && !missing.contains(*symbol))
+        if (!symbol || missing.contains(*symbol))
+            continue;
+        if (const auto key = m_keyboard->keyFor(*symbol))
+            keys.removeOne(key->code);
+        else
             missing.append(*symbol);
     }
-    if (!missing.isEmpty())
-        mapSymbols(missing);
+    lend(keys, missing);
 }
 
-void XInputSource::mapSymbols(const QList<xkb_keysym_t> &symbols)
+void XInputSource::lend(QList<uint8_t> keys, const QList<xkb_keysym_t> &symbols)
 {
-    if (!m_mapped.isEmpty()) {
-        m_display->synchronize();
-        std::this_thread::sleep_for(timeToRead);
-    }
-    m_mapped.clear();
-    const qsizetype used = std::min(symbols.size(), m_spareKeys.size());
-    changeKeys(*m_display, m_spareKeys.first(used), symbols.first(used));
-    for (qsizetype at = 0; at < used; ++at) {
-        m_mapped.insert(symbols.at(at), m_spareKeys.at(at));
-        m_usedSpares.insert(m_spareKeys.at(at), symbols.at(at));
-    }
-    m_display->synchronize();
+    const qsizetype used = std::min(symbols.size(), keys.size());
+    if (used == 0)
+        return;
+    std::sort(keys.begin(), keys.end());
+    m_lentKeys.lend(keys.first(used), symbols.first(used));
     // Its own changes are no news, and the user's may have come between them.
     if (m_changes.any())
         readKeyboardAgain();
-    std::this_thread::sleep_for(timeToLearn);
 }
 
-void XInputSource::giveBackKeys()
+std::optional<XKey> XInputSource::keyOf(xkb_keysym_t symbol) const
 {
-    if (m_usedSpares.isEmpty())
-        return;
-    m_display->synchronize();
-    std::this_thread::sleep_for(timeToRead);
-    if (m_changes.any())
-        readKeyboardAgain();
-    changeKeys(*m_display, m_usedSpares.keys(), QList<xkb_keysym_t>(m_usedSpares.size(), XCB_NO_SYMBOL));
+    return m_keyboard ? m_keyboard->keyFor(symbol) : std::nullopt;
 }
 
-void XInputSource::characterDown(char32_t character)
+bool XInputSource::characterDown(char32_t character)
 {
     // A line end of two characters is one key.
     const bool endsPair = character == U'\n' && m_position > 0 && m_position <= m_text.size() &&
                           m_text[m_position - 1] == U'\r';
     const std::optional<xkb_keysym_t> symbol = endsPair ? std::nullopt : symbolOf(character);
-    if (symbol) {
-        const uint16_t state = stateNow();
-        followUser(state);
-        std::optional<XKey> key = keyForSymbol(*symbol);
-        if (!key && m_position < m_text.size()) {
-            mapAhead();
-            key = keyForSymbol(*symbol);
-        }
-        if (key) {
-            letGoOfForeignModifiers(state);
-            if (key->shifted)
-                for (const uint8_t shift : modifierKeys(shiftFlag))
-                    pressKey(shift);
-            pressKey(key->code);
-        }
-    }
+    if (symbol && !symbolDown(*symbol))
+        return false;
     ++m_position;
+    return true;
+}
+
+bool XInputSource::symbolDown(xkb_keysym_t symbol)
+{
+    const uint16_t state = stateNow();
+    followUser(state);
+    std::optional<XKey> key = keyOf(symbol);
+    if (!key) {
+        lendAhead();
+        key = keyOf(symbol);
+    }
+    if (!key && m_keyboard && !m_lentKeys.isEmpty()) {
+        if (!m_lentKeys.areRead())
+            return false;
+        lendAhead(m_lentKeys.keys(*m_keyboard));
+        key = keyOf(symbol);
+    }
+    if (key) {
+        letGoOfForeignModifiers(state);
+        if (key->shifted)
+            for (const uint8_t shift : modifierKeys(shiftFlag))
+                pressKey(shift);
+        pressKey(key->code);
+    }
+    return true;
 }
 
 void XInputSource::characterUp(char32_t)

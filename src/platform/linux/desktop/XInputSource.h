@@ -5,19 +5,18 @@
 #include "platform/linux/desktop/XKeyboard.h"
 #include "platform/linux/desktop/XKeyboardChanges.h"
 #include "platform/linux/desktop/XKeyboardTarget.h"
+#include "platform/linux/desktop/XLentKeys.h"
 
-#include <QHash>
 #include <QList>
-#include <QMap>
 #include <memory>
 #include <optional>
 
 namespace morvane {
 
 /// Events through the XTest extension. Characters that the layout lacks are put on spare keys beforehand, as
-/// many at once as there are, since programs need a moment to hear of a change; the keys are given back when
-/// the source goes. Modifiers that the user holds are let go of, so that they do not change what is typed,
-/// and a text comes out as it is whatever layout the user turns to meanwhile.
+/// many at once as there are, and stay there until the program has read them (XLentKeys). Modifiers that the
+/// user holds are let go of, so that they do not change what is typed, and a text comes out as it is whatever
+/// layout the user turns to meanwhile.
 class XInputSource final : public InputSource {
 public:
     explicit XInputSource(std::unique_ptr<XDisplay> display);
@@ -36,7 +35,7 @@ public:
     KeyboardHolder keyboardHolder() override;
 
     void prepareText(const QString &text) override;
-    void characterDown(char32_t character) override;
+    bool characterDown(char32_t character) override;
     void characterUp(char32_t character) override;
 
 private:
@@ -55,17 +54,19 @@ private:
     void followUser(uint16_t state);
     void readKeyboardAgain();
 
-    std::optional<XKey> keyForSymbol(xkb_keysym_t symbol) const;
-    /// Puts the symbols that come next and have no key on the spare ones.
-    void mapAhead();
-    void mapSymbols(const QList<xkb_keysym_t> &symbols);
-    void giveBackKeys();
+    std::optional<XKey> keyOf(xkb_keysym_t symbol) const;
+    bool symbolDown(xkb_keysym_t symbol);
+    /// Puts the symbols that come next and have no key on the spare ones, and on those of `keys` that what
+    /// comes next does not need.
+    void lendAhead(QList<uint8_t> keys = {});
+    void lend(QList<uint8_t> keys, const QList<xkb_keysym_t> &symbols);
     QPoint fromRoot(QPoint point) const;
 
     const std::unique_ptr<XDisplay> m_display;
     const QPoint m_origin;
     XKeyboardChanges m_changes; ///< From before m_keyboard is read.
     std::optional<XKeyboard> m_keyboard;
+    XLentKeys m_lentKeys;
     std::optional<XKeyboardTarget> m_target; ///< Once it has been asked for.
     QList<uint8_t> m_heldKeys;
     QList<uint8_t> m_heldButtons;
@@ -74,9 +75,6 @@ private:
 
     std::u32string m_text;      ///< What is being typed.
     std::size_t m_position = 0; ///< Of the next character in it.
-    QHash<xkb_keysym_t, uint8_t> m_mapped;
-    QList<uint8_t> m_spareKeys;
-    QMap<uint8_t, xkb_keysym_t> m_usedSpares; ///< To be given back.
 };
 
 } // namespace morvane

@@ -78,6 +78,17 @@ QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window)
     return windows;
 }
 
+xcb_window_t childOfRootAt(const XDisplay &display, QPoint place)
+{
+    xcb_connection_t *const connection = display.connection();
+    const auto reply = xReply(
+        xcb_translate_coordinates_reply(connection,
+                                        xcb_translate_coordinates(connection, display.root(), display.root(),
+                                                                  int16_t(place.x()), int16_t(place.y())),
+                                        nullptr));
+    return reply ? reply->child : xcb_window_t(XCB_NONE);
+}
+
 bool hasKeyboard(const XDisplay &display, xcb_window_t window)
 {
     xcb_connection_t *const connection = display.connection();

@@ -29,6 +29,10 @@ std::optional<XWindow> activeWindow(const XDisplay &display);
 /// that the window manager has put around a program's window.
 QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window);
 
+/// The frontmost of the windows that the root holds at a place of it, those among them that no window manager
+/// looks after. Windows that let clicks through do not count.
+xcb_window_t childOfRootAt(const XDisplay &display, QPoint place);
+
 /// Whether keys go to this window or to one inside of it. The window manager names the active window before
 /// the server gives it the keyboard.
 bool hasKeyboard(const XDisplay &display, xcb_window_t window);
