@@ -10,6 +10,8 @@ namespace morvane {
 namespace {
 
 constexpr qsizetype longestHeading = 2000;
+/// A page may call its elements what it likes; their names are cut where they are read.
+constexpr qsizetype longestRole = 80;
 
 QString listed(const boost::json::array &elements, QStringList &refs)
 {
@@ -18,7 +20,8 @@ QString listed(const boost::json::array &elements, QStringList &refs)
         const boost::json::object *const element = value.if_object();
         const boost::json::object &fields = element ? *element : boost::json::object();
         refs.append(stringMember(fields, "ref").value_or(QString()));
-        lines += u"[%1] "_s.arg(refs.size()) + stringMember(fields, "role").value_or(u"element"_s);
+        lines += u"[%1] "_s.arg(refs.size()) +
+                 firstCharacters(stringMember(fields, "role").value_or(u"element"_s), longestRole);
         const QString name = stringMember(fields, "name").value_or(QString());
         if (!name.isEmpty())
             lines += u" '"_s + name + u'\'';

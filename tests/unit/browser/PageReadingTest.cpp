@@ -63,6 +63,13 @@ TEST(PageReadingTest, HalfOfACharacterDoesNotMakeThePageUnreadable)
     EXPECT_FALSE(readScriptAnswer(QString("{\"a\": \"\\")));
 }
 
+TEST(PageReadingTest, RolesWithoutEndAreCut)
+{
+    const QString endless(400'000, 'x');
+    EXPECT_TRUE(read(QString(R"({"elements": [{"role": "%1", "name": "n"}]})").arg(endless))
+                    .endsWith("\n[1] " + endless.first(80) + " 'n'\n"));
+}
+
 TEST(PageReadingTest, HeadingsWithoutEndAreCut)
 {
     const QString endless(400'000, 'x');
