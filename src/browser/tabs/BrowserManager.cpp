@@ -13,6 +13,12 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
+using namespace std::chrono_literals;
+
+/// A page can load one page after the other without end, and a screen reader drops what comes in a flood.
+constexpr int mostLoadsHeard = 20;
+constexpr auto loadsHeardWithin = 10s;
+
 QString hostOr(const QUrl &address, const QString &fallback)
 {
     return address.host().isEmpty() ? fallback : address.host();
@@ -21,7 +27,9 @@ QString hostOr(const QUrl &address, const QString &fallback)
 } // namespace
 
 BrowserManager::BrowserManager(BrowserServices services)
-    : m_services(std::move(services)), m_downloads(m_services.announcer, [this] { return window(); }),
+    : m_services(std::move(services)),
+      m_loadsHeard(m_services.scheduler.clock(), mostLoadsHeard, loadsHeardWithin),
+      m_downloads(m_services.announcer, [this] { return window(); }),
       m_permissions([this] { return window(); }), m_operations(*this, m_services.announcer)
 {
 }
@@ -218,6 +226,12 @@ void BrowserManager::listenTo(BrowserTab &tab)
     });
 }
 
+void BrowserManager::announceLoad(const QString &text)
+{
+    if (m_loadsHeard.take())
+        m_services.announcer.announce(text);
+}
+
 void BrowserManager::followPage(BrowserTab &tab)
 {
     tab.followPage();
@@ -230,14 +244,14 @@ void BrowserManager::updateTabState(BrowserTab &tab)
     const QString before = m_currentURLString;
     followPage(tab);
     if (&tab == activeTab() && m_currentURLString != before && !m_currentURLString.isEmpty())
-        m_services.announcer.announce(u"Loaded "_s + tab.title());
+        announceLoad(u"Loaded "_s + tab.title());
 }
 
 void BrowserManager::navigationStarted(BrowserTab &tab, const QUrl &address)
 {
     tab.setLastElementRefs({});
     if (&tab == activeTab())
-        m_services.announcer.announce(u"Loading %1…"_s.arg(hostOr(address, u"page"_s)));
+        announceLoad(u"Loading %1…"_s.arg(hostOr(address, u"page"_s)));
 }
 
 void BrowserManager::committed(BrowserTab &tab)
@@ -272,7 +286,7 @@ void BrowserManager::failed(BrowserTab &tab, const PageFailure &failure)
 {
     updateTabState(tab);
     if (failure.kind != PageFailure::Kind::cancelled && &tab == activeTab())
-        m_services.announcer.announce(u"Failed to load: "_s + failure.description);
+        announceLoad(u"Failed to load: "_s + failure.description);
 }
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Task.h"
+#include "browser/tabs/Allowance.h"
 #include "browser/tabs/BrowserTab.h"
 #include "browser/tabs/BrowserWindow.h"
 #include "browser/tabs/Downloads.h"
@@ -96,6 +97,7 @@ private:
     qsizetype indexOf(QUuid id) const;
     void appendTab();
     void activate(QUuid id);
+    void announceLoad(const QString &text);
     void syncToolbarState();
     void listenTo(BrowserTab &tab);
     void followPage(BrowserTab &tab);
@@ -113,6 +115,7 @@ private:
     bool m_canGoBack = false;
     bool m_canGoForward = false;
     QStringList m_closedTabURLs;
+    Allowance m_loadsHeard;
     Downloads m_downloads;
     PermissionQuestions m_permissions;
     PageOperations m_operations;

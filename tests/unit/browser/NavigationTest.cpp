@@ -170,5 +170,19 @@ TEST_F(NavigationTest, OnlyThePageInSightMayAskForPermission)
     EXPECT_EQ(window.permissions.size(), 1);
 }
 
+TEST_F(NavigationTest, OnePageAfterTheOtherWithoutEndIsHeardSomeTimes)
+{
+    for (int i = 0; i < 1000; ++i)
+        visit(0, QString("https://a.test/%1").arg(i));
+    page().fail({PageFailure::Kind::failed, "There is no such host."});
+    EXPECT_EQ(spoken().size(), 20);
+    EXPECT_EQ(visits.size(), 1000);
+    manager.newTab();
+    EXPECT_EQ(spoken(), QStringList("Opened new tab.")) << "what the user does is heard";
+    clock.advance(std::chrono::seconds(10));
+    visit(1, "https://b.test/");
+    EXPECT_EQ(spoken(), QStringList({"Loading b.test…", "Loaded b.test"}));
+}
+
 } // namespace
 } // namespace morvane
