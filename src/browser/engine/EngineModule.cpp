@@ -1,5 +1,6 @@
 #include "browser/engine/EngineFactory.h"
 #include "browser/engine/Sandbox.h"
+#include "browser/pages/ProxyFlags.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -50,6 +51,7 @@ public:
             flags += " --blink-settings=preferredColorScheme=0";
         if (options.isHeard)
             flags += " --force-renderer-accessibility";
+        flags += proxyFlags(QProcessEnvironment::systemEnvironment());
         qputenv(flagsVariable, flags);
     }
     ~EngineFlags()
