@@ -1,7 +1,8 @@
 // What the browser costs: the first open with module, engine and start page, opening a small static page,
-// reading one of 5,000 elements, and the memory of the whole tree of processes with one static page. Prints
-// JSON.
+// reading one of 5,000 elements, how long the main thread is held while the largest result is read, and the
+// memory of the whole tree of processes with one static page. Prints JSON.
 
+#include "MeasuredApplication.h"
 #include "Median.h"
 
 #include "async/Scheduler.h"
@@ -16,7 +17,6 @@
 #include "support/RunTask.h"
 #include "support/TemporaryHome.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QWidget>
@@ -60,6 +60,16 @@ QByteArray manyElements()
     return html;
 }
 
+/// As much as a reading holds: of text, and of elements with names of the greatest length.
+QByteArray largestResult()
+{
+    QByteArray html = "<meta charset=utf-8><title>Largest</title>";
+    const QByteArray name = QByteArray("ü").repeated(80);
+    for (int i = 0; i < 80; ++i)
+        html += "<button style='width:20px;height:20px' aria-label='" + name + "'></button>";
+    return html + "<p>" + QByteArray("größte ").repeated(3000);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -67,11 +77,12 @@ int main(int argc, char **argv)
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     const PrivateDesktop desktop;
     desktop.adopt();
-    QApplication application(argc, argv);
+    MeasuredApplication application(argc, argv);
     const TemporaryHome home;
     PageServer server;
     server.page(u"/small"_s, "<title>Small</title><p>a few words");
     server.page(u"/many"_s, manyElements());
+    server.page(u"/largest"_s, largestResult());
     SystemClock clock;
     Scheduler scheduler(clock);
     FakeAnnouncer announcer;
@@ -113,9 +124,15 @@ int main(int argc, char **argv)
     carryOut(operations.browserOpen(server.url(u"/many"_s).toString()), "Page: Many"_L1);
     const double read =
         medianMilliseconds(runs, [&] { carryOut(operations.browserRead(), "Page: Many"_L1); });
+    carryOut(operations.browserOpen(server.url(u"/largest"_s).toString()), "Page: Largest"_L1);
+    application.longestProcessor = 0;
+    for (int run = 0; run < runs; ++run)
+        carryOut(operations.browserRead(), "Page: Largest"_L1);
+    const double hold = double(application.longestProcessor) / 1e6;
     std::printf("{\"first_open_ms\": %.0f, \"open_small_page_ms\": %.0f, \"read_5000_elements_ms\": %.1f, "
+                "\"longest_hold_reading_the_largest_ms\": %.1f, "
                 "\"tree_with_one_page_mb\": %.0f, \"before_mb\": %.0f}\n",
-                firstOpen, open, read, memory, before);
+                firstOpen, open, read, hold, memory, before);
     scheduler.shutdown(std::chrono::seconds(1));
     return 0;
 }
