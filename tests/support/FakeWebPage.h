@@ -20,6 +20,7 @@ public:
     void goForward() override { begin(QStringLiteral("forward"), current); }
     void reload() override { begin(QStringLiteral("reload"), current); }
     void stop() override { log.append(QStringLiteral("stop")); }
+    void leaveUnasked() override { log.append(QStringLiteral("leave")); }
     void setZoom(double factor) override { zoom = factor; }
     void edit(EditCommand command) override { edited.append(command); }
 

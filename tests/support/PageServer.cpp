@@ -39,6 +39,12 @@ void PageServer::closeAfter(const QString &path)
     m_closing.insert(path.toUtf8());
 }
 
+void PageServer::stayOpenAfter(const QString &path)
+{
+    const std::lock_guard lock(m_mutex);
+    m_staying.insert(path.toUtf8());
+}
+
 QList<RawHttpRequest> PageServer::requests(const QString &path) const
 {
     QList<RawHttpRequest> found;
@@ -51,21 +57,27 @@ QList<RawHttpRequest> PageServer::requests(const QString &path) const
 void PageServer::serve(RawHttpConnection &connection)
 {
     while (const auto request = connection.readRequest()) {
-        QByteArray response = rawHttpResponse(404, "not here");
-        bool closes = false;
-        {
+        const QByteArray path = pathOf(*request);
+        QByteArray response;
+        const auto isAnswered = [&] {
             const std::lock_guard lock(m_mutex);
-            if (const auto known = m_answers.find(pathOf(*request)); known != m_answers.end())
-                response = known->second;
-            closes = m_closing.contains(pathOf(*request));
-        }
-        if (response.isEmpty()) {
+            const auto known = m_answers.find(path);
+            response = known == m_answers.end() ? rawHttpResponse(404, "not here") : known->second;
+            return !response.isEmpty();
+        };
+        if (!connection.waitUntil(isAnswered) || !connection.send(response) || contains(m_closing, path))
+            return;
+        if (contains(m_staying, path)) {
             connection.waitUntilClosedByPeer();
             return;
         }
-        if (!connection.send(response) || closes)
-            return;
     }
+}
+
+bool PageServer::contains(const std::set<QByteArray> &paths, const QByteArray &path) const
+{
+    const std::lock_guard lock(m_mutex);
+    return paths.contains(path);
 }
 
 } // namespace morvane

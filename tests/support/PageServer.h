@@ -20,9 +20,11 @@ public:
     void page(const QString &path, const QByteArray &html);
     /// Whole bytes of an answer.
     void answer(const QString &path, const QByteArray &response);
-    /// Connections to this path are taken and never answered.
+    /// Connections to this path are taken, and answered when there is an answer.
     void keepWaiting(const QString &path);
 
+    /// Connections to this path stay open behind its answer, whatever that promises.
+    void stayOpenAfter(const QString &path);
     /// Connections to this path end with its answer, whatever that promises.
     void closeAfter(const QString &path);
 
@@ -32,10 +34,12 @@ public:
 
 private:
     void serve(RawHttpConnection &connection);
+    bool contains(const std::set<QByteArray> &paths, const QByteArray &path) const;
 
     mutable std::mutex m_mutex;
     std::map<QByteArray, QByteArray> m_answers; ///< Empty for those that wait.
     std::set<QByteArray> m_closing;
+    std::set<QByteArray> m_staying;
     RawHttpServer m_server;
 };
 

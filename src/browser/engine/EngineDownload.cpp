@@ -57,10 +57,16 @@ QString reason(QWebEngineDownloadRequest::DownloadInterruptReason reason)
     }
 }
 
+/// What a page has made itself has the address of the page behind a word.
+QString siteOf(const QUrl &address)
+{
+    return address.scheme() == "blob"_L1 ? QUrl(address.path()).host() : address.host();
+}
+
 } // namespace
 
 EngineDownload::EngineDownload(QWebEngineDownloadRequest &request, const QString &folder)
-    : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())), m_site(request.url().host()),
+    : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())), m_site(siteOf(request.url())),
       m_held(folder + u"/XXXXXX"_s)
 {
     take(request);

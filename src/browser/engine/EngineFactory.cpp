@@ -81,6 +81,8 @@ EngineFactory::EngineFactory(const EngineOptions &options)
     settings.setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
     settings.setAttribute(QWebEngineSettings::FocusOnNavigationEnabled, false);
     settings.setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
+    // Frames of a page would start other programs with it.
+    settings.setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
     m_profile.setNotificationPresenter([show = options.showNotification](
                                            const std::unique_ptr<QWebEngineNotification> &notification) {
         if (!show)
@@ -125,8 +127,8 @@ void EngineFactory::download(QWebEngineDownloadRequest &request)
             return;
         }
     }
-    const auto place = std::ranges::find_if(
-        m_ours, [&request](const auto &ours) { return ours && ours->isOf(request.page()); });
+    // Its own page may be gone, and the engine ends the program when it is asked for that.
+    const auto place = std::ranges::find_if(m_ours, [](const auto &ours) { return !ours.isNull(); });
     if (place == m_ours.end())
         return;
     const auto file = std::make_shared<EngineDownload>(request, downloadFolder(m_folder));

@@ -55,6 +55,22 @@ void EnginePage::endLater()
         deleteLater();
 }
 
+void EnginePage::setLeavesUnasked(bool leavesUnasked)
+{
+    m_leavesUnasked = leavesUnasked;
+    m_refusals = 0;
+    if (leavesUnasked)
+        m_dialogs.dismiss();
+}
+
+bool EnginePage::refuses()
+{
+    constexpr int mostRefusals = 100;
+    if (m_leavesUnasked && ++m_refusals == mostRefusals)
+        Q_EMIT asksWithoutEnd();
+    return m_leavesUnasked;
+}
+
 void EnginePage::dialogEnded()
 {
     // Its own functions are still at work, and the engine's below them.
@@ -79,14 +95,18 @@ bool EnginePage::acceptNavigationRequest(const QUrl &address, NavigationType typ
 
 void EnginePage::javaScriptAlert(const QUrl &origin, const QString &text)
 {
+    if (refuses())
+        return;
     m_dialogs.alert(origin.host(), text);
     dialogEnded();
 }
 
 bool EnginePage::javaScriptConfirm(const QUrl &origin, const QString &text)
 {
+    if (refuses())
+        return text == leavingQuestion();
     // Nor is anybody held by a page that is not to ask.
-    if ((m_leavesUnasked || m_dialogs.isSilenced(origin.host())) && text == leavingQuestion())
+    if (m_dialogs.isSilenced(origin.host()) && text == leavingQuestion())
         return true;
     const bool agreed = m_dialogs.confirm(origin.host(), text);
     dialogEnded();
@@ -96,6 +116,8 @@ bool EnginePage::javaScriptConfirm(const QUrl &origin, const QString &text)
 bool EnginePage::javaScriptPrompt(const QUrl &origin, const QString &text, const QString &initial,
                                   QString *result)
 {
+    if (refuses())
+        return false;
     const auto answer = m_dialogs.prompt(origin.host(), text, initial);
     dialogEnded();
     *result = answer.value_or(QString());
@@ -104,6 +126,9 @@ bool EnginePage::javaScriptPrompt(const QUrl &origin, const QString &text, const
 
 QStringList EnginePage::chooseFiles(FileSelectionMode mode, const QStringList &, const QStringList &)
 {
+    // A place to write to is asked for by what no page gets.
+    if (mode == FileSelectSave || refuses())
+        return {};
     const auto fileMode = [mode] {
         switch (mode) {
         case FileSelectOpenMultiple:

@@ -23,14 +23,16 @@ public:
 
     /// The next document is one of ours.
     void expectOwnDocument() { m_expectsOwnDocument = true; }
-    /// Whether what the page would lose is asked about when it is left.
-    void setLeavesUnasked(bool leavesUnasked) { m_leavesUnasked = leavesUnasked; }
+    /// Whether all that the page asks is refused, since it is being left; but that it may be left is granted.
+    void setLeavesUnasked(bool leavesUnasked);
     /// Ends the page once nothing of it is at work any more.
     void endLater();
 
 Q_SIGNALS:
     /// The main frame goes to an address; one of ours is empty.
     void navigationAccepted(const QUrl &address, bool isRedirection);
+    /// A page that is being left asks so much that it does nothing else.
+    void asksWithoutEnd();
 
 protected:
     bool acceptNavigationRequest(const QUrl &address, NavigationType type, bool isMainFrame) override;
@@ -47,12 +49,14 @@ protected:
 
 private:
     void authenticate(const QString &site, QAuthenticator &authenticator);
+    bool refuses();
     void dialogEnded();
 
     std::unique_ptr<QWebEngineView> m_view;
     PageDialogs m_dialogs;
     bool m_expectsOwnDocument = false;
     bool m_leavesUnasked = false;
+    int m_refusals = 0;
     bool m_isEnding = false;
 };
 

@@ -18,6 +18,12 @@ public:
                                                   QWebEnginePage::Feature feature);
     ~EnginePermission() override;
 
+    /// Whether it waits for the answer to such a request.
+    bool isFor(const QUrl &origin, QWebEnginePage::Feature feature) const
+    {
+        return m_page && origin == m_origin && feature == m_feature;
+    }
+
     Kind kind() const override { return m_kind; }
     QString site() const override { return m_origin.host(); }
     void grant() override { answer(QWebEnginePage::PermissionGrantedByUser); }

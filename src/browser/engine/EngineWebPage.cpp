@@ -21,6 +21,8 @@ using namespace std::chrono_literals;
 
 /// How long a server may keep a request waiting before anything of the page has come.
 constexpr auto requestLimit = 60s;
+/// A page can change its title and address without end, and every change is shown and heard.
+constexpr auto changePause = 250ms;
 constexpr qsizetype longestTitle = 300;
 
 bool isSameDocument(const QUrl &one, const QUrl &other)
@@ -81,23 +83,26 @@ EngineWebPage::EngineWebPage(QWebEngineProfile &profile, QObject &parent)
         end();
         Q_EMIT failed({PageFailure::Kind::failed, u"The server did not answer in time."_s});
     });
+    m_changePause.setSingleShot(true);
+    m_changePause.setInterval(changePause);
+    connect(&m_changePause, &QTimer::timeout, this, [this] {
+        if (std::exchange(m_hasChanged, false))
+            tellOfChange();
+    });
     connect(m_page, &EnginePage::navigationAccepted, this, &EngineWebPage::navigationAccepted);
+    connect(m_page, &EnginePage::asksWithoutEnd, this, &EngineWebPage::endProcess);
     connect(m_page, &QWebEnginePage::urlChanged, this, &EngineWebPage::urlChanged);
     connect(m_page, &QWebEnginePage::loadProgress, this, &EngineWebPage::progressed);
     connect(m_page, &QWebEnginePage::loadStarted, this, [this] { m_isLoading = true; });
     connect(m_page, &QWebEnginePage::loadingChanged, this, &EngineWebPage::loadingChanged);
-    connect(m_page, &QWebEnginePage::titleChanged, this, &WebPage::changed);
+    connect(m_page, &QWebEnginePage::titleChanged, this, &EngineWebPage::tellOfChange);
     connect(m_page, &QWebEnginePage::renderProcessTerminated, this, &EngineWebPage::processEnded);
     connect(m_page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest &request) {
-        Q_EMIT newWindowRequested(request.requestedUrl());
+        // One without an address is to be written by the page itself; one that may not be is called so, too.
+        const QUrl address = request.requestedUrl();
+        Q_EMIT newWindowRequested(address.scheme() == "about"_L1 ? QUrl() : address);
     });
-    connect(m_page, &QWebEnginePage::featurePermissionRequested, this,
-            [this](const QUrl &origin, QWebEnginePage::Feature feature) {
-                if (const auto permission = EnginePermission::make(*m_page, origin, feature))
-                    Q_EMIT permissionRequested(permission);
-                else
-                    m_page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
-            });
+    connect(m_page, &QWebEnginePage::featurePermissionRequested, this, &EngineWebPage::askFor);
 }
 
 EngineWebPage::~EngineWebPage()
@@ -112,15 +117,16 @@ void EngineWebPage::load(const QUrl &address)
 {
     onceItAnswers([this, address] {
         m_isLoading = true;
+        m_wanted = address;
         m_patience.start();
-        // Whoever gives an address means to leave.
-        m_page->setLeavesUnasked(true);
+        leaveUnasked();
         m_page->load(address);
     });
 }
 
 void EngineWebPage::loadHtml(const QString &html)
 {
+    m_ownDocument = html;
     onceItAnswers([this, html] {
         m_isLoading = true;
         m_page->expectOwnDocument();
@@ -146,7 +152,10 @@ void EngineWebPage::goTo(const QList<QWebEngineHistoryItem> &items)
 
 void EngineWebPage::reload()
 {
-    onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Reload); });
+    if (m_showsOwnDocument)
+        loadHtml(m_ownDocument);
+    else
+        onceItAnswers([this] { m_page->triggerAction(QWebEnginePage::Reload); });
 }
 
 void EngineWebPage::stop()
@@ -176,7 +185,8 @@ QString EngineWebPage::title() const
 
 QUrl EngineWebPage::address() const
 {
-    return m_showsOwnDocument ? QUrl() : m_page->url();
+    // A name and a password are for the server alone.
+    return m_showsOwnDocument ? QUrl() : m_page->url().adjusted(QUrl::RemoveUserInfo);
 }
 
 bool EngineWebPage::canGoBack() const
@@ -206,6 +216,12 @@ void EngineWebPage::evaluate(const QString &script, ScriptAnswer answer)
                           });
 }
 
+void EngineWebPage::scriptUnanswered()
+{
+    // A page whose question stands answers when it is answered.
+    m_isHung = !m_answers.empty() && !m_page->dialogs().isOpen();
+}
+
 void EngineWebPage::answer(quint64 script, const QVariant &value)
 {
     m_isHung = false;
@@ -228,23 +244,30 @@ void EngineWebPage::onceItAnswers(std::function<void()> navigation)
 {
     // Where the user or the agent goes a page may speak again; one that takes its own place goes on speaking.
     m_page->dialogs().forget();
-    const qint64 process = m_page->renderProcessPid();
-    if (!m_isHung || process <= 0) {
+    m_navigation = navigation;
+    m_wanted.clear();
+    if (!m_isHung || m_page->renderProcessPid() <= 0) {
         navigation();
         return;
     }
+    m_isLoading = true;
+    endProcess();
+}
+
+void EngineWebPage::endProcess()
+{
     // The engine would wait for it for ever, even to stop.
     m_isHung = false;
-    m_isLoading = true;
-    m_afterProcess = std::move(navigation);
-    ::kill(pid_t(process), SIGKILL);
+    if (const qint64 process = m_page->renderProcessPid(); process > 0)
+        ::kill(pid_t(process), SIGKILL);
 }
 
 void EngineWebPage::processEnded()
 {
     m_hasProcess = false;
     answerNothing();
-    if (const auto navigation = std::exchange(m_afterProcess, nullptr)) {
+    // It may have taken a load under way with it.
+    if (const auto navigation = std::exchange(m_navigation, nullptr)) {
         navigation();
         return;
     }
@@ -264,10 +287,42 @@ void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
 
 void EngineWebPage::urlChanged(const QUrl &address)
 {
-    if (m_next && (m_next->isEmpty() || isSameDocument(address, *m_next)))
+    if (m_next && (m_next->isEmpty() || isSameDocument(address, *m_next))) {
         commit();
-    else
-        Q_EMIT changed();
+        return;
+    }
+    // A step within the document is over with this.
+    if (!m_next && isSameDocument(address, m_wanted))
+        end();
+    else if (!m_next)
+        m_page->setLeavesUnasked(false);
+    tellOfChange();
+}
+
+void EngineWebPage::tellOfChange()
+{
+    if (m_changePause.isActive()) {
+        m_hasChanged = true;
+        return;
+    }
+    m_changePause.start();
+    Q_EMIT changed();
+}
+
+void EngineWebPage::askFor(const QUrl &origin, QWebEnginePage::Feature feature)
+{
+    // One that is not answered yet answers all that are like it.
+    std::erase_if(m_asked, [](const auto &asked) { return asked.expired(); });
+    for (const auto &asked : m_asked)
+        if (const auto permission = asked.lock(); permission && permission->isFor(origin, feature))
+            return;
+    const auto permission = EnginePermission::make(*m_page, origin, feature);
+    if (!permission) {
+        m_page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
+        return;
+    }
+    m_asked.push_back(permission);
+    Q_EMIT permissionRequested(permission);
 }
 
 bool EngineWebPage::isNext(const QUrl &address) const
@@ -288,6 +343,7 @@ void EngineWebPage::commit()
     const bool wasOwn = m_showsOwnDocument;
     m_showsOwnDocument = m_next->isEmpty();
     m_next.reset();
+    m_navigation = nullptr;
     m_patience.stop();
     m_page->setLeavesUnasked(false);
     if (wasOwn && !m_showsOwnDocument)
@@ -299,6 +355,8 @@ void EngineWebPage::commit()
 void EngineWebPage::end()
 {
     m_isLoading = false;
+    m_navigation = nullptr;
+    m_wanted.clear();
     m_patience.stop();
     m_page->setLeavesUnasked(false);
 }

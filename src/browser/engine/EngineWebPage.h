@@ -9,11 +9,14 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QWebEngineHistoryItem;
 class QWebEngineLoadingInfo;
 
 namespace morvane {
+
+class EnginePermission;
 
 /// A page of the web engine, told in the terms of WebPage.
 class EngineWebPage final : public WebPage {
@@ -29,6 +32,7 @@ public:
     void goForward() override;
     void reload() override;
     void stop() override;
+    void leaveUnasked() override { m_page->setLeavesUnasked(true); }
     void setZoom(double factor) override;
     void edit(EditCommand command) override;
 
@@ -39,10 +43,8 @@ public:
     bool canGoForward() const override;
 
     void evaluate(const QString &script, ScriptAnswer answer) override;
-    void scriptUnanswered() override { m_isHung = !m_answers.empty(); }
+    void scriptUnanswered() override;
     QWidget *view() override;
-
-    bool isOf(const QWebEnginePage *page) const { return page == m_page; }
 
 private:
     void goTo(const QList<QWebEngineHistoryItem> &items);
@@ -51,9 +53,12 @@ private:
     void urlChanged(const QUrl &address);
     bool isNext(const QUrl &address) const;
     void progressed(int percent);
+    void tellOfChange();
+    void askFor(const QUrl &origin, QWebEnginePage::Feature feature);
     void loadingChanged(const QWebEngineLoadingInfo &info);
     void commit();
     void end();
+    void endProcess();
     void processEnded();
     void answer(quint64 script, const QVariant &value);
     void answerNothing();
@@ -63,9 +68,14 @@ private:
     bool m_showsOwnDocument = true;
     std::optional<QUrl> m_next; ///< Of the document that has not taken its place yet; empty for one of ours.
     QTimer m_patience;
+    QTimer m_changePause;
+    bool m_hasChanged = false; ///< During the pause.
+    std::vector<std::weak_ptr<EnginePermission>> m_asked;
     bool m_isHung = false;
     bool m_hasProcess = true;
-    std::function<void()> m_afterProcess; ///< The navigation that waits for a hung process to end.
+    std::function<void()> m_navigation; ///< That was asked for, until its document has taken its place.
+    QUrl m_wanted;                      ///< The address of that navigation, where it was given one.
+    QString m_ownDocument;
     double m_zoom = 1.0;
     quint64 m_scripts = 0;
     std::map<quint64, ScriptAnswer> m_answers;

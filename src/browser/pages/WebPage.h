@@ -36,6 +36,9 @@ public:
     virtual void goForward() = 0;
     virtual void reload() = 0;
     virtual void stop() = 0;
+    /// Whoever goes to another document next knows that this one is left: the user is not asked about what it
+    /// would lose, and what it asks by then is refused. `load` means so by itself.
+    virtual void leaveUnasked() = 0;
     virtual void setZoom(double factor) = 0;
     /// Does nothing where there is nothing to do it to.
     virtual void edit(EditCommand command) = 0;
@@ -62,7 +65,7 @@ public:
 Q_SIGNALS:
     void navigationStarted(const QUrl &address);
     void committed();
-    /// Title, address or list of pages, within the document.
+    /// Title, address or list of pages, within the document; some times a second at most.
     void changed();
     /// The document is there, whatever the server's status was.
     void finished();

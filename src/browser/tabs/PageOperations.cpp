@@ -166,6 +166,7 @@ Task<QString> PageOperations::browserBack()
         co_return notOpen();
     if (!tab->webView().canGoBack())
         co_return u"Error: there is no previous page to go back to."_s;
+    tab->webView().leaveUnasked();
     tab->webView().goBack();
     co_await waitUntilReady(&tab->webView(), followLimit);
     co_return u"Went back to the previous page."_s;

@@ -5,7 +5,10 @@
 #include "browser/pages/EvaluateWithTimeout.h"
 #include "support/TemporaryHome.h"
 
+#include <QApplication>
 #include <QRegularExpression>
+#include <QTest>
+#include <QTimer>
 #include <QWidget>
 
 namespace morvane {
@@ -16,6 +19,10 @@ class Engine final : public QObject {
 public:
     explicit Engine(QObject *application) : QObject(application)
     {
+        // It asks for the way to other computers once.
+        const QUrl address = proxy.url("/");
+        qputenv("http_proxy", address.toEncoded());
+        qputenv("no_proxy", "other.test,nowhere.test");
         auto started = loadBrowserEngine(
             InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
             {.folder = home.path("Browser"),
@@ -30,6 +37,7 @@ public:
 
     TemporaryHome home;
     QList<QStringList> notifications;
+    PageServer proxy;
     std::unique_ptr<WebPageFactory> factory;
 };
 
@@ -49,6 +57,11 @@ void EngineFixture::SetUpTestSuite()
 WebPageFactory &EngineFixture::engine()
 {
     return *theEngine().factory;
+}
+
+PageServer &EngineFixture::proxy()
+{
+    return theEngine().proxy;
 }
 
 QString EngineFixture::folder()
@@ -99,6 +112,53 @@ void EngineFixture::runInPage(const QString &script)
     value(QString("var s = document.createElement('script'); s.textContent = `%1`; "
                   "document.documentElement.appendChild(s); s.remove(); 1")
               .arg(quoted));
+}
+
+QString EngineFixture::valueOf(const QString &id)
+{
+    return value(QString("document.getElementById('%1').value").arg(id)).toString();
+}
+
+void EngineFixture::press(const QString &keys)
+{
+    QWidget *const view = page().view();
+    view->activateWindow();
+    ASSERT_TRUE(waitUntil([view] { return view->isActiveWindow() && view->focusProxy(); }));
+    view->setFocus();
+    QTest::keyClicks(view->focusProxy(), keys);
+}
+
+QDialog *EngineFixture::sheet()
+{
+    for (QWidget *const widget : QApplication::topLevelWidgets())
+        if (auto *const dialog = qobject_cast<QDialog *>(widget); dialog && dialog->isVisible())
+            return dialog;
+    return nullptr;
+}
+
+void EngineFixture::underSheet(const std::function<bool()> &condition,
+                               const std::function<void(QDialog &)> &answer)
+{
+    QTimer looking;
+    bool answered = false;
+    QObject::connect(&looking, &QTimer::timeout, [&] {
+        QDialog *const dialog = sheet();
+        if (!dialog || answered || !condition())
+            return;
+        answered = true;
+        answer(*dialog);
+    });
+    looking.start(5);
+    EXPECT_TRUE(waitUntil([&] { return answered && !sheet(); }));
+}
+
+void EngineFixture::speak(const QString &script, const std::function<void(QDialog &)> &answer)
+{
+    // The call only comes back when the page has its answer.
+    page().evaluate("var s = document.createElement('script'); s.textContent = " +
+                        QString("`%1`; document.documentElement.appendChild(s); 1").arg(script),
+                    [](const QVariant &) {});
+    underSheet([] { return true; }, answer);
 }
 
 int EngineFixture::numberOf(const QString &reading, const QString &name)

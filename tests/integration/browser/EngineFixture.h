@@ -9,6 +9,8 @@
 #include "support/PageServer.h"
 #include "support/RunTask.h"
 
+#include <QDialog>
+#include <functional>
 #include <gmock/gmock.h>
 #include <memory>
 
@@ -23,6 +25,8 @@ protected:
     ~EngineFixture() override;
 
     static WebPageFactory &engine();
+    /// Through which the engine goes to all sites but those that are here.
+    static PageServer &proxy();
     /// The folder of its profile.
     static QString folder();
     /// What pages have let be shown, the newest last: site, title and message.
@@ -44,10 +48,34 @@ protected:
     {
         return runTask(scheduler, std::move(operation), std::chrono::seconds(60));
     }
+    /// Opens a page of this body.
+    QString show(const QByteArray &body)
+    {
+        server.page("/page", "<!doctype html><title>Page</title>" + body);
+        return open("/page");
+    }
+    /// Waits for a page of this site to be there whole.
+    bool arrives(const QString &path)
+    {
+        return waitUntil([&] { return page().address() == server.url(path) && !page().isLoading(); });
+    }
     /// What a script in the page's own world left in its title, or any value of ours.
     QVariant value(const QString &script);
     /// Runs a script as the page itself would.
     void runInPage(const QString &script);
+    /// What the field with this id holds.
+    QString valueOf(const QString &id);
+    /// Presses keys in the page, as the user does.
+    void press(const QString &keys);
+
+    /// What asks the user something; null while nothing does.
+    static QDialog *sheet();
+    /// Does something once a sheet stands and `condition` holds, from within the sheet's own loop, and waits
+    /// for the sheet to go.
+    static void underSheet(const std::function<bool()> &condition,
+                           const std::function<void(QDialog &)> &answer);
+    /// Lets the page speak, and has the user answer once the sheet is there.
+    void speak(const QString &script, const std::function<void(QDialog &)> &answer);
     /// The number under which the last reading lists an element with this name, or 0.
     static int numberOf(const QString &reading, const QString &name);
 

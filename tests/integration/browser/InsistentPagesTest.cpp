@@ -22,11 +22,6 @@ protected:
         m_looking.start(5);
     }
 
-    void show(const QByteArray &body)
-    {
-        server.page("/page", "<!doctype html><title>Page</title>" + body);
-        open("/page");
-    }
     QString title() { return value("document.title").toString(); }
     /// A key that the page takes for the user's.
     void press(Qt::Key key)

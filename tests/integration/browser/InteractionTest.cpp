@@ -8,18 +8,7 @@ namespace {
 const QString gone = "Error: element is gone — the page may have changed. Run browser_read again.";
 
 /// What the agent reads of real pages and does in them.
-class InteractionTest : public EngineFixture {
-protected:
-    QString show(const QByteArray &body)
-    {
-        server.page("/page", "<!doctype html><title>Page</title>" + body);
-        return open("/page");
-    }
-    QString valueOf(const QString &id)
-    {
-        return value(QString("document.getElementById('%1').value").arg(id)).toString();
-    }
-};
+class InteractionTest : public EngineFixture {};
 
 TEST_F(InteractionTest, APageIsReadWithItsElements)
 {

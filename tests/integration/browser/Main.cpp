@@ -6,5 +6,8 @@
 int main(int argc, char **argv)
 {
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    // Sites of several names, all of them here, and one that is nowhere.
+    qputenv("QTWEBENGINE_CHROMIUM_FLAGS",
+            "--host-resolver-rules=\"MAP nowhere.test ~NOTFOUND,MAP *.test 127.0.0.1\"");
     return morvane::runOnPrivateDesktop<QApplication>(argc, argv);
 }

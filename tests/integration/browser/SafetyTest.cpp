@@ -19,45 +19,16 @@ namespace {
 /// What pages want of the user and of the computer.
 class SafetyTest : public EngineFixture {
 protected:
-    QString show(const QByteArray &body)
-    {
-        server.page("/page", "<!doctype html><title>Page</title>" + body);
-        return open("/page");
-    }
-    static QDialog *sheet()
-    {
-        for (QWidget *const widget : QApplication::topLevelWidgets())
-            if (auto *const dialog = qobject_cast<QDialog *>(widget); dialog && dialog->isVisible())
-                return dialog;
-        return nullptr;
-    }
-    /// Does something once a sheet stands and `condition` holds, from within the sheet's own loop, and waits
-    /// for the sheet to go.
-    static void underSheet(const std::function<bool()> &condition,
-                           const std::function<void(QDialog &)> &answer)
-    {
-        QTimer looking;
-        bool answered = false;
-        QObject::connect(&looking, &QTimer::timeout, [&] {
-            QDialog *const dialog = sheet();
-            if (!dialog || answered || !condition())
-                return;
-            answered = true;
-            answer(*dialog);
-        });
-        looking.start(5);
-        EXPECT_TRUE(waitUntil([&] { return answered && !sheet(); }));
-    }
-    /// Lets the page speak, and has the user answer once the sheet is there.
-    void speak(const QString &script, const std::function<void(QDialog &)> &answer)
-    {
-        // The call only comes back when the page has its answer.
-        page().evaluate("var s = document.createElement('script'); s.textContent = " +
-                            QString("`%1`; document.documentElement.appendChild(s); 1").arg(script),
-                        [](const QVariant &) {});
-        underSheet([] { return true; }, answer);
-    }
     QString title() { return value("document.title").toString(); }
+    /// Waits for a question of the window's; where a file is to go is answered until then.
+    bool isAsked(const QString &question)
+    {
+        return waitUntil([&] {
+            for (const auto &answer : std::exchange(window.destinations, {}))
+                answer({});
+            return window.asked.contains(question);
+        });
+    }
 };
 
 TEST_F(SafetyTest, WhatAPageAsksIsAnsweredInASheetThatNamesTheSite)
@@ -164,6 +135,28 @@ TEST_F(SafetyTest, ATruncatedDownloadIsAFailure)
     ASSERT_TRUE(waitUntil([this] { return announcer.spoken.join('|').contains("Download failed: "); }))
         << announcer.spoken.join('|').toStdString();
     EXPECT_FALSE(announcer.spoken.contains("Download complete."));
+}
+
+TEST_F(SafetyTest, AFileWhosePageIsGoneIsOfferedAllTheSame)
+{
+    HttpHeaders headers;
+    headers.set("Content-Type", "application/octet-stream");
+    server.keepWaiting("/file");
+    show("<a download='late.txt' href=/file>save</a>");
+    EXPECT_EQ(click(1), "Clicked 'save'.");
+    ASSERT_TRUE(waitUntil([this] { return !server.requests("/file").isEmpty(); }));
+    manager->closeTab(manager->activeTabID());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    server.answer("/file", rawHttpResponse(200, "x", headers));
+    EXPECT_TRUE(isAsked("where to write late.txt of 127.0.0.1"));
+}
+
+TEST_F(SafetyTest, AFileThatAPageHasMadeNamesItsSite)
+{
+    show("<a download='made.txt'>save</a><script>document.querySelector('a').href = URL.createObjectURL(new "
+         "Blob(['words']))</script>");
+    EXPECT_EQ(click(1), "Clicked 'save'.");
+    EXPECT_TRUE(isAsked("where to write made.txt of 127.0.0.1"));
 }
 
 TEST_F(SafetyTest, AServerThatCannotProveItselfIsNotShown)
