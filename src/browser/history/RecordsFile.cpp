@@ -51,13 +51,22 @@ void RecordsFile::read(std::function<void(std::optional<QByteArray>)> take)
 void RecordsFile::write(std::function<QByteArray()> content)
 {
     const std::lock_guard lock(m_lock);
-    if (!std::exchange(m_waiting, std::move(content)))
-        m_disk.start([this] { writeWaiting(); });
+    if (m_waiting) {
+        *m_waiting = std::move(content);
+        return;
+    }
+    m_waiting = std::make_shared<Content>(std::move(content));
+    m_disk.start([this, waiting = m_waiting] { writeWaiting(waiting); });
 }
 
 void RecordsFile::remove()
 {
-    takeWaiting();
+    {
+        // What comes now is written behind the removal.
+        const std::lock_guard lock(m_lock);
+        if (const auto waiting = std::exchange(m_waiting, nullptr))
+            *waiting = {};
+    }
     m_disk.start([this] {
         if (::unlink(QFile::encodeName(m_path).constData()) != 0 && errno != ENOENT)
             qCWarning(browserHistoryLog) << "records were not removed:" << systemReason(errno);
@@ -69,15 +78,15 @@ void RecordsFile::finish()
     m_disk.waitForDone();
 }
 
-std::function<QByteArray()> RecordsFile::takeWaiting()
+void RecordsFile::writeWaiting(const std::shared_ptr<Content> &waiting)
 {
-    const std::lock_guard lock(m_lock);
-    return std::exchange(m_waiting, {});
-}
-
-void RecordsFile::writeWaiting()
-{
-    const auto content = takeWaiting();
+    Content content;
+    {
+        const std::lock_guard lock(m_lock);
+        content = std::exchange(*waiting, {});
+        if (m_waiting == waiting)
+            m_waiting.reset();
+    }
     if (!content) // it was removed meanwhile
         return;
     if (const auto written = writeFileAtomically(m_path, content()); !written)

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QThreadPool>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -37,12 +38,15 @@ public:
     void finish();
 
 private:
-    std::function<QByteArray()> takeWaiting();
-    void writeWaiting();
+    /// Gives what is to be written; empty once it is no longer wanted.
+    using Content = std::function<QByteArray()>;
+
+    void writeWaiting(const std::shared_ptr<Content> &waiting);
 
     const QString m_path;
     std::mutex m_lock;
-    std::function<QByteArray()> m_waiting; ///< What is to be written next, if anything; under the lock.
+    /// Of the last write that has not begun, if anything may still take its place; under the lock.
+    std::shared_ptr<Content> m_waiting;
     QThreadPool m_disk;
 };
 

@@ -98,10 +98,14 @@ TEST_F(BrowserManagerTest, ClosingTheOnlyTabLeavesOneOnTheStartPage)
 
 TEST_F(BrowserManagerTest, ClosingTheActiveTabShowsTheOneInFrontOfIt)
 {
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         manager.newTab();
     const QUuid first = tab(0).id();
     const QUuid second = tab(1).id();
+    manager.switchTab(tab(2).id());
+    manager.closeTab(tab(2).id());
+    EXPECT_EQ(manager.activeTabID(), second) << "though there is one behind it";
+    manager.switchTab(tab(2).id());
     manager.closeTab(tab(2).id());
     EXPECT_EQ(manager.activeTabID(), second);
     manager.switchTab(first);

@@ -71,6 +71,17 @@ TEST_F(NavigationTest, ALoadThatFailsIsAnnouncedAndLeavesThePage)
     EXPECT_EQ(tab().title(), "A");
 }
 
+TEST_F(NavigationTest, WhatTheEngineHasLeftAfterALoadThatFailsIsShown)
+{
+    visit(0, "https://a.test/", "A");
+    page().load(QUrl("https://b.test/"));
+    page().currentTitle = "Crashed";
+    page().back = true;
+    page().fail({PageFailure::Kind::cancelled, "aborted"});
+    EXPECT_EQ(tab().title(), "Crashed");
+    EXPECT_TRUE(manager.canGoBack());
+}
+
 TEST_F(NavigationTest, ACancelledLoadIsSilent)
 {
     page().load(QUrl("https://b.test/"));

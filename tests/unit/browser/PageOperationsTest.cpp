@@ -80,6 +80,22 @@ TEST_F(PageOperationsTest, APageThatDoesNotEndLoadingIsToldAfterTwentySeconds)
     EXPECT_LT(took, 21s);
 }
 
+TEST_F(PageOperationsTest, ALoadThatFailsIsNotWaitedForAnyLonger)
+{
+    pages.prepare = [this](FakeWebPage &made) {
+        made.answers = [this](const QString &script) { return answer(script); };
+    };
+    auto handle = scheduler.spawn(operations.browserOpen("http://host.test/"));
+    settle();
+    clock.advance(10ms);
+    page().fail({PageFailure::Kind::failed, "There is no such host."});
+    settle();
+    clock.advance(400ms);
+    settle();
+    ASSERT_TRUE(handle.done());
+    EXPECT_TRUE(handle.result().startsWith("Page: T\n")) << "what is there instead";
+}
+
 TEST_F(PageOperationsTest, APageWhoseScriptsGoOnLoadingIsWaitedFor)
 {
     manager.newTab();
@@ -118,6 +134,16 @@ TEST_F(PageOperationsTest, APageThatAnswersNothingCostsTheLimitsAndIsToldSo)
     EXPECT_EQ(result(operations.browserScroll(1)), "Scrolled up.");
     EXPECT_EQ(took, 5s);
     EXPECT_EQ(page().unanswered, 1) << "five seconds are not long enough";
+}
+
+TEST_F(PageOperationsTest, APageThatIsThereHasThreeSecondsForItsFirstAnswer)
+{
+    manager.newTab();
+    page().back = true;
+    page().finishesByItself = true;
+    page().holdsAnswers = true;
+    EXPECT_EQ(result(operations.browserBack()), "Went back to the previous page.");
+    EXPECT_EQ(took, 3s + 2s + 2s + 400ms);
 }
 
 TEST_F(PageOperationsTest, WithoutAWindowThereIsNothingToOpenOrRead)

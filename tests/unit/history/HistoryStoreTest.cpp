@@ -90,6 +90,17 @@ TEST_F(HistoryStoreTest, VisitsWhileTheFileIsBeingReadAreAddedToWhatItHolds)
     EXPECT_EQ(store->entries()[2].url, u"https://b.test/"_s);
 }
 
+TEST_F(HistoryStoreTest, AVisitIsWrittenThoughOneThatLeavesNoTraceFollowsIt)
+{
+    auto store = startedStore();
+    store->record(u"https://a.test/"_s, u"A"_s);
+    store->record(u"about:blank"_s, {});
+    ASSERT_TRUE(waitUntil([&] { return !store->entries().isEmpty(); }));
+    store.reset();
+    ASSERT_EQ(onDisk().size(), 1);
+    EXPECT_EQ(onDisk().first().url, u"https://a.test/"_s);
+}
+
 TEST_F(HistoryStoreTest, AProgramThatEndsBeforeTheFileIsReadLosesNothing)
 {
     const QList<BrowserHistoryEntry> older{entry(u"https://b.test/"_s, now - 60)};

@@ -24,6 +24,7 @@ protected:
         const QString address = request.url.toString();
         asked.append(address);
         EXPECT_EQ(request.silenceLimit, 6s);
+        EXPECT_EQ(request.redirects, RedirectRule::allowGet);
         EXPECT_LE(maximumBytes, 256 * 1024);
         if (silent.contains(address))
             co_await sleepFor(1h);
@@ -113,6 +114,7 @@ TEST_F(FaviconsTest, WhatIsNoPictureOrNoSuccessIsPassedOver)
     EXPECT_FALSE(fetched().isNull());
     EXPECT_EQ(asked.size(), 2);
     status = 203;
+    answers[u"https://b.test/favicon.ico"_s] = "icon";
     EXPECT_TRUE(fetched(u"b.test"_s).isNull());
 }
 
