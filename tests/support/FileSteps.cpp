@@ -1,5 +1,6 @@
 #include "support/FileSteps.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <dlfcn.h>
 #include <mutex>
@@ -11,13 +12,34 @@ namespace morvane {
 namespace {
 
 std::mutex mutex;
-std::optional<QList<FileSteps::Step>> steps; ///< Nothing while nobody looks. Guarded by the mutex.
+std::optional<QList<FileSteps::Step>>
+    steps; ///< Nothing while nobody looks. Guarded by the mutex, as the next.
+int failure = 0;
 
 void note(FileSteps::Step::Kind kind, const struct stat &status)
 {
     const std::lock_guard lock(mutex);
     if (steps)
         steps->append({kind, status.st_ino, status.st_size});
+}
+
+int syncFailure()
+{
+    const std::lock_guard lock(mutex);
+    return failure;
+}
+
+/// Carries out a system's function that brings what the descriptor stands for to the disk.
+int sync(FileSteps::Step::Kind kind, int descriptor, int (*system)(int))
+{
+    struct stat status{};
+    if (::fstat(descriptor, &status) == 0)
+        note(kind, status);
+    const int error = syncFailure();
+    if (error == 0)
+        return system(descriptor);
+    errno = error;
+    return -1;
 }
 
 template <class Function> Function systemFunction(const char *name)
@@ -27,16 +49,18 @@ template <class Function> Function systemFunction(const char *name)
 
 } // namespace
 
-FileSteps::FileSteps()
+FileSteps::FileSteps(int syncError)
 {
     const std::lock_guard lock(mutex);
     steps.emplace();
+    failure = syncError;
 }
 
 FileSteps::~FileSteps()
 {
     const std::lock_guard lock(mutex);
     steps.reset();
+    failure = 0;
 }
 
 QList<FileSteps::Step> FileSteps::all() const
@@ -51,11 +75,14 @@ QList<FileSteps::Step> FileSteps::all() const
 
 extern "C" int fsync(int descriptor)
 {
-    struct stat status{};
-    if (::fstat(descriptor, &status) == 0)
-        morvane::note(morvane::FileSteps::Step::Kind::synced, status);
     static const auto system = morvane::systemFunction<int (*)(int)>("fsync");
-    return system(descriptor);
+    return morvane::sync(morvane::FileSteps::Step::Kind::synced, descriptor, system);
+}
+
+extern "C" int syncfs(int descriptor) noexcept
+{
+    static const auto system = morvane::systemFunction<int (*)(int)>("syncfs");
+    return morvane::sync(morvane::FileSteps::Step::Kind::volumeSynced, descriptor, system);
 }
 
 extern "C" int rename(const char *from, const char *to) noexcept

@@ -1,10 +1,13 @@
 #include "integration/update/BundleFixture.h"
+#include "support/FileSteps.h"
 #include "support/RenameFaults.h"
 #include "support/SmallVolume.h"
 #include "support/WaitUntil.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +49,40 @@ TEST_F(BundleInstallationTest, TheNewBundleTakesTheOldOnesPlace)
     ASSERT_TRUE(install(write(sampleBundleImage())));
     EXPECT_EQ(version(), "new");
     EXPECT_EQ(contentOf(app() + u"/Contents/MacOS/link"_s), "new library");
+}
+
+TEST_F(BundleInstallationTest, TheNewBundleIsOnTheDiskBeforeItTakesThePlace)
+{
+    QList<FileSteps::Step> taken;
+    {
+        const FileSteps steps;
+        ASSERT_TRUE(install(write(sampleBundleImage())));
+        taken = steps.all();
+    }
+    const auto place = [&taken](FileSteps::Step::Kind kind, const QString &folder) {
+        struct stat status{};
+        EXPECT_EQ(::stat(folder.toUtf8().constData(), &status), 0);
+        return std::find_if(taken.begin(), taken.end(), [&](const FileSteps::Step &step) {
+            return step.kind == kind && step.inode == status.st_ino;
+        });
+    };
+    const auto unpacked = place(FileSteps::Step::Kind::volumeSynced, parent() + u'/' + beside().value(0));
+    const auto moved = place(FileSteps::Step::Kind::synced, parent());
+    EXPECT_LT(unpacked, moved);
+    EXPECT_LT(moved, taken.end());
+}
+
+TEST_F(BundleInstallationTest, ANewBundleThatDoesNotReachTheDiskDoesNotTakeThePlace)
+{
+    const FileSteps steps(EIO);
+    expectFailure(write(sampleBundleImage()), u"Input/output error."_s);
+}
+
+TEST_F(BundleInstallationTest, ItsFolderIsTheUsersAlone)
+{
+    BundleInstallation installation(bundle());
+    ASSERT_TRUE(installation.prepare());
+    EXPECT_EQ(permissionBits(parent() + u'/' + beside().value(0)), 0700U);
 }
 
 TEST_F(BundleInstallationTest, TheBundleKeepsItsName)

@@ -4,6 +4,7 @@
 #include "async/SystemClock.h"
 #include "net/HttpClient.h"
 #include "support/DownloadServer.h"
+#include "support/FileSteps.h"
 #include "support/RunTask.h"
 #include "support/SmallVolume.h"
 #include "support/TemporaryHome.h"
@@ -12,6 +13,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <cerrno>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -159,6 +161,12 @@ TEST_F(UpdateDMGDownloaderTest, AFullDiskIsTold)
 {
     const SmallVolume volume(folder(), 1'000'000);
     ASSERT_TRUE(volume.isMounted());
+    EXPECT_EQ(failure(), u"Could not save the downloaded update."_s);
+}
+
+TEST_F(UpdateDMGDownloaderTest, AnImageThatDoesNotReachTheDiskIsTold)
+{
+    const FileSteps steps(EIO);
     EXPECT_EQ(failure(), u"Could not save the downloaded update."_s);
 }
 

@@ -170,6 +170,20 @@ TEST_F(UpdateModelTest, ARequiredUpdateLetsNoMessageThrough)
                             "build 7 now."_s));
 }
 
+TEST_F(UpdateModelTest, AVersionMustUpdateWhereTheListNamesItWhateverTheFlagSays)
+{
+    offer(u"1.3"_s, 7);
+    updates.manifest.requiredVersions = {updates.running.version};
+    check(Occasion::programStart);
+    EXPECT_TRUE(checker().isUpdateRequired());
+    EXPECT_FALSE(model->send(u"hi"_s, {}));
+    updates.manifest.requiredVersions = {u"1.1"_s};
+    updates.manifest.required = true;
+    check(Occasion::programStart);
+    EXPECT_FALSE(checker().isUpdateRequired());
+    EXPECT_TRUE(checker().availableUpdate());
+}
+
 TEST_F(UpdateModelTest, AnOlderManifestThatRequiresClearsWhatWasKnown)
 {
     requireUpdate();
