@@ -31,7 +31,7 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-/// About what is in a bundle.
+/// About what is in a bundle, less the web engine, which takes minutes to pack.
 constexpr qint64 usualMegabytes = 158;
 
 void writeProgram(const QString &path)

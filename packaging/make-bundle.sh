@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
-# make-bundle.sh OUT [--origin ORIGIN] [--build N] [--key KEY.pem] [--release]
+# make-bundle.sh OUT [--origin ORIGIN] [--build N] [--key KEY.pem] [--release] [--no-image]
 # Builds Morvane and makes OUT/Morvane.app, which runs from every folder, OUT/Morvane-VERSION-buildN.tar.zst, the image
 # of it that is handed out, and OUT/latest.json, the manifest of the update to it.
 #   --origin ORIGIN  the build looks for updates there, and not where releases do
 #   --build N        its build number, 1 unless told
 #   --key KEY.pem    the Ed25519 key that signs the manifest; the build takes only updates that are signed with it
 #   --release        refuses to make what is none: another origin, no key, no browser, changes that are not committed
+#   --no-image       makes the bundle only: packing it takes minutes
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 
-usage() { sed -n '2,9s/^# \{0,1\}//p' "$here/make-bundle.sh" >&2; exit 2; }
+usage() { sed -n '2,10s/^# \{0,1\}//p' "$here/make-bundle.sh" >&2; exit 2; }
 refuse() { echo "This is no release: $*." >&2; exit 1; }
 
 [ $# -gt 0 ] || usage
@@ -20,12 +21,14 @@ origin=
 build=1
 key=
 release=
+image=yes
 while [ $# -gt 0 ]; do
   case $1 in
     --origin) origin=${2:?} ;;
     --build) build=${2:?} ;;
     --key) key=$(realpath "${2:?}") ;;
     --release) release=yes; shift; continue ;;
+    --no-image) image=; shift; continue ;;
     *) usage ;;
   esac
   shift 2
@@ -52,8 +55,12 @@ name=Morvane-$(constant CMAKE_PROJECT_VERSION)-build$build.tar.zst
 
 packaging/assemble-bundle.py build/bundle "$out/Morvane.app"
 [ -z "$release" ] || [ -f "$out/Morvane.app/Contents/lib/morvane/libmorvane-browser.so" ] || refuse "it has no browser"
-packaging/make-image.sh "$out/Morvane.app" "$out/$name"
-packaging/make-manifest.py "$out/$name" "$(constant MORVANE_UPDATE_ORIGIN)/downloads/$name" "$build" >"$out/latest.json"
-[ -z "$key" ] || packaging/sign-update.sh "$key" "$out/latest.json"
-du -h --apparent-size --summarize "$out/Morvane.app" "$out/$name"
+made=("$out/Morvane.app")
+if [ -n "$image" ]; then
+  packaging/make-image.sh "$out/Morvane.app" "$out/$name"
+  packaging/make-manifest.py "$out/$name" "$(constant MORVANE_UPDATE_ORIGIN)/downloads/$name" "$build" >"$out/latest.json"
+  [ -z "$key" ] || packaging/sign-update.sh "$key" "$out/latest.json"
+  made+=("$out/$name")
+fi
+du -h --apparent-size --summarize "${made[@]}"
 [ -n "$release" ] || echo "Made without --release: for trying out."

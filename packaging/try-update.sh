@@ -8,10 +8,11 @@ cd "$(dirname "$0")/.."
 
 origin=http://127.0.0.1:${1:-41725}
 trial=build/trial
-for each in "old 1" "new 2"; do
-  read -r name build <<<"$each"
-  packaging/make-bundle.sh "$trial/$name" --origin "$origin" --build "$build" >"$trial-$name.log"
-  tail -n 3 "$trial-$name.log" | sed "s|$PWD/||"
-done
+make() {
+  packaging/make-bundle.sh "$trial/$1" --origin "$origin" "${@:2}" >"$trial-$1.log"
+  grep -P '^[\d.]+[KMG]\t' "$trial-$1.log" | sed "s|$PWD/||"
+}
+make old --build 1 --no-image
+make new --build 2
 MORVANE_UPDATE_TRIAL=$(realpath "$trial") build/release/bin/e2e_tests \
   --gtest_filter='UpdateTest.*:KilledUpdateTest.*'

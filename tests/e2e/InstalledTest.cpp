@@ -240,7 +240,7 @@ TEST_P(InstalledTest, ItsLibrariesAreThoseOfItsOwnTree)
 TEST_P(InstalledTest, PagesAreShownByTheEngineOfItsOwnTree)
 {
     PageServer site;
-    site.page(u"/birds"_s, "<title>Birds</title><h1>Kingfishers</h1>");
+    site.page(u"/birds"_s, "<title>Birds</title><h1>Kingfishers</h1><form><input type=submit></form>");
     const TestCertificate certificate(u"IP:127.0.0.1"_s);
     const TlsServer unproven(TlsServer::Protocol::http1, certificate);
     ASSERT_TRUE(unproven.isRunning());
@@ -257,6 +257,7 @@ TEST_P(InstalledTest, PagesAreShownByTheEngineOfItsOwnTree)
     ASSERT_TRUE(morvane.ear().hears(u"I see them."_s));
     EXPECT_THAT(lastResult(morvane).toStdString(), testing::HasSubstr("Kingfishers"));
     EXPECT_TRUE(morvane.program().shows(u"Browser content: Birds"_s));
+    EXPECT_TRUE(morvane.program().shows(u"Submit"_s)) << "the engine's words for the user's language";
     const QString here = root(GetParam());
     const QString loaded = loadedBy(QString::number(morvane.program().process().pid()));
     EXPECT_TRUE(loaded.contains(here + u"/lib/morvane/libmorvane-browser.so"_s));
