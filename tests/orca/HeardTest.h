@@ -8,7 +8,7 @@ namespace morvane {
 
 /// Base of the tests that listen with a real screen reader. It starts before the program, and one that fails
 /// leaves what was spoken and the reader's log with the other evidence.
-class HeardTest : public MorvaneTest {
+class HeardTest : public virtual MorvaneTest {
 protected:
     /// Starts the reader and the program beside a model that answers with these turns, and waits until the
     /// reader has read out where the user is.

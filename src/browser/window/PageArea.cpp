@@ -2,6 +2,7 @@
 
 #include "browser/tabs/BrowserManager.h"
 #include "browser/window/PageText.h"
+#include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/AccessibleRole.h"
 
 #include <QHash>
@@ -35,12 +36,15 @@ PageArea::~PageArea()
 
 void PageArea::showActiveTab()
 {
-    if (m_tab)
+    if (m_tab) {
         m_tab->disconnect(this);
+        m_tab->webView().disconnect(this);
+    }
     m_tab = m_manager.activeTab();
     if (!m_tab)
         return;
     connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
+    connect(&m_tab->webView(), &WebPage::finished, this, &PageArea::tellFocus);
     QWidget *view = m_tab->webView().view();
     const bool hadFocus = hasPageFocus();
     if (indexOf(view) < 0) {
@@ -59,6 +63,12 @@ void PageArea::updateName()
     const QString name = title.isEmpty() ? u"Browser content"_s : u"Browser content: "_s + title;
     if (accessibleName() != name)
         setAccessibleName(name);
+}
+
+void PageArea::tellFocus() const
+{
+    if (isActiveWindow() && hasPageFocus())
+        tellFocusAnew();
 }
 
 void PageArea::focusPage()

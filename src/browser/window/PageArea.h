@@ -28,6 +28,7 @@ protected:
 
 private:
     void keepFocus();
+    void tellFocus() const;
     void showActiveTab();
     void updateName();
 

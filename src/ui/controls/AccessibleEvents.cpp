@@ -40,8 +40,8 @@ void forwardFocus(QAccessibleInterface *focused)
 /// The widget that an event comes from, or in which the row lies that it comes from.
 QWidget *sourceOf(const QAccessibleEvent &event)
 {
-    return event.object() != nullptr ? qobject_cast<QWidget *>(event.object())
-                                     : widgetOf(event.accessibleInterface());
+    auto *const widget = qobject_cast<QWidget *>(event.object());
+    return widget != nullptr ? widget : widgetOf(event.accessibleInterface());
 }
 
 bool isSilenced(const QWidget *widget)
@@ -83,28 +83,46 @@ bool isWorthTelling(const QAccessibleEvent &event, const QWidget *widget)
     return widget->isWindow() || !isSilenced(widget);
 }
 
-/// What has the focus: of a list that takes it, the current row.
-QAccessibleInterface *focusOf(const QAccessibleEvent &event)
+/// What has the focus: of a list that takes it, the current row, and of what shows a document the part of
+/// that.
+QAccessibleInterface *focusIn(QAccessibleInterface *source)
 {
-    QAccessibleInterface *source = event.accessibleInterface();
-    const bool isList = source != nullptr && source->role() == QAccessible::List;
-    QAccessibleInterface *row = isList ? source->focusChild() : nullptr;
-    return row != nullptr ? row : source;
+    const bool hasParts =
+        source != nullptr && (source->role() == QAccessible::List || source->role() == QAccessible::Client);
+    QAccessibleInterface *part = hasParts ? source->focusChild() : nullptr;
+    return part != nullptr ? part : source;
+}
+
+QAccessibleInterface *currentFocus()
+{
+    return focusIn(QAccessible::queryAccessibleInterface(QApplication::focusWidget()));
+}
+
+bool isOfCaret(const QAccessibleEvent &event)
+{
+    return event.type() == QAccessible::TextCaretMoved || event.type() == QAccessible::TextSelectionChanged;
 }
 
 /// A field that takes the focus tells of its caret before it tells of the focus. A reader then knows where
 /// the user is already, and does not say the field's name.
 void tellFocusBeforeCaret(const QAccessibleEvent &event, const QWidget *widget)
 {
-    const bool isOfCaret =
-        event.type() == QAccessible::TextCaretMoved || event.type() == QAccessible::TextSelectionChanged;
-    if (!isOfCaret || widget == nullptr || !widget->hasFocus())
+    if (!isOfCaret(event) || widget == nullptr || !widget->hasFocus())
         return;
-    QAccessibleInterface *focused = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+    QAccessibleInterface *focused = currentFocus();
     if (focused == nullptr || isOf(toldFocusProperty, focused))
         return;
     forwardFocus(focused);
     qApp->setProperty(toldEarlyProperty, QAccessible::uniqueId(focused));
+}
+
+/// The same of a field in a document, which does not know yet that it has the focus. A reader asks for the
+/// caret when it hears of the focus.
+bool comesBeforeFocus(const QAccessibleEvent &event)
+{
+    QAccessibleInterface *source = isOfCaret(event) ? event.accessibleInterface() : nullptr;
+    return source != nullptr && qobject_cast<QWidget *>(source->object()) == nullptr &&
+           source->state().editable && !isOf(toldFocusProperty, source);
 }
 
 void tell(QAccessibleEvent *event)
@@ -116,7 +134,7 @@ void tell(QAccessibleEvent *event)
         return;
     }
     if (event->type() == QAccessible::Focus) {
-        QAccessibleInterface *focused = focusOf(*event);
+        QAccessibleInterface *focused = focusIn(event->accessibleInterface());
         // A reader leaves out the first of two alike.
         const bool isTold = focused == nullptr || isOf(toldEarlyProperty, focused);
         qApp->setProperty(toldEarlyProperty, QVariant());
@@ -124,6 +142,8 @@ void tell(QAccessibleEvent *event)
             forwardFocus(focused);
         return;
     }
+    if (comesBeforeFocus(*event))
+        return;
     tellFocusBeforeCaret(*event, widget);
     forward(*event);
     if (event->type() == QAccessible::ObjectShow && widget != nullptr &&
@@ -145,9 +165,9 @@ void renew(QWidget *widget)
 
 QWidget *widgetOf(QAccessibleInterface *element)
 {
-    while (element != nullptr && element->object() == nullptr)
+    while (element != nullptr && qobject_cast<QWidget *>(element->object()) == nullptr)
         element = element->parent();
-    return element != nullptr ? qobject_cast<QWidget *>(element->object()) : nullptr;
+    return element != nullptr ? static_cast<QWidget *>(element->object()) : nullptr;
 }
 
 void installAccessibleEventFilter()
@@ -158,6 +178,13 @@ void installAccessibleEventFilter()
 bool isToldToReaders(const QAccessibleEvent &event)
 {
     return isWorthTelling(event, sourceOf(event));
+}
+
+void tellFocusAnew()
+{
+    QAccessibleInterface *focused = currentFocus();
+    if (focused != nullptr && !isOf(toldFocusProperty, focused))
+        forwardFocus(focused);
 }
 
 AccessibleSilence::AccessibleSilence(QWidget *widget) : m_widget(widget)

@@ -10,8 +10,8 @@ namespace morvane {
 /// what the user must hear when too much comes at once, and the toolkit tells of every part of everything.
 /// Left out are hidden widgets, what is shown or hidden as a part of something else, scroll bars that nobody
 /// holds, a focus that is gone again, and what an AccessibleSilence keeps back. A list that takes the focus
-/// is told of by its current row, and a field that takes it is told of before its caret. Call it once, after
-/// the application object was made.
+/// is told of by its current row, what shows a document by the part of it that has the focus, and a field
+/// that takes it is told of before its caret. Call it once, after the application object was made.
 void installAccessibleEventFilter();
 
 /// The widget that `element` is, or in which it lies as a row or a part; null where there is none.
@@ -19,6 +19,10 @@ QWidget *widgetOf(QAccessibleInterface *element);
 
 /// Whether the filter lets an event through.
 bool isToldToReaders(const QAccessibleEvent &event);
+
+/// Tells where the focus is, if it was not told yet. For a document that another one takes the place of,
+/// which says nothing of it.
+void tellFocusAnew();
 
 /// While it lives, `widget` and everything in it tell assistive technology nothing, but a window still tells
 /// of itself. For changes that the reader is told of in one event instead of one for each part.
