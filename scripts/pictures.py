@@ -2,8 +2,8 @@
 """pictures.py [FOLDER]: pictures of the windows in every state, for a look at them by eye.
 
 Without FOLDER it writes those of docs/images/windows, which docs/windows.md shows; with one it writes every state in
-every size and both themes there, some two hundred pictures. Wants the programs of a release build and ImageMagick,
-which makes the pictures small (256 colours).
+every size and both themes there, some two hundred pictures. Wants the programs of a release build, Xvfb, and
+ImageMagick, which makes the pictures small (256 colours).
 """
 
 import os
@@ -15,6 +15,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 GALLERY = ROOT / "build/release/bin/window-gallery"
 BROWSER_GALLERY = ROOT / "build/release/bin/browser-gallery"
+BROWSER_PICTURE = ROOT / "build/release/bin/browser-picture"
+PROGRAM = ROOT / "build/release/bin/morvane"
 SHOWN = ROOT / "docs/images/windows"
 
 STATES = {
@@ -54,6 +56,12 @@ STATES = {
     "browser-panel": ["--window", "panel"],
     "browser-history": ["--window", "history"],
     "browser-download": ["--window", "download"],
+}
+
+# The real program with a page, on a display of its own.
+REAL_STATES = {
+    "browser-page": [],
+    "browser-agent": ["--panel"],
 }
 
 # Name: logical width and height, points of the font, pixels for each logical one.
@@ -99,6 +107,8 @@ PAGE = [
     ("settings-tool-servers", "narrow", "dark"),
     ("settings-tool-servers-none", "large-type", "light"), ("settings-add-server", "800x600", "light"),
     ("settings-add-server", "large-type", "dark"), ("settings-add-server", "narrow", "light"),
+    ("browser-page", "1150x780", "light"), ("browser-page", "1150x780", "dark"), ("browser-page", "large-type", "light"),
+    ("browser-agent", "1150x780", "light"), ("browser-agent", "1150x780", "dark"),
     ("browser", "1150x780", "light"), ("browser", "large-type", "dark"),
     ("browser-many-tabs", "1150x780", "dark"), ("browser-many-tabs", "large-type", "light"),
     ("browser-panel", "1150x780", "light"), ("browser-panel", "large-type", "dark"),
@@ -112,13 +122,17 @@ def draw(folder, state, size, theme):
     width, height, font, scale = SIZES[size]
     picture = folder / f"{state}-{size}-{theme}.png"
     environment = dict(os.environ, QT_QPA_PLATFORM="offscreen", QT_SCALE_FACTOR=str(scale))
-    gallery = BROWSER_GALLERY if state.startswith("browser") else GALLERY
-    command = [gallery, *STATES[state], "--width", str(width), "--height", str(height), "--font", str(font)]
+    look = ["--width", str(width), "--height", str(height), "--font", str(font)]
     if theme == "dark":
-        command.append("--dark")
+        look.append("--dark")
     with tempfile.TemporaryDirectory() as place:
         whole = Path(place) / "picture.png"
-        subprocess.run([*command, "--picture", whole], env=environment, check=True, stderr=subprocess.DEVNULL,
+        if state in REAL_STATES:
+            command = [BROWSER_PICTURE, *REAL_STATES[state], *look, PROGRAM, whole]
+        else:
+            gallery = BROWSER_GALLERY if state.startswith("browser") else GALLERY
+            command = [gallery, *STATES[state], *look, "--picture", whole]
+        subprocess.run(command, env=environment, check=True, stderr=subprocess.DEVNULL,
                        timeout=120)
         subprocess.run(["convert", whole, "-strip", "+dither", "-colors", "256", "-define",
                         "png:compression-level=9", f"PNG8:{picture}"], check=True)
@@ -131,7 +145,7 @@ def main():
     if folder == SHOWN:
         wanted = PAGE
     else:
-        wanted = [(state, size, theme) for state in STATES for size in SIZES for theme in ("light", "dark")]
+        wanted = [(state, size, theme) for state in [*STATES, *REAL_STATES] for size in SIZES for theme in ("light", "dark")]
     for state, size, theme in wanted:
         print(draw(folder, state, size, theme).name)
 
