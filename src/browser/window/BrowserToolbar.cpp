@@ -41,7 +41,7 @@ BrowserToolbar::BrowserToolbar(BrowserManager &manager, BrowserMenuActions &acti
     connect(history, &QToolButton::clicked, &actions, &BrowserMenuActions::showHistory);
     connect(m_address, &URLField::entered, this, [this, &actions](const QString &text) {
         actions.open(text);
-        Q_EMIT pageWanted();
+        Q_EMIT comingPageWanted();
     });
     connect(m_address, &URLField::left, this, &BrowserToolbar::pageWanted);
     connect(&manager, &BrowserManager::toolbarStateChanged, this, &BrowserToolbar::update);

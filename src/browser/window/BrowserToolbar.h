@@ -23,6 +23,8 @@ public:
 Q_SIGNALS:
     /// The user has done with the address and goes on in the page.
     void pageWanted();
+    /// The same, with an address that is being opened.
+    void comingPageWanted();
 
 private:
     void update();

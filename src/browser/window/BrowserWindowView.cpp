@@ -45,6 +45,7 @@ BrowserWindowView::BrowserWindowView(BrowserManager &manager, const BrowserWindo
     connect(m_actions, &BrowserMenuActions::showHistoryRequested, this, &BrowserWindowView::showHistory);
     connect(m_find, &BrowserFindBar::focusLeft, m_page, &PageArea::focusPage);
     connect(m_toolbar, &BrowserToolbar::pageWanted, m_page, &PageArea::focusPage);
+    connect(m_toolbar, &BrowserToolbar::comingPageWanted, m_page, &PageArea::focusComingPage);
     m_page->focusPage();
 }
 

@@ -45,6 +45,7 @@ void PageArea::showActiveTab()
         return;
     connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
     connect(&m_tab->webView(), &WebPage::finished, this, &PageArea::tellFocus);
+    connect(&m_tab->webView(), &WebPage::failed, this, &PageArea::tellFocus);
     QWidget *view = m_tab->webView().view();
     const bool hadFocus = hasPageFocus();
     if (indexOf(view) < 0) {
@@ -75,6 +76,12 @@ void PageArea::focusPage()
 {
     if (QWidget *view = currentWidget())
         view->setFocus(Qt::OtherFocusReason);
+}
+
+void PageArea::focusComingPage()
+{
+    const AccessibleSilence silence(this);
+    focusPage();
 }
 
 void PageArea::edit(const QByteArray &slot)

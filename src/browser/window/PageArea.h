@@ -18,6 +18,8 @@ public:
 
     /// The keyboard goes to the page.
     void focusPage();
+    /// The same for a page that is still to come: what is told is not the one that gives way to it.
+    void focusComingPage();
     /// Does an editing command, by the name of the toolkit's slot, in the page.
     void edit(const QByteArray &slot);
     /// Whether the keyboard is in the page.

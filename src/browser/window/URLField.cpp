@@ -14,6 +14,8 @@ URLField::URLField(QWidget *parent) : SelectingTextField(parent)
     // An address is read from its beginning, where the site is, whatever script it goes on in.
     setLayoutDirection(Qt::LeftToRight);
     setMinimumWidth(fontMetrics().averageCharWidth() * 12);
+    // What assistive technology writes is the user's, too, which the toolkit does not think.
+    connect(this, &QLineEdit::textChanged, this, [this] { setModified(true); });
 }
 
 void URLField::showAddress(const QString &address)

@@ -4,6 +4,7 @@
 #include "browser/window/PageArea.h"
 #include "browser/window/URLField.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <gmock/gmock.h>
 
@@ -121,6 +122,16 @@ TEST_F(BrowserToolbarTest, WhatTheUserWritesStaysWhileAPageLoads)
     EXPECT_EQ(field()->text(), u"https://c.test/"_s);
     EXPECT_EQ(field()->selectedText(), u"https://c.test/"_s);
     EXPECT_TRUE(field()->hasFocus());
+}
+
+TEST_F(BrowserToolbarTest, WhatAReaderWritesStaysWhileAPageLoads)
+{
+    field()->setFocus();
+    QAccessible::queryAccessibleInterface(field())->setText(QAccessible::Value, u"dictated.test"_s);
+    browser->load(u"https://a.test/"_s, u"A"_s);
+    EXPECT_EQ(field()->text(), u"dictated.test"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(field()->text(), u"https://a.test/"_s);
 }
 
 TEST_F(BrowserToolbarTest, ReturnOpensWhatIsWrittenAndGoesToThePage)
