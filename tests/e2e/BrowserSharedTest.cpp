@@ -128,5 +128,22 @@ TEST_F(BrowserSharedTest, TheUserStopsTheModelFromThePanelWhileItsPageLoads)
     openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
 }
 
+TEST_F(BrowserSharedTest, AQuestionOfThePageLeavesTheKeyboardWhereTheUserWritesAndStopAnswersIt)
+{
+    m_site.page(u"/asking"_s, "<title>Asking</title><button onclick=\"document.title = confirm('Sure?')\">Ask"
+                              "</button>");
+    MorvaneSession &morvane =
+        startBrowser({opening(u"/asking"_s), callingTool("browser_click", R"({"number":1})")});
+    morvane.send(u"press it"_s);
+    ASSERT_TRUE(morvane.program().shows(u"127.0.0.1 says"_s));
+    const QString field = u"Message Morvane"_s;
+    EXPECT_TRUE(morvane.program().focuses(field));
+    morvane.keyboard().type(u"not yet"_s);
+    EXPECT_TRUE(waitUntil([&] { return morvane.program().find(field).text() == "not yet"_L1; }));
+    morvane.keyboard().press(u"Escape"_s);
+    EXPECT_TRUE(morvane.program().hides(u"127.0.0.1 says"_s));
+    EXPECT_TRUE(showsPage(morvane, u"false"_s));
+}
+
 } // namespace
 } // namespace morvane

@@ -29,7 +29,8 @@ QString leavingQuestion()
 } // namespace
 
 EnginePage::EnginePage(QWebEngineProfile &profile, QObject *parent)
-    : QWebEnginePage(&profile, parent), m_view(std::make_unique<QWebEngineView>()), m_dialogs(*m_view)
+    : QWebEnginePage(&profile, parent), m_view(std::make_unique<QWebEngineView>()),
+      m_dialogs(*m_view, [this](const QString &words) { Q_EMIT askedElsewhere(words); })
 {
     m_view->setPage(this);
     connect(this, &QWebEnginePage::certificateError, this,

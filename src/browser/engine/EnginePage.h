@@ -33,6 +33,8 @@ Q_SIGNALS:
     void navigationAccepted(const QUrl &address, bool isRedirection);
     /// A page that is being left asks so much that it does nothing else.
     void asksWithoutEnd();
+    /// The page asks something while the user is in another window.
+    void askedElsewhere(const QString &words);
 
 protected:
     bool acceptNavigationRequest(const QUrl &address, NavigationType type, bool isMainFrame) override;

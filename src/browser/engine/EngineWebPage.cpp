@@ -97,6 +97,7 @@ EngineWebPage::EngineWebPage(QWebEngineProfile &profile, QObject &parent)
     connect(m_page, &QWebEnginePage::loadingChanged, this, &EngineWebPage::loadingChanged);
     connect(m_page, &QWebEnginePage::titleChanged, this, &EngineWebPage::tellOfChange);
     connect(m_page, &QWebEnginePage::renderProcessTerminated, this, &EngineWebPage::processEnded);
+    connect(m_page, &EnginePage::askedElsewhere, this, &WebPage::askedElsewhere);
     connect(m_page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest &request) {
         // One without an address is to be written by the page itself; one that may not be is called so, too.
         const QUrl address = request.requestedUrl();

@@ -18,6 +18,7 @@ namespace {
 
 constexpr int sheetWidth = 420;
 constexpr int linesShown = 5;
+constexpr qsizetype longestLine = 200;
 /// Of a text to be changed, which is laid out in one line.
 constexpr qsizetype longestDefault = 10'000;
 
@@ -72,6 +73,11 @@ QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
     if (isFirst)
         field->setFocus();
     return field;
+}
+
+QString PageDialogSheet::inOneLine() const
+{
+    return labelText(windowTitle() + u": "_s + accessibleDescription(), longestLine).simplified();
 }
 
 QCheckBox *PageDialogSheet::addSilence()

@@ -21,6 +21,8 @@ public:
 
     /// Adds a line to be filled in.
     QLineEdit *addField(const QString &name, const QString &text);
+    /// Who speaks, and how that begins.
+    QString inOneLine() const;
     /// Offers to hear no more of the page.
     QCheckBox *addSilence();
 

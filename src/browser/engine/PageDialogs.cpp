@@ -1,6 +1,7 @@
 #include "browser/engine/PageDialogs.h"
 
 #include "browser/engine/PageDialogSheet.h"
+#include "ui/sheets/UnaskedDialog.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -89,7 +90,10 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
     QEventLoop loop;
     QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
     QObject::connect(sheet, &QObject::destroyed, &loop, &QEventLoop::quit); // with its window
-    sheet->open();
+    if (words)
+        guardAnswers(*words, &std::chrono::steady_clock::now);
+    if (openUnasked(*sheet) && words)
+        m_tell(words->inOneLine());
     loop.exec();
     const QPointer<QDialog> shown = std::exchange(m_sheet, nullptr);
     if (!shown)

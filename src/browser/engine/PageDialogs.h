@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <functional>
 #include <optional>
+#include <utility>
 
 class QWidget;
 
@@ -22,8 +23,12 @@ public:
         QString password;
     };
 
-    /// `view` shows the page. Both stay as long as a sheet stands.
-    explicit PageDialogs(QWidget &view) : m_view(view) {}
+    /// `view` shows the page. Both stay as long as a sheet stands. `tell` hears in one line what is asked
+    /// while the user is in another window.
+    PageDialogs(QWidget &view, std::function<void(const QString &words)> tell)
+        : m_view(view), m_tell(std::move(tell))
+    {
+    }
     PageDialogs(const PageDialogs &) = delete;
     PageDialogs &operator=(const PageDialogs &) = delete;
 
@@ -50,6 +55,7 @@ private:
     bool isSeen(const QString &site) const;
 
     QWidget &m_view;
+    std::function<void(const QString &)> m_tell;
     QPointer<QDialog> m_sheet;
     int m_inARow = 0; ///< Since the user or the agent went somewhere.
     QSet<QString> m_silenced;

@@ -73,6 +73,9 @@ Q_SIGNALS:
     /// A link or a script wants another window for this address; it may be empty.
     void newWindowRequested(const QUrl &address);
     void downloadRequested(const std::shared_ptr<morvane::PageDownload> &download);
+    /// A dialog of the page waits for the user, whose keyboard is in another window: who asks what, in a
+    /// line.
+    void askedElsewhere(const QString &words);
     void permissionRequested(const std::shared_ptr<morvane::PagePermission> &permission);
 };
 

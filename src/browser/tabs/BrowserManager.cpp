@@ -216,6 +216,8 @@ void BrowserManager::listenTo(BrowserTab &tab)
         if (!address.isEmpty())
             tab.webView().load(address);
     });
+    connect(page, &WebPage::askedElsewhere, this,
+            [this](const QString &words) { m_services.announcer.announce(words); });
     connect(page, &WebPage::downloadRequested, &m_downloads, &Downloads::add);
     connect(page, &WebPage::permissionRequested, this, [this, &tab](const auto &permission) {
         // Nobody is asked by a page that is out of sight.

@@ -181,18 +181,18 @@ void BrowserWindowView::activate()
 void BrowserWindowView::askForDestination(const QString &suggestedFileName, const QString &site,
                                           std::function<void(const QString &path)> answer)
 {
-    askWhereToSave(*this, suggestedFileName, site, std::move(answer));
+    askWhereToSave(*this, m_services, suggestedFileName, site, std::move(answer));
 }
 
 void BrowserWindowView::askForPermission(const std::shared_ptr<PagePermission> &permission,
                                          std::function<void(bool isGranted)> answer)
 {
-    askForPagePermission(*this, *permission, std::move(answer));
+    askForPagePermission(*this, m_services, *permission, std::move(answer));
 }
 
 void BrowserWindowView::showSharePicker(const QUrl &address)
 {
-    showShareMenu(*m_page, address, m_services.urls, m_services.announcer);
+    showShareMenu(*m_page, m_services, address);
 }
 
 void BrowserWindowView::showHistory()

@@ -1,8 +1,10 @@
 #include "browser/window/PageQuestions.h"
 
+#include "async/Scheduler.h"
 #include "browser/window/PageText.h"
 #include "platform/Announcer.h"
 #include "platform/UrlOpener.h"
+#include "ui/sheets/UnaskedDialog.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -51,8 +53,8 @@ QString downloadFolder()
 
 } // namespace
 
-void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QString &site,
-                    std::function<void(const QString &path)> answer)
+void askWhereToSave(QWidget &window, const BrowserWindowServices &services, const QString &suggestedFileName,
+                    const QString &site, std::function<void(const QString &path)> answer)
 {
     const QString title = site.isEmpty() ? u"Save File"_s : u"Save File from "_s + pageText(site);
     auto *dialog = new QFileDialog(&window, title, downloadFolder());
@@ -66,11 +68,12 @@ void askWhereToSave(QWidget &window, const QString &suggestedFileName, const QSt
                          const QStringList files = dialog->selectedFiles();
                          answer(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
                      });
-    dialog->open();
+    if (openUnasked(*dialog))
+        services.announcer.announce(title + u": "_s + pageText(suggestedFileName));
 }
 
-void askForPagePermission(QWidget &window, const PagePermission &permission,
-                          std::function<void(bool isGranted)> answer)
+void askForPagePermission(QWidget &window, const BrowserWindowServices &services,
+                          const PagePermission &permission, std::function<void(bool isGranted)> answer)
 {
     auto *box = new QMessageBox(&window);
     box->setAttribute(Qt::WA_DeleteOnClose);
@@ -86,26 +89,30 @@ void askForPagePermission(QWidget &window, const PagePermission &permission,
     QObject::connect(box, &QMessageBox::finished, box,
                      [box, allow, answer = std::move(answer)] { answer(box->clickedButton() == allow); });
     QObject::connect(&permission, &PagePermission::withdrawn, box, &QMessageBox::deleteLater);
-    box->open();
+    guardAnswers(*box, [&clock = services.scheduler.clock()] { return clock.now(); });
+    if (openUnasked(*box))
+        services.announcer.announce(box->text());
 }
 
-void showShareMenu(QWidget &window, const QUrl &address, UrlOpener &urls, Announcer &announcer)
+void showShareMenu(QWidget &window, const BrowserWindowServices &services, const QUrl &address)
 {
     auto *menu = new QMenu(&window);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setAccessibleName(u"Share"_s);
-    QAction *copy = menu->addAction(u"Copy Link"_s, &window, [address, &announcer] {
+    QAction *copy = menu->addAction(u"Copy Link"_s, &window, [address, &announcer = services.announcer] {
         QGuiApplication::clipboard()->setText(address.toString(QUrl::FullyEncoded));
         announcer.announce(u"Link copied."_s);
     });
-    menu->addAction(u"Open in Default Browser"_s, &window, [address, &urls, &announcer] {
-        if (!urls.open(address))
-            announcer.announce(u"The default browser could not be opened."_s);
-    });
-    menu->addAction(u"Send by Email"_s, &window, [address, &urls, &announcer] {
-        if (!urls.beginMail(address.toString(QUrl::FullyEncoded)))
-            announcer.announce(u"No mail program could be opened."_s);
-    });
+    menu->addAction(u"Open in Default Browser"_s, &window,
+                    [address, &urls = services.urls, &announcer = services.announcer] {
+                        if (!urls.open(address))
+                            announcer.announce(u"The default browser could not be opened."_s);
+                    });
+    menu->addAction(u"Send by Email"_s, &window,
+                    [address, &urls = services.urls, &announcer = services.announcer] {
+                        if (!urls.beginMail(address.toString(QUrl::FullyEncoded)))
+                            announcer.announce(u"No mail program could be opened."_s);
+                    });
     menu->popup(window.mapToGlobal(window.rect().topRight() - QPoint(menu->sizeHint().width(), 0)));
     menu->setActiveAction(copy);
 }

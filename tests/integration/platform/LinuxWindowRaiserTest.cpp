@@ -2,7 +2,9 @@
 
 #include "support/WaitUntil.h"
 #include "support/XConnection.h"
+#include "ui/sheets/UnaskedDialog.h"
 
+#include <QDialog>
 #include <QWidget>
 #include <QWindow>
 #include <gtest/gtest.h>
@@ -82,6 +84,28 @@ TEST_F(LinuxWindowRaiserTest, RaisingLeavesTheFocusWhereItIs)
     m_raiser.raiseWithoutFocus(*browser.windowHandle());
     EXPECT_TRUE(waitUntil([&] { return isOnTop(xcb_window_t(browser.winId())); }));
     EXPECT_TRUE(isActive(id()));
+}
+
+TEST_F(LinuxWindowRaiserTest, ADialogThatNobodyAskedForLeavesTheFocusAndTakesItWithItsWindow)
+{
+    QWidget browser;
+    browser.setAttribute(Qt::WA_ShowWithoutActivating);
+    browser.show();
+    m_raiser.activate(*m_window.windowHandle(), {});
+    ASSERT_TRUE(waitUntil([&] { return isActive(id()) && m_window.isActiveWindow(); }));
+    QDialog dialog(&browser);
+    dialog.setWindowModality(Qt::WindowModal);
+    EXPECT_TRUE(openUnasked(dialog));
+    // The window manager has settled once it has listed the next window, too.
+    QWidget last;
+    last.setAttribute(Qt::WA_ShowWithoutActivating);
+    last.show();
+    m_raiser.raiseWithoutFocus(*last.windowHandle());
+    ASSERT_TRUE(waitUntil([&] { return isOnTop(xcb_window_t(last.winId())); }));
+    EXPECT_TRUE(isActive(id()));
+    EXPECT_TRUE(m_window.isActiveWindow());
+    m_raiser.activate(*browser.windowHandle(), {});
+    EXPECT_TRUE(waitUntil([&] { return dialog.isActiveWindow(); }));
 }
 
 TEST_F(LinuxWindowRaiserTest, TheStartThatAskedIsReportedAsAnswered)

@@ -9,6 +9,7 @@
 #include "browser/window/URLField.h"
 #include "support/FakePageDownload.h"
 #include "support/FakePagePermission.h"
+#include "ui/sheets/AnswerGuard.h"
 #include "ui/window/ComposerEdit.h"
 #include "ui/window/MainWindow.h"
 
@@ -20,10 +21,12 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
@@ -229,9 +232,68 @@ TEST_F(BrowserWindowViewTest, APagesWishNamesItsSiteAndIsRefusedByReturn)
     Q_EMIT browser->page().permissionRequested(wish);
     ASSERT_NE(question(), nullptr);
     EXPECT_EQ(question()->text(), u"maps.test would like to know where you are."_s);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+    clock.advance(AnswerGuard::quietTime);
     QTest::keyClick(question(), Qt::Key_Return);
     settle();
     EXPECT_EQ(wish->answers, QStringList{u"refused"_s});
+}
+
+TEST_F(BrowserWindowViewTest, APagesWishIsNotAnsweredByWhatTheUserIsWriting)
+{
+    const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::location, u"maps.test"_s);
+    Q_EMIT browser->page().permissionRequested(wish);
+    QPushButton *allow = nullptr;
+    for (QAbstractButton *choice : question()->buttons())
+        if (choice->text() == "Allow"_L1)
+            allow = static_cast<QPushButton *>(choice);
+    ASSERT_NE(allow, nullptr);
+    const auto type = [&] {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QTest::keyClick(question(), Qt::Key_Escape);
+        QTest::mouseClick(allow, Qt::LeftButton);
+        settle();
+    };
+    type();
+    clock.advance(AnswerGuard::quietTime - 1ms);
+    type();
+    EXPECT_TRUE(wish->answers.isEmpty());
+    clock.advance(AnswerGuard::quietTime);
+    QTest::mouseClick(allow, Qt::LeftButton);
+    settle();
+    EXPECT_EQ(wish->answers, QStringList{u"granted"_s});
+}
+
+TEST_F(BrowserWindowViewTest, WhatIsAskedWhileTheUserIsElsewhereIsSpokenAndLeavesTheKeyboard)
+{
+    QLineEdit elsewhere;
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    const auto wish = std::make_shared<FakePagePermission>(PagePermission::Kind::location, u"maps.test"_s);
+    Q_EMIT browser->page().permissionRequested(wish);
+    EXPECT_EQ(announcer.spoken, QStringList{u"maps.test would like to know where you are."_s});
+    EXPECT_TRUE(question()->testAttribute(Qt::WA_ShowWithoutActivating));
+    QTest::keyClick(part<URLField>(), Qt::Key_T, Qt::ControlModifier);
+    QTest::mouseClick(button(u"New browser tab"_s), Qt::LeftButton);
+    window->close();
+    settle();
+    EXPECT_EQ(manager.tabs().size(), 1U) << "the window is held";
+    EXPECT_TRUE(window->isVisible());
+    window->activateWindow();
+    EXPECT_TRUE(waitUntil([this] { return question()->isActiveWindow(); }));
+    Q_EMIT wish->withdrawn();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&elsewhere));
+    announcer.spoken.clear();
+    offerFile();
+    EXPECT_EQ(announcer.spoken, QStringList{u"Save File from files.test: a file.txt"_s});
+    EXPECT_TRUE(part<QFileDialog>()->testAttribute(Qt::WA_ShowWithoutActivating));
+    announcer.spoken.clear();
+    Q_EMIT browser->page().askedElsewhere(u"a.test says: Careful"_s);
+    EXPECT_EQ(announcer.spoken, QStringList{u"a.test says: Careful"_s});
 }
 
 TEST_F(BrowserWindowViewTest, APagesWishIsGrantedByItsButtonOnly)

@@ -1,0 +1,120 @@
+#include "ui/sheets/UnaskedDialog.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QKeyEvent>
+
+namespace morvane {
+
+namespace {
+
+bool isModifier(const QKeyEvent &key)
+{
+    return key.key() == Qt::Key_Shift || key.key() == Qt::Key_Control || key.key() == Qt::Key_Alt ||
+           key.key() == Qt::Key_AltGr || key.key() == Qt::Key_Meta || key.key() == Qt::Key_CapsLock;
+}
+
+/// Sees all that is pressed in a dialog, wherever in it.
+class AnswerFilter : public QObject {
+public:
+    AnswerFilter(QDialog &dialog, SteadyNow now) : QObject(&dialog), m_dialog(dialog), m_guard(std::move(now))
+    {
+        m_guard.restart();
+        qApp->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const bool isKey = event->type() == QEvent::KeyPress;
+        if (!isKey && event->type() != QEvent::MouseButtonPress &&
+            event->type() != QEvent::MouseButtonDblClick)
+            return false;
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        if (!widget || widget->window() != &m_dialog)
+            return false;
+        if (isKey && isModifier(*static_cast<QKeyEvent *>(event)))
+            return false;
+        return !m_guard.takesInput();
+    }
+
+private:
+    const QDialog &m_dialog;
+    AnswerGuard m_guard;
+};
+
+/// Holds the window of a dialog as a modal one does. Real modality cannot be had here: the toolkit asks for
+/// the keyboard itself whenever it shows a modal window.
+class HoldingFilter : public QObject {
+public:
+    explicit HoldingFilter(QDialog &dialog) : QObject(&dialog), m_dialog(dialog)
+    {
+        qApp->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        if (!widget || widget->window() != m_dialog.parentWidget()->window() || !m_dialog.isVisible())
+            return false;
+        switch (event->type()) {
+        case QEvent::WindowActivate:
+            // The user has turned to the window, and finds the dialog.
+            QMetaObject::invokeMethod(&m_dialog, &QWidget::activateWindow, Qt::QueuedConnection);
+            return false;
+        case QEvent::Close:
+        case QEvent::DragEnter:
+            event->ignore();
+            return true;
+        case QEvent::ShortcutOverride:
+            event->accept(); // or it would be a shortcut
+            return true;
+        case QEvent::KeyPress:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::Wheel:
+        case QEvent::ContextMenu:
+            return true;
+        default:
+            return false;
+        }
+    }
+
+private:
+    QDialog &m_dialog;
+};
+
+/// Whether the user is in a window, or in a dialog of it.
+bool hasKeyboard(const QWidget &window)
+{
+    const QWidget *active = QApplication::activeWindow();
+    while (active && active != &window)
+        active = active->parentWidget();
+    return active != nullptr;
+}
+
+} // namespace
+
+bool openUnasked(QDialog &dialog)
+{
+    const bool staysElsewhere = !hasKeyboard(*dialog.parentWidget()->window());
+    if (!staysElsewhere) {
+        dialog.open();
+        return false;
+    }
+    dialog.setWindowModality(Qt::NonModal);
+    dialog.setAttribute(Qt::WA_ShowWithoutActivating);
+    dialog.setResult(QDialog::Rejected);
+    new HoldingFilter(dialog);
+    dialog.show();
+    return true;
+}
+
+void guardAnswers(QDialog &dialog, SteadyNow now)
+{
+    new AnswerFilter(dialog, std::move(now));
+}
+
+} // namespace morvane
