@@ -1,10 +1,13 @@
 #include "BrowserWindowFixture.h"
 
+#include "base/InstalledFiles.h"
 #include "browser/window/PageArea.h"
 #include "browser/window/URLField.h"
 
+#include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -243,6 +246,19 @@ TEST_F(BrowserMenuTest, HelpOpensTheDocumentationInTheDefaultBrowser)
     urls.works = false;
     choose(u"Help"_s, u"Morvane Help"_s);
     EXPECT_EQ(announcer.spoken, QStringList{u"The documentation could not be opened."_s});
+}
+
+TEST_F(BrowserMenuTest, TheDocumentationTellsItsKeys)
+{
+    QFile page(InstalledFiles::aroundProgram().help());
+    ASSERT_TRUE(page.open(QFile::ReadOnly));
+    const QString help = QString::fromUtf8(page.readAll());
+    for (const QString &title : {u"File"_s, u"View"_s, u"History"_s, u"Bookmarks"_s})
+        for (const QAction *action : menu(title)->actions())
+            if (!action->shortcut().isEmpty())
+                EXPECT_TRUE(help.contains(action->shortcut().toString())) << qPrintable(action->text());
+    for (const auto *key : window->findChildren<QShortcut *>())
+        EXPECT_TRUE(help.contains(key->key().toString())) << qPrintable(key->key().toString());
 }
 
 TEST_F(BrowserMenuTest, AboutTellsTheVersionUnderTheBrowsersName)
