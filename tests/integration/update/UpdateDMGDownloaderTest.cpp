@@ -13,7 +13,9 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <cerrno>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -82,6 +84,17 @@ TEST_F(UpdateDMGDownloaderTest, TheImageComesWholeAndHashed)
         EXPECT_EQ(fractions.constLast(), 1.0);
     }
     EXPECT_THAT(files(), IsEmpty());
+}
+
+TEST_F(UpdateDMGDownloaderTest, NoProgramThatIsStartedMeanwhileHoldsTheImage)
+{
+    const auto file = download();
+    int held = -1;
+    for (const QString &name : QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System))
+        if (QFile::symLinkTarget(u"/proc/self/fd/"_s + name) == file->image().path)
+            held = name.toInt();
+    ASSERT_GE(held, 0);
+    EXPECT_EQ(::fcntl(held, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 TEST_F(UpdateDMGDownloaderTest, AnUnknownLengthGivesNoProgressUntilItIsDone)
