@@ -189,7 +189,7 @@ private:
         for (int field = 0; field < fields; ++field)
             arguments.append(u"--field=Field %1"_s.arg(field));
         const Front form(u"yad"_s, arguments, m_folder.filePath(u"yad.log"_s));
-        LinuxAccessibilityTree tree;
+        LinuxAccessibilityTree tree(m_carrier);
         tree.enable();
         qsizetype found = 0;
         const auto walk = [&] {
@@ -217,12 +217,13 @@ private:
     QTemporaryDir m_folder;
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
+    const QString m_carrier = InstalledFiles::aroundProgram().helper(u"morvane-action-carrier"_s);
     const QString m_recognizer = InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s);
     ScreenTools m_tools{{std::make_shared<LinuxScreenCapture>(),
                          std::make_shared<LinuxTextRecognizer>(m_recognizer),
-                         std::make_shared<LinuxAccessibilityTree>(), std::make_shared<LinuxApplications>(),
-                         std::make_shared<LinuxInputEvents>(), std::make_shared<LinuxClipboard>(),
-                         std::make_shared<RealSequenceClock>()}};
+                         std::make_shared<LinuxAccessibilityTree>(m_carrier),
+                         std::make_shared<LinuxApplications>(), std::make_shared<LinuxInputEvents>(),
+                         std::make_shared<LinuxClipboard>(), std::make_shared<RealSequenceClock>()}};
 };
 
 } // namespace

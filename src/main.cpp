@@ -135,7 +135,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     NotificationService notifications(scheduler, center, sounds, announcer, reminders);
     const Desktop desktop{std::make_shared<LinuxScreenCapture>(),
                           std::make_shared<LinuxTextRecognizer>(files.helper(u"morvane-text-recognizer"_s)),
-                          std::make_shared<LinuxAccessibilityTree>(),
+                          std::make_shared<LinuxAccessibilityTree>(files.helper(u"morvane-action-carrier"_s)),
                           std::make_shared<LinuxApplications>(),
                           std::make_shared<LinuxInputEvents>(),
                           std::make_shared<LinuxClipboard>(),

@@ -32,10 +32,10 @@ std::optional<QPoint> place(const QString &text, const QString &form)
 
 Desktop DesktopFixture::desktop(std::shared_ptr<SequenceClock> clock)
 {
+    const InstalledFiles files = InstalledFiles::aroundProgram();
     return {std::make_shared<LinuxScreenCapture>(),
-            std::make_shared<LinuxTextRecognizer>(
-                InstalledFiles::aroundProgram().helper(u"morvane-text-recognizer"_s)),
-            std::make_shared<LinuxAccessibilityTree>(),
+            std::make_shared<LinuxTextRecognizer>(files.helper(u"morvane-text-recognizer"_s)),
+            std::make_shared<LinuxAccessibilityTree>(files.helper(u"morvane-action-carrier"_s)),
             std::make_shared<LinuxApplications>(),
             std::make_shared<LinuxInputEvents>(),
             std::make_shared<LinuxClipboard>(),

@@ -1,6 +1,6 @@
 #include "DesktopFixture.h"
 
-#include "platform/linux/desktop/AccessiblePeer.h"
+#include "platform/linux/desktop/ActionCarrier.h"
 
 #include <QDBusServer>
 #include <QDBusVirtualObject>
@@ -113,6 +113,28 @@ TEST_F(DialogsTest, ADialogThatAnItemOfAMenuRunsIsAnswered)
     captureWith(u"button 'Yes'"_s);
 }
 
+TEST_F(DialogsTest, ADialogIsAnsweredByTheUserWhenWhatPressedTheButtonThatOpenedItHasEnded)
+{
+    const TestProgram &program = startAsking(u"widget = Gtk.Button(label='Open')\n"
+                                             "widget.connect('clicked', ask)"_s);
+    auto ending = std::make_unique<ScreenTools>(desktop());
+    const auto numberIn = [&](const QString &summary) {
+        QString text;
+        EXPECT_TRUE(waitUntil([&] {
+            text = run(ending->captureScreen());
+            return text.contains(summary);
+        })) << text.toStdString();
+        return numberOf(text, summary);
+    };
+    EXPECT_TRUE(run(ending->axClick(numberIn(u"button 'Open'"_s))).startsWith(u"Pressed"_s));
+    EXPECT_TRUE(run(ending->axType(numberIn(u"text field"_s), u"amber"_s)).startsWith(u"Set the contents"_s));
+    ending.reset();
+    run(m_tools.pressKey(u"end"_s));
+    EXPECT_EQ(run(m_tools.typeText(u" lantern"_s)), u"Typed 8 characters."_s);
+    EXPECT_TRUE(click(u"button 'Yes'"_s).startsWith(u"Pressed"_s));
+    EXPECT_TRUE(hasSaid(program, u"answered 1 amber lantern"_s)) << program.log().toStdString();
+}
+
 TEST_F(DialogsTest, ADialogOfQtThatAButtonRunsIsReadAndLeft)
 {
     start(u"featherpad"_s, {u"--standalone"_s});
@@ -122,15 +144,15 @@ TEST_F(DialogsTest, ADialogOfQtThatAButtonRunsIsReadAndLeft)
 }
 
 /// A program that tells of a line to its elements.
-class AccessiblePeerTest : public testing::Test {
+class LineAddressTest : public testing::Test {
 protected:
-    AccessiblePeerTest()
+    LineAddressTest()
     {
         QDBusConnection bus = QDBusConnection::connectToBus(busAddress(), u"telling"_s);
         EXPECT_TRUE(bus.registerVirtualObject(u"/org/a11y/atspi/accessible/root"_s, &m_root));
         m_service = bus.baseService();
     }
-    ~AccessiblePeerTest() override { QDBusConnection::disconnectFromBus(u"telling"_s); }
+    ~LineAddressTest() override { QDBusConnection::disconnectFromBus(u"telling"_s); }
 
     /// Whether there is a line to the process `pid` that says it is at `address`.
     bool opens(const QString &address, qint64 pid)
@@ -138,8 +160,7 @@ protected:
         m_root.address = address;
         std::future<bool> opened = std::async(std::launch::async, [this, pid] {
             AccessibilityConnection own;
-            return AccessiblePeer::open(own, m_service, pid, QDeadlineTimer(std::chrono::seconds(20))) !=
-                   nullptr;
+            return !lineAddress(own, m_service, pid, QDeadlineTimer(std::chrono::seconds(20))).isEmpty();
         });
         EXPECT_TRUE(
             waitUntil([&] { return opened.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
@@ -171,7 +192,7 @@ private:
     QString m_service;
 };
 
-TEST_F(AccessiblePeerTest, ALineIsTakenToTheProgramThatIsMeantAndToNoOther)
+TEST_F(LineAddressTest, ALineIsTakenToTheProgramThatIsMeantAndToNoOther)
 {
     const qint64 own = QCoreApplication::applicationPid();
     const QString place = u"unix:path="_s + m_folder.filePath(u"line"_s);
@@ -186,7 +207,7 @@ TEST_F(AccessiblePeerTest, ALineIsTakenToTheProgramThatIsMeantAndToNoOther)
     EXPECT_FALSE(opens({}, own));
 }
 
-TEST_F(AccessiblePeerTest, AnAddressThatWouldStartAProgramStartsNone)
+TEST_F(LineAddressTest, AnAddressThatWouldStartAProgramStartsNone)
 {
     const QString trace = m_folder.filePath(u"trace"_s);
     EXPECT_FALSE(opens(u"unixexec:path=/usr/bin/touch,argv1="_s + trace, QCoreApplication::applicationPid()));

@@ -197,7 +197,8 @@ TEST_F(LentKeysTest, WhatACrashHasLeftIsGivenBackBeforeTheKeyboardIsUsedAgain)
     };
     crash();
     EXPECT_EQ(spareKeys(), spare - 2);
-    LinuxInputEvents().layoutCharacters();
+    LinuxInputEvents next;
+    next.layoutCharacters();
     EXPECT_EQ(spareKeys(), spare);
     // What the user has put on one of the keys since stays there.
     crash();
@@ -208,7 +209,8 @@ TEST_F(LentKeysTest, WhatACrashHasLeftIsGivenBackBeforeTheKeyboardIsUsedAgain)
         user->synchronize();
     };
     put('x');
-    LinuxInputEvents().newSource();
+    LinuxInputEvents another;
+    another.newSource();
     EXPECT_EQ(XKeyboard::read(*user)->symbol(key), xkb_keysym_t('x'));
     put(XCB_NO_SYMBOL);
     EXPECT_EQ(spareKeys(), spare);

@@ -98,7 +98,7 @@ TEST_F(MonitorsTest, APointBeyondTheScreenIsItsEdgeOnThatSide)
     EXPECT_EQ(screen.pointer(), QPoint(639, 959));
     run(m_tools.moveCursor({least, least}));
     EXPECT_EQ(screen.pointer(), QPoint(-640, 0));
-    LinuxAccessibilityTree elements;
+    LinuxAccessibilityTree elements{QString()};
     EXPECT_FALSE(elements.elementAt(QPoint(most, most)));
     EXPECT_FALSE(elements.elementAt(QPoint(least, least)));
 }

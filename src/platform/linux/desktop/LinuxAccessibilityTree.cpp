@@ -314,11 +314,10 @@ bool LinuxAccessibilityTree::isCovered(const ScreenElement &element)
 }
 
 AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &element, const QString &interface,
-                                                     const QString &method, const QVariantList &arguments,
-                                                     QDeadlineTimer deadline)
+                                                     const QString &method, const QVariantList &arguments)
 {
     const BusElement &live = busElement(element);
-    return m_peers.tell(callOf(live.reference, interface, method, arguments), live.pid, deadline);
+    return m_carrier.tell(callOf(live.reference, interface, method, arguments), live.pid, actionLimit);
 }
 
 AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeOfLate(const AccessibilityReference &object)
@@ -336,8 +335,7 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     const BusElement &live = busElement(*now);
     if (live.clickIndex < 0)
         return Outcome::refused;
-    const auto answer =
-        askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex}, QDeadlineTimer(actionLimit));
+    const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex});
     if (answer.kind == AccessibilityAnswer::Kind::late)
         return outcomeOfLate(live.reference);
     return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
@@ -348,8 +346,7 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto now = current(element);
     if (!now)
         return Outcome::gone;
-    const QDeadlineTimer deadline(actionLimit);
-    const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text}, deadline);
+    const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text});
     if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
         return Outcome::done;
     // Typed as well, the text would stand there twice when the program comes to it.
@@ -359,9 +356,9 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const double number = text.toDouble(&isNumber);
     if (!isNumber)
         return Outcome::refused;
-    const auto changed = askToAct(
-        *now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
-        {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))}, deadline);
+    const auto changed =
+        askToAct(*now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
+                 {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))});
     return changed.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
 }
 

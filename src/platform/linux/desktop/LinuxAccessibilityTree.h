@@ -2,8 +2,8 @@
 
 #include "platform/AccessibilityTree.h"
 #include "platform/linux/desktop/AccessibilityConnection.h"
-#include "platform/linux/desktop/AccessiblePeers.h"
 #include "platform/linux/desktop/AccessibleWindow.h"
+#include "platform/linux/desktop/ActionCarrier.h"
 
 namespace morvane {
 
@@ -11,6 +11,9 @@ namespace morvane {
 /// that a window of hundreds of elements is read in a few ways to the program and back.
 class LinuxAccessibilityTree final : public AccessibilityTree {
 public:
+    /// `carrier` is the path of morvane-action-carrier.
+    explicit LinuxAccessibilityTree(const QString &carrier) : m_carrier(m_bus, carrier) {}
+
     void enable() override { m_bus.announceInterest(); }
     std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
     QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
@@ -35,13 +38,12 @@ private:
                                                      bool isActive) const;
     /// Of what may open a dialog.
     AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
-                                 const QString &method, const QVariantList &arguments,
-                                 QDeadlineTimer deadline);
+                                 const QString &method, const QVariantList &arguments);
     /// Of a request that the program has not answered in time.
     Outcome outcomeOfLate(const AccessibilityReference &object);
 
     AccessibilityConnection m_bus;
-    AccessiblePeers m_peers{m_bus};
+    ActionCarrier m_carrier;
 };
 
 } // namespace morvane
