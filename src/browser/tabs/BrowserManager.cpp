@@ -30,7 +30,8 @@ BrowserManager::BrowserManager(BrowserServices services)
     : m_services(std::move(services)),
       m_loadsHeard(m_services.scheduler.clock(), mostLoadsHeard, loadsHeardWithin),
       m_downloads(m_services.announcer, [this] { return window(); }),
-      m_permissions([this] { return window(); }), m_operations(*this, m_services.announcer)
+      m_permissions(m_services.announcer, [this] { return window(); }),
+      m_operations(*this, m_services.announcer)
 {
 }
 

@@ -1,10 +1,13 @@
 #include "browser/tabs/PermissionQuestions.h"
 
 #include "browser/tabs/BrowserWindow.h"
+#include "platform/Announcer.h"
 
 #include <QPointer>
 #include <algorithm>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
@@ -19,8 +22,8 @@ bool isSame(const PagePermission &one, const PagePermission &other)
 
 } // namespace
 
-PermissionQuestions::PermissionQuestions(std::function<BrowserWindow *()> window)
-    : m_window(std::move(window))
+PermissionQuestions::PermissionQuestions(Announcer &announcer, std::function<BrowserWindow *()> window)
+    : m_announcer(announcer), m_window(std::move(window))
 {
 }
 
@@ -66,7 +69,7 @@ void PermissionQuestions::answer(const Permission &permission, bool isGranted)
     if (isGranted)
         m_refused.agreed(permission->site());
     else
-        m_refused.refused(permission->site());
+        refused(permission->site());
     QList<Permission> same;
     QList<Permission> tooMany;
     QList<Permission> others;
@@ -84,6 +87,14 @@ void PermissionQuestions::answer(const Permission &permission, bool isGranted)
         isGranted ? answered->grant() : answered->refuse();
     for (const Permission &unasked : tooMany)
         unasked->refuse();
+}
+
+void PermissionQuestions::refused(const QString &site)
+{
+    m_refused.refused(site);
+    if (m_refused.goesOnAsking(site))
+        m_announcer.announce(
+            u"Wishes of %1 are refused until an address is opened."_s.arg(RefusedSites::nameOf(site)));
 }
 
 void PermissionQuestions::withdraw(const PagePermission *permission)

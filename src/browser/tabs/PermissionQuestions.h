@@ -10,6 +10,7 @@
 
 namespace morvane {
 
+class Announcer;
 class BrowserWindow;
 
 /// What pages want of the computer, from the question to the user's answer. One is asked about at a time, and
@@ -20,7 +21,7 @@ public:
     using Permission = std::shared_ptr<PagePermission>;
 
     /// `window` gives the window that asks, or null.
-    explicit PermissionQuestions(std::function<BrowserWindow *()> window);
+    PermissionQuestions(Announcer &announcer, std::function<BrowserWindow *()> window);
 
     /// Takes what a page wants. Too many at once, and sites that go on asking, are refused without a
     /// question.
@@ -33,8 +34,10 @@ public:
 private:
     void askForNext();
     void answer(const Permission &permission, bool isGranted);
+    void refused(const QString &site);
     void withdraw(const PagePermission *permission);
 
+    Announcer &m_announcer;
     std::function<BrowserWindow *()> m_window;
     RefusedSites m_refused;
     QList<Permission> m_waiting; ///< The first is the one that is asked about.

@@ -15,6 +15,8 @@ public:
     bool goesOnAsking(const QString &site) const { return m_refusals.value(site) >= mostRefusals; }
     void refused(const QString &site) { ++m_refusals[site]; }
     void agreed(const QString &site) { m_refusals.remove(site); }
+    /// What a site is called; it may have no host.
+    static QString nameOf(const QString &site) { return site.isEmpty() ? QStringLiteral("this page") : site; }
     /// All of them may ask again.
     void forget() { m_refusals.clear(); }
 

@@ -107,8 +107,11 @@ TEST_F(DownloadsTest, ASiteThatGoesOnOfferingIsRefusedUntilAnAddressIsGiven)
     }
     offer();
     const auto waiting = offer("waiting");
+    spoken();
     choose("");
     EXPECT_EQ(waiting->answer, "cancelled");
+    EXPECT_EQ(spoken(), QStringList({"Download cancelled.",
+                                     "Files from a.test are refused until an address is opened."}));
     EXPECT_EQ(offer()->answer, "cancelled");
     EXPECT_EQ(window.destinations.size(), 3);
     scheduler.spawn(manager.operations().browserOpen("a.test"));

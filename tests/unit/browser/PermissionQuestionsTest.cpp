@@ -10,7 +10,11 @@ using Kind = PagePermission::Kind;
 
 class PermissionQuestionsTest : public BrowserFixture {
 protected:
-    PermissionQuestionsTest() { manager.makeWindowIfNeeded(); }
+    PermissionQuestionsTest()
+    {
+        manager.makeWindowIfNeeded();
+        spoken();
+    }
 
     std::shared_ptr<FakePagePermission> want(Kind kind, const QString &site = "a.test")
     {
@@ -68,6 +72,7 @@ TEST_F(PermissionQuestionsTest, ASiteThatGoesOnAskingIsRefusedUntilAnAddressIsGi
         answer(false);
     }
     EXPECT_EQ(asked(), 3);
+    EXPECT_EQ(spoken(), QStringList("Wishes of a.test are refused until an address is opened."));
     EXPECT_EQ(want(Kind::camera)->answers, refused);
     EXPECT_EQ(want(Kind::location)->answers, refused);
     EXPECT_TRUE(want(Kind::camera, "b.test")->answers.isEmpty());
