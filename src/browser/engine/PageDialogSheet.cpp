@@ -48,6 +48,7 @@ PageDialogSheet::PageDialogSheet(QWidget *window, const QString &speaker, const 
     words->setMinimumWidth(sheetWidth);
     outer->addWidget(heading);
     outer->addWidget(words);
+    m_lastControl = words;
     outer->addLayout(m_column);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
     if (refusal == Refusal::cancel)
@@ -66,10 +67,11 @@ QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
     label->setVisible(!name.isEmpty());
     auto *field = new QLineEdit(
         firstCharacters(text.left(2 * longestDefault), longestDefault)); // what is left goes back as it is
-    field->setAccessibleName(name.isEmpty() ? windowTitle() : name);
+    const QString question = labelText(accessibleDescription(), longestLine).simplified();
+    field->setAccessibleName(!name.isEmpty() ? name : question.isEmpty() ? windowTitle() : question);
     label->setBuddy(field);
     m_column->addWidget(label);
-    m_column->addWidget(field);
+    append(field);
     if (isFirst)
         field->setFocus();
     return field;
@@ -84,8 +86,15 @@ QCheckBox *PageDialogSheet::addSilence()
 {
     auto *silence = new QCheckBox(u"Do not let this page ask again"_s);
     silence->setObjectName(u"silence"_s);
-    m_column->addWidget(silence);
+    append(silence);
     return silence;
+}
+
+void PageDialogSheet::append(QWidget *control)
+{
+    m_column->addWidget(control);
+    setTabOrder(m_lastControl, control); // as they are seen
+    m_lastControl = control;
 }
 
 } // namespace morvane

@@ -27,7 +27,10 @@ public:
     QCheckBox *addSilence();
 
 private:
+    void append(QWidget *control);
+
     QVBoxLayout *m_column;
+    QWidget *m_lastControl = nullptr; ///< Above the buttons.
 };
 
 } // namespace morvane

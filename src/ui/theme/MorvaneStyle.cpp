@@ -278,6 +278,9 @@ int MorvaneStyle::styleHint(StyleHint hint, const QStyleOption *option, const QW
     // A list below the box, which scrolls, instead of a menu over it, as high as the screen.
     if (hint == SH_ComboBox_Popup)
         return 0;
+    // Those of the toolkit belong to another look.
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons)
+        return 0;
     return QProxyStyle::styleHint(hint, option, widget, result);
 }
 

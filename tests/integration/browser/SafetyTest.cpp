@@ -74,6 +74,22 @@ TEST_F(SafetyTest, APageThatGoesOnAskingCanBeSilenced)
     speak("alert(3)", [](QDialog &dialog) { dialog.accept(); });
 }
 
+TEST_F(SafetyTest, AQuestionIsFilledInAndAnsweredInTheOrderInWhichItIsSeen)
+{
+    show("<p>x");
+    speak("alert(1)", [](QDialog &dialog) { dialog.accept(); });
+    speak("document.title = prompt('Your name?', 'Ann')", [](QDialog &dialog) {
+        const auto *const field = dialog.findChild<QLineEdit *>();
+        EXPECT_EQ(field->accessibleName(), "Your name?");
+        QStringList stops;
+        for (const QWidget *next = field->nextInFocusChain(); next != field; next = next->nextInFocusChain())
+            if (const auto *const button = qobject_cast<const QAbstractButton *>(next))
+                stops.append(button->text().remove('&'));
+        EXPECT_EQ(stops, (QStringList{"Do not let this page ask again", "OK", "Cancel"}));
+        dialog.accept();
+    });
+}
+
 TEST_F(SafetyTest, APageThatNobodySeesIsRefusedWithoutASheet)
 {
     show("<p>x");
