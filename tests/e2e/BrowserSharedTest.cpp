@@ -145,5 +145,16 @@ TEST_F(BrowserSharedTest, AQuestionOfThePageLeavesTheKeyboardWhereTheUserWritesA
     EXPECT_TRUE(showsPage(morvane, u"false"_s));
 }
 
+TEST_F(BrowserSharedTest, TheProgramEndsWhileAQuestionOfThePageWaitsBesideTheUsersWindow)
+{
+    m_site.page(u"/asking"_s, "<title>Asking</title><button onclick=\"confirm('Sure?')\">Ask</button>");
+    MorvaneSession &morvane =
+        startBrowser({opening(u"/asking"_s), callingTool("browser_click", R"({"number":1})")});
+    morvane.send(u"press it"_s);
+    ASSERT_TRUE(morvane.program().shows(u"127.0.0.1 says"_s));
+    morvane.keyboard().press(u"Ctrl+Q"_s);
+    EXPECT_EQ(morvane.program().process().waitForExit(), 0);
+}
+
 } // namespace
 } // namespace morvane

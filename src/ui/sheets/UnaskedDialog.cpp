@@ -43,8 +43,9 @@ private:
     AnswerGuard m_guard;
 };
 
-/// Holds the window of a dialog as a modal one does. Real modality cannot be had here: the toolkit asks for
-/// the keyboard itself whenever it shows a modal window.
+/// Holds the window of a dialog as a modal one does, but that it can be closed, as the program's end does.
+/// Real modality cannot be had here: the toolkit asks for the keyboard itself whenever it shows a modal
+/// window.
 class HoldingFilter : public QObject {
 public:
     explicit HoldingFilter(QDialog &dialog) : QObject(&dialog), m_dialog(dialog)
@@ -63,7 +64,6 @@ protected:
             // The user has turned to the window, and finds the dialog.
             QMetaObject::invokeMethod(&m_dialog, &QWidget::activateWindow, Qt::QueuedConnection);
             return false;
-        case QEvent::Close:
         case QEvent::DragEnter:
             event->ignore();
             return true;
