@@ -115,6 +115,11 @@ void EngineFactory::removeAllSiteData()
     m_profile.clearHttpCache();
     m_profile.cookieStore()->deleteAllCookies();
     static_cast<void>(writeFileAtomically(removalMark(m_folder), {}));
+    // The engine lets go of what sites have stored for scripts only when it ends; where a page is open, the
+    // page can take it away.
+    for (const auto &page : m_ours)
+        if (page)
+            page->removeSiteData();
 }
 
 void EngineFactory::download(QWebEngineDownloadRequest &request)

@@ -3,6 +3,7 @@
 #include <QAuthenticator>
 #include <QCoreApplication>
 #include <QWebEngineCertificateError>
+#include <QWebEngineScript>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
 #include <utility>
@@ -46,6 +47,19 @@ EnginePage::EnginePage(QWebEngineProfile &profile, QObject *parent)
 }
 
 EnginePage::~EnginePage() = default;
+
+void EnginePage::removeSiteData()
+{
+    // A document without a site of its own may not even ask for these.
+    runJavaScript(uR"js(try {
+  localStorage.clear();
+  sessionStorage.clear();
+  indexedDB.databases().then(all => all.forEach(each => indexedDB.deleteDatabase(each.name)));
+  caches.keys().then(all => all.forEach(each => caches.delete(each)));
+  navigator.serviceWorker.getRegistrations().then(all => all.forEach(each => each.unregister()));
+} catch (e) {})js"_s,
+                  QWebEngineScript::ApplicationWorld);
+}
 
 void EnginePage::endLater()
 {

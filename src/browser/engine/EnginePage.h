@@ -25,6 +25,8 @@ public:
     void expectOwnDocument() { m_expectsOwnDocument = true; }
     /// Whether all that the page asks is refused, since it is being left; but that it may be left is granted.
     void setLeavesUnasked(bool leavesUnasked);
+    /// Takes away what its site has stored for scripts. Nothing waits for the end of it.
+    void removeSiteData();
     /// Ends the page once nothing of it is at work any more.
     void endLater();
 

@@ -33,6 +33,8 @@ public:
     void reload() override;
     void stop() override;
     void leaveUnasked() override { m_page->setLeavesUnasked(true); }
+    /// Takes away what the site of the page has stored for its scripts.
+    void removeSiteData() { m_page->removeSiteData(); }
     void setZoom(double factor) override;
     void edit(EditCommand command) override;
 

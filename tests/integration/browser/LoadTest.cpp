@@ -210,12 +210,15 @@ TEST_F(LoadTest, APageThatDiesUnderAnOperationEndsIt)
     open("/one");
     runInPage("setTimeout(() => { document.title = 'busy'; for (;;); })");
     ASSERT_TRUE(waitUntil([this] { return tab().title() == "busy"; }));
+    int answers = 0;
+    page().evaluate("1", [&answers](const QVariant &value) { answers += value.isValid() ? 100 : 1; });
     auto handle = scheduler.spawn(manager->operations().browserRead());
     settle();
     ASSERT_FALSE(handle.done());
     for (const pid_t process : pageProcesses())
         ::kill(process, SIGKILL);
-    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    ASSERT_TRUE(waitUntil([&] { return answers > 0 && handle.done(); }));
+    EXPECT_EQ(answers, 1) << "there is nothing to wait for";
     EXPECT_TRUE(handle.result().startsWith("Error: could not read the page."))
         << handle.result().toStdString();
     EXPECT_TRUE(hasHeard("Failed to load: The page crashed."));

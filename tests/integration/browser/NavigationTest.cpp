@@ -190,6 +190,10 @@ TEST_F(EngineNavigationTest, EveryTabHasItsOwnZoom)
     EXPECT_EQ(value("window.devicePixelRatio").toDouble(), 2.0);
     open("/two");
     EXPECT_EQ(value("window.devicePixelRatio").toDouble(), 2.0);
+    QUrl elsewhere = server.url("/two");
+    elsewhere.setHost("other.test");
+    run(manager->operations().browserOpen(elsewhere.toString()));
+    EXPECT_EQ(value("window.devicePixelRatio").toDouble(), 2.0) << "on another site, too";
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QTimer>
 #include <QWidget>
+#include <atomic>
 
 namespace morvane {
 namespace {
@@ -136,6 +137,31 @@ TEST_F(SafetyTest, ADownloadGoesWhereTheUserSaysAndNowhereElse)
     EXPECT_FALSE(announcer.spoken.join(' ').contains("Failed to load"));
 }
 
+TEST_F(SafetyTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
+{
+    const QByteArray half = QByteArray("0123456789abcdef").repeated(800'000);
+    std::atomic<bool> goesOn = false;
+    RawHttpServer slow([&](RawHttpConnection &connection) {
+        HttpHeaders headers;
+        headers.set("Content-Type", "application/octet-stream");
+        headers.set("Content-Length", QByteArray::number(2 * half.size()));
+        if (connection.readRequest() && connection.send(rawHttpHead(200, headers) + half) &&
+            connection.waitUntil([&goesOn] { return goesOn.load(); }) && connection.send(half))
+            connection.waitUntilClosedByPeer();
+    });
+    std::shared_ptr<PageDownload> download;
+    QObject::connect(&page(), &WebPage::downloadRequested, [&](const auto &offered) { download = offered; });
+    const TemporaryHome home;
+    page().load(slow.url("/large"));
+    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == half.size(); }));
+    goesOn = true;
+    window.destinations.last()(home.path("large.bin"));
+    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.contains("Download complete."); }));
+    QFile file(home.path("large.bin"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), half + half);
+}
+
 TEST_F(SafetyTest, ATruncatedDownloadIsAFailure)
 {
     HttpHeaders headers;
@@ -242,7 +268,17 @@ TEST_F(SafetyTest, TheProfileIsForTheUserAlone)
     EXPECT_TRUE(QFileInfo::exists(folder() + "/Profile"));
     open("/cookie");
     EXPECT_EQ(server.requests("/cookie").last().headers.value("Cookie"), "kept=yes");
+    value("localStorage.setItem('kept', 'yes'); sessionStorage.setItem('kept', 'yes'); 1");
+    runInPage("indexedDB.open('kept').onsuccess = event => { event.target.result.close(); document.title = "
+              "'stored'; }");
+    ASSERT_TRUE(waitUntil([this] { return title() == "stored"; }));
     engine().removeAllSiteData();
+    EXPECT_EQ(value("String(localStorage.getItem('kept')) + sessionStorage.getItem('kept')").toString(),
+              "nullnull");
+    EXPECT_TRUE(waitUntil([this] {
+        runInPage("indexedDB.databases().then(all => document.title = all.length)");
+        return title() == "0";
+    }));
     ASSERT_TRUE(waitUntil([this] {
         open("/cookie");
         const auto requests = server.requests("/cookie");
