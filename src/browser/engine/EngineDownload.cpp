@@ -106,9 +106,16 @@ void EngineDownload::cancel()
 
 void EngineDownload::progress()
 {
+    // While the engine tells of progress it forgets that it was paused, and could not be told to go on.
     if (m_destination.isEmpty() && receivedBytes() > mostUnasked)
-        m_request->pause();
+        QMetaObject::invokeMethod(this, &EngineDownload::pauseUnlessWanted, Qt::QueuedConnection);
     Q_EMIT progressed();
+}
+
+void EngineDownload::pauseUnlessWanted()
+{
+    if (m_destination.isEmpty() && m_request && !m_request->isFinished())
+        m_request->pause();
 }
 
 void EngineDownload::fail(const QString &reason)

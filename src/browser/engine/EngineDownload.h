@@ -33,6 +33,7 @@ public:
 
 private:
     void progress();
+    void pauseUnlessWanted();
     void follow();
     void fail(const QString &reason);
     void deliver();

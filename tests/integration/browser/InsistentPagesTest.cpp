@@ -27,6 +27,7 @@ protected:
     void press(Qt::Key key)
     {
         page().view()->activateWindow();
+        ASSERT_TRUE(waitUntil([this] { return page().view()->isActiveWindow(); }));
         QWidget *const receiver = page().view()->focusProxy();
         ASSERT_NE(receiver, nullptr);
         QTest::keyClick(receiver, key);

@@ -154,6 +154,7 @@ TEST_F(SafetyTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
     const TemporaryHome home;
     page().load(slow.url("/large"));
     ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == half.size(); }));
+    settle(); // it is paused by now
     goesOn = true;
     window.destinations.last()(home.path("large.bin"));
     ASSERT_TRUE(waitUntil([this] { return announcer.spoken.contains("Download complete."); }));
