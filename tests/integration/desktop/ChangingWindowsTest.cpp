@@ -121,6 +121,36 @@ TEST_F(ChangingWindowsTest, WhatIsScrolledOutOfTheWindowIsNotOffered)
     EXPECT_FALSE(text.contains(u"button 'Row 39'"_s)) << text.toStdString();
 }
 
+TEST_F(ChangingWindowsTest, AWindowThatChangesAllTheTimeIsReadAndWhatStaysInItIsPressed)
+{
+    TestProgram &program = startWindow(u"widget = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)\n"
+                                       "stays = Gtk.Button(label='Stays')\n"
+                                       "stays.connect('clicked', lambda button: sys.exit(7))\n"
+                                       "widget.add(stays)\n"
+                                       "rows = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)\n"
+                                       "widget.add(rows)\n"
+                                       "def churn():\n"
+                                       "    for row in rows.get_children(): row.destroy()\n"
+                                       "    for row in range(5): rows.add(Gtk.Button(label='Row'))\n"
+                                       "    rows.show_all()\n"
+                                       "    return True\n"
+                                       "GLib.timeout_add(5, churn)"_s);
+    const QString text = captureWith(u"button 'Stays'"_s);
+    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, u"button 'Stays'"_s))).startsWith(u"Pressed button"_s));
+    EXPECT_EQ(program.waitForExit(), 7);
+}
+
+TEST_F(ChangingWindowsTest, ANameOfAMegabyteIsOneLineOfWhichTheBeginningIsTold)
+{
+    startWindow(u"widget = Gtk.Button(label='Store')\n"
+                "widget.get_accessible().set_name('Long\\n[9] button \\'OK\\' ' + 'x' * 1000000)"_s);
+    const QString text = captureWith(u"] button 'Long [9] button 'OK' xxxx"_s);
+    const QStringList lines = text.split(u'\n').filter(u"] button"_s);
+    EXPECT_EQ(lines.size(), 1);
+    EXPECT_LT(lines.value(0).size(), 600);
+    EXPECT_TRUE(run(m_tools.axClick(1)).startsWith(u"Pressed button 'Long [9]"_s));
+}
+
 TEST_F(ChangingWindowsTest, AMinimizedWindowIsNotTheOneThatAProgramHadInFrontLast)
 {
     const TestProgram &program = startWindow(u"widget = Gtk.Label(label='First')\n"

@@ -2,9 +2,12 @@
 
 #include "platform/linux/desktop/XDisplay.h"
 #include "platform/linux/desktop/XKeyboard.h"
+#include "platform/linux/desktop/XWindows.h"
 
 #include <QFile>
 #include <QProcess>
+#include <algorithm>
+#include <csignal>
 #include <thread>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -213,6 +216,29 @@ TEST_F(TypingTest, TheRestOfATextGoesToNoOtherWindowWhenTheOneItIsForCloses)
         u"Error: typing was stopped after 3 of 13 characters, because another window came to the front."_s);
     EXPECT_EQ(run(tools.typeText(u"end\n"_s)), u"Typed 4 characters."_s);
     EXPECT_TRUE(waitUntil([&] { return typed() == "end\n"_L1; })) << typed().toStdString();
+}
+
+TEST_F(TypingTest, TheRestOfATextGoesNowhereWhenTheWindowIsMinimized)
+{
+    const TestProgram &program =
+        startWindow(u"widget = Gtk.Entry()\n"
+                    "widget.connect('changed', lambda field: print(field.get_text(), flush=True))"_s,
+                    u"window.iconify()"_s);
+    const qint64 pid = program.pid();
+    ScreenTools tools(desktop(std::make_shared<ThirdPause>([pid] {
+        ::kill(pid_t(pid), SIGUSR1);
+        waitInAnyThread([pid] {
+            const auto display = XDisplay::open();
+            const QList<XWindow> windows = stackedWindows(*display);
+            return std::any_of(windows.begin(), windows.end(), [&](const XWindow &window) {
+                return window.pid == pid && !window.isShown && !hasKeyboard(*display, window.window);
+            });
+        });
+    })));
+    const QString answer = run(tools.typeText(u"abc for nobody"_s));
+    EXPECT_TRUE(answer.startsWith(u"Error: typing was stopped after 3 of 14 characters"_s))
+        << answer.toStdString();
+    EXPECT_TRUE(waitUntil([&] { return program.log().endsWith(u"abc\n"_s); })) << program.log().toStdString();
 }
 
 TEST_F(TypingTest, AStopInMidWordGivesBackKeysAndModifiers)
