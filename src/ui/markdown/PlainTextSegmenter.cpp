@@ -31,11 +31,71 @@ bool isBlank(QChar unit)
     return mayBe && unit.isSpace();
 }
 
-/// The last place between two characters within the first `limit` units; 0 where the first is longer.
+char32_t letterBefore(QStringView text, qsizetype at)
+{
+    const QChar last = text[at - 1];
+    return last.isLowSurrogate() && at > 1 && text[at - 2].isHighSurrogate()
+               ? QChar::surrogateToUcs4(text[at - 2], last)
+               : last.unicode();
+}
+
+char32_t letterAt(QStringView text, qsizetype at)
+{
+    const QChar first = text[at];
+    return first.isHighSurrogate() && at + 1 < text.size() && text[at + 1].isLowSurrogate()
+               ? QChar::surrogateToUcs4(first, text[at + 1])
+               : first.unicode();
+}
+
+bool isRegionalIndicator(char32_t letter)
+{
+    return letter >= 0x1F1E6 && letter <= 0x1F1FF;
+}
+
+/// Letters whose neighbours on both sides must be known to tell where a character ends (Unicode Standard
+/// Annex 29): format characters, jamo, regional indicators, letters of scripts with prefixed ones, halves of
+/// pairs.
+bool needsItsNeighbours(char32_t letter)
+{
+    const auto isIn = [letter](char32_t first, char32_t last) { return letter >= first && letter <= last; };
+    return QChar::category(letter) == QChar::Other_Format || isIn(0x1100, 0x11FF) || isIn(0xA960, 0xA97F) ||
+           isIn(0xD7B0, 0xDFFF) || isRegionalIndicator(letter) || letter == 0x0D4E || isIn(0x11000, 0x11FFF);
+}
+
+/// Whether the letter belongs to the character before it, or may do so.
+bool mayContinue(char32_t letter)
+{
+    return QChar::isMark(letter) || (letter >= 0x1F3FB && letter <= 0x1F3FF) || letter == 0x0E33 ||
+           letter == 0x0EB3 || letter == 0xFF9E || letter == 0xFF9F;
+}
+
+/// Whether a character surely ends there, told from the letters on both sides alone.
+bool endsSurely(QStringView text, qsizetype at)
+{
+    const char32_t before = letterBefore(text, at);
+    const char32_t after = letterAt(text, at);
+    return before != U'\r' && !needsItsNeighbours(before) && !needsItsNeighbours(after) &&
+           !mayContinue(after) && !(QChar::isMark(before) && QChar::isLetter(after));
+}
+
+/// A place between two characters, the last or one of the last within the first `limit` units; 0 where the
+/// first is longer.
 qsizetype characterEnd(QStringView text, qsizetype limit)
 {
-    // Where characters end shows within a few of them.
-    const qsizetype from = std::max<qsizetype>(0, limit - 2 * longestCharacterUnits);
+    limit -= limit > 1 && text[limit - 1].isHighSurrogate() ? 1 : 0;
+    // ICU takes some 20 microseconds to begin, which is too long for each of a few thousand cuts.
+    bool isAllMarks = true;
+    for (qsizetype at = limit; at > std::max<qsizetype>(0, limit - longestCharacterUnits); --at) {
+        if (at < text.size() && endsSurely(text, at))
+            return at;
+        isAllMarks = isAllMarks && QChar::isMark(letterBefore(text, at));
+    }
+    if (isAllMarks)
+        return limit; // more than belong to one character
+    // Where characters end shows within a few of them, but for flags, which are counted from the first.
+    const qsizetype from = isRegionalIndicator(letterBefore(text, limit))
+                               ? 0
+                               : std::max<qsizetype>(0, limit - 2 * longestCharacterUnits);
     const QStringView around = text.sliced(from, std::min(text.size(), limit + longestCharacterUnits) - from);
     const qsizetype begun = characterCount(around.first(limit - from));
     const qsizetype end = from + characterOffset(around, begun);

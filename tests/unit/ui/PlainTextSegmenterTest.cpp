@@ -1,5 +1,6 @@
 #include "ui/markdown/PlainTextSegmenter.h"
 
+#include "base/Text.h"
 #include "ui/markdown/LayoutCost.h"
 
 #include <QString>
@@ -123,6 +124,32 @@ TEST(PlainTextSegmenterTest, ACutPartsNoCharacterOfSeveralLetters)
     ASSERT_GT(segments.size(), 3);
     for (const TextSegment &segment : segments.sliced(1))
         EXPECT_EQ(text.at(segment.from), u'e');
+}
+
+TEST(PlainTextSegmenterTest, ACutOfAnyScriptIsBetweenTwoCharacters)
+{
+    const QStringList characters{u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s, // a family
+                                 u"\U0001F44D\U0001F3FD"_s,                       // a thumb with its colour
+                                 u"\U0001F1E9\U0001F1EA"_s,                       // a flag
+                                 u"\u2764\uFE0F"_s,                               // a heart in colour
+                                 u"1\uFE0F\u20E3"_s,                              // a key
+                                 u"\u1112\u1161\u11AB"_s,                         // a Korean syllable of jamo
+                                 u"\u0E01\u0E33"_s,  // Thai, a vowel behind its letter
+                                 u"\u0600\u0661"_s,  // Arabic, a number sign before its digit
+                                 u"\uFF76\uFF9E"_s,  // Japanese, a voiced half-width letter
+                                 u"\u0939\u093F"_s}; // Hindi, a vowel sign
+    for (const QString &character : characters)
+        for (const QString &beginning :
+             {u""_s, u"a"_s, u"ab"_s, u"abc"_s, u"abcd"_s, u"abcde"_s, u"abcdef"_s}) {
+            ASSERT_EQ(characterCount(character), 1);
+            const QString text = beginning + character.repeated(3000);
+            const auto segments = cut(text);
+            ASSERT_GT(segments.size(), 1);
+            for (const TextSegment &segment : segments.sliced(1))
+                ASSERT_TRUE(segment.from < beginning.size() ||
+                            (segment.from - beginning.size()) % character.size() == 0)
+                    << character.toStdString();
+        }
 }
 
 TEST(PlainTextSegmenterTest, ACutPartsNoLineEnd)
