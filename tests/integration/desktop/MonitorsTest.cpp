@@ -83,8 +83,8 @@ TEST_F(MonitorsTest, AProgramAboveThePrimaryMonitorIsSeenAndPressed)
     ASSERT_TRUE(form.button && form.word) << form.text.toStdString();
     EXPECT_LT(form.button->y(), 0);
     EXPECT_LE((*form.button - *form.word).manhattanLength(), 4) << form.text.toStdString();
-    EXPECT_TRUE(
-        run(m_tools.axClick(numberOf(form.text, u"button 'Leave'"_s))).startsWith(u"Pressed button"_s));
+    const QString answer = run(m_tools.axClick(numberOf(form.text, u"button 'Leave'"_s)));
+    EXPECT_TRUE(answer.startsWith(u"Pressed button"_s)) << answer.toStdString();
     EXPECT_EQ(form.program.waitForExit(), 0);
 }
 

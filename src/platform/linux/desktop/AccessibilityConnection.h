@@ -30,7 +30,7 @@ struct AccessibilityReference {
 
 /// How one question ended.
 struct AccessibilityAnswer {
-    enum class Kind { answered, failed, late };
+    enum class Kind { answered, failed, late, ended };
     Kind kind = Kind::late;
     QVariantList values;
 };

@@ -185,6 +185,8 @@ std::optional<AccessibilityAnswer> ActionCarrier::carry(const FileDescriptor &ca
     }
     if (*sign == ActionSign::Kind::failed)
         return AccessibilityAnswer{Kind::failed, {}};
+    if (*sign == ActionSign::Kind::ended)
+        return AccessibilityAnswer{Kind::ended, {}};
     return AccessibilityAnswer{Kind::answered, {*sign == ActionSign::Kind::yes}};
 }
 

@@ -28,6 +28,7 @@ struct ActionSign {
         yes,
         no,
         failed,
+        ended, ///< The program went before it answered, as one does whose button says "Quit".
     };
     Kind kind = Kind::failed;
     std::uint32_t number = 0;

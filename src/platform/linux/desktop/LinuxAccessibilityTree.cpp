@@ -338,6 +338,8 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex});
     if (answer.kind == AccessibilityAnswer::Kind::late)
         return outcomeOfLate(live.reference);
+    if (answer.kind == AccessibilityAnswer::Kind::ended)
+        return Outcome::done;
     return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
 }
 

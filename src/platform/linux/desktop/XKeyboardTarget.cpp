@@ -7,7 +7,8 @@
 namespace morvane {
 
 XKeyboardTarget::XKeyboardTarget(const XDisplay &display)
-    : m_display(display), m_focus(focus()), m_topLevel(topLevelOf(m_focus)), m_target(m_topLevel.window)
+    : m_display(display), m_focus(focus()), m_topLevel(topLevelOf(m_focus)), m_target(m_topLevel.window),
+      m_beganInFrame(m_topLevel.isFrameAlone)
 {
 }
 
@@ -20,7 +21,10 @@ KeyboardHolder XKeyboardTarget::holder()
     }
     if (m_topLevel.isOwn)
         return KeyboardHolder::ownWindow;
-    return m_topLevel.window == m_target ? KeyboardHolder::sameWindow : KeyboardHolder::otherWindow;
+    // A window that is minimized leaves the keyboard to its frame, until the manager gives it to another.
+    const bool isLeft = m_topLevel.isFrameAlone && !m_beganInFrame;
+    return m_topLevel.window == m_target && !isLeft ? KeyboardHolder::sameWindow
+                                                    : KeyboardHolder::otherWindow;
 }
 
 xcb_window_t XKeyboardTarget::focus() const
@@ -33,9 +37,10 @@ xcb_window_t XKeyboardTarget::focus() const
 
 XKeyboardTarget::TopLevel XKeyboardTarget::topLevelOf(xcb_window_t window) const
 {
-    TopLevel found{window, false};
+    TopLevel found{.window = window};
     for (const xcb_window_t around : withAncestors(m_display, window)) {
         found.window = around;
+        found.isFrameAlone = found.isFrameAlone && m_display.values(around, "WM_STATE").isEmpty();
         found.isOwn |= m_display.values(around, "_NET_WM_PID").value(0) == uint32_t(::getpid());
     }
     return found;

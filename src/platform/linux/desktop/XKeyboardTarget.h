@@ -19,6 +19,7 @@ private:
     struct TopLevel {
         xcb_window_t window = XCB_NONE;
         bool isOwn = false;
+        bool isFrameAlone = true; ///< Nothing that a window manager manages has the focus.
     };
 
     xcb_window_t focus() const;
@@ -28,6 +29,7 @@ private:
     xcb_window_t m_focus;
     TopLevel m_topLevel; ///< Around m_focus.
     const xcb_window_t m_target;
+    const bool m_beganInFrame;
 };
 
 } // namespace morvane

@@ -107,6 +107,8 @@ void carry(const ActionRequest &request)
         const QDBusMessage answer = line.call(messageOf(request), QDBus::Block, forever);
         if (answer.type() == QDBusMessage::ReplyMessage)
             kind = answer.arguments().value(0).toBool() ? ActionSign::Kind::yes : ActionSign::Kind::no;
+        else if (!line.isConnected())
+            kind = ActionSign::Kind::ended;
     }
     tell(kind, request.number);
 }
