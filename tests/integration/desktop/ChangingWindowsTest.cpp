@@ -40,18 +40,6 @@ TEST_F(ChangingWindowsTest, AnElementThatHasBecomeAnotherIsAnErrorAndIsNotPresse
     EXPECT_EQ(program.waitForExit(), 7);
 }
 
-TEST_F(ChangingWindowsTest, AButtonWhoseProgramGoesBeforeItAnswersHasBeenPressed)
-{
-    TestProgram &program = startWindow(u"import os\n"
-                                       "widget = Gtk.Button(label='Leave')\n"
-                                       "widget.connect('pressed', lambda button: os._exit(7))\n"
-                                       "widget.connect('clicked', lambda button: os._exit(7))"_s);
-    const int button = numberOf(captureWith(u"button 'Leave'"_s), u"button 'Leave'"_s);
-    const QString answer = run(m_tools.axClick(button));
-    EXPECT_TRUE(answer.startsWith(u"Pressed button 'Leave'"_s)) << answer.toStdString();
-    EXPECT_EQ(program.waitForExit(), 7);
-}
-
 TEST_F(ChangingWindowsTest, AnElementThatHasBeenTakenAwayIsAnErrorAndNoClick)
 {
     TestProgram &program = startWindow(u"widget = Gtk.Box()\n"
