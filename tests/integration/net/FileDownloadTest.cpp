@@ -6,6 +6,7 @@
 #include "support/DownloadServer.h"
 #include "support/FileSizeLimit.h"
 #include "support/TemporaryHome.h"
+#include "support/WaitUntil.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -172,6 +173,8 @@ TEST_F(FileDownloadTest, AServerWithoutRangesSendsTheWholeFileAgain)
 TEST_F(FileDownloadTest, ACompleteFileIsComparedAndNotBroughtAgain)
 {
     download();
+    // The server counts what it has sent a moment after it is there.
+    ASSERT_TRUE(waitUntil([this] { return server.server().sentBytes() > content.size(); }));
     const qint64 sent = server.server().sentBytes();
     download();
     EXPECT_EQ(downloaded(), content);
