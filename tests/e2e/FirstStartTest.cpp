@@ -67,7 +67,10 @@ TEST_F(FirstStartTest, FromNothingToTheAnswerOfAMessageThatWaited)
     EXPECT_TRUE(morvane.program().shows(u"42%"_s));
     morvane.program().find(text(skip)).press();
     EXPECT_TRUE(morvane.ear().hears(u"Skipped local model setup. Open Settings to choose a provider."_s));
-    morvane.send(u"Good morning"_s);
+    EXPECT_TRUE(morvane.program().focuses(u"Message Morvane"_s));
+    // With a Return alone, so soon after the answer, the greeting would take it for a second answer.
+    morvane.keyboard().type(u"Good morning"_s);
+    morvane.keyboard().press(u"Return"_s);
     EXPECT_TRUE(morvane.hasStatus(u"Waiting for the local model setup to finish…"_s));
     EXPECT_TRUE(morvane.ear().hears(u"Waiting for the local model setup before sending."_s));
     EXPECT_TRUE(morvane.program().shows(u"Stop generating"_s));
@@ -77,6 +80,7 @@ TEST_F(FirstStartTest, FromNothingToTheAnswerOfAMessageThatWaited)
     EXPECT_TRUE(morvane.program().shows(u"Morvane said Good morning to you."_s));
     EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Good morning to you."_s));
     EXPECT_THAT(world->runtime.calls(), ElementsAre(u"serve"_s, u"list"_s, u"pull qwen2.5"_s, u"list"_s));
+    ASSERT_FALSE(world->runtime.chats().isEmpty());
     EXPECT_EQ(world->runtime.chats().constFirst().value("model"_L1).toString(), u"qwen2.5"_s);
 }
 
