@@ -3,8 +3,7 @@
 #include "base/AtomicFile.h"
 #include "browser/engine/EngineDownload.h"
 #include "browser/engine/EngineWebPage.h"
-#include "ui/controls/LabelText.h"
-#include "ui/sheets/VisibleText.h"
+#include "browser/pages/PageText.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,8 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
-
-constexpr qsizetype longestLine = 200;
 
 QString profileFolder(const QString &folder)
 {
@@ -42,12 +39,6 @@ QString downloadFolder(const QString &folder)
 QString removalMark(const QString &folder)
 {
     return folder + u"/remove-site-data"_s;
-}
-
-/// What a page says, as it can be shown.
-QString line(const QString &text)
-{
-    return visibleText(labelText(text, longestLine).simplified()).text;
 }
 
 /// The folder as the engine is to find it.
@@ -83,13 +74,14 @@ EngineFactory::EngineFactory(const EngineOptions &options)
     settings.setAttribute(QWebEngineSettings::WebRTCPublicInterfacesOnly, true);
     // Frames of a page would start other programs with it.
     settings.setUnknownUrlSchemePolicy(QWebEngineSettings::DisallowUnknownUrlSchemes);
-    m_profile.setNotificationPresenter([show = options.showNotification](
-                                           const std::unique_ptr<QWebEngineNotification> &notification) {
-        if (!show)
-            return;
-        show(line(notification->origin().host()), line(notification->title()), line(notification->message()));
-        notification->show();
-    });
+    m_profile.setNotificationPresenter(
+        [show = options.showNotification](const std::unique_ptr<QWebEngineNotification> &notification) {
+            if (!show)
+                return;
+            show(pageText(notification->origin().host()), pageText(notification->title()),
+                 pageText(notification->message()));
+            notification->show();
+        });
     QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_pages,
                      [this](QWebEngineDownloadRequest *request) { download(*request); });
 }

@@ -1,7 +1,7 @@
 #include "browser/engine/PageDialogSheet.h"
 
-#include "ui/controls/LabelText.h"
-#include "ui/sheets/VisibleText.h"
+#include "base/Text.h"
+#include "browser/pages/PageText.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -18,7 +18,6 @@ namespace {
 
 constexpr int sheetWidth = 420;
 constexpr int linesShown = 5;
-constexpr qsizetype longestLine = 200;
 /// Of a text to be changed, which is laid out in one line.
 constexpr qsizetype longestDefault = 10'000;
 
@@ -28,9 +27,8 @@ PageDialogSheet::PageDialogSheet(QWidget *window, const QString &speaker, const 
                                  Refusal refusal)
     : QDialog(window), m_column(new QVBoxLayout)
 {
-    const QString title =
-        speaker.isEmpty() ? u"This page says"_s : visibleText(labelText(speaker)).text + u" says"_s;
-    const QString shown = visibleText(labelText(text)).text;
+    const QString title = speaker.isEmpty() ? u"This page says"_s : pageText(speaker) + u" says"_s;
+    const QString shown = pageLines(text);
     setWindowModality(Qt::WindowModal);
     setWindowTitle(title);
     setAccessibleName(title);
@@ -67,7 +65,7 @@ QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
     label->setVisible(!name.isEmpty());
     auto *field = new QLineEdit(
         firstCharacters(text.left(2 * longestDefault), longestDefault)); // what is left goes back as it is
-    const QString question = labelText(accessibleDescription(), longestLine).simplified();
+    const QString question = pageText(accessibleDescription());
     field->setAccessibleName(!name.isEmpty() ? name : question.isEmpty() ? windowTitle() : question);
     label->setBuddy(field);
     m_column->addWidget(label);
@@ -79,7 +77,7 @@ QLineEdit *PageDialogSheet::addField(const QString &name, const QString &text)
 
 QString PageDialogSheet::inOneLine() const
 {
-    return labelText(windowTitle() + u": "_s + accessibleDescription(), longestLine).simplified();
+    return pageText(windowTitle() + u": "_s + accessibleDescription());
 }
 
 QCheckBox *PageDialogSheet::addSilence()

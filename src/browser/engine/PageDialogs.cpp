@@ -1,6 +1,7 @@
 #include "browser/engine/PageDialogs.h"
 
 #include "browser/engine/PageDialogSheet.h"
+#include "browser/pages/PageText.h"
 #include "ui/sheets/UnaskedDialog.h"
 
 #include <QCheckBox>
@@ -58,7 +59,8 @@ QStringList PageDialogs::files(const QString &site, QFileDialog::FileMode mode)
     if (!isSeen(site))
         return {};
     auto *const dialog = new QFileDialog(
-        m_view.window(), site.isEmpty() ? u"Choose File"_s : u"Choose File for "_s + site, QDir::homePath());
+        m_view.window(), site.isEmpty() ? u"Choose File"_s : u"Choose File for "_s + pageText(site),
+        QDir::homePath());
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setFileMode(mode);
     return show(dialog, site) ? dialog->selectedFiles() : QStringList();

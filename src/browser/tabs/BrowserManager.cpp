@@ -1,6 +1,7 @@
 #include "browser/tabs/BrowserManager.h"
 
 #include "async/Scheduler.h"
+#include "browser/pages/PageText.h"
 #include "browser/pages/WebPageFactory.h"
 #include "platform/Announcer.h"
 
@@ -21,7 +22,7 @@ constexpr auto loadsHeardWithin = 10s;
 
 QString hostOr(const QUrl &address, const QString &fallback)
 {
-    return address.host().isEmpty() ? fallback : address.host();
+    return address.host().isEmpty() ? fallback : pageText(address.host());
 }
 
 } // namespace
@@ -116,7 +117,7 @@ void BrowserManager::switchTab(QUuid id)
         return;
     activate(id);
     activeTab()->setZoom(activeTab()->zoom());
-    m_services.announcer.announce(u"Switched to tab "_s + activeTab()->title());
+    m_services.announcer.announce(u"Switched to tab "_s + pageText(activeTab()->title()));
 }
 
 void BrowserManager::closeTab(QUuid id)
@@ -126,7 +127,7 @@ void BrowserManager::closeTab(QUuid id)
         return;
     const bool wasActive = id == m_activeTabID;
     const auto place = m_tabs.begin() + index;
-    const QString title = (*place)->title();
+    const QString title = pageText((*place)->title());
     const QString address = (*place)->urlString();
     if (!address.isEmpty() && address != "about:blank"_L1) {
         m_closedTabURLs.append(address);
@@ -247,7 +248,7 @@ void BrowserManager::updateTabState(BrowserTab &tab)
     const QString before = m_currentURLString;
     followPage(tab);
     if (&tab == activeTab() && m_currentURLString != before && !m_currentURLString.isEmpty())
-        announceLoad(u"Loaded "_s + tab.title());
+        announceLoad(u"Loaded "_s + pageText(tab.title()));
 }
 
 void BrowserManager::navigationStarted(BrowserTab &tab, const QUrl &address)

@@ -1,5 +1,6 @@
 #include "browser/tabs/Downloads.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/tabs/BrowserWindow.h"
 #include "platform/Announcer.h"
 
@@ -93,7 +94,7 @@ void Downloads::start(const Download &download, const QString &path)
         m_announcer.announce(u"Download cancelled."_s);
         end(key);
     });
-    m_announcer.announce(u"Download started: "_s + download->suggestedFileName());
+    m_announcer.announce(u"Download started: "_s + pageText(download->suggestedFileName()));
     download->accept(path);
     Q_EMIT changed();
 }

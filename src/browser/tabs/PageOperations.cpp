@@ -5,6 +5,7 @@
 #include "browser/pages/EvaluateWithTimeout.h"
 #include "browser/pages/PageReading.h"
 #include "browser/pages/PageScripts.h"
+#include "browser/pages/PageText.h"
 #include "browser/pages/ScriptAnswer.h"
 #include "browser/pages/WaitUntilReady.h"
 #include "browser/tabs/BrowserManager.h"
@@ -86,7 +87,7 @@ Task<QString> PageOperations::browserOpen(QString urlString)
         co_return noWindow();
     tab->setLastElementRefs({});
     m_browser.forgetRefusals();
-    m_announcer.announce(u"Loading "_s + target.host());
+    m_announcer.announce(u"Loading "_s + pageText(target.host()));
     tab->webView().load(target.url);
     const bool isReady = co_await waitUntilReady(&tab->webView(), openLimit);
     if (!tab)

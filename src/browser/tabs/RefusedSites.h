@@ -1,5 +1,7 @@
 #pragma once
 
+#include "browser/pages/PageText.h"
+
 #include <QHash>
 #include <QString>
 
@@ -16,7 +18,7 @@ public:
     void refused(const QString &site) { ++m_refusals[site]; }
     void agreed(const QString &site) { m_refusals.remove(site); }
     /// What a site is called; it may have no host.
-    static QString nameOf(const QString &site) { return site.isEmpty() ? QStringLiteral("this page") : site; }
+    static QString nameOf(const QString &site) { return pageName(site, QStringLiteral("this page")); }
     /// All of them may ask again.
     void forget() { m_refusals.clear(); }
 

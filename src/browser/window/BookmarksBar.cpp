@@ -1,8 +1,8 @@
 #include "browser/window/BookmarksBar.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/window/BrowserMenuActions.h"
 #include "browser/window/BrowsingRecords.h"
-#include "browser/window/PageText.h"
 #include "browser/window/ScrollStrip.h"
 #include "browser/window/ToolButton.h"
 #include "ui/controls/AccessibleRole.h"

@@ -1,8 +1,8 @@
 #include "browser/window/BrowserTabButton.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/tabs/BrowserTab.h"
 #include "browser/window/BrowserTabAccessible.h"
-#include "browser/window/PageText.h"
 #include "ui/controls/HoverText.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/MorvaneStyle.h"

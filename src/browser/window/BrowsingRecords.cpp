@@ -1,9 +1,9 @@
 #include "browser/window/BrowsingRecords.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/pages/WebPageFactory.h"
 #include "browser/sites/Favicons.h"
 #include "browser/tabs/BrowserManager.h"
-#include "browser/window/PageText.h"
 #include "platform/Announcer.h"
 
 #include <QUrl>

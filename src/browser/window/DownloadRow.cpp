@@ -1,6 +1,6 @@
 #include "browser/window/DownloadRow.h"
 
-#include "browser/window/PageText.h"
+#include "browser/pages/PageText.h"
 #include "browser/window/ToolButton.h"
 #include "ui/controls/LineLabel.h"
 

@@ -1,7 +1,7 @@
 #include "browser/window/HistoryListModel.h"
 
 #include "base/ReferenceDate.h"
-#include "browser/window/PageText.h"
+#include "browser/pages/PageText.h"
 
 #include <QLocale>
 #include <algorithm>

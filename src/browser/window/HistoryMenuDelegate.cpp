@@ -1,8 +1,8 @@
 #include "browser/window/HistoryMenuDelegate.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/window/BrowserMenuActions.h"
 #include "browser/window/BrowsingRecords.h"
-#include "browser/window/PageText.h"
 
 #include <QMenu>
 

@@ -1,7 +1,7 @@
 #include "browser/window/PageArea.h"
 
+#include "browser/pages/PageText.h"
 #include "browser/tabs/BrowserManager.h"
-#include "browser/window/PageText.h"
 #include "ui/controls/AccessibleEvents.h"
 #include "ui/controls/AccessibleRole.h"
 

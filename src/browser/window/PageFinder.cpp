@@ -2,7 +2,7 @@
 
 #include "async/Scheduler.h"
 #include "browser/pages/EvaluateWithTimeout.h"
-#include "browser/window/PageText.h"
+#include "browser/pages/PageText.h"
 #include "platform/Announcer.h"
 
 #include <chrono>

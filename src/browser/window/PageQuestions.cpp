@@ -1,7 +1,7 @@
 #include "browser/window/PageQuestions.h"
 
 #include "async/Scheduler.h"
-#include "browser/window/PageText.h"
+#include "browser/pages/PageText.h"
 #include "platform/Announcer.h"
 #include "platform/UrlOpener.h"
 #include "ui/sheets/UnaskedDialog.h"

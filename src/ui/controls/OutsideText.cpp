@@ -1,6 +1,6 @@
 #include "ui/controls/OutsideText.h"
 
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 
 namespace morvane {

@@ -1,7 +1,7 @@
 #include "ui/controls/WrappingButton.h"
 
+#include "base/LabelText.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/WrappedText.h"
 #include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"

@@ -1,6 +1,6 @@
 #include "ui/conversation/ConversationRowAccessible.h"
 
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/conversation/ChatScrollView.h"
 
 using namespace Qt::StringLiterals;

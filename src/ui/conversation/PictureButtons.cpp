@@ -1,6 +1,6 @@
 #include "ui/conversation/PictureButtons.h"
 
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/conversation/ConversationLayout.h"
 #include "ui/conversation/MessageParts.h"
 #include "ui/conversation/SentPictures.h"

@@ -1,6 +1,6 @@
 #include "ui/conversation/SelectionGestures.h"
 
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/conversation/ConversationLayout.h"
 #include "ui/conversation/ConversationScroll.h"
 

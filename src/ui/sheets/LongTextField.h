@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/sheets/VisibleText.h"
+#include "base/VisibleText.h"
 
 #include <QPlainTextEdit>
 #include <QTimer>

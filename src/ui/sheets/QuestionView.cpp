@@ -1,9 +1,9 @@
 #include "ui/sheets/QuestionView.h"
 
 #include "app/Questions.h"
+#include "base/LabelText.h"
 #include "base/Text.h"
 #include "ui/controls/HeadingLabel.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/markdown/LayoutCost.h"
 #include "ui/sheets/ScrollingText.h"

@@ -1,7 +1,7 @@
 #include "ui/window/AttachmentArea.h"
 
 #include "app/PendingAttachments.h"
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 #include "ui/controls/SymbolLabel.h"
 #include "ui/theme/ThemeColors.h"

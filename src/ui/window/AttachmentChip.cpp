@@ -1,9 +1,9 @@
 #include "ui/window/AttachmentChip.h"
 
+#include "base/LabelText.h"
 #include "base/Text.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
 #include "ui/theme/ThemeColors.h"
 
 #include <QEvent>

@@ -1,8 +1,8 @@
 #include "ui/window/ConversationListModel.h"
 
 #include "app/Conversations.h"
+#include "base/LabelText.h"
 #include "base/ReferenceDate.h"
-#include "ui/controls/LabelText.h"
 
 #include <QLocale>
 

@@ -1,6 +1,6 @@
 #include "ui/window/ConversationListView.h"
+#include "base/LabelText.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
 
 #include "app/AppModel.h"
 #include "ui/theme/Icons.h"

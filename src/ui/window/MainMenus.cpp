@@ -1,7 +1,7 @@
 #include "ui/window/MainMenus.h"
 
 #include "app/AppModel.h"
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 #include "ui/window/ConversationPane.h"
 #include "ui/window/ConversationZoom.h"
 #include "ui/window/EditMenu.h"

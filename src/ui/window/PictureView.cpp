@@ -2,7 +2,7 @@
 
 #include "async/Scheduler.h"
 #include "attachments/AttachmentService.h"
-#include "ui/controls/LabelText.h"
+#include "base/LabelText.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -1,8 +1,8 @@
 #include "ui/window/StatusBarView.h"
 
 #include "app/AppModel.h"
+#include "base/LabelText.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/ReadableText.h"
 #include "ui/theme/Icons.h"
 #include "ui/theme/ThemeColors.h"

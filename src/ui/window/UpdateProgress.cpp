@@ -1,9 +1,9 @@
 #include "ui/window/UpdateProgress.h"
 
 #include "app/UpdateInstallPhase.h"
+#include "base/LabelText.h"
 #include "base/Overloaded.h"
 #include "ui/controls/DownloadProgressBar.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/NoteLabel.h"
 
 #include <QVBoxLayout>

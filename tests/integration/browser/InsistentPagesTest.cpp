@@ -157,6 +157,10 @@ TEST_F(InsistentPagesTest, APageThatMayNotifyIsShown)
     runInPage("new Notification('One\\u202E', {body: 'two\\nthree'})");
     ASSERT_TRUE(waitUntil([] { return notifications().size() == 1; }));
     EXPECT_EQ(notifications().last(), (QStringList{"127.0.0.1", "One\\u202E", "two three"}));
+    runInPage("new Notification('Bell\\u0007', {body: 'x'.repeat(1024 * 1024)})");
+    ASSERT_TRUE(waitUntil([] { return notifications().size() == 2; }));
+    EXPECT_EQ(notifications().last().at(1), "Bell\\u0007");
+    EXPECT_LE(notifications().last().at(2).size(), 201);
 }
 
 TEST_F(InsistentPagesTest, APageThatAsksTenTimesIsHeardThreeTimesAtMost)

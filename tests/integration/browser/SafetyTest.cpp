@@ -56,6 +56,26 @@ TEST_F(SafetyTest, WhatAPageAsksIsAnsweredInASheetThatNamesTheSite)
     EXPECT_EQ(title(), "null");
 }
 
+TEST_F(SafetyTest, NothingThatAPageAsksIsHiddenOrTurnsTheWordsAround)
+{
+    show("<p>x");
+    speak("alert('pay \\u202Eme\\u0007\\\\nnow')", [](QDialog &dialog) {
+        EXPECT_EQ(dialog.accessibleDescription(), "pay \\u202Eme\\u0007\nnow");
+        dialog.accept();
+    });
+    speak("prompt('your \\u202Ename\\u0007\\\\nplease', 'Ann')", [](QDialog &dialog) {
+        EXPECT_EQ(dialog.findChild<QLineEdit *>()->accessibleName(), "your \\u202Ename\\u0007 please");
+        dialog.accept();
+    });
+    speak("prompt('x'.repeat(1024 * 1024), 'y'.repeat(1024 * 1024))", [](QDialog &dialog) {
+        constexpr qsizetype most = 10'001;
+        EXPECT_LT(dialog.accessibleDescription().size(), most);
+        EXPECT_LT(dialog.findChild<QLineEdit *>()->accessibleName().size(), most);
+        EXPECT_LT(dialog.findChild<QLineEdit *>()->text().size(), most);
+        dialog.accept();
+    });
+}
+
 TEST_F(SafetyTest, APageThatGoesOnAskingCanBeSilenced)
 {
     show("<p>x");

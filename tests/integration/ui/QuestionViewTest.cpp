@@ -1,7 +1,7 @@
 #include "SheetsFixture.h"
 
+#include "base/LabelText.h"
 #include "ui/controls/HoverText.h"
-#include "ui/controls/LabelText.h"
 #include "ui/controls/WrappingButton.h"
 #include "ui/markdown/TextSegment.h"
 #include "ui/sheets/QuestionView.h"

@@ -1,20 +1,28 @@
 #pragma once
 
-#include "ui/controls/LabelText.h"
-#include "ui/sheets/VisibleText.h"
+#include "base/LabelText.h"
+#include "base/VisibleText.h"
 
 #include <QString>
 
 namespace morvane {
 
-/// Characters of what a page says that go into a label.
+// What a page says, or the site that it comes from, as it may be shown and spoken: bounded, and with
+// everything told that could not be seen or would turn other text around.
+
+/// Characters of what a page says that go into a line of ours.
 inline constexpr qsizetype longestPageText = 200;
 
-/// What a page says, such as its title, as a line of ours: what cannot be seen in it, or turns other text
-/// around, is told.
+/// In one line, such as a title, a site or a file's name.
 inline QString pageText(const QString &text, qsizetype limit = longestPageText)
 {
     return visibleText(labelText(text, limit).simplified()).text;
+}
+
+/// With its own lines, such as a question.
+inline QString pageLines(const QString &text)
+{
+    return visibleText(labelText(text)).text;
 }
 
 /// What a page is called: its title, or `otherwise` where that is empty.
@@ -22,12 +30,6 @@ inline QString pageName(const QString &title, const QString &otherwise)
 {
     const QString name = pageText(title);
     return name.isEmpty() ? pageText(otherwise) : name;
-}
-
-/// A text of a page for a menu or a button, in which an ampersand would be taken for a mnemonic.
-inline QString pageCaption(const QString &text, qsizetype limit = longestPageText)
-{
-    return pageText(text, limit).replace(u'&', QStringLiteral("&&"));
 }
 
 } // namespace morvane

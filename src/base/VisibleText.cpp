@@ -1,4 +1,4 @@
-#include "ui/sheets/VisibleText.h"
+#include "base/VisibleText.h"
 
 #include <QChar>
 #include <algorithm>
