@@ -109,6 +109,15 @@ class RunTests(unittest.TestCase):
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in single], [["unit.beside"]])
         self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
 
+    def test_a_part_of_a_program_may_have_none_of_what_is_wanted(self):
+        for part in range(2):
+            self.program(f"unit.half{part}", PROGRAM + f"report(passed, passed)\nos.environ['GTEST_SHARD_INDEX'] == '{part}'"
+                         " or sys.exit(1)\n")
+            with open(self.build / "CTestTestfile.cmake", "a") as tests:
+                tests.write(f'set_tests_properties("unit.half{part}" PROPERTIES ENVIRONMENT "GTEST_SHARD_INDEX={part}")\n')
+        self.assertEqual(self.run_tests("whatisthere")[:2], (0, "2 passed, 0 failed"))
+        self.assertEqual(self.run_tests("half")[:2], (0, "4 passed, 0 failed"))
+
     def test_an_interruption_ends_what_runs(self):
         for alone in (False, True):
             for number in (signal.SIGINT, signal.SIGTERM):
