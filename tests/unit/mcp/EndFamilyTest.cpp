@@ -42,6 +42,14 @@ TEST_F(EndFamilyTest, WhoEndsByTheFirstSignalGetsNoOther)
     EXPECT_EQ(now.time_since_epoch(), 1999ms);
 }
 
+TEST_F(EndFamilyTest, WhereNobodyIsLeftNobodyIsSought)
+{
+    gone = 0s;
+    end();
+    EXPECT_EQ(sent, std::vector<Sent>());
+    EXPECT_EQ(now.time_since_epoch(), 0s);
+}
+
 TEST_F(EndFamilyTest, WhoIsLeftAfterTwoSecondsIsKilled)
 {
     gone = 2005ms;
