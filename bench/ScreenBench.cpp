@@ -76,7 +76,7 @@ public:
         : m_program(program, arguments, QProcessEnvironment::systemEnvironment(), log)
     {
         if (!waitUntil([this] {
-                const auto front = LinuxApplications().frontmost();
+                const auto front = LinuxApplications().frontmost({});
                 return front && front->pid == m_program.pid();
             }))
             throw std::runtime_error("no window: " + m_program.log().toStdString());

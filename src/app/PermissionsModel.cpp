@@ -1,8 +1,10 @@
 #include "app/PermissionsModel.h"
 
+#include "app/Log.h"
 #include "async/Scheduler.h"
 #include "async/Sleep.h"
 #include "platform/Announcer.h"
+#include "platform/DisplaySilent.h"
 #include "platform/InputEvents.h"
 #include "platform/ScreenCapture.h"
 
@@ -51,8 +53,12 @@ void PermissionsModel::set(Permission permission, bool isConfigured)
 
 void PermissionsModel::readFlags()
 {
-    set(Permission::screenRecording, m_screen.isGranted());
-    set(Permission::accessibility, m_input.isTrusted());
+    try {
+        set(Permission::screenRecording, m_screen.isGranted({}));
+        set(Permission::accessibility, m_input.isTrusted({}));
+    } catch (const DisplaySilent &) {
+        qCWarning(appLog) << "the display does not tell what is permitted";
+    }
 }
 
 void PermissionsModel::refresh()

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QPoint>
 #include <QRect>
+#include <stop_token>
 
 namespace morvane {
 
@@ -14,8 +15,8 @@ class ScreenCapture {
 public:
     virtual ~ScreenCapture() = default;
 
-    /// Whether pictures can be taken now.
-    virtual bool isGranted() = 0;
+    /// Whether pictures can be taken now. `stop` ends the waiting for an answer, by DisplaySilent.
+    virtual bool isGranted(const std::stop_token &stop) = 0;
     /// Has the desktop ask the user for it, where it does so; returns at once.
     virtual void requestAccess() = 0;
 

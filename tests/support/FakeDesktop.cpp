@@ -233,7 +233,7 @@ void FakeInputEvents::requestTrust()
     trusted = trusted || trustsWhenAsked;
 }
 
-std::unique_ptr<InputSource> FakeInputEvents::newSource()
+std::unique_ptr<InputSource> FakeInputEvents::newSource(const std::stop_token &)
 {
     return std::make_unique<FakeInputSource>(m_log, keyboardHolder, unread);
 }

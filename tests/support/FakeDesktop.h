@@ -48,7 +48,12 @@ private:
 class FakeScreenCapture : public ScreenCapture {
 public:
     explicit FakeScreenCapture(DesktopLog &log) : m_log(log) {}
-    bool isGranted() override { return granted; }
+    bool isGranted(const std::stop_token &stop) override
+    {
+        if (onQuestion)
+            onQuestion(stop);
+        return granted;
+    }
     void requestAccess() override;
     QList<QRect> displays() override { return frames; }
     QPoint pointer() override { return mouse; }
@@ -60,6 +65,8 @@ public:
     QPoint mouse{10, 10};
     int pixelsPerPoint = 1;
     bool fails = false;
+    /// Called when it is asked whether pictures can be taken, on its thread.
+    std::function<void(const std::stop_token &)> onQuestion;
 
 private:
     DesktopLog &m_log;
@@ -120,10 +127,20 @@ private:
 class FakeApplications : public Applications {
 public:
     explicit FakeApplications(DesktopLog &log) : m_log(log) {}
-    std::optional<RunningApplication> frontmost() override { return front; }
+    std::optional<RunningApplication> frontmost(const std::stop_token &stop) override
+    {
+        if (onQuestion)
+            onQuestion(stop);
+        return front;
+    }
     std::optional<DesktopWindow> focusedWindow(qint64) override { return focused; }
     QList<DesktopWindow> windows() override { return allWindows; }
-    QList<RunningApplication> running() override { return runningApplications; }
+    QList<RunningApplication> running(const std::stop_token &stop) override
+    {
+        if (onQuestion)
+            onQuestion(stop);
+        return runningApplications;
+    }
     void activate(const RunningApplication &application, const std::stop_token &stop) override;
     bool open(const QString &name, const std::stop_token &stop) override;
     bool openAddress(const QUrl &address, const QString &application, const std::stop_token &stop) override;
@@ -135,6 +152,8 @@ public:
     bool opens = true;
     /// Called before something is opened, on its thread.
     std::function<void(const std::stop_token &)> onOpen;
+    /// Called when it is asked which program is in front or which run, on its thread.
+    std::function<void(const std::stop_token &)> onQuestion;
 
 private:
     DesktopLog &m_log;
@@ -144,15 +163,22 @@ private:
 class FakeInputEvents : public InputEvents {
 public:
     explicit FakeInputEvents(DesktopLog &log) : m_log(log) {}
-    bool isTrusted() override { return trusted; }
+    bool isTrusted(const std::stop_token &stop) override
+    {
+        if (onQuestion)
+            onQuestion(stop);
+        return trusted;
+    }
     void requestTrust() override;
-    std::unique_ptr<InputSource> newSource() override;
+    std::unique_ptr<InputSource> newSource(const std::stop_token &) override;
     QList<QString> layoutCharacters() override;
 
     bool trusted = true;
     bool trustsWhenAsked = false;
     QList<QString> layout;
     int layoutQuestions = 0;
+    /// Called when it is asked whether events can be posted, on its thread.
+    std::function<void(const std::stop_token &)> onQuestion;
     std::atomic<KeyboardHolder> keyboardHolder = KeyboardHolder::sameWindow; ///< Sources refer to it.
     /// How often a character has to be tried before the program in front has read the ones before it.
     std::atomic<int> unread = 0;

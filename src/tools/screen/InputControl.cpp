@@ -88,11 +88,11 @@ InputControl::InputControl(Desktop desktop, std::shared_ptr<ScreenInventory> inv
 
 QString InputControl::permissionProblem()
 {
-    if (m_desktop.input->isTrusted())
+    if (m_desktop.input->isTrusted(m_stop))
         return {};
     m_desktop.input->requestTrust();
     pause(permissionPause);
-    if (m_desktop.input->isTrusted())
+    if (m_desktop.input->isTrusted(m_stop))
         return {};
     return u"Error: Morvane needs Accessibility permission to control your Mac. Open System Settings, "
            u"Privacy "
@@ -101,7 +101,7 @@ QString InputControl::permissionProblem()
 
 QString InputControl::ownWindowProblem()
 {
-    return ownWindowProblem(*m_desktop.input->newSource());
+    return ownWindowProblem(*m_desktop.input->newSource(m_stop));
 }
 
 QString InputControl::ownWindowProblem(InputSource &source)
@@ -121,7 +121,7 @@ void InputControl::pause(std::chrono::milliseconds duration)
 std::unique_ptr<InputSource> InputControl::pointerAt(QPoint point)
 {
     pause(0ms);
-    auto source = m_desktop.input->newSource();
+    auto source = m_desktop.input->newSource(m_stop);
     source->warp(point);
     pause(30ms);
     return source;
@@ -246,7 +246,7 @@ QString InputControl::type(const QString &text)
     if (text.isEmpty())
         return nothingToType;
     pause(0ms);
-    const auto source = m_desktop.input->newSource();
+    const auto source = m_desktop.input->newSource(m_stop);
     if (const QString problem = ownWindowProblem(*source); !problem.isEmpty())
         return problem;
     source->prepareText(text);
@@ -268,7 +268,7 @@ QString InputControl::pressKey(const QString &key)
     if (!combination)
         return combination.error();
     pause(0ms);
-    const auto source = m_desktop.input->newSource();
+    const auto source = m_desktop.input->newSource(m_stop);
     if (const QString problem = ownWindowProblem(*source); !problem.isEmpty())
         return problem;
     source->keyDown(combination->code, combination->flags);
@@ -282,7 +282,7 @@ QString InputControl::moveCursor(QPoint point)
     if (const QString problem = permissionProblem(); !problem.isEmpty())
         return problem;
     pause(0ms);
-    m_desktop.input->newSource()->warp(point);
+    m_desktop.input->newSource(m_stop)->warp(point);
     return u"Moved the cursor to "_s + place(point) + u'.';
 }
 
@@ -334,7 +334,7 @@ QString InputControl::mouseScroll(qint64 amount)
     constexpr qint64 most = std::numeric_limits<qint32>::max() / pixelsPerAmount;
     const int delta = int(std::clamp(amount, -most, most) * pixelsPerAmount);
     pause(0ms);
-    const auto source = m_desktop.input->newSource();
+    const auto source = m_desktop.input->newSource(m_stop);
     for (int step = 0; step < scrollSteps; ++step) {
         source->scroll(delta);
         pause(12ms);

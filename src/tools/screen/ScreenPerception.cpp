@@ -95,7 +95,7 @@ QString ScreenPerception::captureScreen()
 {
     if (!screenRecordingGranted())
         return notGranted;
-    const std::optional<RunningApplication> frontmost = m_desktop.applications->frontmost();
+    const std::optional<RunningApplication> frontmost = m_desktop.applications->frontmost(m_stop);
     const std::optional<Region> region = chooseRegion(frontmost);
     const QImage image = region ? m_desktop.screen->capture(region->frame) : QImage();
     if (image.isNull())
@@ -128,11 +128,11 @@ QString ScreenPerception::captureScreen()
 
 bool ScreenPerception::screenRecordingGranted()
 {
-    if (m_desktop.screen->isGranted())
+    if (m_desktop.screen->isGranted(m_stop))
         return true;
     m_desktop.screen->requestAccess();
     m_desktop.clock->sleep(permissionPause, m_stop);
-    return m_desktop.screen->isGranted();
+    return m_desktop.screen->isGranted(m_stop);
 }
 
 std::optional<ScreenPerception::Region>

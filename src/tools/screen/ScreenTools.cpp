@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "platform/Applications.h"
 #include "platform/Clipboard.h"
+#include "platform/DisplaySilent.h"
 #include "tools/screen/InputControl.h"
 #include "tools/screen/LayoutKeycodes.h"
 #include "tools/screen/ScreenInventory.h"
@@ -20,6 +21,9 @@ namespace morvane {
 namespace {
 
 const QString stopped = u"Error: stopped before it was done."_s;
+const QString displayIsSilent =
+    u"Error: the display does not answer, so it is not known how much of this was done. A program that hangs "
+    "may be holding it. Ask the user to end that program, then run capture_screen before you go on."_s;
 
 /// Asks work on another thread to stop as soon as the task is cancelled.
 class StopOnCancel {
@@ -58,26 +62,33 @@ Task<void> ScreenTools::warmKeyboardLayout()
 
 Task<ToolResult> ScreenTools::captureScreen()
 {
+    return runOnDesktop([](Shared &shared, const std::stop_token &stop) {
+        const QString text = ScreenPerception(shared.desktop, shared.inventory, stop).captureScreen();
+        return text.isEmpty() ? stopped : text;
+    });
+}
+
+Task<ToolResult> ScreenTools::runOnDesktop(Work work)
+{
     const TaskContext context = co_await currentContext();
     const StopOnCancel stop(*context.cancellation);
-    const QString text = co_await runOffMain([shared = m_shared, token = stop.token()] {
-        return ScreenPerception(shared->desktop, shared->inventory, token).captureScreen();
+    co_return co_await runOffMain([shared = m_shared, work = std::move(work), token = stop.token()] {
+        try {
+            return work(*shared, token);
+        } catch (const SequenceStopped &) {
+            return stopped;
+        } catch (const DisplaySilent &) {
+            return token.stop_requested() ? stopped : displayIsSilent;
+        }
     });
-    co_return text.isEmpty() ? stopped : text;
 }
 
 Task<ToolResult> ScreenTools::runSequence(Sequence sequence)
 {
-    const TaskContext context = co_await currentContext();
-    const StopOnCancel stop(*context.cancellation);
-    co_return co_await runOffMain([shared = m_shared, sequence = std::move(sequence), token = stop.token()] {
-        const std::lock_guard lock(shared->sequence);
-        InputControl control(shared->desktop, shared->inventory, shared->layout, token);
-        try {
-            return sequence(control);
-        } catch (const SequenceStopped &) {
-            return stopped;
-        }
+    return runOnDesktop([sequence = std::move(sequence)](Shared &shared, const std::stop_token &stop) {
+        const std::lock_guard lock(shared.sequence);
+        InputControl control(shared.desktop, shared.inventory, shared.layout, stop);
+        return sequence(control);
     });
 }
 
@@ -157,15 +168,14 @@ Task<ToolResult> ScreenTools::pasteText(QString text)
 
 Task<ToolResult> ScreenTools::clipboardRead()
 {
-    const TaskContext context = co_await currentContext();
-    const StopOnCancel stop(*context.cancellation);
-    const std::optional<QString> text = co_await runOffMain(
-        [shared = m_shared, token = stop.token()] { return shared->desktop.clipboard->text(token); });
-    if (stop.token().stop_requested())
-        co_return stopped;
-    if (!text || text->isEmpty())
-        co_return u"The clipboard is empty or does not contain text."_s;
-    co_return u"Clipboard content: "_s + *text;
+    return runOnDesktop([](Shared &shared, const std::stop_token &stop) {
+        const std::optional<QString> text = shared.desktop.clipboard->text(stop);
+        if (stop.stop_requested())
+            return stopped;
+        if (!text || text->isEmpty())
+            return u"The clipboard is empty or does not contain text."_s;
+        return u"Clipboard content: "_s + *text;
+    });
 }
 
 Task<ToolResult> ScreenTools::clipboardSet(QString text)
@@ -179,10 +189,11 @@ Task<ToolResult> ScreenTools::clipboardSet(QString text)
 
 Task<ToolResult> ScreenTools::frontmostApp()
 {
-    const std::optional<RunningApplication> frontmost =
-        co_await runOffMain([shared = m_shared] { return shared->desktop.applications->frontmost(); });
-    const QString name = frontmost ? frontmost->name : QString();
-    co_return u"The frontmost application is "_s + (name.isEmpty() ? u"unknown"_s : name) + u'.';
+    return runOnDesktop([](Shared &shared, const std::stop_token &stop) {
+        const auto frontmost = shared.desktop.applications->frontmost(stop);
+        const QString name = frontmost ? frontmost->name : QString();
+        return u"The frontmost application is "_s + (name.isEmpty() ? u"unknown"_s : name) + u'.';
+    });
 }
 
 Task<ToolResult> ScreenTools::openURL(QString url, QString application)
@@ -193,30 +204,24 @@ Task<ToolResult> ScreenTools::openURL(QString url, QString application)
             u"\" is not a valid URL. Use a full address like "
             "https://www.youtube.com/results?search_query=piano+lesson"_s;
     }
-    const TaskContext context = co_await currentContext();
-    const StopOnCancel stop(*context.cancellation);
-    const bool opened = co_await runOffMain([shared = m_shared, address, application, token = stop.token()] {
-        return shared->desktop.applications->openAddress(address, application, token);
+    co_return co_await runOnDesktop([address, application](Shared &shared, const std::stop_token &stop) {
+        if (shared.desktop.applications->openAddress(address, application, stop))
+            return u"Opened "_s + address.toString(QUrl::FullyEncoded) + u" in the browser."_s;
+        return stop.stop_requested()
+                   ? stopped
+                   : u"Error: could not open the URL. Make sure a default browser is set."_s;
     });
-    if (!opened)
-        co_return stop.token().stop_requested()
-            ? stopped
-            : u"Error: could not open the URL. Make sure a default browser is set."_s;
-    co_return u"Opened "_s + address.toString(QUrl::FullyEncoded) + u" in the browser."_s;
 }
 
 Task<ToolResult> ScreenTools::openApplication(QString name)
 {
-    const TaskContext context = co_await currentContext();
-    const StopOnCancel stop(*context.cancellation);
-    const bool opened = co_await runOffMain([shared = m_shared, name, token = stop.token()] {
-        return shared->desktop.applications->open(name, token);
+    return runOnDesktop([name = std::move(name)](Shared &shared, const std::stop_token &stop) {
+        if (shared.desktop.applications->open(name, stop))
+            return u"Opened the "_s + name + u" application."_s;
+        return stop.stop_requested()
+                   ? stopped
+                   : u"Error: could not find or open the application named \""_s + name + u"\"."_s;
     });
-    if (!opened)
-        co_return stop.token().stop_requested()
-            ? stopped
-            : u"Error: could not find or open the application named \""_s + name + u"\"."_s;
-    co_return u"Opened the "_s + name + u" application."_s;
 }
 
 Task<ToolResult> ScreenTools::activateApp(QString name)
@@ -224,19 +229,17 @@ Task<ToolResult> ScreenTools::activateApp(QString name)
     const QString wanted = trimmed(name);
     if (wanted.isEmpty())
         co_return u"Error: an application name is required."_s;
-    const TaskContext context = co_await currentContext();
-    const StopOnCancel stop(*context.cancellation);
-    co_return co_await runOffMain([shared = m_shared, wanted, token = stop.token()] {
-        Applications &applications = *shared->desktop.applications;
-        for (const RunningApplication &application : applications.running()) {
+    co_return co_await runOnDesktop([wanted](Shared &shared, const std::stop_token &stop) {
+        Applications &applications = *shared.desktop.applications;
+        for (const RunningApplication &application : applications.running(stop)) {
             if (application.name.compare(wanted, Qt::CaseInsensitive) == 0) {
-                applications.activate(application, token);
+                applications.activate(application, stop);
                 return u"Activated "_s + wanted + u'.';
             }
         }
-        if (applications.open(wanted, token))
+        if (applications.open(wanted, stop))
             return u"Launched and activated "_s + wanted + u'.';
-        return token.stop_requested() ? stopped : couldNotLaunch(wanted);
+        return stop.stop_requested() ? stopped : couldNotLaunch(wanted);
     });
 }
 

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stop_token>
 
 namespace morvane {
 
@@ -57,8 +58,12 @@ private:
         std::mutex sequence; ///< Held by the one whose events are on their way.
     };
 
+    using Work = std::function<QString(Shared &, const std::stop_token &)>;
     using Sequence = std::function<QString(InputControl &)>;
 
+    /// Runs `work` on a background thread; a stop, or a display that does not answer, is what is answered
+    /// then.
+    Task<ToolResult> runOnDesktop(Work work);
     Task<ToolResult> runSequence(Sequence sequence);
 
     std::shared_ptr<Shared> m_shared;

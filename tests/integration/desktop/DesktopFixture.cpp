@@ -14,7 +14,7 @@ namespace {
 void turnTo(qint64 pid)
 {
     LinuxApplications applications;
-    for (const RunningApplication &program : applications.running())
+    for (const RunningApplication &program : applications.running({}))
         if (program.pid == pid)
             applications.activate(program, {});
 }
@@ -46,7 +46,7 @@ DesktopFixture::~DesktopFixture()
 {
     m_programs.clear();
     // The next test's program is to be the only one.
-    EXPECT_TRUE(waitUntil([] { return !LinuxApplications().frontmost(); }));
+    EXPECT_TRUE(waitUntil([] { return !LinuxApplications().frontmost({}); }));
 }
 
 bool DesktopFixture::hasTheKeyboard(qint64 pid)

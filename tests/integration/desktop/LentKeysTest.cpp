@@ -200,7 +200,7 @@ TEST_F(LentKeysTest, WhatACrashHasLeftIsGivenBackBeforeTheKeyboardIsUsedAgain)
     };
     put('x');
     LinuxInputEvents another;
-    another.newSource();
+    another.newSource({});
     EXPECT_EQ(XKeyboard::read(*user)->symbol(key), xkb_keysym_t('x'));
     put(XCB_NO_SYMBOL);
     EXPECT_EQ(spareKeys(), spare);

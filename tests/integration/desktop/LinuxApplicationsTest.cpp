@@ -61,7 +61,7 @@ protected:
     {
         std::optional<RunningApplication> front;
         ASSERT_TRUE(waitUntil([&] {
-            front = LinuxApplications().frontmost();
+            front = LinuxApplications().frontmost({});
             return front && front->pid > 1;
         }));
         ::kill(pid_t(front->pid), SIGTERM);
@@ -274,7 +274,7 @@ TEST_F(LinuxApplicationsTest, APanelIsAWindowOfAnotherLayerAndNoProgramToBeActiv
     const DesktopWindow seen = applications.windows().first();
     EXPECT_EQ(seen.title, u"Panel"_s);
     EXPECT_EQ(seen.layer, 1);
-    EXPECT_TRUE(applications.running().isEmpty());
+    EXPECT_TRUE(applications.running({}).isEmpty());
 }
 
 TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
@@ -282,10 +282,11 @@ TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
     start(u"yad"_s, {u"--form"_s, u"--title=First"_s, u"--field=Name"_s});
     start(u"xterm"_s, {});
     EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is XTerm."_s);
-    const QString name = LinuxApplications().running().last().name;
+    const QString name = LinuxApplications().running({}).last().name;
     EXPECT_EQ(run(m_tools.activateApp(name.toUpper())), u"Activated %1."_s.arg(name.toUpper()));
     // At once, since keys may come next.
-    EXPECT_EQ(LinuxApplications().frontmost().value_or(RunningApplication()).pid, m_programs.front()->pid());
+    EXPECT_EQ(LinuxApplications().frontmost({}).value_or(RunningApplication()).pid,
+              m_programs.front()->pid());
 }
 
 } // namespace

@@ -34,7 +34,7 @@ private:
         run(m_tools.moveCursor({1, 1}));
         const QImage before = stillPicture(around, QImage());
         // A pointer that is only put there is not noticed by every toolkit.
-        LinuxInputEvents().newSource()->mouseMoved(told);
+        LinuxInputEvents().newSource({})->mouseMoved(told);
         const QImage after = stillPicture(around, before);
         QRect changed;
         for (int y = 0; y < after.height(); ++y)

@@ -65,7 +65,7 @@ protected:
         newSource()->warp({100, 100});
     }
 
-    static std::unique_ptr<InputSource> newSource() { return LinuxInputEvents().newSource(); }
+    static std::unique_ptr<InputSource> newSource() { return LinuxInputEvents().newSource({}); }
 
     static uint8_t keyOf(xkb_keysym_t symbol)
     {
@@ -366,22 +366,22 @@ TEST(WithoutAnXServerTest, NothingIsAllowedOrKnownAndWhatIsPostedGoesNowhere)
     for (const auto &[name, value] : {std::pair{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":none"}}) {
         const QByteArray before = qgetenv(name);
         qputenv(name, value);
-        EXPECT_FALSE(LinuxInputEvents().isTrusted()) << name;
+        EXPECT_FALSE(LinuxInputEvents().isTrusted({})) << name;
         EXPECT_TRUE(LinuxInputEvents().layoutCharacters().isEmpty()) << name;
-        EXPECT_FALSE(LinuxScreenCapture().isGranted()) << name;
+        EXPECT_FALSE(LinuxScreenCapture().isGranted({})) << name;
         EXPECT_TRUE(LinuxScreenCapture().displays().isEmpty()) << name;
         EXPECT_TRUE(LinuxScreenCapture().capture({0, 0, 10, 10}).isNull()) << name;
-        EXPECT_EQ(LinuxApplications().frontmost(), std::nullopt) << name;
-        EXPECT_TRUE(LinuxApplications().running().isEmpty()) << name;
+        EXPECT_EQ(LinuxApplications().frontmost({}), std::nullopt) << name;
+        EXPECT_TRUE(LinuxApplications().running({}).isEmpty()) << name;
         EXPECT_EQ(LinuxClipboard().text({}), std::nullopt) << name;
-        const auto source = LinuxInputEvents().newSource();
+        const auto source = LinuxInputEvents().newSource({});
         source->warp({1, 1});
         source->buttonDown(MouseButton::left, {1, 1});
         type(*source, u"ab"_s);
         before.isNull() ? qunsetenv(name) : qputenv(name, before);
     }
-    EXPECT_TRUE(LinuxInputEvents().isTrusted());
-    EXPECT_TRUE(LinuxScreenCapture().isGranted());
+    EXPECT_TRUE(LinuxInputEvents().isTrusted({}));
+    EXPECT_TRUE(LinuxScreenCapture().isGranted({}));
 }
 
 } // namespace

@@ -59,7 +59,7 @@ TEST_F(XPingTest, AllHaveToAnswer)
 {
     const xcb_window_t one = newWindow();
     const xcb_window_t other = newWindow();
-    XPing ping({one, other});
+    XPing ping({one, other}, {});
     EXPECT_EQ(ping.state(), XPing::State::waiting);
     answerOne();
     EXPECT_EQ(ping.wait(std::chrono::milliseconds(0)), XPing::State::waiting);
@@ -70,9 +70,9 @@ TEST_F(XPingTest, AllHaveToAnswer)
 TEST_F(XPingTest, TheLateAnswerToAnEarlierQuestionIsNone)
 {
     const xcb_window_t window = newWindow();
-    EXPECT_EQ(XPing({window}).state(), XPing::State::waiting);
-    XPing later({window});
-    XPing other({window});
+    EXPECT_EQ(XPing({window}, {}).state(), XPing::State::waiting);
+    XPing later({window}, {});
+    XPing other({window}, {});
     answerOne();
     answerOne();
     EXPECT_TRUE(becomes(later, XPing::State::answered));
@@ -83,9 +83,9 @@ TEST_F(XPingTest, WhatHasGoneOrGoesIsNotWaitedFor)
 {
     const xcb_window_t gone = newWindow();
     close(gone);
-    EXPECT_EQ(XPing({gone}).state(), XPing::State::answered);
+    EXPECT_EQ(XPing({gone}, {}).state(), XPing::State::answered);
     const xcb_window_t window = newWindow();
-    XPing ping({window});
+    XPing ping({window}, {});
     EXPECT_EQ(ping.state(), XPing::State::waiting);
     close(window);
     EXPECT_TRUE(becomes(ping, XPing::State::answered));
@@ -94,7 +94,7 @@ TEST_F(XPingTest, WhatHasGoneOrGoesIsNotWaitedFor)
 TEST_F(XPingTest, WhoDoesNotKnowTheQuestionIsUnknownOnceTheOthersHaveAnswered)
 {
     const xcb_window_t window = newWindow();
-    XPing ping({newWindow(false), window});
+    XPing ping({newWindow(false), window}, {});
     EXPECT_EQ(ping.state(), XPing::State::waiting);
     answerOne();
     EXPECT_TRUE(becomes(ping, XPing::State::unknown));

@@ -37,9 +37,9 @@ DesktopWindow desktopWindow(const XWindow &window, QPoint origin)
 
 } // namespace
 
-std::optional<RunningApplication> LinuxApplications::frontmost()
+std::optional<RunningApplication> LinuxApplications::frontmost(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     const auto window = display ? activeWindow(*display) : std::nullopt;
     if (!window)
         return std::nullopt;
@@ -73,9 +73,9 @@ QList<DesktopWindow> LinuxApplications::windows()
     return shown;
 }
 
-QList<RunningApplication> LinuxApplications::running()
+QList<RunningApplication> LinuxApplications::running(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     QList<RunningApplication> programs;
     if (!display)
         return programs;
@@ -89,7 +89,7 @@ QList<RunningApplication> LinuxApplications::running()
 
 void LinuxApplications::activate(const RunningApplication &application, const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return;
     QList<XWindow> windows = stackedWindows(*display);

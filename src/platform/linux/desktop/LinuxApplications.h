@@ -8,10 +8,10 @@ namespace morvane {
 /// Windows as the window manager of an X server tells of them, programs as their desktop files do.
 class LinuxApplications final : public Applications {
 public:
-    std::optional<RunningApplication> frontmost() override;
+    std::optional<RunningApplication> frontmost(const std::stop_token &stop) override;
     std::optional<DesktopWindow> focusedWindow(qint64 pid) override;
     QList<DesktopWindow> windows() override;
-    QList<RunningApplication> running() override;
+    QList<RunningApplication> running(const std::stop_token &stop) override;
     void activate(const RunningApplication &application, const std::stop_token &stop) override;
     bool open(const QString &name, const std::stop_token &stop) override;
     bool openAddress(const QUrl &address, const QString &application, const std::stop_token &stop) override;

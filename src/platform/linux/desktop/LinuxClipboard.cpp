@@ -14,7 +14,7 @@ void LinuxClipboard::setText(const QString &text)
 
 std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return std::nullopt;
     XSelectionReader reader(*display, "CLIPBOARD", m_patience, stop);

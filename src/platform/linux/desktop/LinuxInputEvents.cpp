@@ -1,10 +1,11 @@
 #include "platform/linux/desktop/LinuxInputEvents.h"
 
+#include "platform/DisplaySilent.h"
+#include "platform/Log.h"
 #include "platform/linux/desktop/KeyPositions.h"
 #include "platform/linux/desktop/XInputSource.h"
 #include "platform/linux/desktop/XLentKeys.h"
 
-#include <utility>
 #include <xcb/xtest.h>
 
 namespace morvane {
@@ -29,10 +30,22 @@ public:
     void characterUp(char32_t) override {}
 };
 
-/// Whatever has become of who read them.
-void giveBackLentKeys()
+/// What each key types by itself, by virtual key code.
+QList<QString> charactersOf(const XKeyboard &keyboard)
 {
-    const auto display = XDisplay::open();
+    QList<QString> characters(virtualKeys);
+    for (int code = 0; code < virtualKeys; ++code)
+        if (const auto symbol = numberPadSymbol(code))
+            characters[code] = QString(QChar(ushort(*symbol)));
+        else if (const auto key = keyAtPosition(code))
+            characters[code] = keyboard.character(*key);
+    return characters;
+}
+
+/// Whatever has become of who read them.
+void giveBackLentKeys(const std::stop_token &stop)
+{
+    const auto display = XDisplay::open(stop);
     if (!display)
         return;
     if (XLentKeys lent(*display); !lent.isEmpty())
@@ -43,45 +56,46 @@ void giveBackLentKeys()
 
 LinuxInputEvents::~LinuxInputEvents()
 {
-    if (m_isBegun)
-        giveBackLentKeys();
+    try {
+        if (m_isBegun)
+            giveBackLentKeys({});
+    } catch (const DisplaySilent &) {
+        qCWarning(platformLog) << "keys stay lent until the next start: the display does not answer";
+    }
 }
 
-void LinuxInputEvents::begin()
+void LinuxInputEvents::begin(const std::stop_token &stop)
 {
     const std::lock_guard lock(m_mutex);
-    if (!std::exchange(m_isBegun, true))
-        giveBackLentKeys();
+    if (!m_isBegun)
+        giveBackLentKeys(stop);
+    m_isBegun = true;
 }
 
-bool LinuxInputEvents::isTrusted()
+bool LinuxInputEvents::isTrusted(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     return display && display->hasExtension(&xcb_test_id);
 }
 
-std::unique_ptr<InputSource> LinuxInputEvents::newSource()
+std::unique_ptr<InputSource> LinuxInputEvents::newSource(const std::stop_token &stop)
 {
-    begin();
-    if (auto display = XDisplay::open())
+    begin(stop);
+    if (auto display = XDisplay::open(stop))
         return std::make_unique<XInputSource>(std::move(display));
     return std::make_unique<NoInputSource>();
 }
 
 QList<QString> LinuxInputEvents::layoutCharacters()
 {
-    begin();
-    const auto display = XDisplay::open();
-    const auto keyboard = display ? XKeyboard::read(*display) : std::nullopt;
-    if (!keyboard)
+    try {
+        begin({});
+        const auto display = XDisplay::open();
+        const auto keyboard = display ? XKeyboard::read(*display) : std::nullopt;
+        return keyboard ? charactersOf(*keyboard) : QList<QString>();
+    } catch (const DisplaySilent &) {
         return {};
-    QList<QString> characters(virtualKeys);
-    for (int code = 0; code < virtualKeys; ++code)
-        if (const auto symbol = numberPadSymbol(code))
-            characters[code] = QString(QChar(ushort(*symbol)));
-        else if (const auto key = keyAtPosition(code))
-            characters[code] = keyboard->character(*key);
-    return characters;
+    }
 }
 
 } // namespace morvane

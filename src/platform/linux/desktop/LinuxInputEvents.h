@@ -16,14 +16,14 @@ public:
     LinuxInputEvents(const LinuxInputEvents &) = delete;
     LinuxInputEvents &operator=(const LinuxInputEvents &) = delete;
 
-    bool isTrusted() override;
+    bool isTrusted(const std::stop_token &stop) override;
     /// Nothing: an X server lets everyone, and there is nobody to ask on others.
     void requestTrust() override {}
-    std::unique_ptr<InputSource> newSource() override;
+    std::unique_ptr<InputSource> newSource(const std::stop_token &stop) override;
     QList<QString> layoutCharacters() override;
 
 private:
-    void begin();
+    void begin(const std::stop_token &stop);
 
     std::mutex m_mutex;
     bool m_isBegun = false;

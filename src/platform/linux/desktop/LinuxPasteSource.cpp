@@ -1,6 +1,8 @@
 #include "platform/linux/desktop/LinuxPasteSource.h"
 
 #include "async/OffMain.h"
+#include "platform/DisplaySilent.h"
+#include "platform/Log.h"
 #include "platform/linux/desktop/XSelectionReader.h"
 
 #include <QGuiApplication>
@@ -120,11 +122,15 @@ bool LinuxPasteSource::isReachable() const
 Task<Answer> LinuxPasteSource::read(Selection selection)
 {
     return runOffMain([patience = m_patience, selection]() -> Answer {
-        const auto display = XDisplay::open();
-        if (!display)
-            return std::unexpected(PasteFailure::silent);
-        return Questions(*display, selection == Selection::clipboard ? "CLIPBOARD" : "PRIMARY", patience)
-            .ask();
+        try {
+            if (const auto display = XDisplay::open())
+                return Questions(*display, selection == Selection::clipboard ? "CLIPBOARD" : "PRIMARY",
+                                 patience)
+                    .ask();
+        } catch (const DisplaySilent &) {
+            qCWarning(platformLog) << "nothing is pasted: the display does not answer";
+        }
+        return std::unexpected(PasteFailure::silent);
     });
 }
 

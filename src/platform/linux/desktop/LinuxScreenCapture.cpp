@@ -56,17 +56,14 @@ QImage throughSharedMemory(const XDisplay &display, const QRect &region)
         return {};
     xcb_connection_t *const connection = display.connection();
     const xcb_shm_seg_t segment = xcb_generate_id(connection);
+    const auto attached = xcb_shm_attach_checked(connection, segment, picture.id(), 0);
+    display.synchronize();
     // A server on another computer refuses.
-    const auto attached =
-        xReply(xcb_request_check(connection, xcb_shm_attach_checked(connection, segment, picture.id(), 0)));
-    if (attached)
+    if (xReply(xcb_request_check(connection, attached)))
         return {};
-    const auto reply = xReply(xcb_shm_get_image_reply(
-        connection,
-        xcb_shm_get_image(connection, display.root(), int16_t(region.x()), int16_t(region.y()),
-                          uint16_t(region.width()), uint16_t(region.height()), ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP,
-                          segment, 0),
-        nullptr));
+    const auto reply = display.reply<xcb_shm_get_image_reply_t>(xcb_shm_get_image(
+        connection, display.root(), int16_t(region.x()), int16_t(region.y()), uint16_t(region.width()),
+        uint16_t(region.height()), ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0));
     xcb_shm_detach(connection, segment);
     return reply ? copyOf(picture.data(), region) : QImage();
 }
@@ -77,7 +74,7 @@ QImage throughTheConnection(const XDisplay &display, const QRect &region)
     const auto cookie =
         xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, display.root(), int16_t(region.x()),
                       int16_t(region.y()), uint16_t(region.width()), uint16_t(region.height()), ~0U);
-    const auto reply = xReply(xcb_get_image_reply(connection, cookie, nullptr));
+    const auto reply = display.reply<xcb_get_image_reply_t>(cookie);
     const qsizetype expected = qsizetype(region.width()) * region.height() * bytesPerPixel;
     if (!reply || xcb_get_image_data_length(reply.get()) < expected)
         return {};
@@ -86,9 +83,9 @@ QImage throughTheConnection(const XDisplay &display, const QRect &region)
 
 } // namespace
 
-bool LinuxScreenCapture::isGranted()
+bool LinuxScreenCapture::isGranted(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     return display && display->screen().root_depth >= 24;
 }
 
@@ -109,8 +106,8 @@ QPoint LinuxScreenCapture::pointer()
     const auto display = XDisplay::open();
     if (!display)
         return {};
-    const auto reply = xReply(xcb_query_pointer_reply(
-        display->connection(), xcb_query_pointer(display->connection(), display->root()), nullptr));
+    const auto reply =
+        display->reply<xcb_query_pointer_reply_t>(xcb_query_pointer(display->connection(), display->root()));
     return reply ? QPoint(reply->root_x, reply->root_y) - display->origin() : QPoint();
 }
 

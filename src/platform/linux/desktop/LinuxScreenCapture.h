@@ -7,7 +7,7 @@ namespace morvane {
 /// Pictures of an X server, through shared memory where it is on this computer.
 class LinuxScreenCapture final : public ScreenCapture {
 public:
-    bool isGranted() override;
+    bool isGranted(const std::stop_token &stop) override;
     /// Nothing: an X server shows all to everyone, and there is nobody to ask on others.
     void requestAccess() override {}
 

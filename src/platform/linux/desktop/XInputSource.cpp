@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/XInputSource.h"
 
+#include "platform/DisplaySilent.h"
+#include "platform/Log.h"
 #include "platform/linux/desktop/KeyPositions.h"
 
 #include <algorithm>
@@ -78,9 +80,10 @@ int16_t coordinate(qint64 value)
 } // namespace
 
 XInputSource::XInputSource(std::unique_ptr<XDisplay> display)
-    : m_display(std::move(display)), m_origin(m_display->origin()), m_keyboard(XKeyboard::read(*m_display)),
-      m_lentKeys(*m_display)
+    : m_display(std::move(display)), m_origin(m_display->origin()), m_changes(m_display->stop()),
+      m_keyboard(XKeyboard::read(*m_display)), m_lentKeys(*m_display)
 {
+    m_display->hasExtension(&xcb_test_id); // Who posts the first event waits for nothing then.
 }
 
 XInputSource::~XInputSource()
@@ -89,10 +92,15 @@ XInputSource::~XInputSource()
         send(XCB_BUTTON_RELEASE, button);
     while (!m_heldKeys.isEmpty())
         releaseKey(m_heldKeys.last());
-    m_lentKeys.giveBackOnceRead(timeToGiveBack);
-    if (m_capsIsToBeLocked)
-        toggleCapsLock();
-    m_display->synchronize();
+    try {
+        m_lentKeys.giveBackOnceRead(timeToGiveBack);
+        if (m_capsIsToBeLocked)
+            toggleCapsLock();
+        m_display->synchronize();
+    } catch (const DisplaySilent &) {
+        // What was let go of is on its way, and a later source knows of the keys by their note.
+        qCWarning(platformLog) << "keys stay lent: the display does not answer";
+    }
 }
 
 QPoint XInputSource::fromRoot(QPoint point) const
@@ -123,9 +131,8 @@ void XInputSource::mouseMoved(QPoint point)
 uint8_t XInputSource::physicalButton(uint8_t logicalButton) const
 {
     // Left-handed users swap the buttons; posted ones are swapped as well.
-    xcb_connection_t *const connection = m_display->connection();
     const auto reply =
-        xReply(xcb_get_pointer_mapping_reply(connection, xcb_get_pointer_mapping(connection), nullptr));
+        m_display->reply<xcb_get_pointer_mapping_reply_t>(xcb_get_pointer_mapping(m_display->connection()));
     if (!reply)
         return logicalButton;
     const uint8_t *const map = xcb_get_pointer_mapping_map(reply.get());
@@ -228,9 +235,8 @@ void XInputSource::keyUp(int, quint32)
 
 uint16_t XInputSource::stateNow() const
 {
-    xcb_connection_t *const connection = m_display->connection();
-    const auto pointer = xReply(
-        xcb_query_pointer_reply(connection, xcb_query_pointer(connection, m_display->root()), nullptr));
+    const auto pointer = m_display->reply<xcb_query_pointer_reply_t>(
+        xcb_query_pointer(m_display->connection(), m_display->root()));
     return pointer ? pointer->mask : 0;
 }
 
@@ -239,9 +245,9 @@ void XInputSource::letGoOfForeignModifiers(uint16_t state)
     if ((state & effectiveModifiers) == 0 || !m_heldKeys.isEmpty())
         return;
     xcb_connection_t *const connection = m_display->connection();
-    const auto pressed = xReply(xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr));
+    const auto pressed = m_display->reply<xcb_query_keymap_reply_t>(xcb_query_keymap(connection));
     const auto modifiers =
-        xReply(xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
+        m_display->reply<xcb_get_modifier_mapping_reply_t>(xcb_get_modifier_mapping(connection));
     if (!pressed || !modifiers)
         return;
     const xcb_keycode_t *const codes = xcb_get_modifier_mapping_keycodes(modifiers.get());

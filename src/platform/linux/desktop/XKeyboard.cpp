@@ -26,7 +26,13 @@ xkb_mod_mask_t maskOf(xkb_keymap *keymap, const char *modifier)
 
 std::optional<XKeyboard> XKeyboard::read(const XDisplay &display)
 {
-    xcb_connection_t *const connection = display.connection();
+    std::optional<XKeyboard> keyboard;
+    display.attend([&] { keyboard = readOver(display.connection()); });
+    return keyboard;
+}
+
+std::optional<XKeyboard> XKeyboard::readOver(xcb_connection_t *connection)
+{
     if (xkb_x11_setup_xkb_extension(connection, XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                                     XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr,
                                     nullptr) == 0)

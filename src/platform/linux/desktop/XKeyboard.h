@@ -38,6 +38,8 @@ public:
 private:
     XKeyboard() = default;
 
+    static std::optional<XKeyboard> readOver(xcb_connection_t *connection);
+
     QHash<xkb_keysym_t, XKey> m_keys;
     QHash<uint8_t, xkb_keysym_t> m_symbols;
     QList<uint8_t> m_spareKeys;

@@ -2,7 +2,7 @@
 
 namespace morvane {
 
-XKeyboardChanges::XKeyboardChanges() : m_display(XDisplay::open()) {}
+XKeyboardChanges::XKeyboardChanges(const std::stop_token &stop) : m_display(XDisplay::open(stop)) {}
 
 bool XKeyboardChanges::any()
 {

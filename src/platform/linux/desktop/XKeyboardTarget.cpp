@@ -29,9 +29,8 @@ KeyboardHolder XKeyboardTarget::holder()
 
 xcb_window_t XKeyboardTarget::focus() const
 {
-    xcb_connection_t *const connection = m_display.connection();
     const auto reply =
-        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+        m_display.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(m_display.connection()));
     return reply ? reply->focus : xcb_window_t(XCB_NONE);
 }
 

@@ -32,9 +32,8 @@ void changeKeys(const XDisplay &display, const QList<uint8_t> &keys, const QList
 /// What is on a key without modifiers.
 xkb_keysym_t symbolOn(const XDisplay &display, uint8_t key)
 {
-    xcb_connection_t *const connection = display.connection();
-    const auto reply = xReply(
-        xcb_get_keyboard_mapping_reply(connection, xcb_get_keyboard_mapping(connection, key, 1), nullptr));
+    const auto reply = display.reply<xcb_get_keyboard_mapping_reply_t>(
+        xcb_get_keyboard_mapping(display.connection(), key, 1));
     const bool isAny = reply && xcb_get_keyboard_mapping_keysyms_length(reply.get()) > 0;
     return isAny ? *xcb_get_keyboard_mapping_keysyms(reply.get()) : xkb_keysym_t(XKB_KEY_NoSymbol);
 }
@@ -42,9 +41,7 @@ xkb_keysym_t symbolOn(const XDisplay &display, uint8_t key)
 /// Of the windows around the focus, the one that its program has told about to window managers.
 xcb_window_t windowWithKeyboard(const XDisplay &display)
 {
-    xcb_connection_t *const connection = display.connection();
-    const auto reply =
-        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    const auto reply = display.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(display.connection()));
     const auto windows = withAncestors(display, reply ? reply->focus : xcb_window_t(XCB_NONE));
     for (const xcb_window_t window : windows)
         if (!display.values(window, "WM_PROTOCOLS").isEmpty())
@@ -113,7 +110,7 @@ bool XLentKeys::areRead()
 {
     if (!m_ping) {
         m_display.synchronize();
-        m_ping.emplace(m_readers);
+        m_ping.emplace(m_readers, m_display.stop());
         m_patience.setRemainingTime(timeOfTheMute);
     }
     switch (m_ping->state()) {
@@ -151,7 +148,7 @@ void XLentKeys::giveBackOnceRead(std::chrono::milliseconds limit)
     if (m_keys.isEmpty())
         return;
     m_display.synchronize();
-    if (XPing(m_readers).wait(limit) == XPing::State::answered)
+    if (XPing(m_readers, m_display.stop()).wait(limit) == XPing::State::answered)
         giveBack();
 }
 

@@ -6,7 +6,8 @@
 
 namespace morvane {
 
-XPing::XPing(const QList<xcb_window_t> &windows) : m_display(XDisplay::open())
+XPing::XPing(const QList<xcb_window_t> &windows, const std::stop_token &stop)
+    : m_display(XDisplay::open(stop))
 {
     if (!m_display)
         return;

@@ -5,6 +5,7 @@
 #include <QList>
 #include <chrono>
 #include <memory>
+#include <stop_token>
 
 namespace morvane {
 
@@ -18,8 +19,8 @@ public:
         unknown, ///< Some programs do not know the question; all others have answered it.
     };
 
-    /// Asks.
-    explicit XPing(const QList<xcb_window_t> &windows);
+    /// Asks. `stop` ends the waiting for the server.
+    XPing(const QList<xcb_window_t> &windows, const std::stop_token &stop);
 
     /// As it is now; does not wait.
     State state();

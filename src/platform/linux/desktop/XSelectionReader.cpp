@@ -61,9 +61,8 @@ XReply<xcb_generic_event_t> XSelectionReader::waitFor(uint8_t kind)
 std::optional<QByteArray> XSelectionReader::takeProperty(xcb_atom_t &type)
 {
     xcb_connection_t *const connection = m_display.connection();
-    const auto reply = xReply(xcb_get_property_reply(
-        connection, xcb_get_property(connection, 1, m_window, m_property, XCB_ATOM_ANY, 0, wholeProperty),
-        nullptr));
+    const auto reply = m_display.reply<xcb_get_property_reply_t>(
+        xcb_get_property(connection, 1, m_window, m_property, XCB_ATOM_ANY, 0, wholeProperty));
     if (!reply)
         return std::nullopt;
     type = reply->type;

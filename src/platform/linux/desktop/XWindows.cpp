@@ -67,12 +67,10 @@ std::optional<XWindow> activeWindow(const XDisplay &display)
 
 QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window)
 {
-    xcb_connection_t *const connection = display.connection();
     QList<xcb_window_t> windows;
     while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != display.root()) {
         windows.append(window);
-        const auto tree =
-            xReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
+        const auto tree = display.reply<xcb_query_tree_reply_t>(xcb_query_tree(display.connection(), window));
         window = tree ? tree->parent : xcb_window_t(XCB_NONE);
     }
     return windows;
@@ -80,20 +78,14 @@ QList<xcb_window_t> withAncestors(const XDisplay &display, xcb_window_t window)
 
 xcb_window_t childOfRootAt(const XDisplay &display, QPoint place)
 {
-    xcb_connection_t *const connection = display.connection();
-    const auto reply = xReply(
-        xcb_translate_coordinates_reply(connection,
-                                        xcb_translate_coordinates(connection, display.root(), display.root(),
-                                                                  int16_t(place.x()), int16_t(place.y())),
-                                        nullptr));
+    const auto reply = display.reply<xcb_translate_coordinates_reply_t>(xcb_translate_coordinates(
+        display.connection(), display.root(), display.root(), int16_t(place.x()), int16_t(place.y())));
     return reply ? reply->child : xcb_window_t(XCB_NONE);
 }
 
 bool hasKeyboard(const XDisplay &display, xcb_window_t window)
 {
-    xcb_connection_t *const connection = display.connection();
-    const auto focus =
-        xReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    const auto focus = display.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(display.connection()));
     return focus && withAncestors(display, focus->focus).contains(window);
 }
 

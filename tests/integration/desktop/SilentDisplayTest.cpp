@@ -1,0 +1,182 @@
+#include "DesktopFixture.h"
+
+#include "platform/DisplaySilent.h"
+#include "platform/linux/desktop/XKeyboard.h"
+
+#include <QCursor>
+#include <QFile>
+#include <csignal>
+#include <stop_token>
+#include <xcb/xcb.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+/// Has the display to itself, as a program has that hangs in the middle of something.
+class Holder {
+public:
+    void hold()
+    {
+        xcb_grab_server(m_display->connection());
+        m_display->synchronize();
+    }
+    void letGo()
+    {
+        xcb_ungrab_server(m_display->connection());
+        m_display->synchronize();
+    }
+
+private:
+    const std::unique_ptr<XDisplay> m_display = XDisplay::open();
+};
+
+class SilentDisplayTest : public DesktopFixture {
+protected:
+    static uint16_t stateNow()
+    {
+        const auto display = XDisplay::open();
+        const auto pointer = display->reply<xcb_query_pointer_reply_t>(
+            xcb_query_pointer(display->connection(), display->root()));
+        return pointer->mask;
+    }
+
+    static bool isSilent()
+    {
+        try {
+            return XDisplay::open({}, 1s) == nullptr;
+        } catch (const DisplaySilent &) {
+            return true;
+        }
+    }
+
+    /// A source whose user stops what it does, as the display turns silent.
+    std::unique_ptr<InputSource> newSource() { return m_input.newSource(m_stop.get_token()); }
+    void holdAndStop()
+    {
+        m_holder.hold();
+        m_stop.request_stop();
+    }
+
+    /// Stops a program that is not holding the display.
+    static void stopWithoutTheDisplay(const TestProgram &program)
+    {
+        const auto isStopped = [&] {
+            QFile stat(u"/proc/%1/stat"_s.arg(program.pid()));
+            return stat.open(QIODevice::ReadOnly) && stat.readAll().contains(") T ");
+        };
+        EXPECT_TRUE(waitUntil([&] {
+            ::kill(pid_t(program.pid()), SIGSTOP);
+            EXPECT_TRUE(waitUntil(isStopped));
+            if (!isSilent())
+                return true;
+            ::kill(pid_t(program.pid()), SIGCONT);
+            EXPECT_TRUE(waitUntil([] { return !isSilent(); }));
+            return false;
+        }));
+    }
+
+    Holder m_holder;
+    LinuxInputEvents m_input;
+    std::stop_source m_stop;
+};
+
+TEST_F(SilentDisplayTest, AQuestionEndsAndNoneIsAskedAfterIt)
+{
+    const auto display = XDisplay::open({}, 100ms);
+    m_holder.hold();
+    EXPECT_THROW(XDisplay::open({}, 100ms), DisplaySilent);
+    EXPECT_THROW(display->synchronize(), DisplaySilent);
+    EXPECT_THROW(display->monitors(), DisplaySilent);
+    m_holder.letGo();
+    EXPECT_THROW(display->synchronize(), DisplaySilent) << "it may have missed something";
+    EXPECT_TRUE(XDisplay::open());
+}
+
+TEST_F(SilentDisplayTest, TheKeyboardIsNotReadWithoutEnd)
+{
+    const auto display = XDisplay::open({}, 100ms);
+    m_holder.hold();
+    EXPECT_THROW(XKeyboard::read(*display), DisplaySilent);
+    m_holder.letGo();
+    EXPECT_TRUE(XKeyboard::read(*XDisplay::open()));
+}
+
+TEST_F(SilentDisplayTest, AStopEndsWhateverWaitsForIt)
+{
+    std::vector<Task<ToolResult>> tools;
+    tools.push_back(m_tools.captureScreen());
+    tools.push_back(m_tools.clickAt({2, 2}));
+    tools.push_back(m_tools.typeText(u"a"_s));
+    tools.push_back(m_tools.mouseDrag({2, 2}, {3, 3}));
+    tools.push_back(m_tools.mouseScroll(3));
+    tools.push_back(m_tools.clipboardRead());
+    tools.push_back(m_tools.frontmostApp());
+    tools.push_back(m_tools.activateApp(u"Editor"_s));
+    // Nothing is left that the thread of the windows would ask the display for.
+    QCursor::pos();
+    settle();
+    m_holder.hold();
+    std::vector<TaskHandle<ToolResult>> waiting;
+    for (Task<ToolResult> &tool : tools)
+        waiting.push_back(m_scheduler.spawn(std::move(tool)));
+    settle();
+    EXPECT_TRUE(isSilent());
+    for (TaskHandle<ToolResult> &one : waiting) {
+        EXPECT_FALSE(one.done());
+        one.cancel();
+    }
+    for (TaskHandle<ToolResult> &one : waiting) {
+        EXPECT_TRUE(waitUntil([&] { return one.done(); }));
+        EXPECT_EQ(one.result().text, u"Error: stopped before it was done."_s);
+    }
+    m_holder.letGo();
+    EXPECT_EQ(run(m_tools.moveCursor({2, 2})), u"Moved the cursor to (2, 2)."_s);
+}
+
+TEST_F(SilentDisplayTest, AButtonIsUpOnceItAnswersAfterAStopInMidDrag)
+{
+    auto source = newSource();
+    source->buttonDown(MouseButton::left, {2, 2});
+    holdAndStop();
+    source->dragged({200, 200});
+    source.reset();
+    m_holder.letGo();
+    EXPECT_TRUE(waitUntil([] { return stateNow() == 0; }));
+}
+
+TEST_F(SilentDisplayTest, KeysAreUpAndGivenBackOnceItAnswersAfterAStopInMidWord)
+{
+    startWindow(u"widget = Gtk.Entry()"_s);
+    const qsizetype spare = XKeyboard::read(*XDisplay::open())->spareKeys().size();
+    auto source = newSource();
+    source->prepareText(u"ÄA漢"_s);
+    EXPECT_TRUE(source->characterDown(U'Ä'));
+    source->characterUp(U'Ä');
+    EXPECT_TRUE(source->characterDown(U'A'));
+    holdAndStop();
+    EXPECT_THROW(source->characterDown(U'漢'), DisplaySilent);
+    source.reset();
+    m_holder.letGo();
+    EXPECT_TRUE(waitUntil([] { return stateNow() == 0; }));
+    run(m_tools.typeText(u"a"_s));
+    EXPECT_TRUE(waitUntil([&] { return XKeyboard::read(*XDisplay::open())->spareKeys().size() == spare; }));
+}
+
+TEST_F(SilentDisplayTest, AProgramOfGtk4ThatIsHeldUpReadsWhatWasTyped)
+{
+    TestProgram &program = start(u"gtk4-demo"_s, {u"--run=dialog"_s});
+    const QString text = captureWith(u"text field 'Entry 1'"_s);
+    run(m_tools.clickAt(placeOf(text, u"text field 'Entry 1'"_s).value_or(QPoint())));
+    stopWithoutTheDisplay(program);
+    for (const QString &part : {u"漢字 ß "_s, u"Ж ł"_s})
+        EXPECT_EQ(run(m_tools.typeText(part)), u"Typed %1 characters."_s.arg(part.size()));
+    ::kill(pid_t(program.pid()), SIGCONT);
+    run(m_tools.pressKey(u"command+a"_s));
+    EXPECT_TRUE(copies(u"漢字 ß Ж ł"_s)) << run(m_tools.clipboardRead()).toStdString();
+}
+
+} // namespace
+} // namespace morvane
