@@ -30,7 +30,12 @@ struct AccessibilityReference {
 
 /// How one question ended.
 struct AccessibilityAnswer {
-    enum class Kind { answered, failed, late, ended };
+    enum class Kind {
+        answered,
+        failed, ///< With an error, or there was nobody to ask.
+        late,
+        ended, ///< Who was asked went before answering, as a program does whose button says "Quit".
+    };
     Kind kind = Kind::late;
     QVariantList values;
 };

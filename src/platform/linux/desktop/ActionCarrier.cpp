@@ -60,6 +60,13 @@ bool isReady(const FileDescriptor &socket, short events, QDeadlineTimer deadline
     return found > 0;
 }
 
+/// Whether nobody is at the other end any more.
+bool isEnded(const FileDescriptor &socket)
+{
+    pollfd other{socket.get(), 0, 0};
+    return !socket.isOpen() || (::poll(&other, 1, 0) > 0 && (other.revents & (POLLHUP | POLLERR)) != 0);
+}
+
 /// What was answered next to this request; nothing if it does not come in time, or the carrier has ended.
 std::optional<ActionSign::Kind> nextSign(const FileDescriptor &socket, quint32 number,
                                          QDeadlineTimer deadline)
@@ -120,6 +127,7 @@ AccessibilityAnswer ActionCarrier::tell(const AccessibilityCall &call, qint64 pi
     request.number = ++m_number;
     for (const QVariant &argument : call.arguments)
         request.arguments.append(plain(argument));
+    std::erase_if(m_carriers, [](const auto &carrier) { return isEnded(carrier.second); });
     FileDescriptor &carrier = m_carriers[call.service];
     std::optional<AccessibilityAnswer> answer;
     if (carrier.isOpen())

@@ -39,7 +39,7 @@ private:
     AccessibilityConnection &m_bus;
     const QString m_program;
     std::mutex m_mutex;
-    std::map<QString, FileDescriptor> m_carriers; ///< By service; those that have ended among them.
+    std::map<QString, FileDescriptor> m_carriers; ///< By service.
     quint32 m_number = 0;
 };
 

@@ -23,6 +23,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <deque>
+#include <fcntl.h>
 #include <limits>
 #include <optional>
 #include <poll.h>
@@ -78,6 +79,13 @@ std::optional<ActionRequest> nextRequest()
     QDataStream stream(bytes);
     stream >> request;
     return request;
+}
+
+/// Morvane has ended: what is told from now on goes nowhere.
+void goOnAlone()
+{
+    const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    ::dup2(nowhere.get(), control);
 }
 
 /// Nobody may be there any more.
@@ -144,8 +152,10 @@ int main(int argc, char **argv)
         if (request && !program.isOpen())
             program = FileDescriptor(int(::syscall(SYS_pidfd_open, pid_t(request->pid), 0)));
         waiting[1].fd = program.get();
-        if (!request)
+        if (!request) {
             waiting[0].fd = -1;
+            goOnAlone();
+        }
         if (!program.isOpen())
             break;
         if (!request)
