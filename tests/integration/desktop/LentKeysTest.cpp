@@ -5,6 +5,7 @@
 #include "platform/linux/desktop/XInputSource.h"
 
 #include <QFile>
+#include <QProcess>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
@@ -126,6 +127,59 @@ TEST_F(LentKeysTest, ATextWithMoreCharactersThanThereAreKeysWaitsUntilTheProgram
     m_tries->onTry = [&program] { ::kill(pid_t(program.pid()), SIGCONT); };
     EXPECT_EQ(run(m_patient.typeText(text)), u"Typed 60 characters."_s);
     EXPECT_TRUE(waitUntil([&] { return typedInto(program) == text; })) << typedInto(program).toStdString();
+}
+
+TEST_F(LentKeysTest, AllProgramsAreToldOfOneChangeForAsManyCharactersAsThereAreKeys)
+{
+    const TestProgram &program = startField();
+    const QString text = chineseText(300);
+    const qsizetype spare = spareKeys();
+    auto tools = std::make_unique<ScreenTools>(desktop());
+    // The server itself tells of the first key of another keyboard.
+    run(tools->typeText(u"a"_s));
+    const auto listener = XDisplay::open();
+    EXPECT_EQ(run(tools->typeText(text)), u"Typed 300 characters."_s);
+    EXPECT_TRUE(waitUntil([&] { return typedInto(program) == u'a' + text; }))
+        << typedInto(program).toStdString();
+    tools.reset();
+    EXPECT_TRUE(waitUntil([&] { return spareKeys() == spare; }));
+    listener->synchronize();
+    qsizetype changes = 0;
+    while (const auto event = xReply(xcb_poll_for_event(listener->connection())))
+        changes += (event->response_type & 0x7f) == XCB_MAPPING_NOTIFY ? 1 : 0;
+    EXPECT_EQ(changes, (text.size() + spare - 1) / spare + 1);
+}
+
+TEST_F(LentKeysTest, EachKeyboardKeepsTheLayoutThatTheUserHasGivenIt)
+{
+    const QList<int> keyboards{3, 5, 7}; // The X server of the tests has these.
+    const auto layouts = [&] {
+        QStringList layouts;
+        for (const int keyboard : keyboards) {
+            QProcess teller;
+            teller.start(u"xkbcomp"_s,
+                         {u"-i"_s, QString::number(keyboard), qEnvironmentVariable("DISPLAY"), u"-"_s});
+            EXPECT_TRUE(teller.waitForFinished());
+            layouts.append(QString::fromUtf8(teller.readAllStandardOutput()));
+        }
+        return layouts;
+    };
+    startField();
+    const auto setLayout = [](const QStringList &layout) {
+        EXPECT_EQ(QProcess::execute(u"setxkbmap"_s, layout), 0);
+    };
+    setLayout({u"us"_s});
+    setLayout({u"-device"_s, u"7"_s, u"de"_s});
+    const qsizetype spare = spareKeys();
+    auto tools = std::make_unique<ScreenTools>(desktop());
+    run(tools->typeText(u"a"_s));
+    const QStringList before = layouts();
+    EXPECT_TRUE(before.at(2).contains(u"udiaeresis"_s) && !before.at(1).contains(u"udiaeresis"_s));
+    EXPECT_EQ(run(tools->typeText(u"漢字ß"_s)), u"Typed 3 characters."_s);
+    tools.reset();
+    EXPECT_TRUE(waitUntil([&] { return spareKeys() == spare; }));
+    EXPECT_EQ(layouts(), before);
+    setLayout({u"us"_s});
 }
 
 TEST_F(LentKeysTest, AStopEndsThatWaitAtOnceAndLosesNothingOfWhatWasTyped)

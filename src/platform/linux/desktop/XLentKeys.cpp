@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/XLentKeys.h"
 
+#include "platform/linux/desktop/XKeySymbols.h"
 #include "platform/linux/desktop/XWindows.h"
 
 namespace morvane {
@@ -14,20 +15,6 @@ constexpr std::string_view keysNote = "_MORVANE_LENT_KEYS";
 constexpr std::string_view readersNote = "_MORVANE_LENT_KEYS_READERS";
 /// On the windows themselves: numbers of windows that have gone are given to others.
 constexpr std::string_view readersMark = "_MORVANE_READS_LENT_KEYS";
-
-/// Gives each key its symbol. Keys that follow one another change together: all programs are told of each
-/// change, and window managers take tens of milliseconds for it.
-void changeKeys(const XDisplay &display, const QList<uint8_t> &keys, const QList<xkb_keysym_t> &symbols)
-{
-    for (qsizetype from = 0, to = 0; from < keys.size(); from = to) {
-        QList<xcb_keysym_t> levels;
-        for (; to < keys.size() && keys.at(to) - keys.at(from) == to - from; ++to)
-            // On both levels, so that neither Shift nor the server's own rules for capitals change it.
-            levels << symbols.at(to) << symbols.at(to);
-        xcb_change_keyboard_mapping(display.connection(), uint8_t(to - from), keys.at(from), 2,
-                                    levels.constData());
-    }
-}
 
 /// What is on a key without modifiers.
 xkb_keysym_t symbolOn(const XDisplay &display, uint8_t key)
@@ -83,11 +70,13 @@ QList<uint8_t> XLentKeys::keys(const XKeyboard &now) const
 
 void XLentKeys::lend(const QList<uint8_t> &keys, const QList<xkb_keysym_t> &symbols)
 {
+    QMap<uint8_t, xkb_keysym_t> change;
     for (qsizetype at = 0; at < keys.size(); ++at)
-        m_keys.insert(keys.at(at), symbols.at(at));
+        change.insert(keys.at(at), symbols.at(at));
+    m_keys.insert(change);
     // First, so that no key changes that nobody knows of after a crash.
     note();
-    changeKeys(m_display, keys, symbols);
+    putOnKeys(m_display, change);
     m_display.synchronize();
     m_ping.reset();
 }
@@ -126,12 +115,12 @@ bool XLentKeys::areRead()
 
 void XLentKeys::giveBack()
 {
-    QList<uint8_t> keys;
+    QMap<uint8_t, xkb_keysym_t> change;
     // Whatever else has been put on a key meanwhile stays there.
     for (auto key = m_keys.cbegin(); key != m_keys.cend(); ++key)
         if (symbolOn(m_display, key.key()) == key.value())
-            keys.append(key.key());
-    changeKeys(m_display, keys, QList<xkb_keysym_t>(keys.size(), XCB_NO_SYMBOL));
+            change.insert(key.key(), XKB_KEY_NoSymbol);
+    putOnKeys(m_display, change);
     for (const xcb_window_t reader : std::as_const(m_readers))
         xcb_delete_property(m_display.connection(), reader, m_display.atom(readersMark));
     for (const std::string_view name : {keysNote, readersNote})
