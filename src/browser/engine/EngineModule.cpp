@@ -39,32 +39,35 @@ QString layoutProblem()
     return u"the built-in browser needs the descriptions of keyboard layouts. On Debian the package xkb-data has them."_s;
 }
 
-constexpr char flagsVariable[] = "QTWEBENGINE_CHROMIUM_FLAGS";
+QByteArray engineFlags(const EngineOptions &options)
+{
+    QByteArray flags = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS");
+    if (options.prefersDark)
+        flags += " --blink-settings=preferredColorScheme=0";
+    if (options.isHeard)
+        flags += " --force-renderer-accessibility";
+    return flags + proxyFlags(QProcessEnvironment::systemEnvironment());
+}
 
 /// The engine is told some things by the environment only. What Morvane starts later does not hear of it.
-class EngineFlags {
+class EngineVariable {
 public:
-    explicit EngineFlags(const EngineOptions &options) : m_before(qgetenv(flagsVariable))
+    EngineVariable(const char *name, const QByteArray &value) : m_name(name), m_before(qgetenv(name))
     {
-        QByteArray flags = m_before;
-        if (options.prefersDark)
-            flags += " --blink-settings=preferredColorScheme=0";
-        if (options.isHeard)
-            flags += " --force-renderer-accessibility";
-        flags += proxyFlags(QProcessEnvironment::systemEnvironment());
-        qputenv(flagsVariable, flags);
+        qputenv(name, value);
     }
-    ~EngineFlags()
+    ~EngineVariable()
     {
         if (m_before.isEmpty())
-            qunsetenv(flagsVariable);
+            qunsetenv(m_name);
         else
-            qputenv(flagsVariable, m_before);
+            qputenv(m_name, m_before);
     }
-    EngineFlags(const EngineFlags &) = delete;
-    EngineFlags &operator=(const EngineFlags &) = delete;
+    EngineVariable(const EngineVariable &) = delete;
+    EngineVariable &operator=(const EngineVariable &) = delete;
 
 private:
+    const char *m_name;
     QByteArray m_before;
 };
 
@@ -81,6 +84,8 @@ extern "C" Q_DECL_EXPORT void morvaneBrowserEngine(const morvane::EngineOptions 
         }
     }
     morvane::shareDrawing();
-    const morvane::EngineFlags flags(options);
+    const morvane::EngineVariable flags("QTWEBENGINE_CHROMIUM_FLAGS", morvane::engineFlags(options));
+    // A screen reader that starts later finds the pages, too.
+    const morvane::EngineVariable accessibility("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
     engine = std::make_unique<morvane::EngineFactory>(options);
 }
