@@ -87,5 +87,18 @@ TEST_F(HeardBrowserTest, TheMainRoadIsHeardAsDocumented)
     EXPECT_THAT(heardOfSite(), ElementsAreArray(documentedIn(u"heard-browser.md"_s)));
 }
 
+TEST_F(HeardBrowserTest, EachPageThatFollowsAnotherUnderTheKeyboardIsHeard)
+{
+    MorvaneSession &morvane = listenToBrowser();
+    goTo(morvane, u"/birds"_s, u"Birds"_s);
+    goTo(morvane, u"/files"_s, u"Files"_s);
+    goTo(morvane, u"/search"_s, u"Found"_s);
+    EXPECT_TRUE(reader().hears(u"One kingfisher was found."_s));
+    reader().forget();
+    ASSERT_TRUE(moves(morvane, u"Ctrl+["_s, u"Files document web."_s));
+    ASSERT_TRUE(moves(morvane, u"Ctrl+R"_s, u"Files document web."_s));
+    EXPECT_EQ(times(u"Files document web."_s), 2);
+}
+
 } // namespace
 } // namespace morvane

@@ -17,11 +17,14 @@ constexpr QSize smallestPage{120, 80};
 
 } // namespace
 
-PageArea::PageArea(BrowserManager &manager, QWidget *parent) : QStackedWidget(parent), m_manager(manager)
+PageArea::PageArea(BrowserManager &manager, QWidget *parent)
+    : QStackedWidget(parent), m_manager(manager),
+      m_coming([this] { return QAccessible::isActive() && isActiveWindow() && hasPageFocus(); })
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setMinimumSize(smallestPage);
     connect(&manager, &BrowserManager::activeTabChanged, this, &PageArea::showActiveTab);
+    connect(&m_coming, &ComingDocument::found, this, &tellFocusAnew);
     showActiveTab();
 }
 
@@ -38,14 +41,16 @@ void PageArea::showActiveTab()
 {
     if (m_tab) {
         m_tab->disconnect(this);
-        m_tab->webView().disconnect(this);
+        m_tab->webView().disconnect(&m_coming);
     }
+    m_coming.forget();
     m_tab = m_manager.activeTab();
     if (!m_tab)
         return;
     connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
-    connect(&m_tab->webView(), &WebPage::finished, this, &PageArea::tellFocus);
-    connect(&m_tab->webView(), &WebPage::failed, this, &PageArea::tellFocus);
+    connect(&m_tab->webView(), &WebPage::committed, &m_coming, &ComingDocument::replaced);
+    connect(&m_tab->webView(), &WebPage::finished, &m_coming, &ComingDocument::loaded);
+    connect(&m_tab->webView(), &WebPage::failed, &m_coming, &ComingDocument::loaded);
     QWidget *view = m_tab->webView().view();
     const bool hadFocus = hasPageFocus();
     if (indexOf(view) < 0) {
@@ -64,12 +69,6 @@ void PageArea::updateName()
     const QString name = title.isEmpty() ? u"Browser content"_s : u"Browser content: "_s + title;
     if (accessibleName() != name)
         setAccessibleName(name);
-}
-
-void PageArea::tellFocus() const
-{
-    if (isActiveWindow() && hasPageFocus())
-        tellFocusAnew();
 }
 
 void PageArea::focusPage()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "browser/window/ComingDocument.h"
+
 #include <QPointer>
 #include <QStackedWidget>
 
@@ -30,12 +32,12 @@ protected:
 
 private:
     void keepFocus();
-    void tellFocus() const;
     void showActiveTab();
     void updateName();
 
     BrowserManager &m_manager;
     QPointer<BrowserTab> m_tab;
+    ComingDocument m_coming;
 };
 
 } // namespace morvane

@@ -180,6 +180,12 @@ bool isToldToReaders(const QAccessibleEvent &event)
     return isWorthTelling(event, sourceOf(event));
 }
 
+QAccessible::Id foundFocus()
+{
+    QAccessibleInterface *focused = currentFocus();
+    return focused != nullptr ? QAccessible::uniqueId(focused) : 0;
+}
+
 void tellFocusAnew()
 {
     QAccessibleInterface *focused = currentFocus();
