@@ -85,7 +85,9 @@ Task<void> PageFinder::step(QPointer<PageFinder> self, QString query, QPointer<W
                             Direction direction)
 {
     co_await evaluateWithTimeout(findScript(query, direction), page, scriptLimit);
-    if (!self)
+    // A page goes on changing after it was counted, and what is said must not contradict what is shown.
+    co_await countMatches(self, query, page);
+    if (!self || self->m_query != query)
         co_return;
     const QString words = pageText(query);
     self->m_announcer.announce(self->m_count == 0 ? u"No matches for "_s + words
