@@ -39,6 +39,8 @@ QAction *BrowserMenu::add(QMenu *menu, const QString &text, const QKeySequence &
 {
     QAction *action = menu->addAction(text, &m_actions, slot);
     action->setShortcut(key);
+    // A key that is held for too long must not close every tab, or load without end.
+    action->setAutoRepeat(false);
     return action;
 }
 
@@ -79,9 +81,11 @@ void BrowserMenu::addViewMenu()
     menu->addSeparator();
     add(menu, u"Actual Size"_s, Qt::CTRL | Qt::Key_0, &BrowserMenuActions::zoomReset);
     // The equals sign stands below the plus sign on many keyboards.
-    add(menu, u"Zoom In"_s, {}, &BrowserMenuActions::zoomIn)
-        ->setShortcuts({Qt::CTRL | Qt::Key_Equal, Qt::CTRL | Qt::Key_Plus});
-    add(menu, u"Zoom Out"_s, Qt::CTRL | Qt::Key_Minus, &BrowserMenuActions::zoomOut);
+    QAction *in = add(menu, u"Zoom In"_s, {}, &BrowserMenuActions::zoomIn);
+    in->setShortcuts({Qt::CTRL | Qt::Key_Equal, Qt::CTRL | Qt::Key_Plus});
+    QAction *out = add(menu, u"Zoom Out"_s, Qt::CTRL | Qt::Key_Minus, &BrowserMenuActions::zoomOut);
+    for (QAction *zoom : {in, out})
+        zoom->setAutoRepeat(true);
     menu->addSeparator();
     // Its key is that of "Find…", too, which comes first: a key that two commands have would do nothing.
     QAction *fullScreen =

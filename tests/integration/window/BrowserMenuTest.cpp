@@ -33,6 +33,14 @@ protected:
         action->trigger();
         settle();
     }
+    /// A key with Control that is held until it has come three times.
+    void hold(Qt::Key key)
+    {
+        for (const bool isRepeated : {false, true, true}) {
+            qt_sendShortcutOverrideEvent(window, 0, key, Qt::ControlModifier, {}, isRepeated);
+            settle();
+        }
+    }
     QStringList historyItems() const
     {
         Q_EMIT menu(u"History"_s)->aboutToShow();
@@ -51,6 +59,23 @@ protected:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 };
+
+TEST_F(BrowserMenuTest, AKeyThatIsHeldClosesOneTabAndLoadsOnce)
+{
+    manager.newTab();
+    manager.newTab();
+    settle();
+    hold(Qt::Key_W);
+    EXPECT_EQ(manager.tabs().size(), 2U);
+    hold(Qt::Key_T);
+    EXPECT_EQ(manager.tabs().size(), 3U);
+    browser->load(u"https://a.test/"_s, u"A"_s);
+    settle();
+    hold(Qt::Key_R);
+    EXPECT_EQ(browser->page().log.count(u"reload"_s), 1);
+    hold(Qt::Key_Equal);
+    EXPECT_DOUBLE_EQ(manager.activeTab()->zoom(), 1.75);
+}
 
 TEST_F(BrowserMenuTest, TheMenuBarHoldsTheBrowsersMenus)
 {
