@@ -92,8 +92,7 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
     QEventLoop loop;
     QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
     QObject::connect(sheet, &QObject::destroyed, &loop, &QEventLoop::quit); // with its window
-    if (words)
-        guardAnswers(*words, &std::chrono::steady_clock::now);
+    guardAnswers(*sheet, &std::chrono::steady_clock::now);
     if (openUnasked(*sheet) && words)
         m_tell(words->inOneLine());
     loop.exec();

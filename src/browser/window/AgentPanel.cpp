@@ -4,10 +4,10 @@
 #include "app/ConversationPort.h"
 #include "app/Status.h"
 #include "base/LabelText.h"
+#include "browser/window/ScrollStrip.h"
 #include "browser/window/ToolButton.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/EnabledOnceLeft.h"
-#include "ui/controls/FlowLayout.h"
 #include "ui/controls/HoverText.h"
 #include "ui/conversation/ChatScrollView.h"
 #include "ui/conversation/SentPictures.h"
@@ -108,16 +108,16 @@ QPushButton *AgentPanel::makeShortcut(const QString &title)
 
 QWidget *AgentPanel::makeShortcuts()
 {
-    auto *group = new QWidget;
-    setAccessibleRole(group, QAccessible::Grouping);
-    group->setAccessibleName(u"Conversation shortcuts"_s);
-    auto *flow = new FlowLayout(6, group);
-    flow->setContentsMargins(12, 4, 12, 0);
+    // In one row however little room there is, which is the page's and the message's.
+    auto *strip = new ScrollStrip;
+    setAccessibleRole(strip->widget(), QAccessible::Grouping);
+    strip->widget()->setAccessibleName(u"Conversation shortcuts"_s);
+    strip->row()->setContentsMargins(12, 4, 12, 0);
     const auto addPrompt = [&](const QString &title, const QString &prompt) {
         m_prompts.append(makeShortcut(title));
         connect(m_prompts.last(), &QPushButton::clicked, this,
                 [this, prompt] { m_services.conversation.send(prompt, {}, u" [Browser window is open]"_s); });
-        flow->addWidget(m_prompts.last());
+        strip->row()->addWidget(m_prompts.last());
     };
     addPrompt(u"Summarize this page"_s,
               u"Summarize the page currently open in the Morvane browser. Use browser_read if needed."_s);
@@ -126,8 +126,9 @@ QWidget *AgentPanel::makeShortcuts()
     QPushButton *open = makeShortcut(u"Open conversation"_s);
     open->setAccessibleDescription(u"Open the full conversation in the main window"_s);
     connect(open, &QPushButton::clicked, this, [this] { m_services.showMainWindow(); });
-    flow->addWidget(open);
-    return group;
+    strip->row()->addWidget(open);
+    strip->row()->addStretch(1);
+    return strip;
 }
 
 QWidget *AgentPanel::makeDetails()

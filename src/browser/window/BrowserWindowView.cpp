@@ -20,6 +20,7 @@
 #include <QCloseEvent>
 #include <QScreen>
 #include <QShortcut>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <functional>
 
@@ -101,7 +102,9 @@ void BrowserWindowView::makeKeys()
 
 void BrowserWindowView::takePlace()
 {
-    const QRect room = screen()->availableGeometry();
+    // What is around it comes from the desktop, later.
+    const int frame = style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, this);
+    const QRect room = screen()->availableGeometry().adjusted(0, 0, 0, -frame);
     resize(usualSize.boundedTo(room.size()));
     move(room.center() - rect().center());
 }

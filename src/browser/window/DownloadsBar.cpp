@@ -2,6 +2,7 @@
 
 #include "browser/window/DownloadRow.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/FocusInSight.h"
 
 #include <QVBoxLayout>
 #include <algorithm>
@@ -9,15 +10,40 @@
 using namespace Qt::StringLiterals;
 
 namespace morvane {
+namespace {
+
+constexpr qsizetype mostInSight = 3;
+
+} // namespace
 
 DownloadsBar::DownloadsBar(const Downloads &downloads, QWidget *parent)
-    : QWidget(parent), m_downloads(downloads), m_column(new QVBoxLayout(this))
+    : QScrollArea(parent), m_downloads(downloads)
 {
-    setAccessibleRole(this, QAccessible::Grouping);
-    setAccessibleName(u"Downloads"_s);
+    auto *content = new QWidget;
+    m_column = new QVBoxLayout(content);
     m_column->setContentsMargins(12, 4, 12, 4);
+    setAccessibleRole(content, QAccessible::Grouping);
+    content->setAccessibleName(u"Downloads"_s);
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setWidgetResizable(true);
+    setWidget(content);
+    viewport()->setAutoFillBackground(false);
+    content->setAutoFillBackground(false);
+    keepFocusInSight(*this);
     connect(&downloads, &Downloads::changed, this, &DownloadsBar::update);
     update();
+}
+
+QSize DownloadsBar::sizeHint() const
+{
+    const QMargins margins = m_column->contentsMargins();
+    const auto rows = static_cast<int>(std::min(m_rows.size(), mostInSight));
+    const int row = m_rows.isEmpty() ? 0 : m_rows.first()->sizeHint().height();
+    return {widget()->sizeHint().width(),
+            margins.top() + rows * row + std::max(0, rows - 1) * m_column->spacing() + margins.bottom()};
 }
 
 void DownloadsBar::update()
@@ -38,6 +64,7 @@ void DownloadsBar::update()
         m_column->addWidget(m_rows.last());
     }
     setVisible(!running.isEmpty());
+    updateGeometry();
 }
 
 } // namespace morvane

@@ -3,7 +3,7 @@
 #include "browser/tabs/Downloads.h"
 
 #include <QList>
-#include <QWidget>
+#include <QScrollArea>
 
 class QVBoxLayout;
 
@@ -11,13 +11,16 @@ namespace morvane {
 
 class DownloadRow;
 
-/// The files that are being written, each with how far it is and a button that ends it. Not shown when there
-/// are none.
-class DownloadsBar : public QWidget {
+/// The files that are being written, each with how far it is and a button that ends it. Scrolls from the
+/// fourth on, and is not shown when there are none.
+class DownloadsBar : public QScrollArea {
     Q_OBJECT
 public:
     /// `downloads` outlives the bar.
     explicit DownloadsBar(const Downloads &downloads, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 private:
     void update();

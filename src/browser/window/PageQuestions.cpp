@@ -68,6 +68,7 @@ void askWhereToSave(QWidget &window, const BrowserWindowServices &services, cons
                          const QStringList files = dialog->selectedFiles();
                          answer(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
                      });
+    guardAnswers(*dialog, [&clock = services.scheduler.clock()] { return clock.now(); });
     if (openUnasked(*dialog))
         services.announcer.announce(title + u": "_s + pageText(suggestedFileName));
 }

@@ -1,5 +1,7 @@
 #include "browser/window/ScrollStrip.h"
 
+#include "ui/controls/FocusInSight.h"
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QScrollBar>
@@ -22,6 +24,7 @@ ScrollStrip::ScrollStrip(QWidget *parent) : QScrollArea(parent)
     viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
     content->installEventFilter(this);
+    keepFocusInSight(*this);
     connect(horizontalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
         fitHeight();
         showWanted();

@@ -62,6 +62,26 @@ TEST_F(AgentPanelTest, ItsPartsHaveTheirNamesAndHints)
               u"Open the full conversation in the main window"_s);
 }
 
+TEST_F(AgentPanelTest, NothingIsCutWhereThereIsLittleRoomAndTheKeyboardReachesEveryShortcut)
+{
+    window->resize(300, window->minimumSizeHint().height());
+    settle();
+    const auto isWhole = [this](const QWidget *control) {
+        const QRegion seen = control->visibleRegion();
+        return !seen.isEmpty() && seen.boundingRect().height() == control->height() &&
+               panel->rect().contains(QRect(control->mapTo(panel, QPoint()), QSize(1, control->height())));
+    };
+    EXPECT_TRUE(isWhole(field));
+    EXPECT_TRUE(isWhole(button(u"Attach file"_s)));
+    for (const QString &text : {u"Open conversation"_s, u"Summarize this page"_s}) {
+        QPushButton *wanted = shortcut(text);
+        wanted->setFocus(Qt::BacktabFocusReason);
+        settle();
+        EXPECT_TRUE(isWhole(wanted)) << qPrintable(text);
+        EXPECT_EQ(wanted->visibleRegion().boundingRect().width(), wanted->width()) << qPrintable(text);
+    }
+}
+
 TEST_F(AgentPanelTest, AMessageGoesToTheSameConversationWithTheMarkerForTheModelOnly)
 {
     service.willTurn(Service::answer(u"done"_s));

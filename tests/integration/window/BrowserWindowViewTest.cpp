@@ -22,7 +22,9 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QStandardPaths>
+#include <QStyle>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -49,14 +51,20 @@ protected:
         settle();
         return file;
     }
+    /// What the desktop puts around a window is on the screen, too.
+    QRect roomWithinFrame() const
+    {
+        const int title = window->style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, window);
+        EXPECT_GT(title, 0);
+        return window->screen()->availableGeometry().adjusted(0, 0, 0, -title);
+    }
     QMessageBox *question() const { return part<QMessageBox>(); }
 };
 
 TEST_F(BrowserWindowViewTest, ItIsNamedAndOfItsSize)
 {
     EXPECT_EQ(window->windowTitle(), u"Morvane Browser"_s);
-    const QSize room = window->screen()->availableGeometry().size();
-    EXPECT_EQ(window->size(), QSize(1150, 780).boundedTo(room));
+    EXPECT_EQ(window->size(), QSize(1150, 780).boundedTo(roomWithinFrame().size()));
     EXPECT_EQ(browser->raiser.raised, QStringList{u"activated Morvane Browser"_s});
 }
 
@@ -152,8 +160,7 @@ TEST_F(BrowserWindowViewTest, ThePageOfAnotherTabTakesTheKeyboardOver)
 
 TEST_F(BrowserWindowViewTest, ItStandsInTheMiddleOfTheScreen)
 {
-    const QRect room = window->screen()->availableGeometry();
-    EXPECT_EQ(window->pos(), room.center() - window->rect().center());
+    EXPECT_EQ(window->pos(), roomWithinFrame().center() - window->rect().center());
 }
 
 TEST_F(BrowserWindowViewTest, FilesAreOfferedTheFolderOfDownloads)

@@ -1,0 +1,93 @@
+#include "BrowserWindowFixture.h"
+
+#include "browser/window/DownloadsBar.h"
+#include "browser/window/PageArea.h"
+#include "support/FakePageDownload.h"
+#include "ui/sheets/AnswerGuard.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace morvane {
+namespace {
+
+class DownloadsBarTest : public BrowserWindowFixture {
+protected:
+    std::shared_ptr<FakePageDownload> offer(int number)
+    {
+        auto file = std::make_shared<FakePageDownload>(u"file %1"_s.arg(number), u"files.test"_s);
+        manager.downloads().add(file);
+        settle();
+        return file;
+    }
+    void take(int number)
+    {
+        files.push_back(offer(number));
+        panel()->setDirectory(home.path());
+        static_cast<QDialog *>(panel())->accept();
+        settle();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QFileDialog *panel() const { return part<QFileDialog>(); }
+    QAbstractButton *cancel(int number) const
+    {
+        return button(u"Cancel the download of file %1"_s.arg(number));
+    }
+
+    std::vector<std::shared_ptr<FakePageDownload>> files;
+};
+
+TEST_F(DownloadsBarTest, ManyFilesLeaveThePageItsRoomAndTheKeyboardReachesThemAll)
+{
+    for (int number = 0; number < 3; ++number)
+        take(number);
+    const int withThree = window->minimumSizeHint().height();
+    const int page = part<PageArea>()->height();
+    for (int number = 3; number < 20; ++number)
+        take(number);
+    EXPECT_EQ(window->minimumSizeHint().height(), withThree);
+    EXPECT_EQ(part<PageArea>()->height(), page);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    for (const int number : {19, 0, 10}) {
+        QAbstractButton *wanted = cancel(number);
+        ASSERT_NE(wanted, nullptr);
+        wanted->setFocus(Qt::BacktabFocusReason);
+        settle();
+        EXPECT_EQ(wanted->visibleRegion().boundingRect().size(), wanted->size()) << number;
+    }
+    Q_EMIT files.at(5)->finished();
+    settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(cancel(5), nullptr);
+}
+
+TEST_F(DownloadsBarTest, WhereAFileGoesIsNotSaidByWhatTheUserIsWriting)
+{
+    const auto file = offer(1);
+    const auto *name = panel()->findChild<QLineEdit *>();
+    const QString offered = name->text();
+    const auto type = [&] {
+        QTest::keyClicks(QApplication::focusWidget(), u"x"_s);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        settle();
+    };
+    type();
+    clock.advance(AnswerGuard::quietTime - 1ms);
+    type();
+    ASSERT_TRUE(panel()->isVisible());
+    EXPECT_EQ(name->text(), offered);
+    EXPECT_TRUE(file->log.isEmpty());
+    clock.advance(AnswerGuard::quietTime);
+    panel()->setDirectory(home.path());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    settle();
+    EXPECT_EQ(file->log, QStringList{u"to "_s + home.path(u"file 1"_s)});
+}
+
+} // namespace
+} // namespace morvane
