@@ -201,7 +201,7 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
         machineSummary,
     });
     LinuxDesktopSettings desktopSettings;
-    PermissionsModel permissions(scheduler, announcer, *desktop.screen, *desktop.input, center,
+    PermissionsModel permissions(scheduler, announcer, desktop.screen, desktop.input, center,
                                  desktopSettings);
     const SettingsServices settingsServices{
         scheduler,   settings,       modelCatalog,

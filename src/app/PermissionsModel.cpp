@@ -1,8 +1,11 @@
 #include "app/PermissionsModel.h"
 
 #include "app/Log.h"
+#include "async/CurrentContext.h"
+#include "async/OffMain.h"
 #include "async/Scheduler.h"
 #include "async/Sleep.h"
+#include "async/StopOnCancel.h"
 #include "platform/Announcer.h"
 #include "platform/DisplaySilent.h"
 #include "platform/InputEvents.h"
@@ -32,11 +35,12 @@ QString praise(PermissionsModel::Permission permission)
 
 } // namespace
 
-PermissionsModel::PermissionsModel(Scheduler &scheduler, Announcer &announcer, ScreenCapture &screen,
-                                   InputEvents &input, NotificationCenter &notifications,
-                                   DesktopSettings &settings, QObject *parent)
-    : QObject(parent), m_scheduler(scheduler), m_announcer(announcer), m_screen(screen), m_input(input),
-      m_notifications(notifications), m_settings(settings)
+PermissionsModel::PermissionsModel(Scheduler &scheduler, Announcer &announcer,
+                                   std::shared_ptr<ScreenCapture> screen, std::shared_ptr<InputEvents> input,
+                                   NotificationCenter &notifications, DesktopSettings &settings,
+                                   QObject *parent)
+    : QObject(parent), m_scheduler(scheduler), m_announcer(announcer), m_screen(std::move(screen)),
+      m_input(std::move(input)), m_notifications(notifications), m_settings(settings)
 {
 }
 
@@ -51,14 +55,28 @@ void PermissionsModel::set(Permission permission, bool isConfigured)
         m_announcer.announce(praise(permission));
 }
 
-void PermissionsModel::readFlags()
+Task<std::optional<PermissionsModel::Flags>>
+PermissionsModel::readFlags(std::shared_ptr<ScreenCapture> screen, std::shared_ptr<InputEvents> input)
 {
-    try {
-        set(Permission::screenRecording, m_screen.isGranted({}));
-        set(Permission::accessibility, m_input.isTrusted({}));
-    } catch (const DisplaySilent &) {
-        qCWarning(appLog) << "the display does not tell what is permitted";
-    }
+    const TaskContext context = co_await currentContext();
+    const StopOnCancel stop(*context.cancellation);
+    co_return co_await runOffMain([screen, input, token = stop.token()]() -> std::optional<Flags> {
+        try {
+            return Flags{.screenRecording = screen->isGranted(token),
+                         .accessibility = input->isTrusted(token)};
+        } catch (const DisplaySilent &) {
+            qCWarning(appLog) << "the display does not tell what is permitted";
+            return std::nullopt;
+        }
+    });
+}
+
+void PermissionsModel::take(const std::optional<Flags> &flags)
+{
+    if (!flags)
+        return;
+    set(Permission::screenRecording, flags->screenRecording);
+    set(Permission::accessibility, flags->accessibility);
 }
 
 void PermissionsModel::refresh()
@@ -66,9 +84,17 @@ void PermissionsModel::refresh()
     if (m_checking)
         return;
     m_checking = true;
-    readFlags();
-    m_checking = false;
-    m_scheduler.spawn(askForNotificationStatus(this, &m_notifications));
+    m_scheduler.spawn(check(this));
+}
+
+Task<void> PermissionsModel::check(QPointer<PermissionsModel> self)
+{
+    const auto flags = co_await readFlags(self->m_screen, self->m_input);
+    if (!self)
+        co_return;
+    self->take(flags);
+    self->m_checking = false;
+    co_await askForNotificationStatus(self, &self->m_notifications);
 }
 
 Task<void> PermissionsModel::askForNotificationStatus(QPointer<PermissionsModel> self,
@@ -84,10 +110,10 @@ void PermissionsModel::request(Permission permission)
 {
     switch (permission) {
     case Permission::screenRecording:
-        m_screen.requestAccess();
+        m_screen->requestAccess();
         break;
     case Permission::accessibility:
-        m_input.requestTrust();
+        m_input->requestTrust();
         break;
     case Permission::notifications:
         m_scheduler.spawn(requestNotifications(this, &m_notifications));
@@ -122,8 +148,11 @@ void PermissionsModel::pollStatus(std::chrono::milliseconds after)
 Task<void> PermissionsModel::poll(QPointer<PermissionsModel> self, std::chrono::milliseconds after)
 {
     co_await sleepFor(after);
+    if (!self)
+        co_return;
+    const auto flags = co_await readFlags(self->m_screen, self->m_input);
     if (self)
-        self->readFlags();
+        self->take(flags);
 }
 
 DesktopSettings::Pane PermissionsModel::securityPaneFor(const QString &row)

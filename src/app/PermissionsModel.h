@@ -9,6 +9,8 @@
 #include <QString>
 #include <array>
 #include <chrono>
+#include <memory>
+#include <optional>
 
 namespace morvane {
 
@@ -24,9 +26,11 @@ class PermissionsModel : public QObject {
 public:
     enum class Permission { screenRecording, accessibility, notifications };
 
-    /// All outlive the model, and the scheduler is shut down before it goes. Nothing is asked yet.
-    PermissionsModel(Scheduler &scheduler, Announcer &announcer, ScreenCapture &screen, InputEvents &input,
-                     NotificationCenter &notifications, DesktopSettings &settings, QObject *parent = nullptr);
+    /// All but the shared ones outlive the model, and the scheduler is shut down before it goes. The shared
+    /// ones are asked on background threads, since a display may take long to answer. Nothing is asked yet.
+    PermissionsModel(Scheduler &scheduler, Announcer &announcer, std::shared_ptr<ScreenCapture> screen,
+                     std::shared_ptr<InputEvents> input, NotificationCenter &notifications,
+                     DesktopSettings &settings, QObject *parent = nullptr);
 
     bool isConfigured(Permission permission) const { return m_configured[std::size_t(permission)]; }
 
@@ -45,7 +49,16 @@ Q_SIGNALS:
     void settingsUnknown();
 
 private:
-    void readFlags();
+    /// What the display tells.
+    struct Flags {
+        bool screenRecording;
+        bool accessibility;
+    };
+
+    static Task<std::optional<Flags>> readFlags(std::shared_ptr<ScreenCapture> screen,
+                                                std::shared_ptr<InputEvents> input);
+    static Task<void> check(QPointer<PermissionsModel> self);
+    void take(const std::optional<Flags> &flags);
     void set(Permission permission, bool isConfigured);
     void pollStatus(std::chrono::milliseconds after);
     static Task<void> poll(QPointer<PermissionsModel> self, std::chrono::milliseconds after);
@@ -56,8 +69,8 @@ private:
 
     Scheduler &m_scheduler;
     Announcer &m_announcer;
-    ScreenCapture &m_screen;
-    InputEvents &m_input;
+    std::shared_ptr<ScreenCapture> m_screen;
+    std::shared_ptr<InputEvents> m_input;
     NotificationCenter &m_notifications;
     DesktopSettings &m_settings;
     std::array<bool, 3> m_configured{};

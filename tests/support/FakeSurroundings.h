@@ -55,8 +55,8 @@ struct FakeSurroundings {
 
     SettingsServices settingsServicesAround(const AppServices &services, int memory)
     {
-        permissions = std::make_unique<PermissionsModel>(services.scheduler, announcer, *desktop.screen,
-                                                         *desktop.input, center, desktopSettings);
+        permissions = std::make_unique<PermissionsModel>(services.scheduler, announcer, desktop.screen,
+                                                         desktop.input, center, desktopSettings);
         return {services.scheduler,      services.settings,           modelCatalog, urls,
                 services.machineSummary, [memory] { return memory; }, *permissions};
     }

@@ -3,6 +3,7 @@
 #include "async/CurrentContext.h"
 #include "async/OffMain.h"
 #include "async/Scheduler.h"
+#include "async/StopOnCancel.h"
 #include "base/Text.h"
 #include "platform/Applications.h"
 #include "platform/Clipboard.h"
@@ -24,23 +25,6 @@ const QString stopped = u"Error: stopped before it was done."_s;
 const QString displayIsSilent =
     u"Error: the display does not answer, so it is not known how much of this was done. A program that hangs "
     "may be holding it. Ask the user to end that program, then run capture_screen before you go on."_s;
-
-/// Asks work on another thread to stop as soon as the task is cancelled.
-class StopOnCancel {
-public:
-    explicit StopOnCancel(Cancellation &cancellation)
-        : m_callback(cancellation, [stop = m_stop]() mutable { stop.request_stop(); })
-    {
-        if (cancellation.isCancelled())
-            m_stop.request_stop();
-    }
-
-    std::stop_token token() const { return m_stop.get_token(); }
-
-private:
-    std::stop_source m_stop;
-    Cancellation::Callback m_callback;
-};
 
 QString couldNotLaunch(const QString &name)
 {

@@ -73,11 +73,14 @@ TEST_F(PermissionsViewTest, WhatIsGrantedElsewhereShowsWhenTheProgramComesToTheF
 {
     desktop.input->trusted = false;
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    settle();
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    settle();
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Not configured"_s));
     desktop.input->trusted = true;
     Q_EMIT qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    settle();
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
 }
 
@@ -96,6 +99,7 @@ TEST_F(PermissionsViewTest, AStateThatChangesElsewhereShowsWhenItIsCheckedAgain)
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Configured"_s));
     desktop.input->trusted = false;
     QTest::mouseClick(named<QPushButton>(u"Check permission status again"_s), Qt::LeftButton);
+    settle();
     EXPECT_TRUE(says(row(u"Accessibility"_s), u"Not configured"_s));
     EXPECT_FALSE(says(row(u"Accessibility"_s), u"Configured"_s));
 }

@@ -1,14 +1,20 @@
 #include "app/PermissionsModel.h"
 
 #include "async/Scheduler.h"
+#include "platform/DisplaySilent.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeClock.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeDesktopSettings.h"
 #include "support/FakeNotificationCenter.h"
 #include "support/RunTask.h"
+#include "support/WaitUntil.h"
 
+#include <QThreadPool>
+#include <atomic>
+#include <future>
 #include <gmock/gmock.h>
+#include <stop_token>
 
 using namespace Qt::StringLiterals;
 
@@ -27,13 +33,26 @@ protected:
     }
     ~PermissionsModelTest() override { scheduler.shutdown(std::chrono::seconds(1)); }
 
+    /// Until the display has been asked and what it tells is taken in.
+    static void settle()
+    {
+        do {
+            QThreadPool::globalInstance()->waitForDone();
+        } while (morvane::settle());
+    }
+    void refresh()
+    {
+        model.refresh();
+        settle();
+    }
+
     FakeClock clock;
     Scheduler scheduler{clock};
     FakeAnnouncer announcer;
     FakeDesktop desktop;
     FakeNotificationCenter center;
     FakeDesktopSettings settings;
-    PermissionsModel model{scheduler, announcer, *desktop.screen, *desktop.input, center, settings};
+    PermissionsModel model{scheduler, announcer, desktop.screen, desktop.input, center, settings};
 };
 
 TEST_F(PermissionsModelTest, NothingIsConfiguredBeforeItWasAskedFor)
@@ -45,45 +64,85 @@ TEST_F(PermissionsModelTest, NothingIsConfiguredBeforeItWasAskedFor)
 
 TEST_F(PermissionsModelTest, ARefreshFindsAndAnnouncesWhatWasGranted)
 {
-    model.refresh();
-    settle();
+    refresh();
     EXPECT_TRUE(announcer.spoken.isEmpty());
     desktop.screen->granted = true;
     desktop.input->trusted = true;
     center.status = NotificationAuthorization::provisional;
-    model.refresh();
-    settle();
+    refresh();
     EXPECT_EQ(announcer.spoken,
               QStringList({u"Screen Recording is configured."_s, u"Accessibility is configured."_s,
                            u"Notifications are configured."_s}));
-    model.refresh();
-    settle();
+    refresh();
     EXPECT_EQ(announcer.spoken.size(), 3);
 }
 
 TEST_F(PermissionsModelTest, WhatIsTakenBackShowsButIsNotAnnounced)
 {
     desktop.screen->granted = true;
-    model.refresh();
+    refresh();
     desktop.screen->granted = false;
     announcer.spoken.clear();
-    model.refresh();
+    refresh();
     EXPECT_FALSE(model.isConfigured(Permission::screenRecording));
     EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
 TEST_F(PermissionsModelTest, ASecondRefreshWhileOneRunsDoesNothing)
 {
-    int depth = 0;
-    QObject::connect(&model, &PermissionsModel::changed, &model, [&] {
-        const int level = ++depth;
-        desktop.input->trusted = true;
-        model.refresh();
-        EXPECT_EQ(model.isConfigured(Permission::accessibility), level > 1);
-    });
-    desktop.screen->granted = true;
+    std::atomic<int> questions = 0;
+    std::promise<void> answered;
+    desktop.screen->onQuestion = [&, answer = answered.get_future().share()](const std::stop_token &) {
+        ++questions;
+        answer.wait();
+    };
     model.refresh();
-    EXPECT_EQ(depth, 2);
+    ASSERT_TRUE(waitUntil([&] { return questions == 1; }));
+    model.refresh();
+    morvane::settle();
+    answered.set_value();
+    settle();
+    EXPECT_EQ(questions, 1);
+    refresh();
+    EXPECT_EQ(questions, 2);
+}
+
+TEST_F(PermissionsModelTest, ADisplayThatDoesNotAnswerChangesNothingAndHoldsNobodyUp)
+{
+    desktop.screen->granted = true;
+    refresh();
+    std::promise<void> ended;
+    desktop.screen->onQuestion = [&, end = ended.get_future().share()](const std::stop_token &) {
+        end.wait();
+        throw DisplaySilent();
+    };
+    model.refresh(); // which returns meanwhile
+    ended.set_value();
+    settle();
+    EXPECT_TRUE(model.isConfigured(Permission::screenRecording));
+    desktop.screen->onQuestion = nullptr;
+    desktop.input->trusted = true;
+    refresh();
+    EXPECT_TRUE(model.isConfigured(Permission::accessibility));
+}
+
+TEST_F(PermissionsModelTest, TheEndOfTheProgramEndsTheWaitingForADisplay)
+{
+    std::promise<void> asked;
+    std::atomic<std::future_status> stop = std::future_status::deferred;
+    desktop.screen->onQuestion = [&](const std::stop_token &token) {
+        std::promise<void> stopped;
+        const std::stop_callback whenStopped(token, [&stopped] { stopped.set_value(); });
+        asked.set_value();
+        stop = stopped.get_future().wait_for(std::chrono::seconds(20));
+        throw DisplaySilent();
+    };
+    model.refresh();
+    morvane::settle();
+    asked.get_future().wait();
+    scheduler.shutdown(std::chrono::seconds(20));
+    QThreadPool::globalInstance()->waitForDone();
+    EXPECT_EQ(stop.load(), std::future_status::ready);
 }
 
 TEST_F(PermissionsModelTest, NotificationsAreConfiguredWhenTheyAreAllowedForGoodOrForNow)
@@ -91,16 +150,14 @@ TEST_F(PermissionsModelTest, NotificationsAreConfiguredWhenTheyAreAllowedForGood
     for (const auto status : {NotificationAuthorization::authorized, NotificationAuthorization::denied,
                               NotificationAuthorization::provisional}) {
         center.status = status;
-        model.refresh();
-        settle();
+        refresh();
         EXPECT_EQ(model.isConfigured(Permission::notifications), status != NotificationAuthorization::denied);
     }
 }
 
 TEST_F(PermissionsModelTest, DeniedNotificationsStayNotConfigured)
 {
-    model.refresh();
-    settle();
+    refresh();
     EXPECT_FALSE(model.isConfigured(Permission::notifications));
 }
 
