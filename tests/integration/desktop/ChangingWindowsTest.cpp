@@ -151,6 +151,16 @@ TEST_F(ChangingWindowsTest, ANameOfAMegabyteIsOneLineOfWhichTheBeginningIsTold)
     EXPECT_TRUE(run(m_tools.axClick(1)).startsWith(u"Pressed button 'Long [9]"_s));
 }
 
+TEST_F(ChangingWindowsTest, ALongTitleThatTurnsTheReadingDirectionIsToldByItsBeginning)
+{
+    startWindow(u"window.set_title('Bill \\u202eexe.pdf\\n' + 'x' * 1000000)\n"
+                "widget = Gtk.Button(label='\\u202eOK')"_s);
+    const QString text = captureWith(u"] button '\u202eOK'"_s);
+    EXPECT_TRUE(text.contains(u"(frontmost window: \"Bill \u202eexe.pdf xxxx"_s)) << text.toStdString();
+    EXPECT_LT(text.section(u'\n', 0, 0).size(), 700);
+    EXPECT_TRUE(run(m_tools.axClick(1)).startsWith(u"Pressed button '\u202eOK'"_s));
+}
+
 TEST_F(ChangingWindowsTest, AMinimizedWindowIsNotTheOneThatAProgramHadInFrontLast)
 {
     const TestProgram &program = startWindow(u"widget = Gtk.Label(label='First')\n"

@@ -65,6 +65,18 @@ TEST_F(SequenceStopTest, AStopBetweenTwoEventsEndsTheSequenceAndLetsGoOfWhatIsHe
     EXPECT_EQ(log.last(), u"release left"_s);
 }
 
+TEST_F(SequenceStopTest, AStopBetweenTwoTurnsOfTheWheelEndsTheScrolling)
+{
+    holdSleeps([this] { return m_desktop.log.events().count(u"sleep 12"_s) >= 3; });
+    TaskHandle<ToolResult> handle = m_scheduler.spawn(m_tools.mouseScroll(3));
+    ASSERT_TRUE(isHeld());
+    handle.cancel();
+    letGo();
+    ASSERT_TRUE(waitUntil([&] { return handle.done(); }));
+    EXPECT_EQ(handle.result().text, u"Error: stopped before it was done."_s);
+    EXPECT_EQ(events().count(u"scroll 36"_s), 3);
+}
+
 TEST_F(SequenceStopTest, ASequenceWaitsForTheOneThatIsUnderWay)
 {
     TaskHandle<ToolResult> first = beginHeldRightClick({1, 1});
