@@ -1,5 +1,6 @@
 #include "browser/window/URLField.h"
 
+#include <QDropEvent>
 #include <QKeyEvent>
 
 using namespace Qt::StringLiterals;
@@ -69,6 +70,17 @@ void URLField::focusOutEvent(QFocusEvent *event)
     SelectingTextField::focusOutEvent(event);
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
         showPageAddress();
+}
+
+void URLField::dropEvent(QDropEvent *event)
+{
+    // What comes from elsewhere takes the address's place, not one in its middle, and stays until it is
+    // opened.
+    if (event->source() != this) {
+        setFocus(Qt::OtherFocusReason);
+        clear();
+    }
+    SelectingTextField::dropEvent(event);
 }
 
 } // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <QAccessible>
 #include <QClipboard>
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
@@ -226,6 +228,25 @@ TEST_F(BrowserToolbarTest, SharingOffersWhatCanBeDoneWithTheAddress)
     EXPECT_EQ(urls.opened, QList<QUrl>{QUrl(u"https://a.test/x"_s)});
     EXPECT_EQ(urls.mails, QStringList{u"https://a.test/x"_s});
     openMenu()->close();
+}
+
+TEST_F(BrowserToolbarTest, ALinkThatIsDroppedTakesTheAddressesPlaceAndStays)
+{
+    browser->load(u"https://a.test/x"_s, u"A"_s);
+    URLField *address = field();
+    QMimeData link;
+    link.setText(u"https://b.test/"_s);
+    const QPoint middle = address->rect().center();
+    QDragEnterEvent enter(middle, Qt::CopyAction, &link, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(address, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(middle, Qt::CopyAction, &link, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(address, &drop);
+    EXPECT_EQ(address->text(), u"https://b.test/"_s);
+    Q_EMIT manager.toolbarStateChanged();
+    EXPECT_EQ(address->text(), u"https://b.test/"_s);
+    press(Qt::Key_Return);
+    EXPECT_EQ(browser->page().log.last(), u"load https://b.test/"_s);
 }
 
 TEST_F(BrowserToolbarTest, ThatAnAddressCannotBeHandedOnIsSpoken)
