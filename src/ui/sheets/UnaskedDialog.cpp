@@ -43,6 +43,27 @@ private:
     AnswerGuard m_guard;
 };
 
+/// Leads the user on to a dialog from the window that it holds. Modality alone does not: a press beside the
+/// dialog leaves the keyboard with the window, where it does nothing.
+class LeadingFilter : public QObject {
+public:
+    explicit LeadingFilter(QDialog &dialog) : QObject(&dialog), m_dialog(dialog)
+    {
+        dialog.parentWidget()->window()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::WindowActivate && m_dialog.isVisible())
+            QMetaObject::invokeMethod(&m_dialog, &QWidget::activateWindow, Qt::QueuedConnection);
+        return false;
+    }
+
+private:
+    QDialog &m_dialog;
+};
+
 /// Holds the window of a dialog as a modal one does, but that it can be closed, as the program's end does.
 /// Real modality cannot be had here: the toolkit asks for the keyboard itself whenever it shows a modal
 /// window.
@@ -60,10 +81,6 @@ protected:
         if (!widget || widget->window() != m_dialog.parentWidget()->window() || !m_dialog.isVisible())
             return false;
         switch (event->type()) {
-        case QEvent::WindowActivate:
-            // The user has turned to the window, and finds the dialog.
-            QMetaObject::invokeMethod(&m_dialog, &QWidget::activateWindow, Qt::QueuedConnection);
-            return false;
         case QEvent::DragEnter:
             event->ignore();
             return true;
@@ -99,6 +116,7 @@ bool hasKeyboard(const QWidget &window)
 
 bool openUnasked(QDialog &dialog)
 {
+    new LeadingFilter(dialog);
     const bool staysElsewhere = !hasKeyboard(*dialog.parentWidget()->window());
     if (!staysElsewhere) {
         dialog.open();
