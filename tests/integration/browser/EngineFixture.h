@@ -1,11 +1,11 @@
 #pragma once
 
 #include "async/Scheduler.h"
-#include "async/SystemClock.h"
 #include "browser/pages/WebPageFactory.h"
 #include "browser/tabs/BrowserManager.h"
 #include "support/FakeAnnouncer.h"
 #include "support/FakeTabWindow.h"
+#include "support/HurriedClock.h"
 #include "support/PageServer.h"
 #include "support/RunTask.h"
 
@@ -80,7 +80,7 @@ protected:
     static int numberOf(const QString &reading, const QString &name);
 
     PageServer server;
-    SystemClock clock;
+    HurriedClock clock;
     Scheduler scheduler{clock};
     FakeAnnouncer announcer;
     FakeTabWindow::Log window;

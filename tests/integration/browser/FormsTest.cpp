@@ -18,6 +18,12 @@ protected:
         address.setHost(host);
         return address.toString();
     }
+    /// Opens a page of which this is the only element, such as "button 'plain'".
+    void showOnly(const QString &element, const QByteArray &body)
+    {
+        const QString text = show(body);
+        EXPECT_TRUE(text.endsWith(":\n[1] " + element + '\n')) << text.toStdString();
+    }
     QByteArray lastSent() const
     {
         const auto requests = server.requests("/sent");
@@ -159,39 +165,35 @@ TEST_F(FormsTest, AFrameMayTakeThePageElsewhereOnlyAsALinkDoes)
 
 TEST_F(FormsTest, WhatLiesInAShadowTreeIsNotListedAndDoesNoHarm)
 {
-    const QString text =
-        show("<div id=open></div><div id=closed></div><button>plain</button><script>"
+    showOnly("button 'plain'",
+             "<div id=open></div><div id=closed></div><button>plain</button><script>"
              "for (const mode of ['open', 'closed']) document.getElementById(mode)"
              ".attachShadow({mode}).innerHTML = '<button>in ' + mode + '</button>'</script>");
-    EXPECT_TRUE(text.endsWith(":\n[1] button 'plain'\n")) << text.toStdString();
     EXPECT_EQ(click(1), "Clicked 'plain'.");
 }
 
 TEST_F(FormsTest, WhatIsCoveredIsListedAndPressed)
 {
-    const QString text =
-        show("<button onclick='document.title=\"pressed\"'>under</button><div style='position:"
+    showOnly("button 'under'",
+             "<button onclick='document.title=\"pressed\"'>under</button><div style='position:"
              "fixed;inset:0;background:#fff'>a banner over everything</div>");
-    EXPECT_TRUE(text.endsWith(":\n[1] button 'under'\n"));
     EXPECT_EQ(click(1), "Clicked 'under'.");
     EXPECT_EQ(tab().title(), "pressed");
 }
 
 TEST_F(FormsTest, WhatIsOutOfSightSidewaysIsNotListed)
 {
-    const QString text =
-        show("<body style='margin:0'><button style='position:absolute;left:-300px;width:90px'>left"
+    showOnly("button 'part'",
+             "<body style='margin:0'><button style='position:absolute;left:-300px;width:90px'>left"
              "</button><button style='position:absolute;left:9000px'>right</button>"
              "<button style='position:absolute;left:-40px;width:90px'>part</button>");
-    EXPECT_TRUE(text.endsWith(":\n[1] button 'part'\n")) << text.toStdString();
 }
 
 TEST_F(FormsTest, TextThatCanBeEditedIsListedAndPressed)
 {
-    const QString text =
-        show("<div contenteditable=true onclick='document.title=this.textContent'>some words</div>"
+    showOnly("div 'some words'",
+             "<div contenteditable=true onclick='document.title=this.textContent'>some words</div>"
              "<div contenteditable>not by this spelling</div>");
-    EXPECT_TRUE(text.endsWith(":\n[1] div 'some words'\n")) << text.toStdString();
     EXPECT_EQ(click(1), "Clicked 'some words'.");
     EXPECT_EQ(value("document.title").toString(), "some words");
 }

@@ -74,6 +74,7 @@ TEST_F(LeavingTest, AStepWithinTheDocumentLeavesItAsTalkativeAsItWas)
 TEST_F(LeavingTest, AQuestionGoesWithThePageThatAsksIt)
 {
     show("<button onclick='document.title = confirm(1)'>ask</button>");
+    clock.longest = std::chrono::seconds(1); // for the limit of the operation
     auto handle = scheduler.spawn(manager->operations().browserClick(1));
     underSheet([&] { return handle.done(); }, [this](QDialog &) { page().load(server.url("/two")); });
     ASSERT_TRUE(handle.done());

@@ -131,6 +131,7 @@ TEST_F(SafetyTest, ATabThatClosesUnderItsSheetAnswersIt)
 TEST_F(SafetyTest, AnOperationThatMeetsASheetEndsByItsLimit)
 {
     show("<button onclick='confirm(1)'>ask</button>");
+    clock.longest = std::chrono::seconds(1);
     auto handle = scheduler.spawn(manager->operations().browserClick(1));
     underSheet([&] { return handle.done(); }, [this](QDialog &) { page().stop(); });
     ASSERT_TRUE(handle.done());
