@@ -78,12 +78,7 @@ void ClipboardManager::serve(const std::stop_token &stop)
         if ((event->response_type & 0x7f) != XCB_SELECTION_REQUEST)
             continue;
         const auto request = *reinterpret_cast<const xcb_selection_request_event_t *>(event.get());
-        xcb_selection_notify_event_t notice{};
-        notice.response_type = XCB_SELECTION_NOTIFY;
-        notice.time = request.time;
-        notice.requestor = request.requestor;
-        notice.selection = request.selection;
-        notice.target = request.target;
+        xcb_selection_notify_event_t notice = XConnection::refusalOf(request);
         if (request.target == m_connection.atom("SAVE_TARGETS")) {
             const QByteArray text = fetch(stop);
             m_owner = std::make_unique<ClipboardOwner>(m_display,

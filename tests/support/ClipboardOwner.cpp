@@ -43,12 +43,7 @@ void ClipboardOwner::serve(const std::stop_token &stop)
 void ClipboardOwner::answer(const xcb_selection_request_event_t &request)
 {
     xcb_connection_t *connection = m_connection.handle();
-    xcb_selection_notify_event_t notice{};
-    notice.response_type = XCB_SELECTION_NOTIFY;
-    notice.time = request.time;
-    notice.requestor = request.requestor;
-    notice.selection = request.selection;
-    notice.target = request.target;
+    xcb_selection_notify_event_t notice = XConnection::refusalOf(request);
     notice.property = request.property;
     const auto set = [&](xcb_atom_t type, uint8_t format, uint32_t count, const void *data) {
         xcb_change_property(connection, XCB_PROP_MODE_REPLACE, request.requestor, request.property, type,

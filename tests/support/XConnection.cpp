@@ -81,6 +81,17 @@ xcb_window_t XConnection::openHiddenWindow() const
     return window;
 }
 
+xcb_selection_notify_event_t XConnection::refusalOf(const xcb_selection_request_event_t &request)
+{
+    xcb_selection_notify_event_t notice{};
+    notice.response_type = XCB_SELECTION_NOTIFY;
+    notice.time = request.time;
+    notice.requestor = request.requestor;
+    notice.selection = request.selection;
+    notice.target = request.target;
+    return notice;
+}
+
 QImage XConnection::screenshot() const
 {
     const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,

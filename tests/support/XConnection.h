@@ -37,6 +37,9 @@ public:
     /// A window that is never shown, to own or to ask for a selection.
     xcb_window_t openHiddenWindow() const;
 
+    /// The answer to one who asks for a selection, as far as it repeats the question: it refuses.
+    static xcb_selection_notify_event_t refusalOf(const xcb_selection_request_event_t &request);
+
     QImage screenshot() const;
 
     /// The clipboard's text, from whoever owns it; nothing without an owner or an answer in time.

@@ -3,6 +3,7 @@
 #include "GalleryContent.h"
 #include "GalleryLook.h"
 #include "GalleryModel.h"
+#include "GalleryOptions.h"
 
 #include "base/ReferenceDate.h"
 #include "browser/window/AgentPanel.h"
@@ -14,7 +15,6 @@
 #include "ui/theme/AppMark.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QDialog>
 #include <QLineEdit>
 
@@ -95,14 +95,10 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOptions({{u"dark"_s, u"Dark colours."_s},
-                       {u"window"_s, u"browser, panel, find, history, clear, download, permission."_s,
+    addGalleryOptions(parser, {1150, 780});
+    parser.addOptions({{u"window"_s, u"browser, panel, find, history, clear, download, permission."_s,
                         u"name"_s, u"browser"_s},
                        {u"tabs"_s, u"How many tabs."_s, u"number"_s, u"3"_s},
-                       {u"width"_s, u"Width of the window."_s, u"pixels"_s, u"1150"_s},
-                       {u"height"_s, u"Height of the window."_s, u"pixels"_s, u"780"_s},
-                       {u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s},
                        {u"picture"_s, u"Write a picture and end."_s, u"file"_s}});
     parser.process(application);
     const GalleryLook look(parser);
@@ -113,7 +109,7 @@ int main(int argc, char **argv)
     browser.now = referenceDateNow();
     browse(browser, parser.value(u"tabs"_s).toInt());
     BrowserWindowView &window = browser.openWindow();
-    window.resize(parser.value(u"width"_s).toInt(), parser.value(u"height"_s).toInt());
+    window.resize(gallerySize(parser));
     browser.manager.window()->activate();
     settle();
     show(browser, gallery, window, parser.value(u"window"_s));

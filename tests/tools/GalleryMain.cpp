@@ -2,6 +2,7 @@
 #include "GalleryContent.h"
 #include "GalleryLook.h"
 #include "GalleryModel.h"
+#include "GalleryOptions.h"
 
 #include "platform/Announcer.h"
 #include "ui/conversation/ChatScrollView.h"
@@ -11,7 +12,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QCommandLineParser>
 #include <QScrollBar>
 #include <QTimer>
 
@@ -66,15 +66,11 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOption({u"dark"_s, u"Dark colours."_s});
-    parser.addOption({u"composer"_s, u"The window with files to be sent."_s});
-    parser.addOption({u"paste"_s, u"The window with long texts in the message field."_s});
-    parser.addOption({u"width"_s, u"Width of the window."_s, u"pixels"_s, u"760"_s});
-    parser.addOption({u"height"_s, u"Height of the window."_s, u"pixels"_s, u"720"_s});
-    parser.addOption({u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s});
-    parser.addOption({u"picture"_s, u"Write a picture and end."_s, u"file"_s});
-    parser.addOption({u"scroll"_s, u"Scroll to this share."_s, u"percent"_s});
+    addGalleryOptions(parser, {760, 720});
+    parser.addOptions({{u"composer"_s, u"The window with files to be sent."_s},
+                       {u"paste"_s, u"The window with long texts in the message field."_s},
+                       {u"picture"_s, u"Write a picture and end."_s, u"file"_s},
+                       {u"scroll"_s, u"Scroll to this share."_s, u"percent"_s}});
     parser.process(application);
 
     const GalleryLook look(parser);
@@ -82,7 +78,7 @@ int main(int argc, char **argv)
     const std::unique_ptr<QWidget> view = parser.isSet(u"paste"_s)      ? windowWithPaste(gallery)
                                           : parser.isSet(u"composer"_s) ? windowWithAttachments(gallery)
                                                                         : conversation(gallery);
-    view->resize(parser.value(u"width"_s).toInt(), parser.value(u"height"_s).toInt());
+    view->resize(gallerySize(parser));
     view->show();
     if (parser.isSet(u"picture"_s)) {
         QTimer::singleShot(400, view.get(), [&] {

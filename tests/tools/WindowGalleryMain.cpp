@@ -3,6 +3,7 @@
 #include "GalleryContent.h"
 #include "GalleryLook.h"
 #include "GalleryModel.h"
+#include "GalleryOptions.h"
 
 #include "base/Uuid.h"
 #include "support/AskForPermit.h"
@@ -86,13 +87,12 @@ public:
 
 void addOptions(QCommandLineParser &parser)
 {
-    parser.addHelpOption();
     const auto option = [&parser](const char *name, const char *description, const char *value,
                                   const char *standard = "") {
         parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description),
                           QString::fromLatin1(value), QString::fromLatin1(standard)});
     };
-    parser.addOption({u"dark"_s, u"Dark colours."_s});
+    addGalleryOptions(parser, {0, 0}); // as large as it wants to be
     option("window",
            "Which window: settings, permissions, tool-servers, add-server, welcome, onboarding, "
            "conversation, streaming, "
@@ -103,9 +103,6 @@ void addOptions(QCommandLineParser &parser)
            "name", "settings");
     option("provider", "The provider's stored name.", "name", "openrouter");
     option("model", "The model.", "name");
-    option("width", "Width of the window.", "pixels", "0");
-    option("height", "Height of the window.", "pixels", "0");
-    option("font", "Size of the font.", "points", "10");
     option("servers", "So many tool servers are set up, or none.", "number", "0");
     option("scroll", "Scroll to this share.", "percent", "0");
     option("state", "Of the local model: none, running, installing, downloading, failed.", "name", "none");
@@ -339,7 +336,7 @@ int main(int argc, char **argv)
                                                 stage.servers.manager, stage.announcer, nullptr);
     else
         window = std::make_unique<MainWindow>(stage.model, stage.windowServices);
-    const QSize size(value("width").toInt(), value("height").toInt());
+    const QSize size = gallerySize(parser);
     if (size.width() > 0 && size.height() > 0)
         window->resize(size);
     window->show();

@@ -9,8 +9,8 @@
 #include "support/MorvaneSession.h"
 #include "support/PageServer.h"
 #include "support/WaitUntil.h"
+#include "tools/GalleryOptions.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <cstdio>
@@ -143,12 +143,8 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOptions({{u"dark"_s, u"Dark colours."_s},
-                       {u"panel"_s, u"The agent's panel is expanded."_s},
-                       {u"width"_s, u"Width of the window."_s, u"pixels"_s, u"1150"_s},
-                       {u"height"_s, u"Height of the window."_s, u"pixels"_s, u"780"_s},
-                       {u"font"_s, u"Size of the font."_s, u"points"_s, u"10"_s}});
+    addGalleryOptions(parser, {1150, 780});
+    parser.addOption({u"panel"_s, u"The agent's panel is expanded."_s});
     parser.addPositionalArgument(u"program"_s, u"The program to be shown."_s);
     parser.addPositionalArgument(u"picture"_s, u"The file to be written."_s);
     parser.process(application);
@@ -167,8 +163,7 @@ int main(int argc, char **argv)
         play(morvane);
         if (parser.isSet(u"panel"_s))
             expandPanel(morvane.program());
-        const QSize size(parser.value(u"width"_s).toInt(), parser.value(u"height"_s).toInt());
-        expect(pictureOf(morvane.screen(), size).save(arguments.at(1)),
+        expect(pictureOf(morvane.screen(), gallerySize(parser)).save(arguments.at(1)),
                u"the picture could not be written"_s);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "No picture: %s\n", error.what());

@@ -51,18 +51,13 @@ TEST_F(LineReaderTest, LineIsDeliveredAsSoonAsItsEndIsThere)
         }
         connection.waitUntilClosedByPeer();
     });
-    auto opening = scheduler.spawn(client.open(get(server.url())));
-    ASSERT_TRUE(waitUntil([&opening] { return opening.done(); }));
-    HttpResponse response = opening.result();
+    HttpResponse response = runTask(scheduler, client.open(get(server.url())));
     LineReader reader = response.lines();
-    const auto next = [](LineReader *from) -> Task<std::optional<QByteArray>> {
-        co_return co_await from->next();
-    };
-    EXPECT_EQ(runTask(scheduler, next(&reader)), "first");
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), "first");
     seen = true;
-    EXPECT_EQ(runTask(scheduler, next(&reader)), "second");
-    EXPECT_EQ(runTask(scheduler, next(&reader)), std::nullopt);
-    EXPECT_EQ(runTask(scheduler, next(&reader)), std::nullopt);
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), "second");
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), std::nullopt);
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), std::nullopt);
 }
 
 TEST_F(LineReaderTest, MegabyteChunksAndMegabyteLines)

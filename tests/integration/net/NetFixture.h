@@ -63,6 +63,8 @@ protected:
         return runTask(scheduler, readLines(client.open(std::move(request))));
     }
 
+    static Task<std::optional<QByteArray>> nextOf(LineReader *reader) { co_return co_await reader->next(); }
+
     /// How a request fails; nothing if it does not.
     template <class T> std::optional<TransportError::Kind> failureOf(Task<T> task)
     {

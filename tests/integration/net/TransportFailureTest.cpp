@@ -146,18 +146,13 @@ TEST_F(TransportFailureTest, ResetInMidStreamIsALostConnection)
         if (connection.waitUntil([&read] { return read.load(); }))
             connection.reset();
     });
-    auto opening = scheduler.spawn(client.open(get(server.url())));
-    ASSERT_TRUE(waitUntil([&opening] { return opening.done(); }));
-    HttpResponse response = opening.result();
+    HttpResponse response = runTask(scheduler, client.open(get(server.url())));
     LineReader reader = response.lines();
-    const auto next = [](LineReader *from) -> Task<std::optional<QByteArray>> {
-        co_return co_await from->next();
-    };
-    EXPECT_EQ(runTask(scheduler, next(&reader)), "one");
-    EXPECT_EQ(runTask(scheduler, next(&reader)), "two");
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), "one");
+    EXPECT_EQ(runTask(scheduler, nextOf(&reader)), "two");
     read = true;
-    EXPECT_EQ(failureOf(next(&reader)), Kind::networkConnectionLost);
-    EXPECT_EQ(failureOf(next(&reader)), Kind::networkConnectionLost);
+    EXPECT_EQ(failureOf(nextOf(&reader)), Kind::networkConnectionLost);
+    EXPECT_EQ(failureOf(nextOf(&reader)), Kind::networkConnectionLost);
 }
 
 TEST_F(TransportFailureTest, ConnectionEndedWithoutAnAnswerIsLost)

@@ -34,6 +34,18 @@ protected:
         return nullptr;
     }
 
+    /// Writes the next message, which has to wait, and presses the button that stands where that for sending
+    /// was.
+    void stopInPlaceOfSending()
+    {
+        EXPECT_EQ(button(u"Send message"_s), nullptr);
+        edit->setPlainText(u"next"_s);
+        EXPECT_FALSE(view->canSend());
+        auto *stop = button(u"Stop generating"_s);
+        ASSERT_NE(stop, nullptr);
+        stop->click();
+    }
+
     std::unique_ptr<ComposerView> view;
     ComposerEdit *edit = nullptr;
 };
@@ -116,12 +128,7 @@ TEST_F(ComposerViewTest, StopTakesTheSendButtonsPlaceWhileBusy)
     edit->setPlainText(u"go"_s);
     button(u"Send message"_s)->click();
     ASSERT_TRUE(model->isBusy());
-    EXPECT_EQ(button(u"Send message"_s), nullptr);
-    edit->setPlainText(u"next"_s);
-    EXPECT_FALSE(view->canSend());
-    auto *stop = button(u"Stop generating"_s);
-    ASSERT_NE(stop, nullptr);
-    stop->click();
+    ASSERT_NO_FATAL_FAILURE(stopInPlaceOfSending());
     EXPECT_FALSE(model->isBusy());
     EXPECT_EQ(view->draft(), u"next"_s);
 }
@@ -207,12 +214,7 @@ TEST_F(ComposerViewTest, AMessageThatWaitsForTheLocalModelCanBeStopped)
     button(u"Send message"_s)->click();
     settle();
     ASSERT_TRUE(model->isInstallPending());
-    EXPECT_EQ(button(u"Send message"_s), nullptr);
-    edit->setPlainText(u"next"_s);
-    EXPECT_FALSE(view->canSend());
-    auto *stop = button(u"Stop generating"_s);
-    ASSERT_NE(stop, nullptr);
-    stop->click();
+    ASSERT_NO_FATAL_FAILURE(stopInPlaceOfSending());
     settle();
     EXPECT_FALSE(model->isInstallPending());
     EXPECT_FALSE(model->localModel().info().installing);
