@@ -84,9 +84,7 @@ TEST_F(BrowserLifeTest, TheProgramEndsWhileAQuestionOfAPageWaits)
 
 TEST_F(BrowserLifeTest, KilledItComesBackWithHistoryAndBookmarks)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     morvane.keyboard().press(u"Ctrl+D"_s);
     ASSERT_TRUE(morvane.ear().hears(u"Bookmarked Birds"_s));
     openByKeyboard(morvane, u"/search"_s, u"Found"_s);
@@ -117,9 +115,7 @@ TEST_F(BrowserLifeTest, KilledItComesBackWithHistoryAndBookmarks)
 
 TEST_F(BrowserLifeTest, TabsOutliveTheirWindow)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     morvane.keyboard().press(u"Ctrl+Shift+W"_s);
     ASSERT_TRUE(morvane.program().hides(u"Browser content: Birds"_s));
     morvane.program().find(u"Morvane Browser"_s, AccessibleRole::pushButton).press();

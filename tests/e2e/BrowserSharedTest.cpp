@@ -26,6 +26,38 @@ protected:
     {
         return waitUntil([&] { return lastResult(morvane).startsWith(result); });
     }
+    /// A session whose model has opened the page of birds for a message from the panel, and presses the
+    /// button there when it is released.
+    MorvaneSession &startBeforeThePress()
+    {
+        MorvaneSession &morvane =
+            startBrowser({opening(u"/birds"_s), waiting(callingTool("browser_click", R"({"number":2})")),
+                          waiting(ScriptedTurn::saying({"It is gone."}))});
+        openWindow(morvane);
+        sendFromPanel(morvane, u"search it"_s);
+        EXPECT_TRUE(isTold(morvane, u"Page: Birds"_s));
+        return morvane;
+    }
+    /// Releases the model when the user has come to the page of files, where its number is no element.
+    void expectNothingPressedAmongFiles(MorvaneSession &morvane)
+    {
+        openByKeyboard(morvane, u"/files"_s, u"Files"_s);
+        morvane.model().release();
+        EXPECT_TRUE(isTold(morvane, u"Error: there is no element [2]. Run browser_read first"_s));
+        EXPECT_TRUE(showsPage(morvane, u"Files"_s));
+        EXPECT_TRUE(m_site.requests(u"/search"_s).isEmpty());
+    }
+    /// A session whose model opens a page that does not come, for a message from the panel.
+    MorvaneSession &startBeforeASlowPage(std::vector<ScriptedTurn> further = {})
+    {
+        m_site.keepWaiting(u"/slow"_s);
+        further.insert(further.begin(), opening(u"/slow"_s));
+        MorvaneSession &morvane = startBrowser(std::move(further));
+        openWindow(morvane);
+        sendFromPanel(morvane, u"open it"_s);
+        EXPECT_TRUE(isAsked(u"/slow"_s));
+        return morvane;
+    }
     bool isAsked(const QString &path)
     {
         return waitUntil([&] { return !m_site.requests(path).isEmpty(); });
@@ -63,37 +95,19 @@ TEST_F(BrowserSharedTest, TheUserSeesEachStepOfTheModel)
 
 TEST_F(BrowserSharedTest, ANumberOfAPageThatTheUserHasLeftPressesNothing)
 {
-    MorvaneSession &morvane =
-        startBrowser({opening(u"/birds"_s), waiting(callingTool("browser_click", R"({"number":2})")),
-                      waiting(ScriptedTurn::saying({"It is gone."}))});
-    openWindow(morvane);
-    sendFromPanel(morvane, u"search it"_s);
-    ASSERT_TRUE(isTold(morvane, u"Page: Birds"_s));
-    openByKeyboard(morvane, u"/files"_s, u"Files"_s);
-    morvane.model().release();
-    EXPECT_TRUE(isTold(morvane, u"Error: there is no element [2]. Run browser_read first"_s));
-    EXPECT_TRUE(showsPage(morvane, u"Files"_s));
-    EXPECT_TRUE(m_site.requests(u"/search"_s).isEmpty());
+    expectNothingPressedAmongFiles(startBeforeThePress());
 }
 
 TEST_F(BrowserSharedTest, TheModelReadsThePageToWhichTheUserGoesWhileItWaits)
 {
-    m_site.keepWaiting(u"/slow"_s);
-    MorvaneSession &morvane = startBrowser({opening(u"/slow"_s), waiting(ScriptedTurn::saying({"Done."}))});
-    openWindow(morvane);
-    sendFromPanel(morvane, u"open it"_s);
-    ASSERT_TRUE(isAsked(u"/slow"_s));
+    MorvaneSession &morvane = startBeforeASlowPage({waiting(ScriptedTurn::saying({"Done."}))});
     openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
     EXPECT_TRUE(isTold(morvane, u"Page: Birds"_s));
 }
 
 TEST_F(BrowserSharedTest, ATabThatTheUserClosesUnderTheModelIsToldToIt)
 {
-    m_site.keepWaiting(u"/slow"_s);
-    MorvaneSession &morvane = startBrowser({opening(u"/slow"_s), waiting(ScriptedTurn::saying({"Done."}))});
-    openWindow(morvane);
-    sendFromPanel(morvane, u"open it"_s);
-    ASSERT_TRUE(isAsked(u"/slow"_s));
+    MorvaneSession &morvane = startBeforeASlowPage({waiting(ScriptedTurn::saying({"Done."}))});
     morvane.keyboard().press(u"Ctrl+W"_s);
     EXPECT_TRUE(isTold(morvane, u"Error: the browser window is not open."_s));
     EXPECT_TRUE(morvane.ear().hears(u"Closed tab Start Page. Opened new tab."_s));
@@ -101,28 +115,15 @@ TEST_F(BrowserSharedTest, ATabThatTheUserClosesUnderTheModelIsToldToIt)
 
 TEST_F(BrowserSharedTest, ATabThatTheUserOpensBesideTheModelsIsNotTakenForIt)
 {
-    MorvaneSession &morvane =
-        startBrowser({opening(u"/birds"_s), waiting(callingTool("browser_click", R"({"number":2})")),
-                      waiting(ScriptedTurn::saying({"It is gone."}))});
-    openWindow(morvane);
-    sendFromPanel(morvane, u"search it"_s);
-    ASSERT_TRUE(isTold(morvane, u"Page: Birds"_s));
+    MorvaneSession &morvane = startBeforeThePress();
     morvane.keyboard().press(u"Ctrl+T"_s);
     ASSERT_TRUE(morvane.ear().hears(u"Opened new tab."_s));
-    openByKeyboard(morvane, u"/files"_s, u"Files"_s);
-    morvane.model().release();
-    EXPECT_TRUE(isTold(morvane, u"Error: there is no element [2]. Run browser_read first"_s));
-    EXPECT_TRUE(showsPage(morvane, u"Files"_s));
-    EXPECT_TRUE(m_site.requests(u"/search"_s).isEmpty());
+    expectNothingPressedAmongFiles(morvane);
 }
 
 TEST_F(BrowserSharedTest, TheUserStopsTheModelFromThePanelWhileItsPageLoads)
 {
-    m_site.keepWaiting(u"/slow"_s);
-    MorvaneSession &morvane = startBrowser({opening(u"/slow"_s)});
-    openWindow(morvane);
-    sendFromPanel(morvane, u"open it"_s);
-    ASSERT_TRUE(isAsked(u"/slow"_s));
+    MorvaneSession &morvane = startBeforeASlowPage();
     morvane.program().find(u"Stop the agent"_s, AccessibleRole::pushButton).press();
     EXPECT_TRUE(morvane.program().shows(u"Send the message to Morvane"_s));
     openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);

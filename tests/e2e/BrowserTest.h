@@ -17,6 +17,9 @@ protected:
     /// The same, not started yet.
     MorvaneSession &prepareBrowser(std::vector<ScriptedTurn> turns, Hearing hearing = Hearing::announcements);
 
+    /// The same, with the browser's window in front and the page of birds in it.
+    MorvaneSession &startWithBirds();
+
     /// Presses the button of the main window and waits for the start page.
     static void openWindow(MorvaneSession &morvane);
     static bool isInFront(MorvaneSession &morvane);

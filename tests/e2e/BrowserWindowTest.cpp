@@ -69,9 +69,7 @@ TEST_F(BrowserWindowTest, TheModelGoesBackFromAPageThatItsPressHasOpened)
 
 TEST_F(BrowserWindowTest, ByKeyboardAloneAPageIsOpenedMarkedSearchedAndEnlarged)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     const Keyboard &keyboard = morvane.keyboard();
     keyboard.press(u"Ctrl+D"_s);
     EXPECT_TRUE(morvane.ear().hears(u"Bookmarked Birds"_s));
@@ -93,9 +91,7 @@ TEST_F(BrowserWindowTest, ByKeyboardAloneAPageIsOpenedMarkedSearchedAndEnlarged)
 
 TEST_F(BrowserWindowTest, TheKeyboardReachesThePageThatAnAddressOpens)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     ASSERT_TRUE(morvane.program().shows(u"Kingfishers"_s));
     morvane.keyboard().press(u"Tab"_s);
     EXPECT_TRUE(morvane.program().focuses(u"Search"_s));
@@ -103,9 +99,7 @@ TEST_F(BrowserWindowTest, TheKeyboardReachesThePageThatAnAddressOpens)
 
 TEST_F(BrowserWindowTest, AReaderMovesTheFocusInThePage)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     const AccessibleElement button = morvane.program().find(u"Go"_s, AccessibleRole::pushButton);
     button.act(u"SetFocus"_s);
     ASSERT_TRUE(morvane.program().focuses(u"Go"_s));
@@ -131,9 +125,7 @@ TEST_F(BrowserWindowTest, AFileIsDownloadedByKeyboard)
 
 TEST_F(BrowserWindowTest, TheHistoryIsOpenedByKeyboardAndLeadsToItsPages)
 {
-    MorvaneSession &morvane = startBrowser({});
-    openWindow(morvane);
-    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
+    MorvaneSession &morvane = startWithBirds();
     openByKeyboard(morvane, u"/search"_s, u"Found"_s);
     const Keyboard &keyboard = morvane.keyboard();
     keyboard.press(u"Ctrl+Y"_s);

@@ -2,6 +2,7 @@
 
 #include "support/WaitUntil.h"
 
+#include <QFile>
 #include <cstdlib>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +18,24 @@ void DesktopTest::startProgram(const MorvaneSession &morvane, const QString &pro
         const xcb_window_t active = morvane.screen().activeWindow();
         return morvane.screen().property(active, "_NET_WM_PID").value(0) == uint32_t(m_program->pid());
     }));
+}
+
+MorvaneSession &DesktopTest::startTypingALot(std::vector<ScriptedTurn> further)
+{
+    std::vector<ScriptedTurn> turns{
+        callingTool("activate_app", R"({"name":"xterm"})"),
+        callingTool("type_text", "{\"text\":\"" + std::string(3000, 'A') + "ß漢\"}")};
+    turns.insert(turns.end(), further.begin(), further.end());
+    MorvaneSession &morvane = prepare(std::move(turns));
+    m_typed = morvane.home() + u"/typed"_s;
+    startProgram(morvane, u"xterm"_s,
+                 {u"-u8"_s, u"-e"_s, u"sh"_s, u"-c"_s, u"stty -icanon; cat > "_s + m_typed});
+    m_keys = keyboardMapping(morvane.screen());
+    morvane.start();
+    morvane.send(u"Type a lot"_s);
+    EXPECT_TRUE(waitUntil([&] { return QFile(m_typed).size() > 20; }))
+        << morvane.program().tree().description().toStdString();
+    return morvane;
 }
 
 void DesktopTest::TearDown()

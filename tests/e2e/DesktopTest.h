@@ -13,6 +13,10 @@ protected:
     /// A program that is there before Morvane's window is, which then lies in front of it.
     void startProgram(const MorvaneSession &morvane, const QString &program, const QStringList &arguments);
 
+    /// A session that is in the middle of typing a long text into another program, and has further turns. It
+    /// has keys in use that m_keys does not have.
+    MorvaneSession &startTypingALot(std::vector<ScriptedTurn> further = {});
+
     void TearDown() override;
 
     /// What the tools answered, in order; older answers are cut in later requests.
@@ -24,6 +28,8 @@ protected:
     static QByteArray heldKeys(const XConnection &screen);
 
     std::unique_ptr<TestProgram> m_program;
+    QString m_typed; ///< The file with what has been typed.
+    QByteArray m_keys;
 };
 
 } // namespace morvane

@@ -1,8 +1,7 @@
 #include "MorvaneTest.h"
 
-#include "support/WaitUntil.h"
-
 #include <QDeadlineTimer>
+#include <QSet>
 #include <QString>
 #include <iostream>
 
@@ -78,7 +77,7 @@ MorvaneSession &MorvaneTest::startToBeEndedByKey()
 bool MorvaneTest::pressUntil(MorvaneSession &morvane, const QString &key, const std::function<bool()> &isDone)
 {
     QDeadlineTimer pause(0);
-    return waitUntil([&] {
+    return morvane.program().becomes([&] {
         if (isDone())
             return true;
         if (pause.hasExpired()) {
@@ -94,7 +93,7 @@ std::optional<AccessibleNode> MorvaneTest::moveFocus(MorvaneSession &morvane, co
     const auto before = morvane.program().focused();
     morvane.keyboard().press(key);
     std::optional<AccessibleNode> after;
-    const bool moves = waitUntil([&] {
+    const bool moves = morvane.program().becomes([&] {
         after = morvane.program().focused();
         return after && (!before || after->element.path() != before->element.path());
     });
@@ -130,6 +129,21 @@ void MorvaneTest::closeSettings(MorvaneSession &morvane)
 {
     morvane.keyboard().press(u"Escape"_s);
     ASSERT_TRUE(morvane.program().hides(u"Morvane Settings"_s));
+}
+
+QStringList MorvaneTest::nameless(MorvaneSession &morvane)
+{
+    static const QSet controls{AccessibleRole::pushButton, AccessibleRole::checkBox,
+                               AccessibleRole::comboBox,   AccessibleRole::spinButton,
+                               AccessibleRole::entry,      AccessibleRole::listItem,
+                               AccessibleRole::menuItem,   AccessibleRole::progressBar};
+    QStringList found;
+    morvane.program().tree().visit([&found](const AccessibleNode &node) {
+        const bool isControl = controls.contains(node.role) || node.has(AccessibleState::focusable);
+        if (isControl && node.has(AccessibleState::showing) && node.name.isEmpty())
+            found.append(node.description().trimmed());
+    });
+    return found;
 }
 
 QString MorvaneTest::lastResult(MorvaneSession &morvane)

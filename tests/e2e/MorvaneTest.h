@@ -55,6 +55,9 @@ protected:
     static void openSettings(MorvaneSession &morvane);
     static void closeSettings(MorvaneSession &morvane);
 
+    /// What is on show and can take the focus or be pressed, or tells of progress, but has no name.
+    static QStringList nameless(MorvaneSession &morvane);
+
     /// What the model was told last: the result of a tool call, as long as nothing follows it.
     static QString lastResult(MorvaneSession &morvane);
 

@@ -14,6 +14,24 @@ namespace {
 /// Reminders that the model sets, from the call to the moment when they are heard.
 class ReminderTest : public MorvaneTest {
 protected:
+    /// A session, not started yet, whose model sets a reminder of the plants, three seconds ahead.
+    MorvaneSession &prepareReminder()
+    {
+        return prepare({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
+                        ScriptedTurn::saying({"I will remind you."})});
+    }
+    /// Asks for the reminder and waits until it is stored.
+    static void setReminder(MorvaneSession &morvane)
+    {
+        morvane.send(u"Remind me"_s);
+        ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
+    }
+    /// Whether the store has no reminder any more, now or soon.
+    static bool storesNone(const MorvaneSession &morvane)
+    {
+        return waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); });
+    }
+
     static qsizetype heard(MorvaneSession &morvane, const QString &text)
     {
         return morvane.ear().heard().count(text);
@@ -33,50 +51,39 @@ TEST_F(ReminderTest, AReminderIsSpokenOnceAndLeavesNothingBehind)
                ScriptedTurn::saying({"I will remind you."})});
     morvane.send(u"Remind me"_s);
     EXPECT_TRUE(morvane.ear().hears(u"Reminder: time to stretch"_s));
-    EXPECT_TRUE(waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); }))
-        << morvane.settingsText().toStdString();
+    EXPECT_TRUE(storesNone(morvane)) << morvane.settingsText().toStdString();
     EXPECT_TRUE(morvane.hasStatus(u"Ready"_s));
     EXPECT_EQ(heard(morvane, u"Reminder: time to stretch"_s), 1);
 }
 
 TEST_F(ReminderTest, AReminderOutlivesARestart)
 {
-    MorvaneSession &morvane =
-        start({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
-               ScriptedTurn::saying({"I will remind you."})});
-    morvane.send(u"Remind me"_s);
-    ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
+    MorvaneSession &morvane = prepareReminder();
+    morvane.start();
+    setReminder(morvane);
     morvane.quit();
     morvane.start();
     EXPECT_TRUE(morvane.ear().hears(u"Reminder: water the plants"_s));
-    EXPECT_TRUE(
-        waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); }));
+    EXPECT_TRUE(storesNone(morvane));
 }
 
 TEST_F(ReminderTest, AReminderOfAnEndedProgramIsShownAsABanner)
 {
-    MorvaneSession &morvane =
-        prepare({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
-                 ScriptedTurn::saying({"I will remind you."})});
+    MorvaneSession &morvane = prepareReminder();
     const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
-    morvane.send(u"Remind me"_s);
-    ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
+    setReminder(morvane);
     morvane.quit();
     EXPECT_TRUE(waitUntil([&] { return reminders(daemon) == 1; }));
-    EXPECT_TRUE(
-        waitUntil([&] { return morvane.settingsText().contains("pendingReminders=@ByteArray([])"); }));
+    EXPECT_TRUE(storesNone(morvane));
 }
 
 TEST_F(ReminderTest, AReminderIsAlsoSeenWhileTheUserWorksElsewhere)
 {
-    MorvaneSession &morvane =
-        prepare({callingTool("set_reminder", R"({"message":"water the plants","minutes":0.05})"),
-                 ScriptedTurn::saying({"I will remind you."})});
+    MorvaneSession &morvane = prepareReminder();
     const FakeNotificationDaemon daemon(morvane.desktop().sessionBusAddress());
     morvane.start();
-    morvane.send(u"Remind me"_s);
-    ASSERT_TRUE(waitUntil([&] { return morvane.settingsText().contains("water the plants"); }));
+    setReminder(morvane);
     const xcb_window_t other = morvane.screen().openWindow();
     ASSERT_TRUE(waitUntil([&] { return morvane.screen().activeWindow() == other; }));
     EXPECT_TRUE(morvane.ear().hears(u"Reminder: water the plants"_s));

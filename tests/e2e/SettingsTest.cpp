@@ -2,7 +2,7 @@
 
 #include "support/WaitUntil.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 using namespace Qt::StringLiterals;
 
@@ -119,16 +119,7 @@ TEST_F(SettingsTest, NoControlLacksAName)
 {
     MorvaneSession &morvane = startElsewhere();
     openSettings(morvane);
-    QStringList nameless;
-    morvane.program().tree().visit([&nameless](const AccessibleNode &node) {
-        const bool isControl =
-            node.role == AccessibleRole::pushButton || node.role == AccessibleRole::checkBox ||
-            node.role == AccessibleRole::comboBox || node.role == AccessibleRole::spinButton ||
-            node.has(AccessibleState::focusable);
-        if (isControl && node.has(AccessibleState::showing) && node.name.isEmpty())
-            nameless.append(node.description().trimmed());
-    });
-    EXPECT_TRUE(nameless.isEmpty()) << nameless.join(u'\n').toStdString();
+    EXPECT_THAT(nameless(morvane), testing::IsEmpty());
 }
 
 } // namespace

@@ -74,8 +74,7 @@ TEST_F(HeardBrowserTest, TheMainRoadIsHeardAsDocumented)
         u"Bookmark this page push button."_s,
         u"Open the share menu for this page."_s,
         u"Open browsing history."_s};
-    for (const QString &stop : stops)
-        ASSERT_TRUE(moves(morvane, u"Tab"_s, stop)) << stop.toStdString();
+    ASSERT_NO_FATAL_FAILURE(goesBy(morvane, stops));
     ASSERT_TRUE(moves(morvane, u"F6"_s, u"Birds document web."_s));
     ASSERT_TRUE(moves(morvane, u"Ctrl+D"_s, u"notification Bookmarked Birds."_s));
     ASSERT_TRUE(moves(morvane, u"Ctrl+="_s, u"notification Zoom 125 percent."_s));

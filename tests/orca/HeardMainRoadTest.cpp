@@ -32,8 +32,7 @@ TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
                                  u"Accessibility actions: copy, read again."_s,
                                  u"Adds images, PDFs, or text files to your next message."_s,
                                  u"Type your message, then press Return to send it."_s};
-    for (const QString &last : lastPieces)
-        ASSERT_TRUE(moves(morvane, u"Tab"_s, last)) << last.toStdString();
+    ASSERT_NO_FATAL_FAILURE(goesBy(morvane, lastPieces));
     EXPECT_THAT(heard(), ElementsAreArray(documentedIn(u"heard.md"_s)));
 }
 
@@ -66,8 +65,7 @@ TEST_F(HeardMainRoadTest, SettingsAreHeardControlByControl)
                             u"Maximum steps per task 25 steps spin button."_s,
                             u"Allow tools check box checked."_s,
                             u"Speak responses check box checked."_s};
-    for (const QString &stop : stops)
-        ASSERT_TRUE(moves(morvane, u"Tab"_s, stop)) << stop.toStdString();
+    ASSERT_NO_FATAL_FAILURE(goesBy(morvane, stops));
     const QStringList sections{u"Morvane Settings frame."_s, u"AI Provider panel."_s, u"Behaviour panel."_s,
                                u"Accessibility panel."_s};
     EXPECT_TRUE(reader().hearsInOrder(sections));

@@ -40,6 +40,12 @@ bool HeardTest::moves(MorvaneSession &morvane, const QString &key, const QString
     return waitUntil([&] { return heard().count(last) > before; });
 }
 
+void HeardTest::goesBy(MorvaneSession &morvane, const QStringList &stops)
+{
+    for (const QString &stop : stops)
+        ASSERT_TRUE(moves(morvane, u"Tab"_s, stop)) << stop.toStdString();
+}
+
 QStringList HeardTest::heard()
 {
     static const QRegularExpression time(u"updated [^,]+, [^,]+,"_s);

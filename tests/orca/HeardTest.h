@@ -21,6 +21,8 @@ protected:
     static bool answer(MorvaneSession &morvane, const QString &key, const QString &control);
     /// Moves on with the keyboard and waits until the reader has said `last`.
     bool moves(MorvaneSession &morvane, const QString &key, const QString &last);
+    /// Goes on with Tab, and waits each time until the reader has said the next of these.
+    void goesBy(MorvaneSession &morvane, const QStringList &stops);
     /// What was spoken since the last forget(), with "…" in place of times of day.
     QStringList heard();
     /// How often a piece was spoken since the last forget().

@@ -54,9 +54,9 @@ AccessibleProgram::AccessibleProgram(AccessibilityBus &bus, qint64 pid)
 {
 }
 
-AccessibleNode AccessibleProgram::tree() const
+AccessibleNode AccessibleProgram::tree(TreePart part) const
 {
-    return readTree(m_root);
+    return readTree(m_root, part);
 }
 
 AccessibleElement AccessibleProgram::find(const QString &name, AccessibleRole role) const
@@ -123,24 +123,28 @@ std::optional<AccessibleNode> AccessibleProgram::waitForNode(const Condition &wa
 
 bool AccessibleProgram::waitForTree(const Condition &treeIsRight) const
 {
-    const QDeadlineTimer deadline(patience);
-    bool eventCame = false;
-    const QObject listener; // ends with its place, however that is left
-    QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &listener, [&eventCame] { eventCame = true; });
-    const auto look = [&] {
+    return becomes([&] {
         try {
             return treeIsRight(tree());
         } catch (const AccessibilityError &) {
             return false; // whoever puts its tree on the bus just now answers the next time
         }
-    };
-    bool isRight = look();
-    while (!isRight && !deadline.hasExpired()) {
+    });
+}
+
+bool AccessibleProgram::becomes(const std::function<bool()> &condition) const
+{
+    const QDeadlineTimer deadline(patience);
+    bool eventCame = false;
+    const QObject listener; // ends with its place, however that is left
+    QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &listener, [&eventCame] { eventCame = true; });
+    bool holds = condition();
+    while (!holds && !deadline.hasExpired()) {
         waitUntil([&eventCame] { return eventCame; }, longestRest);
         eventCame = false;
-        isRight = look();
+        holds = condition();
     }
-    return isRight;
+    return holds;
 }
 
 } // namespace morvane

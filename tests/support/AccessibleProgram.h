@@ -26,7 +26,7 @@ public:
 
     /// Only of a program that was started here.
     TestProgram &process() { return *m_process; }
-    AccessibleNode tree() const;
+    AccessibleNode tree(TreePart part = TreePart::visible) const;
 
     /// The first object that is not hidden and has this name, and this role if one is given. It may lie
     /// outside of what is scrolled into sight.
@@ -42,12 +42,15 @@ public:
     /// Whether the object of this name has the focus, now or soon.
     bool focuses(const QString &name) const;
 
+    /// Whether the condition holds, now or soon: looks again after every event of the program and at least
+    /// every tenth of a second.
+    bool becomes(const std::function<bool()> &condition) const;
+
     /// The object that has the focus, if any has: the innermost, where a container and its part both say so.
     std::optional<AccessibleNode> focused() const;
 
 private:
     std::optional<AccessibleNode> waitForNode(const Condition &wanted) const;
-    /// Looks again after every event of the program and at least every tenth of a second.
     bool waitForTree(const Condition &treeIsRight) const;
 
     AccessibilityBus &m_bus;

@@ -28,7 +28,7 @@ Questions askAbout(const AccessibleElement &element)
             bus.ask(element, accessible, u"GetChildren"_s)};
 }
 
-void readLevel(AccessibilityBus &bus, QList<AccessibleNode> &level)
+void readLevel(AccessibilityBus &bus, TreePart part, QList<AccessibleNode> &level)
 {
     QList<Questions> questions;
     for (const AccessibleNode &node : level)
@@ -42,6 +42,10 @@ void readLevel(AccessibilityBus &bus, QList<AccessibleNode> &level)
             node.role = AccessibleRole(bus.answer(asked.role).value(0).toUInt());
             const auto words = qdbus_cast<QList<uint>>(bus.answer(asked.states).value(0));
             node.states = words.value(0) | uint64_t(words.value(1)) << 32;
+            if (part == TreePart::visible && !node.has(AccessibleState::visible)) {
+                answered.append(node);
+                continue;
+            }
             for (const AccessibleElement &child : readReferences(bus, bus.answer(asked.children).value(0)))
                 if (!child.path().endsWith("/null"_L1))
                     node.children.append({.element = child});
@@ -52,7 +56,7 @@ void readLevel(AccessibilityBus &bus, QList<AccessibleNode> &level)
     }
     level = answered;
     for (AccessibleNode &node : level)
-        readLevel(bus, node.children);
+        readLevel(bus, part, node.children);
 }
 
 QString roleName(AccessibleRole role)
@@ -131,10 +135,10 @@ QString AccessibleNode::description() const
     return lines;
 }
 
-AccessibleNode readTree(const AccessibleElement &root)
+AccessibleNode readTree(const AccessibleElement &root, TreePart part)
 {
     QList<AccessibleNode> level{{.element = root}};
-    readLevel(root.bus(), level);
+    readLevel(root.bus(), part, level);
     if (level.isEmpty())
         throw AccessibilityError(u"the program has no accessible tree"_s);
     return level.first();

@@ -27,8 +27,14 @@ struct AccessibleNode {
     QString description() const;
 };
 
+/// How much of a tree is read: most of it is hidden most of the time.
+enum class TreePart {
+    visible, ///< Of what is hidden the uppermost only.
+    whole
+};
+
 /// Reads the tree below `root`, level by level with all questions of a level under way at once. What
 /// disappears meanwhile is left out.
-AccessibleNode readTree(const AccessibleElement &root);
+AccessibleNode readTree(const AccessibleElement &root, TreePart part = TreePart::visible);
 
 } // namespace morvane

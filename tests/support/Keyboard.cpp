@@ -66,6 +66,17 @@ void Keyboard::press(const QString &keys) const
     xcb_flush(m_connection.handle());
 }
 
+void Keyboard::releaseAll() const
+{
+    xcb_connection_t *const connection = m_connection.handle();
+    const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> held(
+        xcb_query_keymap_reply(connection, xcb_query_keymap(connection), nullptr), &std::free);
+    for (unsigned code = 0; code < 256; ++code)
+        if ((held->keys[code / 8] >> (code % 8) & 1) != 0)
+            send(XCB_KEY_RELEASE, uint8_t(code));
+    xcb_flush(connection);
+}
+
 void Keyboard::type(const QString &text) const
 {
     const uint8_t shift = keyFor(symbolFor(u"Shift"_s)).code;

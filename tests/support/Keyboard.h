@@ -17,6 +17,8 @@ public:
     void press(const QString &keys) const;
     /// Characters of the layout, one key each.
     void type(const QString &text) const;
+    /// Lets go of every key that is held, whoever holds it.
+    void releaseAll() const;
 
 private:
     struct Key {

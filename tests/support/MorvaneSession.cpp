@@ -185,7 +185,7 @@ void MorvaneSession::keepEvidence(const QString &folder)
     QFile::copy(m_home + u"/morvane.log"_s, folder + u"/morvane.log"_s);
     QFile tree(folder + u"/tree.txt"_s);
     if (isRunning() && tree.open(QIODevice::WriteOnly))
-        tree.write(m_program->tree().description().toUtf8());
+        tree.write(m_program->tree(TreePart::whole).description().toUtf8());
 }
 
 } // namespace morvane
