@@ -4,6 +4,7 @@
 #include "browser/tabs/BrowserWindow.h"
 #include "platform/Announcer.h"
 
+#include <QFileInfo>
 #include <QMetaObject>
 #include <QPointer>
 #include <algorithm>
@@ -57,14 +58,42 @@ void Downloads::askForNext()
         return;
     const Download download = m_waiting.first();
     const QPointer<Downloads> self(this);
-    window->askForDestination(download->suggestedFileName(), download->site(),
+    window->askForDestination(freeName(download->suggestedFileName()), download->site(),
                               [self, download](const QString &path) {
-                                  if (!self || !self->m_waiting.removeOne(download))
+                                  if (!self || !self->m_waiting.contains(download))
                                       return;
+                                  if (self->isTaken(path)) {
+                                      self->m_announcer.announce(u"Another download is written there."_s);
+                                      self->askForNext();
+                                      return;
+                                  }
+                                  self->m_waiting.removeOne(download);
                                   self->start(download, path);
                                   if (!self->m_waiting.isEmpty())
                                       self->askForNext();
                               });
+}
+
+bool Downloads::isTaken(const QString &path) const
+{
+    return std::ranges::find(m_places, path) != m_places.end();
+}
+
+/// The save panel knows of no file that is still to come, and the one that ends last would be all that is
+/// left.
+QString Downloads::freeName(const QString &name) const
+{
+    const QFileInfo offered(name);
+    const QString suffix = offered.suffix().isEmpty() ? QString() : u'.' + offered.suffix();
+    const auto isUsed = [this](const QString &candidate) {
+        return std::ranges::any_of(m_places, [&candidate](const QString &place) {
+            return QFileInfo(place).fileName() == candidate;
+        });
+    };
+    QString free = name;
+    for (int number = 2; isUsed(free); ++number)
+        free = u"%1 (%2)%3"_s.arg(offered.completeBaseName(), QString::number(number), suffix);
+    return free;
 }
 
 void Downloads::start(const Download &download, const QString &path)
@@ -80,6 +109,7 @@ void Downloads::start(const Download &download, const QString &path)
     }
     m_refused.agreed(download->site());
     m_running.append(download);
+    m_places.insert(download.get(), path);
     const PageDownload *const key = download.get();
     connect(key, &PageDownload::progressed, this, &Downloads::changed);
     connect(key, &PageDownload::finished, this, [this, key] {
@@ -108,6 +138,7 @@ void Downloads::end(const PageDownload *download)
     (*place)->disconnect(this);
     QMetaObject::invokeMethod(this, [kept = *place] {}, Qt::QueuedConnection);
     m_running.erase(place);
+    m_places.remove(download);
     Q_EMIT changed();
 }
 

@@ -3,6 +3,7 @@
 #include "browser/pages/PageDownload.h"
 #include "browser/tabs/RefusedSites.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <functional>
@@ -40,6 +41,8 @@ Q_SIGNALS:
 
 private:
     void askForNext();
+    bool isTaken(const QString &path) const;
+    QString freeName(const QString &name) const;
     void start(const Download &download, const QString &path);
     void end(const PageDownload *download);
 
@@ -48,6 +51,7 @@ private:
     RefusedSites m_refused;
     QList<Download> m_waiting; ///< The first is the one that is asked about.
     QList<Download> m_running;
+    QHash<const PageDownload *, QString> m_places; ///< Where those that are running go.
 };
 
 } // namespace morvane

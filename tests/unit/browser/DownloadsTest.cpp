@@ -71,6 +71,26 @@ TEST_F(DownloadsTest, AnUnwantedFileIsCancelled)
     EXPECT_EQ(spoken(), QStringList("Download cancelled."));
 }
 
+TEST_F(DownloadsTest, OneDoesNotTakeThePlaceOfAnotherThatIsStillWritten)
+{
+    const auto first = offer("disk.tar.gz");
+    choose("/home/me/disk.tar.gz");
+    const auto second = offer("disk.tar.gz");
+    EXPECT_EQ(window.asked.last(), "where to write disk.tar (2).gz of a.test");
+    choose("/home/me/disk.tar (2).gz");
+    const auto third = offer("disk.tar.gz");
+    EXPECT_EQ(window.asked.last(), "where to write disk.tar (3).gz of a.test");
+    spoken();
+    choose("/home/me/disk.tar.gz");
+    EXPECT_EQ(spoken(), QStringList("Another download is written there."));
+    EXPECT_EQ(third->answer, "");
+    EXPECT_EQ(window.asked.size(), 4);
+    Q_EMIT first->finished();
+    choose("/home/me/disk.tar.gz");
+    EXPECT_EQ(third->answer, "/home/me/disk.tar.gz");
+    EXPECT_EQ(second->answer, "/home/me/disk.tar (2).gz");
+}
+
 TEST_F(DownloadsTest, AFailureIsToldWithItsReason)
 {
     const auto file = offer();

@@ -72,6 +72,7 @@ TEST_F(SpokenPageTextTest, FilesAndSitesAreSpokenAsTheyAreShown)
         Q_EMIT page().downloadRequested(file);
         window.destinations.last()("/x");
         EXPECT_EQ(spoken(), QStringList("Download started: " + shown));
+        Q_EMIT file->finished();
         for (int i = 0; i < RefusedSites::mostRefusals; ++i) {
             Q_EMIT page().downloadRequested(std::make_shared<FakePageDownload>("file", text));
             window.destinations.last()({});
