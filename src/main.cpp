@@ -11,8 +11,8 @@
 #include "base/DataFolders.h"
 #include "base/InstalledFiles.h"
 #include "base/Log.h"
-#include "base/Uuid.h"
 #include "browser/pages/BrowserEngine.h"
+#include "browser/tabs/PageNotifications.h"
 #include "browser/window/BuiltInBrowser.h"
 #include "localmodel/DiskSpace.h"
 #include "localmodel/LocalModelManager.h"
@@ -147,20 +147,15 @@ int runProgram(QApplication &application, LinuxSingleInstance &instance, const O
     LinuxWindowRaiser raiser;
     LinuxColorScheme colorScheme;
     const QString engineModule = files.module(u"libmorvane-browser.so"_s);
-    const auto showNotification = [&center](const QString &site, const QString &title,
-                                            const QString &message) {
-        center.add({.identifier = uuidText(newUuid()),
-                    .title = site + u": "_s + title,
-                    .body = message,
-                    .sound = {},
-                    .delay = {}});
-    };
+    PageNotifications pageNotifications(center);
     const auto startEngine = [&] {
         const bool prefersDark = colorScheme.preference() == ColorScheme::Preference::dark;
         return loadBrowserEngine(engineModule, {.folder = dataFolder() + u"/Browser"_s,
                                                 .prefersDark = prefersDark,
                                                 .isHeard = announcer.isHeard(),
-                                                .showNotification = showNotification});
+                                                .showNotification = [&](const auto &notification) {
+                                                    pageNotifications.show(notification);
+                                                }});
     };
     BuiltInBrowser browser(
         {scheduler, announcer, http, urls, raiser, attachments, dataFolder(), files.help(), startEngine},

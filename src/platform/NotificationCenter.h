@@ -42,8 +42,9 @@ public:
     virtual Task<bool> requestAuthorization() = 0;
     virtual Task<NotificationAuthorization> authorizationStatus() = 0;
 
-    /// Hands over a request; one with a delay replaces a waiting one with the same identifier. Never blocks,
-    /// and where nobody shows notifications nothing happens.
+    /// Hands over a request. One with a delay replaces a waiting one with the same identifier, and what is
+    /// presented takes the place of what is still there of it. Never blocks, and where nobody shows
+    /// notifications nothing happens.
     virtual void add(const NotificationRequest &request) = 0;
 
     /// Takes back a request that waits for its time. One whose time has just come has left already, as far as

@@ -1,6 +1,7 @@
 #include "reminder/ReminderDelivery.h"
 
 #include "base/ReferenceDate.h"
+#include "base/Uuid.h"
 #include "platform/SoundPlayer.h"
 #include "platform/linux/notifications/DeliveryAlarm.h"
 #include "platform/linux/notifications/LinuxBanners.h"
@@ -89,11 +90,11 @@ void ReminderDelivery::show(const Reminder &reminder)
 {
     ++m_open;
     m_sounds.play(doneSound.toString());
-    m_banners.show(reminderTitle.toString(), reminder.message, [this] {
-        --m_open;
-        if (!m_isWaiting)
-            finishWhenShown();
-    });
+    m_banners.show({uuidText(reminder.id), reminderTitle.toString(), reminder.message, [this] {
+                        --m_open;
+                        if (!m_isWaiting)
+                            finishWhenShown();
+                    }});
 }
 
 void ReminderDelivery::finishWhenShown()

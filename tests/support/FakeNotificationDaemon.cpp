@@ -41,13 +41,14 @@ QStringList FakeNotificationDaemon::GetCapabilities()
     return m_capabilities;
 }
 
-uint FakeNotificationDaemon::Notify(const QString &program, uint, const QString &, const QString &title,
-                                    const QString &body, const QStringList &actions, const QVariantMap &hints,
-                                    int)
+uint FakeNotificationDaemon::Notify(const QString &program, uint replaces, const QString &,
+                                    const QString &title, const QString &body, const QStringList &actions,
+                                    const QVariantMap &hints, int)
 {
     misbehave();
-    m_shown.append({program, title, body, actions, hints});
-    return static_cast<uint>(m_shown.size());
+    const uint number = replaces != 0 ? replaces : static_cast<uint>(m_shown.size()) + 1;
+    m_shown.append({number, replaces, program, title, body, actions, hints});
+    return number;
 }
 
 void FakeNotificationDaemon::misbehave()

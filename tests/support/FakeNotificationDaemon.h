@@ -18,6 +18,8 @@ public:
     enum class Manner { honest, wrongTypes, errors, silent };
 
     struct Shown {
+        uint number = 0;   ///< What it answered.
+        uint replaces = 0; ///< What it was asked to put it in the place of; 0 for none.
         QString program;
         QString title;
         QString body;
@@ -36,7 +38,8 @@ public:
     const QList<Shown> &shown() const { return m_shown; }
     int timesAskedForCapabilities() const { return m_timesAsked; }
 
-    /// The user clicks the banner; numbers begin with 1 in the order in which they were shown.
+    /// The user clicks the banner; numbers begin with 1 in the order in which they were shown, but for one
+    /// that takes the place of another.
     void choose(uint id, const QString &token = {}, const QString &action = QStringLiteral("default"));
     void close(uint id);
 

@@ -3,7 +3,6 @@
 #include "base/AtomicFile.h"
 #include "browser/engine/EngineDownload.h"
 #include "browser/engine/EngineWebPage.h"
-#include "browser/pages/PageText.h"
 
 #include <QDir>
 #include <QFile>
@@ -78,8 +77,7 @@ EngineFactory::EngineFactory(const EngineOptions &options)
         [show = options.showNotification](const std::unique_ptr<QWebEngineNotification> &notification) {
             if (!show)
                 return;
-            show(pageText(notification->origin().host()), pageText(notification->title()),
-                 pageText(notification->message()));
+            show({notification->origin().host(), notification->title(), notification->message()});
             notification->show();
         });
     QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_pages,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "browser/pages/PageNotification.h"
 #include "browser/pages/WebPageFactory.h"
 
 #include <QString>
@@ -14,9 +15,8 @@ struct EngineOptions {
     QString folder;           ///< Where cookies and what sites store are kept; made, for the user alone.
     bool prefersDark = false; ///< Pages that have dark colors show them.
     bool isHeard = false;     ///< Pages are made readable for screen readers, which costs memory and time.
-    /// Shows what a page that may notify says; each a line that can be shown as it is.
-    std::function<void(const QString &site, const QString &title, const QString &message)> showNotification =
-        nullptr;
+    /// Shows what a page says that may notify.
+    std::function<void(const PageNotification &notification)> showNotification = nullptr;
 };
 
 using BrowserEngine = std::expected<std::unique_ptr<WebPageFactory>, QString>;

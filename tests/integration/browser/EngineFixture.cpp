@@ -26,9 +26,7 @@ public:
         auto started = loadBrowserEngine(
             InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
             {.folder = home.path("Browser"),
-             .showNotification = [this](const QString &site, const QString &title, const QString &message) {
-                 notifications.append({site, title, message});
-             }});
+             .showNotification = [this](const PageNotification &shown) { notifications.append(shown); }});
         if (started)
             factory = std::move(*started);
         else
@@ -36,7 +34,7 @@ public:
     }
 
     TemporaryHome home;
-    QList<QStringList> notifications;
+    QList<PageNotification> notifications;
     PageServer proxy;
     std::unique_ptr<WebPageFactory> factory;
 };
@@ -69,7 +67,7 @@ QString EngineFixture::folder()
     return theEngine().home.path("Browser");
 }
 
-QList<QStringList> &EngineFixture::notifications()
+QList<PageNotification> &EngineFixture::notifications()
 {
     return theEngine().notifications;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/Scheduler.h"
+#include "browser/pages/PageNotification.h"
 #include "browser/pages/WebPageFactory.h"
 #include "browser/tabs/BrowserManager.h"
 #include "support/FakeAnnouncer.h"
@@ -29,8 +30,8 @@ protected:
     static PageServer &proxy();
     /// The folder of its profile.
     static QString folder();
-    /// What pages have let be shown, the newest last: site, title and message.
-    static QList<QStringList> &notifications();
+    /// What pages have let be shown, the newest last.
+    static QList<PageNotification> &notifications();
 
     BrowserTab &tab() { return *manager->activeTab(); }
     WebPage &page() { return tab().webView(); }

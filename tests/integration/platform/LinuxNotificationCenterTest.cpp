@@ -6,6 +6,7 @@
 #include "support/FakeNotificationDaemon.h"
 #include "support/RunTask.h"
 
+#include <QSet>
 #include <gmock/gmock.h>
 #include <memory>
 
@@ -53,6 +54,13 @@ protected:
                daemon->shown().front().title == title;
     }
 
+    /// One that has nothing to do with any other.
+    NotificationRequest another(const QString &body)
+    {
+        return {
+            .identifier = uuidText(newUuid()), .title = "Reminder", .body = body, .sound = {}, .delay = {}};
+    }
+
     const QUuid id = newUuid();
     double now = 8e8;
     bool isInFront = true;
@@ -89,9 +97,9 @@ TEST_F(LinuxNotificationCenterTest, TheDaemonIsAskedOnceWhatItCan)
 {
     startDaemon();
     for (int banner = 0; banner < 5; ++banner)
-        center.add(request(QString::number(banner)));
+        center.add(another(QString::number(banner)));
     ASSERT_TRUE(shows(5));
-    center.add(request("later"));
+    center.add(another("later"));
     ASSERT_TRUE(shows(6));
     EXPECT_EQ(daemon->timesAskedForCapabilities(), 1);
     EXPECT_EQ(daemon->shown().front().body, "0");
@@ -116,7 +124,7 @@ TEST_F(LinuxNotificationCenterTest, ADaemonThatAnswersInWrongTypesOrErrorsIsHarm
     for (const Manner manner : {Manner::wrongTypes, Manner::errors}) {
         startDaemon({}, manner);
         for (int banner = 0; banner < 3; ++banner)
-            center.add(request("lost"));
+            center.add(another("lost"));
         ASSERT_TRUE(waitUntil([this] { return daemon->timesAskedForCapabilities() > 0; }));
         daemon->choose(1);
         settle();
@@ -133,7 +141,7 @@ TEST_F(LinuxNotificationCenterTest, ADaemonThatNeverAnswersIsNotWaitedFor)
 {
     startDaemon({}, Manner::silent);
     for (int banner = 0; banner < 100; ++banner)
-        center.add(request("unanswered"));
+        center.add(another("unanswered"));
     ASSERT_TRUE(waitUntil([this] { return daemon->timesAskedForCapabilities() == 1; }));
 }
 
@@ -143,8 +151,8 @@ TEST_F(LinuxNotificationCenterTest, ChoosingABannerIsToldWithItsToken)
     QList<ActivationToken> chosen;
     QObject::connect(&center.banners(), &LinuxBanners::chosen, &center.banners(),
                      [&chosen](const ActivationToken &token) { chosen.append(token); });
-    center.add(request("first"));
-    center.add(request("second"));
+    center.add(another("first"));
+    center.add(another("second"));
     ASSERT_TRUE(shows(2));
     settle();
     daemon->choose(77);                      // another program's
@@ -160,6 +168,89 @@ TEST_F(LinuxNotificationCenterTest, ChoosingABannerIsToldWithItsToken)
     ASSERT_TRUE(waitUntil([&] { return chosen.size() == 3; }));
 }
 
+TEST_F(LinuxNotificationCenterTest, ABannerTakesThePlaceOfTheOneWithItsName)
+{
+    startDaemon();
+    center.add(request("old"));
+    ASSERT_TRUE(shows(1));
+    settle();
+    center.add(another("other"));
+    center.add(request("new"));
+    ASSERT_TRUE(shows(3));
+    EXPECT_EQ(daemon->shown().at(0).replaces, 0U);
+    EXPECT_EQ(daemon->shown().at(1).replaces, 0U);
+    EXPECT_EQ(daemon->shown().at(2).replaces, 1U);
+    EXPECT_EQ(daemon->shown().at(2).body, "new");
+}
+
+TEST_F(LinuxNotificationCenterTest, AThousandOfOneNameAreOneBannerAndTheLastStays)
+{
+    startDaemon();
+    center.add(another("before")); // so that it has told what it can
+    ASSERT_TRUE(shows(1));
+    settle();
+    for (int banner = 0; banner < 1000; ++banner)
+        center.add(request(QString::number(banner)));
+    ASSERT_TRUE(waitUntil([this] { return daemon->shown().back().body == QString("999"); }));
+    QSet<uint> places;
+    for (const auto &banner : daemon->shown().sliced(1))
+        places.insert(banner.number);
+    EXPECT_EQ(places.size(), 1);
+    EXPECT_LE(daemon->shown().size(), 3) << "of those that wait for the daemon only the newest is left";
+}
+
+TEST_F(LinuxNotificationCenterTest, OfOneNameOnlyTheNewestWaitsForADaemonThatDoesNotAnswer)
+{
+    startDaemon({}, Manner::silent);
+    for (int banner = 0; banner < 1000; ++banner)
+        center.add(request(QString::number(banner)));
+    center.add(another("other"));
+    ASSERT_TRUE(waitUntil([this] { return daemon->timesAskedForCapabilities() == 1; }));
+    settle();
+    daemon.reset();
+    startDaemon();
+    ASSERT_TRUE(shows(2));
+    EXPECT_EQ(daemon->shown().at(0).body, "999");
+    EXPECT_EQ(daemon->shown().at(1).body, "other");
+}
+
+TEST_F(LinuxNotificationCenterTest, ABannerThatTheUserClosedIsNotReplaced)
+{
+    startDaemon();
+    center.add(request("old"));
+    ASSERT_TRUE(shows(1));
+    settle();
+    QList<ActivationToken> chosen;
+    QObject::connect(&center.banners(), &LinuxBanners::chosen, &center.banners(),
+                     [&chosen](const ActivationToken &token) { chosen.append(token); });
+    center.add(another("other"));
+    ASSERT_TRUE(shows(2));
+    settle();
+    daemon->close(1);
+    daemon->choose(2); // behind it
+    ASSERT_TRUE(waitUntil([&] { return !chosen.isEmpty(); }));
+    center.add(request("new"));
+    ASSERT_TRUE(shows(3));
+    EXPECT_EQ(daemon->shown().back().replaces, 0U);
+}
+
+TEST_F(LinuxNotificationCenterTest, AnotherDaemonsNumbersAreNotItsPredecessors)
+{
+    startDaemon();
+    center.add(request("old"));
+    ASSERT_TRUE(shows(1));
+    settle();
+    daemon.reset();
+    // It is not told before the bus has told of the daemon's end.
+    ASSERT_TRUE(waitUntil([this] {
+        return runTask(scheduler, center.authorizationStatus()) == NotificationAuthorization::denied;
+    }));
+    startDaemon();
+    center.add(request("new"));
+    ASSERT_TRUE(shows(1));
+    EXPECT_EQ(daemon->shown().back().replaces, 0U);
+}
+
 TEST_F(LinuxNotificationCenterTest, TheDelegateDecidesWhetherABannerIsShown)
 {
     startDaemon();
@@ -167,8 +258,8 @@ TEST_F(LinuxNotificationCenterTest, TheDelegateDecidesWhetherABannerIsShown)
         co_return asked.body == "no" ? NotificationCenter::Presentation::none
                                      : NotificationCenter::Presentation::banner;
     });
-    center.add(request("no"));
-    center.add(request("yes"));
+    center.add(another("no"));
+    center.add(another("yes"));
     ASSERT_TRUE(shows(1));
     EXPECT_EQ(daemon->shown().front().body, "yes");
 }

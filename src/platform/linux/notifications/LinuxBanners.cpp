@@ -6,7 +6,9 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QVariantMap>
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -50,23 +52,39 @@ void call(QObject *owner, const QDBusMessage &message,
     });
 }
 
+void letGo(const LinuxBanners::Banner &banner)
+{
+    if (banner.handedOver)
+        banner.handedOver();
+}
+
 } // namespace
 
 LinuxBanners::LinuxBanners(QObject *parent) : QObject(parent) {}
 
-void LinuxBanners::show(const QString &title, const QString &body, std::function<void()> handedOver)
+void LinuxBanners::show(const Banner &banner)
 {
-    const Banner banner{title, body, std::move(handedOver)};
-    if (m_markup) {
+    if (const auto before = m_onTheirWay.find(banner.identifier); before != m_onTheirWay.end()) {
+        const std::optional<Banner> dropped = std::exchange(*before, banner);
+        if (dropped)
+            letGo(*dropped);
+    } else if (m_markup) {
         send(banner);
+    } else {
+        hold(banner);
+    }
+}
+
+void LinuxBanners::hold(const Banner &banner)
+{
+    const auto same = std::ranges::find(m_waiting, banner.identifier, &Banner::identifier);
+    if (same != m_waiting.end()) {
+        letGo(std::exchange(*same, banner));
         return;
     }
     m_waiting.append(banner);
-    if (m_waiting.size() > maximumWaiting) {
-        const Banner dropped = m_waiting.takeFirst();
-        if (dropped.handedOver)
-            dropped.handedOver();
-    }
+    if (m_waiting.size() > maximumWaiting)
+        letGo(m_waiting.takeFirst());
     if (m_waiting.size() == 1)
         askCapabilities();
 }
@@ -85,32 +103,48 @@ void LinuxBanners::askCapabilities()
     });
 }
 
+void LinuxBanners::listen()
+{
+    if (std::exchange(m_listens, true))
+        return;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.connect(daemon, daemonPath, daemon, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
+    bus.connect(daemon, daemonPath, daemon, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString)));
+    bus.connect(daemon, daemonPath, daemon, u"NotificationClosed"_s, this,
+                SLOT(notificationClosed(uint, uint)));
+    // Another daemon counts anew, and would take the number for that of another program's banner.
+    const auto *watcher =
+        new QDBusServiceWatcher(daemon, bus, QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        m_shown.clear();
+        m_markup.reset();
+    });
+}
+
 void LinuxBanners::send(const Banner &banner)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!std::exchange(m_listens, true)) {
-        bus.connect(daemon, daemonPath, daemon, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
-        bus.connect(daemon, daemonPath, daemon, u"ActivationToken"_s, this,
-                    SLOT(activationToken(uint, QString)));
-        bus.connect(daemon, daemonPath, daemon, u"NotificationClosed"_s, this,
-                    SLOT(notificationClosed(uint, uint)));
-    }
+    listen();
+    const auto before = std::ranges::find(m_shown, banner.identifier, &Shown::identifier);
+    const uint replaced = before == m_shown.end() ? 0 : before->id;
+    m_onTheirWay.insert(banner.identifier, std::nullopt);
     // We play our own sounds, also where nobody shows banners.
     const QVariantMap hints{{u"desktop-entry"_s, u"morvane"_s}, {u"suppress-sound"_s, true}};
     QDBusMessage message = daemonCall(u"Notify"_s);
-    message.setArguments({u"Morvane"_s, uint(0), u"morvane"_s, bannerTitle(banner.title),
+    message.setArguments({u"Morvane"_s, replaced, u"morvane"_s, bannerTitle(banner.title),
                           bannerBody(banner.body, m_markup.value_or(BodyMarkup::parsed)),
                           QStringList{defaultAction, u"Open"_s}, hints, -1});
-    call(this, message, [this, handedOver = banner.handedOver](const QDBusPendingCall &answer) {
+    call(this, message, [this, banner](const QDBusPendingCall &answer) {
         const QDBusPendingReply<uint> id = answer;
         if (id.isError()) {
             qCWarning(platformLog) << "a banner was not shown:" << id.error().name();
             m_markup.reset(); // Another daemon may come.
         } else {
-            remember(id.value());
+            remember({id.value(), banner.identifier});
         }
-        if (handedOver)
-            handedOver();
+        const std::optional<Banner> next = m_onTheirWay.take(banner.identifier);
+        letGo(banner);
+        if (next)
+            show(*next);
     });
 }
 
@@ -131,17 +165,24 @@ void LinuxBanners::findDaemon(std::function<void(bool)> answer)
     });
 }
 
-void LinuxBanners::remember(uint id)
+void LinuxBanners::remember(const Shown &shown)
 {
-    m_shown.removeAll(id);
-    m_shown.append(id);
+    m_shown.removeIf([&shown](const Shown &known) {
+        return known.id == shown.id || known.identifier == shown.identifier;
+    });
+    m_shown.append(shown);
     if (m_shown.size() > maximumShown)
         m_shown.removeFirst();
 }
 
+bool LinuxBanners::knows(uint id) const
+{
+    return std::ranges::find(m_shown, id, &Shown::id) != m_shown.end();
+}
+
 void LinuxBanners::activationToken(uint id, const QString &token)
 {
-    if (!m_shown.contains(id) || token.size() > maximumToken)
+    if (!knows(id) || token.size() > maximumToken)
         return;
     m_tokenOwner = id;
     m_token = token;
@@ -149,7 +190,7 @@ void LinuxBanners::activationToken(uint id, const QString &token)
 
 void LinuxBanners::actionInvoked(uint id, const QString &action)
 {
-    if (!m_shown.contains(id) || action != defaultAction)
+    if (!knows(id) || action != defaultAction)
         return;
     const QString token = std::exchange(m_token, {});
     Q_EMIT chosen({.startupID = {}, .xdgToken = m_tokenOwner == id ? token.toUtf8() : QByteArray()});
@@ -157,7 +198,7 @@ void LinuxBanners::actionInvoked(uint id, const QString &action)
 
 void LinuxBanners::notificationClosed(uint id, uint)
 {
-    m_shown.removeAll(id);
+    m_shown.removeIf([id](const Shown &shown) { return shown.id == id; });
 }
 
 } // namespace morvane

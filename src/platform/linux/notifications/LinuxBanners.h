@@ -3,6 +3,7 @@
 #include "platform/SingleInstance.h"
 #include "platform/linux/notifications/BannerText.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <functional>
@@ -18,11 +19,19 @@ namespace morvane {
 class LinuxBanners : public QObject {
     Q_OBJECT
 public:
+    struct Banner {
+        QString identifier;
+        QString title;
+        QString body;
+        /// Called when the daemon has taken it or nobody did, unless this object goes first.
+        std::function<void()> handedOver = {};
+    };
+
     explicit LinuxBanners(QObject *parent = nullptr);
 
-    /// Hands a banner to the daemon, starting it where D-Bus knows how. `handedOver` is called when the
-    /// daemon has taken it or nobody did, unless this object goes first.
-    void show(const QString &title, const QString &body, std::function<void()> handedOver = {});
+    /// Hands a banner to the daemon, starting it where D-Bus knows how. It takes the place of the one with
+    /// the same identifier that is shown, or that still waits for the daemon.
+    void show(const Banner &banner);
 
     /// Tells whether there is, or could be started, a daemon.
     void findDaemon(std::function<void(bool isThere)> answer);
@@ -38,20 +47,24 @@ private Q_SLOTS:
     void notificationClosed(uint id, uint reason);
 
 private:
-    struct Banner {
-        QString title;
-        QString body;
-        std::function<void()> handedOver;
+    struct Shown {
+        uint id = 0;
+        QString identifier;
     };
 
+    void listen();
+    void hold(const Banner &banner);
     void askCapabilities();
     void send(const Banner &banner);
-    void remember(uint id);
+    bool knows(uint id) const;
+    void remember(const Shown &shown);
 
     std::optional<BodyMarkup> m_markup; ///< Nothing until the daemon has told.
     QList<Banner> m_waiting;            ///< For its answer.
     bool m_listens = false;
-    QList<uint> m_shown; ///< The newest last.
+    /// By the identifiers of those that the daemon has not numbered yet: what comes behind each, if anything.
+    QHash<QString, std::optional<Banner>> m_onTheirWay;
+    QList<Shown> m_shown; ///< The newest last.
     uint m_tokenOwner = 0;
     QString m_token;
 };

@@ -85,7 +85,7 @@ Task<void> LinuxNotificationCenter::present(NotificationRequest request)
 
 void LinuxNotificationCenter::show(const NotificationRequest &request)
 {
-    m_banners.show(request.title, request.body);
+    m_banners.show({request.identifier, request.title, request.body});
 }
 
 void LinuxNotificationCenter::lookSoon()
