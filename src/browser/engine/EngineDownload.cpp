@@ -1,6 +1,7 @@
 #include "browser/engine/EngineDownload.h"
 
 #include "browser/engine/FileNames.h"
+#include "browser/engine/LoadError.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -102,6 +103,14 @@ void EngineDownload::cancel()
 {
     if (m_request && !m_request->isFinished())
         m_request->cancel();
+}
+
+void EngineDownload::connectionsEnded()
+{
+    if (!m_request || m_request->isFinished())
+        return;
+    fail(connectionsClearedAway());
+    m_request->cancel();
 }
 
 void EngineDownload::progress()

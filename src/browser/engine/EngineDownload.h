@@ -23,6 +23,8 @@ public:
     /// The engine begins it again by itself, as another request, when the connection was lost.
     void take(QWebEngineDownloadRequest &request);
     bool isOf(quint32 id) const { return m_id == id; }
+    /// All connections have ended without a word; what is not there yet never comes.
+    void connectionsEnded();
 
     QString suggestedFileName() const override { return m_name; }
     QString site() const override { return m_site; }

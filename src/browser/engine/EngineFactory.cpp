@@ -6,7 +6,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
+#include <QThreadPool>
 #include <QWebEngineCookieStore>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineNotification>
@@ -26,6 +28,16 @@ QString profileFolder(const QString &folder)
 QString cacheFolder(const QString &folder)
 {
     return folder + u"/Cache"_s;
+}
+
+/// Removes all caches but `kept`; whether none of them is left. Any thread; blocks.
+bool removeCaches(const QString &folder, const QString &kept = {})
+{
+    bool areGone = true;
+    for (const QFileInfo &cache : QDir(folder).entryInfoList({u"Cache*"_s}, QDir::Dirs))
+        if (cache.filePath() != kept)
+            areGone = QDir(cache.filePath()).removeRecursively() && areGone;
+    return areGone;
 }
 
 /// Where files wait for the place that the user chooses.
@@ -49,7 +61,7 @@ QString preparedFolder(const QString &folder)
     QDir(downloadFolder(folder)).removeRecursively();
     static_cast<void>(ensurePrivateFolder(downloadFolder(folder)));
     if (QFile::exists(removalMark(folder)) && QDir(profileFolder(folder)).removeRecursively() &&
-        QDir(cacheFolder(folder)).removeRecursively())
+        removeCaches(folder))
         QFile::remove(removalMark(folder));
     return folder;
 }
@@ -101,15 +113,34 @@ std::unique_ptr<WebPage> EngineFactory::makePage()
 
 void EngineFactory::removeAllSiteData()
 {
-    m_profile.clearAllVisitedLinks();
-    m_profile.clearHttpCache();
-    m_profile.cookieStore()->deleteAllCookies();
     static_cast<void>(writeFileAtomically(removalMark(m_folder), {}));
+    m_profile.clearAllVisitedLinks();
+    // Those that the engine has not written yet, and those that it then reads anew.
+    m_profile.cookieStore()->deleteAllCookies();
+    takeNewCache();
+    m_profile.cookieStore()->deleteAllCookies();
     // The engine lets go of what sites have stored for scripts only when it ends; where a page is open, the
-    // page can take it away.
-    for (const auto &page : m_ours)
-        if (page)
-            page->removeSiteData();
+    // page can take it away. Whoever hears of an end may open and close pages.
+    for (const auto &page : std::vector(m_ours)) {
+        if (!page)
+            continue;
+        page->removeSiteData();
+        page->connectionsEnded();
+    }
+    for (const auto &known : std::vector(m_downloads))
+        if (const auto file = known.lock())
+            file->connectionsEnded();
+}
+
+void EngineFactory::takeNewCache()
+{
+    // Where the engine clears a cache it ends all connections some time later, nobody hears when, and loses
+    // without a word the loads that are under way then. With another folder it does so before it returns.
+    const QString cache = cacheFolder(m_folder) + u'-' + QString::number(++m_caches);
+    m_profile.setCachePath(cache);
+    // It may still write a list of what the old one held, which goes before the next start.
+    QThreadPool::globalInstance()->start(
+        [folder = m_folder, cache] { static_cast<void>(removeCaches(folder, cache)); });
 }
 
 void EngineFactory::download(QWebEngineDownloadRequest &request)

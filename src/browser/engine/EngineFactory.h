@@ -25,9 +25,11 @@ public:
     void removeAllSiteData() override;
 
 private:
+    void takeNewCache();
     void download(QWebEngineDownloadRequest &request);
 
     QString m_folder;
+    int m_caches = 0; ///< That were taken in the place of the first.
     QWebEngineProfile m_profile;
     QObject m_pages; ///< Has those of the engine, which end a little after ours.
     std::vector<QPointer<EngineWebPage>> m_ours;

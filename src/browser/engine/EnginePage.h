@@ -23,6 +23,7 @@ public:
 
     /// The next document is one of ours.
     void expectOwnDocument() { m_expectsOwnDocument = true; }
+    bool expectsOwnDocument() const { return m_expectsOwnDocument; }
     /// Whether all that the page asks is refused, since it is being left; but that it may be left is granted.
     void setLeavesUnasked(bool leavesUnasked);
     /// Takes away what its site has stored for scripts. Nothing waits for the end of it.

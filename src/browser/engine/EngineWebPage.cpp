@@ -1,6 +1,6 @@
 #include "browser/engine/EngineWebPage.h"
 
-#include "base/Text.h"
+#include "browser/engine/DocumentTitle.h"
 #include "browser/engine/EnginePermission.h"
 #include "browser/engine/LoadError.h"
 
@@ -23,32 +23,10 @@ using namespace std::chrono_literals;
 constexpr auto requestLimit = 60s;
 /// A page can change its title and address without end, and every change is shown and heard.
 constexpr auto changePause = 250ms;
-constexpr qsizetype longestTitle = 300;
 
 bool isSameDocument(const QUrl &one, const QUrl &other)
 {
     return one.adjusted(QUrl::RemoveFragment) == other.adjusted(QUrl::RemoveFragment);
-}
-
-/// What stands for the title of a document that has none.
-bool isAddress(const QString &title, const QUrl &address)
-{
-    if (title == "about:blank"_L1)
-        return true;
-    QString plain = address.toString(QUrl::PrettyDecoded);
-    QString encoded = QString::fromLatin1(address.toEncoded());
-    for (QString *form : {&plain, &encoded}) {
-        const QString scheme = address.scheme() + u"://"_s;
-        const QString whole = *form;
-        if (form->startsWith(scheme))
-            form->remove(0, scheme.size());
-        const auto isForm = [&title](const QString &text) {
-            return title == text || title + u'/' == text || title == text + u'/';
-        };
-        if (isForm(*form) || isForm(whole))
-            return true;
-    }
-    return false;
 }
 
 QWebEnginePage::WebAction webAction(EditCommand command)
@@ -165,6 +143,23 @@ void EngineWebPage::stop()
     m_page->triggerAction(QWebEnginePage::Stop);
 }
 
+void EngineWebPage::connectionsEnded()
+{
+    const bool isOwn = m_next ? m_next->isEmpty() : m_showsOwnDocument && !m_navigation;
+    if (!m_isLoading || isOwn || m_page->expectsOwnDocument())
+        return;
+    const auto navigation = std::exchange(m_navigation, nullptr);
+    m_page->triggerAction(QWebEnginePage::Stop);
+    m_hasStopped = true;
+    m_next.reset();
+    if (navigation) {
+        onceItAnswers(navigation);
+        return;
+    }
+    end();
+    Q_EMIT failed({PageFailure::Kind::failed, connectionsClearedAway()});
+}
+
 void EngineWebPage::setZoom(double factor)
 {
     m_zoom = factor;
@@ -178,10 +173,7 @@ void EngineWebPage::edit(EditCommand command)
 
 QString EngineWebPage::title() const
 {
-    const QString title = m_page->title();
-    if (isAddress(title, m_page->url()))
-        return {};
-    return firstCharacters(title.first(qMin(title.size(), longestTitle * 2)), longestTitle);
+    return documentTitle(m_page->title(), m_page->url());
 }
 
 QUrl EngineWebPage::address() const
@@ -281,6 +273,7 @@ void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
 {
     m_isLoading = true;
     m_hasProcess = true;
+    m_hasStopped = false;
     m_next = address;
     if (!isRedirection)
         Q_EMIT navigationStarted(address);
@@ -288,6 +281,8 @@ void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
 
 void EngineWebPage::urlChanged(const QUrl &address)
 {
+    if (m_hasStopped)
+        return;
     if (m_next && (m_next->isEmpty() || isSameDocument(address, *m_next))) {
         commit();
         return;
@@ -364,6 +359,10 @@ void EngineWebPage::end()
 
 void EngineWebPage::loadingChanged(const QWebEngineLoadingInfo &info)
 {
+    if (m_hasStopped) {
+        m_hasStopped = info.status() != QWebEngineLoadingInfo::LoadStoppedStatus;
+        return;
+    }
     // The end of a load whose place another one has taken is told when that one is under way.
     if (m_next && !isNext(info.url()))
         return;

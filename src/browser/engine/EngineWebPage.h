@@ -35,6 +35,9 @@ public:
     void leaveUnasked() override { m_page->setLeavesUnasked(true); }
     /// Takes away what the site of the page has stored for its scripts.
     void removeSiteData() { m_page->removeSiteData(); }
+    /// All connections have ended without a word. A load under way is begun once more, but one that the page
+    /// has begun itself fails: it may have been a form.
+    void connectionsEnded();
     void setZoom(double factor) override;
     void edit(EditCommand command) override;
 
@@ -73,6 +76,7 @@ private:
     QTimer m_changePause;
     bool m_hasChanged = false; ///< During the pause.
     std::vector<std::weak_ptr<EnginePermission>> m_asked;
+    bool m_hasStopped = false; ///< The load; what the engine tells by then, up to its end, is of that one.
     bool m_isHung = false;
     bool m_hasProcess = true;
     std::function<void()> m_navigation; ///< That was asked for, until its document has taken its place.

@@ -48,6 +48,11 @@ QString sentence(int code, QWebEngineLoadingInfo::ErrorDomain domain)
 
 } // namespace
 
+QString connectionsClearedAway()
+{
+    return u"The connection ended when browsing data was cleared."_s;
+}
+
 PageFailure pageFailure(const QWebEngineLoadingInfo &info)
 {
     if (info.status() == QWebEngineLoadingInfo::LoadStoppedStatus || info.errorCode() == aborted)
