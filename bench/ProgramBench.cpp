@@ -1,5 +1,6 @@
 // The whole program with its window open, measured from outside on a private desktop against the scripted
 // model: start, idle cost, tool turns and a long stream. Prints JSON. Usage: ProgramBench [PROGRAM]
+// ProgramBench --compare PROGRAM OTHER starts the two in turn, such as one whose tree lacks a part.
 
 #include "ProcMegabytes.h"
 
@@ -29,6 +30,8 @@ using namespace morvane;
 namespace {
 
 constexpr int starts = 9;
+constexpr int comparedStarts = 15;
+constexpr int comparedIdleSeconds = 5;
 constexpr int loopTurns = 20;
 constexpr std::size_t burstTokens = 100000;
 constexpr int idleSeconds = 10;
@@ -203,11 +206,44 @@ std::size_t offeredServerTools(const ScriptedRequest &request)
     return count;
 }
 
+/// In turn, so that both programs meet the machine as it is.
+int compare(const QStringList &programs)
+{
+    struct Found {
+        std::vector<double> painted;
+        std::vector<double> pss;
+        std::vector<double> own;
+    };
+    const PrivateDesktop desktop;
+    std::vector<Found> found(std::size_t(programs.size()));
+    for (int start = 0; start < comparedStarts; ++start) {
+        for (std::size_t place = 0; place < found.size(); ++place) {
+            Session session(desktop, programs.at(qsizetype(place)), script());
+            found[place].painted.push_back(session.start());
+            QThread::sleep(comparedIdleSeconds);
+            const QString pid = QString::number(session.pid());
+            found[place].pss.push_back(procMegabytes(pid, "smaps_rollup", "Pss"));
+            found[place].own.push_back(procMegabytes(pid, "smaps_rollup", "Private_Dirty"));
+            session.end();
+        }
+    }
+    for (std::size_t place = 0; place < found.size(); ++place)
+        std::printf("{\"program\": \"%s\", \"start_to_painted_ms\": {\"median\": %.1f, \"min\": %.1f}, "
+                    "\"idle\": {\"pss_mb\": %.2f, \"own_mb\": %.2f}}\n",
+                    qUtf8Printable(programs.at(qsizetype(place))), median(found[place].painted),
+                    *std::min_element(found[place].painted.begin(), found[place].painted.end()),
+                    median(found[place].pss), median(found[place].own));
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == "--compare"_L1 && arguments.size() == 4)
+        return compare(arguments.sliced(2));
     const QString program =
         argc > 1 ? QString::fromLocal8Bit(argv[1]) : QCoreApplication::applicationDirPath() + u"/morvane"_s;
     const PrivateDesktop desktop;
