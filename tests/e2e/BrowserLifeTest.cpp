@@ -61,7 +61,8 @@ TEST_F(BrowserLifeTest, WithTenTabsAndADownloadUnderWayTheProgramEndsAndLeavesNo
     morvane.keyboard().type(m_site.url(u"/file"_s).toString());
     morvane.keyboard().press(u"Return"_s);
     ASSERT_TRUE(morvane.program().shows(u"Save File from 127.0.0.1"_s));
-    morvane.keyboard().press(u"Return"_s);
+    ASSERT_TRUE(pressUntil(morvane, u"Return"_s,
+                           [&] { return morvane.ear().heard().contains(u"Download started: birds.dat"_s); }));
     ASSERT_TRUE(morvane.program().shows(u"Downloading birds.dat"_s));
     morvane.keyboard().press(u"Ctrl+Q"_s);
     EXPECT_EQ(morvane.program().process().waitForExit(), 0);

@@ -69,7 +69,7 @@ QString preparedFolder(const QString &folder)
 } // namespace
 
 EngineFactory::EngineFactory(const EngineOptions &options)
-    : m_folder(preparedFolder(options.folder)), m_profile(u"Morvane"_s)
+    : m_folder(preparedFolder(options.folder)), m_now(options.now), m_profile(u"Morvane"_s)
 {
     m_profile.setPersistentStoragePath(profileFolder(m_folder));
     m_profile.setCachePath(cacheFolder(m_folder));
@@ -105,7 +105,7 @@ EngineFactory::~EngineFactory()
 
 std::unique_ptr<WebPage> EngineFactory::makePage()
 {
-    auto page = std::make_unique<EngineWebPage>(m_profile, m_pages);
+    auto page = std::make_unique<EngineWebPage>(m_profile, m_now, m_pages);
     std::erase_if(m_ours, [](const auto &ours) { return ours.isNull(); });
     m_ours.emplace_back(page.get());
     return page;

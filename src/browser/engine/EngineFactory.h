@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browser/pages/BrowserEngine.h"
+#include "ui/sheets/AnswerGuard.h"
 
 #include <QObject>
 #include <QString>
@@ -29,6 +30,7 @@ private:
     void download(QWebEngineDownloadRequest &request);
 
     QString m_folder;
+    SteadyNow m_now;
     int m_caches = 0; ///< That were taken in the place of the first.
     QWebEngineProfile m_profile;
     QObject m_pages; ///< Has those of the engine, which end a little after ours.

@@ -29,9 +29,9 @@ QString leavingQuestion()
 
 } // namespace
 
-EnginePage::EnginePage(QWebEngineProfile &profile, QObject *parent)
+EnginePage::EnginePage(QWebEngineProfile &profile, SteadyNow now, QObject *parent)
     : QWebEnginePage(&profile, parent), m_view(std::make_unique<QWebEngineView>()),
-      m_dialogs(*m_view, [this](const QString &words) { Q_EMIT askedElsewhere(words); })
+      m_dialogs(*m_view, [this](const QString &words) { Q_EMIT askedElsewhere(words); }, std::move(now))
 {
     m_view->setPage(this);
     connect(this, &QWebEnginePage::certificateError, this,

@@ -15,7 +15,8 @@ namespace morvane {
 class EnginePage final : public QWebEnginePage {
     Q_OBJECT
 public:
-    explicit EnginePage(QWebEngineProfile &profile, QObject *parent);
+    /// By `now` its questions wait for the user to pause.
+    EnginePage(QWebEngineProfile &profile, SteadyNow now, QObject *parent);
     ~EnginePage() override;
 
     QWebEngineView &view() const { return *m_view; }

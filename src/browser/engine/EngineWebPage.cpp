@@ -50,8 +50,8 @@ QWebEnginePage::WebAction webAction(EditCommand command)
 
 } // namespace
 
-EngineWebPage::EngineWebPage(QWebEngineProfile &profile, QObject &parent)
-    : m_page(new EnginePage(profile, &parent))
+EngineWebPage::EngineWebPage(QWebEngineProfile &profile, SteadyNow now, QObject &parent)
+    : m_page(new EnginePage(profile, std::move(now), &parent))
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(requestLimit);

@@ -23,7 +23,8 @@ class EngineWebPage final : public WebPage {
     Q_OBJECT
 public:
     /// The page ends with this, or as soon after it as the engine lets it; `parent` has it until then.
-    EngineWebPage(QWebEngineProfile &profile, QObject &parent);
+    /// By `now` its questions wait for the user to pause.
+    EngineWebPage(QWebEngineProfile &profile, SteadyNow now, QObject &parent);
     ~EngineWebPage() override;
 
     void load(const QUrl &address) override;

@@ -92,7 +92,7 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
     QEventLoop loop;
     QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
     QObject::connect(sheet, &QObject::destroyed, &loop, &QEventLoop::quit); // with its window
-    guardAnswers(*sheet, &std::chrono::steady_clock::now);
+    guardAnswers(*sheet, m_now);
     if (openUnasked(*sheet) && words)
         m_tell(words->inOneLine());
     loop.exec();

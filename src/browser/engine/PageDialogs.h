@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/sheets/AnswerGuard.h"
+
 #include <QFileDialog>
 #include <QPointer>
 #include <QSet>
@@ -24,9 +26,9 @@ public:
     };
 
     /// `view` shows the page. Both stay as long as a sheet stands. `tell` hears in one line what is asked
-    /// while the user is in another window.
-    PageDialogs(QWidget &view, std::function<void(const QString &words)> tell)
-        : m_view(view), m_tell(std::move(tell))
+    /// while the user is in another window; by `now` a sheet waits for the user to pause.
+    PageDialogs(QWidget &view, std::function<void(const QString &words)> tell, SteadyNow now)
+        : m_view(view), m_tell(std::move(tell)), m_now(std::move(now))
     {
     }
     PageDialogs(const PageDialogs &) = delete;
@@ -56,6 +58,7 @@ private:
 
     QWidget &m_view;
     std::function<void(const QString &)> m_tell;
+    SteadyNow m_now;
     QPointer<QDialog> m_sheet;
     int m_inARow = 0; ///< Since the user or the agent went somewhere.
     QSet<QString> m_silenced;

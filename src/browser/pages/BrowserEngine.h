@@ -4,6 +4,7 @@
 #include "browser/pages/WebPageFactory.h"
 
 #include <QString>
+#include <chrono>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -17,6 +18,8 @@ struct EngineOptions {
     bool isHeard = false;     ///< Pages are made readable for screen readers, which costs memory and time.
     /// Shows what a page says that may notify.
     std::function<void(const PageNotification &notification)> showNotification = nullptr;
+    /// By which a page's question waits for the user to pause.
+    std::function<std::chrono::steady_clock::time_point()> now = &std::chrono::steady_clock::now;
 };
 
 using BrowserEngine = std::expected<std::unique_ptr<WebPageFactory>, QString>;

@@ -26,7 +26,8 @@ public:
         auto started = loadBrowserEngine(
             InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
             {.folder = home.path("Browser"),
-             .showNotification = [this](const PageNotification &shown) { notifications.append(shown); }});
+             .showNotification = [this](const PageNotification &shown) { notifications.append(shown); },
+             .now = [this] { return now; }});
         if (started)
             factory = std::move(*started);
         else
@@ -34,6 +35,7 @@ public:
     }
 
     TemporaryHome home;
+    std::chrono::steady_clock::time_point now{std::chrono::hours(1)};
     QList<PageNotification> notifications;
     PageServer proxy;
     std::unique_ptr<WebPageFactory> factory;
@@ -65,6 +67,11 @@ PageServer &EngineFixture::proxy()
 QString EngineFixture::folder()
 {
     return theEngine().home.path("Browser");
+}
+
+void EngineFixture::pass(std::chrono::milliseconds time)
+{
+    theEngine().now += time;
 }
 
 QList<PageNotification> &EngineFixture::notifications()

@@ -30,6 +30,8 @@ protected:
     static PageServer &proxy();
     /// The folder of its profile.
     static QString folder();
+    /// Lets time go by for the sheets of pages, to which it stands still otherwise.
+    static void pass(std::chrono::milliseconds time);
     /// What pages have let be shown, the newest last.
     static QList<PageNotification> &notifications();
 

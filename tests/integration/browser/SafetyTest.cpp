@@ -3,13 +3,17 @@
 #include "support/TemporaryHome.h"
 #include "support/TestCertificate.h"
 #include "support/TlsServer.h"
+#include "ui/sheets/AnswerGuard.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <QWidget>
 #include <atomic>
@@ -74,6 +78,26 @@ TEST_F(SafetyTest, NothingThatAPageAsksIsHiddenOrTurnsTheWordsAround)
         EXPECT_LT(dialog.findChild<QLineEdit *>()->text().size(), most);
         dialog.accept();
     });
+}
+
+TEST_F(SafetyTest, WhatTheUserIsWritingDoesNotAnswerAPage)
+{
+    show("<p>x");
+    const auto type = [](QDialog &dialog) {
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        QTest::mouseClick(dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
+        return dialog.isVisible();
+    };
+    speak("document.title = confirm('Sure?')", [&](QDialog &dialog) {
+        EXPECT_TRUE(type(dialog));
+        pass(AnswerGuard::quietTime - std::chrono::milliseconds(1));
+        EXPECT_TRUE(type(dialog)) << "it goes on";
+        pass(AnswerGuard::quietTime);
+        EXPECT_FALSE(type(dialog));
+    });
+    EXPECT_EQ(title(), "true");
 }
 
 TEST_F(SafetyTest, APageThatGoesOnAskingCanBeSilenced)
