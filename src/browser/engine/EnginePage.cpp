@@ -3,6 +3,7 @@
 #include <QAuthenticator>
 #include <QCoreApplication>
 #include <QWebEngineCertificateError>
+#include <QWebEngineNewWindowRequest>
 #include <QWebEngineScript>
 #include <QWebEngineSettings>
 #include <QWebEngineView>
@@ -12,6 +13,9 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
+
+/// That a document gets without a press of the user's. Each loads in the place of the one before.
+constexpr int mostWindows = 5;
 
 bool isOfTheWeb(const QUrl &address)
 {
@@ -36,6 +40,7 @@ EnginePage::EnginePage(QWebEngineProfile &profile, SteadyNow now, QObject *paren
     m_view->setPage(this);
     connect(this, &QWebEnginePage::certificateError, this,
             [](QWebEngineCertificateError error) { error.rejectCertificate(); });
+    connect(this, &QWebEnginePage::newWindowRequested, this, &EnginePage::answerWindow);
     connect(this, &QWebEnginePage::authenticationRequired, this,
             [this](const QUrl &address, QAuthenticator *authenticator) {
                 authenticate(address.host(), *authenticator);
@@ -59,6 +64,25 @@ void EnginePage::removeSiteData()
   navigator.serviceWorker.getRegistrations().then(all => all.forEach(each => each.unregister()));
 } catch (e) {})js"_s,
                   QWebEngineScript::ApplicationWorld);
+}
+
+void EnginePage::answerWindow(const QWebEngineNewWindowRequest &request)
+{
+    // The agent's clicks are a script's, too, so that not all of these can be refused. But each costs the
+    // engine so much that a page which asks without end would do nothing else.
+    if (!request.isUserInitiated() && ++m_windows == mostWindows) {
+        settings()->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
+        Q_EMIT windowsRefused();
+    }
+    // One without an address is to be written by the page itself; one that may not be is called so, too.
+    const QUrl address = request.requestedUrl();
+    Q_EMIT windowWanted(address.scheme() == "about"_L1 ? QUrl() : address);
+}
+
+void EnginePage::forgetWindows()
+{
+    if (std::exchange(m_windows, 0) >= mostWindows)
+        settings()->resetAttribute(QWebEngineSettings::JavascriptCanOpenWindows);
 }
 
 void EnginePage::endLater()

@@ -7,6 +7,7 @@
 #include <memory>
 
 class QAuthenticator;
+class QWebEngineNewWindowRequest;
 class QWebEngineView;
 
 namespace morvane {
@@ -29,6 +30,9 @@ public:
     void setLeavesUnasked(bool leavesUnasked);
     /// Takes away what its site has stored for scripts. Nothing waits for the end of it.
     void removeSiteData();
+    /// Another document is there, or somebody works in this one: it may ask for windows as if it were the
+    /// first time.
+    void forgetWindows();
     /// Ends the page once nothing of it is at work any more.
     void endLater();
 
@@ -37,6 +41,10 @@ Q_SIGNALS:
     void navigationAccepted(const QUrl &address, bool isRedirection);
     /// A page that is being left asks so much that it does nothing else.
     void asksWithoutEnd();
+    /// A link or a script wants another window; the address is empty where it may not be loaded.
+    void windowWanted(const QUrl &address);
+    /// The document gets no more windows but by the user's own presses.
+    void windowsRefused();
     /// The page asks something while the user is in another window.
     void askedElsewhere(const QString &words);
 
@@ -54,6 +62,7 @@ protected:
     }
 
 private:
+    void answerWindow(const QWebEngineNewWindowRequest &request);
     void authenticate(const QString &site, QAuthenticator &authenticator);
     bool refuses();
     void dialogEnded();
@@ -63,6 +72,7 @@ private:
     bool m_expectsOwnDocument = false;
     bool m_leavesUnasked = false;
     int m_refusals = 0;
+    int m_windows = 0; ///< That were asked for without a press of the user's.
     bool m_isEnding = false;
 };
 

@@ -6,7 +6,6 @@
 
 #include <QWebEngineHistory>
 #include <QWebEngineLoadingInfo>
-#include <QWebEngineNewWindowRequest>
 #include <QWebEngineScript>
 #include <QWebEngineView>
 #include <csignal>
@@ -76,11 +75,8 @@ EngineWebPage::EngineWebPage(QWebEngineProfile &profile, SteadyNow now, QObject 
     connect(m_page, &QWebEnginePage::titleChanged, this, &EngineWebPage::tellOfChange);
     connect(m_page, &QWebEnginePage::renderProcessTerminated, this, &EngineWebPage::processEnded);
     connect(m_page, &EnginePage::askedElsewhere, this, &WebPage::askedElsewhere);
-    connect(m_page, &QWebEnginePage::newWindowRequested, this, [this](QWebEngineNewWindowRequest &request) {
-        // One without an address is to be written by the page itself; one that may not be is called so, too.
-        const QUrl address = request.requestedUrl();
-        Q_EMIT newWindowRequested(address.scheme() == "about"_L1 ? QUrl() : address);
-    });
+    connect(m_page, &EnginePage::windowWanted, this, &WebPage::newWindowRequested);
+    connect(m_page, &EnginePage::windowsRefused, this, &WebPage::windowsRefused);
     connect(m_page, &QWebEnginePage::featurePermissionRequested, this, &EngineWebPage::askFor);
 }
 
@@ -200,6 +196,7 @@ void EngineWebPage::evaluate(const QString &script, ScriptAnswer answer)
         answer({});
         return;
     }
+    m_page->forgetWindows();
     const quint64 number = ++m_scripts;
     m_answers[number] = std::move(answer);
     m_page->runJavaScript(script, QWebEngineScript::ApplicationWorld,
@@ -342,6 +339,7 @@ void EngineWebPage::commit()
     m_navigation = nullptr;
     m_patience.stop();
     m_page->setLeavesUnasked(false);
+    m_page->forgetWindows();
     if (wasOwn && !m_showsOwnDocument)
         m_page->history()->clear();
     m_page->setZoomFactor(m_zoom);

@@ -72,6 +72,8 @@ Q_SIGNALS:
     void failed(const morvane::PageFailure &failure);
     /// A link or a script wants another window for this address; it may be empty.
     void newWindowRequested(const QUrl &address);
+    /// The document has asked for too many windows, and gets no more by itself.
+    void windowsRefused();
     void downloadRequested(const std::shared_ptr<morvane::PageDownload> &download);
     /// A dialog of the page waits for the user, whose keyboard is in another window: who asks what, in a
     /// line.

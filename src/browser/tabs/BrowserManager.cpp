@@ -218,6 +218,10 @@ void BrowserManager::listenTo(BrowserTab &tab)
         if (!address.isEmpty())
             tab.webView().load(address);
     });
+    connect(page, &WebPage::windowsRefused, this, [this, &tab] {
+        announceLoad(
+            u"More windows of %1 are refused."_s.arg(RefusedSites::nameOf(tab.webView().address().host())));
+    });
     connect(page, &WebPage::askedElsewhere, this,
             [this](const QString &words) { m_services.announcer.announce(words); });
     connect(page, &WebPage::downloadRequested, &m_downloads, &Downloads::add);

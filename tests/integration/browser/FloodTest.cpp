@@ -69,5 +69,41 @@ TEST_F(FloodTest, WindowsWithoutEndAreHeardSomeTimes)
     EXPECT_EQ(manager->tabs().size(), 1U);
 }
 
+TEST_F(FloodTest, WindowsWithoutEndAreRefused)
+{
+    constexpr int most = 5;
+    server.keepWaiting("/waiting");
+    const QSignalSpy windows(&page(), &WebPage::newWindowRequested);
+    for (int round = 1; round <= 2; ++round) {
+        show("<p>x");
+        announcer.spoken.clear();
+        runInPage("for (let i = 0; i < 300; ++i) window.open('/waiting'); document.title = 'done'");
+        EXPECT_EQ(windows.size(), round * most) << "another page begins anew";
+        EXPECT_EQ(announcer.spoken.count("More windows of 127.0.0.1 are refused."), 1);
+        EXPECT_EQ(value("document.title").toString(), "done");
+    }
+}
+
+TEST_F(FloodTest, TheAgentTakesFileAfterFileFromLinksThatWantAWindow)
+{
+    server.answer("/nothing", "HTTP/1.1 204 No Content\r\n\r\n");
+    show("<a href=/nothing target=_blank>file</a>");
+    for (qsizetype file = 1; file <= 7; ++file) {
+        EXPECT_EQ(numberOf(read(), "file"), 1);
+        EXPECT_EQ(click(1), "Clicked 'file'.");
+        ASSERT_TRUE(waitUntil([&] { return server.requests("/nothing").size() == file; }));
+    }
+}
+
+TEST_F(FloodTest, TheUserOpensWindowsWhereAPageMayNot)
+{
+    server.keepWaiting("/waiting");
+    show("<input autofocus><script>document.querySelector('input').onkeydown = () => open('/two')</script>");
+    value("document.querySelector('input').focus()");
+    runInPage("for (let i = 0; i < 10; ++i) window.open('/waiting')");
+    press("a");
+    EXPECT_TRUE(arrives("/two"));
+}
+
 } // namespace
 } // namespace morvane
