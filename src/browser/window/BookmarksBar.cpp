@@ -6,6 +6,7 @@
 #include "browser/window/ScrollStrip.h"
 #include "browser/window/ToolButton.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/DescribedMenuItem.h"
 #include "ui/controls/HoverText.h"
 #include "ui/controls/MenuKey.h"
 
@@ -112,8 +113,7 @@ void BookmarksBar::openMenu(const BrowserBookmark &bookmark, const QToolButton &
     QAction *remove =
         menu->addAction(u"Remove bookmark "_s + pageName(bookmark.title, bookmark.url).replace(u'&', u"&&"_s),
                         this, [this, id = bookmark.id] { m_records.removeBookmark(id); });
-    remove->setToolTip(u"Remove this bookmark"_s);
-    remove->setStatusTip(remove->toolTip());
+    describeMenuItem(*menu, *remove, u"Remove this bookmark"_s);
     menu->popup(button.mapToGlobal(button.rect().bottomLeft()));
     menu->setActiveAction(remove);
 }

@@ -3,6 +3,7 @@
 #include "browser/window/BookmarksBar.h"
 #include "ui/controls/HoverText.h"
 
+#include <QAccessible>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -73,12 +74,26 @@ TEST_F(BookmarksBarTest, TheMenuRemovesIt)
     ASSERT_NE(BrowserWindowFixture::openMenu(), nullptr);
     QAction *remove = BrowserWindowFixture::openMenu()->actions().first();
     EXPECT_EQ(remove->text(), u"Remove bookmark One && all"_s);
-    EXPECT_EQ(remove->statusTip(), u"Remove this bookmark"_s);
+    QAccessibleInterface *const heard =
+        QAccessible::queryAccessibleInterface(BrowserWindowFixture::openMenu())->child(0);
+    ASSERT_NE(heard, nullptr);
+    EXPECT_EQ(heard->text(QAccessible::Name), u"Remove bookmark One & all"_s);
+    EXPECT_EQ(heard->text(QAccessible::Description), u"Remove this bookmark"_s);
+    EXPECT_EQ(heard->role(), QAccessible::MenuItem);
+    EXPECT_TRUE(heard->state().focused);
+    EXPECT_FALSE(heard->state().invisible);
+    EXPECT_EQ(heard->parent()->object(), BrowserWindowFixture::openMenu());
+    EXPECT_TRUE(BrowserWindowFixture::openMenu()->geometry().contains(heard->rect()));
     announcer.spoken.clear();
-    remove->trigger();
+    auto *press = heard->actionInterface();
+    ASSERT_NE(press, nullptr);
+    press->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_EQ(announcer.spoken, QStringList{u"Removed bookmark One & all"_s});
     EXPECT_FALSE(bar()->isVisible());
     BrowserWindowFixture::openMenu()->close();
+    settle();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(BrowserWindowFixture::openMenu(), nullptr);
 }
 
 TEST_F(BookmarksBarTest, KeysOpenTheMenu)
