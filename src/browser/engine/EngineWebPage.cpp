@@ -135,23 +135,22 @@ void EngineWebPage::reload()
 
 void EngineWebPage::stop()
 {
+    m_stopped = Stopped::nothing;
     m_page->dialogs().dismiss();
     m_page->triggerAction(QWebEnginePage::Stop);
 }
 
 void EngineWebPage::connectionsEnded()
 {
-    const bool isOwn = m_next ? m_next->isEmpty() : m_showsOwnDocument && !m_navigation;
-    if (!m_isLoading || isOwn || m_page->expectsOwnDocument())
+    // What has not been accepted yet, or is ours, has no connection.
+    const bool hasNone = m_next ? m_next->isEmpty() : m_navigation || m_showsOwnDocument;
+    if (!m_isLoading || hasNone || m_page->expectsOwnDocument())
         return;
-    const auto navigation = std::exchange(m_navigation, nullptr);
     m_page->triggerAction(QWebEnginePage::Stop);
-    m_hasStopped = true;
     m_next.reset();
-    if (navigation) {
-        onceItAnswers(navigation);
+    m_stopped = m_navigation ? Stopped::beginsAnew : Stopped::ends;
+    if (m_navigation)
         return;
-    }
     end();
     Q_EMIT failed({PageFailure::Kind::failed, connectionsClearedAway()});
 }
@@ -234,6 +233,8 @@ void EngineWebPage::onceItAnswers(std::function<void()> navigation)
 {
     // Where the user or the agent goes a page may speak again; one that takes its own place goes on speaking.
     m_page->dialogs().forget();
+    if (m_stopped == Stopped::beginsAnew)
+        m_stopped = Stopped::ends;
     m_navigation = navigation;
     m_wanted.clear();
     if (!m_isHung || m_page->renderProcessPid() <= 0) {
@@ -270,7 +271,7 @@ void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
 {
     m_isLoading = true;
     m_hasProcess = true;
-    m_hasStopped = false;
+    m_stopped = Stopped::nothing;
     m_next = address;
     if (!isRedirection)
         Q_EMIT navigationStarted(address);
@@ -278,7 +279,7 @@ void EngineWebPage::navigationAccepted(const QUrl &address, bool isRedirection)
 
 void EngineWebPage::urlChanged(const QUrl &address)
 {
-    if (m_hasStopped)
+    if (m_stopped != Stopped::nothing)
         return;
     if (m_next && (m_next->isEmpty() || isSameDocument(address, *m_next))) {
         commit();
@@ -357,8 +358,10 @@ void EngineWebPage::end()
 
 void EngineWebPage::loadingChanged(const QWebEngineLoadingInfo &info)
 {
-    if (m_hasStopped) {
-        m_hasStopped = info.status() != QWebEngineLoadingInfo::LoadStoppedStatus;
+    if (m_stopped != Stopped::nothing) {
+        if (info.status() == QWebEngineLoadingInfo::LoadStoppedStatus &&
+            std::exchange(m_stopped, Stopped::nothing) == Stopped::beginsAnew)
+            onceItAnswers(std::exchange(m_navigation, nullptr));
         return;
     }
     // The end of a load whose place another one has taken is told when that one is under way.

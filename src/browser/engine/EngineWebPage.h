@@ -53,6 +53,9 @@ public:
     QWidget *view() override;
 
 private:
+    /// What becomes of a load that was stopped here, once the engine has told of its end.
+    enum class Stopped { nothing, ends, beginsAnew };
+
     void goTo(const QList<QWebEngineHistoryItem> &items);
     void onceItAnswers(std::function<void()> navigation);
     void navigationAccepted(const QUrl &address, bool isRedirection);
@@ -77,7 +80,7 @@ private:
     QTimer m_changePause;
     bool m_hasChanged = false; ///< During the pause.
     std::vector<std::weak_ptr<EnginePermission>> m_asked;
-    bool m_hasStopped = false; ///< The load; what the engine tells by then, up to its end, is of that one.
+    Stopped m_stopped = Stopped::nothing;
     bool m_isHung = false;
     bool m_hasProcess = true;
     std::function<void()> m_navigation; ///< That was asked for, until its document has taken its place.
