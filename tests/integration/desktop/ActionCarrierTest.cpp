@@ -86,16 +86,19 @@ protected:
         return told.get();
     }
 
+    /// A program of these commands.
+    QString script(const QString &commands) const
+    {
+        QFile script(m_folder.filePath(u"script"_s));
+        EXPECT_TRUE(script.open(QIODevice::WriteOnly));
+        script.write((u"#!/bin/sh\n"_s + commands).toUtf8());
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return script.fileName();
+    }
     /// A program that writes its number to a file and becomes `program`.
     QString wrapped(const QString &program) const
     {
-        QFile script(m_folder.filePath(u"wrapped"_s));
-        EXPECT_TRUE(script.open(QIODevice::WriteOnly));
-        script.write(
-            (u"#!/bin/sh\necho $$ > "_s + m_folder.filePath(u"number"_s) + u"\nexec "_s + program + u'\n')
-                .toUtf8());
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return script.fileName();
+        return script(u"echo $$ > "_s + m_folder.filePath(u"number"_s) + u"\nexec "_s + program + u'\n');
     }
     QString processFile(const QString &name) const
     {
@@ -140,6 +143,14 @@ TEST_F(ActionCarrierTest, AProgramThatGoesBeforeItAnswersHasEnded)
         QDBusConnection::disconnectFromPeer(line.name());
     };
     EXPECT_EQ(tell(carrier, *program).kind, Kind::ended);
+}
+
+TEST_F(ActionCarrierTest, ACarrierThatEndsWithItsProgramBeforeItHasPassedTheAnswerOnTellsThatItHasEnded)
+{
+    // It reads the request, says that it is on its way, and ends.
+    ActionCarrier carrier(m_bus, script(u"head -c $(od -An -tu4 -N4 <&3) <&3 >/dev/null\n"
+                                        "printf '\\000\\000\\000\\000\\001\\000\\000\\000' >&3\n"_s));
+    EXPECT_EQ(tell(carrier, *newProgram(u"quitting"_s)).kind, Kind::ended);
 }
 
 TEST_F(ActionCarrierTest, AProgramThatDoesNotAnswerIsLateAndKeepsItsLineWhenMorvaneHasEnded)

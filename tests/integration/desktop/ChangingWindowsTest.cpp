@@ -184,7 +184,8 @@ TEST_F(ChangingWindowsTest, ASliderIsSetToANumber)
     const QString text = captureWith(u"slider"_s);
     const int slider = numberOf(text, u"slider"_s);
     EXPECT_TRUE(run(m_tools.axType(slider, u"42"_s)).startsWith(u"Set the contents of slider"_s));
-    EXPECT_TRUE(run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s))).startsWith(u"Pressed"_s));
+    const QString pressed = run(m_tools.axClick(numberOf(text, u"button 'Leave'"_s)));
+    EXPECT_TRUE(pressed.startsWith(u"Pressed"_s)) << pressed.toStdString();
     EXPECT_EQ(yad.waitForExit(), 0);
     EXPECT_EQ(yad.log().trimmed().split(u'\n').last(), u"42"_s) << yad.log().toStdString();
 }

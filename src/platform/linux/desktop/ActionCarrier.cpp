@@ -188,8 +188,9 @@ std::optional<AccessibilityAnswer> ActionCarrier::carry(const FileDescriptor &ca
         return std::nullopt;
     if (*sign == ActionSign::Kind::sent) {
         sign = nextSign(carrier, request.number, QDeadlineTimer(limit));
+        // A carrier ends with its program, at times before it has passed the answer on.
         if (!sign)
-            return AccessibilityAnswer{Kind::late, {}};
+            return AccessibilityAnswer{isEnded(carrier) ? Kind::ended : Kind::late, {}};
     }
     if (*sign == ActionSign::Kind::failed)
         return AccessibilityAnswer{Kind::failed, {}};
