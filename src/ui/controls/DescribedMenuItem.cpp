@@ -1,6 +1,6 @@
 #include "ui/controls/DescribedMenuItem.h"
 
-#include <QAccessible>
+#include <QAccessibleObject>
 #include <QAction>
 #include <QMenu>
 #include <QPointer>
