@@ -7,7 +7,8 @@
 #include <QFile>
 #include <csignal>
 #include <stop_token>
-#include <xcb/xcb.h>
+#include <xcb/xtest.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -161,6 +162,31 @@ TEST_F(SilentDisplayTest, KeysAreUpAndGivenBackOnceItAnswersAfterAStopInMidWord)
     source.reset();
     m_holder.letGo();
     EXPECT_TRUE(waitUntil([] { return stateNow() == 0; }));
+    run(m_tools.typeText(u"a"_s));
+    EXPECT_TRUE(waitUntil([&] { return XKeyboard::read(*XDisplay::open())->spareKeys().size() == spare; }));
+}
+
+TEST_F(SilentDisplayTest, CapsLockIsBackOnceItAnswersAfterAStopInMidWord)
+{
+    startWindow(u"widget = Gtk.Entry()"_s);
+    const qsizetype spare = XKeyboard::read(*XDisplay::open())->spareKeys().size();
+    const auto pressCapsLock = [user = XDisplay::open()] {
+        const uint8_t key = XKeyboard::read(*user)->keyFor(XKB_KEY_Caps_Lock).value_or(XKey()).code;
+        for (const uint8_t type : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
+            xcb_test_fake_input(user->connection(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        user->synchronize();
+    };
+    pressCapsLock();
+    auto source = newSource();
+    source->prepareText(u"漢b"_s);
+    EXPECT_TRUE(source->characterDown(U'漢'));
+    source->characterUp(U'漢');
+    EXPECT_EQ(stateNow(), 0);
+    holdAndStop();
+    source.reset();
+    m_holder.letGo();
+    EXPECT_TRUE(waitUntil([] { return stateNow() == XCB_MOD_MASK_LOCK; }));
+    pressCapsLock();
     run(m_tools.typeText(u"a"_s));
     EXPECT_TRUE(waitUntil([&] { return XKeyboard::read(*XDisplay::open())->spareKeys().size() == spare; }));
 }

@@ -92,10 +92,10 @@ XInputSource::~XInputSource()
         send(XCB_BUTTON_RELEASE, button);
     while (!m_heldKeys.isEmpty())
         releaseKey(m_heldKeys.last());
+    if (m_capsIsToBeLocked)
+        pressCapsLock();
     try {
         m_lentKeys.giveBackOnceRead(timeToGiveBack);
-        if (m_capsIsToBeLocked)
-            toggleCapsLock();
         m_display->synchronize();
     } catch (const DisplaySilent &) {
         // What was let go of is on its way, and a later source knows of the keys by their note.
@@ -259,12 +259,11 @@ void XInputSource::letGoOfForeignModifiers(uint16_t state)
     m_display->synchronize();
 }
 
-void XInputSource::toggleCapsLock()
+void XInputSource::pressCapsLock()
 {
     if (const auto key = m_keyboard->keyFor(XKB_KEY_Caps_Lock)) {
         send(XCB_KEY_PRESS, key->code);
         send(XCB_KEY_RELEASE, key->code);
-        m_display->synchronize();
     }
 }
 
@@ -272,7 +271,8 @@ void XInputSource::followUser(uint16_t state)
 {
     if (m_keyboard && (state & XCB_MOD_MASK_LOCK) != 0) {
         m_capsIsToBeLocked = !m_capsIsToBeLocked;
-        toggleCapsLock();
+        pressCapsLock();
+        m_display->synchronize();
     }
     if (m_keyboard && (m_changes.any() || state >> layoutShift != int(m_keyboard->layout())))
         readKeyboardAgain();

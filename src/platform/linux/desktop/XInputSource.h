@@ -49,7 +49,7 @@ private:
     /// Of pointer and keyboard: the modifiers, and the number of the layout.
     uint16_t stateNow() const;
     void letGoOfForeignModifiers(uint16_t state);
-    void toggleCapsLock();
+    void pressCapsLock();
     /// The user's Caps Lock and layout may be others at each character.
     void followUser(uint16_t state);
     void readKeyboardAgain();
