@@ -26,7 +26,7 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        const bool isKey = event->type() == QEvent::KeyPress;
+        const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
         if (!isKey && event->type() != QEvent::MouseButtonPress &&
             event->type() != QEvent::MouseButtonDblClick)
             return false;
@@ -35,7 +35,10 @@ protected:
             return false;
         if (isKey && isModifier(*static_cast<QKeyEvent *>(event)))
             return false;
-        return !m_guard.takesInput();
+        if (m_guard.takesInput())
+            return false;
+        event->accept(); // or the key would be a shortcut, such as that of a button
+        return true;
     }
 
 private:
@@ -43,8 +46,17 @@ private:
     AnswerGuard m_guard;
 };
 
-/// Leads the user on to a dialog from the window that it holds. Modality alone does not: a press beside the
-/// dialog leaves the keyboard with the window, where it does nothing.
+/// Whether the widget is in `window`, or in a dialog of it, or of that.
+bool belongsTo(const QWidget *widget, const QWidget &window)
+{
+    while (widget && widget != &window)
+        widget = widget->parentWidget();
+    return widget != nullptr;
+}
+
+/// Leads the user on to a dialog, or to the one that this asks in its turn, from the window that it holds.
+/// Modality alone does not: a press beside the dialog leaves the keyboard with the window, where it does
+/// nothing.
 class LeadingFilter : public QObject {
 public:
     explicit LeadingFilter(QDialog &dialog) : QObject(&dialog), m_dialog(dialog)
@@ -56,11 +68,17 @@ protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::WindowActivate && m_dialog.isVisible())
-            QMetaObject::invokeMethod(&m_dialog, &QWidget::activateWindow, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(this, &LeadingFilter::lead, Qt::QueuedConnection);
         return false;
     }
 
 private:
+    void lead()
+    {
+        QWidget *modal = QApplication::activeModalWidget();
+        (belongsTo(modal, m_dialog) ? modal : &m_dialog)->activateWindow();
+    }
+
     QDialog &m_dialog;
 };
 
@@ -103,21 +121,12 @@ private:
     QDialog &m_dialog;
 };
 
-/// Whether the user is in a window, or in a dialog of it.
-bool hasKeyboard(const QWidget &window)
-{
-    const QWidget *active = QApplication::activeWindow();
-    while (active && active != &window)
-        active = active->parentWidget();
-    return active != nullptr;
-}
-
 } // namespace
 
 bool openUnasked(QDialog &dialog)
 {
     new LeadingFilter(dialog);
-    const bool staysElsewhere = !hasKeyboard(*dialog.parentWidget()->window());
+    const bool staysElsewhere = !belongsTo(QApplication::activeWindow(), *dialog.parentWidget()->window());
     if (!staysElsewhere) {
         dialog.open();
         return false;
