@@ -54,6 +54,7 @@ PageFinder::~PageFinder()
 void PageFinder::setQuery(const QString &query, const QPointer<WebPage> &page)
 {
     m_query = query;
+    m_page = page;
     if (m_counting)
         m_counting->cancel();
     m_counting.reset();
@@ -62,10 +63,15 @@ void PageFinder::setQuery(const QString &query, const QPointer<WebPage> &page)
     m_counting = m_scheduler.spawn(countMatches(this, query, page));
 }
 
+bool PageFinder::looksFor(const QString &query, const WebPage *page) const
+{
+    return page && m_query == query && m_page == page;
+}
+
 Task<void> PageFinder::countMatches(QPointer<PageFinder> self, QString query, QPointer<WebPage> page)
 {
     const QVariant count = co_await evaluateWithTimeout(countScript(query), page, scriptLimit);
-    if (self && self->m_query == query)
+    if (self && self->looksFor(query, page))
         self->setCount(count.toInt());
 }
 
@@ -77,17 +83,21 @@ void PageFinder::setCount(int count)
 
 void PageFinder::findNext(const QPointer<WebPage> &page, Direction direction)
 {
-    if (!m_query.isEmpty() && page)
-        m_scheduler.spawn(step(this, m_query, page, direction));
+    if (m_query.isEmpty() || !page)
+        return;
+    m_page = page;
+    m_scheduler.spawn(step(this, m_query, page, direction));
 }
 
 Task<void> PageFinder::step(QPointer<PageFinder> self, QString query, QPointer<WebPage> page,
                             Direction direction)
 {
     co_await evaluateWithTimeout(findScript(query, direction), page, scriptLimit);
+    if (!self || !self->looksFor(query, page))
+        co_return;
     // A page goes on changing after it was counted, and what is said must not contradict what is shown.
     co_await countMatches(self, query, page);
-    if (!self || self->m_query != query)
+    if (!self || !self->looksFor(query, page))
         co_return;
     const QString words = pageText(query);
     self->m_announcer.announce(self->m_count == 0 ? u"No matches for "_s + words

@@ -38,11 +38,14 @@ private:
     static Task<void> countMatches(QPointer<PageFinder> self, QString query, QPointer<WebPage> page);
     static Task<void> step(QPointer<PageFinder> self, QString query, QPointer<WebPage> page,
                            Direction direction);
+    /// Whether this is still what the user looks for, and where.
+    bool looksFor(const QString &query, const WebPage *page) const;
     void setCount(int count);
 
     Scheduler &m_scheduler;
     Announcer &m_announcer;
     QString m_query;
+    QPointer<WebPage> m_page; ///< Where the words were looked for last.
     int m_count = 0;
     std::optional<TaskHandle<void>> m_counting;
 };

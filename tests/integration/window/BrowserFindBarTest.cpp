@@ -147,6 +147,26 @@ TEST_F(BrowserFindBarTest, WordsThatAreChangedWhileTheyAreLookedForAreNotSpokenO
     EXPECT_TRUE(announcer.spoken.isEmpty());
 }
 
+TEST_F(BrowserFindBarTest, AStepInATabThatWasLeftSaysNothingOfTheOther)
+{
+    open();
+    pageHas(3);
+    type(u"x"_s);
+    browser->page().holdsAnswers = true;
+    FakeWebPage &left = browser->page();
+    press(Qt::Key_Return);
+    manager.newTab();
+    settle();
+    announcer.spoken.clear();
+    const QString shown = count();
+    left.answerHeld();
+    settle();
+    left.answerHeld();
+    settle();
+    EXPECT_EQ(count(), shown);
+    EXPECT_TRUE(announcer.spoken.isEmpty());
+}
+
 TEST_F(BrowserFindBarTest, NoTextShowsNoneAndMovesNothing)
 {
     open();
