@@ -1,5 +1,6 @@
 #include "support/FakeNotificationDaemon.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QUuid>
@@ -23,7 +24,9 @@ FakeNotificationDaemon::FakeNotificationDaemon(const QString &busAddress, QStrin
 {
     if (!m_bus.registerObject(path, this,
                               QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals) ||
-        !m_bus.registerService(service))
+        m_bus.interface()->registerService(service, QDBusConnectionInterface::ReplaceExistingService,
+                                           QDBusConnectionInterface::AllowReplacement) !=
+            QDBusConnectionInterface::ServiceRegistered)
         throw std::runtime_error("no notification daemon: " + m_bus.lastError().message().toStdString());
 }
 

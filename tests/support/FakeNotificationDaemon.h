@@ -27,7 +27,8 @@ public:
         QVariantMap hints;
     };
 
-    /// Serves on a connection of its own. Throws std::runtime_error if another daemon does already.
+    /// Serves on a connection of its own, in the place of another of these that does already. Throws
+    /// std::runtime_error if it cannot.
     explicit FakeNotificationDaemon(const QString &busAddress,
                                     QStringList capabilities = {QStringLiteral("body"),
                                                                 QStringLiteral("actions"),

@@ -251,6 +251,21 @@ TEST_F(LinuxNotificationCenterTest, AnotherDaemonsNumbersAreNotItsPredecessors)
     EXPECT_EQ(daemon->shown().back().replaces, 0U);
 }
 
+TEST_F(LinuxNotificationCenterTest, NorAreThoseOfADaemonThatTakesItsPlace)
+{
+    startDaemon({"body"});
+    center.add(request("1 < 2"));
+    ASSERT_TRUE(shows(1));
+    settle();
+    startDaemon();
+    // By then the bus has told of the change.
+    ASSERT_EQ(runTask(scheduler, center.authorizationStatus()), NotificationAuthorization::authorized);
+    center.add(request("2 < 3"));
+    ASSERT_TRUE(shows(1));
+    EXPECT_EQ(daemon->shown().back().replaces, 0U);
+    EXPECT_EQ(daemon->shown().back().body, "2 &lt; 3");
+}
+
 TEST_F(LinuxNotificationCenterTest, TheDelegateDecidesWhetherABannerIsShown)
 {
     startDaemon();

@@ -114,11 +114,14 @@ void LinuxBanners::listen()
                 SLOT(notificationClosed(uint, uint)));
     // Another daemon counts anew, and would take the number for that of another program's banner.
     const auto *watcher =
-        new QDBusServiceWatcher(daemon, bus, QDBusServiceWatcher::WatchForUnregistration, this);
-    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
-        m_shown.clear();
-        m_markup.reset();
-    });
+        new QDBusServiceWatcher(daemon, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &before) {
+                if (before.isEmpty())
+                    return; // The one that comes with the first banner is no other.
+                m_shown.clear();
+                m_markup.reset();
+            });
 }
 
 void LinuxBanners::send(const Banner &banner)
