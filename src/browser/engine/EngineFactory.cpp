@@ -30,13 +30,17 @@ QString cacheFolder(const QString &folder)
     return folder + u"/Cache"_s;
 }
 
-/// Removes all caches but `kept`; whether none of them is left. Any thread; blocks.
-bool removeCaches(const QString &folder, const QString &kept = {})
+QFileInfoList caches(const QString &folder)
+{
+    return QDir(folder).entryInfoList({u"Cache*"_s}, QDir::Dirs);
+}
+
+/// Whether none of them is left. Any thread; blocks.
+bool remove(const QFileInfoList &caches)
 {
     bool areGone = true;
-    for (const QFileInfo &cache : QDir(folder).entryInfoList({u"Cache*"_s}, QDir::Dirs))
-        if (cache.filePath() != kept)
-            areGone = QDir(cache.filePath()).removeRecursively() && areGone;
+    for (const QFileInfo &cache : caches)
+        areGone = QDir(cache.filePath()).removeRecursively() && areGone;
     return areGone;
 }
 
@@ -61,7 +65,7 @@ QString preparedFolder(const QString &folder)
     QDir(downloadFolder(folder)).removeRecursively();
     static_cast<void>(ensurePrivateFolder(downloadFolder(folder)));
     if (QFile::exists(removalMark(folder)) && QDir(profileFolder(folder)).removeRecursively() &&
-        removeCaches(folder))
+        remove(caches(folder)))
         QFile::remove(removalMark(folder));
     return folder;
 }
@@ -136,11 +140,10 @@ void EngineFactory::takeNewCache()
 {
     // Where the engine clears a cache it ends all connections some time later, nobody hears when, and loses
     // without a word the loads that are under way then. With another folder it does so before it returns.
-    const QString cache = cacheFolder(m_folder) + u'-' + QString::number(++m_caches);
-    m_profile.setCachePath(cache);
+    const QFileInfoList before = caches(m_folder);
+    m_profile.setCachePath(cacheFolder(m_folder) + u'-' + QString::number(++m_caches));
     // It may still write a list of what the old one held, which goes before the next start.
-    QThreadPool::globalInstance()->start(
-        [folder = m_folder, cache] { static_cast<void>(removeCaches(folder, cache)); });
+    QThreadPool::globalInstance()->start([before] { static_cast<void>(remove(before)); });
 }
 
 void EngineFactory::download(QWebEngineDownloadRequest &request)

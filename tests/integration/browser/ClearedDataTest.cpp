@@ -24,6 +24,17 @@ protected:
     {
         return waitUntil([&] { return timesAsked(path) == times; });
     }
+    /// Of which the rest never comes; the user is asked where it should go.
+    void offerUnfinishedFile()
+    {
+        HttpHeaders headers;
+        headers.set("Content-Type", "application/octet-stream");
+        headers.set("Content-Length", "100000");
+        server.answer("/file", rawHttpHead(200, headers) + QByteArray(5000, 'x'));
+        server.stayOpenAfter("/file");
+        page().load(server.url("/file"));
+        ASSERT_TRUE(waitUntil([this] { return window.destinations.size() == 1; }));
+    }
     static QStringList caches() { return QDir(folder()).entryList({"Cache*"}, QDir::Dirs); }
 };
 
@@ -177,14 +188,8 @@ TEST_F(ClearedDataTest, TheStartPageAndAPageThatIsThereHearNothing)
 
 TEST_F(ClearedDataTest, AFileThatIsBeingWrittenComesToAnEnd)
 {
-    HttpHeaders headers;
-    headers.set("Content-Type", "application/octet-stream");
-    headers.set("Content-Length", "100000");
-    server.answer("/file", rawHttpHead(200, headers) + QByteArray(5000, 'x'));
-    server.stayOpenAfter("/file");
     const TemporaryHome home;
-    page().load(server.url("/file"));
-    ASSERT_TRUE(waitUntil([this] { return window.destinations.size() == 1; }));
+    offerUnfinishedFile();
     window.destinations.last()(home.path("file.bin"));
     ASSERT_TRUE(waitUntil([this] { return !manager->downloads().running().isEmpty(); }));
     engine().removeAllSiteData();
@@ -196,14 +201,8 @@ TEST_F(ClearedDataTest, AFileThatIsBeingWrittenComesToAnEnd)
 
 TEST_F(ClearedDataTest, AFileThatNobodyHasAcceptedYetFailsWhenSomebodyDoes)
 {
-    HttpHeaders headers;
-    headers.set("Content-Type", "application/octet-stream");
-    headers.set("Content-Length", "100000");
-    server.answer("/file", rawHttpHead(200, headers) + QByteArray(5000, 'x'));
-    server.stayOpenAfter("/file");
     const TemporaryHome home;
-    page().load(server.url("/file"));
-    ASSERT_TRUE(waitUntil([this] { return window.destinations.size() == 1; }));
+    offerUnfinishedFile();
     engine().removeAllSiteData();
     window.destinations.last()(home.path("file.bin"));
     EXPECT_EQ(announcer.spoken.last(),
