@@ -219,8 +219,9 @@ void BrowserManager::listenTo(BrowserTab &tab)
             tab.webView().load(address);
     });
     connect(page, &WebPage::windowsRefused, this, [this, &tab] {
-        announceLoad(
-            u"More windows of %1 are refused."_s.arg(RefusedSites::nameOf(tab.webView().address().host())));
+        if (&tab == activeTab())
+            announceLoad(u"More windows of %1 are refused."_s.arg(
+                RefusedSites::nameOf(tab.webView().address().host())));
     });
     connect(page, &WebPage::askedElsewhere, this,
             [this](const QString &words) { m_services.announcer.announce(words); });

@@ -66,6 +66,19 @@ TEST_F(BrowserManagerTest, SwitchingShowsTheTabWithItsOwnZoom)
     EXPECT_EQ(spoken(), QStringList());
 }
 
+TEST_F(BrowserManagerTest, WindowsThatAreRefusedAreToldOfWhereTheUserIs)
+{
+    manager.newTab();
+    visit(0, "https://a.test/");
+    spoken();
+    Q_EMIT page(0).windowsRefused();
+    EXPECT_EQ(spoken(), QStringList("More windows of a.test are refused."));
+    manager.newTab();
+    spoken();
+    Q_EMIT page(0).windowsRefused();
+    EXPECT_EQ(spoken(), QStringList());
+}
+
 TEST_F(BrowserManagerTest, ZoomStaysWithinItsBounds)
 {
     manager.setZoom(2.0);
