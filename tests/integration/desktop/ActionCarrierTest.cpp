@@ -1,6 +1,8 @@
 #include "platform/linux/desktop/ActionCarrier.h"
 
+#include "ScriptedCarrier.h"
 #include "base/InstalledFiles.h"
+#include "support/TestProgram.h"
 #include "support/WaitUntil.h"
 
 #include <QCoreApplication>
@@ -41,7 +43,7 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         if (message.member() == "GetApplicationBusAddress"_L1)
-            return connection.send(message.createReply(m_server.address()));
+            return connection.send(message.createReply(lines.isEmpty() ? m_server.address() : lines));
         if (message.member() != "DoAction"_L1)
             return false;
         act(message, connection);
@@ -49,6 +51,7 @@ public:
     }
 
     Act act;
+    QString lines; ///< Where it says that they are, if elsewhere.
 
 private:
     static QString busAddress()
@@ -74,26 +77,21 @@ protected:
 
     /// What comes of telling the program to act.
     static AccessibilityAnswer tell(ActionCarrier &carrier, const ActingProgram &program,
-                                    std::chrono::milliseconds limit = std::chrono::seconds(20))
+                                    std::chrono::milliseconds limit = std::chrono::seconds(20),
+                                    qint64 pid = QCoreApplication::applicationPid())
     {
         const AccessibilityCall call{
             program.service(), rootPath, u"org.a11y.atspi.Action"_s, u"DoAction"_s, {0}};
-        auto told = std::async(std::launch::async, [&carrier, call, limit] {
-            return carrier.tell(call, QCoreApplication::applicationPid(), limit);
-        });
+        auto told = std::async(std::launch::async,
+                               [&carrier, call, limit, pid] { return carrier.tell(call, pid, limit); });
         EXPECT_TRUE(
             waitUntil([&] { return told.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         return told.get();
     }
 
-    /// A program of these commands.
     QString script(const QString &commands) const
     {
-        QFile script(m_folder.filePath(u"script"_s));
-        EXPECT_TRUE(script.open(QIODevice::WriteOnly));
-        script.write((u"#!/bin/sh\n"_s + commands).toUtf8());
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return script.fileName();
+        return scriptedCarrier(m_folder.filePath(u"script"_s), commands);
     }
     /// A program that writes its number to a file and becomes `program`.
     QString wrapped(const QString &program) const
@@ -147,10 +145,34 @@ TEST_F(ActionCarrierTest, AProgramThatGoesBeforeItAnswersHasEnded)
 
 TEST_F(ActionCarrierTest, ACarrierThatEndsWithItsProgramBeforeItHasPassedTheAnswerOnTellsThatItHasEnded)
 {
-    // It reads the request, says that it is on its way, and ends.
-    ActionCarrier carrier(m_bus, script(u"head -c $(od -An -tu4 -N4 <&3) <&3 >/dev/null\n"
-                                        "printf '\\000\\000\\000\\000\\001\\000\\000\\000' >&3\n"_s));
-    EXPECT_EQ(tell(carrier, *newProgram(u"quitting"_s)).kind, Kind::ended);
+    const QString place = m_folder.filePath(u"lines"_s);
+    TestProgram listener(u"/usr/bin/python3"_s,
+                         {u"-c"_s, u"import signal, socket\n"
+                                   "lines = socket.socket(socket.AF_UNIX)\n"
+                                   "lines.bind('%1')\n"
+                                   "lines.listen()\n"
+                                   "print('listens', flush=True)\n"
+                                   "signal.pause()\n"_s.arg(place)},
+                         QProcessEnvironment::systemEnvironment(), m_folder.filePath(u"log"_s));
+    ASSERT_TRUE(waitUntil([&] { return listener.log().contains("listens"_L1); }));
+    const auto program = newProgram(u"quitting"_s);
+    program->lines = u"unix:path="_s + place;
+    ActionCarrier carrier(m_bus, script(u"take\n"
+                                        "tell 0 1\n"
+                                        "exec python3 -c '\n"
+                                        "import os, select\n"
+                                        "program = os.pidfd_open(%1)\n"
+                                        "os.kill(%1, 9)\n"
+                                        "select.select([program], [], [])'\n"_s.arg(listener.pid())));
+    EXPECT_EQ(tell(carrier, *program, std::chrono::seconds(20), listener.pid()).kind, Kind::ended);
+}
+
+TEST_F(ActionCarrierTest, AProgramWhoseCarrierCrashesIsLateAndHasNotEnded)
+{
+    ActionCarrier carrier(m_bus, script(u"take\n"
+                                        "tell 0 1\n"
+                                        "kill -KILL $$\n"_s));
+    EXPECT_EQ(tell(carrier, *newProgram(u"running"_s)).kind, Kind::late);
 }
 
 TEST_F(ActionCarrierTest, AProgramThatDoesNotAnswerIsLateAndKeepsItsLineWhenMorvaneHasEnded)

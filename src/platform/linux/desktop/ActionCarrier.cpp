@@ -11,7 +11,9 @@
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -65,6 +67,17 @@ bool isEnded(const FileDescriptor &socket)
 {
     pollfd other{socket.get(), 0, 0};
     return !socket.isOpen() || (::poll(&other, 1, 0) > 0 && (other.revents & (POLLHUP | POLLERR)) != 0);
+}
+
+/// Stands for a process, whoever is given its number later; none if there is no such process.
+FileDescriptor processOf(qint64 pid)
+{
+    return FileDescriptor(int(::syscall(SYS_pidfd_open, pid_t(pid), 0)));
+}
+
+bool hasExited(const FileDescriptor &process)
+{
+    return !process.isOpen() || isReady(process, POLLIN, QDeadlineTimer(0));
 }
 
 /// What was answered next to this request; nothing if it does not come in time, or the carrier has ended.
@@ -181,6 +194,7 @@ std::optional<AccessibilityAnswer> ActionCarrier::carry(const FileDescriptor &ca
     stream << request;
     const auto size = std::uint32_t(bytes.size());
     const QDeadlineTimer start(startLimit);
+    const FileDescriptor program = processOf(request.pid);
     const bool isTold = sendWhole(carrier, {reinterpret_cast<const char *>(&size), sizeof size}, start) &&
                         sendWhole(carrier, bytes, start);
     auto sign = isTold ? nextSign(carrier, request.number, start) : std::nullopt;
@@ -188,9 +202,10 @@ std::optional<AccessibilityAnswer> ActionCarrier::carry(const FileDescriptor &ca
         return std::nullopt;
     if (*sign == ActionSign::Kind::sent) {
         sign = nextSign(carrier, request.number, QDeadlineTimer(limit));
-        // A carrier ends with its program, at times before it has passed the answer on.
+        // A carrier ends with its program, at times before it has passed the answer on. One that crashes
+        // leaves a program that may still act.
         if (!sign)
-            return AccessibilityAnswer{isEnded(carrier) ? Kind::ended : Kind::late, {}};
+            return AccessibilityAnswer{hasExited(program) ? Kind::ended : Kind::late, {}};
     }
     if (*sign == ActionSign::Kind::failed)
         return AccessibilityAnswer{Kind::failed, {}};

@@ -66,6 +66,12 @@ const ScreenElement *windowAt(const QList<ScreenElement> &windows, QPointF place
     return found;
 }
 
+/// Whether who was told to act may have done so, without saying it.
+bool mayHaveActed(const AccessibilityAnswer &answer)
+{
+    return answer.kind == AccessibilityAnswer::Kind::late || answer.kind == AccessibilityAnswer::Kind::ended;
+}
+
 std::optional<QString> present(const QString &text)
 {
     return text.isEmpty() ? std::nullopt : std::optional(text);
@@ -320,7 +326,7 @@ AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &elemen
     return m_carrier.tell(callOf(live.reference, interface, method, arguments), live.pid, actionLimit);
 }
 
-AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeOfLate(const AccessibilityReference &object)
+AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeUnsaid(const AccessibilityReference &object)
 {
     // A button may open a dialog and answer when that is closed; a program that hangs answers nothing.
     const auto sign = m_bus.ask(callOf(object, accessibleInterface, u"GetRole"_s), QDeadlineTimer(lookLimit));
@@ -337,7 +343,7 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
         return Outcome::refused;
     const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex});
     if (answer.kind == AccessibilityAnswer::Kind::late)
-        return outcomeOfLate(live.reference);
+        return outcomeUnsaid(live.reference);
     if (answer.kind == AccessibilityAnswer::Kind::ended)
         return Outcome::done;
     return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
@@ -351,9 +357,9 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text});
     if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
         return Outcome::done;
-    // Typed as well, the text would stand there twice when the program comes to it.
-    if (set.kind == AccessibilityAnswer::Kind::late)
-        return outcomeOfLate(busElement(*now).reference);
+    // Typed as well, the text would stand there twice.
+    if (mayHaveActed(set))
+        return outcomeUnsaid(busElement(*now).reference);
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
     if (!isNumber)
@@ -361,6 +367,8 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto changed =
         askToAct(*now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
                  {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))});
+    if (mayHaveActed(changed))
+        return outcomeUnsaid(busElement(*now).reference);
     return changed.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
 }
 

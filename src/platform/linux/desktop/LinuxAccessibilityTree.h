@@ -39,8 +39,8 @@ private:
     /// Of what may open a dialog.
     AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
                                  const QString &method, const QVariantList &arguments);
-    /// Of a request that the program has not answered in time.
-    Outcome outcomeOfLate(const AccessibilityReference &object);
+    /// Of a request that the program may have done without answering it.
+    Outcome outcomeUnsaid(const AccessibilityReference &object);
 
     AccessibilityConnection m_bus;
     ActionCarrier m_carrier;
