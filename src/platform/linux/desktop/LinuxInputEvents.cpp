@@ -3,6 +3,7 @@
 #include "platform/DisplaySilent.h"
 #include "platform/Log.h"
 #include "platform/linux/desktop/KeyPositions.h"
+#include "platform/linux/desktop/XHeldNote.h"
 #include "platform/linux/desktop/XInputSource.h"
 #include "platform/linux/desktop/XLentKeys.h"
 
@@ -42,12 +43,13 @@ QList<QString> charactersOf(const XKeyboard &keyboard)
     return characters;
 }
 
-/// Whatever has become of who read them.
-void giveBackLentKeys(const std::stop_token &stop)
+/// What is held or lent still, whatever has become of who read the keys.
+void giveBackAll(const std::stop_token &stop)
 {
     const auto display = XDisplay::open(stop);
     if (!display)
         return;
+    XHeldNote::letGoOfWhatIsLeft(*display);
     if (XLentKeys lent(*display); !lent.isEmpty())
         lent.giveBack();
 }
@@ -58,7 +60,7 @@ LinuxInputEvents::~LinuxInputEvents()
 {
     try {
         if (m_isBegun)
-            giveBackLentKeys({});
+            giveBackAll({});
     } catch (const DisplaySilent &) {
         qCWarning(platformLog) << "keys stay lent until the next start: the display does not answer";
     }
@@ -68,7 +70,7 @@ void LinuxInputEvents::begin(const std::stop_token &stop)
 {
     const std::lock_guard lock(m_mutex);
     if (!m_isBegun)
-        giveBackLentKeys(stop);
+        giveBackAll(stop);
     m_isBegun = true;
 }
 

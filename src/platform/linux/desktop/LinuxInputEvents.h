@@ -8,7 +8,7 @@ namespace morvane {
 
 /// Mouse and keyboard of an X server that knows the XTest extension. Keys that programs have not read yet
 /// stay lent when a source goes (XLentKeys.h); they are given back with a later one, at the latest when this
-/// goes. Those that a crash has left are given back before the keyboard is first used.
+/// goes. Those that a crash has left lent or down are given back before the keyboard is first used.
 class LinuxInputEvents final : public InputEvents {
 public:
     LinuxInputEvents() = default;

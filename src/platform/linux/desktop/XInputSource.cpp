@@ -81,7 +81,7 @@ int16_t coordinate(qint64 value)
 
 XInputSource::XInputSource(std::unique_ptr<XDisplay> display)
     : m_display(std::move(display)), m_origin(m_display->origin()), m_changes(m_display->stop()),
-      m_keyboard(XKeyboard::read(*m_display)), m_lentKeys(*m_display)
+      m_keyboard(XKeyboard::read(*m_display)), m_lentKeys(*m_display), m_heldNote(*m_display)
 {
     m_display->hasExtension(&xcb_test_id); // Who posts the first event waits for nothing then.
 }
@@ -94,6 +94,7 @@ XInputSource::~XInputSource()
         releaseKey(m_heldKeys.last());
     if (m_capsIsToBeLocked)
         pressCapsLock();
+    m_heldNote.takeOff();
     try {
         m_lentKeys.giveBackOnceRead(timeToGiveBack);
         m_display->synchronize();
@@ -145,6 +146,7 @@ void XInputSource::buttonDown(MouseButton button, QPoint point)
 {
     letGoOfForeignModifiers(stateNow());
     const uint8_t physical = physicalButton(button == MouseButton::left ? leftButton : rightButton);
+    m_heldNote.write();
     // The user's hand may have moved the pointer since it was brought there.
     mouseMoved(point);
     send(XCB_BUTTON_PRESS, physical);
@@ -174,6 +176,7 @@ void XInputSource::scroll(int pixels)
 void XInputSource::pressKey(uint8_t code)
 {
     m_lentKeys.use(code);
+    m_heldNote.write();
     send(XCB_KEY_PRESS, code);
     m_heldKeys.append(code);
 }

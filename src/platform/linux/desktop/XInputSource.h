@@ -2,6 +2,7 @@
 
 #include "platform/InputEvents.h"
 #include "platform/linux/desktop/XDisplay.h"
+#include "platform/linux/desktop/XHeldNote.h"
 #include "platform/linux/desktop/XKeyboard.h"
 #include "platform/linux/desktop/XKeyboardChanges.h"
 #include "platform/linux/desktop/XKeyboardTarget.h"
@@ -68,6 +69,7 @@ private:
     std::optional<XKeyboard> m_keyboard;
     XLentKeys m_lentKeys;
     std::optional<XKeyboardTarget> m_target; ///< Once it has been asked for.
+    XHeldNote m_heldNote;
     QList<uint8_t> m_heldKeys;
     QList<uint8_t> m_heldButtons;
     int m_scrolled = 0;              ///< Pixels that made no whole notch of the wheel yet.
