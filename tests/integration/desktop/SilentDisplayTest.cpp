@@ -5,8 +5,16 @@
 
 #include <QCursor>
 #include <QFile>
+#include <atomic>
 #include <csignal>
+#include <future>
+#include <pthread.h>
 #include <stop_token>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -34,6 +42,46 @@ private:
     const std::unique_ptr<XDisplay> m_display = XDisplay::open();
 };
 
+/// Holds a thread up wherever it is, as a busy system may.
+class ThreadHolder {
+public:
+    ThreadHolder()
+    {
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, m_ends), 0);
+        struct sigaction action{};
+        action.sa_sigaction = [](int, siginfo_t *info, void *) {
+            char byte = 0;
+            const int end = info->si_value.sival_int;
+            if (::write(end, &byte, 1) == 1)
+                while (::read(end, &byte, 1) < 0)
+                    ;
+        };
+        action.sa_flags = SA_SIGINFO;
+        EXPECT_EQ(::sigaction(SIGUSR1, &action, &m_before), 0);
+    }
+    ~ThreadHolder()
+    {
+        ::sigaction(SIGUSR1, &m_before, nullptr);
+        for (const int end : m_ends)
+            ::close(end);
+    }
+    ThreadHolder(const ThreadHolder &) = delete;
+    ThreadHolder &operator=(const ThreadHolder &) = delete;
+
+    /// Returns once it is held up.
+    void hold(std::thread &thread) const
+    {
+        char byte = 0;
+        EXPECT_EQ(::pthread_sigqueue(thread.native_handle(), SIGUSR1, {.sival_int = m_ends[1]}), 0);
+        EXPECT_EQ(::read(m_ends[0], &byte, 1), 1);
+    }
+    void letGo() const { EXPECT_EQ(::write(m_ends[0], "", 1), 1); }
+
+private:
+    int m_ends[2] = {-1, -1};
+    struct sigaction m_before{};
+};
+
 class SilentDisplayTest : public DesktopFixture {
 protected:
     static uint16_t stateNow()
@@ -59,6 +107,18 @@ protected:
     {
         m_holder.hold();
         m_stop.request_stop();
+    }
+
+    static qsizetype openDescriptors()
+    {
+        return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
+    }
+    /// Whether the thread of this number waits for something to come from somewhere.
+    static bool isInPoll(long thread)
+    {
+        QFile call(u"/proc/self/task/%1/syscall"_s.arg(thread));
+        return call.open(QIODevice::ReadOnly) &&
+               call.readAll().startsWith(QByteArray::number(SYS_poll) + ' ');
     }
 
     /// Stops a program that is not holding the display.
@@ -94,6 +154,53 @@ TEST_F(SilentDisplayTest, AQuestionEndsAndNoneIsAskedAfterIt)
     m_holder.letGo();
     EXPECT_THROW(display->synchronize(), DisplaySilent) << "it may have missed something";
     EXPECT_TRUE(XDisplay::open());
+}
+
+TEST_F(SilentDisplayTest, AConnectionThatComesTooLateIsClosed)
+{
+    const qsizetype before = openDescriptors();
+    m_holder.hold();
+    for (int attempt = 0; attempt < 4; ++attempt)
+        EXPECT_THROW(XDisplay::open({}, 10ms), DisplaySilent);
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() > before; })) << "they are on their way";
+    m_holder.letGo();
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; }));
+}
+
+TEST_F(SilentDisplayTest, AStopEndsAQuestionThatHasBeenAsked)
+{
+    const auto display = XDisplay::open(m_stop.get_token(), std::chrono::hours(1));
+    m_holder.hold();
+    auto asked = std::async(std::launch::async, [&] { EXPECT_THROW(display->synchronize(), DisplaySilent); });
+    const auto hasEnded = [&] { return asked.wait_for(0s) == std::future_status::ready; };
+    EXPECT_FALSE(hasEnded());
+    m_stop.request_stop();
+    EXPECT_TRUE(waitUntil(hasEnded));
+    m_holder.letGo();
+}
+
+TEST_F(SilentDisplayTest, AnAnswerThatIsThereCountsHoweverLateItIsLookedAt)
+{
+    constexpr auto patience = 3s;
+    const auto display = XDisplay::open({}, patience);
+    m_holder.hold();
+    std::atomic<long> number = 0;
+    std::thread asking([&] {
+        number = ::syscall(SYS_gettid);
+        EXPECT_NO_THROW(display->synchronize());
+    });
+    EXPECT_TRUE(waitUntil([&] { return isInPoll(number); }));
+    const ThreadHolder holder;
+    holder.hold(asking);
+    m_holder.letGo();
+    EXPECT_TRUE(waitUntil([&] {
+        int there = 0;
+        return ::ioctl(xcb_get_file_descriptor(display->connection()), FIONREAD, &there) == 0 && there > 0;
+    }));
+    const QDeadlineTimer over(patience);
+    EXPECT_TRUE(waitUntil([&] { return over.hasExpired(); }));
+    holder.letGo();
+    asking.join();
 }
 
 TEST_F(SilentDisplayTest, TheKeyboardIsNotReadWithoutEnd)

@@ -111,15 +111,18 @@ void *XDisplay::waitForReply(unsigned int sequence) const
     void *reply = nullptr;
     xcb_generic_error_t *error = nullptr;
     const QDeadlineTimer deadline(m_patience);
+    bool isLastLook = false;
     while (xcb_poll_for_reply(m_connection, sequence, &reply, &error) == 0) {
-        pollfd answer{xcb_get_file_descriptor(m_connection), POLLIN, 0};
-        const auto limit = std::min<qint64>(deadline.remainingTime(), stopPatience.count());
-        const bool isAny = ::poll(&answer, 1, int(limit)) != 0;
-        if (deadline.hasExpired() || (!isAny && m_stop.stop_requested())) {
+        if (isLastLook) {
             m_isSilent = true;
             xcb_discard_reply(m_connection, sequence);
             throw DisplaySilent();
         }
+        pollfd answer{xcb_get_file_descriptor(m_connection), POLLIN, 0};
+        const auto limit = std::min<qint64>(deadline.remainingTime(), stopPatience.count());
+        const bool isAny = ::poll(&answer, 1, int(limit)) != 0;
+        // It may have come while this thread was held up.
+        isLastLook = deadline.hasExpired() || (!isAny && m_stop.stop_requested());
     }
     std::free(error);
     return reply;
