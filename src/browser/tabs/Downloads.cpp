@@ -4,6 +4,7 @@
 #include "browser/tabs/BrowserWindow.h"
 #include "platform/Announcer.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QPointer>
@@ -17,6 +18,15 @@ namespace {
 
 /// A page can begin downloads without end, and each is a question.
 constexpr qsizetype mostQuestions = 5;
+
+/// One spelling for each place, however its folder is reached. A link in the place itself gives way to the
+/// file.
+QString placeOf(const QString &path)
+{
+    const QFileInfo file(path);
+    const QString folder = file.dir().canonicalPath();
+    return folder.isEmpty() ? QDir::cleanPath(file.absoluteFilePath()) : folder + u'/' + file.fileName();
+}
 
 } // namespace
 
@@ -38,6 +48,7 @@ void Downloads::add(const Download &download)
 
 void Downloads::windowClosed()
 {
+    setProblem({});
     const QList<Download> unanswered = std::exchange(m_waiting, {});
     for (const Download &download : unanswered)
         download->cancel();
@@ -63,10 +74,11 @@ void Downloads::askForNext()
                                   if (!self || !self->m_waiting.contains(download))
                                       return;
                                   if (self->isTaken(path)) {
-                                      self->m_announcer.announce(u"Another download is written there."_s);
+                                      self->setProblem(u"Another download is written there."_s);
                                       self->askForNext();
                                       return;
                                   }
+                                  self->setProblem({});
                                   self->m_waiting.removeOne(download);
                                   self->start(download, path);
                                   if (!self->m_waiting.isEmpty())
@@ -74,9 +86,19 @@ void Downloads::askForNext()
                               });
 }
 
+void Downloads::setProblem(const QString &problem)
+{
+    if (!problem.isEmpty())
+        m_announcer.announce(problem);
+    if (m_problem == problem)
+        return;
+    m_problem = problem;
+    Q_EMIT changed();
+}
+
 bool Downloads::isTaken(const QString &path) const
 {
-    return std::ranges::find(m_places, path) != m_places.end();
+    return !path.isEmpty() && std::ranges::find(m_places, placeOf(path)) != m_places.end();
 }
 
 /// The save panel knows of no file that is still to come, and the one that ends last would be all that is
@@ -109,7 +131,7 @@ void Downloads::start(const Download &download, const QString &path)
     }
     m_refused.agreed(download->site());
     m_running.append(download);
-    m_places.insert(download.get(), path);
+    m_places.insert(download.get(), placeOf(path));
     const PageDownload *const key = download.get();
     connect(key, &PageDownload::progressed, this, &Downloads::changed);
     connect(key, &PageDownload::finished, this, [this, key] {

@@ -34,13 +34,16 @@ public:
 
     /// Those that are being written, the oldest first.
     const QList<Download> &running() const { return m_running; }
+    /// Why the question that stands is asked again; empty mostly.
+    const QString &problem() const { return m_problem; }
 
 Q_SIGNALS:
-    /// One has begun or ended, or has got further.
+    /// One has begun or ended, or has got further; or there is a problem, or none any more.
     void changed();
 
 private:
     void askForNext();
+    void setProblem(const QString &problem);
     bool isTaken(const QString &path) const;
     QString freeName(const QString &name) const;
     void start(const Download &download, const QString &path);
@@ -52,6 +55,7 @@ private:
     QList<Download> m_waiting; ///< The first is the one that is asked about.
     QList<Download> m_running;
     QHash<const PageDownload *, QString> m_places; ///< Where those that are running go.
+    QString m_problem;
 };
 
 } // namespace morvane

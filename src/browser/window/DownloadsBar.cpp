@@ -3,6 +3,7 @@
 #include "browser/window/DownloadRow.h"
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/FocusInSight.h"
+#include "ui/controls/LineLabel.h"
 
 #include <QVBoxLayout>
 #include <algorithm>
@@ -17,11 +18,13 @@ constexpr qsizetype mostInSight = 3;
 } // namespace
 
 DownloadsBar::DownloadsBar(const Downloads &downloads, QWidget *parent)
-    : QScrollArea(parent), m_downloads(downloads)
+    : QScrollArea(parent), m_downloads(downloads), m_problem(new LineLabel(Qt::PlainText))
 {
     auto *content = new QWidget;
     m_column = new QVBoxLayout(content);
     m_column->setContentsMargins(12, 4, 12, 4);
+    m_problem->setObjectName(u"problem"_s);
+    m_column->addWidget(m_problem);
     setAccessibleRole(content, QAccessible::Grouping);
     content->setAccessibleName(u"Downloads"_s);
     setFrameShape(QFrame::NoFrame);
@@ -42,8 +45,9 @@ QSize DownloadsBar::sizeHint() const
     const QMargins margins = m_column->contentsMargins();
     const auto rows = static_cast<int>(std::min(m_rows.size(), mostInSight));
     const int row = m_rows.isEmpty() ? 0 : m_rows.first()->sizeHint().height();
-    return {widget()->sizeHint().width(),
-            margins.top() + rows * row + std::max(0, rows - 1) * m_column->spacing() + margins.bottom()};
+    const int problem = m_problem->isHidden() ? 0 : m_problem->sizeHint().height() + m_column->spacing();
+    return {widget()->sizeHint().width(), margins.top() + problem + rows * row +
+                                              std::max(0, rows - 1) * m_column->spacing() + margins.bottom()};
 }
 
 void DownloadsBar::update()
@@ -63,7 +67,11 @@ void DownloadsBar::update()
         m_rows.append(new DownloadRow(running.at(index)));
         m_column->addWidget(m_rows.last());
     }
-    setVisible(!running.isEmpty());
+    m_problem->setText(m_downloads.problem());
+    m_problem->setVisible(!m_downloads.problem().isEmpty());
+    if (!m_problem->isHidden())
+        ensureWidgetVisible(m_problem);
+    setVisible(!running.isEmpty() || !m_problem->isHidden());
     updateGeometry();
 }
 

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QScrollArea>
 
+class QLabel;
 class QVBoxLayout;
 
 namespace morvane {
@@ -12,7 +13,7 @@ namespace morvane {
 class DownloadRow;
 
 /// The files that are being written, each with how far it is and a button that ends it. Scrolls from the
-/// fourth on, and is not shown when there are none.
+/// fourth on, and is not shown when there are none. Above them, why the user is asked again for a place.
 class DownloadsBar : public QScrollArea {
     Q_OBJECT
 public:
@@ -27,6 +28,7 @@ private:
 
     const Downloads &m_downloads;
     QVBoxLayout *m_column;
+    QLabel *m_problem;
     QList<DownloadRow *> m_rows;
 };
 

@@ -215,7 +215,8 @@ TEST_F(BrowserWindowViewTest, AFileThatIsWrittenIsShownWithItsProgress)
     EXPECT_EQ(progress->maximum(), 0);
     file->progress(3'000'000'000, 4'000'000'000);
     EXPECT_EQ(progress->value(), 75);
-    EXPECT_EQ(bar->findChild<QLabel *>()->text(), u"a file.txt from files.test"_s);
+    EXPECT_EQ(bar->findChild<DownloadRow *>()->findChild<QLabel *>()->text(),
+              u"a file.txt from files.test"_s);
     Q_EMIT file->finished();
     settle();
     EXPECT_FALSE(bar->isVisible());

@@ -6,6 +6,7 @@
 #include "ui/sheets/AnswerGuard.h"
 
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <vector>
 
@@ -33,6 +34,12 @@ protected:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     QFileDialog *panel() const { return part<QFileDialog>(); }
+    /// What the user sees of why the panel came again.
+    QString problem() const
+    {
+        const auto *label = part<DownloadsBar>()->findChild<QLabel *>(u"problem"_s);
+        return label->isVisible() ? label->text() : QString();
+    }
     QAbstractButton *cancel(int number) const
     {
         return button(u"Cancel the download of file %1"_s.arg(number));
@@ -64,6 +71,28 @@ TEST_F(DownloadsBarTest, ManyFilesLeaveThePageItsRoomAndTheKeyboardReachesThemAl
     settle();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(cancel(5), nullptr);
+}
+
+TEST_F(DownloadsBarTest, WhyThePanelComesAgainIsSeen)
+{
+    take(1);
+    const auto file = offer(2);
+    const auto choose = [&](const QString &name) {
+        panel()->setDirectory(home.path());
+        panel()->findChild<QLineEdit *>()->setText(name);
+        static_cast<QDialog *>(panel())->accept();
+        settle();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    EXPECT_EQ(problem(), QString());
+    choose(u"file 1"_s);
+    ASSERT_NE(panel(), nullptr) << "it is asked again";
+    EXPECT_EQ(problem(), u"Another download is written there."_s);
+    const auto *label = part<DownloadsBar>()->findChild<QLabel *>(u"problem"_s);
+    EXPECT_EQ(label->visibleRegion().boundingRect().size(), label->size());
+    choose(u"file 2"_s);
+    EXPECT_EQ(problem(), QString());
+    EXPECT_EQ(file->log, QStringList{u"to "_s + home.path(u"file 2"_s)});
 }
 
 TEST_F(DownloadsBarTest, WhereAFileGoesIsNotSaidByWhatTheUserIsWriting)

@@ -2,6 +2,10 @@
 
 #include "BrowserFixture.h"
 
+#include "support/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 
 namespace morvane {
@@ -89,6 +93,44 @@ TEST_F(DownloadsTest, OneDoesNotTakeThePlaceOfAnotherThatIsStillWritten)
     choose("/home/me/disk.tar.gz");
     EXPECT_EQ(third->answer, "/home/me/disk.tar.gz");
     EXPECT_EQ(second->answer, "/home/me/disk.tar (2).gz");
+}
+
+TEST_F(DownloadsTest, APlaceIsTheSameHoweverItIsSpelled)
+{
+    const TemporaryHome home;
+    ASSERT_TRUE(QDir(home.path()).mkpath("files/below"));
+    ASSERT_TRUE(QFile::link(home.path("files"), home.path("link")));
+    offer();
+    choose(home.path("files/disk.img"));
+    const auto second = offer();
+    for (const QString &spelling : {"link/disk.img", "files/below/../disk.img", "files/./disk.img"}) {
+        spoken();
+        choose(home.path(spelling));
+        EXPECT_EQ(spoken(), QStringList("Another download is written there.")) << spelling.toStdString();
+        EXPECT_EQ(second->answer, "");
+    }
+    choose(home.path("files/below/disk.img"));
+    EXPECT_EQ(second->answer, home.path("files/below/disk.img"));
+}
+
+TEST_F(DownloadsTest, APlaceThatIsTakenIsAProblemUntilTheQuestionIsAnswered)
+{
+    offer();
+    choose("/x");
+    EXPECT_EQ(downloads.problem(), "");
+    const QSignalSpy changes(&downloads, &Downloads::changed);
+    for (const QString &answer : {QString(), QString("/y")}) {
+        offer();
+        choose("/x");
+        EXPECT_EQ(downloads.problem(), "Another download is written there.");
+        choose(answer);
+        EXPECT_EQ(downloads.problem(), "");
+    }
+    EXPECT_GE(changes.size(), 4);
+    offer();
+    choose("/x");
+    manager.windowClosed();
+    EXPECT_EQ(downloads.problem(), "");
 }
 
 TEST_F(DownloadsTest, AFailureIsToldWithItsReason)
