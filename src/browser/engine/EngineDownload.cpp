@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
 #include <QThreadPool>
 #include <QWebEngineDownloadRequest>
 #include <filesystem>
@@ -32,10 +34,15 @@ bool moved(const QString &from, const QString &to)
     fs::rename(source, place, failure);
     if (failure != std::errc::cross_device_link)
         return !failure;
-    const fs::path beside(place.string() + ".part");
+    // Under a name that nobody has; what is not whole goes again.
+    QTemporaryFile part(QFileInfo(to).path() + u"/download-XXXXXX.part"_s);
+    if (!part.open())
+        return false;
+    const fs::path beside(QFile::encodeName(part.fileName()).toStdString());
     fs::copy_file(source, beside, fs::copy_options::overwrite_existing, failure);
     if (!failure)
         fs::rename(beside, place, failure);
+    part.setAutoRemove(bool(failure));
     return !failure;
 }
 

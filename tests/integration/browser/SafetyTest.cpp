@@ -1,5 +1,6 @@
 #include "EngineFixture.h"
 
+#include "support/SmallVolume.h"
 #include "support/TemporaryHome.h"
 #include "support/TestCertificate.h"
 #include "support/TlsServer.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
@@ -223,6 +225,33 @@ TEST_F(SafetyTest, ATruncatedDownloadIsAFailure)
     ASSERT_TRUE(waitUntil([this] { return announcer.spoken.join('|').contains("Download failed: "); }))
         << announcer.spoken.join('|').toStdString();
     EXPECT_FALSE(announcer.spoken.contains("Download complete."));
+}
+
+TEST_F(SafetyTest, AFileForAnotherDiskTouchesNothingBesideItsPlace)
+{
+    const TemporaryHome home;
+    ASSERT_TRUE(QDir(home.path()).mkpath("disk"));
+    const SmallVolume disk(home.path("disk"), 1'000'000);
+    ASSERT_TRUE(disk.isMounted());
+    home.write("disk/file.part", "the user's own");
+    const auto take = [&](const QString &name, qsizetype size) {
+        HttpHeaders headers;
+        headers.set("Content-Type", "application/octet-stream");
+        server.answer("/" + name.toLatin1(), rawHttpResponse(200, QByteArray(size, 'x'), headers));
+        page().load(server.url("/" + name));
+        EXPECT_TRUE(
+            waitUntil([&] { return window.asked.contains("where to write " + name + " of 127.0.0.1"); }));
+        announcer.spoken.clear();
+        window.destinations.last()(home.path("disk/" + name));
+        EXPECT_TRUE(waitUntil([this] { return manager->downloads().running().isEmpty(); }));
+        return announcer.spoken.last();
+    };
+    EXPECT_EQ(take("file", 5000), "Download complete.");
+    EXPECT_EQ(home.read("disk/file"), QByteArray(5000, 'x'));
+    EXPECT_EQ(home.read("disk/file.part"), "the user's own");
+    EXPECT_EQ(take("large", 2'000'000), "Download failed: The file could not be written there.");
+    EXPECT_EQ(QDir(home.path("disk")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList({"file", "file.part"}));
 }
 
 TEST_F(SafetyTest, AFileWhosePageIsGoneIsOfferedAllTheSame)
