@@ -5,27 +5,30 @@
 #include <utility>
 
 namespace morvane {
-namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto lookPause = 50ms;
-/// A document that is loaded anew may have come before it was known that it would.
-constexpr int mostLooks = 100;
-
-} // namespace
-
-ComingDocument::ComingDocument(std::function<bool()> hasKeyboard, QObject *parent)
+ComingDocument::ComingDocument(std::function<bool()> hasKeyboard, std::chrono::milliseconds pause,
+                               QObject *parent)
     : QObject(parent), m_hasKeyboard(std::move(hasKeyboard))
 {
-    m_looking.setInterval(lookPause);
+    m_looking.setInterval(pause);
     connect(&m_looking, &QTimer::timeout, this, &ComingDocument::look);
+}
+
+void ComingDocument::begun()
+{
+    const QAccessible::Id found = m_hasKeyboard() ? foundDocument() : 0;
+    // While another one is awaited, what is found is not what is shown.
+    m_settled = found == m_before ? 0 : found;
 }
 
 void ComingDocument::replaced()
 {
     m_looking.stop();
-    m_before = m_hasKeyboard() ? foundFocus() : 0;
+    const QAccessible::Id found = m_hasKeyboard() ? foundDocument() : 0;
+    const QAccessible::Id settled = std::exchange(m_settled, 0);
+    // That of another process is handed over before it is known to have come.
+    const bool isThere = settled != 0 && found != settled;
+    m_before = isThere ? 0 : found;
 }
 
 void ComingDocument::loaded()
@@ -39,14 +42,16 @@ void ComingDocument::forget()
 {
     m_looking.stop();
     m_before = 0;
+    m_settled = 0;
 }
 
 void ComingDocument::look()
 {
     const bool isSeen = m_hasKeyboard();
-    if (isSeen && m_before != 0 && foundFocus() == m_before && ++m_looks < mostLooks)
+    if (isSeen && m_before != 0 && foundDocument() == m_before && ++m_looks < mostLooks)
         return;
-    forget();
+    m_looking.stop();
+    m_before = 0;
     if (isSeen)
         Q_EMIT found();
 }

@@ -17,9 +17,10 @@ constexpr QSize smallestPage{120, 80};
 
 } // namespace
 
-PageArea::PageArea(BrowserManager &manager, QWidget *parent)
+PageArea::PageArea(BrowserManager &manager, const std::function<bool()> &isHeard, QWidget *parent)
     : QStackedWidget(parent), m_manager(manager),
-      m_coming([this] { return QAccessible::isActive() && isActiveWindow() && hasPageFocus(); })
+      m_coming([this, isHeard] { return isHeard() && isActiveWindow() && hasPageFocus(); },
+               ComingDocument::usualPause, this)
 {
     setAccessibleRole(this, QAccessible::Grouping);
     setMinimumSize(smallestPage);
@@ -48,6 +49,7 @@ void PageArea::showActiveTab()
     if (!m_tab)
         return;
     connect(m_tab, &BrowserTab::changed, this, &PageArea::updateName);
+    connect(&m_tab->webView(), &WebPage::navigationStarted, &m_coming, &ComingDocument::begun);
     connect(&m_tab->webView(), &WebPage::committed, &m_coming, &ComingDocument::replaced);
     connect(&m_tab->webView(), &WebPage::finished, &m_coming, &ComingDocument::loaded);
     connect(&m_tab->webView(), &WebPage::failed, &m_coming, &ComingDocument::loaded);

@@ -14,8 +14,9 @@ class BrowserTab;
 class PageArea : public QStackedWidget {
     Q_OBJECT
 public:
-    /// `manager` outlives the area.
-    explicit PageArea(BrowserManager &manager, QWidget *parent = nullptr);
+    /// `manager` outlives the area. `isHeard` says whether there may be a screen reader.
+    explicit PageArea(BrowserManager &manager, const std::function<bool()> &isHeard = &QAccessible::isActive,
+                      QWidget *parent = nullptr);
     ~PageArea() override;
 
     /// The keyboard goes to the page.

@@ -180,10 +180,13 @@ bool isToldToReaders(const QAccessibleEvent &event)
     return isWorthTelling(event, sourceOf(event));
 }
 
-QAccessible::Id foundFocus()
+QAccessible::Id foundDocument()
 {
-    QAccessibleInterface *focused = currentFocus();
-    return focused != nullptr ? QAccessible::uniqueId(focused) : 0;
+    QAccessibleInterface *found = currentFocus();
+    for (QAccessibleInterface *around = found; around != nullptr; around = around->parent())
+        if (around->role() == QAccessible::WebDocument)
+            found = around;
+    return found != nullptr ? QAccessible::uniqueId(found) : 0;
 }
 
 void tellFocusAnew()

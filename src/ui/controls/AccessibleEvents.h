@@ -20,8 +20,9 @@ QWidget *widgetOf(QAccessibleInterface *element);
 /// Whether the filter lets an event through.
 bool isToldToReaders(const QAccessibleEvent &event);
 
-/// What assistive technology finds as having the focus; 0 where it finds nothing.
-QAccessible::Id foundFocus();
+/// The document in which assistive technology finds the focus: the outermost one, wherever in it the focus
+/// is; outside of documents what has the focus itself, and 0 where it finds nothing.
+QAccessible::Id foundDocument();
 
 /// Tells where the focus is, if it was not told yet. For a document that another one takes the place of,
 /// which says nothing of it.

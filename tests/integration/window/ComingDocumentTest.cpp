@@ -1,6 +1,7 @@
 #include "browser/window/ComingDocument.h"
 
 #include "support/WaitUntil.h"
+#include "ui/controls/AccessibleRole.h"
 
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -78,6 +79,56 @@ TEST_F(ComingDocumentTest, ThatOfAnotherTabIsNotWaitedFor)
     document.forget();
     findInAnother();
     EXPECT_TRUE(found.isEmpty());
+}
+
+TEST_F(ComingDocumentTest, WhoeverGoesOnInTheOldDocumentIsStillInIt)
+{
+    auto *const whole = new QWidget(&window);
+    setAccessibleRole(whole, QAccessible::WebDocument);
+    auto *const one = new QLineEdit(whole);
+    auto *const other = new QLineEdit(whole);
+    whole->show();
+    one->setFocus();
+    document.replaced();
+    other->setFocus();
+    document.loaded();
+    EXPECT_TRUE(found.isEmpty());
+}
+
+TEST_F(ComingDocumentTest, OneThatWasThereBeforeThatWasKnownIsFoundAtOnce)
+{
+    document.begun();
+    next->setFocus();
+    document.replaced();
+    document.loaded();
+    EXPECT_EQ(found.size(), 1);
+}
+
+TEST_F(ComingDocumentTest, OfTwoInARowTheLastIsAwaited)
+{
+    auto *const last = new QLineEdit(&window);
+    last->show();
+    document.begun();
+    document.replaced();
+    document.begun();
+    next->setFocus();
+    document.replaced();
+    document.loaded();
+    EXPECT_TRUE(found.isEmpty());
+    last->setFocus();
+    EXPECT_TRUE(waitUntil([this] { return !found.isEmpty(); }));
+}
+
+TEST_F(ComingDocumentTest, OneThatIsNeverHandedOverIsNotAwaitedForEver)
+{
+    ComingDocument never([] { return true; }, std::chrono::milliseconds(0));
+    const QSignalSpy given(&never, &ComingDocument::found);
+    never.replaced();
+    never.loaded();
+    EXPECT_TRUE(given.isEmpty());
+    EXPECT_TRUE(waitUntil([&] { return !given.isEmpty(); }));
+    findInAnother();
+    EXPECT_EQ(given.size(), 1);
 }
 
 } // namespace
