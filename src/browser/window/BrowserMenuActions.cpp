@@ -91,17 +91,20 @@ void BrowserMenuActions::toggleFullScreen()
 
 void BrowserMenuActions::goBack()
 {
-    if (!m_manager.canGoBack())
+    // What is shown follows once the page has come; a second press may find none to go back to.
+    const BrowserTab *tab = m_manager.activeTab();
+    if (!tab || !tab->webView().canGoBack())
         return;
-    m_manager.activeTab()->webView().goBack();
+    tab->webView().goBack();
     m_services.announcer.announce(u"Going back."_s);
 }
 
 void BrowserMenuActions::goForward()
 {
-    if (!m_manager.canGoForward())
+    const BrowserTab *tab = m_manager.activeTab();
+    if (!tab || !tab->webView().canGoForward())
         return;
-    m_manager.activeTab()->webView().goForward();
+    tab->webView().goForward();
     m_services.announcer.announce(u"Going forward."_s);
 }
 

@@ -14,6 +14,7 @@
 #include "browser/window/HistorySheet.h"
 #include "browser/window/PageArea.h"
 #include "browser/window/PageQuestions.h"
+#include "platform/Announcer.h"
 #include "platform/WindowRaiser.h"
 
 #include <QAction>
@@ -215,10 +216,12 @@ void BrowserWindowView::closeEvent(QCloseEvent *event)
 void BrowserWindowView::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() != QEvent::WindowStateChange)
+    if (event->type() != QEvent::WindowStateChange || isFullScreen() == m_wasFullScreen)
         return;
+    m_wasFullScreen = isFullScreen();
     if (auto *action = findChild<QAction *>(u"fullScreen"_s))
         action->setText(isFullScreen() ? u"Exit Full Screen\tCtrl+F"_s : u"Enter Full Screen\tCtrl+F"_s);
+    m_services.announcer.announce(isFullScreen() ? u"Full screen entered."_s : u"Full screen left."_s);
 }
 
 } // namespace morvane

@@ -61,6 +61,7 @@ private:
     PageArea *m_page = nullptr;
     AgentPanel *m_panel = nullptr;
     QPointer<HistorySheet> m_history;
+    bool m_wasFullScreen = false;
 };
 
 } // namespace morvane

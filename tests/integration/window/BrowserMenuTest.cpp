@@ -294,7 +294,7 @@ TEST_F(BrowserMenuTest, AboutTellsTheVersionUnderTheBrowsersName)
     EXPECT_TRUE(alert()->text().contains(u"A desktop AI agent"_s));
 }
 
-TEST_F(BrowserMenuTest, FullScreenComesAndGoes)
+TEST_F(BrowserMenuTest, FullScreenComesAndGoesAndIsSpoken)
 {
     choose(u"View"_s, u"Enter Full Screen\tCtrl+F"_s);
     EXPECT_TRUE(window->isFullScreen());
@@ -302,6 +302,11 @@ TEST_F(BrowserMenuTest, FullScreenComesAndGoes)
     EXPECT_FALSE(window->isFullScreen());
     press(Qt::Key_F11);
     EXPECT_TRUE(window->isFullScreen());
+    press(Qt::Key_F11);
+    window->showMaximized();
+    settle();
+    EXPECT_EQ(announcer.spoken.join(u' '),
+              u"Full screen entered. Full screen left. Full screen entered. Full screen left."_s);
 }
 
 TEST_F(BrowserMenuTest, MinimizeAndHideTakeTheWindowAway)

@@ -74,6 +74,23 @@ TEST_F(BrowserToolbarTest, BackForwardAndReloadAreDoneAndSpoken)
     EXPECT_THAT(announcer.spoken, Contains(u"Reloading page."_s));
 }
 
+TEST_F(BrowserToolbarTest, APressThatLeadsNowhereSaysNothing)
+{
+    browser->page().forward = true;
+    goOn();
+    announcer.spoken.clear();
+    for (const QString &name : {u"Go back"_s, u"Go forward"_s}) {
+        click(name);
+        // The page that comes has no other before it or after it; the buttons follow when it is there.
+        browser->page().back = browser->page().forward = false;
+        click(name);
+        EXPECT_EQ(browser->page().log.count(name.section(u' ', 1)), 1);
+        browser->page().forward = true;
+    }
+    EXPECT_EQ(announcer.spoken.count(u"Going back."_s), 1);
+    EXPECT_EQ(announcer.spoken.count(u"Going forward."_s), 1);
+}
+
 TEST_F(BrowserToolbarTest, AButtonThatIsSwitchedOffKeepsTheKeyboard)
 {
     goOn();
