@@ -105,5 +105,17 @@ TEST_F(FloodTest, TheUserOpensWindowsWhereAPageMayNot)
     EXPECT_TRUE(arrives("/two"));
 }
 
+TEST_F(FloodTest, APageThatComesAfterTheGreedyOneMayOpenItsWindow)
+{
+    server.keepWaiting("/waiting");
+    server.page("/greedy", "<script>for (let i = 0; i < 10; ++i) open('/waiting')</script>");
+    server.page("/modest", "<script>setInterval(() => open('/two'), 20)</script>");
+    const QSignalSpy refusals(&page(), &WebPage::windowsRefused);
+    page().load(server.url("/greedy"));
+    ASSERT_TRUE(waitUntil([&] { return refusals.size() == 1; }));
+    page().load(server.url("/modest"));
+    EXPECT_TRUE(arrives("/two"));
+}
+
 } // namespace
 } // namespace morvane
