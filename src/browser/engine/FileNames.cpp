@@ -1,5 +1,7 @@
 #include "browser/engine/FileNames.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -15,6 +17,12 @@ bool isShown(QChar character)
            category != QChar::Separator_Line && category != QChar::Separator_Paragraph;
 }
 
+/// At the beginning, where a dot would hide the file.
+bool isLeft(QChar character)
+{
+    return character == u'.' || character == u'~' || character == u' ';
+}
+
 } // namespace
 
 QString offeredFileName(const QString &suggested)
@@ -24,13 +32,14 @@ QString offeredFileName(const QString &suggested)
     for (const QChar character : QStringView(suggested).mid(folder + 1))
         if (isShown(character))
             name.append(character);
-    name = name.trimmed();
-    while (name.startsWith(u'.'))
-        name.remove(0, 1);
+    // To save panels the name is what stands between quotation marks, and a tilde stands for a home folder.
+    name = name.replace(u'"', u'\'').simplified();
+    name.remove(0, std::ranges::find_if_not(name, isLeft) - name.begin());
     if (name.toUtf8().size() > longestName) {
         const qsizetype dot = name.lastIndexOf(u'.');
         constexpr qsizetype longestSuffix = 20;
         const QString suffix = dot > 0 && name.size() - dot <= longestSuffix ? name.mid(dot) : QString();
+        name.truncate(longestName);
         while (!name.isEmpty() && (name + suffix).toUtf8().size() > longestName)
             name.chop(name.back().isLowSurrogate() ? 2 : 1);
         name += suffix;

@@ -1,0 +1,45 @@
+#include "EngineFixture.h"
+
+namespace morvane {
+namespace {
+
+/// Files that sites hand over, whatever they are called.
+class DownloadTest : public EngineFixture {
+protected:
+    DownloadTest() { show("<p>x"); }
+
+    /// What a file is offered as that its site calls so.
+    QString offeredAs(const QByteArray &name)
+    {
+        HttpHeaders headers;
+        headers.set("Content-Type", "application/octet-stream");
+        headers.set("Content-Disposition", "attachment; filename=\"" + name + "\"");
+        server.answer("/file", rawHttpResponse(200, "x", headers));
+        window.destinations.clear();
+        page().load(server.url("/file"));
+        if (!waitUntil([&] { return window.destinations.size() == 1; }))
+            return "nothing";
+        const QString question = window.asked.last();
+        window.destinations.last()({});
+        manager->forgetRefusals();
+        return question.sliced(QString("where to write ").size()).chopped(QString(" of 127.0.0.1").size());
+    }
+};
+
+TEST_F(DownloadTest, ANameSaysToTheSavePanelWhatItSaysToTheUser)
+{
+    EXPECT_EQ(offeredAs(R"(photo\".bashrc)"), "photo'.bashrc");
+    EXPECT_EQ(offeredAs(R"(report.pdf \"run.sh\")"), "report.pdf 'run.sh'");
+    EXPECT_EQ(offeredAs("~root"), "root");
+    EXPECT_EQ(offeredAs("~ . ~x.txt"), "x.txt");
+    EXPECT_EQ(offeredAs("picture.png                    .sh"), "picture.png .sh");
+    EXPECT_EQ(offeredAs("a ~ b.txt"), "a ~ b.txt");
+}
+
+TEST_F(DownloadTest, ANameWithoutEndKeepsItsBeginningAndItsKind)
+{
+    EXPECT_EQ(offeredAs(QByteArray(100'000, 'a') + ".txt"), QString(196, 'a') + ".txt");
+}
+
+} // namespace
+} // namespace morvane
