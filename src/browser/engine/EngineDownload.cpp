@@ -2,6 +2,7 @@
 
 #include "browser/engine/FileNames.h"
 #include "browser/engine/LoadError.h"
+#include "browser/pages/SiteOf.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -66,16 +67,16 @@ QString reason(QWebEngineDownloadRequest::DownloadInterruptReason reason)
 }
 
 /// What a page has made itself has the address of the page behind a word.
-QString siteOf(const QUrl &address)
+QString makerOf(const QUrl &address)
 {
-    return address.scheme() == "blob"_L1 ? QUrl(address.path()).host() : address.host();
+    return address.scheme() == "blob"_L1 ? siteOf(QUrl(address.path())) : siteOf(address);
 }
 
 } // namespace
 
 EngineDownload::EngineDownload(QWebEngineDownloadRequest &request, const QString &folder)
-    : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())), m_site(siteOf(request.url())),
-      m_held(folder + u"/XXXXXX"_s)
+    : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())),
+      m_site(makerOf(request.url())), m_held(folder + u"/XXXXXX"_s)
 {
     take(request);
 }

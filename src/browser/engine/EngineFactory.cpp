@@ -3,6 +3,7 @@
 #include "base/AtomicFile.h"
 #include "browser/engine/EngineDownload.h"
 #include "browser/engine/EngineWebPage.h"
+#include "browser/pages/SiteOf.h"
 
 #include <QDir>
 #include <QFile>
@@ -93,7 +94,7 @@ EngineFactory::EngineFactory(const EngineOptions &options)
         [show = options.showNotification](const std::unique_ptr<QWebEngineNotification> &notification) {
             if (!show)
                 return;
-            show({notification->origin().host(), notification->title(), notification->message()});
+            show({siteOf(notification->origin()), notification->title(), notification->message()});
             notification->show();
         });
     QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_pages,

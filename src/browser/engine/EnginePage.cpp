@@ -1,5 +1,8 @@
 #include "browser/engine/EnginePage.h"
 
+#include "browser/pages/SiteOf.h"
+
+#include <QAction>
 #include <QAuthenticator>
 #include <QCoreApplication>
 #include <QWebEngineCertificateError>
@@ -38,12 +41,14 @@ EnginePage::EnginePage(QWebEngineProfile &profile, SteadyNow now, QObject *paren
       m_dialogs(*m_view, [this](const QString &words) { Q_EMIT askedElsewhere(words); }, std::move(now))
 {
     m_view->setPage(this);
+    // It would go to an address that is none of the web's.
+    action(QWebEnginePage::ViewSource)->setVisible(false);
     connect(this, &QWebEnginePage::certificateError, this,
             [](QWebEngineCertificateError error) { error.rejectCertificate(); });
     connect(this, &QWebEnginePage::newWindowRequested, this, &EnginePage::answerWindow);
     connect(this, &QWebEnginePage::authenticationRequired, this,
             [this](const QUrl &address, QAuthenticator *authenticator) {
-                authenticate(address.host(), *authenticator);
+                authenticate(siteOf(address), *authenticator);
             });
     connect(this, &QWebEnginePage::proxyAuthenticationRequired, this,
             [this](const QUrl &, QAuthenticator *authenticator, const QString &proxy) {
@@ -76,7 +81,7 @@ void EnginePage::answerWindow(const QWebEngineNewWindowRequest &request)
     }
     // One without an address is to be written by the page itself; one that may not be is called so, too.
     const QUrl address = request.requestedUrl();
-    Q_EMIT windowWanted(address.scheme() == "about"_L1 ? QUrl() : address);
+    Q_EMIT windowWanted(isOfTheWeb(address) && address.scheme() != "about"_L1 ? address : QUrl());
 }
 
 void EnginePage::forgetWindows()
@@ -136,7 +141,7 @@ void EnginePage::javaScriptAlert(const QUrl &origin, const QString &text)
 {
     if (refuses())
         return;
-    m_dialogs.alert(origin.host(), text);
+    m_dialogs.alert(siteOf(origin), text);
     dialogEnded();
 }
 
@@ -145,9 +150,9 @@ bool EnginePage::javaScriptConfirm(const QUrl &origin, const QString &text)
     if (refuses())
         return text == leavingQuestion();
     // Nor is anybody held by a page that is not to ask.
-    if (m_dialogs.isSilenced(origin.host()) && text == leavingQuestion())
+    if (m_dialogs.isSilenced(siteOf(origin)) && text == leavingQuestion())
         return true;
-    const bool agreed = m_dialogs.confirm(origin.host(), text);
+    const bool agreed = m_dialogs.confirm(siteOf(origin), text);
     dialogEnded();
     return agreed;
 }
@@ -157,7 +162,7 @@ bool EnginePage::javaScriptPrompt(const QUrl &origin, const QString &text, const
 {
     if (refuses())
         return false;
-    const auto answer = m_dialogs.prompt(origin.host(), text, initial);
+    const auto answer = m_dialogs.prompt(siteOf(origin), text, initial);
     dialogEnded();
     *result = answer.value_or(QString());
     return answer.has_value();
@@ -178,7 +183,7 @@ QStringList EnginePage::chooseFiles(FileSelectionMode mode, const QStringList &,
             return QFileDialog::ExistingFile;
         }
     };
-    const QStringList files = m_dialogs.files(url().host(), fileMode());
+    const QStringList files = m_dialogs.files(siteOf(url()), fileMode());
     dialogEnded();
     return files;
 }

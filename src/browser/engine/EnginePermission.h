@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browser/pages/PagePermission.h"
+#include "browser/pages/SiteOf.h"
 
 #include <QPointer>
 #include <QUrl>
@@ -25,7 +26,7 @@ public:
     }
 
     Kind kind() const override { return m_kind; }
-    QString site() const override { return m_origin.host(); }
+    QString site() const override { return siteOf(m_origin); }
     void grant() override { answer(QWebEnginePage::PermissionGrantedByUser); }
     void refuse() override { answer(QWebEnginePage::PermissionDeniedByUser); }
 

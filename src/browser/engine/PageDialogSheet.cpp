@@ -27,7 +27,8 @@ PageDialogSheet::PageDialogSheet(QWidget *window, const QString &speaker, const 
                                  Refusal refusal)
     : QDialog(window), m_column(new QVBoxLayout)
 {
-    const QString title = speaker.isEmpty() ? u"This page says"_s : pageText(speaker) + u" says"_s;
+    // A page of the web has a site; what has none is a frame in it.
+    const QString title = speaker.isEmpty() ? u"An embedded page says"_s : pageText(speaker) + u" says"_s;
     const QString shown = pageLines(text);
     setWindowModality(Qt::WindowModal);
     setWindowTitle(title);

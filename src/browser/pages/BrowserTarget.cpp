@@ -1,6 +1,7 @@
 #include "browser/pages/BrowserTarget.h"
 
 #include "base/Text.h"
+#include "browser/pages/SiteOf.h"
 
 #include <optional>
 
@@ -34,7 +35,7 @@ BrowserTarget searchFor(const QString &entry)
 
 QString BrowserTarget::host() const
 {
-    const QString host = url.host();
+    const QString host = siteOf(url);
     const qsizetype place = spelling.indexOf(host, 0, Qt::CaseInsensitive);
     return place < 0 ? host : spelling.mid(place, host.size());
 }

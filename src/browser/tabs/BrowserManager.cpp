@@ -2,6 +2,7 @@
 
 #include "async/Scheduler.h"
 #include "browser/pages/PageText.h"
+#include "browser/pages/SiteOf.h"
 #include "browser/pages/WebPageFactory.h"
 #include "platform/Announcer.h"
 
@@ -22,7 +23,7 @@ constexpr auto loadsHeardWithin = 10s;
 
 QString hostOr(const QUrl &address, const QString &fallback)
 {
-    return address.host().isEmpty() ? fallback : pageText(address.host());
+    return siteOf(address).isEmpty() ? fallback : pageText(siteOf(address));
 }
 
 } // namespace
@@ -221,7 +222,7 @@ void BrowserManager::listenTo(BrowserTab &tab)
     connect(page, &WebPage::windowsRefused, this, [this, &tab] {
         if (&tab == activeTab())
             announceLoad(u"More windows of %1 are refused."_s.arg(
-                RefusedSites::nameOf(tab.webView().address().host())));
+                RefusedSites::nameOf(siteOf(tab.webView().address()))));
     });
     connect(page, &WebPage::askedElsewhere, this,
             [this](const QString &words) { m_services.announcer.announce(words); });
@@ -266,7 +267,7 @@ void BrowserManager::navigationStarted(BrowserTab &tab, const QUrl &address)
 void BrowserManager::committed(BrowserTab &tab)
 {
     // The icon is that of the site before.
-    if (tab.webView().address().host() != QUrl(tab.urlString()).host())
+    if (siteOf(tab.webView().address()) != siteOf(QUrl(tab.urlString())))
         tab.setFavicon({});
     updateTabState(tab);
     tab.setLastElementRefs({});
@@ -278,8 +279,7 @@ void BrowserManager::finished(BrowserTab &tab)
     const QUrl address = tab.webView().address();
     if (!address.isEmpty() && m_services.recordHistory)
         m_services.recordHistory(tab.urlString(), tab.webView().title());
-    // As the records of history and bookmarks have it.
-    const QString host = address.host(QUrl::FullyEncoded);
+    const QString host = siteOf(address);
     if (tab.favicon().isNull() && !host.isEmpty() && m_services.fetchFavicon)
         m_services.scheduler.spawn(keepFavicon(&tab, host, m_services.fetchFavicon(host, &tab.webView())));
 }
@@ -287,7 +287,7 @@ void BrowserManager::finished(BrowserTab &tab)
 Task<void> BrowserManager::keepFavicon(QPointer<BrowserTab> tab, QString host, Task<QImage> fetched)
 {
     const QImage icon = co_await std::move(fetched);
-    if (tab && !icon.isNull() && QUrl(tab->urlString()).host(QUrl::FullyEncoded) == host)
+    if (tab && !icon.isNull() && siteOf(QUrl(tab->urlString())) == host)
         tab->setFavicon(icon);
 }
 

@@ -1,6 +1,7 @@
 #include "browser/tabs/BrowserTab.h"
 
 #include "base/Uuid.h"
+#include "browser/pages/SiteOf.h"
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +31,7 @@ void BrowserTab::setZoom(double zoom)
 void BrowserTab::followPage()
 {
     const QUrl address = m_page->address();
-    const QString host = address.host();
+    const QString host = siteOf(address);
     m_title = m_page->title();
     if (m_title.isEmpty())
         m_title = host.isEmpty() ? u"New Tab"_s : host;

@@ -1,6 +1,7 @@
 #include "browser/window/BrowsingRecords.h"
 
 #include "browser/pages/PageText.h"
+#include "browser/pages/SiteOf.h"
 #include "browser/pages/WebPageFactory.h"
 #include "browser/sites/Favicons.h"
 #include "browser/tabs/BrowserManager.h"
@@ -39,7 +40,7 @@ void BrowsingRecords::removeBookmark(QUuid id)
 
 QImage BrowsingRecords::bookmarkFavicon(const BrowserBookmark &bookmark) const
 {
-    return favicon(QUrl(bookmark.url).host(QUrl::FullyEncoded));
+    return favicon(siteOf(QUrl(bookmark.url)));
 }
 
 QImage BrowsingRecords::favicon(const QString &host) const

@@ -132,6 +132,14 @@ TEST_F(NavigationTest, TheIconOfAHostInAnotherScriptIsKeptUnderTheNameThatIsSent
     EXPECT_FALSE(tab().favicon().isNull());
 }
 
+TEST_F(NavigationTest, AHostInAnotherScriptIsCalledByTheNameThatIsSent)
+{
+    page().load(QUrl("https://b\u00FCcher.de/"));
+    page().commit();
+    EXPECT_EQ(spoken(), QStringList({"Loading xn--bcher-kva.de\u2026", "Loaded xn--bcher-kva.de"}));
+    EXPECT_EQ(tab().title(), "xn--bcher-kva.de");
+}
+
 TEST_F(NavigationTest, AnIconThatComesTooLateReachesNobody)
 {
     QImage icon(2, 2, QImage::Format_RGB32);
