@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -274,6 +275,22 @@ TEST_F(SafetyTest, AFileThatAPageHasMadeNamesItsSite)
          "Blob(['words']))</script>");
     EXPECT_EQ(click(1), "Clicked 'save'.");
     EXPECT_TRUE(isAsked("where to write made.txt of 127.0.0.1"));
+}
+
+TEST_F(SafetyTest, TheMenuOfAPageLeadsToNothingButTheWeb)
+{
+    show("<p>x");
+    QTest::mouseClick(page().view()->focusProxy(), Qt::RightButton, {}, QPoint(50, 50));
+    QMenu *menu = nullptr;
+    ASSERT_TRUE(waitUntil(
+        [&] { return (menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) != nullptr; }));
+    QStringList entries;
+    for (const QAction *entry : menu->actions())
+        if (entry->isVisible())
+            entries.append(entry->text());
+    menu->close();
+    EXPECT_TRUE(entries.contains("Reload"));
+    EXPECT_FALSE(entries.contains("View page source"));
 }
 
 TEST_F(SafetyTest, AServerThatCannotProveItselfIsNotShown)
