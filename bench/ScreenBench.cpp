@@ -148,7 +148,7 @@ private:
             measureCapture(words);
             tell("memory_left_mb", procMegabytes(u"self"_s, "smaps_rollup", "Pss") - memory);
         }
-        const QImage image = LinuxScreenCapture().capture(QRect(QPoint(), screenSize));
+        const QImage image = LinuxScreenCapture().capture(QRect(QPoint(), screenSize), {});
         if (isChosen("recognition")) {
             const double before = processorTimeOfOthers();
             tell("recognition_ms",
@@ -165,7 +165,7 @@ private:
         tell("capture_ms", medianMilliseconds(runs, [&] { text = capture(); }));
         tell("words_found_percent", foundPercent(words, text));
         tell("picture_ms",
-             medianMilliseconds(runs, [] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize)); }));
+             medianMilliseconds(runs, [] { LinuxScreenCapture().capture(QRect(QPoint(), screenSize), {}); }));
     }
 
     /// The command of the same library, as it comes.

@@ -7,6 +7,7 @@
 #include <QString>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace morvane {
 
@@ -29,7 +30,7 @@ struct ScreenElement {
 };
 
 /// The elements of other programs' windows. Any thread; calls block until the program answers, with a limit
-/// each.
+/// each. `stop` ends the waiting for the display, by DisplaySilent.
 class AccessibilityTree {
 public:
     enum class Outcome {
@@ -48,20 +49,22 @@ public:
 
     /// The children of each of `parents`, in the same order. Asked for together, since each question takes a
     /// way to the program and back. A parent that does not answer in time has none.
-    virtual QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
-                                                 QDeadlineTimer deadline) = 0;
+    virtual QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents, QDeadlineTimer deadline,
+                                                 const std::stop_token &stop) = 0;
 
     /// What lies at a point of the screen.
-    virtual std::optional<ScreenElement> elementAt(QPointF point) = 0;
+    virtual std::optional<ScreenElement> elementAt(QPointF point, const std::stop_token &stop) = 0;
 
     /// The same element as it is now; nothing if it is gone or no longer shown.
-    virtual std::optional<ScreenElement> current(const ScreenElement &element) = 0;
+    virtual std::optional<ScreenElement> current(const ScreenElement &element,
+                                                 const std::stop_token &stop) = 0;
 
     /// Whether a click at the middle of an element, which is `current`, would reach another window.
-    virtual bool isCovered(const ScreenElement &element) = 0;
+    virtual bool isCovered(const ScreenElement &element, const std::stop_token &stop) = 0;
 
-    virtual Outcome press(const ScreenElement &element) = 0;
-    virtual Outcome setValue(const ScreenElement &element, const QString &text) = 0;
+    virtual Outcome press(const ScreenElement &element, const std::stop_token &stop) = 0;
+    virtual Outcome setValue(const ScreenElement &element, const QString &text,
+                             const std::stop_token &stop) = 0;
 };
 
 } // namespace morvane

@@ -27,18 +27,18 @@ struct DesktopWindow {
 };
 
 /// The programs of the desktop and their windows. Any thread; calls may block, those that open something for
-/// seconds.
+/// seconds. `stop` ends the waiting for an answer of the display, by DisplaySilent.
 class Applications {
 public:
     virtual ~Applications() = default;
 
-    /// The program whose window has the focus. `stop` ends the waiting for an answer, by DisplaySilent.
+    /// The program whose window has the focus.
     virtual std::optional<RunningApplication> frontmost(const std::stop_token &stop) = 0;
     /// The window of the program that has the focus or had it last.
-    virtual std::optional<DesktopWindow> focusedWindow(qint64 pid) = 0;
+    virtual std::optional<DesktopWindow> focusedWindow(qint64 pid, const std::stop_token &stop) = 0;
     /// All that are visible.
-    virtual QList<DesktopWindow> windows() = 0;
-    /// The programs with windows. `stop` as for `frontmost`.
+    virtual QList<DesktopWindow> windows(const std::stop_token &stop) = 0;
+    /// The programs with windows.
     virtual QList<RunningApplication> running(const std::stop_token &stop) = 0;
 
     /// Brings all windows of the program to the front and gives it the focus. `stop` ends the waiting for

@@ -48,6 +48,12 @@ ScreenElement screenElement(const FakeElement &fake)
             std::make_shared<FakeLiveElement>(fake)};
 }
 
+void tell(const QuestionHooks &hooks, const QString &name, const std::stop_token &stop)
+{
+    if (const auto hook = hooks.value(name))
+        hook(stop);
+}
+
 class FakeInputSource : public InputSource {
 public:
     FakeInputSource(DesktopLog &log, const std::atomic<KeyboardHolder> &holder, std::atomic<int> &unread)
@@ -145,8 +151,21 @@ void FakeScreenCapture::requestAccess()
     granted = granted || grantsWhenAsked;
 }
 
-QImage FakeScreenCapture::capture(const QRect &region)
+QList<QRect> FakeScreenCapture::displays(const std::stop_token &stop)
 {
+    tell(onAsked, u"displays"_s, stop);
+    return frames;
+}
+
+QPoint FakeScreenCapture::pointer(const std::stop_token &stop)
+{
+    tell(onAsked, u"pointer"_s, stop);
+    return mouse;
+}
+
+QImage FakeScreenCapture::capture(const QRect &region, const std::stop_token &stop)
+{
+    tell(onAsked, u"capture"_s, stop);
     m_log.add(
         u"capture %1,%2 %3x%4"_s.arg(region.x()).arg(region.y()).arg(region.width()).arg(region.height()));
     if (fails)
@@ -164,8 +183,9 @@ std::optional<ScreenElement> FakeAccessibilityTree::application(qint64 pid, QDea
 }
 
 QList<QList<ScreenElement>> FakeAccessibilityTree::children(const QList<ScreenElement> &parents,
-                                                            QDeadlineTimer)
+                                                            QDeadlineTimer, const std::stop_token &stop)
 {
+    tell(onAsked, u"children"_s, stop);
     ++questions;
     QList<QList<ScreenElement>> families;
     for (const ScreenElement &parent : parents) {
@@ -177,14 +197,17 @@ QList<QList<ScreenElement>> FakeAccessibilityTree::children(const QList<ScreenEl
     return families;
 }
 
-std::optional<ScreenElement> FakeAccessibilityTree::elementAt(QPointF point)
+std::optional<ScreenElement> FakeAccessibilityTree::elementAt(QPointF point, const std::stop_token &stop)
 {
+    tell(onAsked, u"elementAt"_s, stop);
     m_log.add(u"look at "_s + place(point.toPoint()));
     return underPointer;
 }
 
-std::optional<ScreenElement> FakeAccessibilityTree::current(const ScreenElement &element)
+std::optional<ScreenElement> FakeAccessibilityTree::current(const ScreenElement &element,
+                                                            const std::stop_token &stop)
 {
+    tell(onAsked, u"current"_s, stop);
     if (outcome == Outcome::gone)
         return std::nullopt;
     ScreenElement now = element;
@@ -193,16 +216,38 @@ std::optional<ScreenElement> FakeAccessibilityTree::current(const ScreenElement 
     return now;
 }
 
-AccessibilityTree::Outcome FakeAccessibilityTree::press(const ScreenElement &element)
+bool FakeAccessibilityTree::isCovered(const ScreenElement &, const std::stop_token &stop)
 {
+    tell(onAsked, u"isCovered"_s, stop);
+    return covered;
+}
+
+AccessibilityTree::Outcome FakeAccessibilityTree::press(const ScreenElement &element,
+                                                        const std::stop_token &stop)
+{
+    tell(onAsked, u"press"_s, stop);
     m_log.add(u"press "_s + element.title.value_or(QString()));
     return outcome;
 }
 
-AccessibilityTree::Outcome FakeAccessibilityTree::setValue(const ScreenElement &element, const QString &text)
+AccessibilityTree::Outcome FakeAccessibilityTree::setValue(const ScreenElement &element, const QString &text,
+                                                           const std::stop_token &stop)
 {
+    tell(onAsked, u"setValue"_s, stop);
     m_log.add(u"set "_s + element.title.value_or(QString()) + u" to "_s + text);
     return outcome;
+}
+
+std::optional<DesktopWindow> FakeApplications::focusedWindow(qint64, const std::stop_token &stop)
+{
+    tell(onAsked, u"focusedWindow"_s, stop);
+    return focused;
+}
+
+QList<DesktopWindow> FakeApplications::windows(const std::stop_token &stop)
+{
+    tell(onAsked, u"windows"_s, stop);
+    return allWindows;
 }
 
 void FakeApplications::activate(const RunningApplication &application, const std::stop_token &)

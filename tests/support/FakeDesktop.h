@@ -45,6 +45,9 @@ private:
     DesktopLog &m_log;
 };
 
+/// Called when something of this name is asked for, on its thread.
+using QuestionHooks = QHash<QString, std::function<void(const std::stop_token &)>>;
+
 class FakeScreenCapture : public ScreenCapture {
 public:
     explicit FakeScreenCapture(DesktopLog &log) : m_log(log) {}
@@ -55,9 +58,9 @@ public:
         return granted;
     }
     void requestAccess() override;
-    QList<QRect> displays() override { return frames; }
-    QPoint pointer() override { return mouse; }
-    QImage capture(const QRect &region) override;
+    QList<QRect> displays(const std::stop_token &stop) override;
+    QPoint pointer(const std::stop_token &stop) override;
+    QImage capture(const QRect &region, const std::stop_token &stop) override;
 
     bool granted = true;
     bool grantsWhenAsked = false;
@@ -67,6 +70,7 @@ public:
     bool fails = false;
     /// Called when it is asked whether pictures can be taken, on its thread.
     std::function<void(const std::stop_token &)> onQuestion;
+    QuestionHooks onAsked; ///< "displays", "pointer", "capture".
 
 private:
     DesktopLog &m_log;
@@ -102,13 +106,13 @@ public:
     explicit FakeAccessibilityTree(DesktopLog &log) : m_log(log) {}
     void enable() override { m_log.add(QStringLiteral("enable")); }
     std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
-    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
-                                         QDeadlineTimer deadline) override;
-    std::optional<ScreenElement> elementAt(QPointF point) override;
-    std::optional<ScreenElement> current(const ScreenElement &element) override;
-    bool isCovered(const ScreenElement &) override { return covered; }
-    Outcome press(const ScreenElement &element) override;
-    Outcome setValue(const ScreenElement &element, const QString &text) override;
+    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents, QDeadlineTimer deadline,
+                                         const std::stop_token &stop) override;
+    std::optional<ScreenElement> elementAt(QPointF point, const std::stop_token &stop) override;
+    std::optional<ScreenElement> current(const ScreenElement &element, const std::stop_token &stop) override;
+    bool isCovered(const ScreenElement &element, const std::stop_token &stop) override;
+    Outcome press(const ScreenElement &element, const std::stop_token &stop) override;
+    Outcome setValue(const ScreenElement &element, const QString &text, const std::stop_token &stop) override;
 
     QHash<qint64, FakeElement> applications;
     std::optional<ScreenElement> underPointer;
@@ -117,6 +121,7 @@ public:
     int questions = 0; ///< Waves of children that were asked for.
     /// Called at each question for an application.
     std::function<void()> onApplication;
+    QuestionHooks onAsked; ///< "children", "elementAt", "current", "isCovered", "press", "setValue".
     /// Changes what an element is now against what it was when it was read.
     std::function<void(ScreenElement &)> onCurrent;
 
@@ -133,8 +138,8 @@ public:
             onQuestion(stop);
         return front;
     }
-    std::optional<DesktopWindow> focusedWindow(qint64) override { return focused; }
-    QList<DesktopWindow> windows() override { return allWindows; }
+    std::optional<DesktopWindow> focusedWindow(qint64 pid, const std::stop_token &stop) override;
+    QList<DesktopWindow> windows(const std::stop_token &stop) override;
     QList<RunningApplication> running(const std::stop_token &stop) override
     {
         if (onQuestion)
@@ -154,6 +159,7 @@ public:
     std::function<void(const std::stop_token &)> onOpen;
     /// Called when it is asked which program is in front or which run, on its thread.
     std::function<void(const std::stop_token &)> onQuestion;
+    QuestionHooks onAsked; ///< "focusedWindow", "windows".
 
 private:
     DesktopLog &m_log;

@@ -78,7 +78,7 @@ QList<AXElementInfo> ElementWalk::find(const ScreenElement &application)
         QList<ScreenElement> parents;
         for (const Node *node : m_unread)
             parents.append(node->element);
-        const QList<QList<ScreenElement>> families = m_tree.children(parents, m_deadline);
+        const QList<QList<ScreenElement>> families = m_tree.children(parents, m_deadline, m_stop);
         for (std::size_t at = 0; at < m_unread.size(); ++at) {
             m_unread[at]->isRead = true;
             for (const ScreenElement &child : families.value(qsizetype(at)))

@@ -137,7 +137,7 @@ void InputControl::press(InputSource &source, MouseButton button, QPoint point,
 
 QString InputControl::elementAtPointDescription(QPoint point)
 {
-    const std::optional<ScreenElement> element = m_desktop.elements->elementAt(point);
+    const std::optional<ScreenElement> element = m_desktop.elements->elementAt(point, m_stop);
     if (!element || element->role.isEmpty())
         return {};
     const QString label = element->title         ? *element->title
@@ -173,7 +173,7 @@ QString InputControl::axClick(qint64 index)
     if (!info)
         return noElement(index);
     if (info->pressable) {
-        switch (m_desktop.elements->press(info->element)) {
+        switch (m_desktop.elements->press(info->element, m_stop)) {
         case AccessibilityTree::Outcome::done:
             return u"Pressed "_s + info->summary() + u" at "_s + place(whole(info->center)) + u'.';
         case AccessibilityTree::Outcome::gone:
@@ -188,10 +188,10 @@ QString InputControl::axClick(qint64 index)
 
 std::expected<QPoint, QString> InputControl::reachableCenter(const AXElementInfo &info, qint64 index)
 {
-    const std::optional<ScreenElement> current = m_desktop.elements->current(info.element);
+    const std::optional<ScreenElement> current = m_desktop.elements->current(info.element, m_stop);
     if (!current || !current->frame)
         return std::unexpected(elementGone(index));
-    if (m_desktop.elements->isCovered(*current))
+    if (m_desktop.elements->isCovered(*current, m_stop))
         return std::unexpected(elementCovered(index));
     return whole(current->frame->center());
 }
@@ -205,7 +205,7 @@ QString InputControl::axType(qint64 index, const QString &text)
         return noElement(index);
     if (text.isEmpty())
         return nothingToType;
-    switch (m_desktop.elements->setValue(info->element, text)) {
+    switch (m_desktop.elements->setValue(info->element, text, m_stop)) {
     case AccessibilityTree::Outcome::done:
         return u"Set the contents of "_s + info->summary() + u" to \""_s + firstCharacters(text, shownText) +
                u"\"."_s;

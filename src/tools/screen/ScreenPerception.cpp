@@ -97,7 +97,7 @@ QString ScreenPerception::captureScreen()
         return notGranted;
     const std::optional<RunningApplication> frontmost = m_desktop.applications->frontmost(m_stop);
     const std::optional<Region> region = chooseRegion(frontmost);
-    const QImage image = region ? m_desktop.screen->capture(region->frame) : QImage();
+    const QImage image = region ? m_desktop.screen->capture(region->frame, m_stop) : QImage();
     if (image.isNull())
         return notCaptured;
     // The walk waits for another program while recognition uses the processors.
@@ -138,7 +138,7 @@ bool ScreenPerception::screenRecordingGranted()
 std::optional<ScreenPerception::Region>
 ScreenPerception::chooseRegion(const std::optional<RunningApplication> &frontmost)
 {
-    const QList<QRect> displays = m_desktop.screen->displays();
+    const QList<QRect> displays = m_desktop.screen->displays(m_stop);
     if (displays.isEmpty())
         return std::nullopt;
     const auto displayAt = [&displays](QPointF place, const QRectF &window) {
@@ -150,14 +150,14 @@ ScreenPerception::chooseRegion(const std::optional<RunningApplication> &frontmos
     if (frontmost)
         if (const auto window = frontmostWindowFrame(frontmost->pid))
             return Region{displayAt(window->frame.center(), window->frame), window->title};
-    return Region{displayAt(m_desktop.screen->pointer(), {}), {}};
+    return Region{displayAt(m_desktop.screen->pointer(m_stop), {}), {}};
 }
 
 std::optional<DesktopWindow> ScreenPerception::frontmostWindowFrame(qint64 pid)
 {
-    if (auto focused = m_desktop.applications->focusedWindow(pid))
+    if (auto focused = m_desktop.applications->focusedWindow(pid, m_stop))
         return focused;
-    const QList<DesktopWindow> windows = m_desktop.applications->windows();
+    const QList<DesktopWindow> windows = m_desktop.applications->windows(m_stop);
     const DesktopWindow *largest = nullptr;
     for (const DesktopWindow &window : windows)
         if (window.pid == pid && window.layer == 0 && (!largest || area(window.frame) > area(largest->frame)))

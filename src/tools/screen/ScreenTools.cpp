@@ -14,6 +14,7 @@
 #include "tools/screen/ScreenPerception.h"
 
 #include <QUrl>
+#include <mutex>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -70,7 +71,8 @@ Task<ToolResult> ScreenTools::runOnDesktop(Work work)
 Task<ToolResult> ScreenTools::runSequence(Sequence sequence)
 {
     return runOnDesktop([sequence = std::move(sequence)](Shared &shared, const std::stop_token &stop) {
-        const std::lock_guard lock(shared.sequence);
+        shared.turn.lock(stop);
+        const std::lock_guard turn(shared.turn, std::adopt_lock);
         InputControl control(shared.desktop, shared.inventory, shared.layout, stop);
         return sequence(control);
     });

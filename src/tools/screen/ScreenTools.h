@@ -3,12 +3,12 @@
 #include "async/Task.h"
 #include "model/ToolResult.h"
 #include "tools/screen/Desktop.h"
+#include "tools/screen/SequenceTurn.h"
 
 #include <QPoint>
 #include <QString>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stop_token>
 
 namespace morvane {
@@ -55,7 +55,7 @@ private:
         Desktop desktop;
         std::shared_ptr<ScreenInventory> inventory;
         std::shared_ptr<LayoutKeycodes> layout;
-        std::mutex sequence; ///< Held by the one whose events are on their way.
+        SequenceTurn turn;
     };
 
     using Work = std::function<QString(Shared &, const std::stop_token &)>;

@@ -18,7 +18,7 @@ protected:
     {
         ::kill(pid_t(program.pid()), SIGUSR1);
         EXPECT_TRUE(waitUntil([&] {
-            const auto window = LinuxApplications().focusedWindow(program.pid());
+            const auto window = LinuxApplications().focusedWindow(program.pid(), {});
             return window && window->title == "Changed"_L1;
         })) << programLog(program).toStdString();
     }
@@ -168,11 +168,11 @@ TEST_F(ChangingWindowsTest, AMinimizedWindowIsNotTheOneThatAProgramHadInFrontLas
                                              "GLib.idle_add(second.show_all)"_s,
                                              u"second.iconify()"_s);
     const auto title = [&program] {
-        const auto window = LinuxApplications().focusedWindow(program.pid());
+        const auto window = LinuxApplications().focusedWindow(program.pid(), {});
         return window ? window->title : QString();
     };
     // Which of both gets the focus is for the window manager to say.
-    EXPECT_TRUE(waitUntil([] { return LinuxApplications().windows().size() == 2; }));
+    EXPECT_TRUE(waitUntil([] { return LinuxApplications().windows({}).size() == 2; }));
     tellToChange(program);
     start(u"xterm"_s, {});
     EXPECT_TRUE(waitUntil([&] { return title() == "Changed"_L1; })) << title().toStdString();

@@ -270,8 +270,8 @@ TEST_F(LinuxApplicationsTest, APanelIsAWindowOfAnotherLayerAndNoProgramToBeActiv
     xcb_map_window(panels.handle(), panel);
     xcb_flush(panels.handle());
     LinuxApplications applications;
-    ASSERT_TRUE(waitUntil([&] { return !applications.windows().isEmpty(); }));
-    const DesktopWindow seen = applications.windows().first();
+    ASSERT_TRUE(waitUntil([&] { return !applications.windows({}).isEmpty(); }));
+    const DesktopWindow seen = applications.windows({}).first();
     EXPECT_EQ(seen.title, u"Panel"_s);
     EXPECT_EQ(seen.layer, 1);
     EXPECT_TRUE(applications.running({}).isEmpty());

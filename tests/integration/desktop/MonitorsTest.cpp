@@ -95,12 +95,12 @@ TEST_F(MonitorsTest, APointBeyondTheScreenIsItsEdgeOnThatSide)
     constexpr int least = std::numeric_limits<int>::min();
     LinuxScreenCapture screen;
     run(m_tools.moveCursor({most, most}));
-    EXPECT_EQ(screen.pointer(), QPoint(639, 959));
+    EXPECT_EQ(screen.pointer({}), QPoint(639, 959));
     run(m_tools.moveCursor({least, least}));
-    EXPECT_EQ(screen.pointer(), QPoint(-640, 0));
+    EXPECT_EQ(screen.pointer({}), QPoint(-640, 0));
     LinuxAccessibilityTree elements{QString()};
-    EXPECT_FALSE(elements.elementAt(QPoint(most, most)));
-    EXPECT_FALSE(elements.elementAt(QPoint(least, least)));
+    EXPECT_FALSE(elements.elementAt(QPoint(most, most), {}));
+    EXPECT_FALSE(elements.elementAt(QPoint(least, least), {}));
 }
 
 TEST_F(MonitorsTest, OnlyTheMonitorOfTheFrontmostWindowIsRead)

@@ -50,7 +50,7 @@ private:
         LinuxScreenCapture screen;
         QImage last;
         EXPECT_TRUE(waitUntil([&] {
-            const QImage now = screen.capture(screen.displays().first()).copy(place);
+            const QImage now = screen.capture(screen.displays({}).first(), {}).copy(place);
             return std::exchange(last, now) == now && now != other;
         }));
         return last;

@@ -5,6 +5,7 @@
 
 #include <QCursor>
 #include <QFile>
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <future>
@@ -23,6 +24,9 @@ using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
+
+/// What would wait for the display to the end takes longer.
+constexpr std::chrono::milliseconds lessThanPatience = XDisplay::usualPatience * 3 / 4;
 
 /// Has the display to itself, as a program has that hangs in the middle of something.
 class Holder {
@@ -237,11 +241,49 @@ TEST_F(SilentDisplayTest, AStopEndsWhateverWaitsForIt)
         one.cancel();
     }
     for (TaskHandle<ToolResult> &one : waiting) {
-        EXPECT_TRUE(waitUntil([&] { return one.done(); }));
+        EXPECT_TRUE(waitUntil([&] { return one.done(); }, lessThanPatience));
         EXPECT_EQ(one.result().text, u"Error: stopped before it was done."_s);
     }
     m_holder.letGo();
     EXPECT_EQ(run(m_tools.moveCursor({2, 2})), u"Moved the cursor to (2, 2)."_s);
+}
+
+TEST_F(SilentDisplayTest, AStopEndsEachLookAtIt)
+{
+    const TestProgram &program = startWindow(u"widget = Gtk.Entry()"_s);
+    captureWith(u"text field"_s);
+    LinuxAccessibilityTree tree{QString()};
+    LinuxApplications applications;
+    LinuxScreenCapture screen;
+    const auto soon = [] { return QDeadlineTimer(1s); };
+    const auto [root, window] =
+        std::async(std::launch::async, [&] {
+            const auto found = tree.application(program.pid(), soon());
+            return std::pair(*found, tree.children({*found}, soon(), {}).first().first());
+        }).get();
+    holdAndStop();
+    const std::stop_token stop = m_stop.get_token();
+    const std::function<void()> looks[] = {
+        [&] { screen.displays(stop); },
+        [&] { screen.pointer(stop); },
+        [&] { screen.capture({0, 0, 9, 9}, stop); },
+        [&] { applications.focusedWindow(program.pid(), stop); },
+        [&] { applications.windows(stop); },
+        [&] { tree.children({root}, soon(), stop); },
+        [&] { tree.elementAt({2, 2}, stop); },
+        [&] { tree.current(window, stop); },
+        [&] { tree.isCovered(window, stop); },
+        [&] { tree.press(window, stop); },
+        [&] { tree.setValue(window, u"a"_s, stop); },
+    };
+    std::vector<std::future<void>> looking;
+    for (const auto &look : looks)
+        looking.push_back(std::async(std::launch::async, [&look] { EXPECT_THROW(look(), DisplaySilent); }));
+    const auto hasEnded = [](const auto &one) { return one.wait_for(0s) == std::future_status::ready; };
+    waitUntil([&] { return std::all_of(looking.begin(), looking.end(), hasEnded); }, lessThanPatience);
+    for (std::size_t at = 0; at < looking.size(); ++at)
+        EXPECT_TRUE(hasEnded(looking[at])) << at;
+    m_holder.letGo();
 }
 
 TEST_F(SilentDisplayTest, AButtonIsUpOnceItAnswersAfterAStopInMidDrag)

@@ -369,8 +369,8 @@ TEST(WithoutAnXServerTest, NothingIsAllowedOrKnownAndWhatIsPostedGoesNowhere)
         EXPECT_FALSE(LinuxInputEvents().isTrusted({})) << name;
         EXPECT_TRUE(LinuxInputEvents().layoutCharacters().isEmpty()) << name;
         EXPECT_FALSE(LinuxScreenCapture().isGranted({})) << name;
-        EXPECT_TRUE(LinuxScreenCapture().displays().isEmpty()) << name;
-        EXPECT_TRUE(LinuxScreenCapture().capture({0, 0, 10, 10}).isNull()) << name;
+        EXPECT_TRUE(LinuxScreenCapture().displays({}).isEmpty()) << name;
+        EXPECT_TRUE(LinuxScreenCapture().capture({0, 0, 10, 10}, {}).isNull()) << name;
         EXPECT_EQ(LinuxApplications().frontmost({}), std::nullopt) << name;
         EXPECT_TRUE(LinuxApplications().running({}).isEmpty()) << name;
         EXPECT_EQ(LinuxClipboard().text({}), std::nullopt) << name;

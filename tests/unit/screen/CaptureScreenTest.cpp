@@ -267,6 +267,24 @@ TEST_F(CaptureScreenTest, AStopEndsTheReadingAndLeavesTheNumbersThatTheModelKnow
     EXPECT_EQ(run(m_tools.axClick(1)), u"Pressed button 'Known' at (5, 5)."_s);
 }
 
+TEST_F(CaptureScreenTest, AStopEndsEachQuestionToTheDesktopThatWaits)
+{
+    showFront(group({button(u"Go"_s, {0, 0, 10, 10})}));
+    const auto isStoppedDuring = [this](QuestionHooks &hooks, const QString &question) {
+        EXPECT_EQ(stopDuring(hooks[question], m_tools.captureScreen()),
+                  u"Error: stopped before it was done."_s)
+            << question.toStdString();
+    };
+    isStoppedDuring(m_desktop.screen->onAsked, u"displays"_s);
+    isStoppedDuring(m_desktop.screen->onAsked, u"capture"_s);
+    isStoppedDuring(m_desktop.elements->onAsked, u"children"_s);
+    isStoppedDuring(m_desktop.applications->onAsked, u"focusedWindow"_s);
+    m_desktop.applications->focused.reset();
+    isStoppedDuring(m_desktop.applications->onAsked, u"windows"_s);
+    m_desktop.applications->front.reset();
+    isStoppedDuring(m_desktop.screen->onAsked, u"pointer"_s);
+}
+
 TEST_F(CaptureScreenTest, AWalkThatFindsNothingIsRepeatedOnce)
 {
     showFront(group({}));

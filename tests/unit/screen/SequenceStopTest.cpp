@@ -104,11 +104,14 @@ TEST_F(SequenceStopTest, EachSequenceThatIsCancelledWhileItWaitsPostsNothing)
     settle();
     for (TaskHandle<ToolResult> &one : waiting)
         one.cancel();
+    // None of them waits for the first.
+    const auto haveEnded = [&] {
+        return std::all_of(waiting.begin(), waiting.end(), [](auto &one) { return one.done(); });
+    };
+    EXPECT_TRUE(waitUntil(haveEnded));
+    EXPECT_FALSE(first.done());
     letGo();
-    ASSERT_TRUE(waitUntil([&] {
-        return first.done() &&
-               std::all_of(waiting.begin(), waiting.end(), [](auto &one) { return one.done(); });
-    }));
+    ASSERT_TRUE(waitUntil([&] { return first.done() && haveEnded(); }));
     for (TaskHandle<ToolResult> &one : waiting)
         EXPECT_EQ(one.result().text, u"Error: stopped before it was done."_s);
     // Looking at what lies there is no event.
@@ -116,6 +119,19 @@ TEST_F(SequenceStopTest, EachSequenceThatIsCancelledWhileItWaitsPostsNothing)
     log.removeAll(u"look at 2,2"_s);
     EXPECT_EQ(log, QStringList({u"warp 1,1"_s, u"sleep 30"_s, u"right down 1,1"_s, u"sleep 50"_s,
                                 u"right up 1,1"_s}));
+}
+
+TEST_F(SequenceStopTest, AStopEndsEachQuestionAboutAnElementThatWaits)
+{
+    auto &hooks = m_desktop.elements->onAsked;
+    stopDuring(hooks[u"elementAt"_s], m_tools.clickAt({1, 1}));
+    showElement(u"AXTextField"_s, u"Name"_s, true);
+    stopDuring(hooks[u"press"_s], m_tools.axClick(1));
+    stopDuring(hooks[u"setValue"_s], m_tools.axType(1, u"abc"_s));
+    m_desktop.elements->outcome = AccessibilityTree::Outcome::refused;
+    stopDuring(hooks[u"current"_s], m_tools.axClick(1));
+    stopDuring(hooks[u"isCovered"_s], m_tools.axType(1, u"abc"_s));
+    EXPECT_THAT(events().filter(u"down"_s), testing::IsEmpty());
 }
 
 TEST_F(SequenceStopTest, APasteThatIsStoppedIsNotToldAsDone)

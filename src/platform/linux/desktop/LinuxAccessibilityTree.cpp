@@ -113,7 +113,8 @@ std::optional<ScreenElement> LinuxAccessibilityTree::application(qint64 pid, QDe
 }
 
 QList<QList<ScreenElement>> LinuxAccessibilityTree::children(const QList<ScreenElement> &parents,
-                                                             QDeadlineTimer deadline)
+                                                             QDeadlineTimer deadline,
+                                                             const std::stop_token &stop)
 {
     QList<AccessibilityCall> calls;
     for (const ScreenElement &parent : parents)
@@ -128,7 +129,7 @@ QList<QList<ScreenElement>> LinuxAccessibilityTree::children(const QList<ScreenE
         for (const AccessibilityReference &reference : references)
             wanted.append({reference, parent.window, parent.pid, parent.isGtk4});
     }
-    const QList<ScreenElement> all = read(wanted, deadline);
+    const QList<ScreenElement> all = read(wanted, deadline, stop);
     QList<QList<ScreenElement>> families;
     qsizetype first = 0;
     for (const qsizetype size : std::as_const(sizes)) {
@@ -138,14 +139,15 @@ QList<QList<ScreenElement>> LinuxAccessibilityTree::children(const QList<ScreenE
     return families;
 }
 
-std::shared_ptr<const AccessibleWindow>
-LinuxAccessibilityTree::windowOf(const Wanted &wanted, const QString &title, QRectF told, bool isActive) const
+std::shared_ptr<const AccessibleWindow> LinuxAccessibilityTree::windowOf(const XDisplay *display,
+                                                                         const Wanted &wanted,
+                                                                         const QString &title, QRectF told,
+                                                                         bool isActive)
 {
     auto found = std::make_shared<AccessibleWindow>();
     found->pid = wanted.pid;
     found->tellsShowing = !wanted.isGtk4;
     found->isRelative = wanted.isGtk4;
-    const auto display = XDisplay::open();
     if (!display)
         return found;
     const QPointF origin = display->origin();
@@ -181,7 +183,8 @@ LinuxAccessibilityTree::windowOf(const Wanted &wanted, const QString &title, QRe
     return found;
 }
 
-QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, QDeadlineTimer deadline)
+QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, QDeadlineTimer deadline,
+                                                  const std::stop_token &stop)
 {
     QList<AccessibilityReference> references;
     for (const Wanted &one : wanted)
@@ -190,7 +193,7 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
     for (const Wanted &one : wanted)
         relative.append(one.isGtk4);
     const QList<ElementFacts> facts = readFacts(m_bus, references, relative, deadline);
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     const QPointF origin = display ? QPointF(display->origin()) : QPointF();
     QList<ScreenElement> elements;
     for (qsizetype at = 0; at < wanted.size(); ++at) {
@@ -201,9 +204,10 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
         live->isGtk4 = wanted.at(at).isGtk4;
         live->role = fact.role;
         const bool isWindow = !wanted.at(at).window;
-        live->window = isWindow ? windowOf(wanted.at(at), fact.name, fact.extents.value_or(QRectF()),
-                                           fact.has(ElementFacts::activeState))
-                                : wanted.at(at).window;
+        live->window = isWindow
+                           ? windowOf(display.get(), wanted.at(at), fact.name,
+                                      fact.extents.value_or(QRectF()), fact.has(ElementFacts::activeState))
+                           : wanted.at(at).window;
         live->clickIndex = clickAction(fact.actions, fact.role);
         ScreenElement element;
         element.role =
@@ -226,10 +230,10 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
     return elements;
 }
 
-std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
+std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point, const std::stop_token &stop)
 {
     const QDeadlineTimer deadline(lookLimit);
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return std::nullopt;
     const QPointF fromRoot = point + display->origin();
@@ -244,7 +248,7 @@ std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
         if (!program)
             return std::nullopt;
         const BusElement &root = busElement(*program);
-        const QList<ScreenElement> tops = children({*program}, deadline).first();
+        const QList<ScreenElement> tops = children({*program}, deadline, stop).first();
         const xcb_window_t frame = withAncestors(*display, window.window).last();
         const ScreenElement *const top =
             windowAt(tops, point, childOfRootAt(*display, place) == frame ? window.window : XCB_NONE);
@@ -267,12 +271,13 @@ std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point)
         }
         if (hit == live.reference)
             return std::nullopt;
-        return read({{hit, live.window, root.pid, root.isGtk4}}, deadline).first();
+        return read({{hit, live.window, root.pid, root.isGtk4}}, deadline, stop).first();
     }
     return std::nullopt;
 }
 
-std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement &element)
+std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement &element,
+                                                             const std::stop_token &stop)
 {
     const BusElement &known = busElement(element);
     const QDeadlineTimer deadline(actionLimit);
@@ -283,7 +288,7 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     std::shared_ptr<const AccessibleWindow> window = known.window;
     if (known.window->isRelative && known.window->id != XCB_NONE) {
         window = nullptr;
-        for (const ScreenElement &top : children({*program}, deadline).first())
+        for (const ScreenElement &top : children({*program}, deadline, stop).first())
             if (busElement(top).window->id == known.window->id)
                 window = busElement(top).window;
         if (!window)
@@ -293,7 +298,7 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
         moved->frame = {};
         window = moved;
     }
-    ScreenElement now = read({{known.reference, window, known.pid, known.isGtk4}}, deadline).first();
+    ScreenElement now = read({{known.reference, window, known.pid, known.isGtk4}}, deadline, stop).first();
     const BusElement &live = busElement(now);
     // Some toolkits describe a slider by its value.
     const bool isDescribed = now.role != "AXSlider"_L1 && now.role != "AXIncrementor"_L1;
@@ -306,10 +311,10 @@ std::optional<ScreenElement> LinuxAccessibilityTree::current(const ScreenElement
     return now;
 }
 
-bool LinuxAccessibilityTree::isCovered(const ScreenElement &element)
+bool LinuxAccessibilityTree::isCovered(const ScreenElement &element, const std::stop_token &stop)
 {
     const xcb_window_t window = busElement(element).window->id;
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     // Menus and the like lie above all others.
     if (!display || !element.frame || window == XCB_NONE)
         return false;
@@ -333,9 +338,10 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeUnsaid(const Accessibi
     return sign.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::gone;
 }
 
-AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &element)
+AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &element,
+                                                         const std::stop_token &stop)
 {
-    const auto now = current(element);
+    const auto now = current(element, stop);
     if (!now)
         return Outcome::gone;
     const BusElement &live = busElement(*now);
@@ -349,9 +355,10 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
 }
 
-AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement &element, const QString &text)
+AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement &element, const QString &text,
+                                                            const std::stop_token &stop)
 {
-    const auto now = current(element);
+    const auto now = current(element, stop);
     if (!now)
         return Outcome::gone;
     const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text});

@@ -7,6 +7,8 @@
 
 namespace morvane {
 
+class XDisplay;
+
 /// The elements of other programs over the accessibility bus. Many questions are on their way at once, so
 /// that a window of hundreds of elements is read in a few ways to the program and back.
 class LinuxAccessibilityTree final : public AccessibilityTree {
@@ -16,13 +18,13 @@ public:
 
     void enable() override { m_bus.announceInterest(); }
     std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
-    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents,
-                                         QDeadlineTimer deadline) override;
-    std::optional<ScreenElement> elementAt(QPointF point) override;
-    std::optional<ScreenElement> current(const ScreenElement &element) override;
-    bool isCovered(const ScreenElement &element) override;
-    Outcome press(const ScreenElement &element) override;
-    Outcome setValue(const ScreenElement &element, const QString &text) override;
+    QList<QList<ScreenElement>> children(const QList<ScreenElement> &parents, QDeadlineTimer deadline,
+                                         const std::stop_token &stop) override;
+    std::optional<ScreenElement> elementAt(QPointF point, const std::stop_token &stop) override;
+    std::optional<ScreenElement> current(const ScreenElement &element, const std::stop_token &stop) override;
+    bool isCovered(const ScreenElement &element, const std::stop_token &stop) override;
+    Outcome press(const ScreenElement &element, const std::stop_token &stop) override;
+    Outcome setValue(const ScreenElement &element, const QString &text, const std::stop_token &stop) override;
 
 private:
     /// An element that is to be read, and its window.
@@ -33,9 +35,11 @@ private:
         bool isGtk4 = false;
     };
 
-    QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline);
-    std::shared_ptr<const AccessibleWindow> windowOf(const Wanted &wanted, const QString &title, QRectF told,
-                                                     bool isActive) const;
+    QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline,
+                              const std::stop_token &stop);
+    /// `display` may be none.
+    static std::shared_ptr<const AccessibleWindow> windowOf(const XDisplay *display, const Wanted &wanted,
+                                                            const QString &title, QRectF told, bool isActive);
     /// Of what may open a dialog.
     AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
                                  const QString &method, const QVariantList &arguments);

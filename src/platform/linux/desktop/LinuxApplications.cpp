@@ -46,9 +46,9 @@ std::optional<RunningApplication> LinuxApplications::frontmost(const std::stop_t
     return RunningApplication{window->pid, nameOf(*display, *window)};
 }
 
-std::optional<DesktopWindow> LinuxApplications::focusedWindow(qint64 pid)
+std::optional<DesktopWindow> LinuxApplications::focusedWindow(qint64 pid, const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return std::nullopt;
     const auto active = activeWindow(*display);
@@ -60,9 +60,9 @@ std::optional<DesktopWindow> LinuxApplications::focusedWindow(qint64 pid)
     return std::nullopt;
 }
 
-QList<DesktopWindow> LinuxApplications::windows()
+QList<DesktopWindow> LinuxApplications::windows(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     QList<DesktopWindow> shown;
     if (!display)
         return shown;

@@ -9,8 +9,8 @@ namespace morvane {
 class LinuxApplications final : public Applications {
 public:
     std::optional<RunningApplication> frontmost(const std::stop_token &stop) override;
-    std::optional<DesktopWindow> focusedWindow(qint64 pid) override;
-    QList<DesktopWindow> windows() override;
+    std::optional<DesktopWindow> focusedWindow(qint64 pid, const std::stop_token &stop) override;
+    QList<DesktopWindow> windows(const std::stop_token &stop) override;
     QList<RunningApplication> running(const std::stop_token &stop) override;
     void activate(const RunningApplication &application, const std::stop_token &stop) override;
     bool open(const QString &name, const std::stop_token &stop) override;

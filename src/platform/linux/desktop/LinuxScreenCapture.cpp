@@ -89,9 +89,9 @@ bool LinuxScreenCapture::isGranted(const std::stop_token &stop)
     return display && display->screen().root_depth >= 24;
 }
 
-QList<QRect> LinuxScreenCapture::displays()
+QList<QRect> LinuxScreenCapture::displays(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return {};
     QList<QRect> frames = display->monitors();
@@ -101,9 +101,9 @@ QList<QRect> LinuxScreenCapture::displays()
     return frames;
 }
 
-QPoint LinuxScreenCapture::pointer()
+QPoint LinuxScreenCapture::pointer(const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display)
         return {};
     const auto reply =
@@ -111,9 +111,9 @@ QPoint LinuxScreenCapture::pointer()
     return reply ? QPoint(reply->root_x, reply->root_y) - display->origin() : QPoint();
 }
 
-QImage LinuxScreenCapture::capture(const QRect &region)
+QImage LinuxScreenCapture::capture(const QRect &region, const std::stop_token &stop)
 {
-    const auto display = XDisplay::open();
+    const auto display = XDisplay::open(stop);
     if (!display || display->screen().root_depth < 24)
         return {};
     const QRect whole(0, 0, display->screen().width_in_pixels, display->screen().height_in_pixels);

@@ -11,9 +11,9 @@ public:
     /// Nothing: an X server shows all to everyone, and there is nobody to ask on others.
     void requestAccess() override {}
 
-    QList<QRect> displays() override;
-    QPoint pointer() override;
-    QImage capture(const QRect &region) override;
+    QList<QRect> displays(const std::stop_token &stop) override;
+    QPoint pointer(const std::stop_token &stop) override;
+    QImage capture(const QRect &region, const std::stop_token &stop) override;
 };
 
 } // namespace morvane
