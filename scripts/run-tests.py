@@ -22,6 +22,7 @@ import time
 import xml.etree.ElementTree as ElementTree
 
 SLOW = 5
+OUTPUT = 20000  # characters that are shown of a program, the last ones; of a single test a fifth
 LISTING_SECONDS = 60
 
 
@@ -81,6 +82,17 @@ def cases_of(report):
         return list(ElementTree.parse(report).iter("testcase"))
     except (OSError, ElementTree.ParseError):
         return []
+
+
+def output_of(failed, text):
+    """What the tests that failed have printed, each by itself; all of the program's where it does not tell."""
+    parts = []
+    for name in failed:
+        start = text.find(f"[ RUN      ] {name}\n")
+        end = text.find(f"[  FAILED  ] {name}", start)
+        if start >= 0 and end >= 0:
+            parts.append(text[start:end][-OUTPUT // 5 :].rstrip())
+    return parts if len(parts) == len(failed) else [text[-OUTPUT:]]
 
 
 class RunningPrograms:
@@ -170,7 +182,8 @@ def run(entry, gtest_filter, running):
         state = "ok" if not failed else "FAILED"
         summary = f'{state:6} {entry["name"]}: {passed} passed, {time.monotonic() - started:.1f} s'
         # In one piece, since another program may end at the same moment.
-        print("\n".join([summary, *slow] + ([text[-20000:]] if failed else [])), flush=True)
+        named = [f"       failed: {name}" for name in failed]
+        print("\n".join([summary, *named, *slow] + (output_of(failed, text) if failed else [])), flush=True)
         return passed, failed
 
 

@@ -70,6 +70,18 @@ class RunTests(unittest.TestCase):
         self.program("unit.bad", PROGRAM + "report(passed, passed.replace('/>', '><failure/></testcase>'))\nsys.exit(1)\n")
         self.assert_fails("1 passed, 1 failed", "failed: Reader.ReadsWhatIsThere")
 
+    def test_of_a_program_with_a_failure_only_that_test_is_shown(self):
+        printed = ("[ RUN      ] Reader.ReadsNothing\n" + "no matter\n" * 5000 + "[       OK ] Reader.ReadsNothing (0 ms)\n"
+                   "[ RUN      ] Reader.ReadsWhatIsThere\nwhy it failed\n[  FAILED  ] Reader.ReadsWhatIsThere (1 ms)\n"
+                   "no matter\n")
+        failed = "report(passed.replace('/>', '><failure/></testcase>'))\nsys.exit(1)\n"
+        self.program("unit.bad", PROGRAM + f"print({printed!r}, flush=True)\n" + failed)
+        _, last, output = self.run_tests()
+        self.assertEqual(last, "0 passed, 1 failed")
+        self.assertIn("why it failed", output)
+        self.assertNotIn("no matter", output)
+        self.assertLess(output.index("failed: Reader.ReadsWhatIsThere"), output.index("why it failed"))
+
     def test_a_crash_is_one_before_and_after_the_report(self):
         self.program("unit.early", PROGRAM + "os.kill(os.getpid(), 11)\n")
         self.program("unit.late", PROGRAM + "report(passed)\nos.kill(os.getpid(), 11)\n")
