@@ -17,6 +17,19 @@ constexpr quint32 shift = 0x20000;
 
 class XHeldNoteTest : public testing::Test {
 protected:
+    XHeldNoteTest()
+    {
+        // A button that goes down on the desktop itself opens the menu of the window manager, which stays.
+        xcb_connection_t *const connection = m_display->connection();
+        const xcb_window_t window = xcb_generate_id(connection);
+        const uint32_t isLeftAlone = 1;
+        xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, m_display->root(), 0, 0, 200, 200, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+                          &isLeftAlone);
+        xcb_map_window(connection, window);
+        m_display->synchronize();
+    }
+
     /// Modifiers and buttons that are down.
     uint16_t held() const
     {
