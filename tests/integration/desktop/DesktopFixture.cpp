@@ -1,14 +1,21 @@
 #include "DesktopFixture.h"
 
 #include "base/InstalledFiles.h"
+#include "platform/DisplaySilent.h"
 #include "platform/linux/desktop/XWindows.h"
 
+#include <QFile>
 #include <QGuiApplication>
+#include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
 namespace morvane {
 namespace {
+
+/// Ten times as long as the program gives others to answer: here they may have to share a processor.
+constexpr std::chrono::seconds lookLimit{3};
 
 /// Does what a user does in front of a window that takes no keys.
 void turnTo(qint64 pid)
@@ -35,7 +42,7 @@ Desktop DesktopFixture::desktop(std::shared_ptr<SequenceClock> clock)
     const InstalledFiles files = InstalledFiles::aroundProgram();
     return {std::make_shared<LinuxScreenCapture>(),
             std::make_shared<LinuxTextRecognizer>(files.helper(u"morvane-text-recognizer"_s)),
-            std::make_shared<LinuxAccessibilityTree>(files.helper(u"morvane-action-carrier"_s)),
+            std::make_shared<LinuxAccessibilityTree>(files.helper(u"morvane-action-carrier"_s), lookLimit),
             std::make_shared<LinuxApplications>(),
             std::make_shared<LinuxInputEvents>(),
             std::make_shared<LinuxClipboard>(),
@@ -100,14 +107,65 @@ TestProgram &DesktopFixture::startWindow(const QString &widget, const QString &c
     return start(u"/usr/bin/python3"_s, {u"-c"_s, script});
 }
 
-QString DesktopFixture::captureWith(const QString &wanted)
+QString DesktopFixture::captureWith(const QStringList &wanted)
 {
     QString text;
     EXPECT_TRUE(waitUntil([&] {
         text = capture();
-        return text.contains(wanted);
+        return std::all_of(wanted.begin(), wanted.end(),
+                           [&text](const QString &one) { return text.contains(one); });
     })) << text.toStdString();
     return text;
+}
+
+QPoint DesktopFixture::placeOfShown(const QString &words)
+{
+    std::optional<QPoint> found;
+    QString text;
+    EXPECT_TRUE(waitUntil([&] {
+        text = capture();
+        found = placeOfText(text, words);
+        return found.has_value();
+    })) << text.toStdString();
+    return found.value_or(QPoint());
+}
+
+QPoint DesktopFixture::clickOn(const QString &summary)
+{
+    const QPoint told = placeOf(captureWith(summary), summary).value_or(QPoint());
+    run(m_tools.clickAt(told));
+    return told;
+}
+
+void DesktopFixture::holdUp(const TestProgram &program)
+{
+    const auto isStopped = [&] {
+        QFile stat(u"/proc/%1/stat"_s.arg(program.pid()));
+        return stat.open(QIODevice::ReadOnly) && stat.readAll().contains(") T ");
+    };
+    EXPECT_TRUE(waitUntil([&] {
+        ::kill(pid_t(program.pid()), SIGSTOP);
+        EXPECT_TRUE(waitUntil(isStopped));
+        if (!displayIsSilent())
+            return true;
+        goOn(program);
+        EXPECT_TRUE(waitUntil([] { return !displayIsSilent(); }));
+        return false;
+    }));
+}
+
+void DesktopFixture::goOn(const TestProgram &program)
+{
+    ::kill(pid_t(program.pid()), SIGCONT);
+}
+
+bool DesktopFixture::displayIsSilent()
+{
+    try {
+        return XDisplay::open({}, std::chrono::seconds(1)) == nullptr;
+    } catch (const DisplaySilent &) {
+        return true;
+    }
 }
 
 bool DesktopFixture::copies(const QString &wanted)

@@ -37,8 +37,18 @@ protected:
     /// becomes its window's title when it has been told to change, by SIGUSR1, and has done what `change`
     /// says.
     TestProgram &startWindow(const QString &widget, const QString &change = QStringLiteral("pass"));
-    /// Looks until the text of the screen has `wanted`.
-    QString captureWith(const QString &wanted);
+    /// Looks until the text of the screen has `wanted`, or all of them at once: what is read in the picture
+    /// and what a program tells of itself come at moments of their own.
+    QString captureWith(const QString &wanted) { return captureWith(QStringList{wanted}); }
+    QString captureWith(const QStringList &wanted);
+    /// Looks until `words` are read in the picture: where.
+    QPoint placeOfShown(const QString &words);
+    /// Clicks on the first element of this summary: where.
+    QPoint clickOn(const QString &summary);
+    /// Stops a program at a moment when it does not hold the display.
+    static void holdUp(const TestProgram &program);
+    static void goOn(const TestProgram &program);
+    static bool displayIsSilent();
     /// Presses the key that copies: whether that is what is on the clipboard, now or soon.
     bool copies(const QString &wanted);
     /// The number of the first element in a capture's text whose line has `summary`; 0 if there is none.

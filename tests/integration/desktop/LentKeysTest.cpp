@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QProcess>
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -66,10 +65,10 @@ protected:
 
     void typeWhileHeldUp(TestProgram &program, const QStringList &texts)
     {
-        ::kill(pid_t(program.pid()), SIGSTOP);
+        holdUp(program);
         for (const QString &text : texts)
             EXPECT_EQ(run(m_tools.typeText(text)), u"Typed %1 characters."_s.arg(text.size()));
-        ::kill(pid_t(program.pid()), SIGCONT);
+        goOn(program);
     }
 
     static QString chineseText(int size)
@@ -123,8 +122,8 @@ TEST_F(LentKeysTest, ATextWithMoreCharactersThanThereAreKeysWaitsUntilTheProgram
     TestProgram &program = startField();
     const QString text = chineseText(60);
     ASSERT_GT(text.size(), spareKeys());
-    ::kill(pid_t(program.pid()), SIGSTOP);
-    m_tries->onTry = [&program] { ::kill(pid_t(program.pid()), SIGCONT); };
+    holdUp(program);
+    m_tries->onTry = [&program] { goOn(program); };
     EXPECT_EQ(run(m_patient.typeText(text)), u"Typed 60 characters."_s);
     EXPECT_TRUE(waitUntil([&] { return typedInto(program) == text; })) << typedInto(program).toStdString();
 }
@@ -177,8 +176,7 @@ TEST_F(LentKeysTest, EachKeyboardKeepsTheLayoutThatTheUserHasGivenIt)
     EXPECT_TRUE(before.at(2).contains(u"udiaeresis"_s) && !before.at(1).contains(u"udiaeresis"_s));
     EXPECT_EQ(run(tools->typeText(u"漢字ß"_s)), u"Typed 3 characters."_s);
     tools.reset();
-    EXPECT_TRUE(waitUntil([&] { return spareKeys() == spare; }));
-    EXPECT_EQ(layouts(), before);
+    EXPECT_TRUE(waitUntil([&] { return spareKeys() == spare && layouts() == before; }));
     setLayout({u"us"_s});
 }
 
@@ -187,7 +185,7 @@ TEST_F(LentKeysTest, AStopEndsThatWaitAtOnceAndLosesNothingOfWhatWasTyped)
     TestProgram &program = startField();
     const qsizetype spare = spareKeys();
     const QString text = chineseText(60);
-    ::kill(pid_t(program.pid()), SIGSTOP);
+    holdUp(program);
     std::atomic<bool> waits = false;
     m_tries->onTry = [&waits] { waits = true; };
     TaskHandle<ToolResult> typing = m_scheduler.spawn(m_patient.typeText(text));
@@ -195,7 +193,7 @@ TEST_F(LentKeysTest, AStopEndsThatWaitAtOnceAndLosesNothingOfWhatWasTyped)
     typing.cancel();
     EXPECT_TRUE(waitUntil([&] { return typing.done(); }));
     EXPECT_EQ(typing.result().text, u"Error: stopped before it was done."_s);
-    ::kill(pid_t(program.pid()), SIGCONT);
+    goOn(program);
     EXPECT_TRUE(waitUntil([&] { return typedInto(program) == text.first(spare); }))
         << typedInto(program).toStdString();
 }
@@ -204,12 +202,12 @@ TEST_F(LentKeysTest, KeysAreGivenBackOnceTheProgramHasReadThem)
 {
     const qsizetype spare = spareKeys();
     TestProgram &program = startField();
-    ::kill(pid_t(program.pid()), SIGSTOP);
+    holdUp(program);
     run(m_tools.typeText(u"漢"_s));
     EXPECT_EQ(spareKeys(), spare - 1);
     run(m_tools.typeText(u"漢ß"_s));
     EXPECT_EQ(spareKeys(), spare - 2) << "what is on a key serves again";
-    ::kill(pid_t(program.pid()), SIGCONT);
+    goOn(program);
     EXPECT_TRUE(areGivenBack(spare));
 }
 

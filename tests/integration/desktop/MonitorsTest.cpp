@@ -39,7 +39,7 @@ protected:
     {
         TestProgram &yad = start(u"yad"_s, {u"--form"_s, u"--geometry=300x200+"_s + corner, u"--field=Name"_s,
                                             u"--button=Leave:0"_s});
-        const QString text = captureWith(u"Leave  [click"_s);
+        const QString text = captureWith({u"Leave  [click"_s, u"button 'Leave'"_s});
         return {yad, text, placeOf(text, u"button 'Leave'"_s), placeOfText(text, u"Leave"_s)};
     }
 

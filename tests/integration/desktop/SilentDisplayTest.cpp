@@ -96,13 +96,18 @@ protected:
         return pointer->mask;
     }
 
-    static bool isSilent()
+    /// A connection that gives up soon, once the display has answered as soon.
+    static std::unique_ptr<XDisplay> impatientDisplay()
     {
-        try {
-            return XDisplay::open({}, 1s) == nullptr;
-        } catch (const DisplaySilent &) {
-            return true;
-        }
+        std::unique_ptr<XDisplay> display;
+        EXPECT_TRUE(waitUntil([&display] {
+            try {
+                display = XDisplay::open({}, 100ms);
+            } catch (const DisplaySilent &) {
+            }
+            return display != nullptr;
+        }));
+        return display;
     }
 
     /// A source whose user stops what it does, as the display turns silent.
@@ -125,24 +130,6 @@ protected:
                call.readAll().startsWith(QByteArray::number(SYS_poll) + ' ');
     }
 
-    /// Stops a program that is not holding the display.
-    static void stopWithoutTheDisplay(const TestProgram &program)
-    {
-        const auto isStopped = [&] {
-            QFile stat(u"/proc/%1/stat"_s.arg(program.pid()));
-            return stat.open(QIODevice::ReadOnly) && stat.readAll().contains(") T ");
-        };
-        EXPECT_TRUE(waitUntil([&] {
-            ::kill(pid_t(program.pid()), SIGSTOP);
-            EXPECT_TRUE(waitUntil(isStopped));
-            if (!isSilent())
-                return true;
-            ::kill(pid_t(program.pid()), SIGCONT);
-            EXPECT_TRUE(waitUntil([] { return !isSilent(); }));
-            return false;
-        }));
-    }
-
     Holder m_holder;
     LinuxInputEvents m_input;
     std::stop_source m_stop;
@@ -150,7 +137,7 @@ protected:
 
 TEST_F(SilentDisplayTest, AQuestionEndsAndNoneIsAskedAfterIt)
 {
-    const auto display = XDisplay::open({}, 100ms);
+    const auto display = impatientDisplay();
     m_holder.hold();
     EXPECT_THROW(XDisplay::open({}, 100ms), DisplaySilent);
     EXPECT_THROW(display->synchronize(), DisplaySilent);
@@ -209,7 +196,7 @@ TEST_F(SilentDisplayTest, AnAnswerThatIsThereCountsHoweverLateItIsLookedAt)
 
 TEST_F(SilentDisplayTest, TheKeyboardIsNotReadWithoutEnd)
 {
-    const auto display = XDisplay::open({}, 100ms);
+    const auto display = impatientDisplay();
     m_holder.hold();
     EXPECT_THROW(XKeyboard::read(*display), DisplaySilent);
     m_holder.letGo();
@@ -235,7 +222,7 @@ TEST_F(SilentDisplayTest, AStopEndsWhateverWaitsForIt)
     for (Task<ToolResult> &tool : tools)
         waiting.push_back(m_scheduler.spawn(std::move(tool)));
     settle();
-    EXPECT_TRUE(isSilent());
+    EXPECT_TRUE(displayIsSilent());
     for (TaskHandle<ToolResult> &one : waiting) {
         EXPECT_FALSE(one.done());
         one.cancel();
@@ -343,12 +330,11 @@ TEST_F(SilentDisplayTest, CapsLockIsBackOnceItAnswersAfterAStopInMidWord)
 TEST_F(SilentDisplayTest, AProgramOfGtk4ThatIsHeldUpReadsWhatWasTyped)
 {
     TestProgram &program = start(u"gtk4-demo"_s, {u"--run=dialog"_s});
-    const QString text = captureWith(u"text field 'Entry 1'"_s);
-    run(m_tools.clickAt(placeOf(text, u"text field 'Entry 1'"_s).value_or(QPoint())));
-    stopWithoutTheDisplay(program);
+    clickOn(u"text field 'Entry 1'"_s);
+    holdUp(program);
     for (const QString &part : {u"漢字 ß "_s, u"Ж ł"_s})
         EXPECT_EQ(run(m_tools.typeText(part)), u"Typed %1 characters."_s.arg(part.size()));
-    ::kill(pid_t(program.pid()), SIGCONT);
+    goOn(program);
     run(m_tools.pressKey(u"command+a"_s));
     EXPECT_TRUE(copies(u"漢字 ß Ж ł"_s)) << run(m_tools.clipboardRead()).toStdString();
 }

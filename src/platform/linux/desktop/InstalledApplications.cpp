@@ -23,8 +23,6 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-/// A program that cannot work mostly says so within this time.
-constexpr std::chrono::milliseconds timeToFail{500};
 /// How long a program that the bus starts may take to be there.
 constexpr std::chrono::milliseconds timeToServe{20000};
 
@@ -266,7 +264,7 @@ bool InstalledApplications::survives(pid_t child, int stopped)
 {
     const FileDescriptor end(int(::syscall(SYS_pidfd_open, child, 0)));
     std::array waiting{pollfd{end.get(), POLLIN, 0}, pollfd{stopped, POLLIN, 0}};
-    ::poll(waiting.data(), waiting.size(), int(timeToFail.count()));
+    ::poll(waiting.data(), waiting.size(), int(m_timeToFail.count()));
     int status = 0;
     if (::waitpid(child, &status, WNOHANG) == child)
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;

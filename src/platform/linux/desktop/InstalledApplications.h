@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <chrono>
 #include <mutex>
 #include <stop_token>
 #include <sys/types.h>
@@ -13,6 +14,10 @@ namespace morvane {
 /// `launch` longer.
 class InstalledApplications {
 public:
+    /// `timeToFail` is how long a program is watched that was started: one that cannot work mostly says so
+    /// within it.
+    explicit InstalledApplications(std::chrono::milliseconds timeToFail) : m_timeToFail(timeToFail) {}
+
     /// The name in the menu of the program that a window belongs to; the window's own word for it if no
     /// desktop file tells. `windowClass` is its WM_CLASS, `applicationId` what it says its desktop file is.
     static QString nameFor(const QByteArray &windowClass, const QString &applicationId);
@@ -31,6 +36,7 @@ private:
     bool survives(pid_t child, int stopped);
     void buryTheDead();
 
+    const std::chrono::milliseconds m_timeToFail;
     std::mutex m_mutex;
     QList<pid_t> m_children; ///< Those whose end nobody has taken note of.
 };

@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 namespace morvane {
 namespace {
 
-constexpr std::chrono::milliseconds lookLimit{300};
 constexpr std::chrono::milliseconds actionLimit{2000};
 /// Of one element; a table of a million rows is not read whole.
 constexpr qsizetype mostChildren = 1000;
@@ -232,7 +231,7 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
 
 std::optional<ScreenElement> LinuxAccessibilityTree::elementAt(QPointF point, const std::stop_token &stop)
 {
-    const QDeadlineTimer deadline(lookLimit);
+    const QDeadlineTimer deadline(m_lookLimit);
     const auto display = XDisplay::open(stop);
     if (!display)
         return std::nullopt;
@@ -334,7 +333,8 @@ AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &elemen
 AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeUnsaid(const AccessibilityReference &object)
 {
     // A button may open a dialog and answer when that is closed; a program that hangs answers nothing.
-    const auto sign = m_bus.ask(callOf(object, accessibleInterface, u"GetRole"_s), QDeadlineTimer(lookLimit));
+    const auto sign =
+        m_bus.ask(callOf(object, accessibleInterface, u"GetRole"_s), QDeadlineTimer(m_lookLimit));
     return sign.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::gone;
 }
 

@@ -5,6 +5,8 @@
 #include "platform/linux/desktop/AccessibleWindow.h"
 #include "platform/linux/desktop/ActionCarrier.h"
 
+#include <chrono>
+
 namespace morvane {
 
 class XDisplay;
@@ -13,8 +15,13 @@ class XDisplay;
 /// that a window of hundreds of elements is read in a few ways to the program and back.
 class LinuxAccessibilityTree final : public AccessibilityTree {
 public:
-    /// `carrier` is the path of morvane-action-carrier.
-    explicit LinuxAccessibilityTree(const QString &carrier) : m_carrier(m_bus, carrier) {}
+    /// `carrier` is the path of morvane-action-carrier, `lookLimit` how long a program may take to tell what
+    /// lies at a place, and whether it lives.
+    explicit LinuxAccessibilityTree(const QString &carrier,
+                                    std::chrono::milliseconds lookLimit = std::chrono::milliseconds(300))
+        : m_lookLimit(lookLimit), m_carrier(m_bus, carrier)
+    {
+    }
 
     void enable() override { m_bus.announceInterest(); }
     std::optional<ScreenElement> application(qint64 pid, QDeadlineTimer deadline) override;
@@ -46,6 +53,7 @@ private:
     /// Of a request that the program may have done without answering it.
     Outcome outcomeUnsaid(const AccessibilityReference &object);
 
+    const std::chrono::milliseconds m_lookLimit;
     AccessibilityConnection m_bus;
     ActionCarrier m_carrier;
 };
