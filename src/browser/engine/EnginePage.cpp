@@ -38,7 +38,9 @@ QString leavingQuestion()
 
 EnginePage::EnginePage(QWebEngineProfile &profile, SteadyNow now, QObject *parent)
     : QWebEnginePage(&profile, parent), m_view(std::make_unique<QWebEngineView>()),
-      m_dialogs(*m_view, [this](const QString &words) { Q_EMIT askedElsewhere(words); }, std::move(now))
+      m_dialogs(
+          *m_view, [this] { return m_site; }, [this](const QString &words) { Q_EMIT askedElsewhere(words); },
+          std::move(now))
 {
     m_view->setPage(this);
     // It would go to an address that is none of the web's.
@@ -133,6 +135,7 @@ bool EnginePage::acceptNavigationRequest(const QUrl &address, NavigationType typ
     }
     if (!isOfTheWeb(address))
         return false;
+    m_site = siteOf(address);
     Q_EMIT navigationAccepted(address, type == NavigationTypeRedirect);
     return true;
 }

@@ -72,6 +72,7 @@ private:
     bool m_expectsOwnDocument = false;
     bool m_leavesUnasked = false;
     int m_refusals = 0;
+    QString m_site;    ///< Of the page, or of the one that it goes to.
     int m_windows = 0; ///< That were asked for without a press of the user's.
     bool m_isEnding = false;
 };

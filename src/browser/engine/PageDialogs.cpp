@@ -15,6 +15,13 @@ using namespace Qt::StringLiterals;
 
 namespace morvane {
 
+namespace {
+
+/// A page can go from site to site to ask again.
+constexpr int mostSilences = 3;
+
+} // namespace
+
 using Refusal = PageDialogSheet::Refusal;
 
 void PageDialogs::alert(const QString &site, const QString &text)
@@ -76,6 +83,19 @@ void PageDialogs::forget()
 {
     m_inARow = 0;
     m_silenced.clear();
+    m_silences = 0;
+}
+
+bool PageDialogs::isSilenced(const QString &site) const
+{
+    return m_silences >= mostSilences || m_silenced.contains(site) || m_silenced.contains(m_page());
+}
+
+void PageDialogs::silence(const QString &site)
+{
+    m_silenced.insert(site);
+    m_silenced.insert(m_page()); // or each of its frames would have to be silenced
+    ++m_silences;
 }
 
 bool PageDialogs::isSeen(const QString &site) const
@@ -87,7 +107,7 @@ bool PageDialogs::isSeen(const QString &site) const
 QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
 {
     auto *const words = qobject_cast<PageDialogSheet *>(sheet);
-    const QCheckBox *const silence = words && m_inARow++ > 0 ? words->addSilence() : nullptr;
+    const QCheckBox *const silenced = words && m_inARow++ > 0 ? words->addSilence() : nullptr;
     m_sheet = sheet;
     QEventLoop loop;
     QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
@@ -99,8 +119,8 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
     const QPointer<QDialog> shown = std::exchange(m_sheet, nullptr);
     if (!shown)
         return nullptr;
-    if (silence && silence->isChecked())
-        m_silenced.insert(site);
+    if (silenced && silenced->isChecked())
+        silence(site);
     shown->hide();
     shown->deleteLater();
     return shown->result() == QDialog::Accepted ? shown : nullptr;

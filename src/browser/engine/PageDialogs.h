@@ -17,7 +17,7 @@ namespace morvane {
 
 /// The dialogs of one page. The engine wants each answer at once, so that a sheet holds its caller in a loop
 /// of its own while the program goes on. A page that nobody sees is answered as if the user had refused, and
-/// so is one of a site that the user has silenced. Main thread.
+/// so is one that the user has silenced, with all that stands in it. Main thread.
 class PageDialogs {
 public:
     struct Credentials {
@@ -25,10 +25,12 @@ public:
         QString password;
     };
 
-    /// `view` shows the page. Both stay as long as a sheet stands. `tell` hears in one line what is asked
-    /// while the user is in another window; by `now` a sheet waits for the user to pause.
-    PageDialogs(QWidget &view, std::function<void(const QString &words)> tell, SteadyNow now)
-        : m_view(view), m_tell(std::move(tell)), m_now(std::move(now))
+    /// `view` shows the page, which is of the site `page`. Both stay as long as a sheet stands. `tell` hears
+    /// in one line what is asked while the user is in another window; by `now` a sheet waits for the user to
+    /// pause.
+    PageDialogs(QWidget &view, std::function<QString()> page, std::function<void(const QString &words)> tell,
+                SteadyNow now)
+        : m_view(view), m_page(std::move(page)), m_tell(std::move(tell)), m_now(std::move(now))
     {
     }
     PageDialogs(const PageDialogs &) = delete;
@@ -47,7 +49,7 @@ public:
     /// Answers what stands as if the user had refused.
     void dismiss();
     /// Whether the user wants to hear no more of this site.
-    bool isSilenced(const QString &site) const { return m_silenced.contains(site); }
+    bool isSilenced(const QString &site) const;
     /// From now on it may speak again.
     void forget();
 
@@ -55,13 +57,16 @@ private:
     /// Null unless the user agreed; goes by itself afterwards.
     QPointer<QDialog> show(QDialog *sheet, const QString &site);
     bool isSeen(const QString &site) const;
+    void silence(const QString &site);
 
     QWidget &m_view;
+    std::function<QString()> m_page;
     std::function<void(const QString &)> m_tell;
     SteadyNow m_now;
     QPointer<QDialog> m_sheet;
     int m_inARow = 0; ///< Since the user or the agent went somewhere.
     QSet<QString> m_silenced;
+    int m_silences = 0;
 };
 
 } // namespace morvane

@@ -80,6 +80,41 @@ TEST_F(InsistentPagesTest, ASiteThatLoadsItselfAnewToAskAgainCanBeSilenced)
     EXPECT_TRUE(waitUntil([this] { return sheets == 3; }));
 }
 
+TEST_F(InsistentPagesTest, APageIsSilencedWithItsFramesOfWhateverSites)
+{
+    answer = silence;
+    QByteArray frames;
+    for (const char *site : {"one", "two", "three", "four", "five"}) {
+        const QByteArray address = QByteArray("http://") + site + ".frames.test/";
+        proxy().page(address, "<script>alert('Again'); parent.postMessage('done', '*')</script>");
+        frames += "<iframe src='" + address + "'></iframe>";
+    }
+    server.page("/framed",
+                "<script>let done = 0; onmessage = () => document.title = ++done</script>" + frames);
+    page().load(server.url("/framed"));
+    EXPECT_TRUE(waitUntil([this] { return page().title() == "5"; }));
+    EXPECT_EQ(sheets, 2);
+}
+
+TEST_F(InsistentPagesTest, APageThatGoesFromSiteToSiteToAskAgainIsSilencedInTheEnd)
+{
+    answer = silence;
+    const int last = 8;
+    const auto address = [](int place) {
+        return "http://place" + QByteArray::number(place) + ".chain.test/";
+    };
+    for (int place = 0; place < last; ++place)
+        proxy().page(address(place), "<script>onload = () => { alert('Again'); location.href = '" +
+                                         address(place + 1) + "'; }</script>");
+    proxy().page(address(last), "<title>End</title>");
+    page().load(QUrl(address(0)));
+    EXPECT_TRUE(waitUntil([this] { return page().title() == "End"; }));
+    EXPECT_EQ(sheets, 4);
+    show("<p>x");
+    runInPage("alert('Hello')");
+    EXPECT_EQ(sheets, 5);
+}
+
 TEST_F(InsistentPagesTest, AHundredDialogsInARowAreTwo)
 {
     answer = silence;
