@@ -126,7 +126,7 @@ void Downloads::start(const Download &download, const QString &path)
         m_announcer.announce(u"Download cancelled."_s);
         if (m_refused.goesOnAsking(download->site()))
             m_announcer.announce(u"Files from %1 are refused until an address is opened."_s.arg(
-                RefusedSites::nameOf(download->site())));
+                m_refused.refusedWith(download->site())));
         return;
     }
     m_refused.agreed(download->site());

@@ -94,7 +94,7 @@ void PermissionQuestions::refused(const QString &site)
     m_refused.refused(site);
     if (m_refused.goesOnAsking(site))
         m_announcer.announce(
-            u"Wishes of %1 are refused until an address is opened."_s.arg(RefusedSites::nameOf(site)));
+            u"Wishes of %1 are refused until an address is opened."_s.arg(m_refused.refusedWith(site)));
 }
 
 void PermissionQuestions::withdraw(const PagePermission *permission)

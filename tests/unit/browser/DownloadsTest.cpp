@@ -2,6 +2,7 @@
 
 #include "BrowserFixture.h"
 
+#include "support/FakePageDownload.h"
 #include "support/TemporaryHome.h"
 
 #include <QDir>
@@ -184,6 +185,23 @@ TEST_F(DownloadsTest, ASiteThatGoesOnOfferingIsRefusedUntilAnAddressIsGiven)
     offer();
     choose("");
     EXPECT_EQ(offer()->answer, "") << "an agreement lets a site go on";
+}
+
+TEST_F(DownloadsTest, SiteAfterSiteIsRefusedInTheEnd)
+{
+    const auto offerFrom = [this](const QString &site) {
+        const auto file = std::make_shared<FakePageDownload>("disk.img", site);
+        Q_EMIT page().downloadRequested(file);
+        return file;
+    };
+    for (const auto *site : {"a.test", "b.test", "c.test", "d.test", "e.test", "f.test"}) {
+        EXPECT_TRUE(offerFrom(site)->log.isEmpty());
+        choose("");
+    }
+    EXPECT_EQ(spoken().last(), "Files from all sites are refused until an address is opened.");
+    EXPECT_EQ(offerFrom("g.test")->log, QStringList("cancel"));
+    manager.forgetRefusals();
+    EXPECT_TRUE(offerFrom("g.test")->log.isEmpty());
 }
 
 TEST_F(DownloadsTest, WithTheWindowItsQuestionGoesAndTheRunningGoOn)

@@ -67,6 +67,7 @@ TEST_F(SpokenPageTextTest, FilesAndSitesAreSpokenAsTheyAreShown)
 {
     manager.makeWindowIfNeeded();
     for (const auto &[text, shown] : hostileTexts()) {
+        manager.forgetRefusals();
         spoken();
         const auto file = std::make_shared<FakePageDownload>(text, "a.test");
         Q_EMIT page().downloadRequested(file);

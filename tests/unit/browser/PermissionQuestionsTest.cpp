@@ -85,6 +85,18 @@ TEST_F(PermissionQuestionsTest, ASiteThatGoesOnAskingIsRefusedUntilAnAddressIsGi
     EXPECT_TRUE(want(Kind::camera)->answers.isEmpty());
 }
 
+TEST_F(PermissionQuestionsTest, SiteAfterSiteIsRefusedInTheEnd)
+{
+    for (const auto *site : {"a.test", "b.test", "c.test", "d.test", "e.test", "f.test"}) {
+        EXPECT_TRUE(want(Kind::camera, site)->answers.isEmpty());
+        answer(false);
+    }
+    EXPECT_EQ(spoken(), QStringList("Wishes of all sites are refused until an address is opened."));
+    EXPECT_EQ(want(Kind::camera, "g.test")->answers, refused);
+    manager.forgetRefusals();
+    EXPECT_TRUE(want(Kind::camera, "g.test")->answers.isEmpty());
+}
+
 TEST_F(PermissionQuestionsTest, AnAgreementLetsASiteAskOn)
 {
     for (int i = 0; i < 4; ++i) {
