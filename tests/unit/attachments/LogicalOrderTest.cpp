@@ -6,12 +6,6 @@
 using namespace Qt::StringLiterals;
 
 namespace morvane {
-
-void PrintTo(const QString &text, std::ostream *stream)
-{
-    *stream << text.toStdString();
-}
-
 namespace {
 
 /// A line as it is seen from left to right, by the algorithm for showing text.
