@@ -4,6 +4,7 @@
 #include "platform/linux/desktop/XInputSource.h"
 #include "support/WaitUntil.h"
 
+#include <array>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -38,11 +39,14 @@ protected:
             ->mask;
     }
     bool isNoted() const { return !m_display->values(m_display->root(), "_MORVANE_HOLDS_KEYS").isEmpty(); }
-    /// What the user's own hand does.
-    void userSends(uint8_t type) const
+    uint8_t shiftKey() const
     {
-        const uint8_t key = XKeyboard::read(*m_display)->keyFor(XKB_KEY_Shift_L).value_or(XKey()).code;
-        xcb_test_fake_input(m_display->connection(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        return XKeyboard::read(*m_display)->keyFor(XKB_KEY_Shift_L).value_or(XKey()).code;
+    }
+    /// What the user's own hand does.
+    void userSends(uint8_t type, uint8_t detail) const
+    {
+        xcb_test_fake_input(m_display->connection(), type, detail, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
         m_display->synchronize();
     }
     /// Another Morvane that comes to use mouse and keyboard.
@@ -59,7 +63,15 @@ protected:
         ::shutdown(socket, SHUT_RDWR);
     }
 
-    std::unique_ptr<XDisplay> m_display = XDisplay::open();
+    /// As the user has them from the first on.
+    void setButtons(const std::array<uint8_t, 10> &map) const
+    {
+        const auto set = m_display->reply<xcb_set_pointer_mapping_reply_t>(
+            xcb_set_pointer_mapping(m_display->connection(), uint8_t(map.size()), map.data()));
+        EXPECT_EQ(set->status, XCB_MAPPING_STATUS_SUCCESS);
+    }
+
+    const std::unique_ptr<XDisplay> m_display = XDisplay::open();
 };
 
 TEST_F(XHeldNoteTest, WhatACrashHasLeftDownIsLetGoOfBeforeAnythingIsPressedAgain)
@@ -86,6 +98,21 @@ TEST_F(XHeldNoteTest, ThatHoldsForButtonsToo)
     }
 }
 
+TEST_F(XHeldNoteTest, AndForThoseOfALeftHandedUser)
+{
+    setButtons({3, 2, 1, 4, 5, 6, 7, 8, 9, 10});
+    crash([&](InputSource &source) { source.buttonDown(MouseButton::left, {100, 100}); });
+    EXPECT_EQ(held(), XCB_BUTTON_MASK_1);
+    const bool isLetGoOf = waitUntil([&] {
+        startAgain();
+        return held() == 0;
+    });
+    for (const uint8_t physical : {1, 3})
+        userSends(XCB_BUTTON_RELEASE, physical);
+    setButtons({1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+    EXPECT_TRUE(isLetGoOf);
+}
+
 TEST_F(XHeldNoteTest, WhatASequenceHoldsIsItsOwnAffair)
 {
     {
@@ -101,10 +128,10 @@ TEST_F(XHeldNoteTest, WhatASequenceHoldsIsItsOwnAffair)
 
 TEST_F(XHeldNoteTest, WhatTheUserHoldsIsTheUsersAffair)
 {
-    userSends(XCB_KEY_PRESS);
+    userSends(XCB_KEY_PRESS, shiftKey());
     startAgain();
     EXPECT_EQ(held(), XCB_MOD_MASK_SHIFT);
-    userSends(XCB_KEY_RELEASE);
+    userSends(XCB_KEY_RELEASE, shiftKey());
 }
 
 } // namespace

@@ -54,9 +54,14 @@ void XHeldNote::letGoOfWhatIsLeft(const XDisplay &display)
             release(display, XCB_KEY_RELEASE, uint8_t(code));
     const auto pointer =
         display.reply<xcb_query_pointer_reply_t>(xcb_query_pointer(connection, display.root()));
-    for (uint8_t button = 1; pointer && button <= buttons; ++button)
-        if ((pointer->mask & (XCB_BUTTON_MASK_1 << (button - 1))) != 0)
-            release(display, XCB_BUTTON_RELEASE, button);
+    const auto mapping = display.reply<xcb_get_pointer_mapping_reply_t>(xcb_get_pointer_mapping(connection));
+    const int physicalButtons = pointer && mapping ? xcb_get_pointer_mapping_map_length(mapping.get()) : 0;
+    // Left-handed users swap the buttons, of which the pointer tells by what they stand for.
+    for (int physical = 1; physical <= physicalButtons; ++physical) {
+        const uint8_t button = xcb_get_pointer_mapping_map(mapping.get())[physical - 1];
+        if (button >= 1 && button <= buttons && (pointer->mask & (XCB_BUTTON_MASK_1 << (button - 1))) != 0)
+            release(display, XCB_BUTTON_RELEASE, uint8_t(physical));
+    }
     xcb_delete_property(connection, display.root(), display.atom(name));
     display.synchronize();
 }
