@@ -37,6 +37,7 @@ public:
         done,
         refused, ///< The element is there and cannot do it.
         gone,    ///< The program has ended, or the element is hidden by now or has become another.
+        stopped, ///< `stop` came before the element was told, and it was not.
     };
 
     virtual ~AccessibilityTree() = default;

@@ -88,11 +88,15 @@ InputControl::InputControl(Desktop desktop, std::shared_ptr<ScreenInventory> inv
 
 QString InputControl::permissionProblem()
 {
-    if (m_desktop.input->isTrusted(m_stop))
-        return {};
-    m_desktop.input->requestTrust();
-    pause(permissionPause);
-    if (m_desktop.input->isTrusted(m_stop))
+    bool isTrusted = m_desktop.input->isTrusted(m_stop);
+    if (!isTrusted) {
+        m_desktop.input->requestTrust();
+        pause(permissionPause);
+        isTrusted = m_desktop.input->isTrusted(m_stop);
+    }
+    // Not every tool begins with an event.
+    pause(0ms);
+    if (isTrusted)
         return {};
     return u"Error: Morvane needs Accessibility permission to control your Mac. Open System Settings, "
            u"Privacy "
@@ -178,6 +182,8 @@ QString InputControl::axClick(qint64 index)
             return u"Pressed "_s + info->summary() + u" at "_s + place(whole(info->center)) + u'.';
         case AccessibilityTree::Outcome::gone:
             return elementGone(index);
+        case AccessibilityTree::Outcome::stopped:
+            throw SequenceStopped();
         case AccessibilityTree::Outcome::refused:
             break;
         }
@@ -211,6 +217,8 @@ QString InputControl::axType(qint64 index, const QString &text)
                u"\"."_s;
     case AccessibilityTree::Outcome::gone:
         return elementGone(index);
+    case AccessibilityTree::Outcome::stopped:
+        throw SequenceStopped();
     case AccessibilityTree::Outcome::refused:
         break;
     }

@@ -1,12 +1,17 @@
 #include "DesktopFixture.h"
 
+#include "tools/screen/ElementWalk.h"
+
 #include <QTemporaryDir>
 #include <csignal>
 #include <fcntl.h>
+#include <future>
+#include <stop_token>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace morvane {
 namespace {
@@ -38,6 +43,34 @@ TEST_F(ChangingWindowsTest, AnElementThatHasBecomeAnotherIsAnErrorAndIsNotPresse
     const int renamed = numberOf(captureWith(u"button 'Delete'"_s), u"button 'Delete'"_s);
     EXPECT_TRUE(run(m_tools.axClick(renamed)).startsWith(u"Pressed button 'Delete'"_s));
     EXPECT_EQ(program.waitForExit(), 7);
+}
+
+TEST_F(ChangingWindowsTest, AnElementIsNotToldToActOnceAStopHasBeenAskedFor)
+{
+    TestProgram &program = startWindow(u"widget = Gtk.Box()\n"
+                                       "field = Gtk.Entry()\n"
+                                       "button = Gtk.Button(label='Store')\n"
+                                       "button.connect('clicked', lambda button: sys.exit(7))\n"
+                                       "widget.add(field)\n"
+                                       "widget.add(button)"_s);
+    captureWith(u"button 'Store'"_s);
+    std::stop_source stop;
+    stop.request_stop();
+    auto told = std::async(std::launch::async, [pid = program.pid(), &stop] {
+        const auto tree = desktop().elements;
+        QList<AccessibilityTree::Outcome> outcomes;
+        const QDeadlineTimer deadline(20s);
+        const auto found = ElementWalk(*tree, deadline, {}).find(tree->application(pid, deadline).value());
+        for (const AXElementInfo &info : found)
+            outcomes.append(info.pressable ? tree->press(info.element, stop.get_token())
+                                           : tree->setValue(info.element, u"amber"_s, stop.get_token()));
+        return outcomes;
+    });
+    EXPECT_TRUE(waitUntil([&] { return told.wait_for(0s) == std::future_status::ready; }));
+    EXPECT_THAT(told.get(),
+                testing::AllOf(testing::SizeIs(2), testing::Each(AccessibilityTree::Outcome::stopped)));
+    EXPECT_TRUE(capture().contains(u"text field at"_s));
+    EXPECT_TRUE(program.isRunning());
 }
 
 TEST_F(ChangingWindowsTest, AnElementThatHasBeenTakenAwayIsAnErrorAndNoClick)

@@ -134,6 +134,27 @@ TEST_F(SequenceStopTest, AStopEndsEachQuestionAboutAnElementThatWaits)
     EXPECT_THAT(events().filter(u"down"_s), testing::IsEmpty());
 }
 
+TEST_F(SequenceStopTest, WhatIsStoppedBeforeItsFirstEventDoesNothingAtAll)
+{
+    showElement(u"AXTextField"_s, u"Name"_s, true);
+    auto &hook = m_desktop.input->onQuestion;
+    const QString stopped = u"Error: stopped before it was done."_s;
+    EXPECT_EQ(stopDuring(hook, m_tools.axClick(1)), stopped);
+    EXPECT_EQ(stopDuring(hook, m_tools.axType(1, u"abc"_s)), stopped);
+    EXPECT_EQ(stopDuring(hook, m_tools.pasteText(u"abc"_s)), stopped);
+    EXPECT_EQ(stopDuring(hook, m_tools.clickAt({1, 1})), stopped);
+    EXPECT_EQ(events(), QStringList());
+}
+
+TEST_F(SequenceStopTest, AnElementThatWasNotToldBecauseOfTheStopIsNeitherClickedNorToldAsDone)
+{
+    showElement(u"AXTextField"_s, u"Name"_s, true);
+    m_desktop.elements->outcome = AccessibilityTree::Outcome::stopped;
+    EXPECT_EQ(run(m_tools.axClick(1)), u"Error: stopped before it was done."_s);
+    EXPECT_EQ(run(m_tools.axType(1, u"abc"_s)), u"Error: stopped before it was done."_s);
+    EXPECT_THAT(events().filter(u"down"_s), testing::IsEmpty());
+}
+
 TEST_F(SequenceStopTest, APasteThatIsStoppedIsNotToldAsDone)
 {
     holdSleeps();

@@ -347,6 +347,9 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     const BusElement &live = busElement(*now);
     if (live.clickIndex < 0)
         return Outcome::refused;
+    // The program may have taken its time to tell how the element is.
+    if (stop.stop_requested())
+        return Outcome::stopped;
     const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex});
     if (answer.kind == AccessibilityAnswer::Kind::late)
         return outcomeUnsaid(live.reference);
@@ -361,6 +364,8 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto now = current(element, stop);
     if (!now)
         return Outcome::gone;
+    if (stop.stop_requested())
+        return Outcome::stopped;
     const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text});
     if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
         return Outcome::done;
