@@ -6,6 +6,16 @@
 
 namespace morvane {
 
+namespace {
+
+/// A page of the browser may say of all that is dragged out of it that it is a file of the user's.
+bool isOfThisProgram(const QDropEvent &drop)
+{
+    return drop.source() != nullptr;
+}
+
+} // namespace
+
 FileDropFilter::FileDropFilter(QWidget *target) : QObject(target)
 {
     target->setAcceptDrops(true);
@@ -28,7 +38,7 @@ bool FileDropFilter::eventFilter(QObject *object, QEvent *event)
         auto *drop = static_cast<QDropEvent *>(event);
         // Each question goes to the program that is dragged from, which may take its time with each move.
         if (event->type() == QEvent::DragEnter)
-            m_files = filesOf(drop->mimeData());
+            m_files = isOfThisProgram(*drop) ? QList<QUrl>() : filesOf(drop->mimeData());
         const QList<QUrl> files = m_files;
         if (files.isEmpty())
             return false;

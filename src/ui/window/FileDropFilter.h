@@ -9,7 +9,7 @@ class QWidget;
 
 namespace morvane {
 
-/// Lets files be dropped anywhere on a widget and what it holds.
+/// Lets files of other programs be dropped anywhere on a widget and what it holds.
 class FileDropFilter : public QObject {
     Q_OBJECT
 public:
