@@ -73,6 +73,8 @@ PrivateDesktop::PrivateDesktop(QSize screen) : m_folder(QDir::tempPath() + u"/mo
     m_environment.insert(u"XDG_SESSION_TYPE"_s, u"x11"_s);
     m_environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     m_environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
+    // Without a graphics card programs of GTK 4 would keep all processors busy with one.
+    m_environment.insert(u"GSK_RENDERER"_s, u"cairo"_s);
     startServer(screen);
     startBus();
     startWindowManager();
