@@ -75,7 +75,7 @@ TEST_F(DamagedFileTest, DocumentsDoNoHarm)
 {
     const QByteArray whole = samplePdf(
         {{SamplePage::Kind::text, u"Printed page"_s}, {SamplePage::Kind::scanned, u"Scanned page"_s}});
-    for (const QByteArray &file : damaged(whole, 30)) {
+    for (const QByteArray &file : damaged(whole, 18)) {
         const QString failure = failureOf(u"a.pdf"_s, file);
         EXPECT_THAT(failure.toStdString(), AnyOf("", "Could not open \"a.pdf\" as a PDF.",
                                                  testing::StartsWith("\"a.pdf\" contains no readable text")));

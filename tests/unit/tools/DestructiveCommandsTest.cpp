@@ -288,10 +288,11 @@ TEST(DestructiveCommandsTest, EveryCharacterCountsAsItDoesForIcu)
     const QList<std::pair<QString, QString>> surroundings{
         {"a", "dd"}, {"dd", " "}, {"rm", "-f"}, {"rm - ", "f"}, {"git push x", "-f"}, {"kill -", " "}};
     constexpr char32_t end = 0x110000;
-    // One by one where the scripts are; ideographs and what lies above the first plane come in long rows
-    // alike.
+    // One by one where the scripts are; ideographs and the scripts of the second plane come in rows alike,
+    // and beyond it there is little else than rows.
     const auto step = [](char32_t c) {
-        return c < 0x3200 || (c >= 0xa000 && c < 0xac00) || (c >= 0xf900 && c < 0x10000) ? 1 : 61;
+        const bool isOfScripts = c < 0x3200 || (c >= 0xa000 && c < 0xac00) || (c >= 0xf900 && c < 0x10000);
+        return isOfScripts ? 1 : c < 0x20000 ? 61 : 4001;
     };
     for (char32_t c = 0; c < end; c += step(c)) {
         const QString character =

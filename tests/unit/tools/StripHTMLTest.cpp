@@ -8,7 +8,8 @@
 namespace morvane {
 namespace {
 
-constexpr qsizetype megabyte = 1'000'000;
+/// Of what is searched for. A search that looked for every missing end anew would need minutes.
+constexpr qsizetype many = 500'000;
 
 TEST(StripHTMLTest, TagsBecomeBlanksAndRunsOfWhiteSpaceOneBlank)
 {
@@ -111,29 +112,27 @@ TEST(StripHTMLTest, GivesWhatTheExpressionsGive)
     }
 }
 
-// A search that looked for every missing end anew would need hours for these.
-
 TEST(StripHTMLTest, BeginningsWithoutAnEndStayAndAreReadOnce)
 {
     for (const char *const beginning : {"<", "<script", "<style", "</script", "<>"}) {
-        const QString text = QString(beginning).repeated(2 * megabyte);
+        const QString text = QString(beginning).repeated(many);
         EXPECT_EQ(stripHTML(text), text) << beginning;
     }
 }
 
 TEST(StripHTMLTest, ElementsWithoutAnEndLoseTheirTagsAndAreReadOnce)
 {
-    EXPECT_EQ(stripHTML(QString("<script>").repeated(megabyte)), " ");
-    EXPECT_EQ(stripHTML(QString("<style>x").repeated(megabyte)), QString(" x").repeated(megabyte));
-    EXPECT_EQ(stripHTML(QString("<<>").repeated(megabyte)), " ");
+    EXPECT_EQ(stripHTML(QString("<script>").repeated(many)), " ");
+    EXPECT_EQ(stripHTML(QString("<style>x").repeated(many)), QString(" x").repeated(many));
+    EXPECT_EQ(stripHTML(QString("<<>").repeated(many)), " ");
 }
 
 TEST(StripHTMLTest, ManyEntitiesAreReadOnce)
 {
-    EXPECT_EQ(stripHTML(QString("&lt;").repeated(2 * megabyte)), QString("<").repeated(2 * megabyte));
-    EXPECT_EQ(stripHTML(QString("&amp;").repeated(2 * megabyte)), QString("&").repeated(2 * megabyte));
-    EXPECT_EQ(stripHTML(QString("&").repeated(10 * megabyte)), QString("&").repeated(10 * megabyte));
-    EXPECT_EQ(stripHTML(QString("&nbsp;").repeated(megabyte)), " ");
+    EXPECT_EQ(stripHTML(QString("&lt;").repeated(many)), QString("<").repeated(many));
+    EXPECT_EQ(stripHTML(QString("&amp;").repeated(many)), QString("&").repeated(many));
+    EXPECT_EQ(stripHTML(QString("&").repeated(4 * many)), QString("&").repeated(4 * many));
+    EXPECT_EQ(stripHTML(QString("&nbsp;").repeated(many)), " ");
 }
 
 } // namespace
