@@ -13,7 +13,8 @@ BrowserTest::BrowserTest()
         u"/birds"_s,
         "<title>Birds</title><h1>Kingfishers</h1><p>A kingfisher eats fish.</p>"
         "<form action=\"/search\"><input name=\"q\" aria-label=\"Search\"><button>Go</button></form>");
-    m_site.page(u"/files"_s, "<title>Files</title><a href=\"/file\">birds.dat</a>");
+    m_site.page(u"/files"_s,
+                "<title>Files</title><a href=\"/file\">birds.dat</a> <a href=\"/birds\">Birds</a>");
     m_site.page(u"/search"_s, "<title>Found</title><p>One kingfisher was found.</p>");
     m_site.answer(u"/file"_s, "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n"
                               "Content-Disposition: attachment; filename=\"birds.dat\"\r\n"

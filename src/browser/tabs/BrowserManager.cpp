@@ -171,7 +171,7 @@ void BrowserManager::reopenClosedTab()
     }
     const QString address = m_closedTabURLs.takeLast();
     m_services.announcer.announce(u"Reopened closed tab."_s);
-    m_services.scheduler.spawn(m_operations.browserOpen(address));
+    m_operations.open(address);
 }
 
 void BrowserManager::setZoom(double zoom)

@@ -76,19 +76,32 @@ std::expected<PageOperations::Element, QString> PageOperations::element(qint64 i
     return Element{tab, ref};
 }
 
-Task<QString> PageOperations::browserOpen(QString urlString)
+QPointer<BrowserTab> PageOperations::load(const BrowserTarget &target)
 {
-    const BrowserTarget target = resolveTarget(urlString);
     const bool isOpen = showWindow();
     if (isOpen && !m_browser.activeTab())
         m_browser.newTab();
     const QPointer<BrowserTab> tab = m_browser.activeTab();
     if (!isOpen || !tab)
-        co_return noWindow();
+        return nullptr;
     tab->setLastElementRefs({});
     m_browser.forgetRefusals();
     m_announcer.announce(u"Loading "_s + pageText(target.host()));
     tab->webView().load(target.url);
+    return tab;
+}
+
+void PageOperations::open(const QString &text)
+{
+    load(resolveTarget(text));
+}
+
+Task<QString> PageOperations::browserOpen(QString urlString)
+{
+    const BrowserTarget target = resolveTarget(urlString);
+    const QPointer<BrowserTab> tab = load(target);
+    if (!tab)
+        co_return noWindow();
     const bool isReady = co_await waitUntilReady(&tab->webView(), openLimit);
     if (!tab)
         co_return noWindow();

@@ -1,6 +1,5 @@
 #include "browser/window/BrowserMenuActions.h"
 
-#include "async/Scheduler.h"
 #include "browser/tabs/BrowserManager.h"
 #include "browser/window/BrowsingRecords.h"
 #include "platform/Announcer.h"
@@ -30,7 +29,7 @@ BrowserMenuActions::BrowserMenuActions(BrowserManager &manager, const BrowserWin
 
 void BrowserMenuActions::open(const QString &text)
 {
-    m_services.scheduler.spawn(m_manager.operations().browserOpen(text));
+    m_manager.operations().open(text);
 }
 
 void BrowserMenuActions::newTab()

@@ -185,6 +185,26 @@ TEST_F(PageOperationsTest, ANavigationTakesAllNumbersAway)
     EXPECT_EQ(result(operations.browserClick(1)), "Clicked 'A'.");
 }
 
+TEST_F(PageOperationsTest, NoNumberStandsForWhatTheUserHasOpened)
+{
+    manager.newTab();
+    readPage();
+    const auto expectNoNumbers = [&](const QString &path) {
+        EXPECT_EQ(page().current, QUrl("https://host.test/" + path));
+        clock.advance(30s);
+        settle();
+        EXPECT_EQ(result(operations.browserClick(1)), noElement.arg(1));
+        EXPECT_EQ(page().scripts.count(elementScript()), 0);
+    };
+    page().scripts.clear();
+    operations.open("host.test/next");
+    expectNoNumbers("next");
+    manager.closeTab(tab().id());
+    pages.pages.removeFirst();
+    manager.reopenClosedTab();
+    expectNoNumbers("next");
+}
+
 TEST_F(PageOperationsTest, NumbersOfThePageBeforeGoWhenTheNextTakesItsPlace)
 {
     manager.newTab();
