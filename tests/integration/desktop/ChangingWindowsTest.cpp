@@ -19,6 +19,8 @@ namespace {
 /// Windows that change between the look and the act, and those that hide a part of what they hold.
 class ChangingWindowsTest : public DesktopFixture {
 protected:
+    ChangingWindowsTest() : DesktopFixture(desktopWithoutText()) {}
+
     static void tellToChange(const TestProgram &program)
     {
         ::kill(pid_t(program.pid()), SIGUSR1);

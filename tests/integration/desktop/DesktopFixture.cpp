@@ -3,6 +3,7 @@
 #include "base/InstalledFiles.h"
 #include "platform/DisplaySilent.h"
 #include "platform/linux/desktop/XWindows.h"
+#include "support/FakeDesktop.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -47,6 +48,13 @@ Desktop DesktopFixture::desktop(std::shared_ptr<SequenceClock> clock)
             std::make_shared<LinuxInputEvents>(),
             std::make_shared<LinuxClipboard>(),
             std::move(clock)};
+}
+
+Desktop DesktopFixture::desktopWithoutText()
+{
+    Desktop without = desktop();
+    without.recognizer = std::make_shared<FakeTextRecognizer>();
+    return without;
 }
 
 DesktopFixture::~DesktopFixture()

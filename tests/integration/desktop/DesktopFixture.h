@@ -23,10 +23,14 @@ namespace morvane {
 /// The tools as the program has them, and other programs on the same desktop.
 class DesktopFixture : public testing::Test {
 protected:
+    DesktopFixture() : DesktopFixture(desktop()) {}
+    explicit DesktopFixture(Desktop desktop) : m_tools(std::move(desktop)) {}
     ~DesktopFixture() override;
 
     /// What the program's tools act on.
     static Desktop desktop(std::shared_ptr<SequenceClock> clock = std::make_shared<RealSequenceClock>());
+    /// The same, but no picture shows any text: to read it is most of the work of a look.
+    static Desktop desktopWithoutText();
     QString run(Task<ToolResult> task);
     QString capture() { return run(m_tools.captureScreen()); }
 
@@ -64,7 +68,7 @@ protected:
     QTemporaryDir m_folder;
     SystemClock m_clock;
     Scheduler m_scheduler{m_clock};
-    ScreenTools m_tools{desktop()};
+    ScreenTools m_tools;
     std::vector<std::unique_ptr<TestProgram>> m_programs;
 };
 

@@ -15,6 +15,8 @@ namespace {
 /// Dialogs that a program waits for in the middle of what it was told to do.
 class DialogsTest : public DesktopFixture {
 protected:
+    DialogsTest() : DesktopFixture(desktopWithoutText()) {}
+
     /// A window with the widget that `widget` makes; `ask` runs a dialog, and says what came of it.
     TestProgram &startAsking(const QString &widget)
     {
@@ -117,7 +119,7 @@ TEST_F(DialogsTest, ADialogIsAnsweredByTheUserWhenWhatPressedTheButtonThatOpened
 {
     const TestProgram &program = startAsking(u"widget = Gtk.Button(label='Open')\n"
                                              "widget.connect('clicked', ask)"_s);
-    auto ending = std::make_unique<ScreenTools>(desktop());
+    auto ending = std::make_unique<ScreenTools>(desktopWithoutText());
     const auto numberIn = [&](const QString &summary) {
         QString text;
         EXPECT_TRUE(waitUntil([&] {

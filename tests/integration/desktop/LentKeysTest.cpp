@@ -33,6 +33,8 @@ private:
 /// Characters that the layout lacks, typed into programs that come to read them late.
 class LentKeysTest : public DesktopFixture {
 protected:
+    LentKeysTest() : DesktopFixture(desktopWithoutText()) {}
+
     static qsizetype spareKeys() { return XKeyboard::read(*XDisplay::open())->spareKeys().size(); }
 
     /// A program that says what is in its field, and answers the ping of window managers.
