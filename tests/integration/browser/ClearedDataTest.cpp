@@ -104,6 +104,18 @@ TEST_F(ClearedDataTest, ALoadOfTheSameMomentArrives)
     EXPECT_TRUE(waitUntil([this] { return !page().isLoading(); }));
 }
 
+TEST_F(ClearedDataTest, ALoadThatTheUserStopsIsNotBegunOnceMore)
+{
+    server.keepWaiting("/slow");
+    page().load(server.url("/slow"));
+    ASSERT_TRUE(isAsked("/slow", 1));
+    engine().removeAllSiteData();
+    page().stop();
+    EXPECT_TRUE(waitUntil([this] { return !page().isLoading(); }));
+    open("/other");
+    EXPECT_EQ(timesAsked("/slow"), 1);
+}
+
 TEST_F(ClearedDataTest, TwiceIsAsOnce)
 {
     server.keepWaiting("/slow");

@@ -23,6 +23,7 @@ public:
         const QUrl address = proxy.url("/");
         qputenv("http_proxy", address.toEncoded());
         qputenv("no_proxy", "other.test,nowhere.test");
+        home.write("Browser/Downloads/left", "of a program that was killed");
         auto started = loadBrowserEngine(
             InstalledFiles::aroundProgram().module("libmorvane-browser.so"),
             {.folder = home.path("Browser"),

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QPointer>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
@@ -198,6 +199,20 @@ TEST_F(InsistentPagesTest, APageThatMayNotifyIsShown)
     runInPage("new Notification('Two', {body: 'x'.repeat(1024 * 1024)})");
     ASSERT_TRUE(waitUntil([] { return notifications().size() == 2; })) << "its site goes on in another tab";
     EXPECT_EQ(notifications().last().title, "Two");
+}
+
+TEST_F(InsistentPagesTest, AWishGoesWithItsPage)
+{
+    show("<p>x");
+    runInPage("navigator.geolocation.getCurrentPosition(() => {})");
+    ASSERT_TRUE(waitUntil([this] { return window.permissions.size() == 1; }));
+    const QSignalSpy withdrawn(window.permissions.last().get(), &PagePermission::withdrawn);
+    manager->newTab();
+    manager->closeTab(manager->tabs().front()->id());
+    EXPECT_TRUE(waitUntil([&] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return withdrawn.size() == 1;
+    }));
 }
 
 TEST_F(InsistentPagesTest, APageThatAsksTenTimesIsHeardThreeTimesAtMost)

@@ -71,9 +71,12 @@ TEST_F(EngineNavigationTest, AServerThatIsNotThereLeavesThePageAndIsTold)
 TEST_F(EngineNavigationTest, APageWithoutATitleIsCalledByItsHost)
 {
     server.page("/untitled", "x");
-    open("/untitled");
-    EXPECT_EQ(tab().title(), "127.0.0.1");
-    EXPECT_EQ(visits.last().second, "");
+    server.page("/", "y");
+    for (const QString &path : {"/untitled", "/"}) {
+        open(path);
+        EXPECT_EQ(tab().title(), "127.0.0.1");
+        EXPECT_EQ(visits.last().second, "");
+    }
 }
 
 TEST_F(EngineNavigationTest, ARedirectionIsOneLoad)

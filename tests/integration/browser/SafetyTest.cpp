@@ -1,7 +1,5 @@
 #include "EngineFixture.h"
 
-#include "support/SmallVolume.h"
-#include "support/TemporaryHome.h"
 #include "support/TestCertificate.h"
 #include "support/TlsServer.h"
 #include "ui/sheets/AnswerGuard.h"
@@ -10,8 +8,6 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMenu>
@@ -19,7 +15,6 @@
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
-#include <atomic>
 
 namespace morvane {
 namespace {
@@ -28,15 +23,6 @@ namespace {
 class SafetyTest : public EngineFixture {
 protected:
     QString title() { return value("document.title").toString(); }
-    /// Waits for a question of the window's; where a file is to go is answered until then.
-    bool isAsked(const QString &question)
-    {
-        return waitUntil([&] {
-            for (const auto &answer : std::exchange(window.destinations, {}))
-                answer({});
-            return window.asked.contains(question);
-        });
-    }
 };
 
 TEST_F(SafetyTest, WhatAPageAsksIsAnsweredInASheetThatNamesTheSite)
@@ -144,6 +130,9 @@ TEST_F(SafetyTest, APageThatNobodySeesIsRefusedWithoutASheet)
     page().view()->hide();
     runInPage("document.title = confirm('unseen?') + ' ' + prompt('unseen?')");
     EXPECT_EQ(title(), "false null");
+    page().view()->showMinimized();
+    runInPage("document.title = confirm('unseen?') + ', minimized'");
+    EXPECT_EQ(title(), "false, minimized");
 }
 
 TEST_F(SafetyTest, ATabThatClosesUnderItsSheetAnswersIt)
@@ -163,118 +152,6 @@ TEST_F(SafetyTest, AnOperationThatMeetsASheetEndsByItsLimit)
     underSheet([&] { return handle.done(); }, [this](QDialog &) { page().stop(); });
     ASSERT_TRUE(handle.done());
     EXPECT_EQ(handle.result(), "Error: the click did not work.");
-}
-
-TEST_F(SafetyTest, ADownloadGoesWhereTheUserSaysAndNowhereElse)
-{
-    HttpHeaders headers;
-    headers.set("Content-Type", "application/octet-stream");
-    headers.set("Content-Disposition", "attachment; filename=\"../../../.bashrc\"");
-    server.answer("/file", rawHttpResponse(200, QByteArray(5000, 'x'), headers));
-    const TemporaryHome home;
-    open("/file");
-    ASSERT_EQ(window.destinations.size(), 1);
-    EXPECT_TRUE(window.asked.last() == "where to write bashrc of 127.0.0.1" ||
-                window.asked.last() == "where to write _bashrc of 127.0.0.1")
-        << window.asked.last().toStdString();
-    window.destinations.last()(home.path("chosen.bin"));
-    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.contains("Download complete."); }));
-    QFile file(home.path("chosen.bin"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), QByteArray(5000, 'x'));
-    EXPECT_FALSE(announcer.spoken.join(' ').contains("Failed to load"));
-}
-
-TEST_F(SafetyTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
-{
-    const QByteArray half = QByteArray("0123456789abcdef").repeated(800'000);
-    std::atomic<bool> goesOn = false;
-    RawHttpServer slow([&](RawHttpConnection &connection) {
-        HttpHeaders headers;
-        headers.set("Content-Type", "application/octet-stream");
-        headers.set("Content-Length", QByteArray::number(2 * half.size()));
-        if (connection.readRequest() && connection.send(rawHttpHead(200, headers) + half) &&
-            connection.waitUntil([&goesOn] { return goesOn.load(); }) && connection.send(half))
-            connection.waitUntilClosedByPeer();
-    });
-    std::shared_ptr<PageDownload> download;
-    QObject::connect(&page(), &WebPage::downloadRequested, [&](const auto &offered) { download = offered; });
-    const TemporaryHome home;
-    page().load(slow.url("/large"));
-    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == half.size(); }));
-    settle(); // it is paused by now
-    goesOn = true;
-    window.destinations.last()(home.path("large.bin"));
-    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.contains("Download complete."); }));
-    QFile file(home.path("large.bin"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), half + half);
-}
-
-TEST_F(SafetyTest, ATruncatedDownloadIsAFailure)
-{
-    HttpHeaders headers;
-    headers.set("Content-Type", "application/octet-stream");
-    headers.set("Content-Length", "100000");
-    PageServer cut;
-    cut.answer("/file", rawHttpHead(200, headers) + QByteArray(5000, 'x'));
-    cut.closeAfter("/file");
-    const TemporaryHome home;
-    page().load(cut.url("/file"));
-    ASSERT_TRUE(waitUntil([this] { return window.destinations.size() == 1; }));
-    window.destinations.last()(home.path("cut.bin"));
-    ASSERT_TRUE(waitUntil([this] { return announcer.spoken.join('|').contains("Download failed: "); }))
-        << announcer.spoken.join('|').toStdString();
-    EXPECT_FALSE(announcer.spoken.contains("Download complete."));
-}
-
-TEST_F(SafetyTest, AFileForAnotherDiskTouchesNothingBesideItsPlace)
-{
-    const TemporaryHome home;
-    ASSERT_TRUE(QDir(home.path()).mkpath("disk"));
-    const SmallVolume disk(home.path("disk"), 1'000'000);
-    ASSERT_TRUE(disk.isMounted());
-    home.write("disk/file.part", "the user's own");
-    const auto take = [&](const QString &name, qsizetype size) {
-        HttpHeaders headers;
-        headers.set("Content-Type", "application/octet-stream");
-        server.answer("/" + name.toLatin1(), rawHttpResponse(200, QByteArray(size, 'x'), headers));
-        page().load(server.url("/" + name));
-        EXPECT_TRUE(
-            waitUntil([&] { return window.asked.contains("where to write " + name + " of 127.0.0.1"); }));
-        announcer.spoken.clear();
-        window.destinations.last()(home.path("disk/" + name));
-        EXPECT_TRUE(waitUntil([this] { return manager->downloads().running().isEmpty(); }));
-        return announcer.spoken.last();
-    };
-    EXPECT_EQ(take("file", 5000), "Download complete.");
-    EXPECT_EQ(home.read("disk/file"), QByteArray(5000, 'x'));
-    EXPECT_EQ(home.read("disk/file.part"), "the user's own");
-    EXPECT_EQ(take("large", 2'000'000), "Download failed: The file could not be written there.");
-    EXPECT_EQ(QDir(home.path("disk")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-              QStringList({"file", "file.part"}));
-}
-
-TEST_F(SafetyTest, AFileWhosePageIsGoneIsOfferedAllTheSame)
-{
-    HttpHeaders headers;
-    headers.set("Content-Type", "application/octet-stream");
-    server.keepWaiting("/file");
-    show("<a download='late.txt' href=/file>save</a>");
-    EXPECT_EQ(click(1), "Clicked 'save'.");
-    ASSERT_TRUE(waitUntil([this] { return !server.requests("/file").isEmpty(); }));
-    manager->closeTab(manager->activeTabID());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    server.answer("/file", rawHttpResponse(200, "x", headers));
-    EXPECT_TRUE(isAsked("where to write late.txt of 127.0.0.1"));
-}
-
-TEST_F(SafetyTest, AFileThatAPageHasMadeNamesItsSite)
-{
-    show("<a download='made.txt'>save</a><script>document.querySelector('a').href = URL.createObjectURL(new "
-         "Blob(['words']))</script>");
-    EXPECT_EQ(click(1), "Clicked 'save'.");
-    EXPECT_TRUE(isAsked("where to write made.txt of 127.0.0.1"));
 }
 
 TEST_F(SafetyTest, TheMenuOfAPageLeadsToNothingButTheWeb)

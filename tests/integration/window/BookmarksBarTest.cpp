@@ -1,9 +1,11 @@
 #include "BrowserWindowFixture.h"
 
 #include "browser/window/BookmarksBar.h"
+#include "browser/window/ScrollStrip.h"
 #include "ui/controls/HoverText.h"
 
 #include <QAccessible>
+#include <QScrollBar>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -129,6 +131,18 @@ TEST_F(BookmarksBarTest, AnIconComesWithTheSite)
               QColor(Qt::magenta));
 }
 
+TEST_F(BookmarksBarTest, AnIconOfAHostInAnotherScriptIsShown)
+{
+    browser->icons[u"b\u00FCcher.com"_s] = Qt::magenta;
+    browser->load(u"https://b\u00FCcher.com/"_s, u"One"_s);
+    settle();
+    click(u"Bookmark this page"_s);
+    EXPECT_TRUE(waitUntil([this] {
+        return button(u"Open bookmark One"_s)->icon().pixmap(16, 16).toImage().pixelColor(8, 8) ==
+               QColor(Qt::magenta);
+    }));
+}
+
 TEST_F(BookmarksBarTest, AnIconThatComesAfterTheBookmarkIsShown)
 {
     mark(u"One"_s);
@@ -184,6 +198,18 @@ TEST_F(BookmarksBarTest, OfVeryManyThoseFurtherOnComeWhenTheUserComesNear)
     EXPECT_TRUE(button(u"Open bookmark Title 201"_s)->hasFocus());
     browser->bookmarks.clear();
     EXPECT_EQ(made(), 0);
+}
+
+TEST_F(BookmarksBarTest, OfVeryManyMoreAreThereBeforeTheEndIsInSight)
+{
+    for (int i = 0; i < 200; ++i)
+        browser->bookmarks.add(u"https://a.test/%1"_s.arg(i), u"Title %1"_s.arg(i));
+    settle();
+    const auto made = [this] { return bar()->findChildren<QToolButton *>().size(); };
+    const qsizetype atFirst = made();
+    QScrollBar *scroll = bar()->findChild<ScrollStrip *>()->horizontalScrollBar();
+    scroll->setValue(scroll->maximum() - scroll->pageStep());
+    EXPECT_GT(made(), atFirst);
 }
 
 TEST_F(BookmarksBarTest, LongTitlesAndManyBookmarksDoNotWidenTheWindow)

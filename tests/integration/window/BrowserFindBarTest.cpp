@@ -249,6 +249,20 @@ TEST_F(BrowserFindBarTest, AnotherDocumentIsCountedAnew)
     EXPECT_EQ(count(), u"2 matches"_s);
 }
 
+TEST_F(BrowserFindBarTest, AnotherDocumentOfATabThatWasLeftIsNotCounted)
+{
+    FakeWebPage &left = browser->page();
+    manager.newTab();
+    open();
+    pageHas(1);
+    type(u"x"_s);
+    scripts().clear();
+    left.load(QUrl(u"https://b.test/"_s));
+    left.finish(u"B"_s);
+    settle();
+    EXPECT_TRUE(scripts().isEmpty());
+}
+
 TEST_F(BrowserFindBarTest, EscapeClosesItAndStopsNothing)
 {
     neverAnswer();

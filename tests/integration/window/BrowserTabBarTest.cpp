@@ -134,6 +134,20 @@ TEST_F(BrowserTabBarTest, KeysMoveThroughTheTabsAndPressAndClose)
     EXPECT_TRUE(tab(u"Two"_s)->hasFocus());
 }
 
+TEST_F(BrowserTabBarTest, TheArrowsGoTheWayThatIsSeenWhereLinesGoFromTheRight)
+{
+    QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+    open({u"One"_s, u"Two"_s, u"Three"_s});
+    settle();
+    EXPECT_LT(tab(u"Three"_s)->x(), tab(u"Two"_s)->x());
+    part<BrowserTabBar>()->takeFocus();
+    press(Qt::Key_Right);
+    EXPECT_TRUE(tab(u"Two"_s)->hasFocus());
+    press(Qt::Key_Left);
+    EXPECT_TRUE(tab(u"Three"_s)->hasFocus());
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 TEST_F(BrowserTabBarTest, TheTabKeyStopsAtOneTabOnly)
 {
     open({u"One"_s, u"Two"_s, u"Three"_s});

@@ -103,6 +103,9 @@ TEST_F(BrowserToolbarTest, AButtonThatIsSwitchedOffKeepsTheKeyboard)
     press(Qt::Key_Tab);
     EXPECT_FALSE(button(u"Go back"_s)->isEnabled());
     EXPECT_TRUE(button(u"Reload this page"_s)->hasFocus());
+    button(u"Bookmark this page"_s)->setFocus();
+    manager.newTab();
+    EXPECT_TRUE(button(u"Bookmark this page"_s)->hasFocus());
 }
 
 TEST_F(BrowserToolbarTest, TheAddressFollowsThePageAndTheTab)
@@ -128,6 +131,30 @@ TEST_F(BrowserToolbarTest, TheAddressSelectsAllOnFocus)
     EXPECT_EQ(field()->selectedText(), u"https://a.test/x"_s);
     QTest::mouseClick(field(), Qt::LeftButton); // the second one sets the caret
     EXPECT_EQ(field()->selectedText(), QString());
+}
+
+TEST_F(BrowserToolbarTest, APressThatSelectsAPartSelectsNoMore)
+{
+    browser->load(u"https://a.test/x"_s, u"A"_s);
+    part<PageArea>()->focusPage();
+    const QPoint start(10, field()->height() / 2);
+    const QPoint end(60, start.y());
+    QTest::mousePress(field(), Qt::LeftButton, {}, start);
+    QTest::mouseMove(field(), end);
+    QTest::mouseRelease(field(), Qt::LeftButton, {}, end);
+    EXPECT_FALSE(field()->selectedText().isEmpty());
+    EXPECT_LT(field()->selectedText().size(), field()->text().size());
+}
+
+TEST_F(BrowserToolbarTest, WhoGoesBackToAnAddressThatIsBeingOpenedFindsThePagesOnceItIsThere)
+{
+    press(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(field(), u"host.test/x"_s);
+    press(Qt::Key_Return);
+    press(Qt::Key_L, Qt::ControlModifier);
+    browser->page().begin(u"redirection"_s, QUrl(u"https://other.test/"_s));
+    browser->page().finish(u"Other"_s);
+    EXPECT_EQ(field()->text(), u"https://other.test/"_s);
 }
 
 TEST_F(BrowserToolbarTest, WhatTheUserWritesStaysWhileAPageLoads)

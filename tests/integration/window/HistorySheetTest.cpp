@@ -103,6 +103,16 @@ TEST_F(HistorySheetTest, ReturnOpensThePageAndClosesTheSheet)
     EXPECT_TRUE(isClosed());
 }
 
+TEST_F(HistorySheetTest, FromTheFilterTheKeyGoesBackToTheRowThatWasLeft)
+{
+    open();
+    choose(3);
+    query()->setFocus();
+    QTest::keyClick(query(), Qt::Key_Down);
+    EXPECT_TRUE(list()->hasFocus());
+    EXPECT_EQ(list()->currentIndex().row(), 3);
+}
+
 TEST_F(HistorySheetTest, AClickOpensThePage)
 {
     open();

@@ -219,5 +219,13 @@ TEST_F(BrowserManagerTest, SharingOffersTheAddressOfTheActivePage)
     EXPECT_EQ(spoken(), QStringList("Share sheet opened for this page."));
 }
 
+TEST_F(BrowserManagerTest, AnAddressIsToldAsItIsSent)
+{
+    manager.newTab();
+    visit(0, "https://a.test/\u00E9 x?q=%26%41");
+    EXPECT_EQ(tab().urlString(), "https://a.test/%C3%A9%20x?q=%26A");
+    EXPECT_EQ(visits.last().first, tab().urlString());
+}
+
 } // namespace
 } // namespace morvane
