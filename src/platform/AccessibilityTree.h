@@ -63,6 +63,9 @@ public:
     /// Whether a click at the middle of an element, which is `current`, would reach another window.
     virtual bool isCovered(const ScreenElement &element, const std::stop_token &stop) = 0;
 
+    /// Whether an element is in a window of this program's own. Asks nobody.
+    virtual bool isOwn(const ScreenElement &element) const = 0;
+
     virtual Outcome press(const ScreenElement &element, const std::stop_token &stop) = 0;
     virtual Outcome setValue(const ScreenElement &element, const QString &text,
                              const std::stop_token &stop) = 0;

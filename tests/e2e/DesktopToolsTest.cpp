@@ -41,6 +41,29 @@ TEST_F(DesktopTest, TheModelLooksTypesIntoAFieldPressesAButtonByItsNumberAndRead
         << answers.at(5).toStdString();
 }
 
+TEST_F(DesktopTest, NoFieldOfMorvanesOwnWindowIsFilledInByItsNumber)
+{
+    constexpr int most = 20;
+    std::vector<ScriptedTurn> turns{callingTool("capture_screen", "{}")};
+    for (int index = 1; index <= most; ++index)
+        turns.push_back(
+            callingTool("ax_type", "{\"index\":" + std::to_string(index) + ",\"text\":\"not mine\"}"));
+    turns.push_back(ScriptedTurn::saying({"It is all tried."}));
+    MorvaneSession &morvane = prepare(std::move(turns));
+    morvane.setSetting(u"unlimitedSteps"_s, u"true"_s);
+    morvane.start();
+    morvane.send(u"Fill in all fields"_s);
+    ASSERT_TRUE(morvane.ear().hears(u"It is all tried."_s));
+    const QStringList answers = results(morvane);
+    ASSERT_EQ(answers.size(), 1 + most);
+    for (int index = 1; index <= most; ++index)
+        EXPECT_THAT(answers.at(index).toStdString(),
+                    testing::AnyOf(testing::HasSubstr("] is in Morvane's own window."),
+                                   testing::StartsWith("Error: there is no element [")));
+    EXPECT_GE(answers.filter(u"] is in Morvane's own window."_s).size(), 10);
+    EXPECT_EQ(morvane.program().find(u"Message Morvane"_s).text(), QString());
+}
+
 TEST_F(DesktopTest, TypingIntoAnotherProgramEndsWhenTheUserComesBackAndEscapeEndsTheRun)
 {
     constexpr int lines = 1500;

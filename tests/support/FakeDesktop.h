@@ -111,6 +111,7 @@ public:
     std::optional<ScreenElement> elementAt(QPointF point, const std::stop_token &stop) override;
     std::optional<ScreenElement> current(const ScreenElement &element, const std::stop_token &stop) override;
     bool isCovered(const ScreenElement &element, const std::stop_token &stop) override;
+    bool isOwn(const ScreenElement &) const override { return own; }
     Outcome press(const ScreenElement &element, const std::stop_token &stop) override;
     Outcome setValue(const ScreenElement &element, const QString &text, const std::stop_token &stop) override;
 
@@ -118,6 +119,7 @@ public:
     std::optional<ScreenElement> underPointer;
     Outcome outcome = Outcome::done;
     bool covered = false;
+    bool own = false;
     int questions = 0; ///< Waves of children that were asked for.
     /// Called at each question for an application.
     std::function<void()> onApplication;

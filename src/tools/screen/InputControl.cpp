@@ -26,11 +26,15 @@ constexpr qsizetype shownLabel = 40;
 constexpr qsizetype shownText = 60;
 
 const QString nothingToType = u"Error: nothing to type."_s;
-const QString wouldTypeIntoOwnWindow =
-    u"Error: nothing was typed, because Morvane's own window is in front. Bring the application that it is "
-    u"meant for to the front with activate_app, then try again. A page in Morvane's own browser is worked "
-    u"with "
-    u"the browser tools, such as browser_type and browser_click."_s;
+
+/// The message field of this program, where it would be sent in the user's name.
+QString wouldTypeIntoOwnWindow(const QString &reason)
+{
+    return u"Error: nothing was typed, because "_s + reason +
+           u" Bring the application that it is meant for to the front with activate_app, then try again. A "
+           "page in Morvane's own browser is worked with the browser tools, such as browser_type and "
+           "browser_click."_s;
+}
 
 QString place(QPoint point)
 {
@@ -110,8 +114,9 @@ QString InputControl::ownWindowProblem()
 
 QString InputControl::ownWindowProblem(InputSource &source)
 {
-    // The message field of this program, where it would be sent in the user's name.
-    return source.keyboardHolder() == KeyboardHolder::ownWindow ? wouldTypeIntoOwnWindow : QString();
+    return source.keyboardHolder() == KeyboardHolder::ownWindow
+               ? wouldTypeIntoOwnWindow(u"Morvane's own window is in front."_s)
+               : QString();
 }
 
 void InputControl::pause(std::chrono::milliseconds duration)
@@ -211,6 +216,9 @@ QString InputControl::axType(qint64 index, const QString &text)
         return noElement(index);
     if (text.isEmpty())
         return nothingToType;
+    if (m_desktop.elements->isOwn(info->element))
+        return wouldTypeIntoOwnWindow(u"element ["_s + QString::number(index) +
+                                      u"] is in Morvane's own window."_s);
     switch (m_desktop.elements->setValue(info->element, text, m_stop)) {
     case AccessibilityTree::Outcome::done:
         return u"Set the contents of "_s + info->summary() + u" to \""_s + firstCharacters(text, shownText) +

@@ -249,6 +249,20 @@ TEST_F(SequenceStopTest, OurOwnWindowThatComesForwardBetweenCopyingAndPastingIsN
     EXPECT_THAT(events().filter(u"key"_s), testing::IsEmpty());
 }
 
+TEST_F(SequenceStopTest, AFieldOfOurOwnWindowIsNeitherSetNorClickedWhicheverWindowIsInFront)
+{
+    showElement(u"AXTextArea"_s, u"Message"_s, true);
+    m_desktop.elements->own = true;
+    for (const auto outcome : {AccessibilityTree::Outcome::done, AccessibilityTree::Outcome::refused}) {
+        m_desktop.elements->outcome = outcome;
+        EXPECT_TRUE(run(m_tools.axType(1, u"abc"_s))
+                        .startsWith(u"Error: nothing was typed, because element [1] is in Morvane's own "
+                                    "window. Bring the application that it is meant for to the front"_s));
+    }
+    EXPECT_EQ(events(), QStringList());
+    EXPECT_EQ(run(m_tools.axType(1, {})), u"Error: nothing to type."_s);
+}
+
 TEST_F(SequenceStopTest, AClickIntoOurOwnWindowIsMade)
 {
     m_desktop.input->keyboardHolder = KeyboardHolder::ownWindow;

@@ -7,6 +7,7 @@
 #include <QDBusVariant>
 #include <algorithm>
 #include <cmath>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -321,6 +322,11 @@ bool LinuxAccessibilityTree::isCovered(const ScreenElement &element, const std::
         childOfRootAt(*display, (element.frame->center() + display->origin()).toPoint());
     const auto own = withAncestors(*display, window);
     return own.isEmpty() || onTop != own.last();
+}
+
+bool LinuxAccessibilityTree::isOwn(const ScreenElement &element) const
+{
+    return busElement(element).pid == ::getpid();
 }
 
 AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &element, const QString &interface,

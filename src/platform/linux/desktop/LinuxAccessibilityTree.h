@@ -30,6 +30,7 @@ public:
     std::optional<ScreenElement> elementAt(QPointF point, const std::stop_token &stop) override;
     std::optional<ScreenElement> current(const ScreenElement &element, const std::stop_token &stop) override;
     bool isCovered(const ScreenElement &element, const std::stop_token &stop) override;
+    bool isOwn(const ScreenElement &element) const override;
     Outcome press(const ScreenElement &element, const std::stop_token &stop) override;
     Outcome setValue(const ScreenElement &element, const QString &text, const std::stop_token &stop) override;
 
