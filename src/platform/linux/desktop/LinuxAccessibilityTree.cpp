@@ -2,11 +2,10 @@
 
 #include "platform/linux/desktop/AccessibleRoles.h"
 #include "platform/linux/desktop/ElementFacts.h"
-#include "platform/linux/desktop/XWindows.h"
+#include "platform/linux/desktop/ScreenWindows.h"
 
 #include <QDBusVariant>
 #include <algorithm>
-#include <cmath>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -18,8 +17,6 @@ constexpr std::chrono::milliseconds actionLimit{2000};
 /// Of one element; a table of a million rows is not read whole.
 constexpr qsizetype mostChildren = 1000;
 constexpr int deepestHit = 16;
-/// Pixels that the frame of a window's own takes on each side; more is no frame.
-constexpr qreal widestFrame = 16;
 
 const AccessibilityReference registry{u"org.a11y.atspi.Registry"_s, u"/org/a11y/atspi/accessible/root"_s};
 const auto accessibleInterface = u"org.a11y.atspi.Accessible"_s;
@@ -139,50 +136,6 @@ QList<QList<ScreenElement>> LinuxAccessibilityTree::children(const QList<ScreenE
     return families;
 }
 
-std::shared_ptr<const AccessibleWindow> LinuxAccessibilityTree::windowOf(const XDisplay *display,
-                                                                         const Wanted &wanted,
-                                                                         const QString &title, QRectF told,
-                                                                         bool isActive)
-{
-    auto found = std::make_shared<AccessibleWindow>();
-    found->pid = wanted.pid;
-    found->tellsShowing = !wanted.isGtk4;
-    found->isRelative = wanted.isGtk4;
-    if (!display)
-        return found;
-    const QPointF origin = display->origin();
-    const auto active = activeWindow(*display);
-    std::optional<XWindow> own;
-    for (const XWindow &window : stackedWindows(*display)) {
-        if (window.pid != wanted.pid)
-            continue;
-        const bool isMeant = isActive && active ? window.window == active->window : window.title == title;
-        if (isMeant && !own)
-            own = window;
-    }
-    if (!own) {
-        // Menus and the like are no windows to the window manager.
-        found->frame = wanted.isGtk4 ? QRectF() : told.translated(-origin);
-        return found;
-    }
-    found->id = own->window;
-    found->frame = QRectF(own->frame).translated(-origin);
-    // A window that draws its own title bar has its shadow within what the server takes for the window.
-    const QList<uint32_t> shadow = display->values(own->window, "_GTK_FRAME_EXTENTS");
-    const QRectF drawn = found->frame.adjusted(shadow.value(0), shadow.value(2), -qreal(shadow.value(1)),
-                                               -qreal(shadow.value(3)));
-    // Programs that are drawn larger count in larger units.
-    const qreal ratio = told.width() > 0 ? drawn.width() / told.width() : 1;
-    const qreal steps = std::round(ratio * 4) / 4;
-    if (steps >= 1.25 && std::abs(ratio - steps) < 0.05)
-        found->scale = steps;
-    // Where there is no shadow it has a frame of its own instead, from whose inside it counts.
-    const QSizeF frame = told.isEmpty() ? QSizeF() : drawn.size() - told.size() * found->scale;
-    found->offset = drawn.topLeft() + QPointF(std::clamp<qreal>(frame.width() / 2, 0, widestFrame),
-                                              std::clamp<qreal>(frame.height() / 2, 0, widestFrame));
-    return found;
-}
-
 QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, QDeadlineTimer deadline,
                                                   const std::stop_token &stop)
 {
@@ -195,6 +148,9 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
     const QList<ElementFacts> facts = readFacts(m_bus, references, relative, deadline);
     const auto display = XDisplay::open(stop);
     const QPointF origin = display ? QPointF(display->origin()) : QPointF();
+    std::optional<ScreenWindows> screen;
+    if (std::any_of(wanted.begin(), wanted.end(), [](const Wanted &one) { return !one.window; }))
+        screen.emplace(display.get());
     QList<ScreenElement> elements;
     for (qsizetype at = 0; at < wanted.size(); ++at) {
         const ElementFacts &fact = facts.at(at);
@@ -204,10 +160,10 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
         live->isGtk4 = wanted.at(at).isGtk4;
         live->role = fact.role;
         const bool isWindow = !wanted.at(at).window;
-        live->window = isWindow
-                           ? windowOf(display.get(), wanted.at(at), fact.name,
-                                      fact.extents.value_or(QRectF()), fact.has(ElementFacts::activeState))
-                           : wanted.at(at).window;
+        live->window =
+            isWindow ? screen->find({live->pid, live->isGtk4, fact.name, fact.extents.value_or(QRectF()),
+                                     fact.has(ElementFacts::activeState)})
+                     : wanted.at(at).window;
         live->clickIndex = clickAction(fact.actions, fact.role);
         ScreenElement element;
         element.role =

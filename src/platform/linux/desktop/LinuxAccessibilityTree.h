@@ -45,9 +45,6 @@ private:
 
     QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline,
                               const std::stop_token &stop);
-    /// `display` may be none.
-    static std::shared_ptr<const AccessibleWindow> windowOf(const XDisplay *display, const Wanted &wanted,
-                                                            const QString &title, QRectF told, bool isActive);
     /// Of what may open a dialog.
     AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
                                  const QString &method, const QVariantList &arguments);
