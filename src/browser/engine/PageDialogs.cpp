@@ -110,7 +110,15 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
     const QCheckBox *const silenced = words && m_inARow++ > 0 ? words->addSilence() : nullptr;
     m_sheet = sheet;
     QEventLoop loop;
-    QObject::connect(sheet, &QDialog::finished, &loop, &QEventLoop::quit);
+    bool isAccepted = false;
+    // A key that comes behind the one that has answered still reaches the sheet.
+    QObject::connect(
+        sheet, &QDialog::finished, &loop,
+        [&](int result) {
+            isAccepted = result == QDialog::Accepted;
+            loop.quit();
+        },
+        Qt::SingleShotConnection);
     QObject::connect(sheet, &QObject::destroyed, &loop, &QEventLoop::quit); // with its window
     guardAnswers(*sheet, m_now);
     if (openUnasked(*sheet) && words)
@@ -123,7 +131,7 @@ QPointer<QDialog> PageDialogs::show(QDialog *sheet, const QString &site)
         silence(site);
     shown->hide();
     shown->deleteLater();
-    return shown->result() == QDialog::Accepted ? shown : nullptr;
+    return isAccepted ? shown : nullptr;
 }
 
 } // namespace morvane

@@ -63,11 +63,14 @@ void askWhereToSave(QWidget &window, const BrowserWindowServices &services, cons
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->selectFile(suggestedFileName);
-    QObject::connect(dialog, &QFileDialog::finished, dialog,
-                     [dialog, answer = std::move(answer)](int result) {
-                         const QStringList files = dialog->selectedFiles();
-                         answer(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
-                     });
+    // A key that comes behind the one that has answered still reaches the dialog.
+    QObject::connect(
+        dialog, &QFileDialog::finished, dialog,
+        [dialog, answer = std::move(answer)](int result) {
+            const QStringList files = dialog->selectedFiles();
+            answer(result == QDialog::Accepted && !files.isEmpty() ? files.first() : QString());
+        },
+        Qt::SingleShotConnection);
     guardAnswers(*dialog, [&clock = services.scheduler.clock()] { return clock.now(); });
     if (openUnasked(*dialog))
         services.announcer.announce(title + u": "_s + pageText(suggestedFileName));

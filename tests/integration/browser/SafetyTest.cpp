@@ -84,9 +84,11 @@ TEST_F(SafetyTest, WhatTheUserIsWritingDoesNotAnswerAPage)
         pass(AnswerGuard::quietTime - std::chrono::milliseconds(1));
         EXPECT_TRUE(type(dialog)) << "it goes on";
         pass(AnswerGuard::quietTime);
-        EXPECT_FALSE(type(dialog));
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        EXPECT_FALSE(dialog.isVisible());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
     });
-    EXPECT_EQ(title(), "true");
+    EXPECT_EQ(title(), "true") << "the first answer stands";
 }
 
 TEST_F(SafetyTest, APageThatGoesOnAskingCanBeSilenced)
