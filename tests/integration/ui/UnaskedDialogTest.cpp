@@ -25,52 +25,60 @@ protected:
     }
 };
 
-TEST(UnaskedDialogTest, WhoeverComesBackToItsWindowIsLedToTheDialog)
-{
+class UnaskedDialogTest : public testing::Test {
+protected:
+    UnaskedDialogTest()
+    {
+        window.show();
+        window.activateWindow();
+        dialog.setWindowModality(Qt::WindowModal);
+    }
+
+    static bool hasKeyboard(const QWidget &widget)
+    {
+        return waitUntil([&] { return widget.isActiveWindow(); });
+    }
+    /// As by a press beside its dialog.
+    bool comesBackToTheWindow()
+    {
+        const int before = window.activations;
+        window.activateWindow();
+        return waitUntil([&] { return window.activations > before; });
+    }
+
     CountingWindow window;
-    window.show();
-    window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    QDialog dialog(&window);
-    dialog.setWindowModality(Qt::WindowModal);
+    QDialog dialog{&window};
+};
+
+TEST_F(UnaskedDialogTest, WhoeverComesBackToItsWindowIsLedToTheDialog)
+{
+    ASSERT_TRUE(hasKeyboard(window));
     EXPECT_FALSE(openUnasked(dialog));
-    ASSERT_TRUE(waitUntil([&] { return dialog.isActiveWindow(); }));
-    const int before = window.activations;
-    window.activateWindow();
-    ASSERT_TRUE(waitUntil([&] { return window.activations > before; }));
-    EXPECT_TRUE(waitUntil([&] { return dialog.isActiveWindow(); }));
+    ASSERT_TRUE(hasKeyboard(dialog));
+    ASSERT_TRUE(comesBackToTheWindow());
+    EXPECT_TRUE(hasKeyboard(dialog));
 }
 
-TEST(UnaskedDialogTest, WhereTheDialogAsksInItsTurnThatQuestionGetsTheKeyboard)
+TEST_F(UnaskedDialogTest, WhereTheDialogAsksInItsTurnThatQuestionGetsTheKeyboard)
 {
-    CountingWindow window;
-    window.show();
-    window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    QDialog dialog(&window);
-    dialog.setWindowModality(Qt::WindowModal);
+    ASSERT_TRUE(hasKeyboard(window));
     openUnasked(dialog);
     QDialog question(&dialog);
     question.open();
-    ASSERT_TRUE(waitUntil([&] { return question.isActiveWindow(); }));
-    const int before = window.activations;
-    window.activateWindow();
-    ASSERT_TRUE(waitUntil([&] { return window.activations > before; }));
-    EXPECT_TRUE(waitUntil([&] { return question.isActiveWindow(); }));
+    ASSERT_TRUE(hasKeyboard(question));
+    ASSERT_TRUE(comesBackToTheWindow());
+    EXPECT_TRUE(hasKeyboard(question));
 }
 
-TEST(UnaskedDialogTest, AKeyOfAButtonWaitsForThePauseToo)
+TEST_F(UnaskedDialogTest, AKeyOfAButtonWaitsForThePauseToo)
 {
-    QWidget window;
-    window.show();
-    QDialog dialog(&window);
     QPushButton button("&Save", &dialog);
     const QSignalSpy presses(&button, &QPushButton::pressed);
     std::chrono::steady_clock::time_point now{};
     guardAnswers(dialog, [&now] { return now; });
     dialog.open();
     dialog.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    ASSERT_TRUE(hasKeyboard(dialog));
     QTest::keyClick(&button, Qt::Key_S, Qt::AltModifier);
     EXPECT_EQ(presses.size(), 0);
     now += AnswerGuard::quietTime;
