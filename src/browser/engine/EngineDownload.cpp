@@ -83,6 +83,12 @@ EngineDownload::EngineDownload(QWebEngineDownloadRequest &request, const QString
 
 void EngineDownload::take(QWebEngineDownloadRequest &request)
 {
+    if (!m_held.isValid()) {
+        // Without a folder the engine would put it among the user's files, unasked.
+        fail(u"The file could not be written."_s);
+        request.cancel();
+        return;
+    }
     m_request = &request;
     connect(&request, &QWebEngineDownloadRequest::receivedBytesChanged, this, &EngineDownload::progress);
     connect(&request, &QWebEngineDownloadRequest::stateChanged, this, &EngineDownload::follow);

@@ -1,5 +1,11 @@
 #include "EngineFixture.h"
 
+#include "support/TemporaryHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+
 namespace morvane {
 namespace {
 
@@ -8,13 +14,17 @@ class DownloadTest : public EngineFixture {
 protected:
     DownloadTest() { show("<p>x"); }
 
-    /// What a file is offered as that its site calls so.
-    QString offeredAs(const QByteArray &name)
+    static HttpHeaders fileHeaders(const QByteArray &name)
     {
         HttpHeaders headers;
         headers.set("Content-Type", "application/octet-stream");
         headers.set("Content-Disposition", "attachment; filename=\"" + name + "\"");
-        server.answer("/file", rawHttpResponse(200, "x", headers));
+        return headers;
+    }
+    /// What a file is offered as that its site calls so.
+    QString offeredAs(const QByteArray &name)
+    {
+        server.answer("/file", rawHttpResponse(200, "x", fileHeaders(name)));
         window.destinations.clear();
         page().load(server.url("/file"));
         if (!waitUntil([&] { return window.destinations.size() == 1; }))
@@ -24,6 +34,9 @@ protected:
         manager->forgetRefusals();
         return question.sliced(QString("where to write ").size()).chopped(QString(" of 127.0.0.1").size());
     }
+
+    /// Where the engine puts files by itself.
+    const QDir m_usual{QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)};
 };
 
 TEST_F(DownloadTest, ANameSaysToTheSavePanelWhatItSaysToTheUser)
@@ -39,6 +52,23 @@ TEST_F(DownloadTest, ANameSaysToTheSavePanelWhatItSaysToTheUser)
 TEST_F(DownloadTest, ANameWithoutEndKeepsItsBeginningAndItsKind)
 {
     EXPECT_EQ(offeredAs(QByteArray(100'000, 'a') + ".txt"), QString(196, 'a') + ".txt");
+}
+
+TEST_F(DownloadTest, WhereNothingCanBeHeldNoFileIsWrittenUnasked)
+{
+    QDir ours(folder());
+    ASSERT_TRUE(ours.rename("Downloads", "Gone"));
+    window.destinations.clear();
+    server.answer("/file", rawHttpResponse(200, "x", fileHeaders("a.txt")));
+    page().load(server.url("/file"));
+    EXPECT_TRUE(waitUntil([&] { return window.destinations.size() == 1; }));
+    EXPECT_TRUE(ours.rename("Gone", "Downloads"));
+    const TemporaryHome home;
+    window.destinations.last()(home.path("a.txt"));
+    EXPECT_TRUE(waitUntil(
+        [&] { return announcer.spoken.contains("Download failed: The file could not be written."); }));
+    EXPECT_FALSE(QFile::exists(home.path("a.txt")));
+    EXPECT_FALSE(QFile::exists(m_usual.filePath("file"))) << "unasked";
 }
 
 } // namespace
