@@ -199,6 +199,7 @@ class FakeClipboard : public Clipboard {
 public:
     explicit FakeClipboard(DesktopLog &log) : m_log(log) {}
     void setText(const QString &text) override;
+    int readings() const override { return isAskedFor ? ++m_readings : 0; }
     std::optional<QString> text(const std::stop_token &stop) override
     {
         if (onRead)
@@ -207,12 +208,14 @@ public:
     }
 
     std::optional<QString> content;
+    bool isAskedFor = true; ///< Programs ask for it at once; else never.
     std::function<void()> onSet;
     /// Called at each question, on its thread.
     std::function<void(const std::stop_token &)> onRead;
 
 private:
     DesktopLog &m_log;
+    mutable std::atomic<int> m_readings = 0;
 };
 
 /// A whole desktop of fakes that write one log.

@@ -1,6 +1,7 @@
 #include "tools/screen/InputControl.h"
 
 #include "base/Text.h"
+#include "platform/Clipboard.h"
 #include "tools/screen/KeyCombination.h"
 #include "tools/screen/LayoutKeycodes.h"
 #include "tools/screen/ScreenInventory.h"
@@ -19,6 +20,9 @@ constexpr auto permissionPause = 2s;
 constexpr auto beforeNextTry = 20ms;
 /// How long typing waits for a program to read what it was given.
 constexpr auto readingLimit = 10s;
+/// How long pasting waits for a program to ask for the text.
+constexpr auto pastingLimit = 1s;
+constexpr auto pastingLook = 10ms;
 constexpr int dragSteps = 12;
 constexpr int scrollSteps = 8;
 constexpr qint64 pixelsPerAmount = 12;
@@ -291,6 +295,15 @@ QString InputControl::pressKey(const QString &key)
     pause(20ms);
     source->keyUp(combination->code, combination->flags);
     return u"Pressed "_s + key + u'.';
+}
+
+void InputControl::pressPasteKey()
+{
+    const Clipboard &clipboard = *m_desktop.clipboard;
+    const int before = clipboard.readings();
+    pressKey(u"command+v"_s);
+    for (auto waited = 0ms; waited < pastingLimit && clipboard.readings() == before; waited += pastingLook)
+        pause(pastingLook);
 }
 
 QString InputControl::moveCursor(QPoint point)

@@ -32,6 +32,9 @@ public:
     QString axType(qint64 index, const QString &text);
     QString typeText(const QString &text);
     QString pressKey(const QString &key);
+    /// Presses the key that pastes, and waits for the program to ask for what is on the clipboard: what is
+    /// put there next would be pasted instead. Not for long, since there may be nothing that takes it.
+    void pressPasteKey();
     QString moveCursor(QPoint point);
     QString mouseDoubleClick(QPoint point);
     QString mouseRightClick(QPoint point);

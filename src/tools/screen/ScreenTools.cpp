@@ -144,7 +144,7 @@ Task<ToolResult> ScreenTools::pasteText(QString text)
     const ToolResult late = co_await runSequence([](InputControl &control) {
         QString elsewhere = control.ownWindowProblem();
         if (elsewhere.isEmpty())
-            control.pressKey(u"command+v"_s);
+            control.pressPasteKey();
         return elsewhere;
     });
     if (!late.text.isEmpty())

@@ -37,6 +37,19 @@ TEST_F(LinuxClipboardTest, WhatWasSetIsReadEvenIfItComesInManyParts)
     }
 }
 
+TEST_F(LinuxClipboardTest, WhatWasSetCountsHowOftenItIsAskedFor)
+{
+    m_clipboard.setText(u"words"_s);
+    EXPECT_EQ(m_clipboard.readings(), 0);
+    for (int time = 1; time <= 2; ++time) {
+        EXPECT_EQ(read(), u"words"_s);
+        EXPECT_EQ(m_clipboard.readings(), time);
+    }
+    const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"UTF8_STRING", "fünf"}});
+    EXPECT_EQ(read(), u"fünf"_s);
+    EXPECT_EQ(m_clipboard.readings(), 2);
+}
+
 TEST_F(LinuxClipboardTest, AnotherProgramsTextIsRead)
 {
     const ClipboardOwner owner(qEnvironmentVariable("DISPLAY"), {{"UTF8_STRING", "fünf"}});

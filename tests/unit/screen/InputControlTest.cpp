@@ -83,6 +83,14 @@ TEST_F(InputControlTest, ADragGoesInTwelveSteps)
     EXPECT_EQ(events(), expected);
 }
 
+TEST_F(InputControlTest, ADragThatTwelveDoesNotDivideEndsAtItsEnd)
+{
+    run(m_tools.mouseDrag({0, 0}, {13, -13}));
+    const QStringList drags = events().filter(u"dragged"_s);
+    EXPECT_EQ(drags.first(), u"dragged 1,-1"_s);
+    EXPECT_EQ(drags.last(), u"dragged 13,-13"_s);
+}
+
 TEST_F(InputControlTest, ScrollingByThreeIsEightEventsOf36PixelsUp)
 {
     EXPECT_EQ(run(m_tools.mouseScroll(3)), u"Scrolled the mouse wheel up."_s);
@@ -181,10 +189,12 @@ TEST_F(InputControlTest, OfTwoKeysForOneCharacterTheLowerCodeWins)
 
 TEST_F(InputControlTest, OfAKeyThatTypesSeveralCharactersTheFirstCounts)
 {
-    m_desktop.input->layout = {{}, u"ab"_s};
+    m_desktop.input->layout = {{}, u"ab"_s, u"𞤮𞤭"_s};
     runTask(m_scheduler, m_tools.warmKeyboardLayout());
     run(m_tools.pressKey(u"a"_s));
     EXPECT_EQ(events().first(), u"key down 1 flags 0"_s);
+    // Of two units each.
+    EXPECT_EQ(run(m_tools.pressKey(u"command+𞤮"_s)), u"Pressed command+𞤮."_s);
 }
 
 TEST_F(InputControlTest, ALayoutThatIsNotKnownIsAskedForOnceAndTheUsualKeysServe)
@@ -357,6 +367,8 @@ TEST_F(InputControlTest, AValueIsSetAndSixtyCharactersOfItAreTold)
     showElement(u"AXTextField"_s, u"Name"_s, false);
     EXPECT_EQ(run(m_tools.axType(1, QString(61, u'x'))),
               u"Set the contents of text field 'Name' to \""_s + QString(60, u'x') + u"\"."_s);
+    EXPECT_EQ(run(m_tools.axType(1, u"👩‍👧"_s.repeated(61))),
+              u"Set the contents of text field 'Name' to \""_s + u"👩‍👧"_s.repeated(60) + u"\"."_s);
     EXPECT_EQ(run(m_tools.axType(1, {})), u"Error: nothing to type."_s);
 }
 
@@ -377,6 +389,11 @@ TEST_F(InputControlTest, PastingTrimsReplacesTheClipboardAndPressesCommandV)
     EXPECT_THAT(events(), ElementsAre(u"clipboard hello"_s, u"key down 9 flags 100000"_s, u"sleep 20"_s,
                                       u"key up 9 flags 100000"_s));
     EXPECT_EQ(run(m_tools.pasteText(u" \n "_s)), u"Error: nothing to paste."_s);
+    // A program that never asks for the text is waited for a second.
+    m_desktop.clipboard->isAskedFor = false;
+    m_desktop.log.clear();
+    EXPECT_EQ(run(m_tools.pasteText(u"words"_s)), u"Pasted 5 characters into the focused app."_s);
+    EXPECT_EQ(events().count(u"sleep 10"_s), 100);
 }
 
 } // namespace

@@ -4,12 +4,44 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMimeData>
+#include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace morvane {
+namespace {
+
+/// A text that counts how often it is asked for.
+class CountedText final : public QMimeData {
+public:
+    CountedText(QString text, std::shared_ptr<std::atomic<int>> readings)
+        : m_text(std::move(text)), m_readings(std::move(readings))
+    {
+    }
+
+    QStringList formats() const override { return {u"text/plain"_s}; }
+
+protected:
+    QVariant retrieveData(const QString &mimeType, QMetaType) const override
+    {
+        if (!hasFormat(mimeType))
+            return {};
+        ++*m_readings;
+        return m_text;
+    }
+
+private:
+    const QString m_text;
+    const std::shared_ptr<std::atomic<int>> m_readings;
+};
+
+} // namespace
 
 void LinuxClipboard::setText(const QString &text)
 {
-    QGuiApplication::clipboard()->setText(text);
+    // The application deletes it.
+    QGuiApplication::clipboard()->setMimeData(new CountedText(text, m_readings));
 }
 
 std::optional<QString> LinuxClipboard::text(const std::stop_token &stop)

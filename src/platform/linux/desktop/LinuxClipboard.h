@@ -2,7 +2,9 @@
 
 #include "platform/Clipboard.h"
 
+#include <atomic>
 #include <chrono>
+#include <memory>
 
 namespace morvane {
 
@@ -18,9 +20,12 @@ public:
     }
 
     void setText(const QString &text) override;
+    int readings() const override { return *m_readings; }
     std::optional<QString> text(const std::stop_token &stop) override;
 
 private:
+    /// Of what the desktop may ask for when the clipboard has gone, too.
+    const std::shared_ptr<std::atomic<int>> m_readings = std::make_shared<std::atomic<int>>(0);
     const std::chrono::milliseconds m_patience;
 };
 
