@@ -198,6 +198,39 @@ TEST_F(ActionCarrierTest, AProgramThatDoesNotAnswerIsLateAndKeepsItsLineWhenMorv
     EXPECT_TRUE(QFile::exists(processFile(u"fd/3"_s)));
 }
 
+TEST_F(ActionCarrierTest, TheLateAnswerToAnEarlierRequestIsNoneToTheNext)
+{
+    ActionCarrier carrier(m_bus, script(u"take\n"
+                                        "tell 0 1\n"
+                                        "take\n"
+                                        "tell 1 1\n"
+                                        "tell 0 2\n"
+                                        "tell 2 2\n"_s));
+    const auto program = newProgram(u"slow"_s);
+    EXPECT_EQ(tell(carrier, *program, std::chrono::milliseconds(100)).kind, Kind::late);
+    const AccessibilityAnswer second = tell(carrier, *program);
+    EXPECT_EQ(second.kind, Kind::answered);
+    EXPECT_FALSE(second.values.value(0).toBool());
+}
+
+TEST_F(ActionCarrierTest, LinesThatTheProgramReadsAgainAreClosed)
+{
+    ActionCarrier carrier(m_bus, wrapped(m_helper));
+    const auto program = newProgram(u"answering"_s);
+    program->act = [](const QDBusMessage &message, const QDBusConnection &line) {
+        line.send(message.createReply(true));
+    };
+    EXPECT_EQ(tell(carrier, *program).kind, Kind::answered);
+    const auto open = [this] {
+        return QDir(processFile(u"fd"_s)).entryList(QDir::Files | QDir::System).size();
+    };
+    const qsizetype withOne = open();
+    EXPECT_GT(withOne, 0);
+    for (int time = 0; time < 5; ++time)
+        EXPECT_EQ(tell(carrier, *program).kind, Kind::answered);
+    EXPECT_TRUE(waitUntil([&] { return open() <= withOne; })) << open() << " for " << withOne;
+}
+
 TEST_F(ActionCarrierTest, WhatCarriedForAProgramThatHasGoneIsForgottenWithTheNext)
 {
     const auto one = newProgram(u"one"_s);

@@ -47,6 +47,19 @@ TEST_F(ChangingWindowsTest, AnElementThatHasBecomeAnotherIsAnErrorAndIsNotPresse
     EXPECT_EQ(program.waitForExit(), 7);
 }
 
+TEST_F(ChangingWindowsTest, APictureOfAButtonThatHasBecomeAnotherIsNotPressed)
+{
+    // It has no name, and what it is for alone tells it from others.
+    TestProgram &program = startWindow(u"widget = Gtk.Button()\n"
+                                       "widget.get_accessible().set_description('Store')\n"
+                                       "widget.connect('clicked', lambda button: sys.exit(7))"_s,
+                                       u"widget.get_accessible().set_description('Delete')"_s);
+    const int button = numberOf(captureWith(u"button 'Store'"_s), u"button 'Store'"_s);
+    tellToChange(program);
+    EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
+    EXPECT_TRUE(program.isRunning());
+}
+
 TEST_F(ChangingWindowsTest, AnElementIsNotToldToActOnceAStopHasBeenAskedFor)
 {
     TestProgram &program = startWindow(u"widget = Gtk.Box()\n"

@@ -258,6 +258,44 @@ TEST_F(LinuxApplicationsTest, AWindowsProgramHasTheNameThatTheMenuShows)
     EXPECT_EQ(name("../plain", ""), u"../plain"_s);
 }
 
+TEST_F(LinuxApplicationsTest, OfWindowsThatDoNotTellTheirProcessTheNamedOneComesForward)
+{
+    const XConnection old(qEnvironmentVariable("DISPLAY"));
+    const auto open = [&old](QByteArray name) {
+        const xcb_window_t window = old.openWindow();
+        const QByteArray title = name + " M\xfcller";
+        xcb_change_property(old.handle(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                            uint32_t(title.size()), title.constData());
+        name = name + '\0' + name + '\0';
+        xcb_change_property(old.handle(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
+                            8, uint32_t(name.size()), name.constData());
+        EXPECT_TRUE(waitUntil([&] { return old.activeWindow() == window; }));
+    };
+    open("Lower");
+    open("Upper");
+    EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is Upper."_s);
+    EXPECT_EQ(run(m_tools.activateApp(u"lower"_s)), u"Activated lower."_s);
+    EXPECT_EQ(run(m_tools.frontmostApp()), u"The frontmost application is Lower."_s);
+    EXPECT_EQ(LinuxApplications().windows({}).first().title, u"Lower Müller"_s);
+}
+
+TEST_F(LinuxApplicationsTest, AWindowOnADesktopThatIsNotShownRunsAndIsNotSeen)
+{
+    const XConnection other(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t window = other.openWindow();
+    LinuxApplications applications;
+    ASSERT_TRUE(waitUntil([&] { return !applications.windows({}).isEmpty(); }));
+    // The window manager may still have to write its own.
+    EXPECT_TRUE(waitUntil([&] {
+        const uint32_t desktop = 1000;
+        xcb_change_property(other.handle(), XCB_PROP_MODE_REPLACE, window, other.atom("_NET_WM_DESKTOP"),
+                            XCB_ATOM_CARDINAL, 32, 1, &desktop);
+        xcb_flush(other.handle());
+        return applications.windows({}).isEmpty();
+    }));
+    EXPECT_EQ(applications.running({}).size(), 1);
+}
+
 TEST_F(LinuxApplicationsTest, APanelIsAWindowOfAnotherLayerAndNoProgramToBeActivated)
 {
     const XConnection panels(qEnvironmentVariable("DISPLAY"));

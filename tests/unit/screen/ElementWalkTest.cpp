@@ -106,8 +106,10 @@ TEST_F(ElementWalkTest, AValueOf61CharactersIsCutAndOneOf60IsNot)
     exact.value = QString(60, u'x');
     FakeElement longer = element(u"AXTextField"_s, {}, {0, 50, 10, 10});
     longer.value = QString(61, u'y');
-    EXPECT_THAT(labels(element(u"AXApplication"_s, {}, {}, false, {exact, longer})),
-                ElementsAre(QString(60, u'x'), QString(60, u'y') + u'…'));
+    FakeElement ofPairs = element(u"AXTextField"_s, {}, {0, 100, 10, 10});
+    ofPairs.value = u"😀"_s.repeated(60);
+    EXPECT_THAT(labels(element(u"AXApplication"_s, {}, {}, false, {exact, longer, ofPairs})),
+                ElementsAre(QString(60, u'x'), QString(60, u'y') + u'…', u"😀"_s.repeated(60)));
 }
 
 TEST_F(ElementWalkTest, TheTwelfthLevelIsTheLast)
