@@ -75,8 +75,22 @@ protected:
 private:
     void lead()
     {
+        if (!isNewest())
+            return;
         QWidget *modal = QApplication::activeModalWidget();
         (belongsTo(modal, m_dialog) ? modal : &m_dialog)->activateWindow();
+    }
+
+    /// Of several the newest is seen, and holds those below it.
+    bool isNewest() const
+    {
+        const QDialog *newest = nullptr;
+        const auto dialogs =
+            m_dialog.parentWidget()->window()->findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
+        for (const QDialog *dialog : dialogs)
+            if (dialog->isVisible())
+                newest = dialog;
+        return newest == &m_dialog;
     }
 
     QDialog &m_dialog;

@@ -70,6 +70,22 @@ TEST_F(UnaskedDialogTest, WhereTheDialogAsksInItsTurnThatQuestionGetsTheKeyboard
     EXPECT_TRUE(hasKeyboard(question));
 }
 
+TEST_F(UnaskedDialogTest, OfSeveralTheNewestGetsTheKeyboard)
+{
+    ASSERT_TRUE(hasKeyboard(window));
+    openUnasked(dialog);
+    QDialog newest(&window);
+    newest.setWindowModality(Qt::WindowModal);
+    openUnasked(newest);
+    ASSERT_TRUE(hasKeyboard(newest));
+    ASSERT_TRUE(comesBackToTheWindow());
+    QCoreApplication::processEvents(); // whoever leads on has done so
+    EXPECT_TRUE(newest.isActiveWindow());
+    newest.hide();
+    ASSERT_TRUE(comesBackToTheWindow());
+    EXPECT_TRUE(hasKeyboard(dialog));
+}
+
 TEST_F(UnaskedDialogTest, AKeyOfAButtonWaitsForThePauseToo)
 {
     QPushButton button("&Save", &dialog);
