@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <dlfcn.h>
+#include <xcb/xcb.h>
 
 using namespace Qt::StringLiterals;
 
