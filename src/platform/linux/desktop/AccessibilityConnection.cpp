@@ -1,5 +1,7 @@
 #include "platform/linux/desktop/AccessibilityConnection.h"
 
+#include "platform/linux/desktop/AnsweringBus.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -74,7 +76,7 @@ std::optional<QDBusConnection> AccessibilityConnection::connection(QDeadlineTime
     QDBusPendingReply<QString> address = QDBusConnection::sessionBus().asyncCall(
         message({busService, busPath, busService, u"GetAddress"_s}), remaining(deadline));
     address.waitForFinished();
-    if (address.isError())
+    if (address.isError() || !isAnswering(address.value(), deadline))
         return std::nullopt;
     QDBusConnection opened = QDBusConnection::connectToBus(address.value(), m_name);
     m_isConnected = opened.isConnected();
