@@ -20,9 +20,10 @@ namespace {
 /// What is taken before the user has said whether the file is wanted.
 constexpr qint64 mostUnasked = 8 * 1024 * 1024;
 
-QString heldName()
+/// The engine adds an ending to the name of a page that has none.
+QString heldName(const QWebEngineDownloadRequest &request)
 {
-    return u"file"_s;
+    return request.isSavePageDownload() ? u"file.mhtml"_s : u"file"_s;
 }
 
 /// Puts the file in its place, whole and at once even from another disk. Any thread; blocks.
@@ -76,7 +77,7 @@ QString makerOf(const QUrl &address)
 
 EngineDownload::EngineDownload(QWebEngineDownloadRequest &request, const QString &folder)
     : m_id(request.id()), m_name(offeredFileName(request.suggestedFileName())),
-      m_site(makerOf(request.url())), m_held(folder + u"/XXXXXX"_s)
+      m_site(makerOf(request.url())), m_heldName(heldName(request)), m_held(folder + u"/XXXXXX"_s)
 {
     take(request);
 }
@@ -93,7 +94,7 @@ void EngineDownload::take(QWebEngineDownloadRequest &request)
     connect(&request, &QWebEngineDownloadRequest::receivedBytesChanged, this, &EngineDownload::progress);
     connect(&request, &QWebEngineDownloadRequest::stateChanged, this, &EngineDownload::follow);
     request.setDownloadDirectory(m_held.path());
-    request.setDownloadFileName(heldName());
+    request.setDownloadFileName(m_heldName);
     request.accept();
 }
 
@@ -150,7 +151,7 @@ void EngineDownload::fail(const QString &reason)
 
 void EngineDownload::deliver()
 {
-    const QString from = m_held.filePath(heldName());
+    const QString from = m_held.filePath(m_heldName);
     QThreadPool::globalInstance()->start([from, to = m_destination, self = QPointer(this)] {
         const QString failure = moved(from, to) ? QString() : u"The file could not be written there."_s;
         QMetaObject::invokeMethod(

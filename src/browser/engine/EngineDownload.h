@@ -45,6 +45,7 @@ private:
     quint32 m_id; ///< The engine's, which all requests for it share.
     QString m_name;
     QString m_site;
+    const QString m_heldName;
     QTemporaryDir m_held;
     QString m_destination; ///< Empty until the user has chosen it.
     bool m_isWhole = false;

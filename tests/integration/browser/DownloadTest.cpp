@@ -2,9 +2,13 @@
 
 #include "support/TemporaryHome.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QMenu>
 #include <QStandardPaths>
+#include <QTest>
+#include <QWidget>
 
 namespace morvane {
 namespace {
@@ -52,6 +56,26 @@ TEST_F(DownloadTest, ANameSaysToTheSavePanelWhatItSaysToTheUser)
 TEST_F(DownloadTest, ANameWithoutEndKeepsItsBeginningAndItsKind)
 {
     EXPECT_EQ(offeredAs(QByteArray(100'000, 'a') + ".txt"), QString(196, 'a') + ".txt");
+}
+
+TEST_F(DownloadTest, APageIsSavedFromItsMenu)
+{
+    show("<p>kingfisher");
+    QTest::mouseClick(page().view()->focusProxy(), Qt::RightButton, {}, QPoint(50, 50));
+    QMenu *menu = nullptr;
+    ASSERT_TRUE(waitUntil(
+        [&] { return (menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) != nullptr; }));
+    for (QAction *entry : menu->actions())
+        if (entry->text() == "Save page")
+            entry->trigger();
+    menu->close();
+    ASSERT_TRUE(waitUntil([&] { return window.destinations.size() == 1; }));
+    EXPECT_EQ(window.asked.last(), "where to write Page.mhtml of 127.0.0.1");
+    const TemporaryHome home;
+    window.destinations.last()(home.path("Page.mhtml"));
+    EXPECT_TRUE(waitUntil([&] { return announcer.spoken.contains("Download complete."); }))
+        << announcer.spoken.join('|').toStdString();
+    EXPECT_TRUE(home.read("Page.mhtml").contains("kingfisher"));
 }
 
 TEST_F(DownloadTest, WhereNothingCanBeHeldNoFileIsWrittenUnasked)
