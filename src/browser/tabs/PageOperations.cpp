@@ -81,7 +81,7 @@ QPointer<BrowserTab> PageOperations::load(const BrowserTarget &target)
     const bool isOpen = showWindow();
     if (isOpen && !m_browser.activeTab())
         m_browser.newTab();
-    const QPointer<BrowserTab> tab = m_browser.activeTab();
+    QPointer<BrowserTab> tab = m_browser.activeTab();
     if (!isOpen || !tab)
         return nullptr;
     tab->setLastElementRefs({});
