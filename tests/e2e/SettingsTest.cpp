@@ -2,7 +2,9 @@
 
 #include "support/WaitUntil.h"
 
+#include <cstdlib>
 #include <gmock/gmock.h>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -50,6 +52,28 @@ protected:
         return models;
     }
 };
+
+TEST_F(SettingsTest, TheWindowFitsASmallScreenAtScaleTwo)
+{
+    MorvaneSession &morvane = prepare({});
+    morvane.setVariable(u"QT_SCALE_FACTOR"_s, u"2"_s);
+    morvane.start();
+    const XConnection &screen = morvane.screen();
+    const xcb_window_t first = screen.activeWindow();
+    openSettings(morvane);
+    const auto sizeOf = [&](xcb_window_t window) {
+        const std::unique_ptr<xcb_get_geometry_reply_t, decltype(&std::free)> reply(
+            xcb_get_geometry_reply(screen.handle(), xcb_get_geometry(screen.handle(), window), nullptr),
+            &std::free);
+        return reply ? QSize(reply->width, reply->height) : QSize();
+    };
+    ASSERT_TRUE(waitUntil([&] { return screen.activeWindow() != first && screen.activeWindow() != 0; }));
+    const QSize size = sizeOf(screen.activeWindow());
+    const QSize room = sizeOf(screen.root());
+    EXPECT_FALSE(size.isEmpty());
+    EXPECT_LE(size.width(), room.width());
+    EXPECT_LT(size.height(), room.height());
+}
 
 TEST_F(SettingsTest, AProviderAndAModelOfItsListAreChosenAndAsked)
 {

@@ -4,6 +4,7 @@
 #include "app/SettingsModel.h"
 #include "mcp/MCPManager.h"
 #include "ui/controls/AccessibleRole.h"
+#include "ui/controls/ScreenRoom.h"
 #include "ui/settings/AboutSection.h"
 #include "ui/settings/AlwaysAllowSection.h"
 #include "ui/settings/BehaviourSection.h"
@@ -47,7 +48,7 @@ SettingsView::SettingsView(const SettingsServices &services, LocalModelFlow &loc
 {
     setAccessibleRole(this, QAccessible::Window);
     setWindowTitle(u"Morvane Settings"_s);
-    resize(standardSize);
+    resize(standardSize.boundedTo(screenRoom(parent ? *parent : *this)));
     auto *tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     setAccessibleRole(tabs->findChild<QStackedWidget *>(), QAccessible::Client);

@@ -1,8 +1,8 @@
 #include "ui/window/WindowPlace.h"
 
 #include "store/SettingsStore.h"
+#include "ui/controls/ScreenRoom.h"
 
-#include <QScreen>
 #include <QSplitter>
 #include <QWidget>
 
@@ -14,8 +14,6 @@ namespace {
 
 constexpr QSize standardSize{760, 720};
 constexpr QSize smallestSize{600, 640};
-/// What a window manager draws around a window; nobody tells before the window is there.
-constexpr QSize frameRoom{8, 40};
 /// Of the standard width, whatever the font: large type needs the room beside it more than the titles do.
 constexpr int firstSidebar = 200;
 
@@ -26,7 +24,7 @@ const auto sidebarKey = u"sidebarWidth"_s;
 
 void WindowPlace::restore(QWidget &window, QSplitter &split) const
 {
-    const QSize room = window.screen()->availableSize() - frameRoom;
+    const QSize room = screenRoom(window);
     window.setMinimumSize(smallestSize.boundedTo(room));
     window.resize(standardSize.boundedTo(room));
     const QVariant geometry = m_settings.value(geometryKey);
