@@ -70,6 +70,33 @@ TEST_F(EngineDownloadTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
     EXPECT_EQ(file.readAll(), half + half);
 }
 
+TEST_F(EngineDownloadTest, OfAFileThatNobodyHasAcceptedTheRestIsNotFetched)
+{
+    const QByteArray part(16 * 1024 * 1024, 'x');
+    constexpr int parts = 4;
+    std::atomic<bool> goesOn = false;
+    RawHttpServer slow([&](RawHttpConnection &connection) {
+        HttpHeaders headers;
+        headers.set("Content-Type", "application/octet-stream");
+        headers.set("Content-Length", QByteArray::number(parts * part.size()));
+        if (connection.readRequest() && connection.send(rawHttpHead(200, headers) + part) &&
+            connection.waitUntil([&goesOn] { return goesOn.load(); }) &&
+            connection.send(part.repeated(parts - 1)))
+            connection.waitUntilClosedByPeer();
+    });
+    server.page("/other", "<title>Other</title>");
+    std::shared_ptr<PageDownload> download;
+    QObject::connect(&page(), &WebPage::downloadRequested, [&](const auto &offered) { download = offered; });
+    page().load(slow.url("/large"));
+    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == part.size(); }));
+    settle(); // it is paused by now
+    goesOn = true;
+    // The time that this takes would be more than enough.
+    for (int times = 0; times < 3; ++times)
+        open("/other");
+    EXPECT_LT(download->receivedBytes(), parts * part.size());
+}
+
 TEST_F(EngineDownloadTest, ATruncatedDownloadIsAFailure)
 {
     HttpHeaders headers;
