@@ -20,18 +20,37 @@ ScreenWindows::ScreenWindows(const XDisplay *display) : m_display(display)
     m_stacked = stackedWindows(*display);
 }
 
+const XWindow *ScreenWindows::meant(const ToldWindow &told) const
+{
+    const auto isActive = [this](const XWindow *window) {
+        return m_active && window->window == m_active->window;
+    };
+    QList<const XWindow *> found;
+    for (const XWindow &window : m_stacked)
+        if (window.pid == told.pid &&
+            (told.isActive && m_active ? isActive(&window) : window.title == told.title))
+            found.append(&window);
+    // A program may give several windows one title, of which the one that is told to be in front is another.
+    if (found.size() > 1 && !told.isActive)
+        found.removeIf(isActive);
+    if (found.size() > 1 && told.isGtk4)
+        return nullptr; // It does not tell where they are.
+    const auto distance = [&told](const XWindow *window) {
+        return (window->frame.center() - told.extents.center()).manhattanLength();
+    };
+    const auto nearest = std::min_element(
+        found.begin(), found.end(), [&](auto *one, auto *other) { return distance(one) < distance(other); });
+    return nearest != found.end() ? *nearest : nullptr;
+}
+
 std::shared_ptr<const AccessibleWindow> ScreenWindows::find(const ToldWindow &told) const
 {
     auto found = std::make_shared<AccessibleWindow>();
     found->pid = told.pid;
     found->tellsShowing = !told.isGtk4;
     found->isRelative = told.isGtk4;
-    const auto isMeant = [&](const XWindow &window) {
-        return window.pid == told.pid &&
-               (told.isActive && m_active ? window.window == m_active->window : window.title == told.title);
-    };
-    const auto own = std::find_if(m_stacked.begin(), m_stacked.end(), isMeant);
-    if (own == m_stacked.end()) {
+    const XWindow *const own = meant(told);
+    if (!own) {
         // Menus and the like are no windows to the window manager.
         found->frame = told.isGtk4 ? QRectF() : told.extents.translated(-m_origin);
         return found;

@@ -27,6 +27,9 @@ public:
     std::shared_ptr<const AccessibleWindow> find(const ToldWindow &told) const;
 
 private:
+    /// Null where it is none of those that the window manager knows, or may be several.
+    const XWindow *meant(const ToldWindow &told) const;
+
     const XDisplay *m_display;
     QPointF m_origin;
     std::optional<XWindow> m_active;
