@@ -223,6 +223,21 @@ TEST_F(ChangingWindowsTest, AMinimizedWindowIsNotTheOneThatAProgramHadInFrontLas
     tellToChange(program);
     start(u"xterm"_s, {});
     EXPECT_TRUE(waitUntil([&] { return title() == "Changed"_L1; })) << title().toStdString();
+    EXPECT_TRUE(waitUntil([] { return LinuxApplications().windows({}).size() == 2; }))
+        << "the terminal's, too";
+}
+
+TEST_F(ChangingWindowsTest, WhereAWindowHasBeenMinimizedTheOneBehindItIsClicked)
+{
+    const QString maximized = u"window.maximize()\nwidget = Gtk.Button(label='%1')"_s;
+    startWindow(maximized.arg(u"Behind"_s));
+    captureWith(u"button 'Behind'"_s);
+    const TestProgram &front = startWindow(maximized.arg(u"Before"_s), u"window.iconify()"_s);
+    const QPoint place = placeOf(captureWith(u"button 'Before'"_s), u"button 'Before'"_s).value_or(QPoint());
+    ::kill(pid_t(front.pid()), SIGUSR1);
+    EXPECT_TRUE(waitUntil([&] { return !LinuxApplications().focusedWindow(front.pid(), {}); }));
+    EXPECT_EQ(run(m_tools.clickAt(place)),
+              u"Clicked at (%1, %2) on button 'Behind'."_s.arg(place.x()).arg(place.y()));
 }
 
 TEST_F(ChangingWindowsTest, ASliderIsSetToANumber)

@@ -317,6 +317,28 @@ TEST_F(LinuxApplicationsTest, APanelIsAWindowOfAnotherLayerAndNoProgramToBeActiv
     EXPECT_TRUE(applications.running({}).isEmpty());
 }
 
+TEST_F(LinuxApplicationsTest, AllWindowsOfAProgramComeForwardInTheirOrder)
+{
+    startWindow(u"widget = Gtk.Label(label='First')\n"
+                "second = Gtk.Window(title='Second')\n"
+                "GLib.idle_add(second.show_all)"_s);
+    const auto titles = [] {
+        QStringList seen;
+        for (const DesktopWindow &window : LinuxApplications().windows({}))
+            seen.append(window.title);
+        return seen;
+    };
+    EXPECT_TRUE(waitUntil([&] { return titles().size() == 2; }));
+    const QString name = LinuxApplications().running({}).last().name;
+    start(u"xterm"_s, {u"-title"_s, u"Terminal"_s});
+    const QStringList before = titles();
+    ASSERT_EQ(before.size(), 3);
+    ASSERT_EQ(before.first(), u"Terminal"_s);
+    run(m_tools.activateApp(name));
+    EXPECT_TRUE(waitUntil([&] { return titles() == before.mid(1) + before.mid(0, 1); }))
+        << titles().join(u", "_s).toStdString();
+}
+
 TEST_F(LinuxApplicationsTest, ARunningProgramIsBroughtToTheFront)
 {
     start(u"yad"_s, {u"--form"_s, u"--title=First"_s, u"--field=Name"_s});
