@@ -120,6 +120,36 @@ TEST_F(TypingTest, CommandIsTheControlKey)
     EXPECT_EQ(typed(), u"last line\n"_s);
 }
 
+TEST_F(TypingTest, AModifierWhoseKeyTurnsTheLayoutIsTheOneOnTheOtherSide)
+{
+    openTerminal();
+    QString expected;
+    for (const QString &key : {u"shift"_s, u"ctrl"_s, u"alt"_s}) {
+        setLayout(
+            {u"-layout"_s, u"us,ru"_s, u"-option"_s, QString(), u"-option"_s, u"grp:l%1_toggle"_s.arg(key)});
+        run(m_tools.typeText(u"taken away"_s));
+        run(m_tools.pressKey(u"command+u"_s));
+        run(m_tools.typeText(u"Hello {World} "_s));
+        run(m_tools.pressKey(u"option+a"_s));
+        run(m_tools.pressKey(u"shift+b"_s));
+        run(m_tools.pressKey(u"return"_s));
+        expected += u"Hello {World} áB\n"_s;
+        EXPECT_TRUE(waitUntil([&] { return typed() == expected; })) << typed().toStdString();
+    }
+    setLayout({u"-option"_s, QString()});
+}
+
+TEST_F(TypingTest, AKeyWhoseModifierTheKeyboardLacksIsNotPressedAlone)
+{
+    openTerminal();
+    setLayout({u"-layout"_s, u"us,ru"_s, u"-option"_s, u"grp:lctrl_toggle,grp:rctrl_toggle"_s});
+    run(m_tools.typeText(u"b"_s));
+    run(m_tools.pressKey(u"command+u"_s));
+    run(m_tools.typeText(u"c\n"_s));
+    EXPECT_TRUE(waitUntil([&] { return typed() == u"bc\n"_s; })) << typed().toStdString();
+    setLayout({u"-option"_s, QString()});
+}
+
 TEST_F(TypingTest, MoreCharactersThanThereAreSpareKeysAllArrive)
 {
     openTerminal();

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <tuple>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon-keysyms.h>
 
@@ -188,17 +189,22 @@ void XInputSource::releaseKey(uint8_t code)
     send(XCB_KEY_RELEASE, code);
 }
 
-QList<uint8_t> XInputSource::modifierKeys(quint32 flags) const
+std::optional<QList<uint8_t>> XInputSource::modifierKeys(quint32 flags) const
 {
     QList<uint8_t> keys;
-    const auto add = [&](quint32 wanted, xkb_keysym_t symbol) {
-        if ((flags & wanted) != 0)
-            if (const auto key = m_keyboard ? m_keyboard->keyFor(symbol) : std::nullopt)
-                keys.append(key->code);
-    };
-    add(controlFlags, XKB_KEY_Control_L);
-    add(optionFlag, XKB_KEY_Alt_L);
-    add(shiftFlag, XKB_KEY_Shift_L);
+    // Users have layouts turned by the key on one side.
+    for (const auto &[wanted, left, right] : {std::tuple(controlFlags, XKB_KEY_Control_L, XKB_KEY_Control_R),
+                                              std::tuple(optionFlag, XKB_KEY_Alt_L, XKB_KEY_Alt_R),
+                                              std::tuple(shiftFlag, XKB_KEY_Shift_L, XKB_KEY_Shift_R)}) {
+        if ((flags & wanted) == 0)
+            continue;
+        auto key = keyOf(left);
+        if (!key || key->shifted)
+            key = keyOf(right);
+        if (!key || key->shifted)
+            return std::nullopt;
+        keys.append(key->code);
+    }
     return keys;
 }
 
@@ -222,10 +228,12 @@ void XInputSource::keyDown(int code, quint32 flags)
     const uint16_t state = stateNow();
     followUser(state);
     const std::optional<uint8_t> key = keyForCode(code);
-    if (!key)
+    // By itself the key would do something else.
+    const auto modifiers = modifierKeys(flags);
+    if (!key || !modifiers)
         return;
     letGoOfForeignModifiers(state);
-    for (const uint8_t modifier : modifierKeys(flags))
+    for (const uint8_t modifier : *modifiers)
         pressKey(modifier);
     pressKey(*key);
 }
@@ -363,11 +371,11 @@ bool XInputSource::symbolDown(xkb_keysym_t symbol)
         lendAhead(m_lentKeys.keys(*m_keyboard));
         key = keyOf(symbol);
     }
-    if (key) {
+    const auto modifiers = modifierKeys(key && key->shifted ? shiftFlag : 0);
+    if (key && modifiers) {
         letGoOfForeignModifiers(state);
-        if (key->shifted)
-            for (const uint8_t shift : modifierKeys(shiftFlag))
-                pressKey(shift);
+        for (const uint8_t shift : *modifiers)
+            pressKey(shift);
         pressKey(key->code);
     }
     return true;

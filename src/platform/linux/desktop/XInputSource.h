@@ -45,7 +45,8 @@ private:
     void releaseKey(uint8_t code);
     void pressButton(uint8_t logicalButton);
     uint8_t physicalButton(uint8_t logicalButton) const;
-    QList<uint8_t> modifierKeys(quint32 flags) const;
+    /// Nothing if the keyboard lacks one of them.
+    std::optional<QList<uint8_t>> modifierKeys(quint32 flags) const;
     std::optional<uint8_t> keyForCode(int code);
     /// Of pointer and keyboard: the modifiers, and the number of the layout.
     uint16_t stateNow() const;
