@@ -20,7 +20,7 @@ namespace {
 std::optional<QByteArray> socketName(const QString &address)
 {
     const QString first = address.section(u';', 0, 0).section(u',', 0, 0);
-    const QByteArray name = QByteArray::fromPercentEncoding(first.section(u'=', 1).toUtf8());
+    QByteArray name = QByteArray::fromPercentEncoding(first.section(u'=', 1).toUtf8());
     if (first.startsWith("unix:path="_L1))
         return name;
     if (first.startsWith("unix:abstract="_L1))
