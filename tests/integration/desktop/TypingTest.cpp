@@ -150,6 +150,33 @@ TEST_F(TypingTest, AKeyWhoseModifierTheKeyboardLacksIsNotPressedAlone)
     setLayout({u"-option"_s, QString()});
 }
 
+TEST_F(TypingTest, CapsLockThatIsOnBothShiftKeysTogetherChangesNothingOfATextAndIsOnAgainAfterwards)
+{
+    openTerminal();
+    setLayout({u"-option"_s, u"caps:escape,shift:both_capslock"_s});
+    const auto display = XDisplay::open();
+    const auto pressBoth = [&] {
+        const auto keyboard = XKeyboard::read(*display);
+        for (const uint8_t type : {XCB_KEY_PRESS, XCB_KEY_RELEASE})
+            for (const xkb_keysym_t symbol : {XKB_KEY_Shift_L, XKB_KEY_Shift_R})
+                xcb_test_fake_input(display->connection(), type, keyboard->keyFor(symbol)->code,
+                                    XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        display->synchronize();
+    };
+    const auto isLocked = [&] {
+        const auto pointer = display->reply<xcb_query_pointer_reply_t>(
+            xcb_query_pointer(display->connection(), display->root()));
+        return (pointer->mask & XCB_MOD_MASK_LOCK) != 0;
+    };
+    pressBoth();
+    ASSERT_TRUE(isLocked());
+    run(m_tools.typeText(u"Hello WORLD\n"_s));
+    EXPECT_TRUE(waitUntil([&] { return typed() == u"Hello WORLD\n"_s; })) << typed().toStdString();
+    EXPECT_TRUE(isLocked());
+    pressBoth();
+    setLayout({u"-option"_s, QString()});
+}
+
 TEST_F(TypingTest, MoreCharactersThanThereAreSpareKeysAllArrive)
 {
     openTerminal();

@@ -272,10 +272,18 @@ void XInputSource::letGoOfForeignModifiers(uint16_t state)
 
 void XInputSource::pressCapsLock()
 {
-    if (const auto key = m_keyboard->keyFor(XKB_KEY_Caps_Lock)) {
-        send(XCB_KEY_PRESS, key->code);
-        send(XCB_KEY_RELEASE, key->code);
-    }
+    const auto key = keyOf(XKB_KEY_Caps_Lock);
+    if (!key)
+        return;
+    QList<uint8_t> keys{key->code};
+    // Some users have it on both Shift keys together.
+    for (const auto &shift : {keyOf(XKB_KEY_Shift_L), keyOf(XKB_KEY_Shift_R)})
+        if (key->shifted && keys.size() == 1 && shift && !shift->shifted && shift->code != key->code)
+            keys.prepend(shift->code);
+    for (const uint8_t code : std::as_const(keys))
+        send(XCB_KEY_PRESS, code);
+    for (auto code = keys.crbegin(); code != keys.crend(); ++code)
+        send(XCB_KEY_RELEASE, *code);
 }
 
 void XInputSource::followUser(uint16_t state)
