@@ -1,5 +1,8 @@
 #include "DesktopFixture.h"
 
+#include "support/XConnection.h"
+#include "tools/screen/ElementWalk.h"
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -76,6 +79,27 @@ TEST_F(ElementsTest, AnElementOfGtk4IsDrawnWithinTwoPixelsOfItsPlaceAlsoInAWindo
     run(m_tools.axClick(numberOf(capture(), name)));
     captureWith(u"(frontmost window: \"Interactive Dialog\")"_s);
     expectDrawnAround(u"button '_Cancel Cancel'"_s);
+}
+
+TEST_F(ElementsTest, TheElementsOfAWindowOfGtk4ThatMayBeAnyHaveNoPlace)
+{
+    const TestProgram &program = start(u"gtk4-demo"_s, {u"--run=dialog"_s});
+    captureWith(u"text field 'Entry 1'"_s);
+    const XConnection server(qEnvironmentVariable("DISPLAY"));
+    const xcb_window_t window = server.activeWindow();
+    start(u"xterm"_s, {});
+    const auto placed = [&program] {
+        LinuxAccessibilityTree tree{{}};
+        const QDeadlineTimer deadline(std::chrono::seconds(20));
+        const auto root = tree.application(program.pid(), deadline);
+        return root ? ElementWalk(tree, deadline, {}).find(*root).size() : -1;
+    };
+    EXPECT_TRUE(waitUntil([&] { return placed() > 0; })) << "behind another it is known by its title";
+    const QByteArray title = "Not what the program tells";
+    xcb_change_property(server.handle(), XCB_PROP_MODE_REPLACE, window, server.atom("_NET_WM_NAME"),
+                        server.atom("UTF8_STRING"), 8, uint32_t(title.size()), title.constData());
+    xcb_flush(server.handle());
+    EXPECT_TRUE(waitUntil([&] { return placed() == 0; })) << placed();
 }
 
 TEST_F(ElementsTest, AnElementOfQtIsDrawnWithinTwoPixelsOfItsPlaceAlsoAtTwiceTheSize)

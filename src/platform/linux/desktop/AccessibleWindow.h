@@ -19,6 +19,8 @@ struct AccessibleWindow {
     qreal scale = 1; ///< Pixels for each of the program's units.
     QRectF frame;    ///< In the coordinates of the tools; empty if unknown.
 
+    /// Whether it is known where its elements are.
+    bool isPlaced() const { return !isRelative || id != 0; }
     /// What the program told, in the coordinates of the tools; `origin` is that of the primary monitor.
     QRectF toScreen(QRectF told, QPointF origin) const
     {

@@ -175,7 +175,7 @@ QList<ScreenElement> LinuxAccessibilityTree::read(const QList<Wanted> &wanted, Q
         element.mayHaveChildren = fact.childCount != 0;
         const AccessibleWindow &window = *live->window;
         const bool isShown = !window.tellsShowing || fact.has(ElementFacts::showingState);
-        if (isShown && fact.extents) {
+        if (isShown && fact.extents && window.isPlaced()) {
             const QRectF frame = window.toScreen(*fact.extents, origin);
             if (isWindow || window.frame.isEmpty() || window.frame.contains(frame.center()))
                 element.frame = frame;
