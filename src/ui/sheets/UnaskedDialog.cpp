@@ -75,22 +75,23 @@ protected:
 private:
     void lead()
     {
-        if (!isNewest())
-            return;
+        QDialog *first = firstToAnswer();
         QWidget *modal = QApplication::activeModalWidget();
-        (belongsTo(modal, m_dialog) ? modal : &m_dialog)->activateWindow();
+        if (first)
+            (belongsTo(modal, *first) ? modal : first)->activateWindow();
     }
 
-    /// Of several the newest is seen, and holds those below it.
-    bool isNewest() const
+    /// Of several the newest is seen, and holds those below it. One that is not modal is held by those that
+    /// are.
+    QDialog *firstToAnswer() const
     {
-        const QDialog *newest = nullptr;
+        QDialog *first = nullptr;
         const auto dialogs =
             m_dialog.parentWidget()->window()->findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
-        for (const QDialog *dialog : dialogs)
-            if (dialog->isVisible())
-                newest = dialog;
-        return newest == &m_dialog;
+        for (QDialog *dialog : dialogs)
+            if (dialog->isVisible() && (!first || dialog->isModal() || !first->isModal()))
+                first = dialog;
+        return first;
     }
 
     QDialog &m_dialog;

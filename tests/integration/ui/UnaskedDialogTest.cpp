@@ -86,6 +86,28 @@ TEST_F(UnaskedDialogTest, OfSeveralTheNewestGetsTheKeyboard)
     EXPECT_TRUE(hasKeyboard(dialog));
 }
 
+TEST_F(UnaskedDialogTest, AnOlderModalOneIsAnsweredBeforeOneThatItHolds)
+{
+    ASSERT_TRUE(hasKeyboard(window));
+    openUnasked(dialog);
+    ASSERT_TRUE(hasKeyboard(dialog));
+    QWidget elsewhere;
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(hasKeyboard(elsewhere));
+    QDialog newest(&window);
+    ASSERT_TRUE(openUnasked(newest));
+    QTest::keyClick(newest.windowHandle(), Qt::Key_Escape);
+    ASSERT_TRUE(newest.isVisible()) << "it is not held";
+    ASSERT_TRUE(comesBackToTheWindow());
+    EXPECT_TRUE(hasKeyboard(dialog));
+    dialog.hide();
+    window.activateWindow();
+    EXPECT_TRUE(hasKeyboard(newest));
+    QTest::keyClick(newest.windowHandle(), Qt::Key_Escape);
+    EXPECT_FALSE(newest.isVisible());
+}
+
 TEST_F(UnaskedDialogTest, AKeyOfAButtonWaitsForThePauseToo)
 {
     QPushButton button("&Save", &dialog);
