@@ -142,7 +142,11 @@ void EngineFactory::takeNewCache()
     // Where the engine clears a cache it ends all connections some time later, nobody hears when, and loses
     // without a word the loads that are under way then. With another folder it does so before it returns.
     const QFileInfoList before = caches(m_folder);
-    m_profile.setCachePath(cacheFolder(m_folder) + u'-' + QString::number(++m_caches));
+    QString next;
+    do
+        next = cacheFolder(m_folder) + u'-' + QString::number(++m_caches);
+    while (QFileInfo::exists(next)); // left by a run that could not remove it
+    m_profile.setCachePath(next);
     // It may still write a list of what the old one held, which goes before the next start.
     QThreadPool::globalInstance()->start([before] { static_cast<void>(remove(before)); });
 }

@@ -3,6 +3,7 @@
 #include "support/TemporaryHome.h"
 
 #include <QDir>
+#include <algorithm>
 
 namespace morvane {
 namespace {
@@ -84,6 +85,18 @@ TEST_F(ClearedDataTest, ALoadUnderWayIsBegunOnceMore)
     EXPECT_EQ(tab().title(), "Slow");
     EXPECT_EQ(visits.size(), 1);
     EXPECT_FALSE(announcer.spoken.join('|').contains("Failed")) << announcer.spoken.join('|').toStdString();
+}
+
+TEST_F(ClearedDataTest, AFolderThatWasLeftIsNotTakenForTheNewCache)
+{
+    constexpr int mostLeft = 50; // more than the tests before have taken
+    for (int number = 1; number <= mostLeft; ++number)
+        QDir(folder()).mkdir(QString("Cache-%1").arg(number));
+    const QStringList before = caches();
+    engine().removeAllSiteData();
+    open("/kept");
+    const auto isNew = [&](const QString &name) { return !before.contains(name); };
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::any_of(caches(), isNew); }));
 }
 
 TEST_F(ClearedDataTest, ALoadOfTheSameMomentArrives)
