@@ -4,6 +4,7 @@
 #include "support/XConnection.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -16,10 +17,20 @@ const QString title = u"Home"_s;
 /// Windows of one program that all have the same title.
 class ScreenWindowsTest : public testing::Test {
 protected:
+    ~ScreenWindowsTest() override
+    {
+        for (const xcb_window_t window : std::as_const(m_open))
+            xcb_destroy_window(m_program.handle(), window);
+        // The next test is not to meet them.
+        EXPECT_TRUE(
+            waitUntil([this] { return m_program.property(m_program.root(), "_NET_CLIENT_LIST").isEmpty(); }));
+    }
+
     /// Comes to the front.
-    xcb_window_t open(int16_t left) const
+    xcb_window_t open(int16_t left)
     {
         const xcb_window_t window = m_program.openWindow();
+        m_open.append(window);
         const auto set = [&](xcb_atom_t name, xcb_atom_t type, uint8_t format, uint32_t size,
                              const void *value) {
             xcb_change_property(m_program.handle(), XCB_PROP_MODE_REPLACE, window, name, type, format, size,
@@ -43,6 +54,7 @@ protected:
         return ScreenWindows(m_display.get()).find({process, isGtk4, title, extents, isActive})->id;
     }
 
+    QList<xcb_window_t> m_open;
     const XConnection m_program{qEnvironmentVariable("DISPLAY")};
     const std::unique_ptr<XDisplay> m_display = XDisplay::open();
 };
