@@ -42,6 +42,8 @@ public:
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
+        if (message.member() == "GetApplicationBusAddress"_L1 && onQuestion)
+            onQuestion();
         if (message.member() == "GetApplicationBusAddress"_L1)
             return connection.send(message.createReply(lines.isEmpty() ? m_server.address() : lines));
         if (message.member() != "DoAction"_L1)
@@ -51,7 +53,8 @@ public:
     }
 
     Act act;
-    QString lines; ///< Where it says that they are, if elsewhere.
+    std::function<void()> onQuestion; ///< Called when it is asked where its lines are.
+    QString lines;                    ///< Where it says that they are, if elsewhere.
 
 private:
     static QString busAddress()
@@ -80,10 +83,18 @@ protected:
                                     std::chrono::milliseconds limit = std::chrono::seconds(20),
                                     qint64 pid = QCoreApplication::applicationPid())
     {
+        return tellUntil({}, carrier, program, limit, pid).value();
+    }
+    static std::optional<AccessibilityAnswer>
+    tellUntil(const std::stop_token &stop, ActionCarrier &carrier, const ActingProgram &program,
+              std::chrono::milliseconds limit = std::chrono::seconds(20),
+              qint64 pid = QCoreApplication::applicationPid())
+    {
         const AccessibilityCall call{
             program.service(), rootPath, u"org.a11y.atspi.Action"_s, u"DoAction"_s, {0}};
-        auto told = std::async(std::launch::async,
-                               [&carrier, call, limit, pid] { return carrier.tell(call, pid, limit); });
+        auto told = std::async(std::launch::async, [&carrier, call, limit, pid, stop] {
+            return carrier.tell(call, pid, limit, stop);
+        });
         EXPECT_TRUE(
             waitUntil([&] { return told.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         return told.get();
@@ -131,6 +142,23 @@ TEST_F(ActionCarrierTest, WhatTheProgramAnswersIsTold)
         line.send(message.createErrorReply(QDBusError::Failed, u"no"_s));
     };
     EXPECT_EQ(tell(carrier, *program).kind, Kind::failed);
+}
+
+TEST_F(ActionCarrierTest, AProgramIsNotToldAnyMoreOnceAStopHasComeWhileItToldOfItself)
+{
+    ActionCarrier carrier(m_bus, m_helper);
+    const auto program = newProgram(u"stopped"_s);
+    program->act = [](const QDBusMessage &message, const QDBusConnection &line) {
+        line.send(message.createReply(true));
+    };
+    for (const QString &lines : {QString(), u"unix:path=/no/such/place"_s}) {
+        program->lines = lines;
+        std::stop_source stop;
+        EXPECT_TRUE(tellUntil(stop.get_token(), carrier, *program));
+        program->onQuestion = [&stop] { stop.request_stop(); };
+        EXPECT_FALSE(tellUntil(stop.get_token(), carrier, *program));
+        program->onQuestion = nullptr;
+    }
 }
 
 TEST_F(ActionCarrierTest, AProgramThatGoesBeforeItAnswersHasEnded)

@@ -127,16 +127,21 @@ QString lineAddress(AccessibilityConnection &bus, const QString &service, qint64
     return pid > 0 && !address.isEmpty() && listenerAt(address) == pid ? address : QString();
 }
 
-AccessibilityAnswer ActionCarrier::tell(const AccessibilityCall &call, qint64 pid,
-                                        std::chrono::milliseconds limit)
+std::optional<AccessibilityAnswer> ActionCarrier::tell(const AccessibilityCall &call, qint64 pid,
+                                                       std::chrono::milliseconds limit,
+                                                       const std::stop_token &stop)
 {
     const QString address = lineAddress(m_bus, call.service, pid, QDeadlineTimer(limit));
-    if (address.isEmpty())
-        return m_bus.ask(call, QDeadlineTimer(limit));
     ActionRequest request{address, call.path, call.interface, call.method};
-    request.dialogs = openDialogs(call.service, QDeadlineTimer(limit));
+    if (!address.isEmpty())
+        request.dialogs = openDialogs(call.service, QDeadlineTimer(limit));
     request.pid = pid;
     const std::lock_guard lock(m_mutex);
+    // The program may have taken its time to tell all that.
+    if (stop.stop_requested())
+        return std::nullopt;
+    if (address.isEmpty())
+        return m_bus.ask(call, QDeadlineTimer(limit));
     request.number = ++m_number;
     for (const QVariant &argument : call.arguments)
         request.arguments.append(plain(argument));
@@ -149,7 +154,7 @@ AccessibilityAnswer ActionCarrier::tell(const AccessibilityCall &call, qint64 pi
         carrier = newCarrier();
         answer = carry(carrier, request, limit);
     }
-    return answer.value_or(AccessibilityAnswer{AccessibilityAnswer::Kind::failed, {}});
+    return answer ? answer : AccessibilityAnswer{AccessibilityAnswer::Kind::failed, {}};
 }
 
 QStringList ActionCarrier::openDialogs(const QString &service, QDeadlineTimer deadline)

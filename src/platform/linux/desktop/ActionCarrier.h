@@ -9,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 
 namespace morvane {
 
@@ -25,8 +26,9 @@ public:
     }
 
     /// Over the bus where the program, whose process is `pid`, has no other lines. It has `limit` from when
-    /// it has been told on.
-    AccessibilityAnswer tell(const AccessibilityCall &call, qint64 pid, std::chrono::milliseconds limit);
+    /// it has been told on. Nothing if `stop` came before, and it has not been told.
+    std::optional<AccessibilityAnswer> tell(const AccessibilityCall &call, qint64 pid,
+                                            std::chrono::milliseconds limit, const std::stop_token &stop);
 
 private:
     /// The paths of the dialogs that a program has open.

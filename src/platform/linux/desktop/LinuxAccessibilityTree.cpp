@@ -285,11 +285,14 @@ bool LinuxAccessibilityTree::isOwn(const ScreenElement &element) const
     return busElement(element).pid == ::getpid();
 }
 
-AccessibilityAnswer LinuxAccessibilityTree::askToAct(const ScreenElement &element, const QString &interface,
-                                                     const QString &method, const QVariantList &arguments)
+std::optional<AccessibilityAnswer> LinuxAccessibilityTree::askToAct(const ScreenElement &element,
+                                                                    const QString &interface,
+                                                                    const QString &method,
+                                                                    const QVariantList &arguments,
+                                                                    const std::stop_token &stop)
 {
     const BusElement &live = busElement(element);
-    return m_carrier.tell(callOf(live.reference, interface, method, arguments), live.pid, actionLimit);
+    return m_carrier.tell(callOf(live.reference, interface, method, arguments), live.pid, actionLimit, stop);
 }
 
 AccessibilityTree::Outcome LinuxAccessibilityTree::outcomeUnsaid(const AccessibilityReference &object)
@@ -309,15 +312,14 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::press(const ScreenElement &el
     const BusElement &live = busElement(*now);
     if (live.clickIndex < 0)
         return Outcome::refused;
-    // The program may have taken its time to tell how the element is.
-    if (stop.stop_requested())
+    const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex}, stop);
+    if (!answer)
         return Outcome::stopped;
-    const auto answer = askToAct(*now, actionInterface, u"DoAction"_s, {live.clickIndex});
-    if (answer.kind == AccessibilityAnswer::Kind::late)
+    if (answer->kind == AccessibilityAnswer::Kind::late)
         return outcomeUnsaid(live.reference);
-    if (answer.kind == AccessibilityAnswer::Kind::ended)
+    if (answer->kind == AccessibilityAnswer::Kind::ended)
         return Outcome::done;
-    return answer.values.value(0).toBool() ? Outcome::done : Outcome::refused;
+    return answer->values.value(0).toBool() ? Outcome::done : Outcome::refused;
 }
 
 AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement &element, const QString &text,
@@ -326,24 +328,26 @@ AccessibilityTree::Outcome LinuxAccessibilityTree::setValue(const ScreenElement 
     const auto now = current(element, stop);
     if (!now)
         return Outcome::gone;
-    if (stop.stop_requested())
+    const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text}, stop);
+    if (!set)
         return Outcome::stopped;
-    const auto set = askToAct(*now, editableInterface, u"SetTextContents"_s, {text});
-    if (set.kind == AccessibilityAnswer::Kind::answered && set.values.value(0).toBool())
+    if (set->kind == AccessibilityAnswer::Kind::answered && set->values.value(0).toBool())
         return Outcome::done;
     // Typed as well, the text would stand there twice.
-    if (mayHaveActed(set))
+    if (mayHaveActed(*set))
         return outcomeUnsaid(busElement(*now).reference);
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
     if (!isNumber)
         return Outcome::refused;
-    const auto changed =
-        askToAct(*now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
-                 {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))});
-    if (mayHaveActed(changed))
+    const auto changed = askToAct(
+        *now, u"org.freedesktop.DBus.Properties"_s, u"Set"_s,
+        {u"org.a11y.atspi.Value"_s, u"CurrentValue"_s, QVariant::fromValue(QDBusVariant(number))}, stop);
+    if (!changed)
+        return Outcome::stopped;
+    if (mayHaveActed(*changed))
         return outcomeUnsaid(busElement(*now).reference);
-    return changed.kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
+    return changed->kind == AccessibilityAnswer::Kind::answered ? Outcome::done : Outcome::refused;
 }
 
 } // namespace morvane

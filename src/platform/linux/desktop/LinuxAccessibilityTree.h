@@ -45,9 +45,10 @@ private:
 
     QList<ScreenElement> read(const QList<Wanted> &wanted, QDeadlineTimer deadline,
                               const std::stop_token &stop);
-    /// Of what may open a dialog.
-    AccessibilityAnswer askToAct(const ScreenElement &element, const QString &interface,
-                                 const QString &method, const QVariantList &arguments);
+    /// Of what may open a dialog. Nothing if `stop` came before.
+    std::optional<AccessibilityAnswer> askToAct(const ScreenElement &element, const QString &interface,
+                                                const QString &method, const QVariantList &arguments,
+                                                const std::stop_token &stop);
     /// Of a request that the program may have done without answering it.
     Outcome outcomeUnsaid(const AccessibilityReference &object);
 
