@@ -67,10 +67,11 @@ void DownloadsBar::update()
         m_rows.append(new DownloadRow(running.at(index)));
         m_column->addWidget(m_rows.last());
     }
+    const bool wasShown = !m_problem->isHidden() && m_problem->text() == m_downloads.problem();
     m_problem->setText(m_downloads.problem());
     m_problem->setVisible(!m_downloads.problem().isEmpty());
-    if (!m_problem->isHidden())
-        ensureWidgetVisible(m_problem);
+    if (!m_problem->isHidden() && !wasShown)
+        ensureWidgetVisible(m_problem); // once: with each progress it would take the user's scrolling back
     setVisible(!running.isEmpty() || !m_problem->isHidden());
     updateGeometry();
 }
