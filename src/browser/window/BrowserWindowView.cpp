@@ -16,12 +16,12 @@
 #include "browser/window/PageQuestions.h"
 #include "platform/Announcer.h"
 #include "platform/WindowRaiser.h"
+#include "ui/controls/ScreenRoom.h"
 
 #include <QAction>
 #include <QCloseEvent>
 #include <QScreen>
 #include <QShortcut>
-#include <QStyle>
 #include <QVBoxLayout>
 #include <functional>
 
@@ -103,9 +103,7 @@ void BrowserWindowView::makeKeys()
 
 void BrowserWindowView::takePlace()
 {
-    // What is around it comes from the desktop, later.
-    const int frame = style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, this);
-    const QRect room = screen()->availableGeometry().adjusted(0, 0, 0, -frame);
+    const QRect room(screen()->availableGeometry().topLeft(), screenRoom(*this));
     resize(usualSize.boundedTo(room.size()));
     move(room.center() - rect().center());
 }
