@@ -29,6 +29,11 @@ protected:
             return window && window->title == "Changed"_L1;
         })) << programLog(program).toStdString();
     }
+    void expectIsNotPressed(TestProgram &program, int button)
+    {
+        EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
+        EXPECT_TRUE(program.isRunning());
+    }
 };
 
 TEST_F(ChangingWindowsTest, AnElementThatHasBecomeAnotherIsAnErrorAndIsNotPressed)
@@ -56,8 +61,7 @@ TEST_F(ChangingWindowsTest, APictureOfAButtonThatHasBecomeAnotherIsNotPressed)
                                        u"widget.get_accessible().set_description('Delete')"_s);
     const int button = numberOf(captureWith(u"button 'Store'"_s), u"button 'Store'"_s);
     tellToChange(program);
-    EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
-    EXPECT_TRUE(program.isRunning());
+    expectIsNotPressed(program, button);
 }
 
 TEST_F(ChangingWindowsTest, AnElementIsNotToldToActOnceAStopHasBeenAskedFor)
@@ -109,8 +113,7 @@ TEST_F(ChangingWindowsTest, AButtonThatHasBeenHiddenIsNotPressed)
                                        u"widget.hide()"_s);
     const int button = numberOf(captureWith(u"button 'Store'"_s), u"button 'Store'"_s);
     tellToChange(program);
-    EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
-    EXPECT_TRUE(program.isRunning());
+    expectIsNotPressed(program, button);
 }
 
 TEST_F(ChangingWindowsTest, AClickAndATextForAnElementBehindAnotherWindowDoNotReachThatWindow)
