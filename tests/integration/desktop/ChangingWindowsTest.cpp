@@ -31,7 +31,8 @@ protected:
     }
     void expectIsNotPressed(TestProgram &program, int button)
     {
-        EXPECT_TRUE(run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
+        EXPECT_TRUE(
+            run(m_tools.axClick(button)).startsWith(u"Error: element [%1] is no longer"_s.arg(button)));
         EXPECT_TRUE(program.isRunning());
     }
 };

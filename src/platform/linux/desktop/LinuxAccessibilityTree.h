@@ -9,7 +9,6 @@
 
 namespace morvane {
 
-
 /// The elements of other programs over the accessibility bus. Many questions are on their way at once, so
 /// that a window of hundreds of elements is read in a few ways to the program and back.
 class LinuxAccessibilityTree final : public AccessibilityTree {
