@@ -2,9 +2,9 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusError>
-#include <QDBusMessage>
 #include <QUuid>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -51,7 +51,18 @@ uint FakeNotificationDaemon::Notify(const QString &program, uint replaces, const
     misbehave();
     const uint number = replaces != 0 ? replaces : static_cast<uint>(m_shown.size()) + 1;
     m_shown.append({number, replaces, program, title, body, actions, hints});
+    if (m_holdsAnswers) {
+        setDelayedReply(true);
+        m_heldAnswers.append(message().createReply(number));
+    }
     return number;
+}
+
+void FakeNotificationDaemon::goOn()
+{
+    m_holdsAnswers = false;
+    for (const QDBusMessage &answer : std::exchange(m_heldAnswers, {}))
+        m_bus.send(answer);
 }
 
 void FakeNotificationDaemon::misbehave()

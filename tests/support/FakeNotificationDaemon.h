@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -43,6 +44,9 @@ public:
     /// that takes the place of another.
     void choose(uint id, const QString &token = {}, const QString &action = QStringLiteral("default"));
     void close(uint id);
+    /// Shows what it is asked to from now on, but does not say so before it is told to go on.
+    void holdAnswers() { m_holdsAnswers = true; }
+    void goOn();
 
 public Q_SLOTS:
     QStringList GetCapabilities();
@@ -62,6 +66,8 @@ private:
     Manner m_manner;
     QList<Shown> m_shown;
     int m_timesAsked = 0;
+    bool m_holdsAnswers = false;
+    QList<QDBusMessage> m_heldAnswers;
 };
 
 } // namespace morvane
