@@ -45,6 +45,15 @@ TEST(LogListenerTest, ALineAboutTheProgramMayStand)
     testThatLogs("a request failed: HTTP/3 error; libcurl 95");
 }
 
+TEST(LogListenerTest, OfWhatAProgramHasWrittenItsOwnLinesCount)
+{
+    EXPECT_EQ(linesThatMayQuoteTheUser("qt.svg: Cannot open file '/home/jane/a.svg'\n"
+                                       "morvane.store: no file: /home/jane/diary.txt\n"
+                                       "morvane.net: a request failed: HTTP/3 error\n"
+                                       "morvane.mcp: refused: secret"),
+              (QStringList{"morvane.store: no file: /home/jane/diary.txt", "morvane.mcp: refused: secret"}));
+}
+
 TEST(LogRecorderTest, KeepsTheLinesWithTheirCategories)
 {
     const LogRecorder log;
