@@ -372,6 +372,8 @@ SLEEP = re.compile(r"(?<![.>])(?<!void )(?<!void FakeSequenceClock::)\b(?:sleep|
 SCRIPT_SLEEP = re.compile(r"\btime\.sleep\s*\(")  # of a program that a test holds as a text
 # Looks again at what a child has printed, where no event loop runs yet.
 SLEEPS = {"tests/support/PrivateDesktop.cpp"}
+# Has no log of its own to be watched; the program's is looked through by MorvaneTest.
+UNWATCHED = {"tests/e2e/E2EMain.cpp"}
 OUTSIDE = re.compile(r"^(?:support/(?:Accessib|ClipboardOwner|TestProgram|ScreenReader|FakeNotificationDaemon|MorvaneSession|PrivateDesktop"
                      r"|RawHttp|ScriptedModel|TlsServer|XConnection)|Q(?:Process|Tcp|Udp|Local(?:Server|Socket)|Ssl|DBus))")
 
@@ -393,6 +395,15 @@ def test_violations(root):
         for include in includes_of(path) if layer == "unit" else ():
             if OUTSIDE.match(include.target):
                 yield Violation(shown, include.line, f"{include.target}: a unit test touches memory and temporary files only")
+
+
+def main_violations(root):
+    for path in sources(root, "tests"):
+        shown = path.relative_to(root).as_posix()
+        code = without_texts(path.read_text())
+        match = re.search(r"\bRUN_ALL_TESTS\(", code)
+        if match and "watchTheLog()" not in code and shown not in UNWATCHED:
+            yield Violation(shown, line_of(code, match), "the log is watched in every test program: watchTheLog()")
 
 
 def sleep_violations(root):
@@ -426,7 +437,7 @@ def list_violations(root):
 def violations(root):
     root = Path(root)
     for rule in (arrow_violations, size_violations, class_violations, style_violations, state_violations, member_violations,
-                 behaviour_violations, log_violations, moc_violations, test_violations, sleep_violations, list_violations):
+                 behaviour_violations, log_violations, moc_violations, test_violations, main_violations, sleep_violations, list_violations):
         yield from rule(root)
 
 

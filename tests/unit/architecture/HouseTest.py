@@ -445,6 +445,13 @@ class Tests(Tree):
         self.write("tests/unit/base/ATest.cpp", "void sleep(int) override\n{\n    m_clock.sleep(1);\n}\n")
         self.assertEqual(self.complaints(), [])
 
+    def test_a_program_of_tests_that_does_not_watch_the_log_is_found(self):
+        text = "int main()\n{\n    WATCH\n    return RUN_ALL_TESTS();\n}\n"
+        self.write("tests/support/AMain.cpp", text.replace("WATCH", "// watchTheLog();"))
+        self.assert_complaint("tests/support/AMain.cpp:4", "the log is watched")
+        self.write("tests/support/AMain.cpp", text.replace("WATCH", "watchTheLog();"))
+        self.assertEqual(self.complaints(), [])
+
     def test_a_test_that_is_passed_over_is_found(self):
         self.write("tests/e2e/ATest.cpp", "TEST(A, DISABLED_b)\n{\n}\n")
         self.assert_complaint("tests/e2e/ATest.cpp:1", "passed over")

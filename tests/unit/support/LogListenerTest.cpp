@@ -62,5 +62,18 @@ TEST(LogRecorderTest, KeepsTheLinesWithTheirCategories)
     EXPECT_EQ(log.lines(), (QStringList{"morvane.base: one 1", "morvane.base: two"}));
 }
 
+TEST(LogRecorderTest, OneWithinAnotherTakesTheLinesAndGivesTheRestBack)
+{
+    const LogRecorder outer;
+    qCInfo(baseLog) << "before";
+    {
+        const LogRecorder inner;
+        qCInfo(baseLog) << "within";
+        EXPECT_EQ(inner.lines(), QStringList{"morvane.base: within"});
+    }
+    qCInfo(baseLog) << "after";
+    EXPECT_EQ(outer.lines(), (QStringList{"morvane.base: before", "morvane.base: after"}));
+}
+
 } // namespace
 } // namespace morvane
