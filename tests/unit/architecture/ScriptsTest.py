@@ -88,6 +88,13 @@ class RunTests(unittest.TestCase):
         self.assertTrue(note.read_text())
         self.assertFalse(Path(note.read_text()).exists())
 
+    def test_who_gives_up_roots_rights_still_gets_to_its_files(self):
+        note = self.build / "note"
+        self.program("unit.other", PROGRAM + f"open({str(note)!r}, 'w').write('%o' % (os.stat(os.environ['TMPDIR']).st_mode & 0o777))\n"
+                     "report(passed)\n")
+        self.assertEqual(self.run_tests()[0], 0)
+        self.assertEqual(note.read_text(), "711")
+
     def test_a_program_gets_the_environment_that_its_list_names(self):
         self.program("unit.shard", PROGRAM + "os.environ.get('PART') == 'a=b' and report(passed)\n")
         with open(self.build / "CTestTestfile.cmake", "a") as tests:
@@ -180,6 +187,15 @@ class RunTests(unittest.TestCase):
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in shared], [["unit.first", "unit.second"]])
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in single], [["unit.beside"]])
         self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
+
+    def test_programs_run_beside_each_other(self):
+        meeting = self.build / "meeting"
+        os.mkfifo(meeting)
+        for name, mode in (("unit.first", "w"), ("unit.second", "r")): # an end waits for the other to be opened
+            self.program(name, PROGRAM + f"open({str(meeting)!r}, '{mode}').close()\nreport(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write('set_tests_properties("unit.first" PROPERTIES RESOURCE_LOCK "desktop")\n')
+        self.assertEqual(self.run_tests()[:2], (0, "2 passed, 0 failed"))
 
     def test_a_part_of_a_program_may_have_none_of_what_is_wanted(self):
         for part in range(2):
