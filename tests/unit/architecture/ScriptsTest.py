@@ -436,6 +436,19 @@ class Fuzzing(unittest.TestCase):
         self.assertEqual(code, 0, output)
         self.assertTrue(1 < len(list(corpus.iterdir())) < 10, output)
 
+    def test_those_of_a_name_share_the_minutes_and_a_name_that_none_has_is_told(self):
+        for name in ("JsonFuzz", "IniFuzz", "TextFuzz", "Other"):
+            (self.build / "bin" / name).touch()
+        for wanted, names, seconds in (("", ["IniFuzz", "JsonFuzz", "TextFuzz"], 80), ("json", ["JsonFuzz"], 120), ("x", ["TextFuzz"], 120)):
+            searched = []
+            with unittest.mock.patch.object(fuzz, "fuzz", lambda target, share, cache: searched.append((target.name, share)) or []), \
+                    unittest.mock.patch.object(os, "cpu_count", lambda: 2), contextlib.redirect_stdout(io.StringIO()), \
+                    unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", wanted]):
+                self.assertEqual(fuzz.main(), 0)
+            self.assertEqual(sorted(searched), [(name, seconds) for name in names])
+        with contextlib.redirect_stdout(io.StringIO()), unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", "nowhere"]):
+            self.assertEqual(fuzz.main(), 1)
+
     def test_a_reader_that_ends_the_search_is_told(self):
         self.target("Exit", "if (size > 0 && data[0] == 'E') _Exit(0);")
         self.assertEqual(self.search()[0], 1)
