@@ -18,8 +18,8 @@
 #include "support/PrivateDesktop.h"
 #include "support/RunTask.h"
 #include "tools/screen/ElementWalk.h"
+#include "tools/screen/RealSequenceClock.h"
 #include "tools/screen/ScreenTools.h"
-#include "tools/screen/SequenceClock.h"
 
 #include <QFile>
 #include <QGuiApplication>

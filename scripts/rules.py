@@ -21,7 +21,7 @@ Include = namedtuple("Include", "line target quoted")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 WINDOW_HEADER = re.compile(
-    r"^(QtWidgets|QtWebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|QMenu|QPushButton|QDialog"
+    r"^(QtWidgets|Qt?WebEngine|QWidget|QApplication|QLabel|QMainWindow|QAbstract.*View|QMenu|QPushButton|QDialog"
     r"|QAccessible|QScreen|QWindow|QPainter|QGuiApplication)"
 )
 OTHER_SUFFIXES = {".c", ".cc", ".cxx", ".hh", ".hpp", ".hxx", ".inc", ".ipp"}
@@ -170,6 +170,23 @@ def size_violations(root):
             yield Violation(first, 1, f"{name} has {total} lines of source, at most {CLASS_LINES} over all its files ({listed})")
 
 
+CLASS = re.compile(r"^(?:template <.*>\s)?class (?:\w+_EXPORT )?(?P<name>\w+)(?P<part><.*>|::\w+)?(?: final)?(?:\s*:[^;{]*)?\s*\{",
+                   re.MULTILINE)
+
+
+def class_violations(root):
+    """One class a header; records (struct), functions, and the part of a template that is none (…Base) may stand beside it."""
+    for path in sources(root, "src"):
+        if path.suffix != ".h":
+            continue
+        code = without_texts(path.read_text())
+        classes = [match for match in CLASS.finditer(code) if not match.group("part") and not match.group("name").endswith("Base")]
+        for match in classes[1:]:
+            first = classes[0].group("name")
+            yield Violation(path.relative_to(root).as_posix(), line_of(code, match),
+                            f"{match.group('name')} stands beside {first}: one class a file")
+
+
 def without_texts(code):
     """The code with comments and literals blanked out, line for line."""
     blank = lambda match: re.sub(r"[^\n]", " ", match.group(0))
@@ -272,6 +289,10 @@ SPOKEN = re.compile(r"std::c(?:err|out|log)\b|\bq(?:Debug|Info|Warning|Critical|
 LOOP = re.compile(r"\bQEventLoop\b|\bprocessEvents\(|(?:\.|->)exec\(")
 WRITTEN = re.compile(r"\bQSaveFile\b|\bofstream\b|\b(?:QIODevice|QIODeviceBase|QFile)::(?:WriteOnly|Append|Truncate|NewOnly)\b")
 LOGGED = re.compile(r"\bqC(?:Debug|Info|Warning|Critical)\((.*?);", re.DOTALL)
+SPEAKING = re.compile(r"\bqC(?:Debug|Info|Warning|Critical)\((\w+)")
+# Answers that tell nothing, and results that nobody looks at.
+SWALLOWED = re.compile(r"\bcatch\s*\([^)]*\)\s*\{\s*(?:co_)?return\b(?:\s*(?:false|nullptr|std::nullopt|\{\s*\}|\w+\(\)))?\s*;\s*\}")
+DROPPED = re.compile(r"\bstatic_cast<void>\(|\bstd::ignore\s*=|\(void\)\s*[\w:]")
 SECRET = re.compile(r"\b\w*?(?:what|errorString|path|url|key|text|content|body|filename|message|title|environment|command)\b"
                     r"(?!\.error\(\))", re.IGNORECASE)
 
@@ -286,14 +307,49 @@ def behaviour_violations(root):
         for match in LOOP.finditer(code) if shown not in MAINS | LOOPS else ():
             yield Violation(shown, line_of(code, match), "no nested event loops")
         for match in WRITTEN.finditer(code):
-            if not shown.startswith("src/base/"):
-                yield Violation(shown, line_of(code, match), "files are written with base/AtomicFile.h only")
+            yield Violation(shown, line_of(code, match), "files are written with base/AtomicFile.h only")
         for match in LOGGED.finditer(code):
             secret = SECRET.search(match.group(1))
             if secret:
                 yield Violation(shown, line_of(code, match), f"{secret.group(0)} may belong to the user: a log tells of the program only")
         for match in re.finditer(r"\bcatch\s*\([^)]*\)\s*\{\s*\}", code):
             yield Violation(shown, line_of(code, match), "an error that is passed over is told to the folder's category in Log.h")
+        lines = text.splitlines()
+        for pattern in (SWALLOWED, DROPPED):
+            for match in pattern.finditer(code):
+                first, last = line_of(code, match) - 1, code.count("\n", 0, match.end())
+                tells = '"' in text[match.start() : match.end()] # the literal that it answers
+                if not tells and not any("//" in line for line in lines[max(first - 2, 0) : last + 1]):
+                    yield Violation(shown, first + 1, "what is passed over is told to the folder's category in Log.h, or it is said here why not")
+
+
+CATEGORY = re.compile(r"inline const QLoggingCategory &(\w+)\(\)\s*\{\s*static const FolderLog log\(\"([^\"]*)\"\)")
+
+
+def log_categories(root):
+    """Of each folder's Log.h: the category's function, its name, and where it stands."""
+    for path in sources(root, "src"):
+        if path.name == "Log.h":
+            text = path.read_text()
+            for match in CATEGORY.finditer(text):
+                yield match.group(1), match.group(2), path, line_of(text, match)
+
+
+def log_violations(root):
+    """A folder speaks in a category of its own name, or in that of a folder around it."""
+    folder_of_category = {}
+    for function, category, path, line in log_categories(root):
+        folder_of_category[function] = path.parent
+        name = ".".join(("morvane", *path.parent.relative_to(root / "src").parts))
+        if category != name:
+            yield Violation(path.relative_to(root).as_posix(), line, f"the category of this folder is {name}")
+    for path in sources(root, "src"):
+        code = without_texts(path.read_text())
+        for match in SPEAKING.finditer(code) if path != root / "src" / "main.cpp" else ():
+            folder = folder_of_category.get(match.group(1))
+            if folder and folder not in path.parents:
+                yield Violation(path.relative_to(root).as_posix(), line_of(code, match),
+                                f"{match.group(1)} is the log of {folder.relative_to(root / 'src')}")
 
 
 def moc_violations(root):
@@ -316,6 +372,8 @@ SLEEP = re.compile(r"(?<![.>])(?<!void )(?<!void FakeSequenceClock::)\b(?:sleep|
 SCRIPT_SLEEP = re.compile(r"\btime\.sleep\s*\(")  # of a program that a test holds as a text
 # Looks again at what a child has printed, where no event loop runs yet.
 SLEEPS = {"tests/support/PrivateDesktop.cpp"}
+# Has no log of its own to be watched; the program's is looked through by MorvaneTest.
+UNWATCHED = {"tests/e2e/E2EMain.cpp"}
 OUTSIDE = re.compile(r"^(?:support/(?:Accessib|ClipboardOwner|TestProgram|ScreenReader|FakeNotificationDaemon|MorvaneSession|PrivateDesktop"
                      r"|RawHttp|ScriptedModel|TlsServer|XConnection)|Q(?:Process|Tcp|Udp|Local(?:Server|Socket)|Ssl|DBus))")
 
@@ -337,6 +395,15 @@ def test_violations(root):
         for include in includes_of(path) if layer == "unit" else ():
             if OUTSIDE.match(include.target):
                 yield Violation(shown, include.line, f"{include.target}: a unit test touches memory and temporary files only")
+
+
+def main_violations(root):
+    for path in sources(root, "tests"):
+        shown = path.relative_to(root).as_posix()
+        code = without_texts(path.read_text())
+        match = re.search(r"\bRUN_ALL_TESTS\(", code)
+        if match and "watchTheLog()" not in code and shown not in UNWATCHED:
+            yield Violation(shown, line_of(code, match), "the log is watched in every test program: watchTheLog()")
 
 
 def sleep_violations(root):
@@ -369,8 +436,8 @@ def list_violations(root):
 
 def violations(root):
     root = Path(root)
-    for rule in (arrow_violations, size_violations, style_violations, state_violations, member_violations,
-                 behaviour_violations, moc_violations, test_violations, sleep_violations, list_violations):
+    for rule in (arrow_violations, size_violations, class_violations, style_violations, state_violations, member_violations,
+                 behaviour_violations, log_violations, moc_violations, test_violations, main_violations, sleep_violations, list_violations):
         yield from rule(root)
 
 

@@ -26,11 +26,10 @@ AttachmentWorkers::AttachmentWorkers(AttachmentProcessor processor)
 
 AttachmentWorkers::~AttachmentWorkers()
 {
-    // A thread that waits for a dead network drive cannot be ended; the pool is left to it.
-    if (!m_threads->waitForDone(untilGivenUp))
-        static_cast<void>(m_threads.release());
-    if (!m_pictureThreads->waitForDone(untilGivenUp))
-        static_cast<void>(m_pictureThreads.release());
+    for (auto *const pool : {&m_threads, &m_pictureThreads})
+        if (!(*pool)->waitForDone(untilGivenUp))
+            // A thread that waits for a dead network drive cannot be ended; the pool is left to it.
+            static_cast<void>(pool->release());
 }
 
 Task<ChatAttachment> AttachmentWorkers::process(QUrl url)

@@ -132,12 +132,6 @@ private:
 
 } // namespace
 
-QStringView RegexMatch::captured(QStringView text, qsizetype group) const
-{
-    const Range found = range(group);
-    return found.start < 0 ? QStringView() : text.sliced(found.start, found.end - found.start);
-}
-
 std::expected<Regex, QString> Regex::compile(QStringView pattern, Options options)
 {
     if (pattern.size() > maximumPatternLength)

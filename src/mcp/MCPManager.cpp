@@ -37,7 +37,7 @@ MCPManager::MCPManager(Scheduler &scheduler, const QString &folder, MakeTranspor
       m_makeTransport(std::move(makeTransport))
 {
     m_writer.setMaxThreadCount(1);
-    std::ignore = ensurePrivateFolder(folder);
+    std::ignore = ensurePrivateFolder(folder); // A list that cannot be saved in it is told of.
     readServers();
 }
 

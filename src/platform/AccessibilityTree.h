@@ -12,8 +12,7 @@
 namespace morvane {
 
 /// Which element of which program is meant; only the tree that gave it understands it.
-class LiveElement {
-public:
+struct LiveElement {
     virtual ~LiveElement() = default;
 };
 

@@ -82,7 +82,7 @@ QString ConversationFiles::path(const QByteArray &name) const
 
 void ConversationFiles::prepareFolder()
 {
-    static_cast<void>(ensurePrivateFolder(m_folder));
+    static_cast<void>(ensurePrivateFolder(m_folder)); // Each save tries again, and tells why it fails.
     removeAbandonedTemporaryFiles(m_folder);
 }
 

@@ -39,6 +39,12 @@ QVariant asRead(const QVariant &value)
     }
 }
 
+void bringToDisk(const QString &path)
+{
+    if (const auto synced = syncFile(path); !synced)
+        qCWarning(storeLog) << "the settings may not outlive a power cut:" << synced.error();
+}
+
 } // namespace
 
 UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
@@ -47,10 +53,11 @@ UserDefaults::UserDefaults(QString path) : m_file(std::move(path))
     m_syncTimer.setSingleShot(true);
     m_syncTimer.setInterval(1s);
     QObject::connect(&m_syncTimer, &QTimer::timeout, &m_syncTimer,
-                     [this] { m_disk.start([path = m_file.path()] { static_cast<void>(syncFile(path)); }); });
+                     [this] { m_disk.start([path = m_file.path()] { bringToDisk(path); }); });
     m_retryTimer.setSingleShot(true);
     m_retryTimer.setInterval(retryTime);
     QObject::connect(&m_retryTimer, &QTimer::timeout, &m_retryTimer, [this] { write(); });
+    // The first write tries again, and tells why it fails.
     static_cast<void>(ensurePrivateFolder(QFileInfo(m_file.path()).path()));
     m_file.tidy();
     readFirst();
@@ -60,7 +67,7 @@ UserDefaults::~UserDefaults()
 {
     writeWithin(lastLockLimit);
     if (m_syncTimer.isActive())
-        static_cast<void>(syncFile(m_file.path()));
+        bringToDisk(m_file.path());
     m_disk.waitForDone();
 }
 

@@ -1,5 +1,7 @@
 #include "MorvaneTest.h"
 
+#include "support/LogRecorder.h"
+
 #include <QDeadlineTimer>
 #include <QSet>
 #include <QString>
@@ -37,6 +39,7 @@ MorvaneSession &MorvaneTest::prepareProgram(const QString &program, ModelScript 
                                             const QString &homeName)
 {
     m_session = std::make_unique<MorvaneSession>(*s_desktop, program, std::move(script), hearing, homeName);
+    m_session->setVariable(u"QT_LOGGING_RULES"_s, u"morvane.*=true"_s);
     return *m_session;
 }
 
@@ -54,6 +57,7 @@ void MorvaneTest::TearDown()
     if (!HasFailure()) {
         m_session->quit(); // leaks are looked for at the end only
         EXPECT_EQ(m_session->sanitizerReport(), QString());
+        EXPECT_EQ(linesThatMayQuoteTheUser(m_session->log()), QStringList());
     }
     if (HasFailure()) {
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();

@@ -37,12 +37,6 @@ void DownloadServer::setFile(const QString &path, File file)
     m_files.insert(path.toUtf8(), std::move(file));
 }
 
-void DownloadServer::removeFile(const QString &path)
-{
-    const std::lock_guard lock(m_mutex);
-    m_files.remove(path.toUtf8());
-}
-
 void DownloadServer::setFaults(QList<Fault> faults)
 {
     const std::lock_guard lock(m_mutex);

@@ -49,7 +49,6 @@ public:
     QString origin() const;
 
     void setFile(const QString &path, File file);
-    void removeFile(const QString &path);
     void setFaults(QList<Fault> faults);
 
     QList<RawHttpRequest> requests() const { return m_server.requests(); }

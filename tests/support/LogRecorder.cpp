@@ -61,4 +61,12 @@ bool mayQuoteTheUser(const QString &line)
     return line.contains(place) || line.contains("secret"_L1, Qt::CaseInsensitive);
 }
 
+QStringList linesThatMayQuoteTheUser(const QString &output)
+{
+    QStringList lines = output.split(u'\n');
+    lines.removeIf(
+        [](const QString &line) { return !line.startsWith("morvane."_L1) || !mayQuoteTheUser(line); });
+    return lines;
+}
+
 } // namespace morvane

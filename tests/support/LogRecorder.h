@@ -29,5 +29,7 @@ private:
 /// Whether a line could quote what belongs to the user: the path of a file, an address, or what the tests
 /// call a secret.
 bool mayQuoteTheUser(const QString &line);
+/// The lines of that kind in what a program has written to standard error with its log switched on.
+QStringList linesThatMayQuoteTheUser(const QString &output);
 
 } // namespace morvane

@@ -99,15 +99,17 @@ void MorvaneSession::quit()
     m_program.reset();
 }
 
+QString MorvaneSession::log() const
+{
+    QFile file(m_home + u"/morvane.log"_s);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
 QString MorvaneSession::sanitizerReport() const
 {
-    QFile log(m_home + u"/morvane.log"_s);
-    if (!log.open(QIODevice::ReadOnly))
-        return {};
-    const QString text = QString::fromUtf8(log.readAll());
     static const QRegularExpression report(u"(ERROR: \\w+Sanitizer|runtime error: ).*"_s,
                                            QRegularExpression::DotMatchesEverythingOption);
-    const QString found = report.match(text).captured();
+    const QString found = report.match(log()).captured();
     return tellsOfForgottenKeysOnly(found) ? QString() : found;
 }
 

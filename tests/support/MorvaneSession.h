@@ -31,6 +31,8 @@ public:
     void start();
     /// Ends the program as the session's end would, if it runs.
     void quit();
+    /// What the program has written to standard output and error, from its first start on.
+    QString log() const;
     /// What the sanitizers said of the program, from its first start on; empty without a report.
     QString sanitizerReport() const;
     /// A further start of the program in the same home, beside the first.

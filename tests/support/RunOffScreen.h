@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/LogListener.h"
 #include "ui/theme/MorvaneStyle.h"
 #include "ui/theme/ThemeColors.h"
 
@@ -18,6 +19,7 @@ inline int runOffScreen(int argc, char **argv)
     QApplication::setStyle(new MorvaneStyle);
     QApplication::setPalette(lightPalette());
     testing::InitGoogleMock(&argc, argv);
+    watchTheLog();
     return RUN_ALL_TESTS();
 }
 

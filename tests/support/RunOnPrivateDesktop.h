@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/LogListener.h"
 #include "support/PrivateDesktop.h"
 
 #include <gmock/gmock.h>
@@ -16,6 +17,7 @@ template <class Application> int runOnPrivateDesktop(int argc, char **argv)
     const PrivateDesktop desktop;
     desktop.adopt();
     const Application application(argc, argv);
+    watchTheLog();
     return RUN_ALL_TESTS();
 }
 

@@ -113,7 +113,7 @@ void PictureDecoder::prepare()
     QBuffer nothing;
     nothing.open(QIODevice::ReadWrite);
     for (const char *format : {"jpeg", "gif", "ico", "webp", "tiff"})
-        static_cast<void>(QImageReader(&nothing, format).canRead());
+        static_cast<void>(QImageReader(&nothing, format).canRead()); // which loads the format's plugin
 }
 
 QSize PictureDecoder::size()

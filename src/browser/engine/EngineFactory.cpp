@@ -3,6 +3,7 @@
 #include "base/AtomicFile.h"
 #include "browser/engine/EngineDownload.h"
 #include "browser/engine/EngineWebPage.h"
+#include "browser/engine/Log.h"
 #include "browser/pages/SiteOf.h"
 
 #include <QDir>
@@ -64,7 +65,8 @@ QString preparedFolder(const QString &folder)
         return folder;
     // What a program left that was killed.
     QDir(downloadFolder(folder)).removeRecursively();
-    static_cast<void>(ensurePrivateFolder(downloadFolder(folder)));
+    if (const auto isThere = ensurePrivateFolder(downloadFolder(folder)); !isThere)
+        qCWarning(engineLog) << "no folder for downloads:" << isThere.error();
     if (QFile::exists(removalMark(folder)) && QDir(profileFolder(folder)).removeRecursively() &&
         remove(caches(folder)))
         QFile::remove(removalMark(folder));
@@ -118,7 +120,8 @@ std::unique_ptr<WebPage> EngineFactory::makePage()
 
 void EngineFactory::removeAllSiteData()
 {
-    static_cast<void>(writeFileAtomically(removalMark(m_folder), {}));
+    if (const auto written = writeFileAtomically(removalMark(m_folder), {}); !written)
+        qCWarning(engineLog) << "what sites have stored stays after the next start:" << written.error();
     m_profile.clearAllVisitedLinks();
     // Those that the engine has not written yet, and those that it then reads anew.
     m_profile.cookieStore()->deleteAllCookies();
@@ -147,7 +150,8 @@ void EngineFactory::takeNewCache()
         next = cacheFolder(m_folder) + u'-' + QString::number(++m_caches);
     while (QFileInfo::exists(next)); // left by a run that could not remove it
     m_profile.setCachePath(next);
-    // It may still write a list of what the old one held, which goes before the next start.
+    // It may still write a list of what the old one held. That, and what cannot be removed now, goes before
+    // the next start.
     QThreadPool::globalInstance()->start([before] { static_cast<void>(remove(before)); });
 }
 

@@ -37,7 +37,7 @@ Task<std::optional<FetchResult>> answerOf(Task<FetchResult> fetched)
 {
     try {
         co_return co_await std::move(fetched);
-    } catch (const TransportError &) {
+    } catch (const TransportError &) { // Which net/ has told the log; the site is shown without an icon.
         co_return std::nullopt;
     }
 }

@@ -17,7 +17,7 @@ class LayoutKeycodes;
 class ScreenInventory;
 
 /// The user wants no more events.
-class SequenceStopped {};
+struct SequenceStopped {};
 
 /// One sequence of mouse and keyboard events, with the waits that programs need between them. Every function
 /// blocks, answers what the model is told, and throws SequenceStopped between two events once `stop` is asked

@@ -17,11 +17,4 @@ public:
     virtual QDeadlineTimer deadline(std::chrono::milliseconds limit) = 0;
 };
 
-/// Real time.
-class RealSequenceClock final : public SequenceClock {
-public:
-    void sleep(std::chrono::milliseconds duration, const std::stop_token &stop) override;
-    QDeadlineTimer deadline(std::chrono::milliseconds limit) override { return QDeadlineTimer(limit); }
-};
-
 } // namespace morvane

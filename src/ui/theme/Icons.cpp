@@ -108,12 +108,7 @@ QString fileName(Symbol symbol)
 
 QIcon symbolIcon(Symbol symbol)
 {
-    return QIcon(new SymbolIconEngine(symbol, QPalette::ButtonText));
-}
-
-QIcon symbolIconOnAccent(Symbol symbol)
-{
-    return QIcon(new SymbolIconEngine(symbol, QPalette::HighlightedText));
+    return QIcon(new SymbolIconEngine(symbol));
 }
 
 QPixmap symbolPixmap(Symbol symbol, int size, const QColor &color, qreal devicePixelRatio)

@@ -57,9 +57,6 @@ enum class Symbol {
 /// read before the icon is first painted.
 QIcon symbolIcon(Symbol symbol);
 
-/// The same in the text colour of default buttons (`QPalette::HighlightedText`).
-QIcon symbolIconOnAccent(Symbol symbol);
-
 /// The symbol drawn at `size` logical pixels in `color`; kept in QPixmapCache.
 QPixmap symbolPixmap(Symbol symbol, int size, const QColor &color, qreal devicePixelRatio);
 

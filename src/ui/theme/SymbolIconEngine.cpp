@@ -2,13 +2,14 @@
 
 #include <QGuiApplication>
 #include <QPainter>
+#include <QPalette>
 
 namespace morvane {
 
 QColor SymbolIconEngine::color(QIcon::Mode mode) const
 {
     const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-    return QGuiApplication::palette().color(group, m_role);
+    return QGuiApplication::palette().color(group, QPalette::ButtonText);
 }
 
 void SymbolIconEngine::paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State)

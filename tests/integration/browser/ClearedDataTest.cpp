@@ -1,9 +1,12 @@
 #include "EngineFixture.h"
 
+#include "support/FileSteps.h"
+#include "support/LogRecorder.h"
 #include "support/TemporaryHome.h"
 
 #include <QDir>
 #include <algorithm>
+#include <cerrno>
 
 namespace morvane {
 namespace {
@@ -38,6 +41,19 @@ protected:
     }
     static QStringList caches() { return QDir(folder()).entryList({"Cache*"}, QDir::Dirs); }
 };
+
+TEST_F(ClearedDataTest, WhatCannotBeNotedForTheNextStartIsTold)
+{
+    const LogRecorder log;
+    {
+        const FileSteps disk(EIO);
+        engine().removeAllSiteData();
+    }
+    EXPECT_TRUE(
+        log.lines().contains("morvane.browser.engine: what sites have stored stays after the next start: "
+                             "\"Input/output error\""))
+        << log.lines().join('\n').toStdString();
+}
 
 TEST_F(ClearedDataTest, WhatTheCacheHeldIsAskedForAnew)
 {

@@ -10,8 +10,8 @@
 #include "platform/linux/desktop/LinuxTextRecognizer.h"
 #include "support/RunTask.h"
 #include "support/TestProgram.h"
+#include "tools/screen/RealSequenceClock.h"
 #include "tools/screen/ScreenTools.h"
-#include "tools/screen/SequenceClock.h"
 
 #include <QDir>
 #include <QRegularExpression>

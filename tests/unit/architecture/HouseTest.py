@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """The house keeps its rules, and the checks of scripts/ catch whoever does not: each rule is broken here on purpose."""
 
+import contextlib
+import io
 import json
+import re
 import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 from pathlib import Path
 
 HOUSE = Path(__file__).resolve().parents[3]
@@ -94,6 +98,22 @@ class TheHouse(unittest.TestCase):
             for part in name.split("/"):
                 self.assertRegex(tree, rf"\b{part}\b", name)
         self.assertLessEqual(set(drawn), set(folders))
+        for name in re.findall(r"^  (\w+)/ ", tree, re.MULTILINE):
+            self.assertTrue((HOUSE / "src" / name).is_dir(), name)
+        for name in re.findall(r"^(\w+)/", tree, re.MULTILINE):
+            self.assertTrue((HOUSE / name).is_dir(), name)
+
+    def test_tells_whoever_looks_for_a_mistake_what_can_be_asked_for(self):
+        text = (HOUSE / "docs" / "diagnosing.md").read_text()
+        told = re.search(r"that has something to say: (.*?)\. ", text, re.DOTALL).group(1)
+        self.assertEqual(sorted("morvane." + name for name in re.findall(r"`(?:morvane)?\.([\w.]+)`", told)),
+                         sorted(category for _, category, _, _ in rules.log_categories(HOUSE)))
+
+    def test_says_why_a_check_is_switched_off(self):
+        reasons, checks = (HOUSE / ".clang-tidy").read_text().split("Checks: >")
+        switched_off = re.findall(r"^  -([a-z][\w.-]+)", checks, re.MULTILINE)
+        told = [name for line in re.findall(r"^#   (\S.*?)  +\S", reasons, re.MULTILINE) for name in line.split(", ")]
+        self.assertEqual(sorted(told), sorted(switched_off))
 
 
 class Arrows(Tree):
@@ -133,8 +153,17 @@ class Arrows(Tree):
         self.assert_complaint("src/extra/Extra.cpp:1", "no folder that src/CMakeLists.txt declares")
 
     def test_windows_below_the_windows_are_found(self):
-        self.write("src/store/Store.cpp", "#include <QLabel>\n")
-        self.assert_complaint("src/store/Store.cpp:1", "has no windows")
+        for header in ("QLabel", "QtWidgets/QFrame", "QWebEngineView", "QtWebEngineWidgets/QWebEngineView", "QWindow",
+                       "QScreen", "QPainter", "QGuiApplication", "QAbstractItemView", "QDialog"):
+            self.write("src/store/Store.cpp", f"#include <{header}>\n")
+            self.assert_complaint("src/store/Store.cpp:1", "has no windows")
+        self.write("src/store/Store.cpp", "#include <QString>\n")
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_comment_in_the_list_is_none_of_it(self):
+        self.write("src/CMakeLists.txt", FOLDERS.replace("morvane_folder(store", "# morvane_folder(extra)\nmorvane_folder(store"))
+        self.write("src/extra/Extra.cpp", "\n")
+        self.assert_complaint("src/extra/Extra.cpp:1", "no folder that src/CMakeLists.txt declares")
 
     def test_an_unknown_arrow_and_a_circle_are_found(self):
         self.write("src/CMakeLists.txt", "morvane_folder(a DEPENDS nowhere)\n")
@@ -145,7 +174,9 @@ class Arrows(Tree):
 
 class Sizes(Tree):
     def test_a_long_header_is_found(self):
-        self.write("src/base/Text.h", "#pragma once\n" + "\n" * rules.HEADER_LINES)
+        self.write("src/base/Text.h", "#pragma once\n" + "\n" * 159)
+        self.assertEqual(self.complaints(), [])
+        self.write("src/base/Text.h", "#pragma once\n" + "\n" * 160)
         self.assert_complaint("src/base/Text.h:161", "at most 160")
 
     def test_a_class_cut_in_two_files_is_one(self):
@@ -163,8 +194,18 @@ class Sizes(Tree):
         self.assert_complaint("src/base/Reading.cpp:1", "Text has 401 lines")
 
     def test_a_suffix_that_nobody_looks_at_is_found(self):
-        self.write("src/base/Text.inc", "\n" * 500)
-        self.assert_complaint("src/base/Text.inc:1", "sources are called .cpp")
+        for suffix in ("c", "cc", "cxx", "hh", "hpp", "hxx", "inc", "ipp"):
+            path = self.write(f"src/base/Text.{suffix}", "\n" * 500)
+            self.assert_complaint(f"src/base/Text.{suffix}:1", "sources are called .cpp")
+            path.unlink()
+
+    def test_a_second_class_in_a_header_is_found(self):
+        for second in ("class Other {", "class Other final : public Text {", "template <class T> class Other {", "class Other\n    : public Text {"):
+            self.write("src/base/Text.h", f"#pragma once\nclass Text {{\n}};\n{second}\n}};\n")
+            self.assert_complaint("src/base/Text.h:4", "one class a file")
+        self.write("src/base/Text.h", "#pragma once\nclass Other;\nstruct Place {\n};\nclass TextBase {\n};\ntemplate <class T> class Text {\n"
+                   "    class Inner {\n    };\n};\ntemplate <> class Text<int> {\n};\nclass Text::Next {\n};\nenum class Kind {\n    one,\n};\n")
+        self.assertEqual(self.complaints(), [])
 
     def test_files_that_share_a_header_of_functions_are_measured_each(self):
         self.write("src/base/Records.h", "#pragma once\nvoid first();\nvoid second();\n")
@@ -182,6 +223,19 @@ class Ignored(Tree):
         self.write("tests/peers/A.h", "int a();\n")
         self.assertEqual(len(self.complaints()), 1)
 
+    def test_what_a_merge_lists_several_times_is_told_once(self):
+        git = ["git", "-c", "user.name=Test", "-c", "user.email=test@example.invalid"]
+        header = self.write("tests/support/A.h", "int a();\n")
+        for command in (["init", "-q", "-b", "main"], ["add", "-A"], ["commit", "-q", "-m", "a"], ["checkout", "-q", "-b", "other"]):
+            subprocess.run([*git, *command], cwd=self.root, check=True)
+        for branch, text in (("other", "int b();\n"), ("main", "int c();\n")):
+            subprocess.run([*git, "checkout", "-q", branch], cwd=self.root, check=True)
+            header.write_text(text)
+            subprocess.run([*git, "commit", "-qam", branch], cwd=self.root, check=True)
+        merge = subprocess.run([*git, "merge", "-q", "other"], cwd=self.root, capture_output=True)
+        self.assertEqual(merge.returncode, 1)
+        self.assert_complaint("tests/support/A.h:1", "#pragma once")
+
 
 class Style(Tree):
     def test_old_literals_are_found(self):
@@ -192,7 +246,7 @@ class Style(Tree):
 
     def test_old_literals_are_found_in_other_clothes(self):
         for literal in ('QStringLiteral(\n    "x")', 'QStringLiteral(u"x")', 'QString("x")', 'QString::fromUtf8("x")',
-                        'QLatin1StringView("x")'):
+                        'QString::fromLatin1("x")', 'QLatin1StringView("x")', 'QByteArrayLiteral("x")', "QLatin1Char('x')"):
             self.write("src/base/A.cpp", f"const auto a = {literal};\n")
             self.assert_complaint("src/base/A.cpp:1", "a source writes")
 
@@ -212,20 +266,24 @@ class Style(Tree):
     def test_an_enumerator_without_a_name_for_its_enum_is_found_and_no_word_of_a_value(self):
         self.write("src/base/A.cpp", "enum { Big };\nenum Kind { good = least(1, Two), fine };\n")
         self.assert_complaint("src/base/A.cpp:1", "the enumerator Big")
+        self.write("src/base/A.cpp", "/* enum Kind { Big }; */\nenum Kind { two_words };\n")
+        self.assert_complaint("src/base/A.cpp:2", "the enumerator two_words")
 
     def test_layout_that_is_switched_off_is_found(self):
         self.write("src/base/A.cpp", "// clang-format off\nint   a();\n")
         self.assert_complaint("src/base/A.cpp:1", "not switched off")
 
     def test_a_header_without_guard_is_found(self):
-        self.write("bench/A.h", "int a();\n")
-        self.assert_complaint("bench/A.h:1", "#pragma once")
+        for text in ("int a();\n", "// without #pragma once\nint a();\n"):
+            self.write("bench/A.h", text)
+            self.assert_complaint("bench/A.h:1", "#pragma once")
 
     def test_a_source_that_includes_another_header_first_is_found(self):
         self.write("src/base/A.h", "#pragma once\n")
         self.write("src/base/B.h", "#pragma once\n")
-        self.write("src/base/A.cpp", '#include "base/B.h"\n#include "base/A.h"\n')
-        self.assert_complaint("src/base/A.cpp:1", "its own header first")
+        for text in ('#include "base/B.h"\n#include "base/A.h"\n', "int a();\n"):
+            self.write("src/base/A.cpp", text)
+            self.assert_complaint("src/base/A.cpp:1", "its own header first")
 
 
 class State(Tree):
@@ -255,9 +313,13 @@ class Members(Tree):
                        f"    struct Place {{\n        int x;\n    }};\n    int m_a{{1}};\n    {line}\n}};\n")
             self.assert_complaint("src/base/A.h:11", "is called m_")
 
+    def test_a_member_of_a_class_that_names_no_access_is_private(self):
+        self.write("src/base/A.h", "#pragma once\nclass A {\n    int count = 0;\n};\n")
+        self.assert_complaint("src/base/A.h:3", "is called m_")
+
     def test_public_fields_functions_and_locals_are_none(self):
         self.write("src/base/A.h", "#pragma once\nclass A;\nstruct Point {\n    int x = 0;\n};\nclass A {\npublic:\n"
-                   "    int open = 0;\n    void run(\n        int times = 3);\n\nprivate:\n    A &operator=(const A &) = delete;\n"
+                   "    int open = 0;\n    void run(\n        int times = 3);\n\nprivate:\n    void go(int from,\n            int to = 3);\n    A &operator=(const A &) = delete;\n"
                    "    int count(int of = 2) const;\n    void a()\n    {\n        int local = 0;\n    }\n"
                    "    static constexpr int most = 3;\n    using Text = QString;\n    enum class Kind { one };\n"
                    "    friend class B;\n};\n")
@@ -271,7 +333,9 @@ class Behaviour(Tree):
             self.assert_complaint("src/base/A.cpp:3", "no nested event loops")
 
     def test_what_is_said_past_the_log_is_found(self):
-        for line in ("std::cerr << 1;", "qDebug() << 1;", 'qWarning("x");', 'std::fprintf(stderr, "x");', 'perror("x");'):
+        for line in ("std::cerr << 1;", "std::cout << 1;", "std::clog << 1;", "qDebug() << 1;", "qInfo() << 1;", 'qWarning("x");',
+                     'qCritical("x");', 'qFatal("x");', 'std::fprintf(stderr, "x");', 'printf("x");', 'std::puts("x");',
+                     'std::fputs("x", stderr);', 'perror("x");'):
             self.write("src/base/A.cpp", f"void a()\n{{\n    {line}\n}}\n")
             self.assert_complaint("src/base/A.cpp:3", "category in Log.h")
 
@@ -280,9 +344,11 @@ class Behaviour(Tree):
         self.assertEqual(self.complaints(), [])
 
     def test_what_may_be_the_users_in_the_log_is_found(self):
-        for told in ("error.what()", "path", "m_filePath", "request.url", "apiKey", "file.errorString()", "message.text()"):
-            self.write("src/base/A.cpp", f'void a()\n{{\n    qCWarning(baseLog) << "failed:"\n        << {told};\n}}\n')
-            self.assert_complaint("src/base/A.cpp:3", "a log tells of the program only")
+        for told in ("error.what()", "path", "m_filePath", "request.url", "apiKey", "file.errorString()", "message.text()",
+                     "content", "answer.body", "filename", "title", "environment", "command"):
+            for speaks in ("qCDebug", "qCInfo", "qCWarning", "qCCritical"):
+                self.write("src/base/A.cpp", f'void a()\n{{\n    {speaks}(baseLog) << "failed:"\n        << {told};\n}}\n')
+                self.assert_complaint("src/base/A.cpp:3", "a log tells of the program only")
         self.write("src/base/A.cpp", 'qCInfo(baseLog) << "no path, key or text:" << kindOfFailure(error) << text.error();\n')
         self.assertEqual(self.complaints(), [])
 
@@ -290,14 +356,33 @@ class Behaviour(Tree):
         self.write("src/base/A.cpp", "void a()\n{\n    try {\n        b();\n    } catch (const Error &) {\n        // Never mind.\n    }\n}\n")
         self.assert_complaint("src/base/A.cpp:5", "is told to the folder's category")
 
+    def test_a_failure_that_is_answered_with_nothing_has_its_reason_beside_it(self):
+        for answer in ("return;", "return {};", "return false;", "co_return std::nullopt;", "return nullptr;", "return QString();"):
+            text = f"void a()\n{{\n    try {{\n        b();\n    }} catch (const Error &) {{ REASON\n        {answer}\n    }}\n}}\n"
+            self.write("src/base/A.cpp", text.replace("REASON", ""))
+            self.assert_complaint("src/base/A.cpp:5", "what is passed over")
+            self.write("src/base/A.cpp", text.replace("REASON", "// As b() without an error."))
+            self.assertEqual(self.complaints(), [])
+        self.write("src/base/A.cpp", 'void a()\n{\n    try {\n        b();\n    } catch (...) {\n        return "unknown";\n    }\n}\n')
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_result_that_is_dropped_has_its_reason_beside_it(self):
+        for line in ("static_cast<void>(sync(file));", "std::ignore = sync(file);", "(void)sync(file);"):
+            self.write("src/base/A.cpp", f"// Far away.\n\n\nvoid a()\n{{\n    {line}\n}}\n")
+            self.assert_complaint("src/base/A.cpp:6", "what is passed over")
+            self.write("src/base/A.cpp", f"void a()\n{{\n    // The next one tells.\n    {line}\n    {line} // this too\n}}\nint b(void);\n")
+            self.assertEqual(self.complaints(), [])
+
     def test_files_written_past_the_atomic_writer_are_found(self):
-        for line in ("QSaveFile file(path);", "std::ofstream file(path);", "file.open(QIODevice::WriteOnly);"):
+        for line in ("QSaveFile file(path);", "std::ofstream file(path);", "file.open(QIODevice::WriteOnly);",
+                     "file.open(QFile::Append);", "file.open(QIODeviceBase::Truncate);", "file.open(QIODevice::NewOnly);"):
             self.write("src/store/A.cpp", f"void a()\n{{\n    {line}\n}}\n")
             self.assert_complaint("src/store/A.cpp:3", "base/AtomicFile.h only")
 
     def test_a_class_for_moc_in_a_folder_without_it_is_found(self):
-        self.write("src/base/A.h", "#pragma once\nclass A : public QObject {\n    Q_OBJECT\n};\n")
-        self.assert_complaint("src/base/A.h:3", "says no MOC")
+        for word in ("Q_OBJECT", "Q_GADGET", "Q_NAMESPACE"):
+            self.write("src/base/A.h", f"#pragma once\nclass A : public QObject {{\n    {word}\n}};\n")
+            self.assert_complaint("src/base/A.h:3", "says no MOC")
 
     def test_a_folder_that_says_moc_for_nothing_is_found(self):
         self.write("src/CMakeLists.txt", "morvane_folder(base MOC LIBRARIES Qt6::Core)\n")
@@ -305,8 +390,41 @@ class Behaviour(Tree):
         self.assert_complaint("src/CMakeLists.txt:1", "nothing to moc")
 
 
+class Logs(Tree):
+    LOG = """#pragma once
+namespace morvane {
+inline const QLoggingCategory &{function}()
+{{
+    static const FolderLog log("{category}");
+    return log;
+}}
+}}
+""".replace("morvane {", "morvane {{")
+
+    def log(self, folder, function, category):
+        return self.write(f"src/{folder}/Log.h", self.LOG.format(function=function, category=category))
+
+    def test_a_category_of_another_name_than_its_folder_is_found(self):
+        self.log("ui/theme", "themeLog", "morvane.ui.theme")
+        self.assertEqual(self.complaints(), [])
+        self.log("ui/theme", "themeLog", "morvane.theme")
+        self.assert_complaint("src/ui/theme/Log.h:3", "this folder is morvane.ui.theme")
+
+    def test_a_folder_that_speaks_in_the_name_of_another_is_found(self):
+        self.log("base", "baseLog", "morvane.base")
+        self.log("store", "storeLog", "morvane.store")
+        for function in ("qCDebug", "qCInfo", "qCWarning", "qCCritical"):
+            self.write("src/store/A.cpp", f'void a()\n{{\n    {function}(baseLog) << "failed";\n}}\n')
+            self.assert_complaint("src/store/A.cpp:3", "baseLog is the log of base")
+        for name in ("src/base/A.cpp", "src/main.cpp"):
+            self.write("src/store/A.cpp", 'void a()\n{\n    qCWarning(storeLog) << "failed";\n}\n')
+            self.write(name, 'void a()\n{\n    qCWarning(baseLog) << "failed";\n}\n')
+            self.assertEqual(self.complaints(), [])
+
+
 class Tests(Tree):
-    WAITS = ("sleep", "usleep", "QThread::msleep", "QTest::qWait", "std::this_thread::sleep_for")
+    WAITS = ("sleep", "usleep", "nanosleep", "QThread::msleep", "QTest::qWait", "QTest::qSleep", "std::this_thread::sleep_for",
+             "std::this_thread::sleep_until")
     SLEEPING = tuple(f"{wait}({time});" for wait in WAITS for time in ("1", "1s"))
 
     def test_a_test_that_sleeps_is_found(self):
@@ -325,6 +443,13 @@ class Tests(Tree):
 
     def test_a_clock_that_a_test_brings_along_is_none_that_sleeps(self):
         self.write("tests/unit/base/ATest.cpp", "void sleep(int) override\n{\n    m_clock.sleep(1);\n}\n")
+        self.assertEqual(self.complaints(), [])
+
+    def test_a_program_of_tests_that_does_not_watch_the_log_is_found(self):
+        text = "int main()\n{\n    WATCH\n    return RUN_ALL_TESTS();\n}\n"
+        self.write("tests/support/AMain.cpp", text.replace("WATCH", "// watchTheLog();"))
+        self.assert_complaint("tests/support/AMain.cpp:4", "the log is watched")
+        self.write("tests/support/AMain.cpp", text.replace("WATCH", "watchTheLog();"))
         self.assertEqual(self.complaints(), [])
 
     def test_a_test_that_is_passed_over_is_found(self):
@@ -349,7 +474,8 @@ class Tests(Tree):
         for name in ("tests/support/Fake.cpp", "tests/e2e/ATest.cpp", "tests/e2e/named/Main.cpp"):
             self.write(name, "\n")
         self.assertEqual(self.complaints(), [])
-        for name in ("tests/Extra.cpp", "tests/support/more/Fake.cpp", "tests/e2e/ATets.cpp", "tests/e2e/deeper/ATest.cpp"):
+        self.write("bench/CMakeLists.txt", "file(GLOB programs *Bench.cpp)\n")
+        for name in ("bench/A.cpp", "tests/Extra.cpp", "tests/support/more/Fake.cpp", "tests/e2e/ATets.cpp", "tests/e2e/deeper/ATest.cpp"):
             path = self.write(name, "\n")
             self.assert_complaint(f"{name}:1", "not compiled")
             path.unlink()
@@ -359,7 +485,10 @@ class Tests(Tree):
         self.assert_complaint("tests/unit/extra/ATest.cpp:1", "no folder of src/")
 
     def test_processes_and_sockets_in_a_unit_test_are_found(self):
-        for header in ('"support/ScriptedModel.h"', '"support/PrivateDesktop.h"', "<QProcess>", "<QTcpServer>", "<QDBusInterface>"):
+        names = ("AccessibleProgram", "ClipboardOwner", "TestProgram", "ScreenReader", "FakeNotificationDaemon", "MorvaneSession",
+                 "PrivateDesktop", "RawHttpServer", "ScriptedModel", "TlsServer", "XConnection")
+        for header in (*(f'"support/{name}.h"' for name in names), "<QProcess>", "<QTcpServer>", "<QUdpSocket>", "<QLocalServer>",
+                       "<QLocalSocket>", "<QSslSocket>", "<QDBusInterface>"):
             self.write("tests/unit/base/ATest.cpp", f"#include {header}\n")
             self.assert_complaint("tests/unit/base/ATest.cpp:1", "memory and temporary files only")
 
@@ -391,6 +520,70 @@ class Compilers(Tree):
         found = check.check_tidy([bad, good])
         self.assertEqual(len(found), 1)
         self.assertIn("bugprone-use-after-move", found[0])
+
+
+class Whole(Tree):
+    """What scripts/check.py and scripts/rules.py say in the end."""
+
+    def setUp(self):
+        super().setUp()
+        shutil.copy(HOUSE / ".clang-format", self.root / ".clang-format")
+        self.read = []
+
+        def read(sources):
+            self.read += [path.relative_to(self.root).as_posix() for path in sources]
+            return ["a mistake"] if any(path.stem == "Bad" for path in sources) else []
+
+        for name, value in (("ROOT", self.root), ("check_tidy", read), ("configure", lambda: [])):
+            patch = unittest.mock.patch.object(check, name, value)
+            patch.start()
+            self.addCleanup(patch.stop)
+        self.good = self.write("src/base/Good.cpp", "int a();\n")
+
+    def check(self, *words):
+        self.read.clear()
+        with unittest.mock.patch.object(sys, "argv", ["check.py", *words]), contextlib.redirect_stdout(io.StringIO()) as output:
+            code = check.main()
+        return code, output.getvalue()
+
+    def test_nothing_to_complain_about_is_a_success(self):
+        self.assertEqual(self.check("--quick"), (0, "Checked the rules and the layout of all files, 0 sources with "
+                                                    "clang-tidy: nothing to complain about.\n"))
+
+    def test_a_broken_rule_is_told_and_fails(self):
+        self.write("src/base/Good.cpp", "int count;\n")
+        code, output = self.check("--quick")
+        self.assertEqual((code, output.count("src/base/Good.cpp:1: count outlives every object"), "1 complaints" in output), (1, 1, True))
+        rule = subprocess.run([HOUSE / "scripts" / "rules.py", self.root], capture_output=True, text=True)
+        self.assertEqual((rule.returncode, rule.stdout.count("count outlives every object")), (1, 1))
+
+    def test_layout_is_looked_at_wherever_there_are_sources(self):
+        for top in ("src/base", "tests/support", "bench"):
+            path = self.write(f"{top}/Text.h", "#pragma once\nint   a();\n")
+            code, output = self.check("--quick")
+            self.assertEqual((code, f"{top}/Text.h:2" in output), (1, True), output)
+            self.assertEqual(self.check("--quick", "--fix")[0], 0)
+            self.assertEqual(path.read_text(), "#pragma once\nint a();\n")
+            path.unlink()
+
+    def test_with_all_every_source_is_read_or_those_of_a_name(self):
+        self.write("src/base/Good.h", "#pragma once\n")
+        self.write("src/base/Good.cpp", '#include "base/Good.h"\n')
+        self.write("src/store/Bad.cpp", "int b();\n")
+        self.assertEqual((self.check("--all")[0], self.read), (1, ["src/base/Good.cpp", "src/store/Bad.cpp"]))
+        self.assertEqual((self.check("--all", "ba")[0], self.read), (0, ["src/base/Good.cpp"]))
+        self.assertEqual((self.check("--quick")[0], self.read), (0, []))
+
+    def test_a_build_that_cannot_be_configured_fails(self):
+        with unittest.mock.patch.object(check, "configure", lambda: ["no cmake"]):
+            self.assertEqual(self.check("--all")[0], 1)
+            self.assertEqual(self.check("--quick")[0], 0)
+
+    def test_what_changed_is_read_and_a_history_that_is_cut_off_is_told(self):
+        with unittest.mock.patch.object(check, "changed_files", lambda: {self.good}):
+            self.assertEqual((self.check()[0], self.read), (0, ["src/base/Good.cpp"]))
+        with unittest.mock.patch.object(check, "changed_files", lambda: None):
+            self.assertIn("./test --lint reads all", self.check()[1])
 
 
 class Base(Tree):
@@ -434,7 +627,22 @@ class Base(Tree):
         (clone / "new.txt").write_text("new")
         self.assertEqual(check.changed_files(), {clone / "b.txt", clone / "new.txt"})
 
+    def test_without_a_main_elsewhere_changes_are_told_from_the_last_commit(self):
+        check.ROOT = self.origin
+        (self.origin / "a.txt").unlink()
+        (self.origin / "new.txt").write_text("new")
+        self.assertEqual(check.base_commit(), self.second)
+        self.assertEqual(check.changed_files(), {self.origin / "new.txt"})
+
     def test_on_a_branch_it_is_where_the_branch_left_main(self):
+        clone = self.clone()
+        self.run_git("checkout", "-q", "-b", "work", folder=clone)
+        self.commit("c.txt", clone)
+        self.commit("d.txt", clone)
+        self.assertEqual(check.base_commit(), self.second)
+
+    def test_main_may_have_another_name_there(self):
+        self.run_git("branch", "-m", "trunk")
         clone = self.clone()
         self.run_git("checkout", "-q", "-b", "work", folder=clone)
         self.commit("c.txt", clone)
@@ -457,6 +665,7 @@ class Base(Tree):
         whole = [self.write(f"src/base/{name}.cpp", '#include "base/Text.h"\n') for name in ("Reading", "Text")]
         other = self.write("src/base/Other.cpp", "\n")
         self.assertEqual(check.concerned(whole + [other], {header}), whole)
+        self.assertEqual(check.concerned(whole + [other], {other}), [other])
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@ import contextlib
 import importlib
 import io
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -65,6 +66,69 @@ class RunTests(unittest.TestCase):
         self.program("unit.good", PROGRAM + "report(passed, passed)\n")
         self.assertEqual(self.run_tests()[:2], (0, "2 passed, 0 failed"))
         self.assertEqual(self.run_tests("whatisthere")[:2], (0, "2 passed, 0 failed"))
+        self.assertEqual(self.run_tests("GOOD")[:2], (0, "2 passed, 0 failed"))
+
+    def test_a_program_that_is_no_googletest_program_counts_as_one(self):
+        for code, counts in ((0, "1 passed, 0 failed"), (1, "0 passed, 1 failed")):
+            self.setUp()
+            self.program("unit.plain", f"#!/bin/sh\n[ $# = 0 ] && exit {code}\nexit 2\n")
+            with open(self.build / "CTestTestfile.cmake", "a") as tests:
+                tests.write('set_tests_properties("unit.plain" PROPERTIES LABELS "unit;plain")\n')
+            self.assertEqual(self.run_tests()[:2], (code, counts))
+            self.assertEqual(self.run_tests("plain")[:2], (code, counts))
+            self.assert_fails("0 passed, 1 failed", 'No test has "whatisthere" in its name.', "whatisthere")
+
+    def test_what_it_leaves_in_the_folder_for_temporary_files_goes(self):
+        note = self.build / "note"
+        self.program("unit.untidy", PROGRAM + f"open({str(note)!r}, 'w').write(os.environ['TMPDIR'])\n"
+                     "os.mkdir(os.environ['TMPDIR'] + '/left')\nreport(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write('set_tests_properties("unit.untidy" PROPERTIES ENVIRONMENT "OTHER=1")\n')
+        self.assertEqual(self.run_tests()[0], 0)
+        self.assertTrue(note.read_text())
+        self.assertFalse(Path(note.read_text()).exists())
+
+    def test_who_gives_up_roots_rights_still_gets_to_its_files(self):
+        note = self.build / "note"
+        self.program("unit.other", PROGRAM + f"open({str(note)!r}, 'w').write('%o' % (os.stat(os.environ['TMPDIR']).st_mode & 0o777))\n"
+                     "report(passed)\n")
+        self.assertEqual(self.run_tests()[0], 0)
+        self.assertEqual(note.read_text(), "711")
+
+    def test_a_program_gets_the_environment_that_its_list_names(self):
+        self.program("unit.shard", PROGRAM + "os.environ.get('PART') == 'a=b' and report(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write('set_tests_properties("unit.shard" PROPERTIES ENVIRONMENT "PART=a=b")\n')
+        self.assertEqual(self.run_tests()[:2], (0, "1 passed, 0 failed"))
+
+    def test_one_that_takes_long_is_named(self):
+        self.program("unit.long", PROGRAM + "report(passed, passed.replace('time=\"0\"', 'time=\"7.25\"').replace('Reads', 'Hears'))\n")
+        output = self.run_tests()[2]
+        self.assertIn("Reader.HearsWhatIsThere alone took 7.2 s", output)
+        self.assertNotIn("Reader.ReadsWhatIsThere alone", output)
+
+    def test_of_failures_that_printed_nothing_by_themselves_all_is_shown(self):
+        self.program("unit.bad", PROGRAM + "print('why it ended', flush=True)\nprint('what it said', file=sys.stderr)\n"
+                     "report(passed.replace('/>', '><failure/></testcase>'))\nsys.exit(1)\n")
+        output = self.run_tests()[2]
+        self.assertIn("why it ended", output)
+        self.assertIn("what it said", output)
+
+    def test_what_wants_to_be_alone_runs_after_all_others(self):
+        for name in ("unit.alone", "unit.beside"):
+            self.program(name, PROGRAM + "report(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write('set_tests_properties("unit.alone" PROPERTIES RUN_SERIAL TRUE)\n')
+        rounds = []
+
+        def run_all(shared, single, running):
+            rounds.append([entry["name"] for queue in shared + single for entry, _ in queue])
+            return [(1, [])]
+
+        with unittest.mock.patch.object(run_tests, "run_all", run_all), contextlib.redirect_stdout(io.StringIO()), \
+                unittest.mock.patch.object(sys, "argv", ["run-tests.py", str(self.build)]):
+            self.assertEqual(run_tests.main(), 0)
+        self.assertEqual(rounds, [["unit.beside"], ["unit.alone"]])
 
     def test_a_failure_is_one(self):
         self.program("unit.bad", PROGRAM + "report(passed, passed.replace('/>', '><failure/></testcase>'))\nsys.exit(1)\n")
@@ -99,8 +163,11 @@ class RunTests(unittest.TestCase):
         self.assert_fails("1 passed, 2 failed", "(not run)")
 
     def test_no_end_in_time_is_one(self):
-        self.program("unit.slow", PROGRAM + "signal.pause()\n")
+        note = self.build / "note"
+        self.program("unit.slow", PROGRAM + f"open({str(note)!r}, 'w').write(str(os.getpid()))\nsignal.pause()\n")
         self.assert_fails("0 passed, 1 failed", "unit.slow (ended with timeout)")
+        with self.assertRaises(ProcessLookupError):
+            os.kill(int(note.read_text()), 0)
 
     def test_what_cannot_be_started_is_one(self):
         self.program("unit.good", PROGRAM + "report(passed)\n")
@@ -120,6 +187,15 @@ class RunTests(unittest.TestCase):
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in shared], [["unit.first", "unit.second"]])
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in single], [["unit.beside"]])
         self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
+
+    def test_programs_run_beside_each_other(self):
+        meeting = self.build / "meeting"
+        os.mkfifo(meeting)
+        for name, mode in (("unit.first", "w"), ("unit.second", "r")): # an end waits for the other to be opened
+            self.program(name, PROGRAM + f"open({str(meeting)!r}, '{mode}').close()\nreport(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            tests.write('set_tests_properties("unit.first" PROPERTIES RESOURCE_LOCK "desktop")\n')
+        self.assertEqual(self.run_tests()[:2], (0, "2 passed, 0 failed"))
 
     def test_a_part_of_a_program_may_have_none_of_what_is_wanted(self):
         for part in range(2):
@@ -182,6 +258,138 @@ class Commands(unittest.TestCase):
             self.assertEqual((result.returncode, result.stderr), (2, "--fuzz wants a number of minutes.\n"))
 
 
+class Chain(unittest.TestCase):
+    """What the commands at the top call, in a house whose scripts only note that they were called."""
+
+    SCRIPTS = ("install-packages.sh", "install-peers.sh", "build.sh", "check.py", "run-tests.py", "bench.sh", "fuzz.py")
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.house = Path(folder.name)
+        self.notes = self.house / "notes"
+        for name in ("test", "run", ".ci/run"):
+            (self.house / name).parent.mkdir(exist_ok=True)
+            shutil.copy(HOUSE / name, self.house / name)
+        (self.house / "scripts").mkdir()
+        (self.house / "build/release/bin").mkdir(parents=True)
+        for name in (*(f"scripts/{name}" for name in self.SCRIPTS), "build/release/bin/morvane", "build/release/bin/morvane-rehearsal"):
+            script = self.house / name
+            script.write_text(f'#!/bin/sh\necho "{script.name} $*" >> {self.notes}\n'
+                              f'case " $FAILING " in *" {script.name} "*|*" {script.name}:$1 "*) exit 3;; esac\n')
+            script.chmod(0o755)
+
+    def call(self, *words, failing="", **environment):
+        self.notes.write_text("")
+        result = subprocess.run([self.house / words[0], *words[1:]], capture_output=True, text=True,
+                                env={**os.environ, "FAILING": failing, **environment})
+        return result.returncode, self.notes.read_text().replace(" \n", "\n").splitlines(), result.stdout
+
+    def test_the_tests_are_built_and_run(self):
+        before = ["install-packages.sh", "install-peers.sh"]
+        self.assertEqual(self.call("test")[:2], (0, [*before, "build.sh release", "run-tests.py build/release"]))
+        self.assertEqual(self.call("test", "store")[:2], (0, [*before, "build.sh release", "run-tests.py build/release store"]))
+        self.assertEqual(self.call("test", "--sanitize", "store")[:2],
+                         (0, [*before, "build.sh sanitize", "run-tests.py build/sanitize store"]))
+
+    def test_a_test_a_build_or_packages_that_fail_are_told(self):
+        self.assertEqual(self.call("test", failing="run-tests.py")[0], 3)
+        code, called, output = self.call("test", failing="build.sh")
+        self.assertEqual((code, called[-1], output.splitlines()[-1]), (1, "build.sh release", "0 passed, 1 failed"))
+        self.assertEqual(self.call("test", failing="install-packages.sh")[:2], (1, ["install-packages.sh"]))
+        code, called, output = self.call("test", failing="install-peers.sh")
+        self.assertEqual((code, called[-1]), (0, "run-tests.py build/release"))
+        self.assertIn("real tool servers will fail", output)
+
+    def test_what_stands_in_the_place_of_the_tests_is_called(self):
+        for words, last in ((("--lint",), "check.py --all"), (("--lint", "store"), "check.py --all store"),
+                            (("--bench",), "bench.sh"), (("--bench", "Net"), "bench.sh Net"),
+                            (("--fuzz", "1.5", "Json"), "fuzz.py build/fuzz 1.5 Json")):
+            code, called, _ = self.call("test", *words)
+            self.assertEqual((code, called[-1]), (0, last))
+            self.assertEqual(self.call("test", *words, failing=last.split()[0])[0], 3)
+            self.assertNotIn("run-tests.py", str(called))
+        self.assertEqual(self.call("test", "--fuzz", "1")[1][1], "build.sh fuzz morvane-fuzz-targets")
+        self.assertEqual(self.call("test", "--fuzz", "1", failing="build.sh")[0], 1)
+
+    def test_the_program_is_built_and_started(self):
+        build = ["install-packages.sh", "build.sh release morvane-program"]
+        self.assertEqual(self.call("run", DISPLAY=":0")[:2], (0, [*build, "morvane"]))
+        self.assertEqual(self.call("run", DISPLAY="", WAYLAND_DISPLAY="wayland-0")[:2], (0, [*build, "morvane"]))
+        self.assertEqual(self.call("run", "build", DISPLAY="", WAYLAND_DISPLAY="")[:2], (0, build))
+        rehearsal = ["install-packages.sh", "build.sh release morvane-program morvane-rehearsal",
+                     "morvane-rehearsal build/release/bin/morvane build/rehearsal.png"]
+        self.assertEqual(self.call("run", "rehearsal", DISPLAY=":0")[:2], (0, rehearsal))
+        self.assertEqual(self.call("run", DISPLAY="", WAYLAND_DISPLAY="")[:2], (0, rehearsal))
+        for failing in ("install-packages.sh", "build.sh", "morvane"):
+            code, called, _ = self.call("run", DISPLAY=":0", failing=failing)
+            self.assertEqual((code, called[-1].split()[0]), (3, failing))
+
+    def test_before_a_change_lands_all_is_called_and_each_failure_told(self):
+        script = self.house / "test"
+        script.write_text((self.house / "scripts" / "bench.sh").read_text().replace("bench.sh", "test"))
+        code, called, _ = self.call(".ci/run")
+        self.assertEqual((code, called[:3]), (0, ["install-packages.sh", "check.py", "build.sh release"]))
+        self.assertEqual(sorted(called[3:]), ["build.sh sanitize", "test", "test --sanitize"])
+        self.assertEqual(called[-1], "test --sanitize")
+        for failing in ("check.py", "test:", "test:--sanitize"):
+            code, all_the_same, _ = self.call(".ci/run", failing=failing)
+            self.assertEqual((code, sorted(all_the_same)), (1, sorted(called)), failing)
+        self.assertEqual(self.call(".ci/run", failing="install-packages.sh")[:2], (1, ["install-packages.sh"]))
+        self.assertEqual(self.call(".ci/run", failing="build.sh")[0], 0) # which ./test tells
+        self.assertNotIn("build.sh sanitize", self.call(".ci/run", failing="build.sh")[1])
+
+
+class Packages(unittest.TestCase):
+    """scripts/install-packages.sh on a machine that has what the test says."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.house = Path(folder.name)
+        self.notes = self.house / "notes"
+        for name in ("scripts/install-packages.sh", "packaging/debian-packages.txt"):
+            (self.house / name).parent.mkdir()
+            shutil.copy(HOUSE / name, self.house / name)
+        (self.house / "packaging/debian-packages.txt").write_text("# Two, and a blank line\n\nlibone\nlibone-dev\n  # more\n")
+        (self.house / "bin").mkdir()
+
+    def command(self, name, body):
+        path = self.house / "bin" / name
+        path.write_text(f"#!/bin/sh\n{body}\n")
+        path.chmod(0o755)
+
+    def install(self, installed, user=0, sudo=True, apt=0):
+        self.notes.write_text("")
+        self.command("dpkg-query", "printf '" + "".join(f"{name}\\n" for name in installed) + "'")
+        self.command("id", f"echo {user}")
+        self.command("apt-get", f'echo "apt-get $*" >> {self.notes}; exit {apt}')
+        self.command("sudo", f'echo sudo >> {self.notes}; exec "$@"')
+        if not sudo:
+            (self.house / "bin/sudo").unlink()
+        for name in ("bash", "grep", "awk", "dirname", "env"): # and nothing else of this machine
+            if not (self.house / "bin" / name).exists():
+                (self.house / "bin" / name).symlink_to(shutil.which(name))
+        result = subprocess.run([self.house / "scripts/install-packages.sh"], capture_output=True, text=True,
+                                env={"PATH": str(self.house / "bin")})
+        return result.returncode, self.notes.read_text().splitlines(), result.stderr
+
+    def test_nothing_is_asked_for_where_all_is_there(self):
+        self.assertEqual(self.install(["libone installed", "libone-dev installed", "other installed"]), (0, [], ""))
+
+    def test_what_is_missing_is_installed_and_no_more(self):
+        update, install = "apt-get update -q", "apt-get install -q -y --no-install-recommends "
+        self.assertEqual(self.install(["libone-dev installed"])[:2], (0, [update, install + "libone"]))
+        self.assertEqual(self.install(["libone installed", "libone-dev config-files"])[:2], (0, [update, install + "libone-dev"]))
+        self.assertEqual(self.install([], user=1000)[:2], (0, ["sudo", update, "sudo", install + "libone libone-dev"]))
+
+    def test_what_cannot_be_installed_is_told(self):
+        self.assertEqual(self.install([], apt=100)[:2], (100, ["apt-get update -q"]))
+        code, called, told = self.install(["libone installed"], user=1000, sudo=False)
+        self.assertEqual((code, called), (1, []))
+        self.assertIn("missing, and sudo is not there to install them: libone-dev", told)
+
+
 class Fuzzing(unittest.TestCase):
     """scripts/fuzz.py, with targets of our own."""
 
@@ -227,6 +435,19 @@ class Fuzzing(unittest.TestCase):
         code, output = self.search()
         self.assertEqual(code, 0, output)
         self.assertTrue(1 < len(list(corpus.iterdir())) < 10, output)
+
+    def test_those_of_a_name_share_the_minutes_and_a_name_that_none_has_is_told(self):
+        for name in ("JsonFuzz", "IniFuzz", "TextFuzz", "Other"):
+            (self.build / "bin" / name).touch()
+        for wanted, names, seconds in (("", ["IniFuzz", "JsonFuzz", "TextFuzz"], 80), ("json", ["JsonFuzz"], 120), ("x", ["TextFuzz"], 120)):
+            searched = []
+            with unittest.mock.patch.object(fuzz, "fuzz", lambda target, share, cache: searched.append((target.name, share)) or []), \
+                    unittest.mock.patch.object(os, "cpu_count", lambda: 2), contextlib.redirect_stdout(io.StringIO()), \
+                    unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", wanted]):
+                self.assertEqual(fuzz.main(), 0)
+            self.assertEqual(sorted(searched), [(name, seconds) for name in names])
+        with contextlib.redirect_stdout(io.StringIO()), unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", "nowhere"]):
+            self.assertEqual(fuzz.main(), 1)
 
     def test_a_reader_that_ends_the_search_is_told(self):
         self.target("Exit", "if (size > 0 && data[0] == 'E') _Exit(0);")

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QStringList>
 #include <algorithm>
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
@@ -64,6 +65,19 @@ TEST_F(UserDefaultsTest, WhatWasWrittenIsBroughtToTheDiskSoonAfter)
             return step.kind == FileSteps::Step::Kind::synced && step.inode == status.st_ino;
         });
     }));
+}
+
+TEST_F(UserDefaultsTest, ADiskThatDoesNotKeepWhatWasWrittenIsTold)
+{
+    const LogRecorder log;
+    {
+        const FileSteps steps(EIO);
+        UserDefaults defaults(path);
+        defaults.set("model", "a");
+        ASSERT_TRUE(defaults.write());
+    }
+    EXPECT_EQ(log.lines(),
+              QStringList{"morvane.store: the settings may not outlive a power cut: \"Input/output error\""});
 }
 
 TEST_F(UserDefaultsTest, ValuesAreThereAfterTheNextStart)

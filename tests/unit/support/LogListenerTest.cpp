@@ -45,12 +45,34 @@ TEST(LogListenerTest, ALineAboutTheProgramMayStand)
     testThatLogs("a request failed: HTTP/3 error; libcurl 95");
 }
 
+TEST(LogListenerTest, OfWhatAProgramHasWrittenItsOwnLinesCount)
+{
+    EXPECT_EQ(linesThatMayQuoteTheUser("qt.svg: Cannot open file '/home/jane/a.svg'\n"
+                                       "morvane.store: no file: /home/jane/diary.txt\n"
+                                       "morvane.net: a request failed: HTTP/3 error\n"
+                                       "morvane.mcp: refused: secret"),
+              (QStringList{"morvane.store: no file: /home/jane/diary.txt", "morvane.mcp: refused: secret"}));
+}
+
 TEST(LogRecorderTest, KeepsTheLinesWithTheirCategories)
 {
     const LogRecorder log;
     qCInfo(baseLog) << "one" << 1;
     qCWarning(baseLog) << "two";
     EXPECT_EQ(log.lines(), (QStringList{"morvane.base: one 1", "morvane.base: two"}));
+}
+
+TEST(LogRecorderTest, OneWithinAnotherTakesTheLinesAndGivesTheRestBack)
+{
+    const LogRecorder outer;
+    qCInfo(baseLog) << "before";
+    {
+        const LogRecorder inner;
+        qCInfo(baseLog) << "within";
+        EXPECT_EQ(inner.lines(), QStringList{"morvane.base: within"});
+    }
+    qCInfo(baseLog) << "after";
+    EXPECT_EQ(outer.lines(), (QStringList{"morvane.base: before", "morvane.base: after"}));
 }
 
 } // namespace

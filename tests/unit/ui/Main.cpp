@@ -1,3 +1,5 @@
+#include "support/LogListener.h"
+
 #include <QGuiApplication>
 #include <gmock/gmock.h>
 
@@ -7,5 +9,6 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
+    morvane::watchTheLog();
     return RUN_ALL_TESTS();
 }

@@ -96,6 +96,7 @@ QList<QString> LinuxInputEvents::layoutCharacters()
         const auto keyboard = display ? XKeyboard::read(*display) : std::nullopt;
         return keyboard ? charactersOf(*keyboard) : QList<QString>();
     } catch (const DisplaySilent &) {
+        qCWarning(platformLog) << "the keyboard's layout is not known: the display does not answer";
         return {};
     }
 }

@@ -43,7 +43,6 @@ private:
     void send(uint8_t type, uint8_t detail, QPoint place = {});
     void pressKey(uint8_t code);
     void releaseKey(uint8_t code);
-    void pressButton(uint8_t logicalButton);
     uint8_t physicalButton(uint8_t logicalButton) const;
     /// Nothing if the keyboard lacks one of them.
     std::optional<QList<uint8_t>> modifierKeys(quint32 flags) const;

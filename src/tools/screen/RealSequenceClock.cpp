@@ -1,4 +1,4 @@
-#include "tools/screen/SequenceClock.h"
+#include "tools/screen/RealSequenceClock.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "tools/screen/SequenceClock.h"
+#include "tools/screen/RealSequenceClock.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -8,14 +8,14 @@ using namespace std::chrono_literals;
 namespace morvane {
 namespace {
 
-TEST(SequenceClockTest, TheWholeTimePasses)
+TEST(RealSequenceClockTest, TheWholeTimePasses)
 {
     const auto begin = std::chrono::steady_clock::now();
     RealSequenceClock().sleep(30ms, {});
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 30ms);
 }
 
-TEST(SequenceClockTest, AStopEndsTheWait)
+TEST(RealSequenceClockTest, AStopEndsTheWait)
 {
     std::stop_source before;
     before.request_stop();
