@@ -2,6 +2,7 @@
 """The house keeps its rules, and the checks of scripts/ catch whoever does not: each rule is broken here on purpose."""
 
 import json
+import re
 import shutil
 import subprocess
 import sys
@@ -95,6 +96,13 @@ class TheHouse(unittest.TestCase):
                 self.assertRegex(tree, rf"\b{part}\b", name)
         self.assertLessEqual(set(drawn), set(folders))
 
+    def test_tells_every_category_of_its_log(self):
+        categories = {re.search(r'FolderLog log\("(morvane\.[\w.]+)"', path.read_text())[1]
+                      for path in (HOUSE / "src").rglob("Log.h")}
+        told = (HOUSE / "docs" / "diagnosing.md").read_text().split("There is a category")[1].split(". The lines tell")[0]
+        names = re.findall(r"`(?:morvane)?(\.[\w.]+)`", told)
+        self.assertEqual({f"morvane{name}" for name in names}, categories)
+
 
 class Arrows(Tree):
     def test_down_is_allowed_through_several_folders(self):
@@ -174,6 +182,12 @@ class Sizes(Tree):
 
 
 class Ignored(Tree):
+    def test_what_was_unpacked_in_an_ignored_folder_is_seen(self):
+        subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
+        (self.root / ".gitignore").write_text("inner/\n")
+        source = self.write("inner/src/base/A.cpp", "\n")
+        self.assertEqual(list(rules.files(self.root / "inner", "src")), [source])
+
     def test_what_git_ignores_is_none_of_the_house(self):
         subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
         self.write(".gitignore", "node_modules\n")
@@ -457,6 +471,20 @@ class Base(Tree):
         whole = [self.write(f"src/base/{name}.cpp", '#include "base/Text.h"\n') for name in ("Reading", "Text")]
         other = self.write("src/base/Other.cpp", "\n")
         self.assertEqual(check.concerned(whole + [other], {header}), whole)
+
+    def test_a_changed_header_without_sources_concerns_one_that_includes_it(self):
+        header = self.write("src/base/Shape.h", "#pragma once\nclass Shape {};\n")
+        readers = [self.write(f"src/base/{name}.cpp", f'#include "base/{name}.h"\n#include "base/Shape.h"\n')
+                   for name in ("Circle", "Square")]
+        other = self.write("src/base/Other.cpp", "\n")
+        self.assertEqual(check.concerned([other, *readers], {header}), readers[:1])
+        self.assertEqual(check.concerned([other, *readers], {header, readers[1]}), readers[1:])
+
+    def test_the_history_of_a_folder_around_is_none(self):
+        inner = self.clone() / "inner"
+        inner.mkdir()
+        check.ROOT = inner
+        self.assertIsNone(check.changed_files())
 
 
 if __name__ == "__main__":

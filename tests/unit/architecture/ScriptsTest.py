@@ -214,6 +214,33 @@ class Commands(unittest.TestCase):
             self.assertEqual((result.returncode, result.stderr), (2, "--fuzz wants a number of minutes.\n"))
 
 
+    def test_a_name_that_no_source_has_is_told(self):
+        result = subprocess.run([HOUSE / "scripts" / "check.py", "--all", "nowhere"], capture_output=True, text=True)
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn('No source in src/ has "nowhere" in its path.\n', result.stdout)
+
+    def test_what_builds_ahead_ends_with_an_interruption(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with tempfile.TemporaryDirectory() as folder:
+                house = Path(folder)
+                (house / ".ci").mkdir()
+                (house / "scripts").mkdir()
+                os.mkfifo(house / "ahead")
+                scripts = {".ci/run": (HOUSE / ".ci" / "run").read_text(), "scripts/install-packages.sh": "#!/bin/sh\n",
+                           "scripts/check.py": "#!/bin/sh\n", "test": "#!/bin/sh\nexec sleep 60\n",
+                           "scripts/build.sh": "#!/bin/sh\n[ $1 = sanitize ] || exit 0\necho $$ > ahead\nexec sleep 60\n"}
+                for name, text in scripts.items():
+                    (house / name).write_text(text)
+                    (house / name).chmod(0o755)
+                ci = subprocess.Popen([house / ".ci" / "run"], start_new_session=True)
+                ahead = (house / "ahead").read_text().strip()
+                os.killpg(ci.pid, number)
+                self.assertEqual(ci.wait(20), -number)
+                deadline = time.monotonic() + 20
+                while is_running(ahead):
+                    self.assertLess(time.monotonic(), deadline)
+
+
 class Fuzzing(unittest.TestCase):
     """scripts/fuzz.py, with targets of our own."""
 
