@@ -25,8 +25,11 @@ TOPS = ("src", "tests", "bench")
 
 
 def git(*arguments):
-    """What git answers, or None when it fails."""
-    result = subprocess.run(["git", *arguments], cwd=ROOT, capture_output=True, text=True)
+    """What git answers, or None when it fails or is not there."""
+    try:
+        result = subprocess.run(["git", *arguments], cwd=ROOT, capture_output=True, text=True)
+    except FileNotFoundError:
+        return None
     return result.stdout.strip() if result.returncode == 0 else None
 
 
@@ -43,8 +46,10 @@ def base_commit():
 
 
 def changed_files():
-    """Files that differ from the base, and new ones; None when the history does not reach that far."""
-    base = base_commit()
+    """Files that differ from the base, and new ones; None when the history does not reach that far, or is another's, in
+    whose folder this one was unpacked."""
+    top = git("rev-parse", "--show-toplevel")
+    base = base_commit() if top and Path(top).resolve() == ROOT.resolve() else None
     if base is None:
         return None
     differing = git("diff", "--name-only", "--diff-filter=d", base)
@@ -53,9 +58,19 @@ def changed_files():
 
 
 def concerned(sources, changed):
-    """The sources to be read again: those that changed, and those of a class whose header changed."""
-    stems = {(path.parent, path.stem) for path in changed if path.suffix == ".h"}
-    return [path for path in sources if path in changed or (path.parent, rules.owner_of(path)) in stems]
+    """The sources to be read again: those that changed, those of a class whose header changed, and for a header without
+    sources of its own one that includes it."""
+    headers = sorted(path for path in changed if path.suffix == ".h")
+    classes = {(path.parent, path.stem) for path in headers}
+    own = {(path.parent, rules.owner_of(path)) for path in sources}
+    wanted = {path for path in sources if path in changed or (path.parent, rules.owner_of(path)) in classes}
+    for header in headers:
+        if (header.parent, header.stem) not in own:
+            include = f'#include "{header.as_posix().rpartition("/src/")[2]}"'
+            readers = [path for path in sources if include in path.read_text()]
+            if readers and wanted.isdisjoint(readers):
+                wanted.add(readers[0])
+    return [path for path in sources if path in wanted]
 
 
 def run_parallel(commands):
@@ -110,6 +125,9 @@ def main():
         sources = []
     elif options.all is not None:
         sources = [path for path in sources if options.all in path.relative_to(ROOT).as_posix()]
+        if not sources:
+            print(f'No source in src/ has "{options.all}" in its path.')
+            problems += 1
     else:
         changed = changed_files()
         if changed is None:

@@ -79,14 +79,17 @@ def folder_of(path, folders):
 
 
 def files(root, *tops):
-    """The house's own files; what git ignores (packages that tests install) is none of them."""
-    listed = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],
-        cwd=root, capture_output=True, text=True,
-    )
-    if listed.returncode == 0:
-        paths = [root / name for name in listed.stdout.split("\0") if name]
-    else:
+    """The house's own files; what git ignores (packages that tests install) is none of them. All there are where git
+    knows none, or is missing: unpacked from an archive, as it may be in a folder that another's git ignores."""
+    try:
+        listed = subprocess.run(
+            ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],
+            cwd=root, capture_output=True, text=True,
+        ).stdout
+    except FileNotFoundError:
+        listed = ""
+    paths = [root / name for name in listed.split("\0") if name]
+    if not paths:
         paths = [path for top in tops for path in (root / top).rglob("*")]
     for path in sorted(set(paths)): # one of a merge in progress is listed several times
         if path.is_file():

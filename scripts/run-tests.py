@@ -7,7 +7,7 @@ time, one after the other; and those that ctest is told to run alone (RUN_SERIAL
 Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
 listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
 off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed". Who interrupts
-it (SIGINT, SIGTERM) ends the programs that run.
+it (SIGINT, SIGTERM, SIGHUP) ends the programs that run. What a program has started ends with it.
 """
 
 import concurrent.futures
@@ -23,6 +23,8 @@ import xml.etree.ElementTree as ElementTree
 
 SLOW = 5
 OUTPUT = 20000  # characters that are shown of a program, the last ones; of a single test a fifth
+READ = 16_000_000  # bytes of its output in which they are looked for, the last ones
+MOST_OUTPUT = 256_000_000  # bytes; a program that prints more is ended
 LISTING_SECONDS = 60
 
 
@@ -79,7 +81,7 @@ def selection(entry, wanted):
 def cases_of(report):
     """The single tests that GoogleTest's report tells of; none when it was not written to its end."""
     try:
-        return list(ElementTree.parse(report).iter("testcase"))
+        return list(ElementTree.parse(report).iter("testcase")) if os.path.isfile(report) else []
     except (OSError, ElementTree.ParseError):
         return []
 
@@ -93,6 +95,25 @@ def output_of(failed, text):
         if start >= 0 and end >= 0:
             parts.append(text[start:end][-OUTPUT // 5 :].rstrip())
     return parts if len(parts) == len(failed) else [text[-OUTPUT:]]
+
+
+def end_what_is_left(folder):
+    """Ends what a program has started and left: whatever has the program's own temporary folder in its environment."""
+    marker, rounds = os.fsencode(folder), 0
+    left = True
+    while left and rounds < 100: # each may have started another meanwhile
+        left = False
+        for entry in os.scandir("/proc"):
+            if not entry.name.isdecimal():
+                continue
+            try:
+                with open(f"/proc/{entry.name}/environ", "rb") as environment:
+                    if marker in environment.read():
+                        left = True
+                        os.kill(int(entry.name), signal.SIGKILL)
+            except OSError:
+                continue # ended meanwhile, or another user's
+        rounds += 1
 
 
 class RunningPrograms:
@@ -120,13 +141,19 @@ class RunningPrograms:
                 program.kill()
 
 
-def end_of(program, timeout, running):
-    """Waits for the program among those that run; its exit code, or "timeout"."""
+def end_of(program, timeout, output, running):
+    """Waits for the program among those that run; its exit code, "timeout" or "too much output"."""
     running.add(program)
+    deadline = time.monotonic() + timeout
     try:
-        return program.wait(timeout)
-    except subprocess.TimeoutExpired:
-        return "timeout"
+        while True:
+            try:
+                return program.wait(max(0, min(1, deadline - time.monotonic())))
+            except subprocess.TimeoutExpired:
+                if os.fstat(output.fileno()).st_size > MOST_OUTPUT:
+                    return "too much output"
+                if time.monotonic() >= deadline:
+                    return "timeout"
     finally:
         program.kill()
         program.wait()
@@ -156,10 +183,11 @@ def run(entry, gtest_filter, running):
                     stdout=output,
                     stderr=subprocess.STDOUT,
                 )
-                code = end_of(program, entry["timeout"], running)
+                code = end_of(program, entry["timeout"], output, running)
             except OSError as error:
                 code = error.strerror
-            output.seek(0)
+            end_what_is_left(folder)
+            output.seek(max(0, os.fstat(output.fileno()).st_size - READ))
             text = output.read().decode(errors="replace")
         passed, failed, slow = 0, [], []
         if not entry["plain"]:
@@ -187,6 +215,15 @@ def run(entry, gtest_filter, running):
         return passed, failed
 
 
+def run_whatever_happens(entry, gtest_filter, running):
+    """As `run`; what it did not expect of a program is a failure of that program alone."""
+    try:
+        return run(entry, gtest_filter, running)
+    except Exception as error:
+        print(f'FAILED {entry["name"]}: {error!r}', flush=True)
+        return 0, [f'{entry["name"]} ({error!r})']
+
+
 def queues(entries):
     """Which programs run one after the other: those that share something, and each of the rest by itself."""
     shared = {}
@@ -201,7 +238,7 @@ def run_all(shared, single, running):
     queues = shared + single
     with concurrent.futures.ThreadPoolExecutor(len(shared) + os.cpu_count()) as pool:
         try:
-            ended = pool.map(lambda queue: [run(*each, running) for each in queue], queues)
+            ended = pool.map(lambda queue: [run_whatever_happens(*each, running) for each in queue], queues)
             return [result for results in ended for result in results]
         except KeyboardInterrupt:
             pool.shutdown(wait=False, cancel_futures=True)
@@ -229,7 +266,9 @@ def main():
 
 
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        if signal.getsignal(number) != signal.SIG_IGN: # as nohup leaves it
+            signal.signal(number, signal.default_int_handler)
     try:
         sys.exit(main())
     except KeyboardInterrupt:

@@ -7,6 +7,7 @@
 #include "providers/DiscardBody.h"
 #include "providers/GeminiRequestBody.h"
 #include "providers/GeminiStreamParser.h"
+#include "providers/Log.h"
 #include "providers/OpenAIRequestBody.h"
 #include "providers/OpenAIStreamParser.h"
 #include "providers/ProviderRequest.h"
@@ -135,6 +136,7 @@ Task<AITurnResult> HttpAIService::runTurn(HttpRequest request, std::shared_ptr<S
     HttpResponse response = co_await streamRequest(&m_client, std::move(request));
     LineReader lines = response.lines();
     if (!response.isSuccess()) {
+        qCWarning(providersLog) << "a request was refused: status" << response.status();
         const QString body = co_await readErrorBody(std::move(lines));
         if (response.status() == 429)
             throw AIServiceError(AIServiceError::RateLimited{resets});

@@ -87,12 +87,14 @@ TEST_F(RetryTest, TwoBusyAnswersAreRetriedAfterTwoAndFourSeconds)
 
 TEST_F(RetryTest, ThirdRateLimitIsRaisedWithTheProvidersText)
 {
+    const LogRecorder log;
     const std::vector<ScriptedTurn> limits(3, ScriptedTurn::failing(429, "slow down"));
     const auto resets = [&](ProviderID provider) {
         return turn(limits, provider).reason<AIServiceError::RateLimited>().resets;
     };
     EXPECT_EQ(resets(ProviderID::gemini), "The free allowance resets at midnight Pacific Time.");
     EXPECT_EQ(model.requests().size(), 3u);
+    EXPECT_EQ(log.lines().last(), "morvane.providers: a request was refused: status 429");
     EXPECT_EQ(resets(ProviderID::groq), "The free allowance resets at midnight UTC.");
     for (ProviderID provider :
          {ProviderID::openrouter, ProviderID::ollama, ProviderID::openai, ProviderID::zen})

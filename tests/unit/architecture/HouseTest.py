@@ -215,6 +215,12 @@ class Sizes(Tree):
 
 
 class Ignored(Tree):
+    def test_what_was_unpacked_in_an_ignored_folder_is_seen(self):
+        subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
+        (self.root / ".gitignore").write_text("inner/\n")
+        source = self.write("inner/src/base/A.cpp", "\n")
+        self.assertEqual(list(rules.files(self.root / "inner", "src")), [source])
+
     def test_what_git_ignores_is_none_of_the_house(self):
         subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
         self.write(".gitignore", "node_modules\n")
@@ -666,6 +672,20 @@ class Base(Tree):
         other = self.write("src/base/Other.cpp", "\n")
         self.assertEqual(check.concerned(whole + [other], {header}), whole)
         self.assertEqual(check.concerned(whole + [other], {other}), [other])
+
+    def test_a_changed_header_without_sources_concerns_one_that_includes_it(self):
+        header = self.write("src/base/Shape.h", "#pragma once\nclass Shape {};\n")
+        readers = [self.write(f"src/base/{name}.cpp", f'#include "base/{name}.h"\n#include "base/Shape.h"\n')
+                   for name in ("Circle", "Square")]
+        other = self.write("src/base/Other.cpp", "\n")
+        self.assertEqual(check.concerned([other, *readers], {header}), readers[:1])
+        self.assertEqual(check.concerned([other, *readers], {header, readers[1]}), readers[1:])
+
+    def test_the_history_of_a_folder_around_is_none(self):
+        inner = self.clone() / "inner"
+        inner.mkdir()
+        check.ROOT = inner
+        self.assertIsNone(check.changed_files())
 
 
 if __name__ == "__main__":

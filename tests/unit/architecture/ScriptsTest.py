@@ -10,6 +10,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import unittest.mock
 from pathlib import Path
@@ -33,6 +34,14 @@ def report(*cases):
         file.write("<testsuites><testsuite>" + "".join(cases) + "</testsuite></testsuites>")
 passed = '<testcase classname="Reader" name="ReadsWhatIsThere" status="run" time="0"/>'
 """
+
+
+def is_running(process):
+    """Whether there is such a process, and not only its exit code that nobody has asked for yet."""
+    try:
+        return Path(f"/proc/{process}/stat").read_text().rpartition(")")[2].split()[0] != "Z"
+    except OSError:
+        return False
 
 
 class RunTests(unittest.TestCase):
@@ -157,6 +166,13 @@ class RunTests(unittest.TestCase):
             self.program("unit.silent", PROGRAM + body)
             self.assert_fails("0 passed, 1 failed", "ended without having run a test")
 
+    def test_a_report_that_is_no_report_is_a_failure_of_its_program_alone(self):
+        self.program("unit.good", PROGRAM + "report(passed)\n")
+        for body in ("os.mkfifo", "os.mkdir"):
+            self.program(f"unit.{body}", PROGRAM + f"path = sys.argv[-1].split(':', 1)[1]\n{body}(path)\n")
+        self.program("unit.odd", PROGRAM + "report(passed.replace('\"0\"', '\"soon\"'))\n")
+        self.assert_fails("1 passed, 3 failed", "failed: unit.odd (ValueError")
+
     def test_what_is_skipped_or_switched_off_is_one(self):
         self.program("unit.part", PROGRAM + "report(passed, passed.replace('/>', '><skipped/></testcase>'), "
                      "passed.replace('\"run\"', '\"notrun\"'))\n")
@@ -168,6 +184,22 @@ class RunTests(unittest.TestCase):
         self.assert_fails("0 passed, 1 failed", "unit.slow (ended with timeout)")
         with self.assertRaises(ProcessLookupError):
             os.kill(int(note.read_text()), 0)
+
+    def test_output_without_end_is_one(self):
+        self.program("unit.loud", PROGRAM + "while True: print('loud ' * 1000)\n")
+        [entry] = run_tests.ctest_entries(self.build)
+        with (unittest.mock.patch.object(run_tests, "MOST_OUTPUT", 100_000), unittest.mock.patch.object(run_tests, "READ", 1000),
+              contextlib.redirect_stdout(io.StringIO()) as output):
+            result = run_tests.run({**entry, "timeout": 60}, "*", run_tests.RunningPrograms())
+        self.assertEqual(result, (0, ["unit.loud (ended with too much output)"]))
+        self.assertLess(len(output.getvalue()), 2000)
+
+    def test_what_a_program_leaves_running_is_ended(self):
+        left = self.build / "left"
+        self.program("unit.parent", PROGRAM + "import subprocess\nchild = subprocess.Popen(['sleep', '60'], "
+                     f"start_new_session=True)\nopen({str(left)!r}, 'w').write(str(child.pid))\nreport(passed)\n")
+        self.assertEqual(self.run_tests()[:2], (0, "1 passed, 0 failed"))
+        self.assertFalse(is_running(left.read_text()))
 
     def test_what_cannot_be_started_is_one(self):
         self.program("unit.good", PROGRAM + "report(passed)\n")
@@ -208,7 +240,7 @@ class RunTests(unittest.TestCase):
 
     def test_an_interruption_ends_what_runs(self):
         for alone in (False, True):
-            for number in (signal.SIGINT, signal.SIGTERM):
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
                 self.setUp()
                 started = self.build / "started"
                 os.mkfifo(started)
@@ -256,6 +288,32 @@ class Commands(unittest.TestCase):
         for words in (["--fuzz"], ["--fuzz", "soon"], ["--fuzz", "-1"]):
             result = subprocess.run([HOUSE / "test", *words], capture_output=True, text=True)
             self.assertEqual((result.returncode, result.stderr), (2, "--fuzz wants a number of minutes.\n"))
+
+    def test_a_name_that_no_source_has_is_told(self):
+        result = subprocess.run([HOUSE / "scripts" / "check.py", "--all", "nowhere"], capture_output=True, text=True)
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn('No source in src/ has "nowhere" in its path.\n', result.stdout)
+
+    def test_what_builds_ahead_ends_with_an_interruption(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with tempfile.TemporaryDirectory() as folder:
+                house = Path(folder)
+                (house / ".ci").mkdir()
+                (house / "scripts").mkdir()
+                os.mkfifo(house / "ahead")
+                scripts = {".ci/run": (HOUSE / ".ci" / "run").read_text(), "scripts/install-packages.sh": "#!/bin/sh\n",
+                           "scripts/check.py": "#!/bin/sh\n", "test": "#!/bin/sh\nexec sleep 60\n",
+                           "scripts/build.sh": "#!/bin/sh\n[ $1 = sanitize ] || exit 0\necho $$ > ahead\nexec sleep 60\n"}
+                for name, text in scripts.items():
+                    (house / name).write_text(text)
+                    (house / name).chmod(0o755)
+                ci = subprocess.Popen([house / ".ci" / "run"], start_new_session=True)
+                ahead = (house / "ahead").read_text().strip()
+                os.killpg(ci.pid, number)
+                self.assertEqual(ci.wait(20), -number)
+                deadline = time.monotonic() + 20
+                while is_running(ahead):
+                    self.assertLess(time.monotonic(), deadline)
 
 
 class Chain(unittest.TestCase):
@@ -441,7 +499,7 @@ class Fuzzing(unittest.TestCase):
             (self.build / "bin" / name).touch()
         for wanted, names, seconds in (("", ["IniFuzz", "JsonFuzz", "TextFuzz"], 80), ("json", ["JsonFuzz"], 120), ("x", ["TextFuzz"], 120)):
             searched = []
-            with unittest.mock.patch.object(fuzz, "fuzz", lambda target, share, cache: searched.append((target.name, share)) or []), \
+            with unittest.mock.patch.object(fuzz, "fuzz", lambda _, target, share, cache: searched.append((target.name, share)) or []), \
                     unittest.mock.patch.object(os, "cpu_count", lambda: 2), contextlib.redirect_stdout(io.StringIO()), \
                     unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", wanted]):
                 self.assertEqual(fuzz.main(), 0)
@@ -449,12 +507,60 @@ class Fuzzing(unittest.TestCase):
         with contextlib.redirect_stdout(io.StringIO()), unittest.mock.patch.object(sys, "argv", ["fuzz.py", str(self.build), "2", "nowhere"]):
             self.assertEqual(fuzz.main(), 1)
 
+    def test_an_interruption_ends_the_search_and_keeps_what_was_found(self):
+        self.target("Fine", "if (size > 0 && data[0] == 'x') return size > 1 && data[1] == 'y' ? -1 : 0;")
+        kept = self.cache / "morvane-fuzz" / "Fine"
+        (kept / "corpus").mkdir(parents=True)
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            (kept / "corpus" / "early").write_bytes(b"zz")
+            search = subprocess.Popen([HOUSE / "scripts" / "fuzz.py", self.build, "9"], stdout=subprocess.PIPE, text=True,
+                                      stderr=subprocess.STDOUT)
+            while search.poll() is None and len(list((kept / "corpus").iterdir())) < 2:
+                pass # until the target has kept something
+            search.send_signal(number)
+            output = search.communicate(timeout=20)[0]
+            self.assertEqual((search.returncode, output.splitlines()[-1]),
+                             (-signal.SIGINT, "interrupted; what was found by then is kept"), output)
+            self.assertNotIn("Traceback", output)
+            self.assertTrue((kept / "corpus" / "early").is_file())
+            self.assertEqual(list((kept / "found").iterdir()), [])
+            for file in (kept / "corpus").iterdir():
+                file.unlink()
+
+    def test_an_interruption_ends_the_target_too(self):
+        target = self.build / "bin" / "SlowFuzz"
+        target.write_text(f"#!/bin/sh\nsleep 60 &\necho $$ $! > {self.build}/pid\nwait\n")
+        target.chmod(0o755)
+        os.mkfifo(self.build / "pid")
+        search = subprocess.Popen([HOUSE / "scripts" / "fuzz.py", self.build, "9"], stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT)
+        started = (self.build / "pid").read_text().split()
+        self.assertEqual([is_running(process) for process in started], [True, True])
+        search.send_signal(signal.SIGTERM)
+        search.communicate(timeout=20)
+        deadline = time.monotonic() + 20
+        while any(map(is_running, started)):
+            self.assertLess(time.monotonic(), deadline)
+
+    def test_a_corpus_that_an_end_left_in_the_midst_of_its_exchange_is_taken_back(self):
+        kept = self.cache / "morvane-fuzz" / "Fine"
+        for folder in ("corpus.old", "corpus.new"):
+            (kept / folder).mkdir(parents=True)
+            (kept / folder / "one").write_text(folder)
+        fuzz.take_back(kept / "corpus")
+        self.assertEqual((kept / "corpus" / "one").read_text(), "corpus.old")
+        (kept / "corpus.old").mkdir()
+        fuzz.take_back(kept / "corpus")
+        self.assertEqual((kept / "corpus" / "one").read_text(), "corpus.old")
+        self.assertFalse((kept / "corpus.old").exists())
+
     def test_a_reader_that_ends_the_search_is_told(self):
         self.target("Exit", "if (size > 0 && data[0] == 'E') _Exit(0);")
         self.assertEqual(self.search()[0], 1)
 
 
 if __name__ == "__main__":
-    # A shell lets what it starts in the background ignore interruptions, and that is inherited.
+    # A shell lets what it starts in the background ignore interruptions, nohup hangups, and that is inherited.
     signal.signal(signal.SIGINT, signal.default_int_handler)
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)
     unittest.main()
