@@ -1,4 +1,4 @@
-#include "EventCount.h"
+#include "AccessibleEventCount.h"
 #include "MorvaneTest.h"
 
 using namespace Qt::StringLiterals;
@@ -12,7 +12,7 @@ class EventsTest : public MorvaneTest {};
 TEST_F(EventsTest, OpeningTheSettingsTellsLittle)
 {
     MorvaneSession &morvane = start({});
-    EventCount events(morvane);
+    AccessibleEventCount events(morvane);
     events.begin();
     morvane.keyboard().press(u"Ctrl+,"_s);
     ASSERT_TRUE(morvane.program().focuses(u"Custom"_s));

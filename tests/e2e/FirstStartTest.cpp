@@ -1,4 +1,4 @@
-#include "EventCount.h"
+#include "AccessibleEventCount.h"
 #include "LocalModelTest.h"
 
 #include "support/SmallVolume.h"
@@ -220,7 +220,7 @@ TEST_F(FirstStartTest, AStepOfTheDownloadTellsReadersLittle)
     ASSERT_TRUE(morvane.program().shows(u"Download progress 42%"_s));
     morvane.program().find(text(skip)).press();
     ASSERT_TRUE(morvane.program().hides(u"Welcome to Morvane"_s));
-    EventCount events(morvane);
+    AccessibleEventCount events(morvane);
     events.begin();
     world->runtime.tell(u"pull-holds"_s, "43");
     ASSERT_TRUE(morvane.program().shows(u"Download progress 43%"_s));

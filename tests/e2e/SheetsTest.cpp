@@ -1,4 +1,4 @@
-#include "EventCount.h"
+#include "AccessibleEventCount.h"
 #include "MorvaneTest.h"
 
 #include "support/AccessibilityBus.h"
@@ -176,7 +176,7 @@ TEST_F(SheetsTest, OpeningAndClosingASheetTellsAReaderLittle)
         MorvaneSession &morvane = prepare(
             {stalled(kind), stalled(kind), stalled(ScriptedTurn::saying({"Done."}))}, Hearing::notifications);
         morvane.start();
-        EventCount events(morvane);
+        AccessibleEventCount events(morvane);
         morvane.send(u"Go on"_s);
         ASSERT_TRUE(morvane.ear().hears(u"Morvane is responding."_s));
         const bool asks = &kind == &kinds.back();

@@ -8,9 +8,9 @@
 namespace morvane {
 
 /// Everything that the program tells assistive technology, counted as a reader receives it.
-class EventCount : public QObject {
+class AccessibleEventCount : public QObject {
 public:
-    explicit EventCount(MorvaneSession &morvane)
+    explicit AccessibleEventCount(MorvaneSession &morvane)
         : m_bus(morvane.desktop().sessionBusAddress()),
           m_program(m_bus.application(morvane.program().process().pid()))
     {
