@@ -105,6 +105,7 @@ TEST_F(ConversationsTest, ControlNBeginsANewConversation)
     EXPECT_TRUE(morvane.ear().hears(started));
     EXPECT_TRUE(morvane.program().hides(u"Morvane said Answer one."_s));
     EXPECT_TRUE(morvane.program().shows(u"Try asking: What can you do?"_s));
+    EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Answer one."_s));
     EXPECT_EQ(morvane.storedConversations().size(), 1);
 }
 

@@ -100,6 +100,7 @@ TEST_F(KeyboardTest, ReturnOnAnEmptyDraftDoesNothing)
     ASSERT_TRUE(morvane.program().shows(u"Morvane said An answer."_s));
     EXPECT_TRUE(morvane.program().shows(u"You said hi"_s));
     EXPECT_EQ(morvane.model().requests().front().turn, 0);
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, u"An answer."_s));
     EXPECT_EQ(morvane.storedConversations().first().value("messages"_L1).toArray().size(), 2);
 }
 

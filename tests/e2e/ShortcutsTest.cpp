@@ -60,7 +60,7 @@ TEST_F(ShortcutsTest, ShiftAndReturnBeginANewLineAndReturnSends)
     morvane.keyboard().press(u"Shift+Return"_s);
     morvane.keyboard().type(u"two"_s);
     morvane.keyboard().press(u"Return"_s);
-    ASSERT_TRUE(morvane.program().shows(u"Morvane said An answer."_s));
+    ASSERT_TRUE(morvane.storesLastMessage(u"text"_s, u"An answer."_s));
     const QJsonArray messages = morvane.storedConversations().first().value("messages"_L1).toArray();
     EXPECT_EQ(messages.first().toObject().value("text"_L1), u"one\ntwo"_s);
 }

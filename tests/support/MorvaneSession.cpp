@@ -35,10 +35,12 @@ bool tellsOfForgottenKeysOnly(QString reports)
         uR"((\s+Indirect leak of \d+ byte\(s\) in \d+ object\(s\) allocated from:\n +#0 [^\n]*\n +#1 [^\n]*libQt6Core)"
         uR"([^\n]*\n( +#\d[^\n]*\n)*)?\s+SUMMARY: AddressSanitizer: [^\n]*)"_s);
     static const QRegularExpression headings(u"==\\d+==(WARNING: [^\\n]*symbolizer!)?|={5,}"_s);
+    // Of a program that was started again, in front of its report.
+    static const QRegularExpression log(u"^morvane\\.[\\w.]+: .*\\n"_s, QRegularExpression::MultilineOption);
     for (const QRegularExpressionMatch &match : forgottenKeys.globalMatch(reports))
         if (match.captured(1).toULongLong() != match.captured(2).toULongLong() * sizeof(QKeyEvent))
             return false;
-    return reports.remove(forgottenKeys).remove(headings).trimmed().isEmpty();
+    return reports.remove(forgottenKeys).remove(log).remove(headings).trimmed().isEmpty();
 }
 
 } // namespace
