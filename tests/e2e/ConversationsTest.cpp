@@ -30,7 +30,7 @@ protected:
         ASSERT_TRUE(morvane.ear().hears(titled));
     }
 
-    /// Two conversations, the first question in the older; the newer is open.
+    /// Two conversations, the first question in the older; the newer is open. Both are on disk.
     MorvaneSession &startWithTwoConversations()
     {
         MorvaneSession &morvane =
@@ -41,6 +41,8 @@ protected:
         EXPECT_TRUE(morvane.ear().hears(started));
         ask(morvane, u"Second question"_s);
         EXPECT_TRUE(morvane.program().shows(u"Morvane said Answer two."_s));
+        EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Answer one."_s));
+        EXPECT_TRUE(morvane.storesLastMessage(u"text"_s, u"Answer two."_s));
         return morvane;
     }
 
