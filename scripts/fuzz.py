@@ -17,6 +17,8 @@ import sys
 import threading
 from pathlib import Path
 
+import interruption
+
 SEEDS = Path(__file__).resolve().parent.parent / "tests" / "fuzz" / "corpus"
 MINIMISING_SECONDS = 60
 # A slow input is one that the time limit ends: libFuzzer's own list of slow units is only a busy machine's.
@@ -140,13 +142,4 @@ def main():
 
 
 if __name__ == "__main__":
-    for number in (signal.SIGTERM, signal.SIGHUP):
-        if signal.getsignal(number) != signal.SIG_IGN: # as nohup leaves it
-            signal.signal(number, signal.default_int_handler)
-    try:
-        sys.exit(main())
-    except KeyboardInterrupt:
-        print("interrupted; what was found by then is kept", flush=True)
-        # Ended by the signal, so that a shell which called it goes no further either.
-        signal.signal(signal.SIGINT, signal.SIG_DFL)
-        signal.raise_signal(signal.SIGINT)
+    interruption.exit_with(main, "interrupted; what was found by then is kept")

@@ -21,6 +21,8 @@ import threading
 import time
 import xml.etree.ElementTree as ElementTree
 
+import interruption
+
 SLOW = 5
 OUTPUT = 20000  # characters that are shown of a program, the last ones; of a single test a fifth
 READ = 16_000_000  # bytes of its output in which they are looked for, the last ones
@@ -266,13 +268,4 @@ def main():
 
 
 if __name__ == "__main__":
-    for number in (signal.SIGTERM, signal.SIGHUP):
-        if signal.getsignal(number) != signal.SIG_IGN: # as nohup leaves it
-            signal.signal(number, signal.default_int_handler)
-    try:
-        sys.exit(main())
-    except KeyboardInterrupt:
-        print("interrupted", flush=True)
-        # Ended by the signal, so that a shell which called it goes no further either.
-        signal.signal(signal.SIGINT, signal.SIG_DFL)
-        signal.raise_signal(signal.SIGINT)
+    interruption.exit_with(main, "interrupted")
