@@ -112,14 +112,6 @@ def main():
     parser.add_argument("--fix", action="store_true", help="write the layout")
     options = parser.parse_args()
 
-    problems = 0
-    for violation in rules.violations(ROOT):
-        print(f"{violation.file}:{violation.line}: {violation.text}")
-        problems += 1
-    for output in check_layout(list(rules.sources(ROOT, *TOPS)), options.fix):
-        print(output)
-        problems += 1
-
     sources = [path for path in rules.sources(ROOT, "src") if path.suffix == ".cpp"]
     if options.quick:
         sources = []
@@ -127,12 +119,20 @@ def main():
         sources = [path for path in sources if options.all in path.relative_to(ROOT).as_posix()]
         if not sources:
             print(f'No source in src/ has "{options.all}" in its path.')
-            problems += 1
+            return 1
     else:
         changed = changed_files()
         if changed is None:
             print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
         sources = concerned(sources, changed or set())
+
+    problems = 0
+    for violation in rules.violations(ROOT):
+        print(f"{violation.file}:{violation.line}: {violation.text}")
+        problems += 1
+    for output in check_layout(list(rules.sources(ROOT, *TOPS)), options.fix):
+        print(output)
+        problems += 1
     for output in (configure() if sources else []) + check_tidy(sources):
         print(output)
         problems += 1

@@ -6,6 +6,7 @@ out, what is logged, where tests stand, and what clang-format does not know of t
 FILE:LINE: what and why, and ends with 1 when there is one.
 """
 
+import functools
 import re
 import subprocess
 import sys
@@ -81,13 +82,15 @@ def folder_of(path, folders):
 def files(root, *tops):
     """The house's own files; what git ignores (packages that tests install) is none of them. All there are where git
     knows none, or is missing: unpacked from an archive, as it may be in a folder that another's git ignores."""
-    try:
-        listed = subprocess.run(
-            ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],
-            cwd=root, capture_output=True, text=True,
-        ).stdout
-    except FileNotFoundError:
-        listed = ""
+    listed = ""
+    if any((folder / ".git").exists() for folder in (root, *root.absolute().parents)): # git takes as long to say no
+        try:
+            listed = subprocess.run(
+                ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],
+                cwd=root, capture_output=True, text=True,
+            ).stdout
+        except FileNotFoundError:
+            pass
     paths = [root / name for name in listed.split("\0") if name]
     if not paths:
         paths = [path for top in tops for path in (root / top).rglob("*")]
@@ -190,6 +193,7 @@ def class_violations(root):
                             f"{match.group('name')} stands beside {first}: one class a file")
 
 
+@functools.cache  # most rules ask it of most files
 def without_texts(code):
     """The code with comments and literals blanked out, line for line."""
     blank = lambda match: re.sub(r"[^\n]", " ", match.group(0))
