@@ -13,10 +13,11 @@ namespace {
 
 const auto accessible = u"org.a11y.atspi.Accessible"_s;
 
+using Level = QList<AccessibleNode *>;
+
 struct Questions {
     QDBusPendingCall name;
     QDBusPendingCall role;
-    QDBusPendingCall states;
     QDBusPendingCall children;
 };
 
@@ -24,39 +25,73 @@ Questions askAbout(const AccessibleElement &element)
 {
     AccessibilityBus &bus = element.bus();
     return {bus.ask(element, u"org.freedesktop.DBus.Properties"_s, u"Get"_s, {accessible, u"Name"_s}),
-            bus.ask(element, accessible, u"GetRole"_s), bus.ask(element, accessible, u"GetState"_s),
-            bus.ask(element, accessible, u"GetChildren"_s)};
+            bus.ask(element, accessible, u"GetRole"_s), bus.ask(element, accessible, u"GetChildren"_s)};
 }
 
-void readLevel(AccessibilityBus &bus, TreePart part, QList<AccessibleNode> &level)
+void markAsGone(AccessibleNode &node)
+{
+    node.states = uint64_t(1) << uint32_t(AccessibleState::defunct);
+}
+
+bool isGone(const AccessibleNode &node)
+{
+    return node.has(AccessibleState::defunct);
+}
+
+/// What the parents' children are, without those that are gone or not asked for: a third of a window is
+/// hidden, of which nothing else needs to be known.
+Level childrenOf(const Level &parents, AccessibilityBus &bus, TreePart part)
+{
+    QList<QDBusPendingCall> answers;
+    for (const AccessibleNode *parent : parents)
+        for (const AccessibleNode &child : parent->children)
+            answers.append(bus.ask(child.element, accessible, u"GetState"_s));
+    auto answer = answers.cbegin();
+    Level level;
+    for (AccessibleNode *parent : parents) {
+        for (AccessibleNode &child : parent->children) {
+            try {
+                const auto words = qdbus_cast<QList<uint>>(bus.answer(*answer).value(0));
+                child.states = words.value(0) | uint64_t(words.value(1)) << 32;
+            } catch (const AccessibilityError &) {
+                markAsGone(child);
+            }
+            ++answer;
+        }
+        parent->children.removeIf([part](const AccessibleNode &child) {
+            return isGone(child) || (part == TreePart::visible && !child.has(AccessibleState::visible));
+        });
+        for (AccessibleNode &child : parent->children)
+            level.append(&child);
+    }
+    return level;
+}
+
+void readLevel(const Level &level, AccessibilityBus &bus)
 {
     QList<Questions> questions;
-    for (const AccessibleNode &node : level)
-        questions.append(askAbout(node.element));
-    QList<AccessibleNode> answered;
+    for (const AccessibleNode *node : level)
+        questions.append(askAbout(node->element));
     for (qsizetype i = 0; i < level.size(); ++i) {
-        AccessibleNode node = level.at(i);
+        AccessibleNode &node = *level.at(i);
         const Questions &asked = questions.at(i);
         try {
             node.name = bus.answer(asked.name).value(0).value<QDBusVariant>().variant().toString();
             node.role = AccessibleRole(bus.answer(asked.role).value(0).toUInt());
-            const auto words = qdbus_cast<QList<uint>>(bus.answer(asked.states).value(0));
-            node.states = words.value(0) | uint64_t(words.value(1)) << 32;
-            if (part == TreePart::visible && !node.has(AccessibleState::visible)) {
-                answered.append(node);
-                continue;
-            }
             for (const AccessibleElement &child : readReferences(bus, bus.answer(asked.children).value(0)))
                 if (!child.path().endsWith("/null"_L1))
                     node.children.append({.element = child});
         } catch (const AccessibilityError &) {
-            continue;
+            markAsGone(node);
         }
-        answered.append(node);
     }
-    level = answered;
-    for (AccessibleNode &node : level)
-        readLevel(bus, part, node.children);
+}
+
+void leaveOutWhatIsGone(AccessibleNode &node)
+{
+    node.children.removeIf(isGone);
+    for (AccessibleNode &child : node.children)
+        leaveOutWhatIsGone(child);
 }
 
 QString roleName(AccessibleRole role)
@@ -137,11 +172,15 @@ QString AccessibleNode::description() const
 
 AccessibleNode readTree(const AccessibleElement &root, TreePart part)
 {
-    QList<AccessibleNode> level{{.element = root}};
-    readLevel(root.bus(), part, level);
-    if (level.isEmpty())
+    AccessibilityBus &bus = root.bus();
+    AccessibleNode above{.children = {{.element = root}}};
+    for (Level level = childrenOf({&above}, bus, part); !level.isEmpty();
+         level = childrenOf(level, bus, part))
+        readLevel(level, bus);
+    leaveOutWhatIsGone(above);
+    if (above.children.isEmpty())
         throw AccessibilityError(u"the program has no accessible tree"_s);
-    return level.first();
+    return above.children.first();
 }
 
 } // namespace morvane

@@ -29,12 +29,12 @@ struct AccessibleNode {
 
 /// How much of a tree is read: most of it is hidden most of the time.
 enum class TreePart {
-    visible, ///< Of what is hidden the uppermost only.
+    visible, ///< Without what is hidden, and what is below that.
     whole
 };
 
-/// Reads the tree below `root`, level by level with all questions of a level under way at once. What
-/// disappears meanwhile is left out.
+/// Reads the tree from `root` down, level by level with all questions of a level under way at once. What
+/// disappears meanwhile is left out. Throws AccessibilityError when nothing is left.
 AccessibleNode readTree(const AccessibleElement &root, TreePart part = TreePart::visible);
 
 } // namespace morvane
