@@ -18,6 +18,22 @@ protected:
                             m_program->atom("WM_STATE"), XCB_ATOM_CARDINAL, 32, 1, &state);
     }
 
+    /// Waits until the window manager has taken back the keyboard that goes with the windows, so that it
+    /// takes it from no other test.
+    ~XKeyboardTargetTest() override
+    {
+        m_program.reset();
+        const std::unique_ptr<XDisplay> display = XDisplay::open();
+        EXPECT_TRUE(waitUntil([&display] {
+            const auto now =
+                display->reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus(display->connection()));
+            return now && now->focus != XCB_NONE && now->focus != XCB_INPUT_FOCUS_POINTER_ROOT &&
+                   now->focus != display->root() &&
+                   display->reply<xcb_get_geometry_reply_t>(
+                       xcb_get_geometry(display->connection(), now->focus));
+        }));
+    }
+
     xcb_window_t newWindow(xcb_window_t around)
     {
         xcb_connection_t *const connection = m_program->connection();
@@ -40,7 +56,7 @@ protected:
         }));
     }
 
-    const std::unique_ptr<XDisplay> m_program = XDisplay::open();
+    std::unique_ptr<XDisplay> m_program = XDisplay::open();
     const xcb_window_t m_frame = newWindow(m_program->root());
     const xcb_window_t m_window = newWindow(m_frame);
 };
@@ -61,11 +77,8 @@ TEST_F(XKeyboardTargetTest, AWindowOfOurOwnIsToldAsSuchWhateverItsFrameSays)
     const auto own = uint32_t(::getpid());
     xcb_change_property(m_program->connection(), XCB_PROP_MODE_REPLACE, m_window,
                         m_program->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &own);
-    // The window manager may still have to give the keyboard of the test before to somebody.
-    EXPECT_TRUE(waitUntil([&] {
-        giveKeyboardTo(m_window);
-        return XKeyboardTarget(*m_program).holder() == KeyboardHolder::ownWindow;
-    }));
+    giveKeyboardTo(m_window);
+    EXPECT_EQ(XKeyboardTarget(*m_program).holder(), KeyboardHolder::ownWindow);
 }
 
 TEST_F(XKeyboardTargetTest, AFrameThatHadTheKeyboardFromTheBeginningIsTheWindowThatIsMeant)

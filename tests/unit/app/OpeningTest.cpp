@@ -5,6 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
+using testing::AnyOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -133,7 +134,9 @@ TEST_F(OpeningTest, DeletingWhatIsBeingOpenedDeletesIt)
     settle();
     EXPECT_TRUE(model->messages().isEmpty());
     EXPECT_FALSE(settings->value(sessionKey).isValid());
-    EXPECT_THAT(announcer.spoken, ElementsAre(u"Conversation deleted."));
+    // On a quick disk it may have been opened before.
+    EXPECT_THAT(announcer.spoken, AnyOf(ElementsAre(u"Conversation deleted."),
+                                        ElementsAre(u"Opened Second.", u"Conversation deleted.")));
     EXPECT_FALSE(storedTexts(second).has_value());
     EXPECT_EQ(storedTexts(first), QStringList{u"one"_s});
     ASSERT_EQ(model->conversations().list().size(), 1);
