@@ -3,6 +3,7 @@
 #include "support/WaitUntil.h"
 
 #include <QDeadlineTimer>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{20};
 constexpr std::chrono::milliseconds longestRest{100};
+constexpr std::chrono::milliseconds lull{10};
 
 AccessibleProgram::Condition named(const QString &name)
 {
@@ -140,8 +142,11 @@ bool AccessibleProgram::becomes(const std::function<bool()> &condition) const
     QObject::connect(&m_bus, &AccessibilityBus::eventReceived, &listener, [&eventCame] { eventCame = true; });
     bool holds = condition();
     while (!holds && !deadline.hasExpired()) {
-        waitUntil([&eventCame] { return eventCame; }, longestRest);
-        eventCame = false;
+        const auto hears = [&eventCame] { return std::exchange(eventCame, false); };
+        waitUntil(hears, longestRest);
+        // What changes at once is told in many events, and each look at the tree is hundreds of questions.
+        for (const QDeadlineTimer burst(longestRest); !burst.hasExpired() && waitUntil(hears, lull);)
+            continue;
         holds = condition();
     }
     return holds;
