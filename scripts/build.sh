@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 # The compiler takes its memory in large pages where the system leaves that to programs: an eighth of its work is
 # to ask for small ones and to find them again.
-export GLIBC_TUNABLES=${GLIBC_TUNABLES:+$GLIBC_TUNABLES:}glibc.malloc.hugetlb=1
+export GLIBC_TUNABLES=glibc.malloc.hugetlb=1${GLIBC_TUNABLES:+:$GLIBC_TUNABLES}
 
 preset=$1
 shift

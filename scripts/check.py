@@ -113,18 +113,11 @@ def main():
     options = parser.parse_args()
 
     sources = [path for path in rules.sources(ROOT, "src") if path.suffix == ".cpp"]
-    if options.quick:
-        sources = []
-    elif options.all is not None:
+    if options.all is not None:
         sources = [path for path in sources if options.all in path.relative_to(ROOT).as_posix()]
         if not sources:
             print(f'No source in src/ has "{options.all}" in its path.')
             return 1
-    else:
-        changed = changed_files()
-        if changed is None:
-            print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
-        sources = concerned(sources, changed or set())
 
     problems = 0
     for violation in rules.violations(ROOT):
@@ -133,6 +126,14 @@ def main():
     for output in check_layout(list(rules.sources(ROOT, *TOPS)), options.fix):
         print(output)
         problems += 1
+
+    if options.quick:
+        sources = []
+    elif options.all is None:
+        changed = changed_files()
+        if changed is None:
+            print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
+        sources = concerned(sources, changed or set())
     for output in (configure() if sources else []) + check_tidy(sources):
         print(output)
         problems += 1

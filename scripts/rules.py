@@ -83,7 +83,7 @@ def files(root, *tops):
     """The house's own files; what git ignores (packages that tests install) is none of them. All there are where git
     knows none, or is missing: unpacked from an archive, as it may be in a folder that another's git ignores."""
     listed = ""
-    if any((folder / ".git").exists() for folder in (root, *root.absolute().parents)): # git takes as long to say no
+    if any((folder / ".git").exists() for folder in (root, *root.resolve().parents)): # git takes longer to say no
         try:
             listed = subprocess.run(
                 ["git", "ls-files", "--cached", "--others", "--exclude-standard", "-z", "--", *tops],

@@ -29,9 +29,8 @@ MorvaneSession &LocalModelTest::user()
 
 bool LocalModelTest::downloads(MorvaneSession &morvane)
 {
-    return morvane.program().shows([](const AccessibleNode &node) {
-        return node.name.contains(u"Downloading Ollama… 2 MB of "_s) && node.has(AccessibleState::visible);
-    });
+    return morvane.program().shows(
+        [](const AccessibleNode &node) { return node.name.contains(u"Downloading Ollama… 2 MB of "_s); });
 }
 
 bool LocalModelTest::becomesReady(MorvaneSession &morvane)

@@ -19,8 +19,7 @@ protected:
         QString name;
         morvane.program().find(
             [&name](const AccessibleNode &node) {
-                if (node.role != AccessibleRole::pushButton || !node.name.startsWith("Download "_L1) ||
-                    !node.has(AccessibleState::visible))
+                if (node.role != AccessibleRole::pushButton || !node.name.startsWith("Download "_L1))
                     return false;
                 name = node.name.sliced(9);
                 return true;

@@ -67,8 +67,7 @@ void UpdateTest::pressInSheet(MorvaneSession &morvane, const QString &sheet, con
 {
     const AccessibleElement card = morvane.program().find(sheet, AccessibleRole::dialog);
     const auto found = readTree(card).first([&button](const AccessibleNode &node) {
-        return node.name == button && node.role == AccessibleRole::pushButton &&
-               node.has(AccessibleState::visible);
+        return node.name == button && node.role == AccessibleRole::pushButton;
     });
     ASSERT_TRUE(found) << readTree(card).description().toStdString();
     found->element.press();

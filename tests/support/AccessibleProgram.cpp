@@ -13,13 +13,12 @@ namespace {
 
 constexpr std::chrono::seconds patience{20};
 constexpr std::chrono::milliseconds longestRest{100};
+constexpr std::chrono::milliseconds longestBurst{100};
 constexpr std::chrono::milliseconds lull{10};
 
 AccessibleProgram::Condition named(const QString &name)
 {
-    return [name](const AccessibleNode &node) {
-        return node.name == name && node.has(AccessibleState::visible);
-    };
+    return [name](const AccessibleNode &node) { return node.name == name; };
 }
 
 } // namespace
@@ -71,10 +70,7 @@ AccessibleElement AccessibleProgram::find(const QString &name, AccessibleRole ro
 
 AccessibleElement AccessibleProgram::find(const Condition &wanted, const QString &what) const
 {
-    const auto visible = [&wanted](const AccessibleNode &node) {
-        return node.has(AccessibleState::visible) && wanted(node);
-    };
-    if (const auto node = waitForNode(visible))
+    if (const auto node = waitForNode(wanted))
         return node->element;
     throw AccessibilityError(u"nothing %1 in\n%2"_s.arg(what, tree().description()));
 }
@@ -145,7 +141,7 @@ bool AccessibleProgram::becomes(const std::function<bool()> &condition) const
         const auto hears = [&eventCame] { return std::exchange(eventCame, false); };
         waitUntil(hears, longestRest);
         // What changes at once is told in many events, and each look at the tree is hundreds of questions.
-        for (const QDeadlineTimer burst(longestRest); !burst.hasExpired() && waitUntil(hears, lull);)
+        for (const QDeadlineTimer burst(longestBurst); !burst.hasExpired() && waitUntil(hears, lull);)
             continue;
         holds = condition();
     }

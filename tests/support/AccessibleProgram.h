@@ -42,8 +42,8 @@ public:
     /// Whether the object of this name has the focus, now or soon.
     bool focuses(const QString &name) const;
 
-    /// Whether the condition holds, now or soon: looks again after every event of the program and at least
-    /// every tenth of a second.
+    /// Whether the condition holds, now or soon: looks again after every burst of events of the program, and
+    /// at least every fifth of a second.
     bool becomes(const std::function<bool()> &condition) const;
 
     /// The object that has the focus, if any has: the innermost, where a container and its part both say so.

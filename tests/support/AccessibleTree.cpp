@@ -3,7 +3,7 @@
 #include <QDBusArgument>
 #include <QDBusPendingCall>
 #include <QDBusVariant>
-#include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
