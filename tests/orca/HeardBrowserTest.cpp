@@ -30,7 +30,7 @@ protected:
     {
         const AccessibleElement field = morvane.program().find(u"Address bar"_s);
         ASSERT_TRUE(moves(morvane, u"Ctrl+L"_s, u"Enter a web address or search term."_s));
-        field.setText(m_site.url(path).toString());
+        write(field, m_site.url(path).toString());
         ASSERT_TRUE(moves(morvane, u"Return"_s, title + u" document web."_s));
     }
     /// With "…" in place of the site's port.
@@ -79,7 +79,7 @@ TEST_F(HeardBrowserTest, TheMainRoadIsHeardAsDocumented)
     ASSERT_TRUE(moves(morvane, u"Ctrl+D"_s, u"notification Bookmarked Birds."_s));
     ASSERT_TRUE(moves(morvane, u"Ctrl+="_s, u"notification Zoom 125 percent."_s));
     ASSERT_TRUE(moves(morvane, u"Ctrl+F"_s, u"notification Find bar opened."_s));
-    morvane.program().find(u"Find in page"_s).setText(u"kingfisher"_s);
+    write(morvane.program().find(u"Find in page"_s), u"kingfisher"_s);
     ASSERT_TRUE(morvane.program().shows(u"2 matches"_s));
     ASSERT_TRUE(moves(morvane, u"Return"_s, u"notification 2 matches for kingfisher."_s));
     ASSERT_TRUE(moves(morvane, u"Escape"_s, u"notification Find bar closed."_s));

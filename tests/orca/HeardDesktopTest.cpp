@@ -23,7 +23,7 @@ TEST_F(HeardDesktopTest, EachActOnTheDesktopIsHeardOnceInWordsBeforeItIsDone)
                                       held(callingTool("press_key", R"({"key":"command+v"})")),
                                       held(callingTool("ax_type", R"({"index":3,"text":"a lantern"})")),
                                       held(ScriptedTurn::saying({"That is all."}))});
-    morvane.send(u"Work with the screen"_s);
+    send(morvane, u"Work with the screen"_s);
     const QStringList expected{u"notification Morvane is responding."_s,
                                u"notification Assistant is running: look at the screen."_s,
                                u"notification Assistant is running: use the mouse_move tool."_s,

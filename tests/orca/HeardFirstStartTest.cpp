@@ -56,7 +56,7 @@ TEST_F(HeardFirstStartTest, TheRoadToTheFirstAnswerIsHeardAsDocumented)
     ASSERT_TRUE(reader().hears(u"notification The local model is ready. You can start chatting."_s));
     ASSERT_TRUE(answer(morvane, u"Return"_s, u"Get started with the local model"_s));
     ASSERT_TRUE(reader().hears(u"notification Let's get started. Ask me anything."_s));
-    morvane.send(u"Good morning"_s);
+    send(morvane, u"Good morning"_s);
     // Right after the answer Return may have been taken for another press of it.
     ASSERT_TRUE(pressUntil(morvane, u"Return"_s, [&] { return draft(morvane).isEmpty(); }));
     ASSERT_TRUE(reader().hears(u"notification Good morning to you."_s));

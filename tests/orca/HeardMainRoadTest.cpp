@@ -22,7 +22,7 @@ protected:
 TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
 {
     MorvaneSession &morvane = listen({calculating(), ScriptedTurn::saying({"Six times ", "seven is 42."})});
-    morvane.send(u"What is six times seven?"_s);
+    send(morvane, u"What is six times seven?"_s);
     ASSERT_TRUE(reader().hears(titled));
     const QStringList lastPieces{row,
                                  u"Delete Scripted title push button."_s,
@@ -39,7 +39,7 @@ TEST_F(HeardMainRoadTest, ARequestIsHeardAsDocumented)
 TEST_F(HeardMainRoadTest, AConversationIsHeardWhenItIsOpenedAgain)
 {
     MorvaneSession &morvane = listen({ScriptedTurn::saying({"An answer."})});
-    morvane.send(u"A question"_s);
+    send(morvane, u"A question"_s);
     ASSERT_TRUE(reader().hears(titled));
     reader().forget();
     ASSERT_TRUE(moves(morvane, u"Ctrl+N"_s, u"notification New conversation started."_s));

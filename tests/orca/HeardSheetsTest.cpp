@@ -29,7 +29,7 @@ TEST_F(HeardSheetsTest, AnApprovalIsReadOutOnceAndTheNextOneAsANewDialog)
     const auto advice =
         u"Action requires approval dialog Only allow this if you trust what it will do on your "
         "Mac. You can deny it and the assistant will continue without doing it."_s;
-    morvane.send(u"Write two notes"_s);
+    send(morvane, u"Write two notes"_s);
     qsizetype denied = 0;
     for (const auto *name : {"one", "two"}) {
         const QString what = u"write a file at /nowhere/%1.txt."_s.arg(QString::fromLatin1(name));
@@ -56,7 +56,7 @@ TEST_F(HeardSheetsTest, ADestructiveRequestIsHeardAsOne)
 {
     MorvaneSession &morvane = listen({callingTool("run_shell_command", R"({"command":"rm -rf /nowhere"})"),
                                       ScriptedTurn::saying({"Left alone."})});
-    morvane.send(u"Clean up"_s);
+    send(morvane, u"Clean up"_s);
     const QStringList expected{
         u"Destructive action requires approval dialog This action can delete data or be hard to undo. Only "
         "allow it if you are sure it is safe."_s,
@@ -83,7 +83,7 @@ TEST_F(HeardSheetsTest, TwoQuestionsInARowAreTwoDialogs)
 {
     MorvaneSession &morvane =
         listen({asking("Which colour?"), asking("Which other?"), ScriptedTurn::saying({"Painted."})});
-    morvane.send(u"Paint it"_s);
+    send(morvane, u"Paint it"_s);
     for (const auto &question : {u"Which colour?"_s, u"Which other?"_s}) {
         const QString asks = u"Morvane asks: "_s + question;
         const QStringList expected{asks + u" dialog"_s, u"Answer: Red push button."_s,
@@ -103,7 +103,7 @@ TEST_F(HeardSheetsTest, CancellingIsHeard)
     ScriptedTurn endless;
     endless.steps = {step::Text{"It begins"}, step::Stall{}};
     MorvaneSession &morvane = listen({endless});
-    morvane.send(u"Go on"_s);
+    send(morvane, u"Go on"_s);
     ASSERT_TRUE(reader().hears(u"notification Morvane is responding."_s));
     reader().forget();
     // The command tells it and, a moment later, the end of the work.

@@ -24,6 +24,19 @@ void HeardTest::listenTo(MorvaneSession &session)
     session.start();
 }
 
+void HeardTest::write(const AccessibleElement &field, const QString &text)
+{
+    field.setText(text);
+    EXPECT_TRUE(m_reader->takesIn(text));
+}
+
+void HeardTest::send(MorvaneSession &morvane, const QString &text)
+{
+    morvane.write(text);
+    EXPECT_TRUE(m_reader->takesIn(text));
+    morvane.keyboard().press(u"Return"_s);
+}
+
 bool HeardTest::answer(MorvaneSession &morvane, const QString &key, const QString &control)
 {
     return pressUntil(morvane, key, [&] {

@@ -17,6 +17,10 @@ protected:
     void listenTo(MorvaneSession &session);
     ScreenReader &reader() { return *m_reader; }
 
+    /// Writes a text into a field; the reader has dealt with it afterwards.
+    void write(const AccessibleElement &field, const QString &text);
+    /// Writes a message and presses Return when the reader has dealt with it.
+    void send(MorvaneSession &morvane, const QString &text);
     /// Presses a key until the sheet with this control is gone.
     static bool answer(MorvaneSession &morvane, const QString &key, const QString &control);
     /// Moves on with the keyboard and waits until the reader has said `last`.

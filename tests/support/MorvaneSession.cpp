@@ -122,12 +122,17 @@ std::unique_ptr<TestProgram> MorvaneSession::startAgain() const
                                          m_home + u"/second.log"_s);
 }
 
-void MorvaneSession::send(const QString &text)
+void MorvaneSession::write(const QString &text)
 {
     const AccessibleElement field = m_program->find(messageField);
     field.takeFocus();
     field.setText(text);
     m_program->focuses(messageField);
+}
+
+void MorvaneSession::send(const QString &text)
+{
+    write(text);
     m_keyboard.press(u"Return"_s);
 }
 

@@ -52,7 +52,9 @@ public:
     ScriptedModel &model() { return m_model; }
     const PrivateDesktop &desktop() const { return m_desktop; }
 
-    /// Writes `text` into the message field through the accessibility bus and presses Return.
+    /// Writes `text` into the message field through the accessibility bus; the keyboard is in it afterwards.
+    void write(const QString &text);
+    /// Writes `text` into the message field and presses Return.
     void send(const QString &text);
 
     /// Whether the status line reads `status`, now or soon.

@@ -85,6 +85,25 @@ void ScreenReader::forget()
     m_forgotten = spoken().size();
 }
 
+bool ScreenReader::takesIn(const QString &text)
+{
+    const QByteArray written =
+        "OBJECT EVENT: object:text-changed:insert (0, %1, %2)\n"_L1.arg(QString::number(text.size()), text)
+            .toUtf8();
+    const QByteArray dealtWith = "^^^^^ PROCESS OBJECT EVENT object:text-changed:insert ^^^^^\n"_ba;
+    return waitUntil([&] {
+        QFile log(m_logPath);
+        if (!log.open(QIODevice::ReadOnly) || !log.seek(m_takenIn))
+            return false;
+        const QByteArray lines = log.readAll();
+        const qsizetype begin = lines.indexOf(written);
+        const qsizetype end = begin < 0 ? -1 : lines.indexOf(dealtWith, begin);
+        if (end >= 0)
+            m_takenIn += end;
+        return end >= 0;
+    });
+}
+
 void ScreenReader::keepEvidence(const QString &folder) const
 {
     QDir().mkpath(folder);
