@@ -104,7 +104,9 @@ TEST_F(DesktopTest, TypingIntoAnotherProgramEndsWhenTheUserComesBackAndEscapeEnd
     EXPECT_FALSE(morvane.program().tree(TreePart::whole).description().contains(u"You said ß"_s));
     ASSERT_TRUE(waitUntil([&] { return content().endsWith(u"end\n"_s); })) << content().toStdString();
     EXPECT_LT(content().count(u'\n'), lines);
-    EXPECT_EQ(content().remove(u'ß').remove(u'\n'), u"end"_s);
+    // The Tab of the choice of a window is the terminal's when it comes between two keys that the program
+    // types.
+    EXPECT_EQ(content().remove(u'ß').remove(u'\n').remove(u'\t'), u"end"_s);
 }
 
 TEST_F(DesktopTest, QuittingInTheMiddleOfATextLetsGoOfTheKeysAndGivesThemBack)
