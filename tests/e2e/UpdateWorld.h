@@ -37,7 +37,7 @@ public:
     /// Offers it with a hash that is not the image's.
     void offerWithWrongHash();
     /// Offers something else as build 2.
-    void offerImage(const QByteArray &image, const QByteArray &additions = {});
+    void offerImage(const QByteArray &image);
     /// The process that runs from the bundle, now or soon; 0 if none comes.
     qint64 process() const;
 
