@@ -85,7 +85,11 @@ TEST_F(BrowserLifeTest, TheProgramEndsWhileAQuestionOfAPageWaits)
 
 TEST_F(BrowserLifeTest, KilledItComesBackWithHistoryAndBookmarks)
 {
-    MorvaneSession &morvane = startWithBirds();
+    MorvaneSession &morvane = prepareBrowser({});
+    morvane.setVariable(u"QT_QUICK_BACKEND"_s, {}); // the engine's own choice
+    morvane.start();
+    openWindow(morvane);
+    openByKeyboard(morvane, u"/birds"_s, u"Birds"_s);
     morvane.keyboard().press(u"Ctrl+D"_s);
     ASSERT_TRUE(morvane.ear().hears(u"Bookmarked Birds"_s));
     openByKeyboard(morvane, u"/search"_s, u"Found"_s);

@@ -27,6 +27,8 @@ MorvaneSession &BrowserTest::prepareBrowser(std::vector<ScriptedTurn> turns, Hea
     // The engine refuses to run as root inside its own sandbox, and so do many containers.
     if (geteuid() == 0)
         session.setVariable(u"QTWEBENGINE_DISABLE_SANDBOX"_s, u"1"_s);
+    // OpenGL, which a processor does here, is twice the work.
+    session.setVariable(u"QT_QUICK_BACKEND"_s, u"software"_s);
     return session;
 }
 
