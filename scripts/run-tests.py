@@ -3,7 +3,8 @@
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many
 run at once as there are processors; beside them those that share something (RESOURCE_LOCK), which wait most of the
-time, one after the other; and those that ctest is told to run alone (RUN_SERIAL) follow one by one.
+time, one after the other; and those that ctest is told to run alone (RUN_SERIAL) follow one by one. What takes longest
+(COST) begins first, or it would end long after all others.
 Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
 listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
 off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed". Who interrupts
@@ -45,6 +46,7 @@ def ctest_entries(build):
                 "plain": "plain" in properties.get("LABELS", []),
                 "alone": properties.get("RUN_SERIAL", False),
                 "shared": tuple(properties.get("RESOURCE_LOCK", ())),
+                "cost": float(properties.get("COST", 0)),
                 "timeout": float(properties.get("TIMEOUT", 300)),
                 "environment": dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", [])),
             }
@@ -231,7 +233,7 @@ def queues(entries):
     shared = {}
     for each in entries:
         shared.setdefault(each[0]["shared"], []).append(each)
-    single = shared.pop((), [])
+    single = sorted(shared.pop((), []), key=lambda each: -each[0]["cost"])
     return [*shared.values()], [[each] for each in single]
 
 

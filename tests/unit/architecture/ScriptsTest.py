@@ -220,6 +220,16 @@ class RunTests(unittest.TestCase):
         self.assertEqual([[entry["name"] for entry, _ in queue] for queue in single], [["unit.beside"]])
         self.assertEqual(self.run_tests()[:2], (0, "3 passed, 0 failed"))
 
+    def test_what_takes_longest_begins_first(self):
+        for name in ("unit.long", "unit.longest", "unit.other", "unit.short"):
+            self.program(name, PROGRAM + "report(passed)\n")
+        with open(self.build / "CTestTestfile.cmake", "a") as tests:
+            for name, cost in (("unit.long", 9), ("unit.longest", 30), ("unit.short", 1)):
+                tests.write(f'set_tests_properties("{name}" PROPERTIES COST "{cost}")\n')
+        _, single = run_tests.queues((entry, "*") for entry in run_tests.ctest_entries(self.build))
+        self.assertEqual([entry["name"] for queue in single for entry, _ in queue],
+                         ["unit.longest", "unit.long", "unit.short", "unit.other"])
+
     def test_programs_run_beside_each_other(self):
         meeting = self.build / "meeting"
         os.mkfifo(meeting)
