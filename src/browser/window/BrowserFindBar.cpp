@@ -98,11 +98,11 @@ void BrowserFindBar::open()
 
 void BrowserFindBar::close()
 {
-    const bool hadFocus = isAncestorOf(window()->focusWidget());
+    // What is hidden under the keyboard would hand it to the next field, which may be one of the page.
+    if (isAncestorOf(window()->focusWidget()))
+        Q_EMIT focusLeft();
     hide();
     m_announcer.announce(u"Find bar closed"_s);
-    if (hadFocus)
-        Q_EMIT focusLeft();
 }
 
 void BrowserFindBar::count()

@@ -24,7 +24,7 @@ public:
     void toggle();
 
 Q_SIGNALS:
-    /// It is closed, and the keyboard was in it.
+    /// It is about to be closed, and the keyboard is in it.
     void focusLeft();
 
 protected:

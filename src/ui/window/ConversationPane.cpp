@@ -93,8 +93,8 @@ void ConversationPane::search()
 void ConversationPane::closeFind()
 {
     m_session->search({}, 0);
-    m_bar->hide();
     Q_EMIT findClosed();
+    m_bar->hide();
 }
 
 void ConversationPane::showMatch(const FoundText &found)

@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QLabel>
 #include <QLineEdit>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 
@@ -89,9 +90,11 @@ TEST_F(FindTest, EscapeLeadsBackToTheComposerAndStopsNothing)
     model->send(u"three"_s, {});
     settle();
     find(u"one"_s);
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
     press(Qt::Key_Escape);
     EXPECT_FALSE(part<FindBar>()->isVisible());
     EXPECT_TRUE(part<ComposerEdit>()->hasFocus());
+    EXPECT_EQ(moves.size(), 1) << "what has the keyboard for a moment is read out";
     EXPECT_TRUE(model->isBusy());
     model->cancel();
     settle();

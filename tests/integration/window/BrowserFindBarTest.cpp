@@ -5,6 +5,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -50,6 +51,16 @@ TEST_F(BrowserFindBarTest, OpeningAndClosingIsSpoken)
     press(Qt::Key_F, Qt::ControlModifier);
     EXPECT_FALSE(bar()->isVisible());
     EXPECT_EQ(announcer.spoken.last(), u"Find bar closed"_s);
+    EXPECT_TRUE(part<PageArea>()->hasPageFocus());
+}
+
+TEST_F(BrowserFindBarTest, TheKeyboardGoesStraightBackToThePage)
+{
+    open();
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(bar()->isVisible());
+    EXPECT_EQ(moves.size(), 1) << "a field of the page that has it for a moment answers, and is read out";
     EXPECT_TRUE(part<PageArea>()->hasPageFocus());
 }
 
