@@ -241,7 +241,8 @@ void ComposerView::updateSendButton()
     const bool busy = m_conversation.canCancel();
     const bool sendable = canSend();
     // Focus must not fall out of the composer when one button takes the other's place.
-    const bool buttonHadFocus = m_send->hasFocus() || m_stop->hasFocus();
+    if (m_send->hasFocus() || m_stop->hasFocus())
+        focusDraft();
     m_send->setVisible(!busy);
     m_stop->setVisible(busy);
     m_send->setEnabled(sendable);
@@ -249,8 +250,6 @@ void ComposerView::updateSendButton()
     // The toolkit tells a reader of the name each time that it is set, which would be with each letter.
     if (m_send->accessibleName() != name)
         m_send->setAccessibleName(name);
-    if (buttonHadFocus)
-        focusDraft();
 }
 
 void ComposerView::updateNote()

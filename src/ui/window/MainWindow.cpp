@@ -116,10 +116,10 @@ void MainWindow::updateConversationRegion()
     QWidget *wanted = m_model.messages().isEmpty() ? m_welcome : static_cast<QWidget *>(m_conversation);
     if (m_region->currentWidget() == wanted)
         return;
-    const bool hadFocus = m_region->isAncestorOf(QApplication::focusWidget());
-    m_region->setCurrentWidget(wanted);
-    if (hadFocus)
+    // What is hidden with the keyboard in it would hand that to whatever comes next.
+    if (m_region->isAncestorOf(QApplication::focusWidget()))
         m_composer->focusDraft();
+    m_region->setCurrentWidget(wanted);
 }
 
 void MainWindow::makeMenus()

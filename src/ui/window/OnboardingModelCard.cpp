@@ -103,6 +103,12 @@ void OnboardingModelCard::updateState()
         m_text->setText(u"This downloads a small model (about 5 GB) that runs fully on your Mac."_s);
         break;
     }
+    // The button that comes has the keyboard before the one goes that had it.
+    const QWidget *focused = window()->focusWidget();
+    if (WrappingButton *coming = button(); coming && focused && m_buttons->isAncestorOf(focused)) {
+        coming->show();
+        coming->setFocus(Qt::OtherFocusReason);
+    }
     m_head->setVisible(now != State::missing);
     m_promise->setVisible(now == State::missing);
     for (QWidget *part : std::initializer_list<QWidget *>{m_bar, m_percent, m_progress, m_cancel})

@@ -22,8 +22,6 @@ public:
 
     /// Shows the state as it is now.
     void updateState();
-    /// What can be pressed in the present state; null where there is nothing to be done.
-    WrappingButton *button() const;
     /// Has what can be pressed, in whatever state; hidden while that is nothing. The last part of the card.
     QWidget *buttons() const { return m_buttons; }
 
@@ -34,6 +32,8 @@ private:
     enum class State { settingUp, ready, missing };
 
     State state() const;
+    /// What can be pressed in the present state; null where there is nothing to be done.
+    WrappingButton *button() const;
     void updateProgress();
 
     AppModel &m_model;

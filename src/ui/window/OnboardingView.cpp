@@ -61,21 +61,17 @@ void OnboardingView::showOrClose()
 
 void OnboardingView::updateState()
 {
-    QWidget *focused = parentWidget()->focusWidget();
     const bool wasReady = m_start->isEnabled();
     const bool isReady = m_model.localModel().info().running;
-    m_modelCard->updateState();
     m_start->setEnabled(isReady);
     const QString name = isReady ? u"Get started with the local model"_s
                                  : u"Get started. Wait until the local model is ready."_s;
     if (m_start->accessibleName() != name)
         m_start->setAccessibleName(name);
-    if (!isOpen())
-        return;
-    if (isReady && !wasReady)
+    // Before the card hides a button that has the keyboard.
+    if (isOpen() && isReady && !wasReady)
         m_start->setFocus(Qt::OtherFocusReason);
-    else if (focused != nullptr && m_modelCard->buttons()->isAncestorOf(focused) && !focused->isVisible())
-        m_modelCard->button()->setFocus(Qt::OtherFocusReason); // which has taken the other's place
+    m_modelCard->updateState();
 }
 
 } // namespace morvane

@@ -64,16 +64,22 @@ QString UpdateBanner::idleText() const
 
 void UpdateBanner::updateState()
 {
-    const QWidget *focus = QApplication::focusWidget();
-    const bool hadFocus = focus && isAncestorOf(focus);
-    if (m_updates.showsUpdateBanner()) {
+    const bool isShown = m_updates.showsUpdateBanner();
+    if (isShown) {
         m_progress->showPhase(m_updates.updateInstallPhase(), idleText());
         showButtons();
         m_dismiss->setAccessibleName(
             u"Dismiss the update banner for Morvane %1"_s.arg(m_updates.availableUpdate()->version));
+    } else {
+        leave(this);
     }
-    setVisible(m_updates.showsUpdateBanner());
-    if (hadFocus && !focus->isVisibleTo(window()))
+    setVisible(isShown);
+}
+
+void UpdateBanner::leave(const QWidget *going)
+{
+    const QWidget *focused = QApplication::focusWidget();
+    if (focused && going->isAncestorOf(focused))
         Q_EMIT focusLost();
 }
 
@@ -83,9 +89,13 @@ void UpdateBanner::showButtons()
     const auto &state = m_updates.updateInstallPhase().state;
     const bool isIdle = std::holds_alternative<Phase::Idle>(state);
     const bool hasFailed = std::holds_alternative<Phase::Failed>(state);
-    m_install->setVisible(isIdle);
-    m_dismiss->setVisible(isIdle && !m_updates.isUpdateRequired());
-    m_waysOut->setVisible(hasFailed);
+    const std::initializer_list<std::pair<QWidget *, bool>> parts{
+        {m_install, isIdle}, {m_dismiss, isIdle && !m_updates.isUpdateRequired()}, {m_waysOut, hasFailed}};
+    for (const auto &[part, isShown] : parts) {
+        if (!isShown)
+            leave(part);
+        part->setVisible(isShown);
+    }
 }
 
 } // namespace morvane

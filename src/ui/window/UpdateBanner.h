@@ -19,12 +19,13 @@ public:
     explicit UpdateBanner(UpdateModel &updates, QWidget *parent = nullptr);
 
 Q_SIGNALS:
-    /// The focus was on something that is no longer there.
+    /// The focus is on something that is about to go.
     void focusLost();
 
 private:
     void updateState();
     void showButtons();
+    void leave(const QWidget *going);
     QString idleText() const;
 
     UpdateModel &m_updates;

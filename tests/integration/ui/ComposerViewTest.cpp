@@ -164,9 +164,11 @@ TEST_F(ComposerViewTest, TheFocusDoesNotFallFromAButtonThatGoes)
     stop->setFocus(Qt::TabFocusReason);
     ASSERT_TRUE(stop->hasFocus());
     settle();
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
     clock.advance(1h);
     finishRun();
     EXPECT_TRUE(edit->hasFocus());
+    EXPECT_EQ(moves.size(), 1) << "what has the keyboard for a moment is read out";
 }
 
 TEST_F(ComposerViewTest, ARefusedMessageAndASuggestionLeadBackToTheField)

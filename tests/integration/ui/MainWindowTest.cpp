@@ -16,6 +16,7 @@
 #include <QListWidget>
 #include <QScreen>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QSplitter>
 #include <QToolButton>
 
@@ -73,6 +74,10 @@ TEST_F(MainWindowTest, WhatIsTypedAnywhereGoesToTheComposer)
     part<ChatScrollView>()->setFocus(Qt::TabFocusReason);
     QTest::keyClick(part<ChatScrollView>(), Qt::Key_Down);
     EXPECT_FALSE(draft()->hasFocus());
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
+    QTest::keyClick(part<ChatScrollView>(), Qt::Key_N, Qt::ControlModifier);
+    EXPECT_TRUE(draft()->hasFocus());
+    EXPECT_EQ(moves.size(), 1) << "what has the keyboard for a moment is read out";
 }
 
 TEST_F(MainWindowTest, PageKeysScrollTheConversationFromTheComposer)

@@ -7,6 +7,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 
@@ -115,6 +116,7 @@ TEST_F(OnboardingTest, TheSetupCanBeStoppedFromItsBeginning)
     localModel.installationTime = 1h;
     greet();
     button(view, cancelSetup)->setFocus();
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
     press(cancelSetup);
     EXPECT_FALSE(model->localModel().info().installing);
     EXPECT_EQ(button(view, cancelSetup), nullptr);
@@ -122,9 +124,11 @@ TEST_F(OnboardingTest, TheSetupCanBeStoppedFromItsBeginning)
                 ElementsAre(u"This downloads a small model (about 5 GB) that runs fully on your Mac."_s,
                             u"No account, no limits, and your data never leaves this Mac."_s));
     EXPECT_EQ(focused(), installModel);
+    EXPECT_EQ(moves.size(), 1) << "what has the keyboard for a moment is read out";
     press(installModel);
     EXPECT_TRUE(model->localModel().info().installing);
     EXPECT_EQ(focused(), cancelSetup);
+    EXPECT_EQ(moves.size(), 2);
     EXPECT_EQ(localModel.installations, 2);
 }
 

@@ -19,6 +19,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
 
@@ -102,10 +103,12 @@ TEST_F(UpdateViewsTest, TheBannerOffersTheUpdateAndCanBeDismissed)
     QAbstractButton *dismiss = button(banner(), u"Dismiss the update banner for Morvane 1.3"_s);
     EXPECT_EQ(dismiss->accessibleDescription(), u"Dismiss this reminder"_s);
     dismiss->setFocus();
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
     dismiss->click();
     settle();
     EXPECT_FALSE(banner()->isVisible());
     EXPECT_TRUE(part<ComposerEdit>()->hasFocus());
+    EXPECT_EQ(moves.size(), 1) << "what has the keyboard for a moment is read out";
 }
 
 TEST_F(UpdateViewsTest, TheBannerTakesNoFocus)
@@ -120,10 +123,12 @@ TEST_F(UpdateViewsTest, TheBannerShowsHowFarTheDownloadIs)
     updates.downloadTime = 10s;
     offer();
     button(banner(), updateNow)->setFocus();
+    const QSignalSpy moves(qApp, &QApplication::focusChanged);
     press(banner(), updateNow);
     EXPECT_THAT(texts(banner()), ElementsAre(u"Downloading…"_s));
     EXPECT_THAT(buttons(banner()), IsEmpty());
     EXPECT_TRUE(part<ComposerEdit>()->hasFocus());
+    EXPECT_EQ(moves.size(), 1);
     const auto *bar = banner()->findChild<DownloadProgressBar *>();
     EXPECT_EQ(bar->accessibleName(), u"Downloading the update, 0 percent done"_s);
     updates.progress(0.42);
