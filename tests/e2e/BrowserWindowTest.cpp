@@ -47,6 +47,7 @@ TEST_F(BrowserWindowTest, WhereNothingDrawsWithOpenGLTheProcessorDraws)
     MorvaneSession &morvane =
         prepareBrowser({callingTool("browser_open", R"({"url":")" + address(u"/birds"_s) + R"("})"),
                         ScriptedTurn::saying({"I see it."})});
+    morvane.setVariable(u"QT_QUICK_BACKEND"_s, {});
     morvane.setVariable(u"QT_XCB_GL_INTEGRATION"_s, u"none"_s);
     morvane.start();
     morvane.send(u"Find me a kingfisher"_s);

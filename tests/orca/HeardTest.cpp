@@ -26,14 +26,12 @@ void HeardTest::listenTo(MorvaneSession &session)
 
 void HeardTest::write(const AccessibleElement &field, const QString &text)
 {
-    field.setText(text);
-    EXPECT_TRUE(m_reader->takesIn(text));
+    EXPECT_TRUE(m_reader->takesIn(text, [&] { field.setText(text); }));
 }
 
 void HeardTest::send(MorvaneSession &morvane, const QString &text)
 {
-    morvane.write(text);
-    EXPECT_TRUE(m_reader->takesIn(text));
+    EXPECT_TRUE(m_reader->takesIn(text, [&] { morvane.write(text); }));
     morvane.keyboard().press(u"Return"_s);
 }
 

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QUuid>
@@ -85,22 +86,21 @@ void ScreenReader::forget()
     m_forgotten = spoken().size();
 }
 
-bool ScreenReader::takesIn(const QString &text)
+bool ScreenReader::takesIn(const QString &text, const std::function<void()> &write) const
 {
+    const qint64 logged = QFileInfo(m_logPath).size();
+    write();
     const QByteArray written =
         "OBJECT EVENT: object:text-changed:insert (0, %1, %2)\n"_L1.arg(QString::number(text.size()), text)
             .toUtf8();
     const QByteArray dealtWith = "^^^^^ PROCESS OBJECT EVENT object:text-changed:insert ^^^^^\n"_ba;
     return waitUntil([&] {
         QFile log(m_logPath);
-        if (!log.open(QIODevice::ReadOnly) || !log.seek(m_takenIn))
+        if (!log.open(QIODevice::ReadOnly) || !log.seek(logged))
             return false;
         const QByteArray lines = log.readAll();
         const qsizetype begin = lines.indexOf(written);
-        const qsizetype end = begin < 0 ? -1 : lines.indexOf(dealtWith, begin);
-        if (end >= 0)
-            m_takenIn += end;
-        return end >= 0;
+        return begin >= 0 && lines.indexOf(dealtWith, begin) >= 0;
     });
 }
 

@@ -4,6 +4,7 @@
 #include "support/TestProgram.h"
 
 #include <QStringList>
+#include <functional>
 #include <memory>
 
 namespace morvane {
@@ -23,9 +24,10 @@ public:
     /// Whether these pieces come in this order, other pieces between them or not, now or soon.
     bool hearsInOrder(const QStringList &texts) const;
     void forget();
-    /// Whether it has dealt, now or soon, with `text` that was written into a field. A key that is pressed
-    /// before that would make the text what the field has answered to the key, which is read out.
-    bool takesIn(const QString &text);
+    /// Whether it deals, now or soon, with `text` that `write` writes into a field, at its beginning: one
+    /// line of at most 100 characters. A key that is pressed before that would make the text what the field
+    /// has answered to the key, which is read out.
+    bool takesIn(const QString &text, const std::function<void()> &write) const;
 
     /// Copies what was spoken and the reader's own log to `folder`.
     void keepEvidence(const QString &folder) const;
@@ -37,7 +39,6 @@ private:
     QString m_logPath;
     std::unique_ptr<TestProgram> m_process;
     qsizetype m_forgotten = 0;
-    qsizetype m_takenIn = 0; // of the log: where the last text that was asked for has been dealt with
 };
 
 } // namespace morvane
