@@ -3,8 +3,8 @@
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many
 run at once as there are processors; beside them those that share something (RESOURCE_LOCK), which wait most of the
-time, one after the other; and those that ctest is told to run alone (RUN_SERIAL) follow one by one. What takes longest
-(COST) begins first, or it would end long after all others.
+time, one after the other; and those that ctest is told to run alone (RUN_SERIAL) follow one by one. Of those
+that share nothing, what takes longest (COST) begins first, or it would end long after all others.
 Programs that are no GoogleTest program (labelled "plain") count as one test. Any other that cannot be started or
 listed, ends without a whole report, or has nothing to run, has failed, and so has a test that was skipped or switched
 off. Single tests that take longer than SLOW seconds are named. The last line is "N passed, N failed". Who interrupts
