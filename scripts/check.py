@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
 """check.py [--all [NAME]] [--fix]: what can be told of the sources without building them.
 
-The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for what changed since the last
-commit on main (some seconds each), with --all for every source in src/ or those with NAME in their path, with
---quick for none. --fix writes the layout instead of complaining about it.
+The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for sources in src/ that changed
+since the last commit on main, the compiler for those of tests and benchmarks (some seconds each), with --all for every
+source or those with NAME in their path, with --quick for none. --fix writes the layout instead of complaining about it.
 Ends with 1 when something is found.
 """
 
 import argparse
 import concurrent.futures
+import json
 import os
+import re
+import shlex
 import subprocess
 import sys
 from pathlib import Path
@@ -66,8 +69,9 @@ def concerned(sources, changed):
     wanted = {path for path in sources if path in changed or (path.parent, rules.owner_of(path)) in classes}
     for header in headers:
         if (header.parent, header.stem) not in own:
-            include = f'#include "{header.as_posix().rpartition("/src/")[2]}"'
-            readers = [path for path in sources if include in path.read_text()]
+            name = re.sub(rf".*/({'|'.join(TOPS)})/", "", header.as_posix())
+            includes = (f'#include "{name}"', f'#include "{header.name}"')
+            readers = [path for path in sources if any(include in path.read_text() for include in includes)]
             if readers and wanted.isdisjoint(readers):
                 wanted.add(readers[0])
     return [path for path in sources if path in wanted]
@@ -105,18 +109,29 @@ def check_tidy(files):
     )
 
 
+def check_alone(files):
+    """The compiler reads each by itself, as the debug preset would build it: elsewhere tests are compiled in batches, where
+    one source includes what another forgot."""
+    commands = ROOT / "build" / "debug" / "compile_commands.json"
+    entries = {entry["file"]: entry for entry in json.loads(commands.read_text())} if files else {}
+    known = [entries[str(path)] for path in files if str(path) in entries]  # those for fuzzing are not among them
+    return run_parallel(["nice", *shlex.split(entry["command"]), "-fsyntax-only"] for entry in known)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--all", nargs="?", const="", metavar="NAME", help="clang-tidy for every source in src/, or with NAME in its path")
-    parser.add_argument("--quick", action="store_true", help="no clang-tidy")
+    parser.add_argument("--all", nargs="?", const="", metavar="NAME", help="every source is read, or those with NAME in their path")
+    parser.add_argument("--quick", action="store_true", help="no source is read")
     parser.add_argument("--fix", action="store_true", help="write the layout")
     options = parser.parse_args()
 
     sources = [path for path in rules.sources(ROOT, "src") if path.suffix == ".cpp"]
+    tests = [path for path in rules.sources(ROOT, "tests", "bench") if path.suffix == ".cpp"]
     if options.all is not None:
         sources = [path for path in sources if options.all in path.relative_to(ROOT).as_posix()]
-        if not sources:
-            print(f'No source in src/ has "{options.all}" in its path.')
+        tests = [path for path in tests if options.all in path.relative_to(ROOT).as_posix()]
+        if not sources and not tests:
+            print(f'No source has "{options.all}" in its path.')
             return 1
 
     problems = 0
@@ -128,16 +143,18 @@ def main():
         problems += 1
 
     if options.quick:
-        sources = []
+        sources, tests = [], []
     elif options.all is None:
         changed = changed_files()
         if changed is None:
-            print("The commit before this one is not known here, so clang-tidy reads nothing; ./test --lint reads all.")
-        sources = concerned(sources, changed or set())
-    for output in (configure() if sources else []) + check_tidy(sources):
+            print("The commit before this one is not known here, so no source is read; ./test --lint reads all.")
+        of_program = {path for path in changed or () if (ROOT / "src") in path.parents}
+        sources, tests = concerned(sources, of_program), concerned(tests, (changed or set()) - of_program)
+    for output in (configure() if sources or tests else []) + check_tidy(sources) + check_alone(tests):
         print(output)
         problems += 1
-    print(f"Checked the rules and the layout of all files, {len(sources)} sources with clang-tidy: "
+    print(f"Checked the rules and the layout of all files, {len(sources)} sources with clang-tidy, {len(tests)} of "
+          "tests each by itself: "
           + ("nothing to complain about." if problems == 0 else f"{problems} complaints."))
     return 1 if problems else 0
 

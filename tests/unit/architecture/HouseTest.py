@@ -527,6 +527,16 @@ class Compilers(Tree):
         self.assertEqual(len(found), 1)
         self.assertIn("bugprone-use-after-move", found[0])
 
+    def test_a_test_that_leaves_an_include_to_its_neighbours_is_found(self):
+        bad = self.write("tests/unit/base/A.cpp", "std::string a()\n{\n    return {};\n}\n")
+        good = self.write("tests/unit/base/B.cpp", "#include <string>\nstd::string b()\n{\n    return {};\n}\n")
+        reader = self.write("tests/fuzz/C.cpp", "no C++\n")
+        commands = [{"directory": str(self.root), "file": str(path), "command": f"clang++-19 -std=c++23 -c {path}"}
+                    for path in (bad, good)]
+        self.write("build/debug/compile_commands.json", json.dumps(commands))
+        found = check.check_alone([bad, good, reader])
+        self.assertEqual((len(found), "'std'" in found[0]), (1, True), found)
+
 
 class Whole(Tree):
     """What scripts/check.py and scripts/rules.py say in the end."""
@@ -538,9 +548,9 @@ class Whole(Tree):
 
         def read(sources):
             self.read += [path.relative_to(self.root).as_posix() for path in sources]
-            return ["a mistake"] if any(path.stem == "Bad" for path in sources) else []
+            return ["a mistake"] if any(path.stem.startswith("Bad") for path in sources) else []
 
-        for name, value in (("ROOT", self.root), ("check_tidy", read), ("configure", lambda: [])):
+        for name, value in (("ROOT", self.root), ("check_tidy", read), ("check_alone", read), ("configure", lambda: [])):
             patch = unittest.mock.patch.object(check, name, value)
             patch.start()
             self.addCleanup(patch.stop)
@@ -554,7 +564,7 @@ class Whole(Tree):
 
     def test_nothing_to_complain_about_is_a_success(self):
         self.assertEqual(self.check("--quick"), (0, "Checked the rules and the layout of all files, 0 sources with "
-                                                    "clang-tidy: nothing to complain about.\n"))
+                                                    "clang-tidy, 0 of tests each by itself: nothing to complain about.\n"))
 
     def test_a_broken_rule_is_told_and_fails(self):
         self.write("src/base/Good.cpp", "int count;\n")
@@ -578,6 +588,9 @@ class Whole(Tree):
         self.write("src/store/Bad.cpp", "int b();\n")
         self.assertEqual((self.check("--all")[0], self.read), (1, ["src/base/Good.cpp", "src/store/Bad.cpp"]))
         self.assertEqual((self.check("--all", "ba")[0], self.read), (0, ["src/base/Good.cpp"]))
+        self.write("tests/unit/base/BadTest.cpp", "int c();\n")
+        self.assertEqual((self.check("--all", "base")[0], self.read), (1, ["src/base/Good.cpp", "tests/unit/base/BadTest.cpp"]))
+        self.assertEqual(self.check("--all", "nowhere"), (1, 'No source has "nowhere" in its path.\n'))
         self.assertEqual((self.check("--quick")[0], self.read), (0, []))
 
     def test_a_build_that_cannot_be_configured_fails(self):
@@ -588,6 +601,10 @@ class Whole(Tree):
     def test_what_changed_is_read_and_a_history_that_is_cut_off_is_told(self):
         with unittest.mock.patch.object(check, "changed_files", lambda: {self.good}):
             self.assertEqual((self.check()[0], self.read), (0, ["src/base/Good.cpp"]))
+        test = self.write("tests/unit/base/GoodTest.cpp", "int c();\n")
+        self.write("tests/unit/base/OtherTest.cpp", "int d();\n")
+        with unittest.mock.patch.object(check, "changed_files", lambda: {test}):
+            self.assertEqual((self.check()[0], self.read), (0, ["tests/unit/base/GoodTest.cpp"]))
         with unittest.mock.patch.object(check, "changed_files", lambda: None):
             self.assertIn("./test --lint reads all", self.check()[1])
 
@@ -680,6 +697,11 @@ class Base(Tree):
         other = self.write("src/base/Other.cpp", "\n")
         self.assertEqual(check.concerned([other, *readers], {header}), readers[:1])
         self.assertEqual(check.concerned([other, *readers], {header, readers[1]}), readers[1:])
+
+    def test_a_changed_header_of_the_tests_concerns_one_that_includes_it(self):
+        for header, include in (("tests/support/Shape.h", "support/Shape.h"), ("tests/unit/base/Fixture.h", "Fixture.h")):
+            reader = self.write("tests/unit/base/CircleTest.cpp", f'#include "{include}"\n')
+            self.assertEqual(check.concerned([reader], {self.write(header, "#pragma once\n")}), [reader])
 
     def test_the_history_of_a_folder_around_is_none(self):
         inner = self.clone() / "inner"
