@@ -1,3 +1,4 @@
+#include "BuildTree.h"
 #include "MorvaneTest.h"
 
 #include "support/ClipboardOwner.h"
@@ -93,11 +94,11 @@ protected:
     {
         s_folder = std::make_unique<QTemporaryDir>();
         for (const QString &component : {u"program"_s, u"browser"_s})
-            outputOf(u"cmake"_s, {u"--install"_s, QStringLiteral(MORVANE_BUILD_FOLDER), u"--prefix"_s,
-                                  root(Place::prefix), u"--component"_s, component});
+            outputOf(u"cmake"_s, {u"--install"_s, build_tree::root(), u"--prefix"_s, root(Place::prefix),
+                                  u"--component"_s, component});
         const QString made = s_folder->filePath(u"Made.app"_s);
         outputOf(QStringLiteral(MORVANE_SOURCE_DIR "/packaging/assemble-bundle.py"),
-                 {QStringLiteral(MORVANE_BUILD_FOLDER), made});
+                 {build_tree::root(), made});
         QDir().mkpath(QFileInfo(bundle()).path());
         ASSERT_TRUE(QDir().rename(made, bundle()));
     }
@@ -219,12 +220,12 @@ TEST_P(InstalledTest, ItsWindowIsTheOneThatTheMenuEntryTells)
 TEST_P(InstalledTest, ItsLibrariesAreThoseOfItsOwnTree)
 {
     MorvaneSession &morvane = prepareInstalled({});
-    morvane.setVariable(u"LD_LIBRARY_PATH"_s, QStringLiteral(MORVANE_BUILD_FOLDER "/lib/morvane"));
+    morvane.setVariable(u"LD_LIBRARY_PATH"_s, build_tree::root() + u"/lib/morvane"_s);
     morvane.start();
     const QString loaded = loadedBy(QString::number(morvane.program().process().pid()));
     const QString here = root(GetParam());
     EXPECT_TRUE(loaded.contains(here + u"/lib/morvane/libmorvane.so"_s));
-    EXPECT_FALSE(loaded.contains(QStringLiteral(MORVANE_BUILD_FOLDER "/")));
+    EXPECT_FALSE(loaded.contains(build_tree::root() + u"/"_s));
     if (GetParam() == Place::prefix)
         return;
     EXPECT_EQ(strangers(loaded, here), QString());
@@ -251,7 +252,7 @@ TEST_P(InstalledTest, PagesAreShownByTheEngineOfItsOwnTree)
                                                 ScriptedTurn::saying({"I see them."})});
     if (::geteuid() == 0) // whom the engine does not protect
         morvane.setVariable(u"QTWEBENGINE_DISABLE_SANDBOX"_s, u"1"_s);
-    morvane.setVariable(u"LD_LIBRARY_PATH"_s, QStringLiteral(MORVANE_BUILD_FOLDER "/lib/morvane"));
+    morvane.setVariable(u"LD_LIBRARY_PATH"_s, build_tree::root() + u"/lib/morvane"_s);
     morvane.start();
     morvane.send(u"Look at the birds"_s);
     ASSERT_TRUE(morvane.ear().hears(u"I see them."_s));

@@ -1,3 +1,4 @@
+#include "BuildTree.h"
 #include "UpdateTest.h"
 
 #include "support/WaitUntil.h"
@@ -16,7 +17,7 @@ protected:
     /// A program that dies at this point (tests/tools/CrashPoint.cpp) is started, and takes the update.
     void dieAt(MorvaneSession &morvane, const QString &point)
     {
-        morvane.setVariable(u"LD_PRELOAD"_s, QStringLiteral(MORVANE_CRASH_POINT));
+        morvane.setVariable(u"LD_PRELOAD"_s, build_tree::crashPoint());
         morvane.setVariable(u"CRASH_POINT"_s, point);
         morvane.start();
         ASSERT_TRUE(waitUntil([this] { return world.beside().isEmpty(); }));

@@ -1,5 +1,7 @@
 #include "LocalModelTest.h"
 
+#include "BuildTree.h"
+
 using namespace Qt::StringLiterals;
 
 namespace morvane {
@@ -7,7 +9,7 @@ namespace morvane {
 MorvaneSession &LocalModelTest::prepareHome()
 {
     MorvaneSession &morvane =
-        prepareProgram(QStringLiteral(MORVANE_ON_LOOPBACK), {}, Hearing::announcements, u"it's a home"_s);
+        prepareProgram(build_tree::morvaneOnLoopback(), {}, Hearing::announcements, u"it's a home"_s);
     world = std::make_unique<RuntimeWorld>(morvane);
     return morvane;
 }

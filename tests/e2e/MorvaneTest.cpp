@@ -1,5 +1,6 @@
 #include "MorvaneTest.h"
 
+#include "BuildTree.h"
 #include "support/LogRecorder.h"
 
 #include <QDeadlineTimer>
@@ -32,7 +33,7 @@ MorvaneSession &MorvaneTest::prepare(std::vector<ScriptedTurn> turns, Hearing he
 
 MorvaneSession &MorvaneTest::prepareScript(ModelScript script, Hearing hearing)
 {
-    return prepareProgram(QStringLiteral(MORVANE_PROGRAM), std::move(script), hearing, u"home"_s);
+    return prepareProgram(build_tree::morvane(), std::move(script), hearing, u"home"_s);
 }
 
 MorvaneSession &MorvaneTest::prepareProgram(const QString &program, ModelScript script, Hearing hearing,
@@ -61,9 +62,7 @@ void MorvaneTest::TearDown()
     }
     if (HasFailure()) {
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
-        const QString folder =
-            QStringLiteral(MORVANE_EVIDENCE_FOLDER "/%1.%2")
-                .arg(QString::fromUtf8(test->test_suite_name()), QString::fromUtf8(test->name()));
+        const QString folder = build_tree::evidence(test->test_suite_name(), test->name());
         m_session->keepEvidence(folder);
         std::cout << "evidence: " << folder.toStdString() << '\n';
     }

@@ -1,5 +1,6 @@
 #include "RuntimeWorld.h"
 
+#include "BuildTree.h"
 #include "localmodel/RuntimeInstaller.h"
 #include "support/SampleArchive.h"
 #include "support/UnusedPort.h"
@@ -28,7 +29,7 @@ QString archivePath()
 
 QString runtimeProgram()
 {
-    return QCoreApplication::applicationDirPath() + u"/scripted-runtime"_s;
+    return build_tree::program(u"scripted-runtime"_s);
 }
 
 /// Bytes that do not shrink when they are compressed.

@@ -1,3 +1,4 @@
+#include "BuildTree.h"
 #include "MorvaneTest.h"
 
 #include "support/WaitUntil.h"
@@ -15,10 +16,7 @@ namespace {
 /// Tool servers: added, used, switched and removed, and those that never answer.
 class ToolServersTest : public MorvaneTest {
 protected:
-    static QString serverProgram()
-    {
-        return QFileInfo(QStringLiteral(MORVANE_PROGRAM)).path() + u"/scripted-tool-server"_s;
-    }
+    static QString serverProgram() { return build_tree::program(u"scripted-tool-server"_s); }
     static QString pidFile(const MorvaneSession &morvane) { return morvane.home() + u"/pids"_s; }
 
     static void openToolServers(MorvaneSession &morvane)

@@ -1,5 +1,6 @@
 #include "UpdateWorld.h"
 
+#include "BuildTree.h"
 #include "support/SampleArchive.h"
 #include "support/UnusedPort.h"
 #include "support/WaitUntil.h"
@@ -66,9 +67,8 @@ QStringList filesBelow(const QString &folder)
 /// What a bundle is made of: each file with its place in it.
 QList<std::pair<QString, QString>> parts()
 {
-    const QString build = QStringLiteral(MORVANE_BUILD_FOLDER);
-    QList<std::pair<QString, QString>> found{
-        {QStringLiteral(MORVANE_ON_LOOPBACK), u"Contents/MacOS/Morvane"_s}};
+    const QString build = build_tree::root();
+    QList<std::pair<QString, QString>> found{{build_tree::morvaneOnLoopback(), u"Contents/MacOS/Morvane"_s}};
     for (const QString &folder : {u"/libexec/morvane"_s, u"/lib/morvane"_s, u"/share/morvane"_s})
         for (const QString &file : filesBelow(build + folder))
             found.append({file, u"Contents"_s + file.sliced(build.size())});

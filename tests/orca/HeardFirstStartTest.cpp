@@ -1,3 +1,4 @@
+#include "BuildTree.h"
 #include "HeardTest.h"
 #include "RuntimeWorld.h"
 
@@ -23,7 +24,7 @@ protected:
     MorvaneSession &newcomer()
     {
         MorvaneSession &morvane =
-            prepareProgram(QStringLiteral(MORVANE_ON_LOOPBACK), {}, Hearing::notifications, u"it's a home"_s);
+            prepareProgram(build_tree::morvaneOnLoopback(), {}, Hearing::notifications, u"it's a home"_s);
         morvane.forgetSettings();
         m_world = std::make_unique<RuntimeWorld>(morvane);
         m_world->offerRuntime();

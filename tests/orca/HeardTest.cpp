@@ -1,5 +1,6 @@
 #include "HeardTest.h"
 
+#include "BuildTree.h"
 #include "support/WaitUntil.h"
 
 #include <QFile>
@@ -80,9 +81,7 @@ void HeardTest::TearDown()
         for (const QString &piece : m_reader->heard())
             std::cout << "  " << piece.toStdString() << '\n';
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
-        m_reader->keepEvidence(
-            QStringLiteral(MORVANE_EVIDENCE_FOLDER "/%1.%2")
-                .arg(QString::fromUtf8(test->test_suite_name()), QString::fromUtf8(test->name())));
+        m_reader->keepEvidence(build_tree::evidence(test->test_suite_name(), test->name()));
     }
     m_reader.reset();
     MorvaneTest::TearDown();
