@@ -10,6 +10,13 @@ export GLIBC_TUNABLES=glibc.malloc.hugetlb=1${GLIBC_TUNABLES:+:$GLIBC_TUNABLES}
 
 preset=$1
 shift
+# Its tests are linked once more (tests/CMakeLists.txt).
+[ "$preset" != sanitize ] || scripts/build.sh release
+
+# One at a time in each folder, also beside what .ci/run builds ahead.
+mkdir -p build
+exec {lock}> "build/$preset.lock"
+flock "$lock"
 [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" "${MORVANE_CMAKE_OPTIONS[@]:---log-level=WARNING}"
 targets=()
 [ $# -gt 0 ] && targets=(--target "$@")

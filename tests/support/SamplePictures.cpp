@@ -1,13 +1,11 @@
 #include "support/SamplePictures.h"
 
+#include "support/Sanitizer.h"
+
 #include <QBuffer>
 #include <QtEndian>
 #include <libheif/heif.h>
 #include <random>
-#if __has_feature(address_sanitizer)
-#include <sanitizer/lsan_interface.h>
-#endif
-
 namespace morvane {
 
 QImage samplePhoto(QSize size)
@@ -79,9 +77,7 @@ QByteArray topDownBitmap(const QImage &image)
 
 QByteArray encodedHeic(const QImage &image)
 {
-#if __has_feature(address_sanitizer)
-    const __lsan::ScopedDisabler disabler; // x265 keeps some of what it allocates for each picture
-#endif
+    const LeaksForgiven forgiven; // x265 keeps some of what it allocates for each picture
     QByteArray bytes;
     heif_context *context = heif_context_alloc();
     heif_encoder *encoder = nullptr;

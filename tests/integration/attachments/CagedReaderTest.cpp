@@ -3,6 +3,7 @@
 #include "support/SamplePdf.h"
 #include "support/SamplePictures.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>

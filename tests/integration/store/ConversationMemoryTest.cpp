@@ -1,6 +1,7 @@
 #include "base/Uuid.h"
 #include "store/ConversationFiles.h"
 #include "support/SampleConversation.h"
+#include "support/Sanitizer.h"
 #include "support/TemporaryHome.h"
 
 #include <QFile>
@@ -41,9 +42,8 @@ TEST(ConversationMemoryTest, OpeningALargeFileTakesLittleMoreThanItsMessages)
     const auto file = files.load(id);
     const qint64 taken = memoryOf("VmHWM") - before;
     ASSERT_TRUE(file.has_value());
-#if !__has_feature(address_sanitizer) // which keeps what was given back
-    EXPECT_LT(taken, size + 20'000'000);
-#endif
+    if (!isSanitized()) // what was given back is kept then
+        EXPECT_LT(taken, size + 20'000'000);
     EXPECT_GT(taken, 0);
 }
 

@@ -2,6 +2,7 @@
 """What runs the tests and searches for breaking inputs never takes a failure for a success."""
 
 import contextlib
+import fcntl
 import importlib
 import io
 import os
@@ -406,6 +407,65 @@ class Chain(unittest.TestCase):
         self.assertEqual(self.call(".ci/run", failing="install-packages.sh")[:2], (1, ["install-packages.sh"]))
         self.assertEqual(self.call(".ci/run", failing="build.sh")[0], 0) # which ./test tells
         self.assertNotIn("build.sh sanitize", self.call(".ci/run", failing="build.sh")[1])
+
+
+class Build(unittest.TestCase):
+    """scripts/build.sh with a cmake that only notes what it is asked, and which folders others may build in meanwhile."""
+
+    CMAKE = """#!/bin/sh
+        echo "$*" | sed 's/ --log-level=WARNING//' >> notes
+        for lock in build/*.lock; do
+            flock --nonblock $lock true && echo $lock >> free
+        done
+        case " $FAILING " in *" $3 "*) exit 3;; esac
+        """
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.house = Path(folder.name)
+        for path, text in (("scripts/build.sh", (HOUSE / "scripts/build.sh").read_text()), ("bin/cmake", self.CMAKE)):
+            (self.house / path).parent.mkdir()
+            (self.house / path).write_text(text)
+            (self.house / path).chmod(0o755)
+
+    def start(self, *words, folder=".", script="scripts/build.sh", failing=""):
+        path = f"{self.house / 'bin'}:{os.environ['PATH']}"
+        return subprocess.Popen([script, *words], cwd=self.house / folder, env={**os.environ, "PATH": path, "FAILING": failing})
+
+    def notes(self):
+        return (self.house / "notes").read_text().splitlines()
+
+    def test_it_configures_and_builds(self):
+        self.assertEqual(self.start("debug").wait(), 0)
+        self.assertEqual(self.notes(), ["--preset debug", "--build --preset debug"])
+
+    def test_what_is_configured_is_only_built_and_no_more_than_asked_for(self):
+        (self.house / "build/debug").mkdir(parents=True)
+        (self.house / "build/debug/build.ninja").touch()
+        self.assertEqual(self.start("debug", "a", "b").wait(), 0)
+        self.assertEqual(self.notes(), ["--build --preset debug --target a b"])
+
+    def test_whose_tests_the_sanitizers_watch_is_built_before(self):
+        built = ["--preset release", "--build --preset release", "--preset sanitize", "--build --preset sanitize"]
+        self.assertEqual(self.start("sanitize", folder="scripts", script="./build.sh").wait(), 0)
+        self.assertEqual(self.notes(), built)
+        (self.house / "notes").unlink()
+        self.assertNotEqual(self.start("sanitize", failing="release").wait(), 0)
+        self.assertEqual(self.notes(), built[:2])
+
+    def test_nobody_else_builds_in_the_folder_meanwhile(self):
+        self.assertEqual(self.start("sanitize").wait(), 0)
+        self.assertEqual((self.house / "free").read_text().split(), ["build/release.lock"] * 2)  # while sanitize is built
+        with open(self.house / "build/debug.lock", "w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            waiting = self.start("debug")
+            place = f":{os.fstat(lock.fileno()).st_ino} "
+            while not any("->" in line and place in line for line in Path("/proc/locks").read_text().splitlines()):
+                self.assertIsNone(waiting.poll())
+            self.assertEqual(len(self.notes()), 4)
+        self.assertEqual(waiting.wait(), 0)
+        self.assertEqual(len(self.notes()), 6)
 
 
 class Packages(unittest.TestCase):
