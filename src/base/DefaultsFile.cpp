@@ -25,7 +25,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto updateLimit = 2s;
 /// Changes take some tenths of a millisecond, so that a waiter soon has its turn.
 constexpr auto retryTime = 200us;
 constexpr qint64 nanosecondsPerMillisecond = 1'000'000;
@@ -152,14 +151,15 @@ bool DefaultsFile::setAside() const
     return isGone;
 }
 
-bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change) const
+bool DefaultsFile::update(const std::function<void(QVariantMap &)> &change,
+                          std::chrono::milliseconds limit) const
 {
-    const Lock held = lock(updateLimit);
+    const Lock held = lock(limit);
     Content content = read();
-    if (content.isDamaged && !setAside())
+    if (content.isDamaged && !(held.isHeld() && setAside()))
         return false;
     change(content.values);
-    return write(content.values).has_value();
+    return held.isHeld() && write(content.values).has_value();
 }
 
 } // namespace morvane

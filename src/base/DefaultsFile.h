@@ -41,6 +41,10 @@ public:
     /// a usual one has some thousand.
     static constexpr qint64 maximumBytes = 8 * 1024 * 1024;
 
+    /// Changes take some tenths of a millisecond; whoever holds the lock for longer waits for a slow disk, or
+    /// hangs.
+    static constexpr std::chrono::milliseconds updateLimit{2000};
+
     explicit DefaultsFile(QString path);
 
     const QString &path() const { return m_path; }
@@ -64,10 +68,12 @@ public:
     /// must therefore not be replaced. Only with the lock held.
     bool setAside() const;
 
-    /// Reads, changes and writes the file under the lock. A damaged file is set aside, and what could be read
-    /// of it goes on. False if the file could not be set aside or written. When another holds the lock for
-    /// seconds the change is made without it: the holder then is a program that hangs.
-    bool update(const std::function<void(QVariantMap &values)> &change) const;
+    /// Reads, changes and writes the file under the lock, for which it waits at most for `limit`. A damaged
+    /// file is set aside, and what could be read of it goes on. False if another held the lock for so long,
+    /// or the file could not be set aside or written: it then stands as it was, whatever was made of its
+    /// values.
+    bool update(const std::function<void(QVariantMap &values)> &change,
+                std::chrono::milliseconds limit = updateLimit) const;
 
 private:
     QString m_path;

@@ -5,7 +5,6 @@
 #include "tools/reminders/Log.h"
 
 #include <algorithm>
-#include <chrono>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -15,7 +14,6 @@ namespace morvane {
 namespace {
 
 const auto key = u"pendingReminders"_s;
-constexpr auto lockLimit = std::chrono::seconds(2);
 
 } // namespace
 
@@ -97,10 +95,10 @@ std::optional<Reminder> PendingReminders::takeByPrefix(const QString &prefix)
     return takeFirst([&](const Reminder &reminder) { return uuidText(reminder.id).startsWith(prefix); });
 }
 
-void PendingReminders::ifEmpty(const std::function<void()> &cleanUp)
+void PendingReminders::ifEmpty(const std::function<void()> &cleanUp, std::chrono::milliseconds limit)
 {
-    const DefaultsFile::Lock held = m_file.lock(lockLimit);
-    if (list().isEmpty())
+    const DefaultsFile::Lock held = m_file.lock(limit);
+    if (held.isHeld() && list().isEmpty())
         cleanUp();
 }
 

@@ -32,7 +32,9 @@ public:
     std::optional<Reminder> takeByPrefix(const QString &prefix);
 
     /// Calls `cleanUp` if no reminder is pending, and keeps others from adding one before it has returned.
-    void ifEmpty(const std::function<void()> &cleanUp);
+    /// Not if another has been changing the file for as long as `limit`.
+    void ifEmpty(const std::function<void()> &cleanUp,
+                 std::chrono::milliseconds limit = DefaultsFile::updateLimit);
 
 private:
     bool change(const std::function<void(QList<Reminder> &)> &changeList);

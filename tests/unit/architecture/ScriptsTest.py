@@ -303,7 +303,7 @@ class Commands(unittest.TestCase):
     def test_a_name_that_no_source_has_is_told(self):
         result = subprocess.run([HOUSE / "scripts" / "check.py", "--all", "nowhere"], capture_output=True, text=True)
         self.assertEqual(result.returncode, 1, result.stdout)
-        self.assertIn('No source in src/ has "nowhere" in its path.\n', result.stdout)
+        self.assertIn('No source has "nowhere" in its path.\n', result.stdout)
 
     def test_what_builds_ahead_ends_with_an_interruption(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):

@@ -75,8 +75,9 @@ TEST_F(DefaultsFileTest, UpdatesOfManyThreadsLoseNothing)
         workers.emplace_back([this] {
             DefaultsFile own(path);
             for (int update = 0; update < updates; ++update)
-                own.update(
-                    [](QVariantMap &values) { values.insert("count", values.value("count").toInt() + 1); });
+                while (!own.update(
+                    [](QVariantMap &values) { values.insert("count", values.value("count").toInt() + 1); })) {
+                }
         });
     for (std::thread &worker : workers)
         worker.join();
@@ -109,6 +110,24 @@ TEST_F(DefaultsFileTest, ALockTurnsOthersAwayUntilItEnds)
         EXPECT_FALSE(other.lock(1ms).isHeld());
     }
     EXPECT_TRUE(other.lock(1ms).isHeld());
+}
+
+TEST_F(DefaultsFileTest, WhatAnotherIsChangingIsNotChangedBesideIt)
+{
+    home.write("Morvane/Morvane.conf", "[General]\na=1\nno key here\n");
+    const DefaultsFile other(path);
+    const auto change = [](QVariantMap &values) { values.insert("b", "2"); };
+    {
+        const DefaultsFile::Lock held = file.lock(1s);
+        ASSERT_TRUE(held.isHeld());
+        EXPECT_FALSE(other.update(change, 1ms));
+        EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=1\nno key here\n"));
+        ASSERT_TRUE(file.write({{"a", "1"}}));
+        EXPECT_FALSE(other.update(change, 1ms));
+        EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=1\n"));
+    }
+    EXPECT_TRUE(other.update(change, 1ms));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\na=1\nb=2\n"));
 }
 
 TEST_F(DefaultsFileTest, AFolderThatCannotBeMadeFailsTheUpdate)

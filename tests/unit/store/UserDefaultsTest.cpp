@@ -209,7 +209,8 @@ TEST_F(UserDefaultsTest, KeysOfAnotherThreadSurviveOurWrites)
     std::thread other([this] {
         DefaultsFile file(path);
         for (int count = 1; count <= writes; ++count)
-            file.update([count](QVariantMap &values) { values.insert("theirs", count); });
+            while (!file.update([count](QVariantMap &values) { values.insert("theirs", count); })) {
+            }
     });
     UserDefaults defaults(path);
     for (int count = 1; count <= writes; ++count) {

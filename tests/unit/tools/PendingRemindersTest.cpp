@@ -141,6 +141,11 @@ TEST_F(PendingRemindersTest, CleaningUpHappensOnlyWhenNothingIsPending)
         EXPECT_FALSE(DefaultsFile(path).lock(std::chrono::milliseconds(1)).isHeld());
     });
     EXPECT_EQ(cleanings, 1);
+    const DefaultsFile::Lock theirs =
+        DefaultsFile(path).lock(std::chrono::seconds(1)); // who may be adding one
+    ASSERT_TRUE(theirs.isHeld());
+    pending.ifEmpty([&] { ++cleanings; }, std::chrono::milliseconds(1));
+    EXPECT_EQ(cleanings, 1);
 }
 
 } // namespace
