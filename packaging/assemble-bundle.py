@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """assemble-bundle.py BUILD_FOLDER BUNDLE [--program FILE]: makes the bundle, such as Morvane.app, of what is built.
 
 The bundle holds the installed tree and what the programs in it load: their libraries, the toolkit's plugins, the web

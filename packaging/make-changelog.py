@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """make-changelog.py BUILD: prints the Debian changelog, of which BUILD is the newest release's build number."""
 
 import datetime

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """make-manifest.py IMAGE ADDRESS BUILD: prints the manifest latest.json of an update to the newest release.
 
 ADDRESS is where the image will lie.

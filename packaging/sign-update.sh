@@ -18,14 +18,14 @@ place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 
 # What is signed is told by signedText() in src/update/UpdateSignature.cpp.
-python3 - "$manifest" > "$place/text" <<'PYTHON'
+/usr/bin/python3 - "$manifest" > "$place/text" <<'PYTHON'
 import json, sys
 update = json.load(open(sys.argv[1], encoding="utf-8"))
 text = f"Morvane update\n{update['sha256'].lower()}\n{update['build']}\n{update['version']}"
 sys.stdout.buffer.write(text.encode())
 PYTHON
 openssl pkeyutl -sign -rawin -inkey "$key" -in "$place/text" -out "$place/signature"
-python3 - "$manifest" "$place/signature" "$place/manifest" <<'PYTHON'
+/usr/bin/python3 - "$manifest" "$place/signature" "$place/manifest" <<'PYTHON'
 import json, sys
 update = json.load(open(sys.argv[1], encoding="utf-8"))
 update["signature"] = open(sys.argv[2], "rb").read().hex()

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """check.py [--all [NAME]] [--fix]: what can be told of the sources without building them.
 
 The rules of scripts/rules.py and the layout (clang-format) for every file; clang-tidy for sources in src/ that changed

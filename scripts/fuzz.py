@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """fuzz.py BUILD_FOLDER MINUTES [FILTER]: searches for inputs that break the readers of outside input.
 
 Every fuzz target whose name contains FILTER gets an equal share of MINUTES, as many at once as there are processors.

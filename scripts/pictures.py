@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """pictures.py [FOLDER]: pictures of the windows in every state, for a look at them by eye.
 
 Without FOLDER it writes those of docs/images/windows, which docs/windows.md shows; with one it writes every state in

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """rules.py [ROOT]: the rules of the house that need no compiler, in about a second.
 
 Arrows between folders (read from src/CMakeLists.txt, their only place), sizes of classes, state that nobody hands

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """run-tests.py BUILD_FOLDER [FILTER]: runs the test programs that ctest knows and counts single tests.
 
 A program whose ctest name or whose tests contain FILTER is run, in the second case with only those tests. As many

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Writes the program's sounds beside this script: 16-bit mono WAV files, each under 0.6 s and 60 kB.
 
 A tone is a sine with two quiet overtones, like a soft mallet on wood. It swells for a few milliseconds and

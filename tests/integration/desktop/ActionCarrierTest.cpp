@@ -187,7 +187,7 @@ TEST_F(ActionCarrierTest, ACarrierThatEndsWithItsProgramBeforeItHasPassedTheAnsw
     program->lines = u"unix:path="_s + place;
     ActionCarrier carrier(m_bus, script(u"take\n"
                                         "tell 0 1\n"
-                                        "exec python3 -c '\n"
+                                        "exec /usr/bin/python3 -c '\n"
                                         "import os, select\n"
                                         "program = os.pidfd_open(%1)\n"
                                         "os.kill(%1, 9)\n"

@@ -224,7 +224,7 @@ TEST_F(OddServerTest, AnotherReaderOfJsonUnderstandsEveryNumberInABody)
                              "assert body['temperature'] == 0.1 + 0.2\n"
                              "assert body['tools'][0]['function']['parameters']['maximum'] == 0.1\n"
                              "print('understood')\n";
-    EXPECT_EQ(output("python3", {"-c", check}, server.requests().value(0).body), "understood\n");
+    EXPECT_EQ(output("/usr/bin/python3", {"-c", check}, server.requests().value(0).body), "understood\n");
 }
 
 } // namespace

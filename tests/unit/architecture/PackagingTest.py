@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """What a desktop and an update are told of Morvane is true and in the form that they read."""
 
 import hashlib

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """What runs the tests and searches for breaking inputs never takes a failure for a success."""
 
 import contextlib
@@ -24,7 +24,7 @@ fuzz = importlib.import_module("fuzz")
 run_tests = importlib.import_module("run-tests")
 
 # A program that takes GoogleTest's options; what it does with its report follows.
-PROGRAM = """#!/usr/bin/env python3
+PROGRAM = """#!/usr/bin/python3
 import os, signal, sys
 if "--gtest_list_tests" in sys.argv:
     print("Reader.\\n  ReadsWhatIsThere")
