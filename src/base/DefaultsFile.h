@@ -43,7 +43,7 @@ public:
 
     /// Changes take some tenths of a millisecond; whoever holds the lock for longer waits for a slow disk, or
     /// hangs.
-    static constexpr std::chrono::milliseconds updateLimit{2000};
+    static constexpr std::chrono::milliseconds updateLimit{20000};
 
     explicit DefaultsFile(QString path);
 

@@ -44,6 +44,9 @@ TEST_F(EngineDownloadTest, ADownloadGoesWhereTheUserSaysAndNowhereElse)
     EXPECT_FALSE(announcer.spoken.join(' ').contains("Failed to load"));
 }
 
+/// With so many bytes a download stops until it is wanted; some may come before it has.
+constexpr qint64 mostUnasked = 8 * 1024 * 1024;
+
 TEST_F(EngineDownloadTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
 {
     const QByteArray half = QByteArray("0123456789abcdef").repeated(800'000);
@@ -60,7 +63,7 @@ TEST_F(EngineDownloadTest, ALargeDownloadWaitsForItsPlaceAndIsWhole)
     QObject::connect(&page(), &WebPage::downloadRequested, [&](const auto &offered) { download = offered; });
     const TemporaryHome home;
     page().load(slow.url("/large"));
-    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == half.size(); }));
+    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() > mostUnasked; }));
     settle(); // it is paused by now
     goesOn = true;
     window.destinations.last()(home.path("large.bin"));
@@ -88,7 +91,7 @@ TEST_F(EngineDownloadTest, OfAFileThatNobodyHasAcceptedTheRestIsNotFetched)
     std::shared_ptr<PageDownload> download;
     QObject::connect(&page(), &WebPage::downloadRequested, [&](const auto &offered) { download = offered; });
     page().load(slow.url("/large"));
-    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() == part.size(); }));
+    ASSERT_TRUE(waitUntil([&] { return download && download->receivedBytes() > mostUnasked; }));
     settle(); // it is paused by now
     goesOn = true;
     // The time that this takes would be more than enough.
