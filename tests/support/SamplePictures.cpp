@@ -6,6 +6,7 @@
 #include <QtEndian>
 #include <libheif/heif.h>
 #include <random>
+
 namespace morvane {
 
 QImage samplePhoto(QSize size)

@@ -13,8 +13,6 @@ using namespace std::chrono_literals;
 namespace morvane {
 namespace {
 
-/// What a flood may add to our memory, in kilobytes. The address sanitizer holds freed blocks back for a
-/// while.
 /// That no server, and nothing that it started, outlives its connection or the program.
 class ProcessHygieneTest : public McpTest {
 protected:
@@ -228,6 +226,7 @@ TEST_F(ProcessHygieneTest, AFloodOnStandardErrorGrowsNothing)
     ASSERT_TRUE(hasWritten(50));
     const qint64 memory = number(::getpid(), u"status"_s, "VmRSS");
     ASSERT_TRUE(hasWritten(1'000));
+    // In kilobytes. The address sanitizer holds freed blocks back for a while.
     EXPECT_LT(number(::getpid(), u"status"_s, "VmRSS"), memory + (isSanitized() ? 300'000 : 8'000));
     EXPECT_EQ(call(server, u"echo"_s, {{"text", "heard"}}).text, "heard");
 }
