@@ -113,7 +113,9 @@ def check_alone(files):
     """The compiler reads each by itself, as the debug preset would build it: elsewhere tests are compiled in batches, where
     one source includes what another forgot."""
     commands = ROOT / "build" / "debug" / "compile_commands.json"
-    entries = {entry["file"]: entry for entry in json.loads(commands.read_text())} if files else {}
+    if not commands.exists():
+        return []  # why it is missing was told by configure()
+    entries = {entry["file"]: entry for entry in json.loads(commands.read_text())}
     known = [entries[str(path)] for path in files if str(path) in entries]  # those for fuzzing are not among them
     return run_parallel(["nice", *shlex.split(entry["command"]), "-fsyntax-only"] for entry in known)
 

@@ -531,6 +531,7 @@ class Compilers(Tree):
         bad = self.write("tests/unit/base/A.cpp", "std::string a()\n{\n    return {};\n}\n")
         good = self.write("tests/unit/base/B.cpp", "#include <string>\nstd::string b()\n{\n    return {};\n}\n")
         reader = self.write("tests/fuzz/C.cpp", "no C++\n")
+        self.assertEqual(check.check_alone([bad]), [])  # where configuring failed, which is told by itself
         commands = [{"directory": str(self.root), "file": str(path), "command": f"clang++-19 -std=c++23 -c {path}"}
                     for path in (bad, good)]
         self.write("build/debug/compile_commands.json", json.dumps(commands))
