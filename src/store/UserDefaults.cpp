@@ -80,7 +80,8 @@ void UserDefaults::readFirst()
         content = m_file.read();
         if (content.isDamaged) {
             qCWarning(storeLog) << "the settings were damaged; what could be read is kept";
-            m_file.setAside();
+            if (lock.isHeld()) // else at the next write
+                m_file.setAside();
             for (auto value = content.values.cbegin(); value != content.values.cend(); ++value)
                 m_changes.insert(value.key(), *value);
             content.identity.reset();

@@ -14,10 +14,20 @@ namespace morvane {
 namespace {
 
 const auto key = u"pendingReminders"_s;
+/// What has failed is tried again in passing.
+constexpr auto passingLimit = std::chrono::milliseconds(100);
 
 } // namespace
 
-PendingReminders::PendingReminders(const QString &path) : m_file(path) {}
+PendingReminders::PendingReminders(const QString &path, std::chrono::milliseconds patience)
+    : m_file(path), m_patience(patience)
+{
+}
+
+PendingReminders::~PendingReminders()
+{
+    removeTaken();
+}
 
 QList<Reminder> PendingReminders::decoded(const QVariantMap &values) const
 {
@@ -29,6 +39,7 @@ QList<Reminder> PendingReminders::decoded(const QVariantMap &values) const
 QList<Reminder> PendingReminders::list()
 {
     const std::lock_guard lock(m_lock);
+    removeTaken();
     const auto identity = FileIdentity::ofPath(m_file.path());
     if (!identity || identity != m_identity) {
         const DefaultsFile::Content content = m_file.read();
@@ -38,19 +49,39 @@ QList<Reminder> PendingReminders::list()
     return m_read;
 }
 
+bool PendingReminders::owesRemovals()
+{
+    const std::lock_guard lock(m_lock);
+    return !m_taken.isEmpty();
+}
+
+void PendingReminders::removeTaken()
+{
+    if (!m_taken.isEmpty())
+        changeLocked([](QList<Reminder> &) {}, std::min(passingLimit, m_patience)); // which leaves them out
+}
+
 bool PendingReminders::change(const std::function<void(QList<Reminder> &)> &changeList)
 {
     const std::lock_guard lock(m_lock);
+    return changeLocked(changeList, m_patience);
+}
+
+bool PendingReminders::changeLocked(const std::function<void(QList<Reminder> &)> &changeList,
+                                    std::chrono::milliseconds limit)
+{
     QSet<QUuid> removed;
-    const bool isWritten = m_file.update([&](QVariantMap &values) {
-        QList<Reminder> reminders = decoded(values);
-        for (const Reminder &reminder : reminders)
-            removed.insert(reminder.id);
-        changeList(reminders);
-        for (const Reminder &reminder : reminders)
-            removed.remove(reminder.id);
-        values.insert(key, remindersToJson(reminders));
-    });
+    const bool isWritten = m_file.update(
+        [&](QVariantMap &values) {
+            QList<Reminder> reminders = decoded(values);
+            for (const Reminder &reminder : reminders)
+                removed.insert(reminder.id);
+            changeList(reminders);
+            for (const Reminder &reminder : reminders)
+                removed.remove(reminder.id);
+            values.insert(key, remindersToJson(reminders));
+        },
+        limit);
     m_identity.reset();
     if (isWritten)
         m_taken.clear();
@@ -95,9 +126,9 @@ std::optional<Reminder> PendingReminders::takeByPrefix(const QString &prefix)
     return takeFirst([&](const Reminder &reminder) { return uuidText(reminder.id).startsWith(prefix); });
 }
 
-void PendingReminders::ifEmpty(const std::function<void()> &cleanUp, std::chrono::milliseconds limit)
+void PendingReminders::ifEmpty(const std::function<void()> &cleanUp)
 {
-    const DefaultsFile::Lock held = m_file.lock(limit);
+    const DefaultsFile::Lock held = m_file.lock(m_patience);
     if (held.isHeld() && list().isEmpty())
         cleanUp();
 }

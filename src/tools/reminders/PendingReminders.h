@@ -4,6 +4,8 @@
 #include "model/Reminder.h"
 
 #include <QSet>
+#include <chrono>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -14,12 +16,21 @@ namespace morvane {
 /// out is the only one who gets it. Any thread; blocks for file accesses.
 class PendingReminders {
 public:
-    /// `path` is the file of the user defaults.
-    explicit PendingReminders(const QString &path);
+    /// `path` is the file of the user defaults. Where another program changes it, changes wait for
+    /// `patience`.
+    explicit PendingReminders(const QString &path,
+                              std::chrono::milliseconds patience = DefaultsFile::updateLimit);
+    ~PendingReminders();
+    PendingReminders(const PendingReminders &) = delete;
+    PendingReminders &operator=(const PendingReminders &) = delete;
 
-    /// As stored. Empty where there is none or its bytes cannot be understood; the next change replaces
-    /// those.
+    /// As stored, without what was taken, which is removed now if that has failed. Empty where there is none
+    /// or its bytes cannot be understood; the next change replaces those.
     QList<Reminder> list();
+
+    /// Whether something that was taken could not be removed yet. The next start would find it, so that
+    /// whoever can wait asks for the list again.
+    bool owesRemovals();
 
     /// Appends a reminder and brings it to the disk. False if it could not be stored.
     bool add(const Reminder &reminder);
@@ -32,16 +43,19 @@ public:
     std::optional<Reminder> takeByPrefix(const QString &prefix);
 
     /// Calls `cleanUp` if no reminder is pending, and keeps others from adding one before it has returned.
-    /// Not if another has been changing the file for as long as `limit`.
-    void ifEmpty(const std::function<void()> &cleanUp,
-                 std::chrono::milliseconds limit = DefaultsFile::updateLimit);
+    /// Not if another keeps changing the file.
+    void ifEmpty(const std::function<void()> &cleanUp);
 
 private:
     bool change(const std::function<void(QList<Reminder> &)> &changeList);
+    bool changeLocked(const std::function<void(QList<Reminder> &)> &changeList,
+                      std::chrono::milliseconds limit);
+    void removeTaken();
     template <class Matches> std::optional<Reminder> takeFirst(Matches matches);
     QList<Reminder> decoded(const QVariantMap &values) const;
 
     DefaultsFile m_file;
+    const std::chrono::milliseconds m_patience;
     std::mutex m_lock;
     QList<Reminder> m_read;                 ///< What the file held, as long as it is the same file.
     std::optional<FileIdentity> m_identity; ///< Of the file that was read.

@@ -119,6 +119,7 @@ Task<QString> ReminderStore::cancelReminder(QString idString)
     if (!cancelled)
         co_return u"Error: no reminder with id \""_s + id + u"\". Use list_reminders to see the ids."_s;
     m_center.removePending(uuidText(cancelled->id));
+    watch(); // the file may have been another's for a moment
     co_return u"Cancelled the reminder \""_s + cancelled->message + u"\"."_s;
 }
 
@@ -159,7 +160,8 @@ Task<void> ReminderStore::monitor()
                 fire(reminder);
             }
         }
-        if (!reminders.isEmpty())
+        if (!reminders.isEmpty() ||
+            co_await runOn(&m_disk, [pending = m_pending] { return pending->owesRemovals(); }))
             co_await sleepFor(sleep);
         else if (added == m_added)
             co_return;

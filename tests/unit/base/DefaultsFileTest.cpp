@@ -75,9 +75,8 @@ TEST_F(DefaultsFileTest, UpdatesOfManyThreadsLoseNothing)
         workers.emplace_back([this] {
             DefaultsFile own(path);
             for (int update = 0; update < updates; ++update)
-                while (!own.update(
-                    [](QVariantMap &values) { values.insert("count", values.value("count").toInt() + 1); })) {
-                }
+                EXPECT_TRUE(own.update(
+                    [](QVariantMap &values) { values.insert("count", values.value("count").toInt() + 1); }));
         });
     for (std::thread &worker : workers)
         worker.join();

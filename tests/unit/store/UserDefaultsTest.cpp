@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/stat.h>
 #include <thread>
 
@@ -189,6 +190,21 @@ TEST_F(UserDefaultsTest, TwoProgramsKeepEachOthersKeys)
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nfirst=1\nsecond=2\nthird=3\n"));
 }
 
+TEST_F(UserDefaultsTest, ADamagedFileThatAnotherProgramIsChangingIsLeftToIt)
+{
+    home.write("Morvane/Morvane.conf", "[General]\nmodel=a\nno key here\n");
+    std::optional<DefaultsFile::Lock> theirs = DefaultsFile(path).lock(std::chrono::seconds(1));
+    ASSERT_TRUE(theirs->isHeld());
+    UserDefaults defaults(path);
+    EXPECT_FALSE(QFileInfo::exists(path + ".damaged"));
+    EXPECT_EQ(defaults.value("model"), QVariant("a"));
+    theirs.reset();
+    defaults.set("second", "2");
+    EXPECT_TRUE(defaults.write());
+    EXPECT_TRUE(QFileInfo::exists(path + ".damaged"));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nmodel=a\nsecond=2\n"));
+}
+
 TEST_F(UserDefaultsTest, ChangesWaitWhileAnotherProgramChangesTheFile)
 {
     UserDefaults defaults(path);
@@ -209,8 +225,7 @@ TEST_F(UserDefaultsTest, KeysOfAnotherThreadSurviveOurWrites)
     std::thread other([this] {
         DefaultsFile file(path);
         for (int count = 1; count <= writes; ++count)
-            while (!file.update([count](QVariantMap &values) { values.insert("theirs", count); })) {
-            }
+            EXPECT_TRUE(file.update([count](QVariantMap &values) { values.insert("theirs", count); }));
     });
     UserDefaults defaults(path);
     for (int count = 1; count <= writes; ++count) {

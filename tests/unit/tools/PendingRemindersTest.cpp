@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -144,8 +145,30 @@ TEST_F(PendingRemindersTest, CleaningUpHappensOnlyWhenNothingIsPending)
     const DefaultsFile::Lock theirs =
         DefaultsFile(path).lock(std::chrono::seconds(1)); // who may be adding one
     ASSERT_TRUE(theirs.isHeld());
-    pending.ifEmpty([&] { ++cleanings; }, std::chrono::milliseconds(1));
+    PendingReminders(path, std::chrono::milliseconds(1)).ifEmpty([&] { ++cleanings; });
     EXPECT_EQ(cleanings, 1);
+}
+
+TEST_F(PendingRemindersTest, WhatIsTakenWhileAnotherChangesTheFileIsRemovedLater)
+{
+    const Reminder tea = add("tea");
+    const Reminder coffee = add("coffee");
+    PendingReminders hasty(path, std::chrono::milliseconds(1));
+    std::optional<PendingReminders> last(std::in_place, path, std::chrono::milliseconds(1));
+    {
+        const DefaultsFile::Lock theirs = DefaultsFile(path).lock(std::chrono::seconds(1));
+        ASSERT_TRUE(theirs.isHeld());
+        EXPECT_EQ(hasty.take(tea.id), tea);
+        EXPECT_EQ(hasty.take(tea.id), std::nullopt);
+        EXPECT_TRUE(hasty.owesRemovals());
+        EXPECT_EQ(last->take(coffee.id), coffee);
+        EXPECT_EQ(PendingReminders(path).list(), (QList<Reminder>{tea, coffee}));
+    }
+    EXPECT_EQ(hasty.list(), QList<Reminder>{coffee});
+    EXPECT_FALSE(hasty.owesRemovals());
+    EXPECT_EQ(PendingReminders(path).list(), QList<Reminder>{coffee});
+    last.reset();
+    EXPECT_EQ(PendingReminders(path).list(), QList<Reminder>());
 }
 
 } // namespace

@@ -164,6 +164,24 @@ TEST_F(ReminderStoreTest, ATimeReadsAsOnAWallClock)
     qunsetenv("TZ");
 }
 
+TEST_F(ReminderStoreTest, WhatACancellationCouldNotRemoveIsRemovedLater)
+{
+    startMonitoring();
+    set("tea", 5);
+    {
+        const FileSizeLimit full(0);
+        EXPECT_EQ(cancel(uuidText(stored().front().id)), "Cancelled the reminder \"tea\".");
+        EXPECT_EQ(list(), "There are no pending reminders.");
+        clock.advance(2s);
+        awaitMonitor();
+        EXPECT_EQ(stored().size(), 1);
+    }
+    EXPECT_TRUE(waitUntil([this] {
+        clock.advance(100ms);
+        return stored().isEmpty();
+    }));
+}
+
 TEST_F(ReminderStoreTest, TheShortIdOfTheListCancels)
 {
     set("tea", 5);
