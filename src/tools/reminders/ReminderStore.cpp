@@ -98,7 +98,6 @@ Task<QString> ReminderStore::setReminder(QString message, double minutes)
         co_await runOn(&m_disk, [pending = m_pending, reminder] { return pending->add(reminder); });
     if (!isStored)
         co_return u"Error: the reminder could not be saved."_s;
-    ++m_added;
     scheduleNotification(reminder);
     watch();
     co_return u"Reminder set: \""_s + text + u"\" in "_s + delayPhrase(minutes) + u'.';
@@ -136,6 +135,7 @@ void ReminderStore::startMonitoring()
 
 void ReminderStore::watch()
 {
+    ++m_calls;
     if (m_monitors && (!m_monitorTask || m_monitorTask->done()))
         m_monitorTask = m_scheduler.spawn(monitor());
 }
@@ -143,9 +143,11 @@ void ReminderStore::watch()
 Task<void> ReminderStore::monitor()
 {
     while (true) {
-        const int added = m_added;
-        const QList<Reminder> reminders =
-            co_await runOn(&m_disk, [pending = m_pending] { return pending->list(); });
+        const int calls = m_calls;
+        const auto [reminders, owesRemovals] = co_await runOn(&m_disk, [pending = m_pending] {
+            const QList<Reminder> listed = pending->list();
+            return std::pair(listed, pending->owesRemovals());
+        });
         std::chrono::milliseconds sleep = longestSleep;
         for (const Reminder &reminder : reminders) {
             const double timeLeft = reminder.fireDate - m_now();
@@ -160,10 +162,9 @@ Task<void> ReminderStore::monitor()
                 fire(reminder);
             }
         }
-        if (!reminders.isEmpty() ||
-            co_await runOn(&m_disk, [pending = m_pending] { return pending->owesRemovals(); }))
+        if (!reminders.isEmpty() || owesRemovals)
             co_await sleepFor(sleep);
-        else if (added == m_added)
+        else if (calls == m_calls)
             co_return;
     }
 }

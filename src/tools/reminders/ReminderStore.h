@@ -46,7 +46,7 @@ public:
     Task<bool> consumeIfPending(QUuid id);
 
     /// Fires what is due now and from now on, within a second of its time. While nothing is pending nothing
-    /// is watched. Called again it does nothing.
+    /// is watched. Called again it looks for what another has added.
     void startMonitoring();
 
     /// Asks the notification centre anew for what is still ahead, since it may have lost its requests.
@@ -66,7 +66,7 @@ private:
     Announcer &m_announcer;
     WallClock m_now;
     bool m_monitors = false;
-    int m_added = 0; ///< Grows with every new reminder, so that the monitor does not overlook one.
+    int m_calls = 0; ///< Of the monitor: one that came while it looked is answered before it ends.
     std::optional<TaskHandle<void>> m_monitorTask;
     QThreadPool m_disk;
 };

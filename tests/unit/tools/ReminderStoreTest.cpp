@@ -269,6 +269,23 @@ TEST_F(ReminderStoreTest, NothingIsWatchedWhileNothingIsPending)
     EXPECT_EQ(announcer.spoken.size(), 1);
 }
 
+TEST_F(ReminderStoreTest, AMonitorThatIsAboutToEndLooksAgainWhereItIsCalled)
+{
+    for (int round = 1; round <= 20; ++round) {
+        // Goes on when its own look at the disk is done and that of the monitor comes next.
+        auto another = scheduler.spawn([](auto &test) -> Task<void> {
+            co_await test.store.listReminders();
+            EXPECT_TRUE(PendingReminders(test.path).add({newUuid(), "tea", test.now - 1}));
+            test.store.startMonitoring();
+        }(*this));
+        store.startMonitoring();
+        ASSERT_TRUE(waitUntil([&] { return announcer.spoken.size() == round; }));
+        ASSERT_TRUE(waitUntil([this] { return clock.pendingTimers() > 0; }));
+        clock.advance(2s);
+        awaitMonitor();
+    }
+}
+
 TEST_F(ReminderStoreTest, AJumpOfTheCalendarIsNoticedWithinASecond)
 {
     startMonitoring();
