@@ -61,6 +61,7 @@ TEST_F(DownloadTest, ANameWithoutEndKeepsItsBeginningAndItsKind)
 TEST_F(DownloadTest, APageIsSavedFromItsMenu)
 {
     show("<p>kingfisher");
+    awaitInput();
     QTest::mouseClick(page().view()->focusProxy(), Qt::RightButton, {}, QPoint(50, 50));
     QMenu *menu = nullptr;
     ASSERT_TRUE(waitUntil(

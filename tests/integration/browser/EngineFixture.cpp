@@ -125,8 +125,16 @@ QString EngineFixture::valueOf(const QString &id)
     return value(QString("document.getElementById('%1').value").arg(id)).toString();
 }
 
+void EngineFixture::awaitInput()
+{
+    ASSERT_TRUE(waitUntil([this] {
+        return value("performance.getEntriesByName('first-contentful-paint').length").toInt() > 0;
+    }));
+}
+
 void EngineFixture::press(const QString &keys)
 {
+    awaitInput();
     QWidget *const view = page().view();
     view->activateWindow();
     ASSERT_TRUE(waitUntil([view] { return view->isActiveWindow() && view->focusProxy(); }));

@@ -68,6 +68,9 @@ protected:
     void runInPage(const QString &script);
     /// What the field with this id holds.
     QString valueOf(const QString &id);
+    /// Waits until the page hears what a user does: the engine drops all of it before the page has painted
+    /// some text or a picture. A page without any never hears.
+    void awaitInput();
     /// Presses keys in the page, as the user does.
     void press(const QString &keys);
 

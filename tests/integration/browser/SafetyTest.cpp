@@ -163,6 +163,7 @@ TEST_F(SafetyTest, AnOperationThatMeetsASheetEndsByItsLimit)
 TEST_F(SafetyTest, TheMenuOfAPageLeadsToNothingButTheWeb)
 {
     show("<p>x");
+    awaitInput();
     QTest::mouseClick(page().view()->focusProxy(), Qt::RightButton, {}, QPoint(50, 50));
     QMenu *menu = nullptr;
     ASSERT_TRUE(waitUntil(
