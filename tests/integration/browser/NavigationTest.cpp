@@ -171,10 +171,11 @@ TEST_F(EngineNavigationTest, ACrashIsToldAndTheNextLoadWorks)
 
 TEST_F(EngineNavigationTest, APageThatHangsCanBeLeft)
 {
-    server.page("/hung", "<title>Hung</title><script>addEventListener('load', () => setTimeout(() => { for "
-                         "(;;); }))</script>");
+    server.page("/hung", "<title>Hung</title><script>addEventListener('load', () => setTimeout(() => { "
+                         "const last = new XMLHttpRequest; last.open('GET', '/last', false); last.send(); "
+                         "for (;;); }))</script>");
     page().load(server.url("/hung"));
-    ASSERT_TRUE(waitUntil([this] { return !visits.isEmpty(); }));
+    ASSERT_TRUE(waitUntil([this] { return !server.requests("/last").isEmpty() && !visits.isEmpty(); }));
     clock.longest = std::chrono::seconds(1);
     EXPECT_TRUE(read().startsWith("Error: could not read the page."));
     clock.longest = Clock::Duration::max();
