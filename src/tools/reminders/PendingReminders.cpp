@@ -39,7 +39,6 @@ QList<Reminder> PendingReminders::decoded(const QVariantMap &values) const
 QList<Reminder> PendingReminders::list()
 {
     const std::lock_guard lock(m_lock);
-    removeTaken();
     const auto identity = FileIdentity::ofPath(m_file.path());
     if (!identity || identity != m_identity) {
         const DefaultsFile::Content content = m_file.read();
@@ -49,16 +48,11 @@ QList<Reminder> PendingReminders::list()
     return m_read;
 }
 
-bool PendingReminders::owesRemovals()
+bool PendingReminders::removeTaken()
 {
     const std::lock_guard lock(m_lock);
-    return !m_taken.isEmpty();
-}
-
-void PendingReminders::removeTaken()
-{
-    if (!m_taken.isEmpty())
-        changeLocked([](QList<Reminder> &) {}, std::min(passingLimit, m_patience)); // which leaves them out
+    const auto leaveThemOut = [](QList<Reminder> &) {}; // as every change does
+    return m_taken.isEmpty() || changeLocked(leaveThemOut, std::min(passingLimit, m_patience));
 }
 
 bool PendingReminders::change(const std::function<void(QList<Reminder> &)> &changeList)
@@ -128,6 +122,7 @@ std::optional<Reminder> PendingReminders::takeByPrefix(const QString &prefix)
 
 void PendingReminders::ifEmpty(const std::function<void()> &cleanUp)
 {
+    removeTaken();
     const DefaultsFile::Lock held = m_file.lock(m_patience);
     if (held.isHeld() && list().isEmpty())
         cleanUp();

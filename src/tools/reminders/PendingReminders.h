@@ -24,13 +24,13 @@ public:
     PendingReminders(const PendingReminders &) = delete;
     PendingReminders &operator=(const PendingReminders &) = delete;
 
-    /// As stored, without what was taken, which is removed now if that has failed. Empty where there is none
-    /// or its bytes cannot be understood; the next change replaces those.
+    /// As stored, without what was taken. Empty where there is none or its bytes cannot be understood; the
+    /// next change replaces those. Only reads: whoever watches the folder may ask at every change in it.
     QList<Reminder> list();
 
-    /// Whether something that was taken could not be removed yet. The next start would find it, so that
-    /// whoever can wait asks for the list again.
-    bool owesRemovals();
+    /// Tries once more to remove what was taken and could not be removed; the next start would find it. False
+    /// if it is still there. The next change and the end of this object try it too.
+    bool removeTaken();
 
     /// Appends a reminder and brings it to the disk. False if it could not be stored.
     bool add(const Reminder &reminder);
@@ -50,7 +50,6 @@ private:
     bool change(const std::function<void(QList<Reminder> &)> &changeList);
     bool changeLocked(const std::function<void(QList<Reminder> &)> &changeList,
                       std::chrono::milliseconds limit);
-    void removeTaken();
     template <class Matches> std::optional<Reminder> takeFirst(Matches matches);
     QList<Reminder> decoded(const QVariantMap &values) const;
 

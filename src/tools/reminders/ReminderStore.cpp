@@ -118,7 +118,6 @@ Task<QString> ReminderStore::cancelReminder(QString idString)
     if (!cancelled)
         co_return u"Error: no reminder with id \""_s + id + u"\". Use list_reminders to see the ids."_s;
     m_center.removePending(uuidText(cancelled->id));
-    watch(); // the file may have been another's for a moment
     co_return u"Cancelled the reminder \""_s + cancelled->message + u"\"."_s;
 }
 
@@ -144,9 +143,9 @@ Task<void> ReminderStore::monitor()
 {
     while (true) {
         const int calls = m_calls;
-        const auto [reminders, owesRemovals] = co_await runOn(&m_disk, [pending = m_pending] {
-            const QList<Reminder> listed = pending->list();
-            return std::pair(listed, pending->owesRemovals());
+        const auto [areTakenRemoved, reminders] = co_await runOn(&m_disk, [pending = m_pending] {
+            const bool areRemoved = pending->removeTaken();
+            return std::pair(areRemoved, pending->list());
         });
         std::chrono::milliseconds sleep = longestSleep;
         for (const Reminder &reminder : reminders) {
@@ -162,7 +161,7 @@ Task<void> ReminderStore::monitor()
                 fire(reminder);
             }
         }
-        if (!reminders.isEmpty() || owesRemovals)
+        if (!reminders.isEmpty() || !areTakenRemoved)
             co_await sleepFor(sleep);
         else if (calls == m_calls)
             co_return;

@@ -149,6 +149,20 @@ TEST_F(PendingRemindersTest, CleaningUpHappensOnlyWhenNothingIsPending)
     EXPECT_EQ(cleanings, 1);
 }
 
+TEST_F(PendingRemindersTest, WhatCouldNotBeRemovedIsRemovedBeforeCleaningUp)
+{
+    const Reminder tea = add("tea");
+    PendingReminders hasty(path, std::chrono::milliseconds(1));
+    {
+        const DefaultsFile::Lock theirs = DefaultsFile(path).lock(std::chrono::seconds(1));
+        ASSERT_TRUE(theirs.isHeld());
+        EXPECT_EQ(hasty.take(tea.id), tea);
+    }
+    QList<Reminder> left{tea};
+    hasty.ifEmpty([&] { left = PendingReminders(path).list(); });
+    EXPECT_EQ(left, QList<Reminder>());
+}
+
 TEST_F(PendingRemindersTest, WhatIsTakenWhileAnotherChangesTheFileIsRemovedLater)
 {
     const Reminder tea = add("tea");
@@ -160,12 +174,13 @@ TEST_F(PendingRemindersTest, WhatIsTakenWhileAnotherChangesTheFileIsRemovedLater
         ASSERT_TRUE(theirs.isHeld());
         EXPECT_EQ(hasty.take(tea.id), tea);
         EXPECT_EQ(hasty.take(tea.id), std::nullopt);
-        EXPECT_TRUE(hasty.owesRemovals());
+        EXPECT_FALSE(hasty.removeTaken());
         EXPECT_EQ(last->take(coffee.id), coffee);
         EXPECT_EQ(PendingReminders(path).list(), (QList<Reminder>{tea, coffee}));
     }
     EXPECT_EQ(hasty.list(), QList<Reminder>{coffee});
-    EXPECT_FALSE(hasty.owesRemovals());
+    EXPECT_EQ(PendingReminders(path).list(), (QList<Reminder>{tea, coffee})) << "to look changes nothing";
+    EXPECT_TRUE(hasty.removeTaken());
     EXPECT_EQ(PendingReminders(path).list(), QList<Reminder>{coffee});
     last.reset();
     EXPECT_EQ(PendingReminders(path).list(), QList<Reminder>());
