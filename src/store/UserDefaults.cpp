@@ -80,10 +80,12 @@ void UserDefaults::readFirst()
         content = m_file.read();
         if (content.isDamaged) {
             qCWarning(storeLog) << "the settings were damaged; what could be read is kept";
-            if (lock.isHeld()) // else at the next write
+            // Another that holds it may be mending it: at the next write it is read once more.
+            if (lock.isHeld()) {
                 m_file.setAside();
-            for (auto value = content.values.cbegin(); value != content.values.cend(); ++value)
-                m_changes.insert(value.key(), *value);
+                for (auto value = content.values.cbegin(); value != content.values.cend(); ++value)
+                    m_changes.insert(value.key(), *value);
+            }
             content.identity.reset();
         }
     }

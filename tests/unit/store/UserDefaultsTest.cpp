@@ -205,6 +205,20 @@ TEST_F(UserDefaultsTest, ADamagedFileThatAnotherProgramIsChangingIsLeftToIt)
     EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nmodel=a\nsecond=2\n"));
 }
 
+TEST_F(UserDefaultsTest, WhatAnotherProgramMendsMeanwhileIsNotUndone)
+{
+    home.write("Morvane/Morvane.conf", "[General]\nmodel=a\nno key here\n");
+    std::optional<DefaultsFile::Lock> theirs = DefaultsFile(path).lock(std::chrono::seconds(1));
+    ASSERT_TRUE(theirs->isHeld());
+    UserDefaults defaults(path);
+    ASSERT_TRUE(DefaultsFile(path).write({{"model", "b"}}));
+    theirs.reset();
+    defaults.set("second", "2");
+    EXPECT_TRUE(defaults.write());
+    EXPECT_EQ(defaults.value("model"), QVariant("b"));
+    EXPECT_EQ(home.read("Morvane/Morvane.conf"), QByteArray("[General]\nmodel=b\nsecond=2\n"));
+}
+
 TEST_F(UserDefaultsTest, ChangesWaitWhileAnotherProgramChangesTheFile)
 {
     UserDefaults defaults(path);
