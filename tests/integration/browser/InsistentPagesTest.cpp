@@ -7,7 +7,6 @@
 #include <QFileDialog>
 #include <QPointer>
 #include <QSignalSpy>
-#include <QTest>
 #include <QTimer>
 #include <QWidget>
 
